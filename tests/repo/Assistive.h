@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Records the texts that the toolkit reports to assistive programs, and collects the texts that users can
-// read.
+// Records the texts that Qt sends to assistive programs, and collects the texts that users can read.
 
 #ifndef TESTS_REPO_ASSISTIVE_H
 #define TESTS_REPO_ASSISTIVE_H
@@ -13,7 +12,7 @@
 #include <QStringList>
 #include <QTextEdit>
 
-// recordReport() is an update handler that records every text for assistive programs.
+// recordReport() appends the text of each accessibility event to this list.
 inline QStringList reportedTexts;
 
 inline void recordReport(QAccessibleEvent* event)
@@ -39,7 +38,7 @@ inline void recordReport(QAccessibleEvent* event)
     }
 }
 
-// In a run with an accessibility bus, assistive programs must receive texts; in any other run, they must not.
+// Whether assistive programs have received texts if an accessibility bus runs, and no texts if none runs.
 inline bool reportsAsExpected()
 {
     const bool expected = qEnvironmentVariableIsSet("QT_LINUX_ACCESSIBILITY_ALWAYS_ON");
@@ -63,7 +62,7 @@ inline void collectTexts(QAccessibleInterface* interface, QStringList& texts)
     }
 }
 
-// All texts that assistive programs or the user can read in the window and its tool tips.
+// All texts in the window and in its tool tips that the user or an assistive program can read.
 inline QStringList readableTexts(QWidget* window)
 {
     QStringList texts;

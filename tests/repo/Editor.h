@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A back end for the repository editor, a system root with repositories, and a browser.
+// The surroundings of the repository editor: a stand-in for the back end, a system root with repositories,
+// and a stand-in for the browser.
 
 #ifndef TESTS_REPO_EDITOR_H
 #define TESTS_REPO_EDITOR_H
@@ -17,7 +18,7 @@
 #include "tests/support/Files.h"
 #include "tests/support/StandIn.h"
 
-// A test program can have only one object of this class, because a process has only one interpreter.
+// A process has only one Python interpreter, so a test program can have only one object of this class.
 class BackEnd
 {
 public:
@@ -43,7 +44,7 @@ public:
         }
     }
 
-    // Installs a browser in the share directory. The browser records its arguments, one in each line.
+    // Installs a stand-in for the browser in the share directory. It records its arguments, one in each line.
     void installBrowser()
     {
         Files::put(Share::absolute(QStringLiteral("webbrowser")),
@@ -52,7 +53,7 @@ public:
                               QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         QFile::remove(Share::absolute(QStringLiteral("webbrowser.called")));
     }
-    // Waits for the browser, and returns its arguments.
+    // Waits until the browser has recorded its arguments, and returns these arguments.
     static QStringList browsed()
     {
         QFile called(Share::absolute(QStringLiteral("webbrowser.called")));

@@ -26,7 +26,8 @@
 
 namespace {
 
-// Until the end of the scope, the process runs as a user with a limited number of processes.
+// As long as an object of this class exists, the process runs as a user who can have only a limited number of
+// processes.
 class ProcessLimit
 {
 public:
@@ -38,7 +39,7 @@ public:
         if (setrlimit(RLIMIT_NPROC, &limit) != 0) {
             qFatal("setrlimit: %s", strerror(errno));
         }
-        // The limit does not apply to root.
+        // RLIMIT_NPROC does not limit root.
         if (getuid() == 0 && setresuid(65533, 65533, 0) != 0) {
             qFatal("setresuid: %s", strerror(errno));
         }
@@ -60,7 +61,8 @@ private:
     rlimit saved;
 };
 
-// Collects the output of this process and its children to standard error, until text() is called.
+// As long as an object of this class exists, it collects the text that this process and its children write to
+// standard error.
 class StandardError
 {
 public:
@@ -90,7 +92,7 @@ private:
     int saved;
 };
 
-// Makes close_range() fail, as on an older kernel.
+// A system call filter makes close_range() fail, as on a kernel without this call.
 void withoutCloseRange()
 {
     sock_filter filter[] = {
@@ -182,7 +184,7 @@ void ExecuteTest::theProgramGetsItsArguments()
 
 void ExecuteTest::executeReturnsWithoutWaitingForTheProgram()
 {
-    // The program waits for an event that happens only after execute() returns.
+    // The program waits for "gate", which this test opens only after execute() has returned.
     QCOMPARE(mkfifo(QFile::encodeName(path("gate")).constData(), 0600), 0);
     run("read line < " + quoted("gate") + "; echo \"$line\" > " + quoted("part") + " && mv " +
         quoted("part") + ' ' + quoted("whole"));
@@ -202,7 +204,7 @@ void ExecuteTest::theStartedProgramIsNotAChildOfThisProcess()
     const QByteArray parent = read("parent").trimmed();
     QVERIFY(parent.toInt() > 0);
     QVERIFY(parent.toInt() != int(getpid()));
-    // This process has no child: no running child, and no dead child.
+    // A started program that is still running, or a zombie, would be a child of this process.
     QCOMPARE(waitpid(-1, nullptr, WNOHANG), pid_t(-1));
     QCOMPARE(errno, ECHILD);
     const int gate = open(QFile::encodeName(path("gate")).constData(), O_WRONLY);
@@ -211,7 +213,8 @@ void ExecuteTest::theStartedProgramIsNotAChildOfThisProcess()
 
 void ExecuteTest::theProgramHasItsOwnSession()
 {
-    // The session is the sixth field. Here the second field, the name, has no blanks.
+    // The sixth field of /proc/PID/stat is the session. The second field, the name "cut", has no blanks that
+    // would change the number of fields.
     run("cut -d' ' -f6 /proc/self/stat > " + quoted("part") + "; mv " + quoted("part") + ' ' +
         quoted("whole"));
     const int session = read("whole").trimmed().toInt();
@@ -229,15 +232,16 @@ void ExecuteTest::onlyTheStandardDescriptorsAreInherited_data()
 void ExecuteTest::onlyTheStandardDescriptorsAreInherited()
 {
     QFETCH(bool, oldSystem);
-    // exec() closes none of these descriptors. Their numbers are far apart.
+    // The descriptors lack FD_CLOEXEC, so only execute() can close them. Some numbers are low, and one is
+    // high.
     const int low = open("/dev/null", O_RDONLY);
     const int high = fcntl(low, F_DUPFD, 900);
     int pipeEnds[2];
     QCOMPARE(pipe(pipeEnds), 0);
-    // The last descriptor belongs to the listed directory itself.
+    // ls also lists descriptor 3, through which it reads the directory.
     const QByteArray listing = "exec ls /proc/self/fd > " + quoted("list");
     if (oldSystem) {
-        // A separate process runs the program, because a process cannot remove its filter.
+        // A process cannot remove its own system call filter, so a child process calls execute().
         const pid_t child = fork();
         if (child == 0) {
             withoutCloseRange();
@@ -258,7 +262,7 @@ void ExecuteTest::onlyTheStandardDescriptorsAreInherited()
     QVERIFY2(rightOnes, read("list").constData());
 }
 
-// A process keeps the saved descriptors for its whole life, so the test runs in a separate process.
+// A process cannot undo keepOutput(), so a child process calls it.
 void ExecuteTest::theStartedProgramsGetTheSavedStandardStreams()
 {
     const auto redirect = [this](const char* name) {
@@ -283,7 +287,7 @@ void ExecuteTest::theStartedProgramsGetTheSavedStandardStreams()
     QCOMPARE(status, 0);
     read("whole");
     QTRY_VERIFY(read("kept").contains("execv("));
-    // Both programs run at the same time.
+    // The script and the missing program write at the same time, so the order of their texts is unknown.
     QVERIFY(read("kept").contains("out\n") && read("kept").contains("err\n"));
     QCOMPARE(read("later"), QByteArray());
 }
@@ -368,7 +372,7 @@ void ExecuteTest::aFailedForkCausesAMessageBox()
         const ProcessLimit limit(0);
         run("exit 0");
     }
-    // execute() has not waited until the window was closed.
+    // The message box opens only after execute() has returned.
     QVERIFY(user.seen.isEmpty());
     QTRY_COMPARE(user.titles(), QStringList{QStringLiteral("Help")});
     const ShownBox box = user.seen.first();
@@ -381,8 +385,8 @@ void ExecuteTest::aFailedSecondForkIsReportedOnStandardError()
 {
     const QString expected =
         QStringLiteral("second fork() failed; errno = %1 (%2)\n").arg(EAGAIN).arg(strerror(EAGAIN));
-    // This program's threads also count for the limit. The test increases the limit until the first fork
-    // succeeds.
+    // RLIMIT_NPROC also counts the threads of this program. The test increases the limit until the first
+    // fork() succeeds and the second fork() fails.
     QString text;
     for (rlim_t processes = 1; processes < 200 && text.isEmpty(); ++processes) {
         const StandardError errors;
@@ -398,7 +402,8 @@ void ExecuteTest::aFailedSecondForkIsReportedOnStandardError()
             }
         }
         if (!shown) {
-            // The child has ended by now.
+            // No box was shown, so the first fork() has succeeded. Its child has written its error and has
+            // ended.
             text = errors.text();
             break;
         }

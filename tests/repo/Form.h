@@ -20,7 +20,7 @@
 #include "repo/PasswdLineEdit.h"
 #include "repo/PasswdTextEdit.h"
 
-// The windows in a property of the root window. The window manager sets this property.
+// The list of windows that the window manager has stored in a property of the root window.
 inline QList<WId> windowsIn(const char* property)
 {
     QProcess xprop;
@@ -35,8 +35,9 @@ inline QList<WId> windowsIn(const char* property)
     return windows;
 }
 
-// Whether the window manager has removed the hidden windows and given the focus to the window. True if no
-// window manager runs. If a hidden window is shown again too early, it may never get the focus.
+// Whether the window manager has removed the hidden windows and has given the focus to `active`. If a hidden
+// window is shown again too early, it may never get the focus. Without a window manager, the result is always
+// true.
 inline bool windowManagerHasSettled(const QWidget* active)
 {
     if (QGuiApplication::platformName() != QLatin1String("xcb")) {
@@ -52,14 +53,15 @@ inline bool windowManagerHasSettled(const QWidget* active)
     return windowsIn("_NET_ACTIVE_WINDOW").contains(active->internalWinId());
 }
 
-// Waits until a window really has the focus. Qt reports a dialog as active even if only its parent is active.
+// Waits until a window really has the focus: Qt also reports a dialog as active if its parent is active
+// instead.
 inline bool waitForFocus(const QWidget* window)
 {
     const auto active = [window] {
         return QApplication::activeWindow() == window && windowManagerHasSettled(window);
     };
     if (!QTest::qWaitFor(active) && window->windowHandle() != nullptr) {
-        // If the window manager has just started, it may have missed the window.
+        // A window manager that has just started may have missed the request for the focus.
         window->windowHandle()->requestActivate();
     }
     return QTest::qWaitFor(active, 20000);
@@ -100,7 +102,7 @@ public:
     {
     }
 
-    // All fields in the order of the form.
+    // All fields in the order in which the form shows them.
     QList<QWidget*> fields() const
     {
         return {id, name, urls, mirrorList, authName, password, options, enabled, gpgcheck, file, position};

@@ -12,7 +12,7 @@ const QString PasswdEditTest::password = QStringLiteral("secret");
 
 namespace {
 
-// A random generator with the same numbers in every run.
+// A random generator with a fixed seed: each run gets the same numbers.
 class Random
 {
 public:
@@ -30,11 +30,11 @@ private:
 
 } // namespace
 
-// --- Functions that the tests use.
+// --- Functions for the tests.
 
 QString PasswdEditTest::maskedWith(int passwordLength) const
 {
-    // All other passwords in the text are as long as "word".
+    // If the text has a second password, this password is "word", which has four characters.
     QString masked = textWith(QString(passwordLength, QChar(0x25cf)));
     return masked.replace(QStringLiteral("=word&"), QString::fromUtf8("=●●●●&"));
 }
@@ -135,7 +135,7 @@ void PasswdEditTest::cleanup()
     window.reset();
 }
 
-// --- The visible text.
+// --- The shown text.
 
 void PasswdEditTest::thePasswordIsMasked()
 {
@@ -158,7 +158,8 @@ void PasswdEditTest::textWithoutAMatchIsShown()
 
 void PasswdEditTest::everyPasswordOfAUrlIsMasked()
 {
-    // The expression does not match any of these URLs.
+    // The expression of the edit matches none of these URLs: the edit also masks passwords that the
+    // expression does not match.
     const QString urls = QStringLiteral("http://bob:secret@a/ http://a/?password=secret&x=y "
                                         "http://a/vantor?u=bob&p=sec ret&path=/x");
     setRealText(urls);
@@ -268,7 +269,7 @@ void PasswdEditTest::typedTextReplacesASelectedPartOfThePassword()
     press(Qt::Key_Right, Qt::ShiftModifier, 4);
     type(QStringLiteral("0"));
     compareReal(QStringLiteral("s0t"));
-    // A backward selection.
+    // Here the cursor is before the anchor.
     press(Qt::Key_Left, Qt::ShiftModifier, 2);
     type(QStringLiteral("ab"));
     compareReal(QStringLiteral("abt"));
@@ -305,7 +306,7 @@ void PasswdEditTest::wordsAreDeletedAsTheyAreShown()
     press(Qt::Key_Backspace, Qt::ControlModifier);
     left.chop(1);
     QCOMPARE(realText(), left);
-    // If text is selected, these keys delete the selection.
+    // If text is selected, Ctrl+Delete deletes the selection instead of a word.
     goTo(0);
     press(Qt::Key_Right, Qt::ShiftModifier, 2);
     press(Qt::Key_Delete, Qt::ControlModifier);
@@ -330,7 +331,7 @@ void PasswdEditTest::aKeyWithoutAnEffectKeepsTheSelection()
 {
     goTo(passwordBegin + 4);
     press(Qt::Key_Left, Qt::ShiftModifier, 3);
-    // Before the second check, a key without an effect is pressed.
+    // The second round checks that F5, which has no effect, has kept the selection.
     for (int time = 0; time < 2; ++time) {
         QCOMPARE(anchorOf(edit), passwordBegin + 4);
         QCOMPARE(position(), passwordBegin + 1);
@@ -358,7 +359,7 @@ void PasswdEditTest::undoAndRedoRestoreThePassword()
     compareReal(QStringLiteral("secret"));
     press(QKeySequence::Redo, 4);
     compareReal(QStringLiteral("newsecr"));
-    // Undo does not go back beyond the moment when a new text was set.
+    // A newly set text clears the undo history.
     setRealText(QStringLiteral("other"));
     press(QKeySequence::Undo);
     QCOMPARE(realText(), QStringLiteral("other"));
@@ -371,7 +372,8 @@ void PasswdEditTest::undoneTextIsMasked()
     QCOMPARE(shownText(), QString());
     press(QKeySequence::Undo);
     compareReal(password);
-    // The undone text is masked even if it was no password before.
+    // Without the "&" behind it, the word is no password. Undo restores the "&", and so the word is masked
+    // again.
     press(Qt::Key_End, wholeText());
     goTo(passwordBegin + password.size());
     press(Qt::Key_Delete);
@@ -426,7 +428,8 @@ void PasswdEditTest::surrogatePairsAreNotSplit()
 {
     const QString key = QString::fromUtf8("\xf0\x9f\x94\x91");
     const QString keys = textWith(key + key);
-    // Each surrogate pair is shown as two password characters.
+    // The masked text shows two password characters for each surrogate pair, so the cursor can be inside a
+    // pair.
     for (int place = passwordBegin; place <= passwordBegin + 4; ++place) {
         setRealText(keys);
         goTo(place);
@@ -441,7 +444,7 @@ void PasswdEditTest::surrogatePairsAreNotSplit()
     }
 }
 
-// The test sends the same keys to an ordinary QLineEdit, which gives the expected text.
+// An ordinary edit gets the same keys, and supplies the expected text.
 void PasswdEditTest::randomEditingKeepsTheRealText()
 {
     QWidget* ordinary = makeOrdinaryEdit(window.get());
@@ -582,7 +585,7 @@ void PasswdEditTest::theSelectionIsMaskedForOtherPrograms()
     QVERIFY(QGuiApplication::clipboard()->supportsSelection());
     drag(0, text().size());
     QCOMPARE(QGuiApplication::clipboard()->text(QClipboard::Selection), maskedText());
-    // The selection is also masked if the user selects with keys.
+    // Keyboard selections are masked too.
     QGuiApplication::clipboard()->clear(QClipboard::Selection);
     press(Qt::Key_Home, wholeText() | Qt::ShiftModifier);
     press(Qt::Key_F5);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The common tests of both masking edits. A derived test gives access to its edit, and adds further tests.
+// The tests that both masking edits have in common. A derived class supplies the edit, and adds tests.
 
 #ifndef TESTS_REPO_PASSWDEDITTEST_H
 #define TESTS_REPO_PASSWDEDITTEST_H
@@ -62,37 +62,39 @@ private Q_SLOTS:
     void theWindowReceivesEscapeOnlyOnce();
 
 protected:
-    // Every test starts with a text with a password at this position.
+    // The position of the password in the text with which every test starts.
     static constexpr int passwordBegin = 24;
     static const QString password;
-    // The text with another password at this position. A second password in the text is unchanged.
+    // The text of the tests, with another password at `passwordBegin`. If the text has a second password,
+    // this password is unchanged.
     virtual QString textWith(const QString& insertedPassword) const = 0;
     QString maskedWith(int passwordLength) const;
     QString text() const { return textWith(password); }
     QString maskedText() const { return maskedWith(password.size()); }
-    // A text that is too long for the view and contains "secret".
+    // A text that contains "secret" and does not fit into the visible part of the edit.
     virtual QString longText() const = 0;
 
-    // If the window is not null, both edits are its children.
+    // makeEdit() returns a masking edit, and makeOrdinaryEdit() an edit of Qt. The window, which may be null,
+    // becomes its parent.
     virtual QWidget* makeEdit(QWidget* window) const = 0;
     virtual QWidget* makeOrdinaryEdit(QWidget* window) const = 0;
     virtual QString realTextOf(const QWidget* of) const = 0;
     virtual void setRealText(QWidget* of, const QString& real) const = 0;
     virtual const char* changeSignal() const = 0;
 
-    // These functions also accept the ordinary edit and the hidden edit.
+    // These functions accept the masking edit, its hidden edit and the ordinary edit.
     virtual QList<QWidget*> editsIn(const QWidget* window) const = 0;
     virtual QString textOf(const QWidget* of) const = 0;
     virtual void setText(QWidget* of, const QString& shown) const = 0;
     virtual int positionOf(const QWidget* of) const = 0;
     virtual int anchorOf(const QWidget* of) const = 0;
     virtual bool hasLines() const = 0;
-    // If these modifiers are pressed, Home and End move to the beginning and the end of the text.
+    // The modifier keys with which Home and End move to the beginning and to the end of the whole text.
     Qt::KeyboardModifiers wholeText() const { return hasLines() ? Qt::ControlModifier : Qt::NoModifier; }
 
-    // The widget that gets the mouse events.
+    // The widget inside the edit that receives the mouse events.
     virtual QWidget* mouseTarget() const = 0;
-    // The point in this widget that belongs to this position in the text.
+    // The point in mouseTarget() at this position of the text.
     virtual QPoint placeOf(int position) const = 0;
 
     QString realText() const { return realTextOf(edit); }

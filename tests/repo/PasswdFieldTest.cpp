@@ -81,7 +81,7 @@ void PasswdFieldTest::assistiveProgramsDoNotGetThePassword()
     for (const QString& text : qAsConst(texts)) {
         QVERIFY2(!text.contains(QRegExp(QStringLiteral("secret|7|8|9"))), qPrintable(text));
     }
-    // Assistive programs see a password field.
+    // Qt marks the field as a password field for assistive programs.
     QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(field);
     QCOMPARE(interface->role(), QAccessible::EditableText);
     QCOMPARE(interface->text(QAccessible::Name), QStringLiteral("Key"));

@@ -128,7 +128,7 @@ void PasswdLineEditTest::insertedLineBreaksAreDropped()
     QGuiApplication::clipboard()->setText(text() + QStringLiteral("\n"));
     press(QKeySequence::Paste);
     compareReal(password);
-    // An assistive program cannot insert line breaks either.
+    // setText() stands for an assistive program, which cannot insert line breaks either.
     setText(edit, QStringLiteral("one\ntwo\n"));
     QCOMPARE(realText(), QStringLiteral("one two"));
     QCOMPARE(shownText(), QStringLiteral("one two"));

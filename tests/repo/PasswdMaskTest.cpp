@@ -70,7 +70,7 @@ void PasswdMaskTest::aTextIsMaskedOnlyOnce()
 {
     PasswdMask mask;
     const QString first = mask.masked(QStringLiteral("http://me:abc@h/"), QLatin1Char('*'));
-    // The text is at the same address, so it comes from the cache.
+    // The second result has the address of the first result, so it comes from the cache.
     QCOMPARE(mask.masked(QStringLiteral("http://me:abc@h/"), QLatin1Char('*')).constData(),
              first.constData());
     QCOMPARE(mask.masked(QStringLiteral("http://me:abc@h/"), QLatin1Char('#')),

@@ -182,7 +182,7 @@ void PasswdTextEditTest::aSelectionCannotBeDraggedAway()
     QCOMPARE(anchorOf(edit), passwordBegin + 3);
     QCOMPARE(position(), secondPassword + 2);
     compareReal(password);
-    // If Shift is pressed, a click on the selection moves its end.
+    // A click with Shift moves the end of the selection, even if the click is inside the selection.
     goTo(0);
     press(Qt::Key_Right, Qt::ShiftModifier, 10);
     click(5, Qt::LeftButton, Qt::ShiftModifier);

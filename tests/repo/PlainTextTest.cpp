@@ -18,7 +18,8 @@ private Q_SLOTS:
 void PlainTextTest::theTextIsReturnedUnchanged()
 {
     QTextDocument document;
-    // The last text is an accented letter in UTF-8, read as single bytes.
+    // The last text contains a no-break space. It is the second byte of a letter in UTF-8 that was read as
+    // Latin-1.
     for (const QString& text : {QString(), QStringLiteral("a\nb\n"), QStringLiteral("\n\n"),
                                 QStringLiteral(" a\t b "), QString::fromLatin1("vuel\xc3\xa0\n")}) {
         document.setPlainText(text);

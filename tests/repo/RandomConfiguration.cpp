@@ -129,7 +129,7 @@ QByteArray RandomConfiguration::word()
         result += letters[below(usable)];
     }
     if (result.endsWith('\r')) {
-        // A carriage return at the end would be a part of the line end.
+        // The reader would take a carriage return at the end of the value for a part of the line end.
         result += 'x';
     }
     return result;

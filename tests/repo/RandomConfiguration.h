@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // Makes random configurations from a seed, together with the expected values of each section. It shares no
-// code with the reader and the writer.
+// code with the reader and the writer, so that the tests also find faults in this code.
 
 #ifndef TESTS_REPO_RANDOMCONFIGURATION_H
 #define TESTS_REPO_RANDOMCONFIGURATION_H
@@ -22,32 +22,33 @@ struct Section
     int gpgcheck = 1;
     QString options;
 
-    // The expected text after writing.
+    // The text that VYRE must write for this section.
     QString text() const;
 };
 
-// The text that VYRE reads back after it has written this text: VYRE writes UTF-8, but reads Latin-1.
+// The text that VYRE reads after it has written this text: VYRE writes UTF-8, but reads Latin-1.
 QString readBack(const QString& text);
 Section readBack(const Section& section);
 
 class RandomConfiguration
 {
 public:
-    // If `ascii` is true, no byte is above 0x7F.
+    // If `ascii` is true, the files contain no bytes above 0x7F.
     RandomConfiguration(quint32 seed, bool ascii) : random(seed), onlyAscii(ascii) {}
 
-    // The main file's lines above its first section.
+    // The lines of the main configuration file above its first repository section.
     QByteArray mainPart();
-    // A repository file, with comments above the first section. Its sections are appended to the list.
+    // The text of a repository file, with comments above the first section. Appends the sections to the list.
     QByteArray repoFile(QList<Section>& list);
-    // The repository sections of the main file, without comments above the first section.
+    // The repository sections of the main configuration file. No comments are above the first section,
+    // because they would belong to the main part.
     QByteArray sections(QList<Section>& list);
-    // Makes a section and its source text.
+    // Fills the section with random values, and returns its source text.
     QByteArray section(Section& made);
 
-    // A value as a user may type it: without line feeds, and without blanks at the beginning.
+    // A value that a user could type: it has no line feeds, and does not begin with a blank.
     QString typed();
-    // A line with an unknown option, and a line feed.
+    // A line with an option that VYRE does not know, and its line feed.
     QString optionLine();
 
     // A number from 0 to limit - 1.

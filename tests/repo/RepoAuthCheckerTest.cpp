@@ -19,7 +19,7 @@ using namespace RepoAuth;
 
 namespace {
 
-// The action of the user in one dialog.
+// The user's input in one dialog: the name, the password, and the button that the user clicks.
 struct Answer
 {
     QString name;
@@ -69,8 +69,8 @@ private Q_SLOTS:
     void credentialsAreWrittenTogetherWithChangesByOtherPrograms();
 
 private:
-    // Runs a check with these answers and returns the identifiers in the dialogs. Further dialogs get the
-    // answer "Skip All".
+    // Runs a check in which the user gives these answers. If more dialogs appear, the user clicks "Skip All".
+    // Returns the repository identifiers that the dialogs have shown.
     QStringList check(
         QList<Answer> answers, const std::function<void(Checker&)>& look = [](Checker&) {})
     {
@@ -78,12 +78,12 @@ private:
         QTimer timer;
         bool answering = false;
         connect(&timer, &QTimer::timeout, &timer, [this, &asked, &answers, &answering] {
-            // Typing processes events, so this function can be called again before it returns.
+            // The simulated typing processes events, so the timer can call this function while it types.
             if (answering) {
                 return;
             }
             const QScopedValueRollback<bool> guard(answering, true);
-            // If the window is just getting the focus, a click is lost.
+            // The dialog would lose a click that arrives before it has the focus.
             QWidget* modal = QApplication::activeModalWidget();
             if (modal == nullptr || modal != QApplication::activeWindow()) {
                 return;
@@ -138,7 +138,7 @@ private:
     std::unique_ptr<YumConfIO> conf;
     std::unique_ptr<AnsweringUser> user;
     QPointer<Dialog> shown;
-    // The checker calls this function while it waits for an answer.
+    // The test calls this function while the checker waits for the user's answer.
     std::function<void()> meanwhile;
     bool quit = false;
     bool changed = false;
@@ -209,8 +209,8 @@ void RepoAuthCheckerTest::credentialsAreWrittenTogetherWithChangesByOtherProgram
              (QStringList{QStringLiteral("a"), QStringLiteral("gone")}));
     QCOMPARE(user->seen.size(), 1);
     QVERIFY(changed);
-    // The checker does not overwrite credentials from other programs, and does not write back lines that
-    // other programs have removed.
+    // During the question, another program has written credentials to section "a" and has removed section
+    // "gone". VYRE must undo neither change.
     QCOMPARE(get("a.repo"), QByteArray("[b]\nbaseurl=http://h/vantor?u=bob&p=pw&path=/x\n\n"
                                        "[a]\nbaseurl=http://h/vantor?u=theirs&p=theirs&path=/x\ncost=1\n"));
 }
@@ -232,7 +232,7 @@ void RepoAuthCheckerTest::enteredCredentialsAreWritten()
     QVERIFY(!quit);
     QCOMPARE(get("a.repo"), QByteArray("[a]\nbaseurl=http://h/vantor?u=a%20b%26c&p=s%25t&path=/x\n\n"
                                        "[b]\nbaseurl=http://k/vantor?n=eve&w=pw&path=y\n"));
-    // The next check does not ask for these credentials again.
+    // The credentials are now in the file, so the next check does not ask for them.
     QCOMPARE(check({}), QStringList());
 }
 
@@ -371,7 +371,7 @@ void RepoAuthCheckerTest::nothingIsShownOrWrittenIfNoCredentialsAreMissing()
 
 void RepoAuthCheckerTest::nothingIsAskedOrWrittenAfterAFailedRead()
 {
-    // The order is unknown, but the checker reads one of the two files first.
+    // Both files have the same error, because the order in which the checker reads them is unknown.
     const QByteArray first =
         section("a", "http://h" + emptyAuth) + section("b", "http://h" + emptyAuth) + "[x\n";
     put("a.repo", first);
@@ -413,7 +413,7 @@ void RepoAuthCheckerTest::theCheckerDeletesTheDialog()
     put("a.repo", section("a", "http://h" + emptyAuth));
     check({{"", "", "OK"}});
     QVERIFY(shown.isNull());
-    // The parent window may be deleted before the checker.
+    // If the parent window is deleted during a question, the dialog is deleted with it.
     check({{"", "", "OK"}}, [this](Checker&) {
         QVERIFY(!shown.isNull());
         window.reset();

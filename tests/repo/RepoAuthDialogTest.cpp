@@ -54,14 +54,15 @@ private:
             use();
         });
     }
-    // Does not wait until the dialog takes input.
+    // Runs the dialog, and calls use() as soon as the dialog has the focus, without waiting until it accepts
+    // input.
     int runAtOnce(const std::function<void()>& use)
     {
         bool used = false;
         QTimer::singleShot(0, dialog.get(), [this, &use, &used] {
             used = waitForFocus(dialog.get());
             use();
-            dialog->done(99); // no effect if a button has closed the dialog
+            dialog->done(99); // if a button has closed the dialog, this call has no effect
         });
         const int result = dialog->exec(&entry);
         return used ? result : -1;
@@ -157,7 +158,7 @@ void RepoAuthDialogTest::theDialogNamesTheFileThatWillContainThePassword()
                     "VYRE will write the name and the password to the file /etc/yum.repos.d/<b>x</b>.repo. "
                     "Then only the file's owner and group can read the file.")));
             }) >= 0);
-    // Not even a very long path widens the window.
+    // A very long path is wrapped, so the window keeps its width.
     int width = 0;
     QVERIFY(run([this, &width] { width = dialog->width(); }) >= 0);
     entry.file = QLatin1Char('/') + QString(2000, QLatin1Char('x'));
@@ -219,7 +220,7 @@ void RepoAuthDialogTest::theUrlsShowTheTypedCredentialsMasked()
                 QVERIFY(labels().contains(QString::fromUtf8("http://m/vantor?user=a%20b&word=●●●&path=/l")));
                 QTest::keyClick(password, Qt::Key_Backspace);
                 QVERIFY(labels().contains(QString::fromUtf8("http://m/vantor?user=a%20b&word=●●&path=/l")));
-                // The entry does not change before the user presses a button.
+                // The dialog changes the entry only if the user clicks a button.
                 QVERIFY(entry.mirrorlist.contains(QStringLiteral("user=&word=&")));
             }) >= 0);
 }
@@ -293,7 +294,8 @@ void RepoAuthDialogTest::eachButtonReturnsItsCode()
 
 void RepoAuthDialogTest::inputInTheFirstMomentIsIgnored()
 {
-    for (int repository = 0; repository < 2; ++repository) { // the dialog is still open for the second one
+    for (int repository = 0; repository < 2;
+         ++repository) { // the dialog stays open between the two questions
         QuestionGuard::pause = 1000000;
         QCOMPARE(runAtOnce([this] {
                      QVERIFY(!takesInput(dialog.get()));

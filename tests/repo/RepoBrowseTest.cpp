@@ -36,8 +36,7 @@ private Q_SLOTS:
     void aMissingBrowserCausesNoMessageBox();
 
 private:
-    // Calls a function, and returns the titles and texts of the errors that the function shows over the
-    // window.
+    // Calls `open`. Returns the titles and texts of the error messages that appear over the window.
     template <typename Open> QStringList shownBy(Open open)
     {
         const AnsweringUser user(AnsweringUser::click(QMessageBox::Ok));
@@ -137,12 +136,12 @@ void RepoBrowseTest::variablesAreExpanded()
     QCOMPARE(BackEnd::browsed(), QStringList{opened});
 }
 
-// If the script has this function, it may know more variables.
+// A script with expandVariables() also expands the variables that only dnf knows.
 void RepoBrowseTest::theScriptExpandsVariables()
 {
     Repo::Entry entry;
     entry.baseurl = QStringLiteral("http://$user:$password@h/$releasever_major");
-    // This thread holds the interpreter lock.
+    // The graphical thread, which runs this test, holds the interpreter lock.
     PyRun_SimpleString("YumIO.expandVariables = lambda self, text: "
                        "text.replace('$password', 'p@ss').replace('$releasever_major', '3')");
     RepoBrowse::browse(window.get(), entry, &backEnd->yumIO);
@@ -162,7 +161,8 @@ void RepoBrowseTest::theBrowserDoesNotGetCredentials_data()
                                   << "http://h/";
 }
 
-// All users can read the list of processes, and the browser keeps a history.
+// Passwords in the browser's arguments would not be secret: all users can read the list of processes, and the
+// browser keeps a history.
 void RepoBrowseTest::theBrowserDoesNotGetCredentials()
 {
     QFETCH(QString, url);
@@ -225,7 +225,7 @@ void RepoBrowseTest::anUnknownIdentifierCausesAMessage()
     QVERIFY(RepoBrowse::find(QStringLiteral("gone"), nullptr) == nullptr);
 }
 
-// Only standard error shows the failure.
+// If the browser is missing, the error appears only on standard error.
 void RepoBrowseTest::aMissingBrowserCausesNoMessageBox()
 {
     QVERIFY(QFile::remove(Share::absolute(QStringLiteral("webbrowser"))));

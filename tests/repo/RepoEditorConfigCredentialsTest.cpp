@@ -6,8 +6,8 @@
 #include "tests/repo/Assistive.h"
 #include "tests/repo/ShownForm.h"
 
-// Tests of the credentials in the form: separate fields show the credentials, and no text contains a readable
-// password.
+// Tests of the credentials in the form. Fields of their own show the name and the password; every other text
+// masks the password.
 class RepoEditorConfigCredentialsTest : public ShownForm
 {
     Q_OBJECT
@@ -96,7 +96,7 @@ void RepoEditorConfigCredentialsTest::aPasswordThatTheUserChangesInTheUrlAppears
     for (int i = 0; i < vantorUrl.indexOf(QStringLiteral("secret")); ++i) {
         QTest::keyClick(form->urls, Qt::Key_Right);
     }
-    // The visible text does not change.
+    // The typed letter is masked, so the URL field looks the same as before.
     QTest::keyClick(form->urls, Qt::Key_Right, Qt::ShiftModifier);
     QTest::keyClicks(form->urls, QStringLiteral("S"));
     QCOMPARE(form->password->text(), QStringLiteral("Secret"));
@@ -116,7 +116,7 @@ void RepoEditorConfigCredentialsTest::aTypedPasswordChangesEveryCredentialUrl()
                                                        "http://k/vantor?user=bob&word=secret%261&path=y"));
     QCOMPARE(config->toEntry().mirrorlist,
              QStringLiteral("http://m/vantor?user=bob&word=secret%261&path=/list"));
-    // The shown text has one mask character for each hidden character of the URL.
+    // The URL contains the password as "secret%261", so 10 characters are masked.
     QCOMPARE(form->urls->toPlainText(), QString::fromUtf8("http://h/vantor?user=bob&word=●●●●●●●●●●&path=/x\n"
                                                           "http://k/vantor?user=bob&word=●●●●●●●●●●&path=y"));
     QCOMPARE(form->mirrorList->text(),
@@ -191,7 +191,7 @@ void RepoEditorConfigCredentialsTest::noTextContainsThePassword()
             QVERIFY2(!text.contains(QStringLiteral("secret")), qPrintable(text));
         }
     }
-    // Undo does not make the password visible either.
+    // After Undo, the password is still masked.
     form->password->setFocus();
     QTest::keySequence(form->password, QKeySequence(QKeySequence::Undo));
     form->urls->setFocus();

@@ -46,7 +46,7 @@ private Q_SLOTS:
     void theFormShowsAnotherRepositoryAfterTheFirst();
 
 private:
-    // Runs the dialog for the entry. The given function acts as the user, and closes the dialog.
+    // Opens the dialog for the entry. The function `use` acts as the user, and closes the dialog.
     int run(const std::function<void()>& use)
     {
         bool used = false;
@@ -151,7 +151,7 @@ void RepoEditorConfigDialogTest::theFormFitsASmallScreen()
         QVERIFY(dialog->height() <= 691);
         Form::type(form->id, QString());
         QVERIFY(dialog->width() <= 921);
-        // At its initial size, the window shows all fields completely.
+        // The initial window is large enough for each field.
         for (const QWidget* field : form->fields()) {
             QVERIFY(field->width() >= field->minimumSizeHint().width());
             QVERIFY(field->height() >= field->minimumSizeHint().height());
@@ -300,7 +300,8 @@ void RepoEditorConfigDialogTest::okIsDisabledIfTheRepositoryCannotBeWritten()
              int(QDialog::Accepted));
     QCOMPARE(entry.id, QStringLiteral("new"));
     QCOMPARE(entry.options, QString());
-    // The user can view an invalid entry from a file, and close it without changes.
+    // If an invalid entry comes from a file, OK is enabled as long as the user has changed nothing. Then OK
+    // only closes the form.
     entry.id = QStringLiteral("a[b");
     QCOMPARE(run([this, okIsEnabled] {
                  QVERIFY(okIsEnabled());

@@ -5,7 +5,8 @@
 
 #include "tests/repo/ShownForm.h"
 
-// Tests of the form's fields: the form shows every field of a repository, and returns the typed values.
+// Tests of the form's fields: they show all values of a repository, and return the values that the user
+// types.
 class RepoEditorConfigFieldsTest : public ShownForm
 {
     Q_OBJECT
@@ -246,7 +247,7 @@ void RepoEditorConfigFieldsTest::clearedFieldsCanBeSetAgain()
     config->setEntry(vantor());
     QVERIFY(sameFields(config->toEntry(), vantor()));
     QVERIFY(form->id->isEnabled());
-    // Undo restores no text from the entry that the fields showed before.
+    // setEntry() clears the undo history, so Undo does not restore the values of the previous entry.
     config->setEntry(usual());
     for (QWidget* field : {static_cast<QWidget*>(form->urls), static_cast<QWidget*>(form->mirrorList),
                            static_cast<QWidget*>(form->options), static_cast<QWidget*>(form->id)}) {

@@ -6,7 +6,7 @@
 #include "tests/repo/ShownForm.h"
 #include "widgets/Colors.h"
 
-// Tests of the form's status, which reports errors in the typed values.
+// Tests of the status line below the form. It reports errors in the values that the user types.
 class RepoEditorConfigStatusTest : public ShownForm
 {
     Q_OBJECT

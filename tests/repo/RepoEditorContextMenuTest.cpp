@@ -31,7 +31,7 @@ private Q_SLOTS:
     void aRemovedRowIsNotEdited();
 
 private:
-    // Runs the menu and chooses an item.
+    // Opens the menu for the index and chooses an entry.
     bool run(const QModelIndex& index, const char* text) const
     {
         return withMenu([this, index] { menu->exec(index, view->mapToGlobal(QPoint(10, 10))); },
@@ -44,7 +44,7 @@ private:
     std::unique_ptr<YumConfIO> conf;
     std::unique_ptr<Model> model;
     std::unique_ptr<QWidget> view;
-    ContextMenu* menu = nullptr; // owned by the view
+    ContextMenu* menu = nullptr; // the view owns it
 };
 
 void RepoEditorContextMenuTest::initTestCase()
@@ -115,7 +115,7 @@ void RepoEditorContextMenuTest::nothingCanBeChosenIfNoRowIsClicked()
     QTest::qWait(200);
     QVERIFY(!BackEnd::wasBrowsed());
     QCOMPARE(edits.size(), 0);
-    // The entries of a menu on a row are enabled again.
+    // The next menu, on a valid row, has enabled entries.
     QVERIFY(run(model->index(0, NameColumn), "Edit"));
     QCOMPARE(edits.size(), 1);
 }

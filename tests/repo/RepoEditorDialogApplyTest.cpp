@@ -28,7 +28,8 @@ private Q_SLOTS:
 
 void RepoEditorDialogApplyTest::okWithoutChangesWritesNothing()
 {
-    // If VYRE wrote this text, it would change its form.
+    // The writer of VYRE would remove the blanks around "=", so the test would notice that the file was
+    // written.
     backEnd->putRepo("os.repo", "# comment\n[os]\nenabled = 1\n");
     QCOMPARE(run([this] { click("OK"); }), int(QDialog::Accepted));
     QCOMPARE(backEnd->getRepo("os.repo"), QByteArray("# comment\n[os]\nenabled = 1\n"));
@@ -74,7 +75,7 @@ void RepoEditorDialogApplyTest::applyWritesAndDoesNotCloseTheEditor()
                 QVERIFY(reposChangedSpy->isEmpty());
             }) >= 0);
     QCOMPARE(reposChangedSpy->size(), 1);
-    // The next run starts without changes.
+    // The next run has no changes, so it does not signal reposChanged() again.
     QVERIFY(run([] {}) >= 0);
     QCOMPARE(reposChangedSpy->size(), 1);
 }
@@ -145,7 +146,7 @@ void RepoEditorDialogApplyTest::changesByOtherProgramsAreNotOverwritten()
                 QVERIFY(boxes.at(0).text.contains(QLatin1Char('\n') + backEnd->repoPath("os.repo") +
                                                   QLatin1Char('\n')));
                 QVERIFY(!boxes.at(0).text.contains(QStringLiteral("made.repo")));
-                // The window still has the user's changes.
+                // The list still contains the user's changes.
                 QVERIFY(dialog->isVisible());
                 QVERIFY(isUnapplied());
                 QCOMPARE(entry(QStringLiteral("extras")).enabled, 2);
@@ -167,7 +168,7 @@ void RepoEditorDialogApplyTest::filesThatOtherProgramsHaveChangedCanBeReadAgain(
                 QCOMPARE(entry(QStringLiteral("extras")).enabled, 0);
                 QVERIFY(listed(NameColumn).contains(QStringLiteral("Theirs too")));
                 QCOMPARE(current(), QStringLiteral("extras"));
-                // The user can still edit the list.
+                // The user can edit and write the list after VYRE has read the files again.
                 click(QStringLiteral("extras"), PermanentColumn);
                 click("Apply");
                 QVERIFY(isClean());

@@ -7,7 +7,7 @@
 
 using namespace RepoEditor;
 
-// Tests of discarding unapplied changes: with Reset All, with Cancel and by closing the window.
+// Tests of Reset All, of Cancel and of closing the window: each discards the changes that were not applied.
 class RepoEditorDialogClosingTest : public ShownEditor
 {
     Q_OBJECT
@@ -64,7 +64,7 @@ void RepoEditorDialogClosingTest::resetAllKeepsTheCurrentRepository()
                 QCOMPARE(current(), QStringLiteral("(none)"));
                 QVERIFY(!button("Edit")->isEnabled());
             }) >= 0);
-    // The test selects the last of the repositories with the same identifier.
+    // If several repositories have the same identifier, the last one becomes the current row again.
     backEnd->putRepo("x.repo", "[same]\nname=1\n[same]\nname=2\n");
     QVERIFY(run([this] {
                 click(QStringLiteral("same"), PermanentColumn);
@@ -176,8 +176,8 @@ void RepoEditorDialogClosingTest::closingTheWindowDiscardsUnappliedChanges()
                 QVERIFY(!dialog->isVisible());
             }) == int(QDialog::Rejected));
     QCOMPARE(backEnd->getRepo("os.repo"), before);
-    // The list has the contents of the files again. The session has the state that it had when the packages
-    // were collected.
+    // The list again has the values from the files. In the session, the repositories are enabled as they were
+    // when VYRE collected the packages.
     QCOMPARE(entry(QStringLiteral("os")).enabled, 1);
     QCOMPARE(entry(QStringLiteral("extras")).baseurl, QStringLiteral("http://h/extras"));
     QCOMPARE(session.value(QStringLiteral("extras")), false);

@@ -117,7 +117,8 @@ void RepoEditorDialogEditingTest::aDoubleClickEditsTheRepository()
                         QTest::mouseDClick(dialog->windowHandle(), Qt::LeftButton, Qt::NoModifier,
                                            view->viewport()->mapTo(
                                                dialog.get(), place(QStringLiteral("extras"), NameColumn)));
-                        // The window system sends each click separately.
+                        // The view receives the two clicks as separate events, so the form may open only
+                        // after mouseDClick().
                         QTRY_VERIFY(!form->isVisible());
                     },
                     [this] {
@@ -181,7 +182,7 @@ void RepoEditorDialogEditingTest::theMenuEditsNothingIfItIsOpenedBelowTheLastRow
                     },
                     [](QMenu& menu) { choose(menu, QStringLiteral("Edit")); }));
                 QVERIFY(!form->isVisible());
-                // The signal with an invalid index has no effect either.
+                // Even if the menu signalled an invalid index, no form would open.
                 Q_EMIT view->getContextMenu()->edit(QModelIndex());
                 QVERIFY(!form->isVisible());
                 QVERIFY(isClean());
@@ -403,7 +404,7 @@ void RepoEditorDialogEditingTest::aCopyWithoutAnyChangeIsADuplicate()
                 QVERIFY(withForm([this] { click("Copy"); }, [this] { clickForm("OK"); }));
                 QCOMPARE(status(), QStringLiteral("Two or more repositories have the Identifier, extras"));
                 QCOMPARE(ids().count(QStringLiteral("extras")), 2);
-                // If the user then presses "Edit", the form makes no second copy.
+                // After the copy, "Edit" edits the current repository, and copies nothing.
                 click(QStringLiteral("os"));
                 QVERIFY(withForm([this] { click("Edit"); }, [this] { clickForm("OK"); }));
                 click("Reset All");
@@ -436,7 +437,7 @@ void RepoEditorDialogEditingTest::theEnterKeyAfterACommandLosesNoEdits()
                                      }));
                 }
                 const QStringList before = ids();
-                // If Enter opens a form, this timer cancels the form.
+                // The timer cancels any form that Enter opens.
                 const auto enter = [] { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return); };
                 QTimer escape;
                 connect(&escape, &QTimer::timeout, &escape, [this] {

@@ -296,7 +296,8 @@ void RepoEditorModelTest::togglingTheSessionBoxChangesTheUse()
     QCOMPARE(changes.at(0).at(1).toModelIndex(), model->index(1, 0));
     model->toggleUse(model->index(1, SessionColumn));
     QCOMPARE(session.value(QStringLiteral("updates")), false);
-    // The model regards an unknown repository as unused.
+    // If the session has no state for a repository, the model treats it as unused. So the first toggle
+    // enables it.
     conf->entries[0].id = QStringLiteral("other");
     model->toggleUse(model->index(0, SessionColumn));
     QCOMPARE(session.value(QStringLiteral("other")), true);

@@ -73,7 +73,7 @@ private:
         const QRect cell = view->visualRect(proxy->index(listedRow(id), column));
         return QPoint(cell.left() + 10, cell.center().y());
     }
-    // Sends a click in the same way as the window system.
+    // Sends the click to the window, as the window system does. Qt chooses the widget that receives it.
     void click(QWidget* widget, const QPoint& where, Qt::MouseButton button = Qt::LeftButton,
                Qt::KeyboardModifiers modifiers = Qt::NoModifier) const
     {
@@ -165,7 +165,7 @@ void RepoEditorViewTest::focusAloneMakesNoRowCurrent()
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
     QCOMPARE(QApplication::focusWidget(), view);
     QCOMPARE(view->currentRow(), -1);
-    // The current row does not change.
+    // If a row is current, a new focus does not change the current row.
     click(QStringLiteral("base"), IdentifierColumn);
     QTest::keyClick(view, Qt::Key_Tab);
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);

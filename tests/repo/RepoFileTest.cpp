@@ -60,7 +60,8 @@ void RepoFileTest::theContentsOfAFileAreRead_data()
 {
     QTest::addColumn<QByteArray>("contents");
     QTest::addColumn<QString>("text");
-    // Letters in the expected values: M byte order mark, R carriage returns, A ASCII, P plain.
+    // Each letter stands for one property of the file: M has a byte order mark, R has carriage returns, A is
+    // ASCII, P is plain text.
     QTest::addColumn<QString>("kind");
     QTest::newRow("nothing") << QByteArray("") << QString("") << QString("AP");
     QTest::newRow("lines") << QByteArray("a\nb\n") << QString("a\nb\n") << QString("AP");
@@ -136,7 +137,7 @@ void RepoFileTest::aRepositoryMayBeAsLargeAsTheLimit()
     QCOMPARE(stateOf(whole + '#'), int(File::LeftAlone));
     QCOMPARE(stateOf(whole + '#' + whole), int(File::LeftAlone));
     QCOMPARE(stateOf("[a]\n" + whole + "\n[b]\n"), int(File::LeftAlone));
-    // The text above the first section does not belong to a repository.
+    // Text above the first repository section does not count for the size of a repository.
     QCOMPARE(stateOf("#" + whole + '#'), int(File::Text));
     QCOMPARE(stateOf("[main]\n#" + whole), int(File::Text));
     QCOMPARE(stateOf("#\n[main]\n[main]\n#" + whole + "[main]\n"), int(File::Text));
@@ -166,7 +167,7 @@ void RepoFileTest::otherKindsOfFilesHaveTheExpectedState()
         QCOMPARE(file.reason, path("link") + QStringLiteral(" is left alone: it is not a regular file."));
         QCOMPARE(unlink(localPath("link").constData()), 0);
     }
-    // For stat(), the files of /proc are regular files.
+    // stat() reports the files of /proc as regular files, but reading /proc/self/mem fails.
     QCOMPARE(int(File::read(QStringLiteral("/proc/self/mem")).state), int(File::Unreadable));
     QCOMPARE(File::read(QStringLiteral("/proc/self/mem")).failure, EIO);
     QVERIFY(!File::read(QStringLiteral("/proc/self/stat")).bytes.isEmpty());
@@ -176,7 +177,8 @@ void RepoFileTest::readingNeverBlocks()
 {
     QCOMPARE(mkfifo(localPath("pipe").constData(), 0644), 0);
     QCOMPARE(int(File::read(path("pipe")).state), int(File::LeftAlone));
-    // The read does not block even if a pipe with a writer replaces the file after stat().
+    // read() gets the status of a regular file, as if a pipe had replaced this file after stat(). read() must
+    // not block, with or without a writer at the other end of the pipe.
     put("");
     struct stat status;
     QCOMPARE(stat(localPath("x").constData(), &status), 0);

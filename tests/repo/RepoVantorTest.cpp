@@ -17,7 +17,7 @@ namespace {
 struct Auth
 {
     bool found;
-    QStringList pieces; // the order: name key, name, password key, password
+    QStringList pieces; // name key, name, password key, password
 };
 
 template <typename Source> Auth authOf(const Source& source)
@@ -35,7 +35,7 @@ QString password(const QString& url)
     return authOf(url).pieces.at(3);
 }
 
-// Combines parts of URLs in random order.
+// Joins randomly chosen pieces of URLs.
 QString randomUrls(std::mt19937& random)
 {
     static const QStringList pieces{"/vantor?", "/vantor?u=", "&p=", "&path=", "&path=x",  "a",

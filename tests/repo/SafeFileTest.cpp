@@ -43,9 +43,9 @@ bool createNow(const QString& path, const QByteArray& text, mode_t mode = 0666)
     return file.create(path, text, mode) && file.commit();
 }
 
-// Runs `work` in a traced child, which stops at the beginning and at the end of each system call. Kills the
-// child at the stop with the number `stop`. Appends the numbers of the child's system calls to the list.
-// Returns true if `work` ends before this stop.
+// Runs `work` in a traced child process, which stops at the beginning and at the end of each system call.
+// Counts these stops, and kills the child at number `stop`. Appends the numbers of the system calls to
+// `calls`. Returns true if `work` has ended before that.
 bool runUntil(int stop, const std::function<void()>& work, QList<quint64>* calls = nullptr)
 {
     const pid_t child = fork();
@@ -179,7 +179,8 @@ void SafeFileTest::aReplacedFileKeepsOwnerModeAndAttributes()
     const ino_t before = statusOf(file).st_ino;
     QVERIFY(replaceNow(file, oldText, newText));
     const struct stat status = statusOf(file);
-    QVERIFY(status.st_ino != before); // the file is new, so VYRE has copied owner and mode
+    QVERIFY(status.st_ino !=
+            before); // the path now names a new file, with the owner and the mode of the old file
     QCOMPARE(status.st_uid, owner);
     QCOMPARE(status.st_gid, group);
     QCOMPARE(int(status.st_mode & 07777), 0664);
@@ -201,7 +202,7 @@ void SafeFileTest::rightsOfOthersCanBeRemoved()
     SafeFile again;
     QVERIFY(again.replace(file, newText, oldText, false) && again.commit());
     QVERIFY(!again.hasRemovedRights());
-    // Overwriting the file itself also removes the rights.
+    // If the file has two names, it is overwritten in place. Even then, it loses the rights of other users.
     QCOMPARE(chmod(QFile::encodeName(file).constData(), 0604), 0);
     QVERIFY(QFile::exists(file));
     QCOMPARE(
@@ -232,7 +233,7 @@ void SafeFileTest::allNamesOfAFileGetTheNewText()
     QVERIFY(replaceNow(path(QStringLiteral("x.repo")), oldText, newText));
     QCOMPARE(get(path(QStringLiteral("other"))), newText);
     QCOMPARE(statusOf(path(QStringLiteral("other"))).st_ino, statusOf(path(QStringLiteral("x.repo"))).st_ino);
-    // No copy remains.
+    // SafeFile copies the old text before it overwrites the file in place, and removes the copy afterwards.
     QCOMPARE(names(), QStringList({QStringLiteral("other"), QStringLiteral("x.repo")}));
 }
 
@@ -246,7 +247,7 @@ void SafeFileTest::aFileInAReadOnlyDirectoryIsReplaced()
     QCOMPARE(chmod(QFile::encodeName(path(QStringLiteral("x.repo"))).constData(), 0666), 0);
     QCOMPARE(seteuid(65534), 0);
     const bool good = replaceNow(path(QStringLiteral("x.repo")), oldText, newText);
-    // If the directory for the copy is missing, nothing is written.
+    // Without a directory for the copy of the old text, SafeFile does not overwrite the file.
     managedRoot.set("/nowhere");
     const EnvironmentVariable temporary("TMPDIR", "/nowhere");
     const bool unsafe = replaceNow(path(QStringLiteral("x.repo")), newText, oldText);
@@ -325,9 +326,9 @@ void SafeFileTest::theTextIsOnTheDiskBeforeItsNameChanges()
     const int synced = calls.indexOf(SYS_fsync);
     const int renamed = calls.indexOf(SYS_renameat);
     QVERIFY(written >= 0 && written < synced && synced < renamed);
-    QVERIFY(calls.lastIndexOf(SYS_fsync) > renamed); // the directory
+    QVERIFY(calls.lastIndexOf(SYS_fsync) > renamed); // the directory, after the file has its new name
 
-    // If many files change, SafeFile synchronizes the whole file system once.
+    // If many files change, SafeFile calls syncfs() once instead of fsync() for each file.
     calls.clear();
     QVERIFY(runUntil(
         -1,
@@ -389,7 +390,7 @@ void SafeFileTest::theOldTextIsKeptIfTheDiskIsFull()
         ++(good ? successes : failures);
         QCOMPARE(names().size(), inPlace ? 3 : 2);
     }
-    // The first writes must fail for lack of space, and later writes must succeed.
+    // The test must see both results: writes that fail because the disk is full, and writes that succeed.
     QVERIFY2(failures >= 4 && successes >= 2, QByteArray::number(failures));
 }
 
@@ -436,7 +437,7 @@ void SafeFileTest::aKilledProgramLeavesEitherTheOldOrTheNewText()
             QCOMPARE(get(left.first()), oldText);
         }
         leftovers += names().size() > (inPlace ? 2 : 1) ? 1 : 0;
-        // The leftovers do not prevent the next write.
+        // VYRE can write the file although leftovers of the killed program exist.
         SafeFile::removeLeftovers(root->path());
         QCOMPARE(names().size(), (inPlace ? 2 : 1) + left.size());
         QVERIFY(replaceNow(file, found, QByteArray("the next\n")));

@@ -123,7 +123,8 @@ void ScratchConfiguration::init()
 
 void ScratchConfiguration::cleanup()
 {
-    // The test must have checked every message box.
+    // Each test removes the message boxes that it has checked from the list, so a remaining box is
+    // unexpected.
     QCOMPARE(user->seen.size(), 0);
 }
 

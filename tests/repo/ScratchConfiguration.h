@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // The base class for tests of YumConfIO. Each test function gets a new configuration in its own managed root.
-// A simulated user answers the message boxes, by default with Return.
+// A simulated user answers the message boxes; by default, the user presses Return.
 
 #ifndef TESTS_REPO_SCRATCHCONFIGURATION_H
 #define TESTS_REPO_SCRATCHCONFIGURATION_H
@@ -34,16 +34,16 @@ protected:
     QStringList ids() const;
     Repo::Entry& entry(const QString& id);
     static Repo::Entry made(const QString& id);
-    // All files below the managed root with their contents.
+    // The paths of all files below the managed root, with their contents.
     QMap<QString, QByteArray> snapshot() const;
     static mode_t modeOf(const QString& absolute);
     static void linkTo(const QString& target, const QString& link);
     static QString withErrno(const QString& message, int code);
-    // Checks that only one box was shown, and that it shows an error with this text. Removes the box from the
-    // record.
+    // Checks that the program has shown exactly one box, an error with this text. Then removes the box from
+    // `user->seen`.
     void compareError(const QString& text);
-    // Checks that only one box was shown, and that it asks whether to read these changed files again. Removes
-    // the box from the record.
+    // Checks that the program has shown exactly one box, which asks whether to read these files again because
+    // they have changed. Then removes the box from `user->seen`.
     void compareNothingIsWritten(const QStringList& paths);
 
     std::unique_ptr<QTemporaryDir> root;
@@ -60,7 +60,7 @@ private Q_SLOTS:
     void cleanup();
 };
 
-// Until the end of the scope, the process runs without the privileges of root, so that file permissions
+// As long as an object of this class exists, the process has no root privileges, so that file permissions
 // restrict it.
 class OrdinaryUser
 {

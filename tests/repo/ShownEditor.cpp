@@ -37,7 +37,7 @@ bool ShownEditor::withForm(const Use& open, const Use& use)
         }
     });
     timer.start(5);
-    open(); // returns after the form has closed
+    open(); // opens the form, and returns when the form is closed
     return used && waitForFocus(dialog.get());
 }
 
@@ -50,7 +50,9 @@ QList<ShownBox> ShownEditor::withBoxes(const Use& open, const char* button)
         seen = user.seen;
     }
     for (const ShownBox& box : qAsConst(seen)) {
-        qInfo("%s", qPrintable(box.text)); // a failed comparison shows only the numbers
+        qInfo(
+            "%s",
+            qPrintable(box.text)); // if the test compares only the number of boxes, the log shows their texts
     }
     if (dialog->isVisible() && !seen.isEmpty() && !waitForFocus(dialog.get())) {
         seen.append(ShownBox());

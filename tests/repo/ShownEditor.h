@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base class for tests of the repository editor. It has the editor with three repositories, access to its
-// contents, and simulated user input.
+// The base class for tests of the repository editor. It opens the editor with three repositories, reads the
+// editor's contents, and simulates the user's input.
 
 #ifndef TESTS_REPO_SHOWNEDITOR_H
 #define TESTS_REPO_SHOWNEDITOR_H
@@ -27,13 +27,13 @@ class ShownEditor : public QObject
 protected:
     using Use = std::function<void()>;
 
-    // Runs the dialog. The given function acts as the user. Afterwards, the dialog is closed if it is still
-    // open.
+    // Opens the editor. The function `use` acts as the user. If the editor is still open after that, closes
+    // it.
     int run(const Use& use);
-    // `open` opens the form, and `use` acts as the user in the form. Afterwards, the form is cancelled if it
-    // is still open.
+    // The function `open` opens the form, and `use` acts as the user in the form. If the form is still open
+    // after that, cancels it.
     bool withForm(const Use& open, const Use& use);
-    // Answers the message boxes that the function opens.
+    // Calls `open`, and clicks this button in each message box that appears. Returns the message boxes.
     QList<ShownBox> withBoxes(const Use& open, const char* button = "&Yes");
     QPushButton* button(const char* text) const;
     void click(const char* text) const { QTest::mouseClick(button(text), Qt::LeftButton); }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base class for tests of the repository form. It has the form in a window, and repositories for the
-// form.
+// The base class for tests of the repository form. It shows the form in a window, and has example
+// repositories for it.
 
 #ifndef TESTS_REPO_SHOWNFORM_H
 #define TESTS_REPO_SHOWNFORM_H
@@ -24,8 +24,8 @@ class ShownForm : public QObject
 protected:
     const QString vantorUrl = QStringLiteral("http://h/vantor?user=bob&word=secret&path=/x");
 
-    // Three repositories: one without credentials, one with vantor credentials, and one with other kinds of
-    // passwords.
+    // Example repositories: usual() has no credentials, vantor() has vantor credentials, and the third has
+    // other kinds of passwords.
     static Repo::Entry usual();
     Repo::Entry vantor() const;
     static Repo::Entry withPasswords();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Mounts a small file system on a directory. Only this process sees it, and it ends with the process. Only
-// root can mount.
+// Mounts a small file system on a directory. Only this process and its children see the file system, which
+// disappears when they end. Only root can mount it.
 
 #ifndef TESTS_REPO_SMALLDISK_H
 #define TESTS_REPO_SMALLDISK_H
@@ -21,15 +21,15 @@
 class SmallDisk
 {
 public:
-    // Whether this process has the right to mount file systems. Returns false also if "/" is not a mount
-    // point, as in a plain chroot.
+    // Whether this process may mount file systems. This is not possible in a plain chroot, where "/" is not a
+    // mount point.
     static bool possible()
     {
         return geteuid() == 0 && unshare(CLONE_NEWNS) == 0 &&
                mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
     }
 
-    // Mounts the file system over the directory, and so hides the directory's own contents.
+    // The new file system hides the existing contents of the directory.
     explicit SmallDisk(const QString& directory) : place(QFile::encodeName(directory))
     {
         if (mount("tmpfs", place.constData(), "tmpfs", 0, "size=256k,mode=755") != 0) {
@@ -39,7 +39,7 @@ public:
     ~SmallDisk() { umount2(place.constData(), MNT_DETACH); }
     Q_DISABLE_COPY(SmallDisk)
 
-    // Fills the file system until this number of blocks of `blockSize` bytes is free.
+    // Fills the file system, except for this number of free blocks. Each block has `blockSize` bytes.
     void leave(int blocks) const
     {
         const QByteArray filler = place + "/filler";

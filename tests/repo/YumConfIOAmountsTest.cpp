@@ -7,7 +7,7 @@
 #include "app/base/RepositoryFileLimit.h"
 #include "tests/repo/ScratchConfiguration.h"
 
-// Tests that reading and writing is fast enough for files of any size.
+// Tests that the time for reading and writing grows only in proportion to the size of the files.
 class YumConfIOAmountsTest : public ScratchConfiguration
 {
     Q_OBJECT
@@ -48,7 +48,7 @@ void YumConfIOAmountsTest::tenThousandRepositoriesDoNotTakeLong()
     QCOMPARE(conf->entries.size(), 10000);
     conf->entries[5000].name = QStringLiteral("new");
     QCOMPARE(conf->write(window.get()), !alike);
-    // If the program compared each pair of identifiers, or read byte by byte, it would need much more time.
+    // The limit is generous. Code that compares each pair of identifiers would exceed it.
     QVERIFY2(time.elapsed() < 20000, QByteArray::number(time.elapsed()));
     qInfo("%lld ms", time.elapsed());
     if (alike) {

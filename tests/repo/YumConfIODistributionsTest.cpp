@@ -4,7 +4,7 @@
 
 #include "tests/repo/ScratchConfiguration.h"
 
-// Tests that reading and writing keeps the contents of the files of distributions.
+// Tests that VYRE keeps the contents of files that distributions ship.
 class YumConfIODistributionsTest : public ScratchConfiguration
 {
     Q_OBJECT
@@ -19,7 +19,7 @@ void YumConfIODistributionsTest::filesOfDistributionsKeepTheirContents_data()
 {
     QTest::addColumn<QByteArray>("read");
     QTest::addColumn<QByteArray>("written");
-    // Each repository as "identifier, enabled, gpgcheck, number of URLs".
+    // A description of each repository: "identifier, enabled, gpgcheck, number of URLs".
     QTest::addColumn<QStringList>("repositories");
 
     QTest::newRow("a release with debug and source sections")
@@ -225,7 +225,7 @@ void YumConfIODistributionsTest::filesOfDistributionsKeepTheirContents()
 {
     QFETCH(QByteArray, read);
     QFETCH(QByteArray, written);
-    // The main file is a link into the directory of the package manager.
+    // As on real systems, /etc/yum.conf is a link to /etc/dnf/dnf.conf.
     const QByteArray mainText("[main]\ngpgcheck=1\ninstallonly_limit=3\nclean_requirements_on_remove=True\n"
                               "best=True\nskip_if_unavailable=False\n");
     QVERIFY(QDir(root->path()).mkpath(QStringLiteral("etc/dnf")));

@@ -10,7 +10,7 @@
 #include "tests/repo/ScratchConfiguration.h"
 #include "tests/repo/SmallDisk.h"
 
-// Tests that the user learns about failures to read or write a file, and that no data are lost.
+// Tests that VYRE reports each failure to read or write a file, and loses no data.
 class YumConfIOFailuresTest : public ScratchConfiguration
 {
     Q_OBJECT
@@ -123,7 +123,7 @@ void YumConfIOFailuresTest::aReadErrorOfTheMainFileIsReported()
 
 void YumConfIOFailuresTest::aReadErrorOfARepositoryFileIsReported()
 {
-    // Reading this file fails, because no memory is mapped at address 0.
+    // Reading /proc/self/mem fails, because no memory is mapped at address 0.
     linkTo(QStringLiteral("/proc/self/mem"), repoPath(QStringLiteral("m.repo")));
     QVERIFY(!conf->read(window.get()));
     compareError(withErrno(QStringLiteral("Error reading repository configuration file ") +
@@ -170,7 +170,7 @@ void YumConfIOFailuresTest::textOfAFileIsNeverRichText()
 {
     putRepo(QStringLiteral("f.repo"), "[<b>foo</b><img src='/etc/hostname'> %1 %2\n");
     QVERIFY(!conf->read(window.get()));
-    // compareError() also checks the text format of the label.
+    // compareError() also checks that the label shows plain text.
     compareError(withErrno(
         QStringLiteral("Malformed section name in line: [<b>foo</b><img src='/etc/hostname'> %1 %2"), 0));
 
@@ -261,14 +261,15 @@ void YumConfIOFailuresTest::aFullDiskIsReported()
     compareError(withErrno(QStringLiteral("Unable to write repository configuration file ") +
                                repoPath(QStringLiteral("b.repo")),
                            ENOSPC));
-    // The free space was enough for only one file, so both files are unchanged. No other file exists.
+    // The disk had space for only one of the two files, so VYRE has changed neither file, and has left no
+    // copies.
     QVERIFY(getRepo(QStringLiteral("a.repo")).startsWith("[a]\n#"));
     QCOMPARE(getRepo(QStringLiteral("b.repo")), text);
     QCOMPARE(get(mainPath()), QByteArray("[main]\n"));
     QCOMPARE(QDir(path(QStringLiteral("etc/yum.repos.d")))
                  .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name),
              QStringList({QStringLiteral("a.repo"), QStringLiteral("b.repo"), QStringLiteral("filler")}));
-    // If the space is sufficient, both files are written.
+    // When the disk has enough space, VYRE writes both files.
     QVERIFY(QFile::remove(repoPath(QStringLiteral("filler"))));
     QVERIFY(conf->write(window.get()));
     QVERIFY(getRepo(QStringLiteral("a.repo")).startsWith("[a]\nname=new\n#"));
@@ -292,7 +293,8 @@ void YumConfIOFailuresTest::aMovedRepositoryIsNotLostWhenItsNewFileCannotBeMade(
     QCOMPARE(getRepo(QStringLiteral("b.repo")), QByteArray("[moved]\n"));
 }
 
-// VYRE overwrites a file with two names in place, so a write error can occur only at this time.
+// The new file has two names, so VYRE overwrites it in place. Only then does VYRE notice that it cannot write
+// the file.
 void YumConfIOFailuresTest::aMovedRepositoryIsNotLostWhenItsNewFileCannotBeOverwritten_data()
 {
     QTest::addColumn<QString>("from");

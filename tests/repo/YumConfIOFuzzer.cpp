@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Passes a fuzzer's inputs to the reader of the configuration files. Checks that nothing is lost when the
-// files are written and read again. Each input contains the main file and two repository files, separated by
-// the byte 0x1F.
+// Passes a fuzzer's inputs to the reader of the configuration files. Checks that writing the files and
+// reading them back loses nothing. Each input contains the main configuration file and two repository files,
+// separated by the byte 0x1F.
 
 #include <QApplication>
 #include <QDir>
@@ -18,7 +18,7 @@
 
 namespace {
 
-// Answers every message box at once: errors with OK, the question about duplicates with Yes.
+// Answers every message box at once: OK for an error, Yes for the question about duplicates.
 class Answers : public QObject
 {
 public:
@@ -69,7 +69,7 @@ struct Surroundings
 
 Surroundings* surroundings = nullptr;
 
-// If a check fails, the fuzzer saves the input.
+// abort() makes the fuzzer save its input.
 void require(bool holds, const char* what)
 {
     if (!holds) {
@@ -93,7 +93,7 @@ QList<QByteArray> contents()
     return result;
 }
 
-// The text that VYRE reads back after it has written this text: VYRE writes UTF-8, but reads Latin-1.
+// The text that VYRE reads after it has written this text: VYRE writes UTF-8, but reads Latin-1.
 QString readBack(const QString& text)
 {
     const QByteArray bytes = text.toUtf8();
@@ -112,8 +112,8 @@ QStringList describe(const QList<Repo::Entry>& entries)
     return result;
 }
 
-// The expected entries after a write and a read. The positions are numbered again, because some entries may
-// have been dropped.
+// The entries that VYRE must read after it has written these entries. VYRE drops some entries, so the
+// positions in each file are numbered again.
 QList<Repo::Entry> readBack(QList<Repo::Entry> entries)
 {
     QHash<QString, double> positions;
@@ -136,17 +136,18 @@ void check(YumConfIO& conf)
     require(surroundings->answers.shown == 0, "what is read well needs no message box");
     require(conf.pendingLines.isEmpty(), "no line is left");
     if (conf.reposdir != surroundings->directories) {
-        // The fuzzer must not write to paths from its input.
+        // The input names directories of its own. The fuzzer must not write to them.
         return;
     }
     for (const Repo::Entry& each : qAsConst(conf.entries)) {
         if (each.file == surroundings->files.first() && each.id == QLatin1String("main")) {
-            // This section is a second main section. If the sections between the two are dropped, it becomes
-            // a part of the first main section.
+            // The main configuration file has a second main section. If VYRE drops the sections before it,
+            // the next read takes it for a part of the first main section.
             return;
         }
     }
-    // The fuzzer edits all entries, because unedited files with letters beyond ASCII are not written.
+    // VYRE does not write an unedited file that contains letters beyond ASCII. So the fuzzer edits each
+    // entry.
     const QString line = QStringLiteral("#\n");
     if (!conf.mainText.isEmpty()) {
         conf.mainText += line;
@@ -178,7 +179,7 @@ void check(YumConfIO& conf)
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    // Qt prints a warning for each message box.
+    // Otherwise Qt would print a warning for each message box.
     qputenv("QT_LOGGING_RULES", "default.warning=false");
     surroundings = new Surroundings;
     std::atexit([] { surroundings->root.remove(); });

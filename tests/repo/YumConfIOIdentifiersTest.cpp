@@ -4,7 +4,7 @@
 
 #include "tests/repo/ScratchConfiguration.h"
 
-// Tests of missing and repeated identifiers.
+// Tests of repositories whose identifier is missing, or is the same as that of another repository.
 class YumConfIOIdentifiersTest : public ScratchConfiguration
 {
     Q_OBJECT

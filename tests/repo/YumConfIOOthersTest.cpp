@@ -7,7 +7,7 @@
 
 #include "tests/repo/ScratchConfiguration.h"
 
-// Tests that changes by other programs are not lost.
+// Tests that VYRE does not overwrite the changes that other programs make.
 class YumConfIOOthersTest : public ScratchConfiguration
 {
     Q_OBJECT
@@ -46,8 +46,8 @@ void YumConfIOOthersTest::editedFilesThatOtherProgramsHaveChangedAreNotOverwritt
     putRepo(QStringLiteral("b.repo"), "[b]\nname=b\n");
     putRepo(QStringLiteral("comments.repo"), "# only\n");
     QVERIFY(conf->read(window.get()));
-    // The size and the modification time do not change. Only the change time differs, because no program can
-    // set it.
+    // The other program's change keeps the file's size, and utimensat() restores the modification time. Only
+    // the change time, which no program can set, differs.
     const struct timespec times[] = {{1700000000, 0}, {1700000000, 0}};
     put(file, "[a]\nname=two\n");
     QCOMPARE(utimensat(AT_FDCWD, QFile::encodeName(file).constData(), times, 0), 0);
@@ -62,10 +62,10 @@ void YumConfIOOthersTest::editedFilesThatOtherProgramsHaveChangedAreNotOverwritt
     compareNothingIsWritten({file});
     QVERIFY(!conf->readAgainWanted);
     QCOMPARE(snapshot(), before);
-    // The edits are still in the list.
+    // The failed write keeps the user's edits in the list.
     QCOMPARE(entry(QStringLiteral("b")).name, QStringLiteral("mine"));
     QCOMPARE(conf->entries.size(), removed ? 1 : 2);
-    // A new file with the same text is not a change.
+    // If another program makes a new file with the text that VYRE has read, this does not count as a change.
     QVERIFY(QFile::remove(file));
     put(file, "[a]\nname=one\n");
     QVERIFY(conf->write(window.get()));
@@ -169,7 +169,7 @@ void YumConfIOOthersTest::ourOwnWritesAreNotTakenForChangesByOtherPrograms()
     QVERIFY(conf->write(window.get()));
     QVERIFY(!QFile::exists(repoPath(QStringLiteral("new0.repo"))));
     QVERIFY(!QFile::exists(repoPath(QStringLiteral("a.repo"))));
-    // The user can create a file of the same name again.
+    // VYRE does not take its own removal of the file for a change by another program.
     conf->entries.append(made(QStringLiteral("new0")));
     QVERIFY(conf->write(window.get()));
     QCOMPARE(getRepo(QStringLiteral("new0.repo")), QByteArray("[new0]\n"));
@@ -197,7 +197,8 @@ void YumConfIOOthersTest::unreadSectionsAreKeptAfterAFailedRead()
     QVERIFY(!conf->read(window.get()));
     user->seen.clear();
     const auto before = snapshot();
-    // VYRE has read one of the two files up to the error in it, and has not read the other file.
+    // The read stopped at the error in one of the two files. VYRE has read the sections before the error, and
+    // nothing of the other file.
     QCOMPARE(conf->entries.size(), 2);
     entry(QStringLiteral("m")).name = QStringLiteral("M");
     QVERIFY(!conf->write(window.get()));
@@ -248,7 +249,8 @@ void YumConfIOOthersTest::aRemovedDirectoryIsNotMadeAgain()
     entry(QStringLiteral("a")).name = QStringLiteral("A");
     QVERIFY(!conf->write(window.get()));
     compareNothingIsWritten({file});
-    // If the user removes the repository instead of changing it, VYRE can write the files.
+    // If the user removes the repository, its missing directory does not matter, and VYRE writes the other
+    // files.
     conf->entries.removeAll(made(QStringLiteral("a")));
     QVERIFY(conf->write(window.get()));
     QVERIFY(!QFile::exists(path(QStringLiteral("etc/yum"))));

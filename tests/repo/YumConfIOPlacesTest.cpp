@@ -10,7 +10,8 @@
 
 #include "tests/repo/ScratchConfiguration.h"
 
-// Tests of the files and directories that VYRE uses, and of several paths to the same file or directory.
+// Tests of the files and directories that VYRE reads and writes, and of files and directories with several
+// paths.
 class YumConfIOPlacesTest : public ScratchConfiguration
 {
     Q_OBJECT
@@ -76,7 +77,7 @@ void YumConfIOPlacesTest::withoutAManagedRootThePathsHaveNoPrefix()
     } else {
         QVERIFY(conf->read(window.get()));
     }
-    // The configuration of the running system may name other paths.
+    // This test reads the configuration of the running system, which may name directories of its own.
     if (!conf->mainText.contains(QStringLiteral("cachedir"))) {
         QCOMPARE(conf->cachedir, QStringLiteral("/var/cache/yum"));
     }
@@ -209,24 +210,24 @@ void YumConfIOPlacesTest::anExistingDirectoryOfTheDistributionIsRead()
     QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc/yum.repos.d")),
                                           path(QStringLiteral("etc/yum/repos.d")), directory}));
     QCOMPARE(ids(), QStringList({QStringLiteral("d")}));
-    // New repositories are written to the usual directory.
+    // A new repository still goes to the first default directory.
     conf->entries.append(made(QStringLiteral("n")));
     entry(QStringLiteral("d")).name = QStringLiteral("E");
     QVERIFY(conf->write(window.get()));
     QCOMPARE(get(directory + QStringLiteral("/d.repo")), QByteArray("[d]\nname=E\n"));
     QVERIFY(QFile::exists(repoPath(QStringLiteral("n.repo"))));
-    // The main file overrides the defaults.
+    // If the main configuration file sets `reposdir`, VYRE reads only these directories.
     putMain("[main]\nreposdir=/etc/yum.repos.d\n");
     QVERIFY(conf->read(window.get()));
     QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc/yum.repos.d"))}));
-    // Newer versions of dnf have one more directory.
+    // VYRE also reads this directory if it exists.
     putMain("");
     const QString newer = path(QStringLiteral("usr/share/dnf5/repos.d"));
     QVERIFY(QDir().mkpath(newer));
     QVERIFY(conf->read(window.get()));
     QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc/yum.repos.d")),
                                           path(QStringLiteral("etc/yum/repos.d")), directory, newer}));
-    // If the version of dnf is known, the editor uses the directories of that version.
+    // These are the directories that the installed dnf reads. VYRE then reads no other directories.
     conf->knownDirectories =
         QStringList{QStringLiteral("/etc/yum.repos.d"), QStringLiteral("/etc/distro.repos.d")};
     QVERIFY(conf->read(window.get()));
@@ -249,7 +250,7 @@ void YumConfIOPlacesTest::anEmptyMainFileGivesTheDefaults()
 
 void YumConfIOPlacesTest::namedDirectoriesAreInTheManagedRoot()
 {
-    // The running system also has a directory with this name.
+    // /etc exists in the managed root and in the running system: the directory in the managed root is used.
     QVERIFY(QDir(path(QString())).mkpath(QStringLiteral("etc")));
     putMain("[main]\ncachedir=/srv/cache\nreposdir=/etc /dev\n");
     QVERIFY(conf->read(window.get()));
@@ -300,7 +301,7 @@ void YumConfIOPlacesTest::theMainValuesAreRead()
 {
     putMain("[main]\ncachedir = /somewhere\nenabled=0\ngpgcheck: yes\n");
     QVERIFY(conf->read(window.get()));
-    // VYRE does not look for a directory that the file names below the managed root.
+    // VYRE does not check whether the cache directory exists in the managed root.
     QCOMPARE(conf->cachedir, path(QStringLiteral("somewhere")));
     QVERIFY(!conf->enabled);
     QVERIFY(conf->gpgcheck);
@@ -382,7 +383,7 @@ void YumConfIOPlacesTest::onlyFilesWhoseNamesEndInRepoAreRead()
 
 void YumConfIOPlacesTest::pipesAndDevicesAreNotRead()
 {
-    // Both files contain a section, and reading neither file ever reaches an end.
+    // The pipe and the device contain a section, but never an end of file: reading one of them would block.
     const QByteArray pipe = QFile::encodeName(path(QStringLiteral("pipe")));
     QCOMPARE(mkfifo(pipe.constData(), 0644), 0);
     const int writer = open(pipe.constData(), O_RDWR | O_CLOEXEC);
@@ -479,7 +480,8 @@ void YumConfIOPlacesTest::severalPathsToAFileAreOneFile()
     putMain("[main]\nreposdir=" + QFile::encodeName(path(reposdir)) + "\n");
     putRepo(QStringLiteral("x.repo"), "[x]\n");
     QVERIFY(conf->read(window.get()));
-    // Existing, moved and new sections are in the same file.
+    // In turn, the file contains a section that was read, a section that was added, and a section that was
+    // moved.
     Repo::Entry added = made(QStringLiteral("y"));
     added.file = path(file);
     added.position = 2.0;
@@ -489,7 +491,7 @@ void YumConfIOPlacesTest::severalPathsToAFileAreOneFile()
     entry(QStringLiteral("x")).file = path(file);
     QVERIFY(conf->write(window.get()));
     QCOMPARE(getRepo(QStringLiteral("x.repo")), QByteArray("[x]\n\n[y]\n"));
-    // Two new repositories under two paths of the same file.
+    // Two new repositories name the same file by different paths.
     Repo::Entry one = made(QStringLiteral("one"));
     one.file = path(QStringLiteral("etc/yum.repos.d/new.repo"));
     Repo::Entry two = made(QStringLiteral("two"));
@@ -522,7 +524,7 @@ void YumConfIOPlacesTest::allNamesOfARemovedFileAreRemoved()
     QVERIFY(conf->write(window.get()));
     QCOMPARE(QDir(path(QStringLiteral("etc/yum.repos.d"))).entryList(QDir::Files | QDir::System),
              QStringList(QStringLiteral("main.repo")));
-    // The target of a link does not belong to VYRE.
+    // VYRE removes a link, but keeps the target of the link.
     QCOMPARE(get(path(QStringLiteral("elsewhere.txt"))), QByteArray("[d]\n"));
 }
 
@@ -544,7 +546,8 @@ void YumConfIOPlacesTest::masksPipesAndDanglingLinksAreLeftAlone()
     const auto nowhere = [this](const char* name) {
         return repoPath(QLatin1String(name)) + QStringLiteral(" is left alone: it is a broken link.");
     };
-    if (warnings.size() == 5) { // otherwise this system does not permit reading the kernel's messages
+    if (warnings.size() ==
+        5) { // the fifth warning appears only on systems where the test may read the kernel's messages
         QVERIFY(warnings.removeAll(warnings.filter(QStringLiteral("kernel.repo")).value(0)) == 1);
     }
     QCOMPARE(warnings, QStringList({nowhere("dangling.repo"), nowhere("loop.repo"), regular("mask.repo"),

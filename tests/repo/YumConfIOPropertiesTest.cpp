@@ -17,7 +17,7 @@
 
 namespace {
 
-// The sections of a file in their order, with their intended positions.
+// One section of a file, with the position that decides its order in the file.
 struct Placed
 {
     Section section;
@@ -27,15 +27,15 @@ struct Placed
 struct ConfigurationFile
 {
     QList<Placed> sections;
-    // Whether the file existed before. In this case, the members below have its mode and owner.
+    // Whether the file existed before VYRE wrote it. If so, the next members are its mode and owner.
     bool existed = false;
     mode_t mode = 0;
     uid_t owner = 0;
     gid_t group = 0;
 };
 
-// Every case has its own seed from 0 to cases - 1, and a failure shows this seed. VYRE_TEST_FACTOR multiplies
-// the number of cases.
+// The number of cases: `number`, multiplied by the environment variable VYRE_TEST_FACTOR. The seeds of the
+// cases are 0 to this number - 1, and a failure shows the seed.
 quint32 numberOfCases(quint32 number)
 {
     bool given = false;
@@ -51,7 +51,8 @@ QString describe(const QString& file, double position, const Section& section)
         .join(QLatin1Char('|'));
 }
 
-// The descriptions of all sections. They are sorted, because the directory decides the order of the files.
+// The descriptions of all sections, sorted. The order of the files is unknown, because it depends on the
+// directory.
 QStringList describe(const QMap<QString, ConfigurationFile>& files)
 {
     QStringList result;
@@ -94,7 +95,7 @@ QString differences(const QStringList& actual, const QStringList& expected)
 
 } // namespace
 
-// Tests of properties that all configurations have, with many random configurations.
+// Tests of properties that hold for every configuration. Each test uses many random configurations.
 class YumConfIOPropertiesTest : public QObject
 {
     Q_OBJECT
@@ -111,30 +112,33 @@ private Q_SLOTS:
 private:
     QString path(const QString& relative) const { return root->path() + QLatin1Char('/') + relative; }
     QString mainPath() const { return path(QStringLiteral("etc/yum.conf")); }
-    // All files below the managed root with their contents.
+    // The paths of all files below the managed root, with their contents.
     QMap<QString, QByteArray> snapshot() const;
-    // Creates the files of a new configuration.
+    // Makes a random configuration, and writes its files.
     void make(RandomConfiguration& random);
-    // The text of one file after a write.
+    // The text that VYRE must write to this file.
     QString textOf(const QString& file) const;
-    // The expected contents of the files.
+    // The expected contents of all files after VYRE has written them.
     QMap<QString, QByteArray> expected() const;
-    // Records the files that stay unchanged without an edit.
+    // Fills `remembered`.
     void remember();
-    // Changes something in each file.
+    // Edits each file, so that VYRE writes it.
     void editAll();
     void roundTrips(bool ascii);
 
-    // These functions change the list of entries and the expected result.
+    // Each of these functions makes a random change in VYRE's list of entries, and the same change in the
+    // expected files.
     void edit(RandomConfiguration& random);
     void add(RandomConfiguration& random);
     void remove(RandomConfiguration& random);
     void move(RandomConfiguration& random);
     void place(RandomConfiguration& random, Repo::Entry& entry, const Section& section);
-    // Chooses an entry at random; returns its index and its expected position.
+    // Chooses an entry at random. Returns its index in the list of entries, and sets its file and its index
+    // in this file.
     int choose(RandomConfiguration& random, QString& file, int& index);
 
-    // If a message box appears, the test fails and does not wait for an answer.
+    // No message box is expected. This user logs the text of an unexpected box and closes it, so the test
+    // fails instead of waiting.
     const AnsweringUser user{[](QDialog* box) {
         qWarning("%s", qPrintable(qobject_cast<QMessageBox*>(box)->text()));
         box->reject();
@@ -147,8 +151,8 @@ private:
 
     QString mainText;
     QMap<QString, ConfigurationFile> files;
-    // For files with letters beyond ASCII: the text that VYRE would write without an edit, and the current
-    // contents.
+    // Files with bytes beyond ASCII: VYRE writes them only if they were edited. Each value has the text that
+    // textOf() returns without an edit, and the contents of the file.
     QMap<QString, QPair<QString, QByteArray>> remembered;
     int added = 0;
 };
@@ -307,7 +311,7 @@ void YumConfIOPropertiesTest::roundTrips(bool ascii)
         }
     }
     qInfo("%u configurations with %u sections", cases, sections);
-    // The configurations must have enough sections for a meaningful test.
+    // The random configurations must not be almost empty.
     QVERIFY(sections > 5 * cases);
 }
 
@@ -371,7 +375,8 @@ void YumConfIOPropertiesTest::edit(RandomConfiguration& random)
     }
     default:
         if (entry.file.isEmpty()) {
-            // VYRE names the file after the identifier.
+            // The entry has no file yet, and the identifier decides the name of its file. So the identifier
+            // must not change.
             break;
         }
         entry.id = section.id = QStringLiteral("renamed%1").arg(++added);
@@ -386,14 +391,15 @@ void YumConfIOPropertiesTest::place(RandomConfiguration& random, Repo::Entry& en
     const QString& file = places.at(random.below(places.size()));
     QList<Placed>& sections = files[file].sections;
     const int index = random.below(sections.size() + 1);
-    // A section before the first or after the last section gets a position at a distance of one.
+    // If no section is on one side of the new section, the new position is 1 away from the section on the
+    // other side.
     const double first = sections.isEmpty() ? 1.0 : sections.first().position;
     const double before = index == 0 ? first - 2.0 : sections.at(index - 1).position;
     const double after = index == sections.size() ? before + 2.0 : sections.at(index).position;
     entry.file = file;
     entry.position = (before + after) / 2;
     sections.insert(index, {section, entry.position});
-    // If the file is in the first directory, its name is enough.
+    // VYRE completes a relative path with the first directory.
     const QString directory = path(QStringLiteral("etc/yum.repos.d/"));
     if (file.startsWith(directory) && random.chance(30)) {
         entry.file = file.mid(directory.size());
@@ -414,7 +420,7 @@ void YumConfIOPropertiesTest::add(RandomConfiguration& random)
     entry.gpgcheck = section.gpgcheck;
     entry.options = section.options;
     if (random.chance(30)) {
-        // The section gets its own file.
+        // An entry without a file gets a new file with the name of its identifier.
         files[path(QStringLiteral("etc/yum.repos.d/%1.repo").arg(section.id))].sections = {{section, 0.0}};
     } else {
         place(random, entry, section);
@@ -490,7 +496,8 @@ void YumConfIOPropertiesTest::anEditDoesNotChangeOtherValues()
             struct stat status;
             QVERIFY2(stat(QFile::encodeName(file.key()).constData(), &status) == 0, context);
             if (file->existed) {
-                // Random words may look like a password.
+                // Random text with an "@" may look like a password. Then VYRE removes the rights of other
+                // users.
                 const mode_t mode = status.st_mode & 07777;
                 QVERIFY2(mode == file->mode ||
                              (mode == (file->mode & ~mode_t(07)) && after.value(file.key()).contains('@')),
@@ -498,7 +505,7 @@ void YumConfIOPropertiesTest::anEditDoesNotChangeOtherValues()
                 QVERIFY2(status.st_uid == file->owner && status.st_gid == file->group, context);
                 ++kept;
             } else {
-                // Random words may look like a password.
+                // Random text with an "@" may look like a password.
                 const QByteArray& text = after.value(file.key());
                 const mode_t mode = status.st_mode & 07777;
                 QVERIFY2(mode == 0644 || (mode == 0600 && text.contains('@')), context);
@@ -507,7 +514,7 @@ void YumConfIOPropertiesTest::anEditDoesNotChangeOtherValues()
             }
         }
 
-        // Writing has not changed the list in memory, except for the files of new entries.
+        // Writing changes the list in memory only in one point: new entries get their files.
         QVERIFY2(describe(conf->entries) == describe(files),
                  context + differences(describe(conf->entries), describe(files)).toUtf8());
     }
@@ -526,7 +533,7 @@ void YumConfIOPropertiesTest::privateFilesArePrivateFromTheBeginning()
         RandomConfiguration random(2000000000 + seed, true);
         make(random);
         QVERIFY2(conf->read(nullptr), context);
-        // Several sections are written to one new file. One of them has the password.
+        // Up to four new sections share one new file. Only one of them contains the password.
         const QString file = path(QStringLiteral("etc/yum.repos.d/new.repo"));
         const int count = 1 + random.below(4);
         const int chosen = random.below(count);

@@ -7,7 +7,7 @@
 
 Q_DECLARE_METATYPE(Qt::CheckState)
 
-// Tests of the values that YumConfIO reads from the files.
+// Tests of the values that YumConfIO reads from the configuration files.
 class YumConfIOReadTest : public ScratchConfiguration
 {
     Q_OBJECT
@@ -324,7 +324,7 @@ void YumConfIOReadTest::aByteOrderMarkIsKept()
     conf->entries.first().name = QStringLiteral("c");
     QVERIFY(conf->write(window.get()));
     QCOMPARE(getRepo(QStringLiteral("f.repo")), QByteArray("\xEF\xBB\xBF[x]\nname=c\n\n[y]\nname=b\n"));
-    // The removal of the last repository removes the file.
+    // If the last repository of a file is removed, VYRE removes the file.
     conf->entries.clear();
     QVERIFY(conf->write(window.get()));
     QVERIFY(!QFile::exists(repoPath(QStringLiteral("f.repo"))));
@@ -451,7 +451,7 @@ void YumConfIOReadTest::repositoriesOfTheMainFileAreRead()
     putMain("# top\n[main]\nretries=1\n\n  more\n[x]\nname=a\n\n[main]\nname=b\n");
     QVERIFY(conf->read(window.get()));
     QCOMPARE(conf->mainText, QStringLiteral("# top\n[main]\nretries=1\n\n  more\n"));
-    // After the first repository, the section name "main" has no special meaning.
+    // Only above the first repository is "main" the main section. Below it, "main" is an ordinary identifier.
     QCOMPARE(ids(), QStringList({QStringLiteral("x"), QStringLiteral("main")}));
     QCOMPARE(conf->entries.at(0).file, mainPath());
     QCOMPARE(conf->entries.at(0).name, QStringLiteral("a"));
@@ -505,7 +505,7 @@ void YumConfIOReadTest::theLastMatchingRepositoryOptionIsUsed()
     QCOMPARE(session,
              (QHash<QString, bool>{
                  {QStringLiteral("a"), true}, {QStringLiteral("ab"), false}, {QStringLiteral("c"), false}}));
-    // The entries have the values of the file.
+    // The permanent states come from the file, not from the session.
     QCOMPARE(entry(QStringLiteral("a")).enabled, qint32(Qt::Unchecked));
     QCOMPARE(entry(QStringLiteral("ab")).enabled, qint32(Qt::Checked));
 }

@@ -7,7 +7,7 @@
 
 #include "tests/repo/ScratchConfiguration.h"
 
-// Tests of the owner and the mode of written files.
+// Tests of the owner and the mode of the files that VYRE writes.
 class YumConfIORightsTest : public ScratchConfiguration
 {
     Q_OBJECT
@@ -61,7 +61,7 @@ void YumConfIORightsTest::aFileThatGetsAPasswordIsPrivate()
     QCOMPARE(modeOf(given), mode_t(0660));
     QCOMPARE(QFileInfo(given).ownerId(), uint(owner));
     QCOMPARE(modeOf(other), mode_t(0664));
-    // The file's owner has chosen this mode, and the user has not typed a password.
+    // This file contained its password before, so its owner has chosen the mode, and VYRE keeps it.
     QCOMPARE(modeOf(known), mode_t(0664));
     QCOMPARE(modeOf(mainPath()), mode_t(0640));
     QStringList texts;
@@ -72,7 +72,7 @@ void YumConfIORightsTest::aFileThatGetsAPasswordIsPrivate()
         QStringLiteral("%1 contains a password. From now on, only the file's owner and group can read the "
                        "file.");
     QCOMPARE(texts, QStringList({text.arg(mainPath()), text.arg(given)}));
-    // Each file causes one message.
+    // The next write of the same file causes no further message.
     entry(QStringLiteral("given")).name = QStringLiteral("G");
     QVERIFY(conf->write(window.get()));
     QCOMPARE(noted.size(), 2);

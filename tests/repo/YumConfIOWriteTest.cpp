@@ -6,7 +6,7 @@
 
 #include "tests/repo/ScratchConfiguration.h"
 
-// Tests of the written text and of its file.
+// Tests of the text that YumConfIO writes, and of the file to which it writes this text.
 class YumConfIOWriteTest : public ScratchConfiguration
 {
     Q_OBJECT
@@ -96,7 +96,7 @@ void YumConfIOWriteTest::theMainFileIsRewrittenWithItsRepositories()
     putMain("[main]\nretries=1\n[a]\n[b]\n[c]");
     QVERIFY(conf->read(window.get()));
     QVERIFY(conf->write(window.get()));
-    // No empty line is between the main part and the first section.
+    // Blank lines separate repository sections, but not the main part and the first section.
     QCOMPARE(get(mainPath()), QByteArray("[main]\nretries=1\n[a]\n\n[b]\n\n[c]\n"));
 }
 
@@ -162,7 +162,7 @@ void YumConfIOWriteTest::thePositionDeterminesTheOrderOfSectionsInAFile()
     entry(QStringLiteral("c")).position = 0.5;
     QVERIFY(conf->write(window.get()));
     QCOMPARE(getRepo(QStringLiteral("f.repo")), QByteArray("[c]\n\n[a]\n\n[between]\n\n[b]\n"));
-    // The list of entries keeps its order, although the order in the file is different.
+    // Writing sorts the sections in the file, but not the list of entries.
     QCOMPARE(ids(), QStringList({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c"),
                                  QStringLiteral("between")}));
 }
@@ -246,8 +246,7 @@ void YumConfIOWriteTest::bytesBeyondAsciiAreEncodedAgainByEveryWrite()
     entry(QStringLiteral("m")).name = QStringLiteral("b");
     QVERIFY(conf->write(window.get()));
     QCOMPARE(get(mainPath()), QByteArray("[main]\n# \xC3\x83\xC2\xA9\n[m]\nname=b\n"));
-    // VYRE writes a typed "é" as two bytes. If VYRE reads these bytes again, it takes them for two
-    // characters.
+    // VYRE writes a typed "é" as two bytes in UTF-8, and would read these bytes as two characters.
     entry(QStringLiteral("x")).name = QString::fromUtf8("é");
     QVERIFY(conf->write(window.get()));
     QVERIFY(getRepo(QStringLiteral("f.repo")).contains("\nname=\xC3\xA9\n"));
