@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base class for tests of applying marks. It has a back end with the stand-in script. A transaction
-// consists of Python statements.
+// The base class for tests of applying marks. It owns a back end with the stand-in script. The tests describe
+// each transaction by Python statements.
 
 #ifndef TESTS_YUMIO_APPLYFIXTURE_H
 #define TESTS_YUMIO_APPLYFIXTURE_H
@@ -16,7 +16,7 @@ class ApplyFixture : public QObject
     Q_OBJECT
 
 protected Q_SLOTS:
-    // The test framework calls these slots of every test class.
+    // The test framework calls these slots for every derived class.
     void initTestCase();
     void cleanupTestCase();
     void init();
@@ -30,16 +30,16 @@ protected:
     int logLength() { return backEnd->log().count(); }
     QStringList headings(int from);
 
-    // Collects the packages that the statements set up.
+    // Runs the statements, which set up packages, and then collects these packages.
     void collect(const QString& statements);
     void mark(const QString& name, Package::Action action) { backEnd->entry(name)->action = action; }
-    // Applies the marks. These statements replace the package manager's work, and append to "seen".
+    // Applies the marks. The statements replace the work of dnf. They may append values to the list "seen".
     bool apply(const QString& statements = QString("pass"));
-    // The names in the six lists that were passed to the script. "<" joins the names of a pair.
+    // The names in the six lists that the script got for its apply(). "<" joins the two names of a pair.
     QString given();
     bool wasApplied();
 
-    // The text of an exception that no scope expects.
+    // The message about an unexpected Python exception.
     static const char* const generic;
 
     QScopedPointer<BackEnd> backEnd;

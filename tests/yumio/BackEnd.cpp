@@ -104,7 +104,8 @@ BackEnd* backEndOf(PyObject* capsule)
     return static_cast<BackEnd*>(PyCapsule_GetPointer(capsule, nullptr));
 }
 
-// Runs the function in the graphical thread, after all events posted before, and waits for it.
+// Runs the function on the graphical thread after all earlier events, and waits for it. Returns its lines as
+// a Python list.
 template <typename Function> PyObject* texts(const Function& function)
 {
     QStringList lines;
@@ -189,7 +190,8 @@ PyMethodDef functions[] = {
 
 bool BackEnd::start(const QByteArray& share)
 {
-    // The test framework sets a handler, which the interpreter would respect.
+    // The test framework has installed a handler for SIGINT. Python would keep that handler instead of its
+    // own.
     std::signal(SIGINT, SIG_DFL);
     program = "the-test";
     qputenv("VYRESHARE", share.isEmpty() ? QByteArray(STANDIN_SHARE) : share);
@@ -218,7 +220,7 @@ QStringList BackEnd::bars() const
 QStringList BackEnd::tip()
 {
     for (QWidget* old : QApplication::topLevelWidgets()) {
-        delete qobject_cast<GeneralTip*>(old); // null for any other window
+        delete qobject_cast<GeneralTip*>(old); // null if this window is not a tip
     }
     Q_EMIT item.toolTip(QPoint(1, 1));
     QStringList rows;

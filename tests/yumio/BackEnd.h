@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The back end with the stand-in script, a window and bars, and a simulated user who answers its dialogs.
+// The back end with the stand-in script, a window and its bars, and a simulated user who answers the dialogs.
 
 #ifndef TESTS_YUMIO_BACKEND_H
 #define TESTS_YUMIO_BACKEND_H
@@ -16,21 +16,21 @@
 #include "services/HProgressBar.h"
 #include "tests/yumio/YumIOProbe.h"
 
-// The content of a dialog.
+// The texts and buttons of a dialog.
 struct ShownDialog
 {
     QString title;
     QString text;
-    // The texts above and below a listing.
+    // The texts above and below the listing of a transaction.
     QString notice;
     QString summary;
     QStringList buttons;
     QString defaultButton;
-    QMessageBox::Icon icon = QMessageBox::NoIcon; // of a message box
+    QMessageBox::Icon icon = QMessageBox::NoIcon; // only for a message box
 };
 
-// Answers every dialog as soon as the dialog appears. It presses the button of the next answer. If no answer
-// is left, it presses the first button. The answers "Escape" and "Enter" are keys.
+// Answers every dialog as soon as it opens, by a click on the next button that press() has named. If no
+// answer is left, clicks the first button. The answers "Escape" and "Enter" stand for keys.
 class Answers : public QObject
 {
     Q_OBJECT
@@ -39,9 +39,9 @@ public:
     Answers();
 
     void press(const QString& answer) { answers.append(answer); }
-    // The dialogs that were shown since the previous call of this function.
+    // The dialogs that have opened since the previous call of this function.
     QList<ShownDialog> take();
-    // The texts of these dialogs. Their title must be the given title.
+    // The texts of the dialogs that take() returns. All of them must have the given title.
     QStringList takeTexts(const QString& title);
 
 private Q_SLOTS:
@@ -58,34 +58,34 @@ class BackEnd
 public:
     BackEnd();
 
-    // Returns false if the back end did not start. Without a share directory it runs the stand-in script.
-    // The functions of that script have five more globals: look() returns bars(), tip() returns tip(), and
-    // captured() returns the unfinished lines of captured standard output and standard error. counted()
-    // returns the number of records that the graphical thread sees. state() returns some members of the back
-    // end by name. All threads may call these functions.
+    // Returns false if the back end did not start. If no share directory is given, the back end runs the
+    // stand-in script. The script gets five more functions, which all threads may call:
+    //
+    // look() returns bars(). tip() returns tip(). captured() returns the unfinished lines of captured
+    // standard output and standard error. counted() returns the number of records that the graphical thread
+    // sees. state() returns some members of the back end by their names.
     bool start(const QByteArray& share = QByteArray());
 
-    // The content of the bars: "text value/maximum" of the total bar and of the item bar, or "idle".
+    // For the total bar and for the item bar: "text value/maximum", or "idle".
     QStringList bars() const;
-    // The rows of the item bar's tip during downloads: "text: state".
+    // The rows "text: state" of the tip that the item bar shows during downloads.
     QStringList tip();
 
-    // Runs Python statements. In these statements, "it" is the script's object. If the statements fail, the
-    // test fails.
+    // Runs Python statements, in which "it" is the script's object. An exception makes the test fail.
     void run(const QString& statements);
     PyRef value(const QString& expression);
-    // The result of str() for the value of the expression.
+    // The value of the expression, as str() shows it.
     QString text(const QString& expression);
 
-    // Removes all records and resets the script's object to its initial state.
+    // Removes all records, and resets the script's object to its initial state.
     void renew();
-    // Collects the packages. "answers" keeps the messages.
+    // Collects the packages. "answers" records the dialogs.
     bool collect(const QHash<QString, bool>& repoEnable = {});
-    // The ordinary record of this name and bi-arch class, or null.
+    // The record of the ordinary package with this name and bi-arch class; null if it is missing.
     Package::Entry* entry(const QString& name, const QString& biArch = QStringLiteral("x86_64"));
     Package::Entry* group(const QString& name);
 
-    // "kind level text" of the entries, beginning with the given entry.
+    // The log entries from this number on, each as "kind level text".
     QStringList log(int from = 0);
 
     QWidget window;

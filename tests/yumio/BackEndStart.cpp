@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Starts the back end with the script of VYRESHARE and prints what the user sees, one item in each line. If
-// an argument is given, the interpreter runs it first. If PRINT_LOG is set, the program prints the log at the
-// end.
+// Starts the back end with the script of VYRESHARE, and prints what the user sees, one item per line. The
+// first argument is Python code that the interpreter runs before the script. If PRINT_LOG is set, the program
+// also prints the log. A second argument starts a collection.
 
 #include <cstdio>
 
@@ -21,7 +21,7 @@ void print(const QString& text)
 
 int main(int argc, char** argv)
 {
-    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ); // keeps the order with the script's output
+    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ); // keeps the order of our lines and the script's lines
     QApplication app(argc, argv);
     Answers answers;
     {
@@ -53,7 +53,7 @@ int main(int argc, char** argv)
             }
         }
     }
-    // The messages that appear during the end of the back end.
+    // The dialogs that opened while the back end ended.
     for (const ShownDialog& each : answers.take()) {
         print("end: " + each.title + ": " + each.text);
     }

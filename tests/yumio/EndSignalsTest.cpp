@@ -17,7 +17,7 @@
 
 namespace {
 
-// The next signal number in the child's pipe, or 0 after a while.
+// Waits up to 20 seconds for the next signal number in the child's pipe; 0 if none arrives.
 int nextOf(int descriptor)
 {
     pollfd polled = {descriptor, POLLIN, 0};
@@ -26,13 +26,14 @@ int nextOf(int descriptor)
                                                                                                      : 0;
 }
 
-// Runs the function in a child process where signals become requests. The function gets the descriptor of the
-// requests. Returns how the child ended, with its exit status.
+// Runs the function in a child process, in which signals become requests to end. The function gets the
+// descriptor from which it can read the requests. Returns the child's exit status, or the signal that ended
+// the child.
 template <typename Function> QString inChild(const Function& function)
 {
     const pid_t child = fork();
     if (child == 0) {
-        // The test framework sets handlers.
+        // The test framework has installed handlers, which the child inherits.
         for (int number = 1; number <= SIGRTMAX; ++number) {
             if (EndSignals::endsProcess(number)) {
                 std::signal(number, SIG_DFL);
@@ -80,7 +81,8 @@ class EndSignalsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    // The expected value comes from the system: the test sends each signal to a child without handlers.
+    // Finds the expected value by experiment: sends each signal to a child without handlers, and checks
+    // whether the child ends.
     void endsProcessIsTrueForTheSignalsThatEndAProcess_data()
     {
         QTest::addColumn<int>("number");
@@ -97,7 +99,7 @@ private Q_SLOTS:
         QFETCH(int, number);
         const pid_t child = fork();
         if (child == 0) {
-            setpgid(0, 0); // the system does not stop a child in an orphaned process group
+            setpgid(0, 0); // in an orphaned process group, signals could not stop it
             std::signal(number, SIG_DFL);
             raise(number);
             _exit(0);

@@ -46,7 +46,7 @@ class MetadataTest : public QObject
     Q_OBJECT
 
 private:
-    // Writes a file and returns its path. If a filter is named, it compresses the content.
+    // Writes a file and returns its path. If libarchive's filter is named, the filter compresses the content.
     QString write(const QByteArray& content, const char* filter = nullptr)
     {
         const QString path = directory.filePath(QString("file%1").arg(++number));
@@ -78,7 +78,7 @@ private:
         return plain.fileName();
     }
 
-    // The text of the package "one", which is the only wanted package. Null if the package has no text.
+    // The text that a file with the package "one" gives for this package; null if it gives none.
     QByteArray filesOfOne(const QByteArray& contents)
     {
         std::vector<QByteArray> texts(1);
@@ -118,7 +118,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, filter);
         const char* name = filter.isEmpty() ? nullptr : filter.constData();
-        // The text is longer than one read.
+        // The file is too long for a single read.
         QByteArray many;
         QByteArray expected;
         for (int i = 0; i < 40000; ++i) {
@@ -189,7 +189,7 @@ private Q_SLOTS:
 
     void pathAcrossTwoReadsIsComplete()
     {
-        // Every position in the file is inside a path. So each read also ends inside a path.
+        // The file consists almost only of paths, so nearly every read ends inside a path.
         const QByteArray part(1000, 'x');
         QByteArray many;
         QByteArray expected;
@@ -203,8 +203,8 @@ private Q_SLOTS:
 
     void pathsBeyondAsciiAreSortedAsInTheProgram()
     {
-        // The program represents characters beyond U+FFFF as surrogates. Therefore it sorts these characters
-        // before some characters that come earlier in byte order.
+        // QString stores characters beyond U+FFFF as surrogates. So the program sorts them before some
+        // characters that come earlier in byte order.
         const QStringList paths{QString::fromUtf8("/ﬁ"),
                                 QString::fromUtf8("/🌧"),
                                 QString::fromUtf8("/é"),
@@ -221,7 +221,7 @@ private Q_SLOTS:
             std::sort(sorted.begin(), sorted.end());
             QCOMPARE(QString::fromUtf8(filesOfOne(contents)), sorted.join('\n'));
         }
-        // The two orders differ.
+        // For these two paths, the program's order and the byte order differ.
         QVERIFY(paths[0] > paths[1]);
         QVERIFY(paths[0].toUtf8() < paths[1].toUtf8());
     }
@@ -296,7 +296,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, filter);
         QFETCH(QString, damage);
-        // The content can hardly be compressed, so the damage is inside the content.
+        // The numbers can hardly be compressed, so a damage in the middle of the file hits them.
         QByteArray many;
         quint32 state = 1;
         for (int i = 0; i < 60000; ++i) {
@@ -320,7 +320,7 @@ private Q_SLOTS:
         QString problem;
         QVERIFY(!Metadata::readFileLists(path, {{"one", 0}, {"two", 1}}, texts, problem));
         QVERIFY(!problem.isEmpty());
-        // No package has an incomplete text.
+        // The package with the damage has no text, rather than an incomplete text.
         QVERIFY(texts[1].isNull());
         problem.clear();
         QVERIFY(!Metadata::readChangeLogs(path, {{"two", 1}}, texts, problem));
@@ -342,8 +342,8 @@ private Q_SLOTS:
 
     void fileOfAnotherKindHasNoTexts()
     {
-        // The file for change logs lists the same packages as the file for file lists, and vice versa. If
-        // the wrong file is read, the result must not say that the packages have no files or no changes.
+        // The files for change logs and for file lists name the same packages. If the program reads the wrong
+        // file, it must not conclude that the packages have no files or no changes.
         const QByteArray packages = package("one", "") + package("two", "");
         const auto read = [this](const QByteArray& content, bool changeLogs) {
             std::vector<QByteArray> texts(2);

@@ -12,7 +12,7 @@
 
 namespace {
 
-// The output of the function to standard error.
+// The text that the function writes to standard error.
 template <typename Function> QString standardErrorOf(const Function& function)
 {
     QTemporaryFile file;
@@ -30,7 +30,8 @@ template <typename Function> QString standardErrorOf(const Function& function)
     return QString::fromUtf8(file.readAll());
 }
 
-// A record that shares a name with the test. If the record is deleted, the name is no longer shared.
+// A record whose name shares its memory with the argument. After the record is deleted, isDetached() of the
+// argument is true again.
 Package::Entry* named(const QString& name)
 {
     auto* entry = new Package::Entry;
@@ -129,7 +130,7 @@ private Q_SLOTS:
 
     void anUnreleasedObjectIsReportedOnceInAProcess()
     {
-        // The destructor may not hold the interpreter lock, so it must never dereference this pointer.
+        // The destructor may run without the interpreter lock, so it must not dereference this pointer.
         auto* object = reinterpret_cast<PyObject*>(quintptr(0x1234));
         auto* first = new Package::Entry;
         first->pyObject = object;
@@ -173,7 +174,7 @@ private Q_SLOTS:
     void recordPointersCanBeStoredInVariants()
     {
         const YumIO yumIO;
-        // A direct use of the type would register the type, so the lookup by name must come first.
+        // qMetaTypeId() would register the type, so the test first looks for the type by its name.
         const int registered = QMetaType::type("Package::Entry*");
         QVERIFY(registered != QMetaType::UnknownType);
         QCOMPARE(qMetaTypeId<Package::Entry*>(), registered);

@@ -11,7 +11,7 @@ class RecordsTest : public QObject
     Q_OBJECT
 
 private:
-    // A new record with a stand-in for an object of the script.
+    // Adds a record with an invented script object.
     Package::Entry* add(const QString& name, const QString& biArch, Package::State state = Package::Available)
     {
         Package::Entry*& place = records->place(Package::EntryKey(false, name, biArch));
@@ -31,7 +31,7 @@ private:
         entry->pyObject = object();
         return entry;
     }
-    // A unique pointer. No code dereferences it.
+    // An invented pointer, which differs from all others. No code dereferences it.
     PyObject* object()
     {
         objects.append(QByteArray(1, 'x'));
@@ -182,7 +182,7 @@ private Q_SLOTS:
         QCOMPARE(records->replacement(*other).of, QStringList({"old-1", "gone-1"}));
         QVERIFY(records->isLeftToUser(*old));
         QVERIFY(records->isLeftToUser(*other));
-        QVERIFY(!records->isLeftToUser(*third)); // this package is already installed
+        QVERIFY(!records->isLeftToUser(*third)); // installed already, so nothing is left to the user
         QVERIFY(!records->isLeftToUser(*add("none", "x86_64")));
     }
 

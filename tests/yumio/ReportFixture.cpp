@@ -6,9 +6,10 @@
 
 namespace {
 
-// Payloads of the package manager's own classes, and helpers that catch exceptions from the program's
-// functions. If values follow each other immediately, a bar skips some of them. Therefore a test pauses
-// before it sets a value that it checks.
+// Payload classes that derive from dnf's own classes, and helpers that catch exceptions from yumIOC.
+//
+// If a test sets several values at once, a bar skips some of them. Therefore a test sleeps before it sets a
+// value that it checks.
 const char* const definitions = R"(
 import time
 
@@ -57,7 +58,7 @@ void ReportFixture::initTestCase()
 {
     ApplyFixture::initTestCase();
     backEnd->run(definitions);
-    QVERIFY(backEnd->collect()); // the bars are idle afterwards
+    QVERIFY(backEnd->collect()); // after a collection, the bars are idle
     // The item bar's tip needs a visible window.
     backEnd->window.show();
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base class for tests of the script's reports. It has payloads and a visible window.
+// The base class for tests of the script's reports. It defines payload classes for the script, and shows the
+// window.
 
 #ifndef TESTS_YUMIO_REPORTFIXTURE_H
 #define TESTS_YUMIO_REPORTFIXTURE_H
@@ -15,8 +16,8 @@ protected Q_SLOTS:
     void initTestCase();
 
 protected:
-    // The log from the given entry on, without messages of the window system. These messages are written to
-    // standard error while an operation captures standard error.
+    // The log from this entry on, without messages of the window system: these also go to standard error, and
+    // so into the log, while an operation captures standard error.
     QStringList logged(int from);
 };
 

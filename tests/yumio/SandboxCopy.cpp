@@ -11,7 +11,7 @@ bool SandboxCopy::start()
                           {QStringLiteral("copy"), qEnvironmentVariable("VYRE_SANDBOX"), copy}) != 0) {
         return false;
     }
-    // The server runs until its standard input ends.
+    // The server ends when its standard input is closed.
     server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     server.start(SANDBOX_TOOL,
                  {QStringLiteral("run"), copy, QStringLiteral("--"), QStringLiteral("sh"),

@@ -11,12 +11,12 @@
 #include "yumio/DateTime.h"
 #include "yumio/ScriptValues.h"
 
-// This header must follow Python.h.
+// this header must follow Python.h
 #include <datetime.h>
 
 namespace {
 
-// Stores the reported messages.
+// Keeps the messages that the converter reports.
 class RecordingValues : public ScriptValues
 {
 public:
@@ -35,7 +35,7 @@ class ScriptValuesTest : public QObject
     Q_OBJECT
 
 private:
-    // The messages that were reported since the previous call of this function.
+    // The messages since the previous call of this function.
     QStringList warnings()
     {
         QStringList taken;
@@ -56,7 +56,7 @@ private:
         }
         return result;
     }
-    // The result of converting the value of an expression.
+    // Evaluates the expression, and converts its value.
     QString pyString(const char* expression) { return values->pyString(value(expression).get()); }
     QString pyStringX(const char* expression) { return values->pyStringX(value(expression).get()); }
 
@@ -242,7 +242,7 @@ private Q_SLOTS:
     {
         run("class Odd(datetime.datetime):\n    def weekday(self): return 2\n");
         const PyRef date = value("Odd(2023, 9, 2)");
-        // Write the month into the object's memory: Python code cannot create a date with month 13.
+        // Python code cannot create a date with month 13, so write the month into the object's memory.
         reinterpret_cast<PyDateTime_DateTime*>(date.get())->data[2] = 13;
         QCOMPARE(values->pyDate(date.get()), QString("Wed  2 2023"));
         QCOMPARE(warnings(), QStringList("Internal error: YumIO::pyDate found out-of-bounds month: 13"));

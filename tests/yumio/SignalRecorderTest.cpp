@@ -9,8 +9,8 @@
 
 namespace {
 
-// Runs the function in a child process. Returns the child's output to the descriptor, followed by the way in
-// which the child ended.
+// Runs the function in a child process, with a descriptor for output. Returns the lines of this output,
+// followed by the child's exit status, or by the signal that ended the child.
 template <typename Function> QStringList inChild(const Function& function)
 {
     int ends[2];
@@ -20,7 +20,7 @@ template <typename Function> QStringList inChild(const Function& function)
     const pid_t child = fork();
     if (child == 0) {
         close(ends[0]);
-        // The test framework sets handlers.
+        // The test framework has installed handlers, which the child inherits.
         for (int number = 1; number <= SIGRTMAX; ++number) {
             std::signal(number, SIG_DFL);
         }

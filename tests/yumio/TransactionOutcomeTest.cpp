@@ -31,7 +31,7 @@ private Q_SLOTS:
     void outcomeIsOneLine_data()
     {
         using O = TransactionOutcome;
-        QTest::addColumn<QList<int>>("counts"); // pairs of Count and number
+        QTest::addColumn<QList<int>>("counts"); // pairs of a Count and its number
         QTest::addColumn<QStringList>("scriptlets");
         QTest::addColumn<bool>("restart");
         QTest::addColumn<QString>("changes");

@@ -4,7 +4,7 @@
 
 #include "yumio/TransactionState.h"
 
-// The minimum weight of a package.
+// The smallest weight that a package can have.
 constexpr quint64 least = 10240;
 
 class TransactionStateTest : public QObject
@@ -98,7 +98,7 @@ private Q_SLOTS:
         TransactionState transaction;
         transaction.downloadSteps = 7;
         transaction.shareDownloadSteps();
-        QCOMPARE(transaction.downloadSteps, quint32(7)); // no package is installed
+        QCOMPARE(transaction.downloadSteps, quint32(7)); // without new packages, nothing is shared
         transaction.weighNew(30000, true);
         transaction.weighNew(10240, false);
         transaction.shareDownloadSteps();

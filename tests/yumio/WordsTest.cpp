@@ -6,7 +6,8 @@
 
 namespace {
 
-// The function's words for all values of an enumeration, and for the two values next to the enumeration.
+// The results of the function for all values of an enumeration, and for the two values just outside the
+// enumeration.
 template <typename Value> QStringList all(QString (*say)(Value), int last)
 {
     QStringList texts;

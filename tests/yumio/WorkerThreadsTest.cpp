@@ -30,7 +30,7 @@ using SucceedThread = WorkerThread<&Owner::succeedReal>;
 using FailThread = WorkerThread<&Owner::failReal>;
 using AppendThread = WorkerThread<&Owner::appendReal>;
 
-// Starts the thread inside the loop that the thread will end.
+// Starts the thread only after the loop has begun, because the thread ends the loop.
 int exec(QEventLoop& loop, QThread& thread)
 {
     QTimer::singleShot(0, &thread, [&thread] { thread.start(); });

@@ -8,8 +8,8 @@
 
 namespace {
 
-// Simulates a lack of memory for Python lists. The request with this number fails. Only requests for the
-// first elements of a list count. If the number is 0, no request fails.
+// Simulates a lack of memory for Python lists. Counts the requests for memory by lists without elements; the
+// request with this number fails. 0: no request fails.
 int failingList = 0;
 PyMemAllocatorEx memory;
 
@@ -47,7 +47,7 @@ public:
     ListsWithoutMemory& operator=(const ListsWithoutMemory&) = delete;
 };
 
-// The question if a group and one of its packages are marked.
+// The question that is asked if a group and one of its packages are marked.
 QString conflict(const QString& package, const QString& groupAction, const QString& implied,
                  const QString& own)
 {
@@ -67,7 +67,7 @@ class YumIOApplyTest : public ApplyFixture
 private Q_SLOTS:
     void cleanupTestCase()
     {
-        // The back end is deleted while records are marked. It must delete each record once.
+        // When the back end ends, records are still marked. It must delete each of these records only once.
         collect("it.available = [Package('tool'), Package('left')]");
         mark("tool", Package::Install);
         QVERIFY(!apply());
@@ -110,7 +110,7 @@ private Q_SLOTS:
         backEnd->group("I")->action = Package::Install;
         backEnd->group("U")->action = Package::Update;
         backEnd->group("R")->action = Package::Remove;
-        // The order of records does not matter.
+        // The order of the records may vary.
         QVERIFY(!apply("lists[0].sort(key=lambda package: package.name)"));
         QCOMPARE(given(), QString("set6.0 tool4.0; fresh-2.0<fresh-1.0; old3.0; I; U; R"));
         QCOMPARE(backEnd->text("it.did('apply')[0][0][1] is it.available[0]"), QString("True"));
@@ -154,7 +154,7 @@ private Q_SLOTS:
         mark("kernel", Package::Remove);
         QVERIFY(!apply());
         QCOMPARE(given(), QString("; ; kernel6.1 kernel6.2 kernel6.3; ; ; "));
-        // If a removed package has an update, the script gets the installed version of the package.
+        // If the package to remove has an update, the script gets the installed version, not the update.
         mark("kernel", Package::None);
         mark("fresh", Package::Remove);
         backEnd->run("it.calls.clear()");
@@ -209,7 +209,7 @@ private Q_SLOTS:
         QVERIFY(!applied);
         QCOMPARE(errors(), QStringList(expected));
         QVERIFY(!wasApplied());
-        // When memory is available again, the next apply succeeds.
+        // The next apply has enough memory, and succeeds.
         QVERIFY(!apply());
         QVERIFY(wasApplied());
     }
@@ -233,9 +233,9 @@ private Q_SLOTS:
     void aQuestionIsAskedIfAGroupAndItsMemberHaveDifferentMarks_data()
     {
         QTest::addColumn<int>("groupAction");
-        QTest::addColumn<QString>("member"); // updatable, available or installed
+        QTest::addColumn<QString>("member"); // its state: updatable, available or installed
         QTest::addColumn<int>("action");
-        QTest::addColumn<QString>("question"); // empty for no question
+        QTest::addColumn<QString>("question"); // empty if no question is expected
         const auto row = [](const char* name, Package::Action groupAction, const char* member,
                             Package::Action action, const QString& question) {
             QTest::newRow(name) << int(groupAction) << member << int(action) << question;
@@ -298,7 +298,7 @@ private Q_SLOTS:
 
     void onlyMandatoryAndDefaultMembersOfAGroupCauseAQuestion()
     {
-        // A group's optional and conditional packages are not installed with it.
+        // A group's optional and conditional packages are not installed together with the group.
         collect("it.installed = [Package(name) for name in 'abcd']\n"
                 "it.groups = [Group('G', 'g', ['a'], ['b'], ['c'], ['d'])]");
         for (const char* name : {"a", "b", "c", "d"}) {
@@ -327,7 +327,7 @@ private Q_SLOTS:
         }
         backEnd->group("G")->action = Package::Remove;
         for (int yes = 0; yes < 4; ++yes) {
-            // The first "No" ends the questions.
+            // After the first "No", no further question is asked.
             for (int i = 0; i < yes; ++i) {
                 backEnd->answers.press("Yes");
             }
@@ -416,7 +416,7 @@ private Q_SLOTS:
         backEnd->run("it.raises['" + method + "'] = OSError(13, 'Permission denied')");
         QVERIFY(!clean());
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot clean " + label}));
-        // A method that returns None has succeeded.
+        // If the script's method returns None, it has succeeded.
         backEnd->run("it.raises.clear()\nit.does['" + method + "'] = lambda: None");
         QVERIFY(clean());
     }

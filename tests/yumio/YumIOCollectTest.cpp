@@ -290,7 +290,7 @@ private Q_SLOTS:
                  QStringList({generic, "Internal error: execution of yumIO." + method + " failed"}));
         QCOMPARE(yumIO().count(), 0);
 
-        // The next clearing removes the records of the failed collection.
+        // After a failed collection, the next collection works as usual.
         yumIO().clearEntries();
         backEnd->run("it.raises.clear()");
         QVERIFY(backEnd->collect());
@@ -347,7 +347,7 @@ private Q_SLOTS:
                      "(54%) 9750/18000', 'Reading repository metadata for other (25%) 50/200'), (" + total +
                      "(83%) 15000/18000', 'Reading the packages of other 0/0')]");
         QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
-        // If no operation runs, nothing is shown.
+        // A report outside of an operation is not shown.
         backEnd->run("showReading('main', 'too late')");
         QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
     }
@@ -419,7 +419,7 @@ private Q_SLOTS:
         QCOMPARE(asked[1].text,
                  QString("The repository two cannot be read:\nbroken\n\nGo on without it for this session?"));
         QCOMPARE(yumIO().unwantedRepos(), QStringList({"one", "two", "three"}));
-        // The next collection asks again.
+        // The next collection asks again, although the user has answered "Yes to All" before.
         for (const QString answer : {"No", "Escape", "Enter"}) {
             backEnd->run("seen = []\n"
                          "it.does['setupRepos'] = lambda: seen.append(goOnWithout('one', 'late', 0))");
@@ -432,7 +432,7 @@ private Q_SLOTS:
             QCOMPARE(asked[0].buttons, QStringList({"Yes", "No"}));
             QCOMPARE(yumIO().unwantedRepos(), QStringList());
         }
-        // If all repositories fail, the installed packages are still collected.
+        // A collection without enabled repositories still lists the installed packages.
         backEnd->run("it.does.clear()\nBASE.repos['main'].enabled = 0\nit.installed = [Package('old')]");
         yumIO().clearEntries();
         QVERIFY(backEnd->collect());
@@ -501,7 +501,7 @@ private Q_SLOTS:
         QVERIFY(backEnd->collect());
         const QString old = backEnd->text("str(old)");
         const QString fresh = backEnd->text("str(new)");
-        // Each line becomes a separate entry.
+        // Each line of the warning becomes a separate log entry.
         QCOMPARE(backEnd->log(before).filter(QRegularExpression("Other packages replace| -> ")),
                  (QStringList{"2 2 Other packages replace these installed packages. Mark the replacements "
                               "for installation, or keep the installed packages:",
@@ -513,7 +513,7 @@ private Q_SLOTS:
                 left.append(name);
             }
         }
-        // If an update of a package also replaces another package, it remains an update.
+        // "better" is not left to the user: it replaces another package, but is also an update.
         QCOMPARE(left, (QStringList{"old", "new", "split"}));
         QCOMPARE(yumIO().replacement(*backEnd->entry("old")).by, QStringList(fresh));
         QCOMPARE(yumIO().replacement(*backEnd->entry("new")).of, QStringList(old));
@@ -564,7 +564,7 @@ private Q_SLOTS:
         QCOMPARE(versions(backEnd->entry("loses")),
                  QStringList({"0 2.0-1 noarch", "2 1.0-1 i686", "2 0.9-1 x86_64"}));
         QCOMPARE(versions(backEnd->entry("gets", "i386")), QStringList({"0 2.0-1 i686", "2 1.0-1 noarch"}));
-        // A transaction's listing finds the installed versions.
+        // These lookups are those of a transaction's listing, for the installed versions.
         QVERIFY(yumIO().findPackage("gets", "noarch") == backEnd->entry("gets", "i386"));
         QVERIFY(yumIO().findPackage("loses", "i686") == backEnd->entry("loses"));
 
@@ -575,7 +575,7 @@ private Q_SLOTS:
                                "       for a, b in it.did('apply')[0][1])"),
                  QString("['gets-2.0.i686<1.0.noarch', 'loses-2.0.noarch<0.9.x86_64', "
                          "'loses-2.0.noarch<1.0.i686']"));
-        // Each record is deleted once.
+        // Each record releases its reference once.
         yumIO().clearEntries();
         QCOMPARE(yumIO().count(), 0);
         backEnd->run("it.calls.clear()");
@@ -593,7 +593,7 @@ private Q_SLOTS:
             versions.append(entry->verRel);
         }
         QCOMPARE(versions, QStringList({"6.1-1", "6.2-1", "6.3-1"}));
-        // Each record has its own reference.
+        // Each version in the chain has a reference of its own.
         backEnd->run("kernels = it.installed");
         const int references = backEnd->text("[sys.getrefcount(k) for k in kernels][2]").toInt();
         yumIO().clearEntries();
@@ -716,11 +716,11 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("Broken.asked"), QString("1"));
         QCOMPARE(yumIO().count(), 501);
         QCOMPARE(backEnd->group("G499")->state, Package::Updatable);
-        // The next collection does not report the same failure again.
+        // In the next collection, the same failure is not reported again.
         yumIO().clearEntries();
         QVERIFY(backEnd->collect());
         QCOMPARE(backEnd->answers.take().count(), 0);
-        // An exception may have no text.
+        // An exception without a text is reported by its type.
         yumIO().clearEntries();
         backEnd->run("def get(id): raise KeyError()\nBASE.history.group.get = get");
         QVERIFY(backEnd->collect());

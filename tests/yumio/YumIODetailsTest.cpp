@@ -35,7 +35,7 @@ private Q_SLOTS:
 
     void cleanupTestCase() { backEnd.reset(); }
 
-    // Each test starts with one package and one group.
+    // Every test starts with one package and one group.
     void init()
     {
         backEnd->renew();
@@ -134,7 +134,7 @@ private Q_SLOTS:
         QFETCH(QString, method);
         QFETCH(QString, heading);
         (files ? yumIO().fileListsLoaded : yumIO().otherDataLoaded) = false;
-        // os.write() bypasses sys.stdout, as the libraries of the package manager do.
+        // os.write() bypasses sys.stdout, as dnf's libraries do.
         backEnd->run("import os\n"
                      "def load():\n"
                      "    os.write(1, b'something odd\\n')\n"
@@ -146,7 +146,7 @@ private Q_SLOTS:
         QVERIFY(files ? yumIO().collectFileLists() : yumIO().collectOtherData());
         QStringList log = backEnd->log(before);
         QCOMPARE(log.takeFirst(), "4 0 " + heading);
-        log.sort(); // each stream reaches the log separately
+        log.sort(); // the streams reach the log in any order
         QCOMPARE(log, QStringList({"1 0 something odd", "3 0 something wrong"}));
     }
 
@@ -197,8 +197,8 @@ private Q_SLOTS:
         QVERIFY(backEnd->collect());
         (files ? yumIO().fileListsLoaded : yumIO().otherDataLoaded) = false;
         QVERIFY(files ? yumIO().collectFileLists() : yumIO().collectOtherData());
-        // The bar has 15000 steps. It has made the first 1000 steps before the first repository is read. Each
-        // of the two repositories gets half of the remaining steps.
+        // The first 1000 of 15000 steps come before the first repository. Each of the two repositories gets
+        // half of the remaining steps.
         QCOMPARE(backEnd->text("seen"), QString("[['Loading %1: Total Progress (6%) 1000/15000', "
                                                 "'Reading repository metadata for one (0%) 0/1'], "
                                                 "['Loading %1: Total Progress (53%) 8000/15000', "
@@ -309,7 +309,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList(generic));
         QCOMPARE(yumIO().getDefaultPkgs(group()), QString());
         QCOMPARE(errors(), QStringList({generic, "Internal error: group G.default_packages not evaluable"}));
-        // If the value is None, the package or group has no such list, and nothing is reported.
+        // None means that the group has no such list, which is not an error.
         backEnd->run("group.default_packages = None");
         QCOMPARE(yumIO().getDefaultPkgs(group()), QString());
     }
@@ -325,7 +325,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->log(before).filter("package's provides").count(), 1);
         QCOMPARE(yumIO().getRequires(tool()), QString());
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's requires"}));
-        // File lists and change logs that are missing are also reported once.
+        // A missing file list or change log is also reported only once.
         backEnd->run("tool.files = None");
         QCOMPARE(yumIO().getFiles(tool()), QString());
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's files"}));
@@ -464,7 +464,7 @@ private Q_SLOTS:
         QCOMPARE(QString::fromUtf8(PyUnicode_AsUTF8(value.get())), QString("tool"));
         QVERIFY(yumIO().getRpmHdrValue(tool().pyObject, "NONSENSE") == nullptr);
         QCOMPARE(errors(), QStringList("Internal error: cannot find rpm.RPMTAG_NONSENSE"));
-        // The header lacks this tag, which is not an error.
+        // A tag that the header lacks is not an error.
         QVERIFY(yumIO().getRpmHdrValue(tool().pyObject, "VERSION") == nullptr);
         QCOMPARE(errors(), QStringList());
         backEnd->run("tool.hdr = 1");
@@ -486,7 +486,7 @@ private Q_SLOTS:
     {
         const QString known = yumIO().dnfVersionStr();
         yumIO().dnfVersionText.clear();
-        QCOMPARE(yumIO().dnfVersionStr(), QString()); // the lookup happens only once
+        QCOMPARE(yumIO().dnfVersionStr(), QString()); // the program looks for the version only once
         yumIO().dnfVersionLooked = false;
         backEnd->run("former = dnf.__version__\ndel dnf.__version__");
         QCOMPARE(yumIO().dnfVersion(), quint64(0));

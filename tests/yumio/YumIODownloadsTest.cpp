@@ -23,7 +23,7 @@ private Q_SLOTS:
         backEnd->answers.take();
         QCOMPARE(backEnd->text("seen[0][0]"), QString("Running Transaction: Total Progress (0%) 0/33100"));
         QCOMPARE(backEnd->text("seen[1]['remoteCount'], seen[1]['remoteWeight']"), QString("(2, 40240)"));
-        // The downloads have a weight of 40240, and the whole transaction has a weight of 400000.
+        // The downloads have 40240 of the 400000 units of weight of the whole transaction.
         QCOMPARE(backEnd->text("seen[1]['downloadSteps']"), QString::number(40240 * 24000ULL / 400000));
         QCOMPARE(backEnd->text("seen[2][0]"),
                  QString("Running Transaction: Total Progress (0%) 0/%1").arg(2414 + 9100));
@@ -35,7 +35,7 @@ private Q_SLOTS:
     {
         collect("it.available = [Package('lib', arch='i686')]");
         QVERIFY(!apply("yumIOC.downloadRemotePayloads([Rpm('lib', 20000, 'i586')])\nseen.append(state())"));
-        // The weight has no effect without a listing.
+        // Without a listing, the total weight is unknown, so the downloads get no steps.
         QCOMPARE(backEnd->text("seen[0]['remoteCount'], seen[0]['downloadSteps']"), QString("(1, 0)"));
     }
 
@@ -46,7 +46,7 @@ private Q_SLOTS:
                        "Rpm('b', 30000)])\nseen.append(state())"));
         QCOMPARE(errors(),
                  QStringList("Internal error: downloadRemotePayloads: unable to determine payload pkg"));
-        // The first package is not in the table.
+        // The table lacks the first package, which gets the smallest weight.
         QCOMPARE(backEnd->text("seen[0]['remoteCount'], seen[0]['remoteWeight']"), QString("(3, 60240)"));
     }
 
@@ -234,7 +234,7 @@ private Q_SLOTS:
                                                    "'Downloading b.drpm: 10240 / 10240 (100.0%)']"));
         QCOMPARE(backEnd->text("seen[4]"),
                  QString("['Downloading a.drpm: Complete', 'Downloading b.drpm: Complete']"));
-        // 100480 is the weight of the downloads and of the rebuilt packages.
+        // 100480 is the weight of the downloads together with the packages that are rebuilt from the deltas.
         QCOMPARE(backEnd->text("seen[5][1]"), QString("Downloading 2 packages (100%) 100480/100480"));
         QCOMPARE(backEnd->text("seen[6]['payloadSlots']"), QString("0"));
     }
@@ -310,7 +310,7 @@ private Q_SLOTS:
                      "BASE.repos['second'] = Thing(enabled=1)");
         QVERIFY(backEnd->collect());
         const auto seen = [this](int index) { return backEnd->text(QString("seen[%1]").arg(index)); };
-        // The preparation has 100 steps, the operation itself 900, and each of the two repositories 7000.
+        // "Preparing" has 100 steps, "Reading repositories" 900, and each of the two repositories 7000.
         const QString first = "['Initializing: Total Progress (%1%) %2/18000', "
                               "'Reading repository metadata for %3']";
         QCOMPARE(seen(0), first.arg("5", "1000", "one (0%) 0/1"));
@@ -318,7 +318,7 @@ private Q_SLOTS:
         QCOMPARE(seen(2), first.arg("15", "2750", "one (25%) 100/400"));
         QCOMPARE(seen(3), first.arg("44", "8000", "one (100%) 400/400"));
         QCOMPARE(seen(4), first.arg("44", "8000", "two (0%) 0/1"));
-        // The number of the updates is not known yet.
+        // The bar has no maximum, because the number of the updates is not known yet.
         QCOMPARE(seen(5), QString("['Initializing: Total Progress (83%) 15000/18000', "
                                   "'Collecting updatable packages 0/0']"));
     }

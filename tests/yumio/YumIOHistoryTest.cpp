@@ -6,7 +6,7 @@
 
 #include "tests/yumio/ApplyFixture.h"
 
-// Tests of reading the history, and of undoing and repeating its transactions.
+// Tests of reading the history, and of undoing and repeating recorded transactions.
 class YumIOHistoryTest : public ApplyFixture
 {
     Q_OBJECT
@@ -107,7 +107,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("it.did('replay')"), called);
         QCOMPARE(headings(from), (QStringList{heading, "4 0 Applying: OK"}));
         QVERIFY(yumIO().systemChanged());
-        // The listing is the same as for marks, and the marks are not changed.
+        // The user confirms the same listing as for marks, and all marks are kept.
         const QList<ShownDialog> dialogs = backEnd->answers.take();
         QCOMPARE(dialogs.size(), 1);
         QVERIFY2(dialogs.first().text.contains("\tRemove: a 1.0-1 (x86_64)\n"),
@@ -115,7 +115,7 @@ private Q_SLOTS:
         QCOMPARE(int(backEnd->entry("a")->action), int(Package::Remove));
         // The notice about removals does not mention marks.
         QCOMPARE(dialogs.first().notice, QString("Removals: 1.\n    a 1.0-1 (x86_64)"));
-        // If the user refuses the listing, nothing changes.
+        // If the user refuses the listing, the system is not changed.
         backEnd->answers.press("Cancel");
         QVERIFY(!yumIO().replay(static_cast<Replay>(kind), 12));
         QVERIFY(!yumIO().systemChanged());

@@ -4,7 +4,7 @@
 
 #include "tests/yumio/ApplyFixture.h"
 
-// As long as this object exists, the translation of each text is the same text in brackets.
+// A translator that puts each text into brackets, until it is destroyed.
 class Brackets : public QTranslator
 {
 public:
@@ -17,7 +17,7 @@ public:
     }
 };
 
-// Tests of the listing of a transaction, of its weights, and of the confirmation.
+// Tests of the listing of a transaction, of the weights in it, and of the confirmation.
 class YumIOListingTest : public ApplyFixture
 {
     Q_OBJECT
@@ -29,7 +29,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("action");
         QTest::addColumn<int>("reason");
-        QTest::addColumn<QString>("line"); // empty for no line
+        QTest::addColumn<QString>("line"); // empty if no line is expected
         QTest::addColumn<bool>("dependency");
         const auto row = [](int action, int reason, const char* line, bool dependency) {
             QTest::addRow("%d %d", action, reason) << action << reason << line << dependency;
@@ -208,7 +208,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList());
         QCOMPARE(transaction().downloadSize, download);
         QCOMPARE(transaction().rpmWeight, rpmWeight);
-        // The package need not be in the package manager's lists.
+        // The same works if dnf does not list the package.
         backEnd->run(QString("yumIOC.listTransaction(None, [item(%1, 'nobody')])").arg(action));
         QCOMPARE(errors(), QStringList());
         QCOMPARE(transaction().downloadSize, download);
@@ -279,7 +279,7 @@ private Q_SLOTS:
         QCOMPARE(transaction().rpmWeight, rpmWeight);
         QCOMPARE(int(entry.txAction), txAction);
 
-        // The package is in the cache.
+        // The second listing finds the package in the cache.
         backEnd->run("it.does['verifyLocalPkg'] = lambda package: package is it.updates[0]");
         entry.txAction = Package::None;
         entry.local = false;
@@ -290,7 +290,7 @@ private Q_SLOTS:
         QCOMPARE(transaction().rpmWeight, 2 * rpmWeight);
         QCOMPARE(entry.local, download != 0);
 
-        // The user's marks are kept.
+        // A listing does not change an action that the user has chosen.
         for (const Package::Action own : {Package::Update, Package::Install, Package::Remove}) {
             entry.txAction = own;
             backEnd->run(list);
@@ -451,7 +451,7 @@ private Q_SLOTS:
                       "yumIOC.userconfirm()"));
         QCOMPARE(backEnd->answers.take().value(0).notice,
                  QString("Removals: 2. You did not mark 1 of them:\n    other 1.0-1 (x86_64)"));
-        // The next transaction does not know these members.
+        // In the next transaction the group is not marked, so its members count as unmarked.
         backEnd->group("G")->action = Package::None;
         mark("other", Package::Remove);
         QVERIFY(apply("yumIOC.listTransaction(None, [item(8, 'member'), item(8, 'other')])\n"
@@ -472,7 +472,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->answers.take().value(0).summary,
                  QString("Install: 2    Upgrade: 1    Downgrade: 1    Reinstall: 1    Remove: 1\n"
                          "Cached size: 0b    Total download size: 29Kb    Installed size: 68Kb"));
-        // The next listing has its own numbers.
+        // The next listing starts with new numbers.
         QVERIFY(apply("yumIOC.listTransaction(None, [item(8, 'old')])\nyumIOC.reportRemoveSize(None)\n"
                       "yumIOC.userconfirm()"));
         QCOMPARE(backEnd->answers.take().value(0).summary, QString("Remove: 1"));
@@ -566,7 +566,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen"), QString("[0]"));
         QVERIFY(backEnd->log(before).contains("4 0 Confirmation: No"));
 
-        // After "Yes", nothing is applied.
+        // The answer "Yes" to a question does not mean that the transaction was applied.
         before = logLength();
         backEnd->answers.press("Yes");
         QVERIFY(!apply(ask));
@@ -574,7 +574,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen"), QString("[1]"));
         QVERIFY(backEnd->log(before).contains("4 0 Confirmation: Yes"));
 
-        // After "No", nothing is cancelled.
+        // The answer "No" to a question does not cancel the transaction that was confirmed before.
         backEnd->answers.press("OK");
         backEnd->answers.press("No");
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n" + ask));
@@ -620,7 +620,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->entry("lib")->action, Package::None);
         backEnd->entry("lib")->local = true;
         backEnd->entry("tool")->local = true;
-        // The next transaction begins without these actions.
+        // These actions do not remain for the next transaction.
         QVERIFY(!apply());
         QCOMPARE(backEnd->entry("lib")->txAction, Package::None);
         QVERIFY(!backEnd->entry("lib")->local);

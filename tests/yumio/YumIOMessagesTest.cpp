@@ -20,7 +20,8 @@ private:
     YumIOProbe& yumIO() { return backEnd->yumIO; }
     int logLength() { return backEnd->log().count(); }
 
-    // Calls a function that raises an exception as an operation of the script does, and explains the failure.
+    // Calls a Python function that raises this exception, as the script's functions do, and explains the
+    // failure to the user.
     bool explain(const QString& exception, const QString& what = "do something")
     {
         backEnd->run("def failing():\n    raise " + exception + "\n");
@@ -289,7 +290,7 @@ private Q_SLOTS:
     {
         const int before = logLength();
         QVERIFY(!explain("KeyError('odd')"));
-        // The call itself has already reported the failure.
+        // pyCall() has already reported the failure.
         QCOMPARE(errors().count(), 1);
         QVERIFY(backEnd->log(before).contains("3 0 KeyError: 'odd'"));
     }
@@ -308,7 +309,7 @@ private Q_SLOTS:
         PyObject*& metadata = yumIO().classes[YumIOProbe::MetadataError];
         QVERIFY(!explain("Meta('gone')"));
         errors();
-        metadata = backEnd->value("Meta").get(); // __main__ keeps a reference
+        metadata = backEnd->value("Meta").get(); // the module keeps a reference
         const bool explained = explain("Meta('gone')");
         metadata = nullptr;
         QVERIFY(explained);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The back end with public access to private members, for tests.
+// The back end, with access for tests to members that are otherwise private.
 
 #ifndef TESTS_YUMIO_YUMIOPROBE_H
 #define TESTS_YUMIO_YUMIOPROBE_H

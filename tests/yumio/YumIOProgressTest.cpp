@@ -4,7 +4,7 @@
 
 #include "tests/yumio/ReportFixture.h"
 
-// Tests of the script's output, of its wrong calls, and of its reports about a transaction.
+// Tests of the script's output, of wrong calls by the script, and of its reports about a transaction.
 class YumIOProgressTest : public ReportFixture
 {
     Q_OBJECT
@@ -113,7 +113,7 @@ private Q_SLOTS:
     void invalidArgumentsAreReported_data()
     {
         QTest::addColumn<QString>("call");
-        QTest::addColumn<QString>("function"); // empty: no message to the user
+        QTest::addColumn<QString>("function"); // empty if the user gets no message
         const auto row = [](const char* call, const char* function) {
             QTest::newRow(call) << call << function;
         };
@@ -150,7 +150,7 @@ private Q_SLOTS:
             function.isEmpty()
                 ? QStringList()
                 : QStringList({generic, "Internal error: " + function + ": unable to interpret arguments"});
-        // The result is the same while an operation runs.
+        // The call has the same result outside of an operation and during an operation.
         QCOMPARE(backEnd->text("failure(yumIOC." + call + ")"), QString("TypeError"));
         QCOMPARE(errors(), expected);
         QVERIFY(!apply("seen.append(failure(yumIOC." + call + "))"));
@@ -165,7 +165,7 @@ private Q_SLOTS:
                      "        function(*arguments)\n"
                      "    except TypeError as e:\n"
                      "        return str(e)\n");
-        // These two functions show no message to the user.
+        // A wrong call of these two functions causes no message.
         const QString count = backEnd->text("message(yumIOC.listTransaction)");
         QVERIFY2(count.contains("2 arguments (0 given)"), qPrintable(count));
         const QString type = backEnd->text("message(yumIOC.log, 'a', 'b')");
@@ -245,9 +245,9 @@ private Q_SLOTS:
         QVERIFY(!apply("seen.append(failure(yumIOC." + call + "))\nseen.append(state())"));
         const QStringList texts = errors();
         QCOMPARE(texts, QStringList("Internal error: " + message));
-        // If the reason was an exception, the log contains this exception.
+        // If an exception was the reason, the log contains it.
         QCOMPARE(!backEnd->log(before).filter(QRegularExpression("^3 0 \\w+Error: ")).isEmpty(), exception);
-        // The script continues.
+        // The script continues after the call.
         QCOMPARE(backEnd->text("seen[0]"), QString("None"));
         QCOMPARE(backEnd->text("seen[1]['remoteCount'], seen[1]['payloadSlots']"), QString("(0, 0)"));
     }
@@ -309,8 +309,7 @@ private Q_SLOTS:
                                   "'Preparing to Run Transaction (0%) 0/1']";
         QCOMPARE(backEnd->text("seen[0]"), preparing);
         QCOMPARE(backEnd->text("seen[1]['testRun']"), QString("1"));
-        // The end of the test transaction does not end the preparation, and the preparation does not begin
-        // twice.
+        // The bars do not change when the test transaction ends, nor when the real transaction begins.
         QCOMPARE(backEnd->text("seen[2]"), preparing);
         QCOMPARE(backEnd->text("seen[3]"), preparing);
         QCOMPARE(backEnd->text("seen[4]['testRun']"), QString("0"));
@@ -345,7 +344,7 @@ private Q_SLOTS:
                       "yumIOC.rpmtransInit(1)\n"
                       "seen.append(look())\nseen.append(tip())\nseen.append(state())"));
         backEnd->answers.take();
-        // Any value except False means a test.
+        // The argument 1 means a test transaction, like every argument except False.
         QCOMPARE(backEnd->text("[seen[2][name] for name in ('testRun', 'downloading', 'nextSlot', "
                                "'payloadSlots', 'actCounter')]"),
                  QString("[1, 0, 0, 0, 0]"));
@@ -359,8 +358,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("action");
         QTest::addColumn<QString>("text");
-        QTest::addColumn<quint64>("weight");      // for a new package of 200000 and an old package of 100000
-        QTest::addColumn<quint64>("leastWeight"); // for small packages
+        QTest::addColumn<quint64>("weight"); // if the new package has the size 200000, the old one 100000
+        QTest::addColumn<quint64>("leastWeight"); // if both packages are small
         const auto row = [](int action, const char* text, quint64 weight, quint64 least = 10240) {
             QTest::newRow(text) << action << text << weight << least;
         };
@@ -400,7 +399,7 @@ private Q_SLOTS:
                                   "seen.append(state())\nseen.append(look())\n")
                               .arg(action)));
             backEnd->answers.take();
-            // Further reports about the same package add nothing.
+            // Later reports about the same package do not add its weight again.
             QCOMPARE(backEnd->text("seen[0]['actCounter'], seen[2]['actCounter']"),
                      QString("(%1, %1)").arg(large ? weight : leastWeight));
             QCOMPARE(backEnd->text("seen[0]['lastTsDone'], seen[0]['lastAction']"),

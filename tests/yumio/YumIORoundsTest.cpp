@@ -13,7 +13,7 @@
 
 namespace {
 
-// The number of rounds, multiplied by VYRE_TEST_FACTOR.
+// The number of rounds: 100 times VYRE_TEST_FACTOR.
 int numberOfRounds()
 {
     bool given = false;
@@ -21,7 +21,7 @@ int numberOfRounds()
     return given ? 100 * factor : 100;
 }
 
-// The resident memory in KiB.
+// The resident memory of this process in KiB.
 qint64 residentMemory()
 {
     QFile file(QStringLiteral("/proc/self/statm"));
@@ -31,8 +31,9 @@ qint64 residentMemory()
     return file.readAll().split(' ').value(1).toLongLong() * (sysconf(_SC_PAGESIZE) / 1024);
 }
 
-// The median of the second half minus the median of the first half, in KiB, without the largest step between
-// two rounds. A single round may have a peak, and the memory manager may grow by one large step.
+// How many KiB the median grows from the first half to the second half, less the largest step between two
+// rounds. A median ignores the peak of a single round. The largest step is subtracted, because the memory
+// manager may once grow by a large block.
 qint64 growth(const QVector<qint64>& memory)
 {
     const auto median = [](QVector<qint64> part) {
@@ -52,7 +53,7 @@ int numberOfThreads()
     return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).count();
 }
 
-// The targets of the process's open descriptors.
+// The files to which the open descriptors of this process refer.
 QStringList descriptors()
 {
     QStringList open;
@@ -61,7 +62,7 @@ QStringList descriptors()
         char target[4096];
         const QByteArray path = QFile::encodeName(directory.filePath(number));
         const ssize_t length = readlink(path.constData(), target, sizeof target);
-        // The descriptor that reads the directory is left out.
+        // Skip the descriptor that reads the directory.
         if (length >= 0 && !QByteArray(target, int(length)).endsWith("/fd")) {
             open.append(QString::fromLocal8Bit(target, int(length)));
         }
@@ -72,8 +73,7 @@ QStringList descriptors()
 
 } // namespace
 
-// Collects and clears many times with the real script and package manager, like a window that stays open for
-// weeks.
+// Collects and clears many times with the real script and dnf, like a window that stays open for weeks.
 class YumIORoundsTest : public QObject
 {
     Q_OBJECT
@@ -88,7 +88,7 @@ private:
         return file.open(mode) && file.write(content) == content.size();
     }
 
-    // One plug-in of each kind. Each reset loads their modules again.
+    // Two plug-ins, one of them with a command. Each reset() loads their modules again.
     bool addPlugIns()
     {
         const QString directory = sandbox.filePath("plugins");
@@ -129,7 +129,7 @@ private Q_SLOTS:
     void roundsLeaveNothingBehind()
     {
         const int rounds = numberOfRounds();
-        // The first rounds may open descriptors and fill caches that later rounds use.
+        // In the first rounds, the program may open descriptors and fill caches that later rounds use.
         const int warmUp = rounds / 5;
         int count = 0;
         int threads = 0;
@@ -148,11 +148,11 @@ private Q_SLOTS:
             QCOMPARE(backEnd->yumIO.records.keyCount(), 0);
             backEnd->yumIO.reset();
             {
-                // The log keeps all messages of the run, so it would grow.
+                // The log keeps all messages, so its growth is not a leak.
                 QMutexLocker locker(&backEnd->yumIO.logEntries());
                 backEnd->yumIO.logEntries().clear();
             }
-            // The graphical halves of the services are deleted when the main loop runs again.
+            // The minions of the services are deleted only when the main loop runs.
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
             if (i == warmUp) {
                 open = descriptors();
@@ -164,24 +164,24 @@ private Q_SLOTS:
                 memory.append(residentMemory());
             }
         }
-        QTRY_VERIFY(numberOfThreads() <= threads); // a thread disappears shortly after its end
+        QTRY_VERIFY(numberOfThreads() <= threads); // the system removes an ended thread a little later
 
         qInfo("%d rounds of %d packages; %lld KiB more in the second half", rounds, count,
               static_cast<long long>(growth(memory)));
 #ifndef __SANITIZE_ADDRESS__ // the sanitizer delays the release of freed memory
-        // If each round kept its records, the growth would exceed this bound. On a busy machine the memory
-        // manager itself grows by a third of the bound.
+        // If each round kept its records, the memory would grow by more than this bound. On a busy machine,
+        // the memory manager itself grows by a third of the bound.
         //
-        // Measured on the script alone, with Python 3.11 and these plug-ins: after 20 more rounds, no type
-        // has more objects. After 30 more rounds, tracemalloc finds 28 KiB more, 25 KiB of it in one block of
-        // an import. The resident memory grows by 6 KiB a round in 60 rounds, but by 0.6 KiB in the last 140
-        // of 160 rounds. Without plug-ins it grows by 1 KiB in 60 rounds. So no round leaves objects behind,
-        // and the heap itself grows.
+        // Measured with the script alone, Python 3.11 and these plug-ins: 20 more rounds do not add an object
+        // of any type. 30 more rounds add 28 KiB according to tracemalloc, 25 KiB of them in one block of an
+        // import. The resident memory grows by 6 KiB a round in 60 rounds, but only by 0.6 KiB a round in the
+        // last 140 of 160 rounds. Without plug-ins, it grows by 1 KiB in 60 rounds. So no round leaves
+        // objects behind; only the heap itself grows.
         QVERIFY(growth(memory) <= 3 * 1024);
 #endif
     }
 
-    // The log is an exception, because it keeps all messages.
+    // The test clears the log, which keeps all messages.
     void transactionsLeaveNothingBehind()
     {
         backEnd->yumIO.clearEntries();
@@ -197,7 +197,7 @@ private Q_SLOTS:
             backEnd->entry("astrolabe")->action = installs ? Package::Install : Package::Remove;
             QVERIFY2(backEnd->yumIO.apply(), qPrintable(backEnd->log().join('\n')));
             QCOMPARE(backEnd->answers.takeTexts("Apply").count(), 1);
-            // The program does the same after a transaction.
+            // After a transaction, the program also clears and collects.
             backEnd->yumIO.clearEntries();
             QVERIFY(backEnd->collect());
             QCOMPARE(backEnd->answers.take().count(), 0);
@@ -208,10 +208,10 @@ private Q_SLOTS:
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
             memory.append(residentMemory());
             if (installs) {
-                continue; // an installation and a removal make one round
+                continue; // one round is an installation and a removal
             }
-            // Python keeps an object for each identifier of a thread that it has not started. The system
-            // reuses identifiers, but a new one may appear in any round.
+            // For each identifier of a thread that Python has not started, Python keeps an object. The system
+            // reuses identifiers, but a new identifier may appear in any round.
             backEnd->run("for number, thread in list(threading._active.items()):\n"
                          "    if isinstance(thread, threading._DummyThread):\n"
                          "        del threading._active[number]");
@@ -231,7 +231,7 @@ private Q_SLOTS:
         qInfo("%d transactions; %lld KiB more in the second half", rounds,
               static_cast<long long>(growth(memory)));
 #ifndef __SANITIZE_ADDRESS__
-        // The memory manager occasionally grows by a large step, larger with newer versions of Python.
+        // Sometimes the memory manager grows by a large step, which is larger with newer versions of Python.
         QVERIFY(growth(memory) <= 3 * 1024);
 #endif
     }

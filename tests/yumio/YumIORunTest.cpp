@@ -13,7 +13,7 @@
 
 namespace {
 
-// The system calls that fail. A test cannot make them fail from outside.
+// Which system calls fail. The real ones cannot be made to fail from outside.
 bool failWaiting = false;
 bool failSettingTheChildSignal = false;
 bool failRestoringTheChildSignal = false;
@@ -52,7 +52,7 @@ extern "C" int sigaction(int number, const struct sigaction* action, struct siga
     return real(number, action, old);
 }
 
-// Tests of the program's behaviour during and after the script's apply().
+// Tests of the back end's behaviour during and after the script's apply().
 class YumIORunTest : public ApplyFixture
 {
     Q_OBJECT
@@ -176,7 +176,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->entry("tool")->name, QString("tool"));
         QVERIFY(!apply());
         QCOMPARE(given(), QString("tool1.0; ; ; ; ; "));
-        // Deleted records have no marks.
+        // Cleared records are no longer in the list of marked records.
         yumIO().clearEntries();
         QVERIFY(transaction().actionEntries.isEmpty());
     }
@@ -210,7 +210,7 @@ private Q_SLOTS:
         collect("it.updates = [Package('tool', '2.0')]\nit.installed = [Package('tool')]\n"
                 "it.raises['verifyLocalPkg'] = dnf.exceptions.MiscError('not there')");
         mark("tool", Package::Update);
-        // Calls inside the listing do not begin a new explanation.
+        // The listing calls the script too. These calls do not discard the reasons logged before.
         QVERIFY(!apply("yumIOC.errorlog(1, 'the first reason')\n"
                        "yumIOC.listTransaction(None, [item(6, 'tool', version='2.0'), item(7, 'tool')])\n"
                        "yumIOC.errorlog(0, 'the second reason')\n"
@@ -335,7 +335,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.text(),
                  QString("3 installed, 2 groups removed; a restart is needed; the scriptlets of b\u00f6se "
                          "and 1 more failed"));
-        // The next transaction is refused.
+        // The next apply ends without a transaction.
         QVERIFY(!apply("it.outcome = None"));
         outcome = yumIO().transactionOutcome();
         QVERIFY(!outcome.known);
@@ -358,7 +358,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->answers.take().value(1).text,
                  QString("Carried out: 3 installed, 1 updated.\nUnable to apply changes: Runtime "
                          "Error:\n\nodd"));
-        // Without changes, and in another operation, the message begins as usual.
+        // If nothing was carried out, the message begins with the failure.
         QVERIFY(!apply("it.outcome = {'failed': 1}\nraise dnf.exceptions.Error('stopped')"));
         QCOMPARE(errors(), QStringList{"stopped\nUnable to apply changes"});
         backEnd->run("del it.outcome");
@@ -443,8 +443,8 @@ private Q_SLOTS:
         backEnd->answers.take();
         QCOMPARE(backEnd->text("seen"),
                  QString("[['Running Transaction: Total Progress (1%) 100/9100', "
-                         "'Waiting for w\u00e4scher (17) 0/0']]")); // the bar has no maximum
-        // No bar can show this activity.
+                         "'Waiting for w\u00e4scher (17) 0/0']]")); // "0/0" means that the bar has no maximum
+        // Outside of an operation, the idle bars cannot show an activity.
         backEnd->run("changeActivity('later')");
     }
 
@@ -459,7 +459,7 @@ private Q_SLOTS:
         backEnd->answers.take();
         QCOMPARE(backEnd->text("seen"), QString("['Waiting for x 0/0', 'Preparing (0%) 0/1', "
                                                 "[True, True, True]]"));
-        // On the graphical thread, waitForLock() ends the wait at once.
+        // On the graphical thread, waitForLock() does not wait.
         backEnd->run("seen.append([waitForLock('later'), waitForLock(None)])");
         QCOMPARE(backEnd->text("seen[-1]"), QString("[False, True]"));
         QVERIFY(!yumIO().stop());
@@ -483,19 +483,20 @@ private Q_SLOTS:
                        "raise dnf.exceptions.LockError('ended')"));
         QVERIFY(ended);
         QCOMPARE(backEnd->text("ended"), QString("[False]"));
-        // The user sees only the question, and no message about the failure.
+        // The user sees the listing, but no message about the failure.
         QCOMPARE(backEnd->answers.take().count(), 1);
         QVERIFY(yumIO().wasStopped());
         const QStringList lines = backEnd->log(before);
         QVERIFY2(lines.count("0 3 ended") == 1 && lines.last() == "4 0 Stopped." &&
                      lines.filter(QRegularExpression("^[23] ")).isEmpty(),
                  qPrintable(lines.join("\n")));
-        // If the next operation fails without a stop, it reports its failure.
+        // If the next operation fails without a stop, the user sees its failure.
         QVERIFY(!apply("raise dnf.exceptions.Error('broken')"));
         QCOMPARE(backEnd->answers.take().count(), 1);
     }
 
-    // Runs an apply, and after a while asks it to stop. The script's wait() function waits for this request.
+    // Runs an apply, and requests a stop 200 milliseconds later. The script can call wait() to wait for this
+    // request.
     bool stopAfterAWhile(const QString& statements)
     {
         backEnd->run("import time\nseen = []\n"
@@ -588,7 +589,7 @@ private Q_SLOTS:
         const YumIO::Marks marks = yumIO().marks();
         QCOMPARE(marks.count(), 9);
         yumIO().clearEntries();
-        // Another program has updated, installed and removed some of the packages.
+        // In the meantime, another program has updated, installed and removed some of these packages.
         collect("it.updates = [Package('fresh', '2.0'), Package('both', '2.0', arch='i686')]\n"
                 "it.installed = [Package('fresh'), Package('done', '2.0'), Package('away', '2.0'), "
                 "Package('both', arch='i686'), Package('old'), Package('there')]\n"
@@ -611,7 +612,7 @@ private Q_SLOTS:
 
     void signalsAreDelayedWhileTheSystemIsChanged()
     {
-        // SIGHUP and SIGTERM with their default actions, which the test framework changes.
+        // The test framework has changed the actions for SIGHUP and SIGTERM, so set their default actions.
         const std::array<int, 2> numbers{SIGHUP, SIGTERM};
         std::array<struct sigaction, 2> original;
         for (size_t i = 0; i < numbers.size(); ++i) {
@@ -619,7 +620,7 @@ private Q_SLOTS:
             standard.sa_handler = SIG_DFL;
             sigaction(numbers[i], &standard, &original[i]);
         }
-        // The interpreter knows only its own handlers, so the script reads the system's list.
+        // Python knows only the handlers that it has set itself, so the script reads the system's list.
         backEnd->run("def held():\n"
                      "    with open('/proc/self/status') as status:\n"
                      "        caught = int(status.read().split('SigCgt:')[1].split()[0], 16)\n"

@@ -8,15 +8,14 @@
 #include "tests/yumio/BackEnd.h"
 #include "tests/yumio/SandboxCopy.h"
 
-// QSKIP returns from the function that contains it.
+// A macro, because QSKIP must return from the test function itself.
 #define SKIP_WITHOUT_GROUPS()                                                                                \
     if (!sandbox.withoutGroups().isEmpty()) {                                                                \
         QSKIP(sandbox.withoutGroups().constData());                                                          \
     }
 
-// Tests of the back end with the real script and package manager, on a private copy of a sandbox. A process
-// can start the interpreter only once. Therefore all functions together are one run of the program, and their
-// order matters.
+// Tests of the back end with the real script and dnf, on a private copy of the sandbox. A process can start
+// the interpreter only once. Therefore the functions share one back end, and run in this order.
 class YumIOSandboxTest : public QObject
 {
     Q_OBJECT
@@ -24,7 +23,7 @@ class YumIOSandboxTest : public QObject
 private:
     YumIOProbe& yumIO() { return backEnd->yumIO; }
 
-    // The texts that the dialogs showed.
+    // The titles and texts of the dialogs since the previous call.
     QStringList texts()
     {
         QStringList lines;
@@ -41,11 +40,11 @@ private:
         yumIO().reset();
         QVERIFY(backEnd->collect(repoEnable));
         QCOMPARE(texts(), QStringList());
-        // The graphical halves of the services are deleted when the main loop runs again.
+        // The minions of the services are deleted only when the main loop runs.
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
-    // The output of rpm for the root; fails the test if rpm fails.
+    // The output of rpm for the copied root; the test fails if rpm fails.
     QString rpm(const QStringList& arguments)
     {
         QProcess process;
@@ -65,19 +64,19 @@ private:
         return QSet<QString>(lines.begin(), lines.end());
     }
 
-    // The change log of an installed package or of a package file, as the program shows it.
+    // The change log that rpm prints for an installed package or a package file, in the program's format.
     QString changeLog(const QStringList& package)
     {
         QString text =
             rpm(package +
                 QStringList({"--qf", "[* %{CHANGELOGTIME:day} %{CHANGELOGNAME}\\n%{CHANGELOGTEXT}\\n\\n]"}));
-        // The days have no leading zeros.
+        // The program shows days without a leading zero.
         text.replace(QRegularExpression("^(\\* \\w+ \\w+ )0", QRegularExpression::MultilineOption), "\\1");
         return text.trimmed();
     }
 
-    // The texts that a search must find in a record, as text() returns them on this thread. Files and changes
-    // are left out.
+    // The texts that a search must find in a record, except file list and change log. text() reads them on
+    // this thread.
     QByteArray searchedTexts(const Package::Entry& entry)
     {
         const int owner = entry.kind == Package::Group ? Fields::OfGroups : Fields::OfPackages;
@@ -104,7 +103,7 @@ private:
         return all;
     }
 
-    // Reads the texts of all records and compares.
+    // Lets a worker read the texts of all records, and compares them with the expected texts.
     void checkSearchTexts(int fewPackages)
     {
         const int before = YumIOProbe::fewPackages;
@@ -130,8 +129,8 @@ private:
         }
     }
 
-    // From now on, the script returns this expression's value as the path of metadata. "asked" records the
-    // calls.
+    // From now on, the script returns the value of this expression as the path of any metadata, and records
+    // each request in "asked".
     void setMetadataPath(const QString& expression)
     {
         backEnd->run("import dnf\n"
@@ -179,7 +178,7 @@ private Q_SLOTS:
         repos.sort();
         QCOMPARE(repos, QStringList({"sandbox-file", "sandbox-http", "sandbox-signed", "sandbox-unreachable",
                                      "sandbox-updates"}));
-        // The unreachable repository is left out, and the log says so.
+        // The program ignores the unreachable repository, and logs this.
         QVERIFY(backEnd->log().contains("3 2 Ignoring repositories: sandbox-unreachable"));
         QCOMPARE(yumIO().count(), yumIO().records.keyCount());
     }
@@ -252,7 +251,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().getVerRel(entry), QString("3.0-1"));
         QCOMPARE(yumIO().getRepo(entry), QString("sandbox-http"));
         QCOMPARE(yumIO().getArch(entry), QString("x86_64"));
-        // The packages to download.
+        // The size is that of the package file.
         QVERIFY(QFileInfo(path).size() > 0);
         QCOMPARE(qint64(entry.size), QFileInfo(path).size());
         QCOMPARE(QString::number(entry.buildTime), rpm({"-qp", path, "--qf", "%{BUILDTIME}"}));
@@ -324,7 +323,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->group("Games")->state, Package::Available);
         QCOMPARE(backEnd->group("Arts")->state, Package::Installed);
         QCOMPARE(backEnd->group("Weaving")->state, Package::Updatable);
-        QVERIFY(backEnd->group("Core") == nullptr); // not visible
+        QVERIFY(backEnd->group("Core") == nullptr); // the group is not visible to users
         const Package::Entry& arts = *backEnd->group("Arts");
         QCOMPARE(yumIO().getKind(arts), QString("Group of packages"));
         QCOMPARE(yumIO().getMandatoryPkgs(arts), QString("easel"));
@@ -398,7 +397,7 @@ private Q_SLOTS:
     {
         setMetadataPath("genuinePath(self, repoid, kind)");
         checkSearchTexts(1 << 30);
-        // The texts come from the packages themselves.
+        // With this setting, the texts come from the packages, not from the metadata.
         QCOMPARE(backEnd->text("asked"), QString("[]"));
         const Package::Entry& orchard = *backEnd->entry("orchard");
         QVERIFY(QByteArray(orchard.searchTexts)
@@ -514,7 +513,7 @@ private Q_SLOTS:
         checkSearchTexts(1 << 30);
         const int logged = backEnd->log().count();
         yumIO().collectSearchTexts(allEntries());
-        QCOMPARE(backEnd->log(logged), QStringList()); // without any work
+        QCOMPARE(backEnd->log(logged), QStringList()); // nothing had to be read
         Package::Entry* orchard = backEnd->entry("orchard");
         Package::Entry* easel = backEnd->entry("easel");
         const QByteArray texts = orchard->searchTexts;
@@ -608,7 +607,7 @@ private Q_SLOTS:
              {"chatterbox: pre to standard output", "chatterbox: post to standard error"}) {
             QVERIFY2(log.filter(said).count() == 1, qPrintable(log.join('\n')));
         }
-        // The progress of the packages has reached the planned end.
+        // At the end, the progress has reached exactly the calculated weight.
         QCOMPARE(yumIO().transaction.actCounter, yumIO().transaction.rpmWeight);
         QCOMPARE(yumIO().transaction.remoteCount, 2U);
         QVERIFY(yumIO().transaction.payloadSlots.isEmpty());
@@ -715,8 +714,8 @@ private Q_SLOTS:
         QVERIFY(yumIO().count() > 0);
     }
 
-    // The browser must open the same address from which this version of the package manager downloads. Newer
-    // versions replace more variables.
+    // The browser must open the address from which dnf downloads. Newer versions of dnf replace more
+    // variables than older ones.
     void variablesAreReplacedAsThePackageManagerDoesIt()
     {
         QVERIFY(QDir().mkpath(root + "/etc/dnf/vars"));

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Each start needs its own process, because the package manager's modules change the interpreter permanently.
+// Each test starts the back end in a process of its own, because dnf's modules change the interpreter
+// permanently.
 
 #include <QtTest>
 
@@ -18,15 +19,16 @@ class YumIOStartTest : public QObject
     Q_OBJECT
 
 private:
-    // The helper's output for a share directory with this script. A null script means that the file is
-    // missing.
+    // Starts the helper with a share directory that contains this script, and returns the helper's output. A
+    // null script means that the file is missing.
     QStringList start(const QByteArray& script, const QStringList& arguments = {})
     {
         const QTemporaryDir share;
         return startIn(share.path(), script, arguments);
     }
 
-    // The helper's output for this share directory, whose path may be relative to the working directory.
+    // Starts the helper with this share directory, and returns the helper's output. The path may be relative
+    // to the working directory.
     QStringList startIn(const QString& path, const QByteArray& script, const QStringList& arguments = {})
     {
         const QDir share(QDir(workingDirectory).absoluteFilePath(path));
@@ -70,7 +72,7 @@ private:
         QCOMPARE(file.write(content), content.size());
     }
 
-    // Copies the modules that the installed script imports.
+    // Copies the modules of the installed script to this share directory.
     static void copyModules(const QString& share)
     {
         const QDir modules(installedScripts() + "/vyre");
@@ -82,7 +84,7 @@ private:
     static QString installedScripts() { return qEnvironmentVariable("VYRESHARE") + "/python"; }
 
     QString workingDirectory;
-    QProcessEnvironment variables; // the variables that the helper has in addition to those of the test
+    QProcessEnvironment variables; // set for the helper, in addition to the test's variables
     QString standardError;
     QString standardOutput;
 
@@ -101,7 +103,7 @@ private Q_SLOTS:
                  QStringList({"argv ['info'] __main__", "started", "again: started"}));
     }
 
-    // Root may run the program in any directory, even if other users can write to it.
+    // Root may start the program in a directory to which other users can write.
     void theScriptImportsOnlyTheModulesOfItsShareDirectory()
     {
         const QByteArray foreign = "import os\nos.write(1, b'foreign\\n')\n";
@@ -120,7 +122,7 @@ private Q_SLOTS:
             QCOMPARE(startIn(share, script), QStringList({"started", "again: started"}));
             QVERIFY2(!standardError.contains("Traceback"), qPrintable(standardError));
         }
-        // The run leaves no compiled files in the share directory.
+        // Python must not leave compiled files in the share directory.
         QDirIterator found(place.filePath("share"), {"__pycache__", "*.pyc"}, QDir::AllEntries,
                            QDirIterator::Subdirectories);
         QVERIFY2(!found.hasNext(), qPrintable(found.next()));
@@ -214,7 +216,7 @@ private Q_SLOTS:
         QCOMPARE(log.takeFirst(), QString("log: 3 0   File \"YumIO.py\", line 3, in <module>"));
         QVERIFY2(log.contains(QString::fromUtf8("log: 3 0 ValueError: wr\xc3\xb6ng <b>")),
                  qPrintable(log.join('\n')));
-        // If the script has its own stream, the text reaches the log through this stream.
+        // A script that has replaced sys.stderr also gets the traceback to the log, only once.
         log = start("import sys, yumIOC\n"
                     "class Writer:\n"
                     "    def write(self, text): yumIOC.stderrWrite(text)\n"
@@ -234,7 +236,7 @@ private Q_SLOTS:
                  QStringList({"failed", "VYRE Yum Error: The root directory " + root + " does not exist",
                               "again: failed"}));
         QVERIFY(!QFileInfo::exists(root));
-        // A file is not a valid root either.
+        // The root must be a directory, not a file.
         QFile file(root);
         QVERIFY(file.open(QIODevice::WriteOnly));
         QCOMPARE(start("class YumIO:\n    base = 1\n").first(), QString("failed"));
@@ -271,7 +273,7 @@ private Q_SLOTS:
 
     void aPackageManagerThatLacksANameIsRefused_data()
     {
-        QTest::addColumn<QByteArray>("removal"); // statements that may run twice
+        QTest::addColumn<QByteArray>("removal"); // these statements may run twice
         QTest::addColumn<QString>("use");
         QTest::addColumn<QString>("name");
         const auto remove = [](const QByteArray& module, const QByteArray& place, const QByteArray& name) {
@@ -289,7 +291,7 @@ private Q_SLOTS:
         QTest::newRow("transactions")
             << remove("dnf", "dnf.Base", "_run_transaction") << "carry out transactions"
             << "Base._run_transaction";
-        // Only an object has this attribute, and making the object needs the configuration.
+        // Only an object of dnf.Base has this attribute, but creating the object needs the configuration.
         QTest::newRow("of an object") << QByteArray("import dnf\n"
                                                     "def without(self, *arguments, made=dnf.Base.__init__):\n"
                                                     "    made(self, *arguments)\n"
@@ -299,7 +301,7 @@ private Q_SLOTS:
                                       << "Base._trans_tempfiles";
     }
 
-    // The installed script with the real package manager: it shows one message and provides nothing usable.
+    // Runs the installed script with the real dnf: it must show one message, and must not start.
     void aPackageManagerThatLacksANameIsRefused()
     {
         QFETCH(QByteArray, removal);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Tests how the graphical thread waits for a worker.
+// Tests of how the graphical thread waits for a worker.
 
 #include <csignal>
 #include <cstdlib>
@@ -19,8 +19,8 @@
 
 namespace {
 
-// A worker that runs a function. It ends the loop after the function, or earlier if the function asks for
-// this.
+// A worker that runs a function. The loop ends after the function, or earlier if the function calls
+// endLoop().
 class Worker : public QThread
 {
 public:
@@ -52,7 +52,7 @@ private:
     bool ended = false;
 };
 
-// Calls a function each time a widget is enabled or disabled.
+// Calls a function whenever the watched widget is enabled or disabled.
 class ChangeWatch : public QObject
 {
 public:
@@ -87,7 +87,7 @@ class YumIOThreadsTest : public QObject
 private:
     YumIOProbe& yumIO() { return backEnd->yumIO; }
 
-    // Runs the function on a worker, like an operation of the back end.
+    // Runs the function on a worker, as the back end runs its operations.
     void work(const std::function<void()>& function)
     {
         QEventLoop loop;
@@ -96,14 +96,13 @@ private:
         QVERIFY(worker.isFinished());
     }
 
-    // A worker calls this function. It runs the given function in the graphical thread, and does not wait for
-    // it.
+    // For a worker: runs the given function on the graphical thread, but does not wait for it.
     static void later(const std::function<void()>& function)
     {
         QMetaObject::invokeMethod(qApp, function, Qt::QueuedConnection);
     }
 
-    // The results of an operation: the numbers of log lines and records.
+    // The traces that an operation leaves: the number of log entries, and the number of records.
     QList<int> traces() { return {backEnd->log().count(), yumIO().records.keyCount()}; }
 
     QScopedPointer<BackEnd> backEnd;
@@ -204,7 +203,7 @@ private Q_SLOTS:
         Worker worker(yumIO(), loop, [&] {
             later([&] { delivered.append("before the end"); });
             current->endLoop();
-            // The loop has this much time to end. If it ends earlier, the test is still valid.
+            // Gives the loop time to end. If the loop takes longer, the test is less strict, but still valid.
             QThread::msleep(50);
             later([&] { delivered.append("after the end"); });
         });
@@ -216,7 +215,7 @@ private Q_SLOTS:
     void lastProgressIsDelivered()
     {
         QVERIFY(backEnd->collect());
-        // The operation posts its last event when it makes the bars idle.
+        // The operation makes the bars idle in its last event.
         QVERIFY(!backEnd->total.isEnabled());
         QVERIFY(!backEnd->item.isEnabled());
         QCOMPARE(backEnd->total.maximum(), 1);
@@ -240,7 +239,7 @@ private Q_SLOTS:
         Worker* current = nullptr;
         Worker worker(yumIO(), loop, [&] {
             current->endLoop();
-            // If the loop no longer runs an event that is posted now, it has ended.
+            // Wait until the loop has ended: it has, once a posted event runs outside of it.
             QSemaphore outside;
             for (int i = 0; i < 1000 && !outside.tryAcquire(1, 10); ++i) {
                 later([&] {
@@ -250,8 +249,8 @@ private Q_SLOTS:
                 });
             }
             status = std::system(click.constData());
-            QThread::msleep(200); // for the click to arrive
-            QSemaphore last;      // from here on, nothing refers to "outside"
+            QThread::msleep(200); // gives the click time to arrive
+            QSemaphore last;      // after this, nothing refers to "outside"
             later([&] { last.release(); });
             last.tryAcquire(1, 10000);
         });
@@ -259,7 +258,7 @@ private Q_SLOTS:
         yumIO().execWorkThread(loop, worker);
         QCOMPARE(status, 0);
         QCOMPARE(clicks.count(), 0);
-        // Deferred input is handled together with the next event of the display.
+        // Qt handles deferred input together with the next event of the display.
         QCOMPARE(std::system("xdotool mousemove_relative 1 1"), 0);
         QTRY_COMPARE_WITH_TIMEOUT(clicks.count(), 1, 30000);
         backEnd->window.hide();
@@ -337,7 +336,7 @@ private Q_SLOTS:
             if (way == 0) {
                 qApp->quit();
             } else if (way == 1) {
-                // The session manager causes this call.
+                // At the end of a session, the session manager sends this event.
                 QEvent quit(QEvent::Quit);
                 QCoreApplication::sendEvent(qApp, &quit);
             } else {
@@ -357,10 +356,10 @@ private Q_SLOTS:
                     quit.release();
                 });
                 quit.acquire();
-                // If nothing delays the end, the loop ends within this time.
+                // Without a delay, the loop would end within this time.
                 QThread::msleep(100);
                 {
-                    // No user can answer, which means "No".
+                    // No user can answer any more, so the answer is "No".
                     YumIODialogsUser user(yumIO().dialogs, &backEnd->window);
                     answer = yumIO().dialogs->confirm("Apply", "Really?", "OK", "Cancel");
                     conflict = yumIO().dialogs->critical("Apply", "Really?", "Yes", "No", QString(), 1, 1);
@@ -374,7 +373,7 @@ private Q_SLOTS:
         QVERIFY(endedBefore);
         QCOMPARE(answer, 0);
         QCOMPARE(conflict, 1);
-        // The refusal does not affect the next operation.
+        // The refused dialogs do not affect the next operation.
         QVERIFY(backEnd->collect());
     }
 
@@ -433,11 +432,11 @@ private Q_SLOTS:
         const QList<int> before = traces();
         QEventLoop loop;
         const QScopedPointer<QThread> thread(make(yumIO(), loop));
-        // If a worker ends before the loop begins, it does not end the loop.
+        // A worker that ends before the loop begins would leave the loop running.
         connect(thread.data(), &QThread::finished, &loop, &QEventLoop::quit);
         QList<int> beforeTheLoop;
         {
-            // execWorkThread() does the same, but only by chance does the worker get this much time.
+            // execWorkThread() does the same, but gives the worker so much time only by chance.
             yumIO().blocker.prepare();
             Python::PyThreadStateWrapper released;
             thread->start();
@@ -455,7 +454,8 @@ private Q_SLOTS:
 
     void tableSeesNoRecordsWhileTheyAreCollected()
     {
-        // The end of the operation resets the bars. At this time, the records already exist.
+        // The operation resets the bars at its end. At that moment, the records exist, but the table must not
+        // see them yet.
         QList<int> seen;
         ChangeWatch watch([this, &seen] {
             if (!backEnd->total.isEnabled()) {
@@ -478,7 +478,7 @@ private Q_SLOTS:
 
     void tableSeesNoRecordsWhileTheyAreCleared()
     {
-        // Deletes an object while its record is still in the list.
+        // The script's object is deleted while its record still exists.
         backEnd->run("seen = []\n"
                      "class Ending(Package):\n"
                      "    def __del__(self): seen.append(counted())\n"

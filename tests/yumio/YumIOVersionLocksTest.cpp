@@ -12,7 +12,7 @@ private:
     YumIOProbe& yumIO() { return backEnd->yumIO; }
     QStringList errors() { return backEnd->answers.takeTexts("VYRE Yum Error"); }
 
-    // The record of an installed package "tool".
+    // Collects one installed package, "tool", and returns its record.
     QVector<Package::Entry*> tool()
     {
         backEnd->run("it.installed = [Package('tool')]");

@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""A stand-in for the script and the package manager. The test sets its data and its behaviour.
+"""A stand-in for the script and for dnf. The test sets its data and its behaviour.
 
-The object of its class is also the global "it". It records the calls of its methods. If "raises" has an exception for
-the name of a method, the method raises it. If "does" has a function for the name, the method calls it. Otherwise the
-method returns its usual answer.
+The object of the class YumIO is also the global "it". The object records the calls of its methods. If "raises" has an
+exception for the name of a method, the method raises this exception. If "does" has a function for the name, the method
+calls this function. Otherwise the method returns its usual answer.
 """
 
 import datetime
@@ -99,7 +99,7 @@ class YumIO:
         self.setUp()
 
     def setUp(self):
-        """The initial state of a test: one enabled repository without packages."""
+        """Set the initial state for a test: one enabled repository without packages."""
         self.calls = []
         self.raises = {}
         self.does = {}
@@ -220,5 +220,5 @@ class YumIO:
         return self._called('cleanAll', answer=True)
 
 
-# The program keeps the object that it finds when it starts.
+# The back end keeps the object that it finds when it starts, so this object must not be replaced.
 BASE = Thing()
