@@ -317,6 +317,7 @@ void MainWindow::setReady(bool ready)
     {
         Python::PyGILStateWrapper lock(ready && Python::initialized);
         if (!ready && !busy) {
+            notice->beginOperation();
             focusBefore = focusWidget();
         }
         programMenu->setEnabled(ready);

@@ -4,20 +4,45 @@
 
 #include "widgets/Colors.h"
 
-Notice::Notice(QWidget* parent) : PlainLabel(parent)
+Notice::Notice(QWidget* parent, int duration) : PlainLabel(parent), outdated(false)
 {
     setPalette(Colors::makeWarning(palette()));
     setAutoFillBackground(true);
     setMargin(2);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred); // the whole text, even in a narrow window
     end.setSingleShot(true);
-    connect(&end, SIGNAL(timeout()), this, SLOT(hide()));
+    end.setInterval(duration);
+    connect(&end, SIGNAL(timeout()), this, SLOT(showNext()));
     hide();
 }
 
 void Notice::showText(const QString& text)
 {
+    if (!isHidden() && !outdated) {
+        waiting.append(this->text());
+    }
+    waiting.removeAll(text);
+    present(text);
+}
+
+void Notice::beginOperation()
+{
+    outdated = true;
+}
+
+void Notice::showNext()
+{
+    if (waiting.isEmpty()) {
+        hide();
+    } else {
+        present(waiting.takeLast());
+    }
+}
+
+void Notice::present(const QString& text)
+{
+    outdated = false;
     setText(text);
     show();
-    end.start(15000);
+    end.start();
 }

@@ -2,11 +2,15 @@
 
 // A message next to the menus that disappears after a while. A message box would interrupt the user.
 //
+// The row of the menus has space for only one text. A new text is visible immediately. The text that it
+// replaces is visible again afterwards, because the user may not have read it yet.
+//
 // It lives on the graphical thread; its Qt parent owns it.
 
 #ifndef APP_NOTICE_H
 #define APP_NOTICE_H
 
+#include <QStringList>
 #include <QTimer>
 
 #include "widgets/PlainLabel.h"
@@ -16,12 +20,23 @@ class Notice : public PlainLabel
     Q_OBJECT
 
 public:
-    explicit Notice(QWidget* parent);
+    // Each text is visible for this number of milliseconds.
+    explicit Notice(QWidget* parent, int duration = 15000);
 
     void showText(const QString& text);
+    // The user has started an operation. The visible text stays, but if another text replaces it, it does not
+    // come back: it may describe the state before the operation.
+    void beginOperation();
+
+private Q_SLOTS:
+    void showNext();
 
 private:
+    void present(const QString& text);
+
     QTimer end;
+    QStringList waiting; // the replaced texts; the last one is visible next
+    bool outdated;       // the visible text does not come back
 };
 
 #endif

@@ -4,7 +4,9 @@
 #include <QtWidgets>
 
 #include <algorithm>
+#include <unistd.h>
 
+#include "app/Notice.h"
 #include "tests/app/EachAlone.h"
 #include "tests/app/StandInWindow.h"
 #include "tests/packagetable/Described.h"
@@ -43,6 +45,7 @@ private Q_SLOTS:
     void editedRepositoriesAreReadAgain();
     void logIsOpenedAtTheStartOnRequest();
     void logStaysClosedWithoutARequest();
+    void allNoticesOfTheStartAreShown();
 
     void anEmptyTableShowsTheReason();
     void aFailedCollectionDoesNotReportThatUpdatesAreMissing();
@@ -253,6 +256,22 @@ void MainWindowStartTest::editedRepositoriesAreReadAgain()
     const QStringList calls = standIn->calls();
     QVERIFY2(calls.contains("reset") && calls.indexOf("reset") < calls.indexOf("setupRepos"),
              qPrintable(calls.join(';')));
+}
+
+void MainWindowStartTest::allNoticesOfTheStartAreShown()
+{
+    constexpr char nobody[] = "65534";
+    QCOMPARE(QProcess::execute("chown", {"--recursive", nobody, QFile::decodeName(qgetenv("VYRESHARE"))}), 0);
+    standIn->setComplaining(true);
+    QCOMPARE(seteuid(QByteArray(nobody).toUInt()), 0);
+    shown->start();
+    QCOMPARE(seteuid(0), 0);
+    auto* notice = shown->window->findChild<Notice*>();
+    QVERIFY(notice->isVisible());
+    QCOMPARE(notice->text(), QString("VYRE cannot change packages, because it does not run as root"));
+    QVERIFY(QMetaObject::invokeMethod(notice, "showNext"));
+    QCOMPARE(notice->text(), QString("There are errors in the log (Ctrl+L)"));
+    QVERIFY(notice->isVisible());
 }
 
 void MainWindowStartTest::anEmptyTableShowsTheReason()

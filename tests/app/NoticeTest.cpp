@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include <QHBoxLayout>
+#include <QtTest>
+
+#include "app/Notice.h"
+
+// Tests of the messages next to the menus.
+class NoticeTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    QWidget window;
+    Notice* notice = nullptr;
+
+    // The visible text; empty while the notice is hidden.
+    QString text() const { return notice->isVisible() ? notice->text() : QString(); }
+    // Ends the time of the visible text.
+    QString textAfterwards()
+    {
+        return QMetaObject::invokeMethod(notice, "showNext") ? text() : QStringLiteral("(no such slot)");
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        delete notice;
+        delete window.layout();
+        notice = new Notice(&window);
+        (new QHBoxLayout(&window))->addWidget(notice);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QCOMPARE(text(), QString());
+    }
+
+    void textDisappearsAfterAWhile()
+    {
+        Notice brief(&window, 1);
+        brief.showText("a");
+        QVERIFY(brief.isVisible());
+        QTRY_VERIFY(!brief.isVisible());
+    }
+
+    void replacedTextsAreShownAgain()
+    {
+        notice->showText("a");
+        notice->showText("b");
+        notice->showText("c");
+        QCOMPARE(text(), QString("c"));
+        QCOMPARE(textAfterwards(), QString("b"));
+        QCOMPARE(textAfterwards(), QString("a"));
+        QCOMPARE(textAfterwards(), QString());
+    }
+
+    void eachTextIsShownOnce()
+    {
+        notice->showText("a");
+        notice->showText("b");
+        notice->showText("a");
+        QCOMPARE(text(), QString("a"));
+        notice->showText("a");
+        QCOMPARE(textAfterwards(), QString("b"));
+        QCOMPARE(textAfterwards(), QString());
+    }
+
+    void textFromBeforeAnOperationIsNotShownAfterwards()
+    {
+        notice->showText("Interrupted");
+        notice->showText("Stopped. Nothing was changed.");
+        notice->beginOperation();
+        QCOMPARE(text(), QString("Stopped. Nothing was changed."));
+        notice->showText("There are errors");
+        QCOMPARE(text(), QString("There are errors"));
+        QCOMPARE(textAfterwards(), QString("Interrupted")); // the user has not had time to read it
+        QCOMPARE(textAfterwards(), QString());
+    }
+
+    void theMessageOfTheSameTextIsNew()
+    {
+        notice->showText("a");
+        notice->beginOperation();
+        notice->showText("a");
+        notice->showText("b");
+        QCOMPARE(textAfterwards(), QString("a"));
+    }
+};
+
+QTEST_MAIN(NoticeTest)
+#include "NoticeTest.moc"
