@@ -337,6 +337,7 @@ void MainWindow::setReady(bool ready)
     }
     if (ready == busy) {
         busy = !ready;
+        loggedRefusal.clear();
         if (busy) {
             QApplication::setOverrideCursor(Qt::BusyCursor);
         } else {
@@ -617,8 +618,14 @@ void MainWindow::closeLater()
         closeWanted = true;
     } else {
         QApplication::beep();
-        showNotice(yumIO->isChangingSystem() ? tr("VYRE cannot close while it changes packages")
-                                             : tr("VYRE cannot close before the current work is complete"));
+        const QString refusal = yumIO->isChangingSystem()
+                                    ? tr("VYRE cannot close while it changes packages")
+                                    : tr("VYRE cannot close before the current work is complete");
+        if (refusal != loggedRefusal) {
+            loggedRefusal = refusal;
+            yumIO->log(Log::Warning, 0, refusal);
+        }
+        showNotice(refusal);
     }
 }
 

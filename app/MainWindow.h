@@ -181,6 +181,7 @@ private:
     QList<YumRepoEnabled> repoOverrides;
     QHash<QString, bool> sessionEnabled;
     QSet<QString> loggedWarnings; // warnings about the configuration that are already in the log
+    QString loggedRefusal;        // the last refusal to close that was logged during the current operation
     YumIO* yumIO;                 // null after the start of quit()
     YumIO* closing;               // the back end while quit() closes the window
     YumConfIO* yumConfIO;

@@ -35,6 +35,7 @@ private Q_SLOTS:
     void logCanBeOpenedWhileAWorkerRuns();
     void windowCannotBeClosedWhileTheSystemIsChanged();
     void quittingIsRefusedWhileTheSystemIsChanged();
+    void theLogHasTheRefusalToCloseOnceForEachOperation();
     void anOperationEndsAlsoWhileTheAboutWindowIsOpen();
     void filterIsCorrectWhileThePackagesAreReadAgain() { compareReadAgain(Filter, "too", {"tool"}); }
     void searchIsCorrectWhileThePackagesAreReadAgain()
@@ -141,6 +142,25 @@ void MainWindowOperationsTest::quittingIsRefusedWhileTheSystemIsChanged()
     whileTheSystemIsChanged([this] { shown->window->quit(); });
     QCOMPARE(runToTheEnd([this] { shown->window->quit(); }), 0);
     QVERIFY(!shown->window->isVisible());
+}
+
+void MainWindowOperationsTest::theLogHasTheRefusalToCloseOnceForEachOperation()
+{
+    const auto refuse = [this] {
+        for (int i = 0; i < 3; ++i) {
+            QVERIFY(!shown->window->close());
+        }
+    };
+    const auto logged = [this] {
+        shown->choose("&Windows", "&Log");
+        const QString text = logWindow()->findChild<QTextEdit*>()->toPlainText();
+        logWindow()->close();
+        return text.count("VYRE cannot close while it changes packages\n");
+    };
+    whileTheSystemIsChanged(refuse);
+    QCOMPARE(logged(), 1);
+    whileTheSystemIsChanged(refuse);
+    QCOMPARE(logged(), 2);
 }
 
 void MainWindowOperationsTest::anOperationEndsAlsoWhileTheAboutWindowIsOpen()

@@ -68,6 +68,7 @@ class ClosingTest(JourneyTest):
             self.check_usable(window)
             self.check_changed(new=['doorkeeper-1.1-1.noarch'],
                                gone=['doorkeeper-1.0-1.noarch', 'birch-log-3.0-1.x86_64'])
+            self.assertIn('VYRE cannot close while it changes packages', self.read_log(window))
             self.close(window)
         self.check_consistent()
 
