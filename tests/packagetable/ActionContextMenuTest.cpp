@@ -44,8 +44,8 @@ private Q_SLOTS:
     void aUserWhoCannotWriteTheLocksSeesTheReason();
 
 private:
-    // Opens the menu on a row and presses a key in the menu. The control key is held down, so that the
-    // selection does not change. Returns the enabled entries.
+    // Opens the menu on a row while Control is pressed, so that the selection does not change, and presses a
+    // key in the menu. Returns the entries that were enabled.
     QStringList choose(const QString& name, Qt::Key key)
     {
         QStringList offered;
@@ -176,7 +176,8 @@ void ActionContextMenuTest::anActionIsSetOnlyInRowsThatPermitIt_data()
     const int u = Package::Update;
     const int i = Package::Install;
     const int r = Package::Remove;
-    // At first, each row has the action that a click sets.
+    // Each row names the marks after the choice. Before it, a click on each of the three packages has set a
+    // mark.
     QTest::newRow("update") << int(Qt::Key_U) << Actions{{"tool", u}, {"editor", i}, {"shell", r}};
     QTest::newRow("install") << int(Qt::Key_I) << Actions{{"tool", u}, {"editor", i}, {"shell", r}};
     QTest::newRow("remove") << int(Qt::Key_R) << Actions{{"tool", r}, {"editor", i}, {"shell", r}};
@@ -194,7 +195,7 @@ void ActionContextMenuTest::anActionIsSetOnlyInRowsThatPermitIt()
     choose("editor", static_cast<Qt::Key>(key));
     QCOMPARE(actions(), expected);
 
-    // Here no row has an action at first.
+    // The same choice in rows without marks.
     shown->model.clearActions();
     choose("editor", static_cast<Qt::Key>(key));
     const Actions set = actions();
@@ -312,7 +313,8 @@ void ActionContextMenuTest::onlyTheLockedRowsOfTheSelectionAreUnlocked()
     shown = std::make_unique<ShownTable>(*table);
     shown->select({"shell", "tool", "Games"});
     QSignalSpy chosen(shown->view, SIGNAL(versionLocksChosen(const QList<int>&, bool)));
-    // Both entries have the same letter, so the key only moves from one entry to the other.
+    // "Lock" and "Unlock" have the same letter, so this letter does not choose an entry. It moves from one
+    // entry to the other, and Return chooses.
     const auto press = [this](int times) {
         withMenu([this] { shown->click("shell", ActionColumn, Qt::RightButton, Qt::ControlModifier); },
                  [times](QMenu& menu) {

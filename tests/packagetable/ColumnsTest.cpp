@@ -10,7 +10,7 @@ using namespace PackageTable;
 
 namespace {
 
-// The texts of a column for records with each action, state and kind.
+// The texts that a column shows for records with each possible action, state and kind.
 QStringList words(Column column)
 {
     QStringList found;
@@ -43,7 +43,7 @@ private Q_SLOTS:
         QCOMPARE(titles.count(), int(ColumnCount));
     }
 
-    // The sort key selects the picture. The sort key is computed from the value of the cell.
+    // A picture is selected by the cell's sort key, and the sort key is computed from the cell's value.
     void aSortKeyNeedsAValueAndAPictureNeedsASortKey()
     {
         for (int column = 0; column < ColumnCount; ++column) {
@@ -79,7 +79,7 @@ private Q_SLOTS:
         entry.sizeText = "4.9Kb";
         QCOMPARE(Columns::text(entry, NameColumn), QString("tool"));
         QCOMPARE(Columns::text(entry, SizeColumn), QString("4.9Kb"));
-        // The text shares the record's characters.
+        // The text is not a copy: it has the address of the record's text.
         QVERIFY(Columns::text(entry, NameColumn).constData() == entry.name.constData());
     }
 };

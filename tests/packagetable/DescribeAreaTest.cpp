@@ -101,8 +101,8 @@ void DescribeAreaTest::availablePackageShowsEveryField()
                               "Advisories|A-1: one\nA-2: two",
                               "Files|[Show]",
                               "Change Log|[Show]"}));
-        // Every field must have text, because both lists would lack an empty field. A button replaces an
-        // unread list.
+        // The comparison above does not notice a field without a value, because the window does not show such
+        // a field. Files and change logs have a button until they are read.
         Fields::forEachUntil(Fields::OfPackages | Fields::Described, [this, &entry](Fields::Field field) {
             const bool button = field == Fields::Files || field == Fields::ChangeLog;
             QTest::qVerify(button || !table->yumIO.text(entry, field).isEmpty(), "the field has a text",
@@ -153,7 +153,7 @@ void DescribeAreaTest::furtherInstalledVersionsHaveShortAreas()
                               "Size|" + second.sizeText, "Build Time|" + second.buildTimeText,
                               "Packager|Someone"}));
         QVERIFY(second.verRel != table->entry("it").verRel);
-        // The whole area is visible.
+        // Without a vertical scroll bar, all lines of the area are visible.
         QVERIFY(!areas.at(1)->verticalScrollBar()->isVisible());
     });
 }
@@ -221,7 +221,7 @@ void DescribeAreaTest::markupIsShownAsPlainText()
             QVERIFY2(label->textFormat() == Qt::PlainText || !label->text().contains('<'),
                      qPrintable(label->text()));
         }
-        // The selected text is the visible text.
+        // If the label interpreted the markup, the selection would lack the tags.
         valueOf(area, "Summary")->setSelection(0, int(strlen(markup)));
         QCOMPARE(valueOf(area, "Summary")->selectedText(), QString(markup));
         const QStringList log = textBehind(buttonBeside(shown, "Change Log"));
@@ -328,7 +328,7 @@ void DescribeAreaTest::closingTheDescriptionEndsTheWaitForALock()
         QVERIFY(!table->yumIO.isWorking());
         QTRY_VERIFY(!shown.isVisible());
     });
-    // The user no longer waits for the change log, so it is not shown.
+    // The user has closed the description, so no window shows the change log when it has been read.
     QCOMPARE(seen, QStringList());
     QCOMPARE(dialog->result(), int(QDialog::Rejected));
 }
@@ -402,7 +402,7 @@ void DescribeAreaTest::dialogCannotBeClosedWhileFilesAreLoading()
             press(buttonNamed(shown, "Close"));
             QTest::keyClick(shown.windowHandle(), Qt::Key_Escape);
             seen << (shown.close() ? "closed" : "not closed");
-            // With Alt+F4, the window manager requests that the dialog is closed.
+            // Alt+F4 goes through the window manager, which asks the window to close.
             QCOMPARE(QProcess::execute("xdotool", {"key", "alt+F4"}), 0);
             QTest::qWait(100);
             seen << (shown.isVisible() ? "still there" : "gone") << QString::number(areasOf(shown).count());
@@ -411,7 +411,7 @@ void DescribeAreaTest::dialogCannotBeClosedWhileFilesAreLoading()
         timer.start(5);
         QCOMPARE(textBehind(buttonBeside(shown, "Files")).value(0), QString("editor 3:9-4 File List"));
         QCOMPARE(seen, (QStringList{"cannot be closed", "not closed", "still there", "1"}));
-        // When the files are loaded, the dialog can be closed.
+        // After the files are loaded, Close works again.
         press(buttonNamed(shown, "Close"));
         QVERIFY(!shown.isVisible());
     });

@@ -88,7 +88,7 @@ void DescribeDialogTest::anEndlessWordDoesNotWidenTheOtherValues()
         QVERIFY(value->mapTo(area->widget(), QPoint(value->width(), 0)).x() <= area->viewport()->width());
         QVERIFY(value->width() > area->viewport()->width() / 2);
         QVERIFY(value->height() >= value->heightForWidth(value->width()));
-        // The user can scroll to the whole word.
+        // The label is wide enough for the whole word, so the user can scroll to its end.
         QVERIFY(area->horizontalScrollBar()->isVisible());
         QCOMPARE(valueOf(area, "URL")->text(), word);
         QVERIFY(valueOf(area, "URL")->width() >= area->fontMetrics().horizontalAdvance(word));
@@ -119,7 +119,8 @@ void DescribeDialogTest::aDescriptionOfManyVersionsFitsTheScreen()
         QVERIFY(shown.height() <= Metrics::maxWindowSize().height());
         const QPushButton* close = buttonNamed(shown, "Close");
         QVERIFY(shown.rect().contains(QRect(close->mapTo(&shown, QPoint()), close->size())));
-        // The user can scroll to each area, and each area is high enough to be read.
+        // The user can scroll to the last area. The first area shows at least 12 lines, and each of the other
+        // areas shows all its lines.
         QScrollArea* outer = nullptr;
         for (QScrollArea* area : shown.findChildren<QScrollArea*>()) {
             outer = area->widget()->isAncestorOf(areas.first()) ? area : outer;
@@ -230,7 +231,8 @@ void DescribeDialogTest::secondDescriptionReplacesTheFirst()
 {
     table->collectUsual();
     describe("many", [](Dialog& shown) { QCOMPARE(areasOf(shown).count(), 3); });
-    // The second description replaces the first one even if the first was never shown.
+    // config() is called a second time before the first description was shown. Only the second description
+    // appears.
     dialog->config(&table->yumIO, table->entry("many"), conf.get());
     describe("shell", [](Dialog& shown) {
         QCOMPARE(areasOf(shown).count(), 1);

@@ -23,7 +23,7 @@ private Q_SLOTS:
     void repositoryWithoutUrlCannotBeBrowsed();
 
 private:
-    // The labels in the description of a repository, in order.
+    // The texts of all labels in the description of the repository from which the package comes.
     QStringList repositoryOf(const QString& name)
     {
         QStringList found;
@@ -37,7 +37,7 @@ private:
         });
         return found;
     }
-    // The title and the text of the message box that the action opens.
+    // Calls `action`, which opens a message box. Returns the title and the text of this box.
     static QStringList messageOf(const std::function<void()>& action)
     {
         QStringList found;
@@ -84,7 +84,7 @@ void DescribeRepoDialogTest::detailsOfAMissingRepositoryCauseAMessage()
                  (QStringList{"Error", "There is no configured repository \"<b>gone</b>\""}));
         QVERIFY(shown.isVisible());
     });
-    // The message also appears if no configuration was read.
+    // If no configuration was read, the repository is missing too.
     conf.reset();
     describe("it", [](Dialog& shown) {
         QCOMPARE(messageOf([&shown] { press(buttonBeside(shown, "Repository")); }).count(), 2);

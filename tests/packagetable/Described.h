@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Reads the windows that describe a package, and uses these windows as a user does.
+// Functions that read the windows that describe a package, and that click and type in these windows.
 
 #ifndef TESTS_PACKAGETABLE_DESCRIBED_H
 #define TESTS_PACKAGETABLE_DESCRIBED_H
@@ -20,7 +20,8 @@
 #include "widgets/HScrollArea.h"
 #include "widgets/TextDialog.h"
 
-// The areas of a description from the top. The first area is the area of the record itself.
+// The areas of a description from top to bottom. The first area describes the record itself, each other area
+// an installed version.
 inline QList<HScrollArea*> areasOf(const QWidget& dialog)
 {
     QList<HScrollArea*> found;
@@ -35,8 +36,8 @@ inline QList<HScrollArea*> areasOf(const QWidget& dialog)
     return found;
 }
 
-// The visible lines of an area, each with its texts from left to right and "|" between them. Button texts are
-// in brackets.
+// The visible lines of an area. In each line, "|" separates the texts, from left to right, and brackets mark
+// a button.
 inline QStringList linesOf(const HScrollArea* area)
 {
     QStringList lines;
@@ -71,7 +72,7 @@ inline QStringList linesOf(const HScrollArea* area)
     return lines;
 }
 
-// The value next to a label; null if the label is missing.
+// The label with the value of the field `label`; null if the area does not show this field.
 inline QLabel* valueOf(const HScrollArea* area, const QString& label)
 {
     const QList<QLabel*> labels = area->widget()->findChildren<QLabel*>();
@@ -83,7 +84,7 @@ inline QLabel* valueOf(const HScrollArea* area, const QString& label)
     return nullptr;
 }
 
-// The button in the line of a label; null if the line has no button.
+// The button in the line of the field `label`; null if this line has no button.
 inline QPushButton* buttonBeside(const QWidget& dialog, const QString& label)
 {
     for (QPushButton* button : dialog.findChildren<QPushButton*>()) {
@@ -104,7 +105,7 @@ inline QPushButton* buttonNamed(const QWidget& dialog, const QString& text)
     return nullptr;
 }
 
-// Scrolls to the button and clicks it, as a user does.
+// Scrolls to the button and clicks on it, as a user does.
 inline void press(QPushButton* button)
 {
     for (QWidget* widget = button->parentWidget(); widget != nullptr; widget = widget->parentWidget()) {
@@ -116,8 +117,8 @@ inline void press(QPushButton* button)
                       button->mapTo(button->window(), button->rect().center()));
 }
 
-// Calls open(), which opens a modal dialog of this class, and then calls use() with the open dialog. Closes
-// the dialog if it is still open. Returns whether a dialog was opened.
+// Calls open(), which must open a modal dialog of the class Dialog, and calls use() with this dialog. If the
+// dialog is still open after that, closes it. Returns whether the dialog was opened.
 template <typename Dialog>
 bool withDialog(const std::function<void()>& open, const std::function<void(Dialog&)>& use)
 {
@@ -135,7 +136,7 @@ bool withDialog(const std::function<void()>& open, const std::function<void(Dial
         }
     });
     timer.start(5);
-    open(); // returns when the dialog has been closed
+    open(); // returns when the dialog is closed
     return opened;
 }
 

@@ -131,7 +131,7 @@ void ModelTest::theHeaderNamesAndExplainsTheColumns_data()
 {
     QTest::addColumn<int>("column");
     QTest::addColumn<QString>("toolTip");
-    // The headings in the order of the columns.
+    // Each pair is the heading of a column and its tool tip, in the order of the columns.
     static const char* const headings[][2] = {
         {"Action", "Action to be performed on the package, if any: Update, Install, Remove"},
         {"State", "Indicates whether the package is Installed or not and, if installed, whether it is "
@@ -309,7 +309,7 @@ void ModelTest::theToolTipOfTheStateNamesTheLock()
                  "Package is installed and up-to-date\nThe version is locked: shell-0:1-1.*")));
     QCOMPARE(data("editor", 1, Qt::ToolTipRole),
              QVariant(QStringLiteral("Package is available for installation\nThe version is locked: edi*")));
-    // Groups have no versions, so they have no lock.
+    // Version locks do not apply to groups.
     QCOMPARE(data("Games", 1, Qt::ToolTipRole),
              QVariant(QStringLiteral("Package is available for installation")));
     QCOMPARE(data("tool", 1, Qt::ToolTipRole),
@@ -341,7 +341,7 @@ void ModelTest::updatesOfRecordsAreSet()
     QCOMPARE(changed(dataChanged), QStringList{"tool"});
     QCOMPARE(table->entry("tool").action, Package::Update);
     QCOMPARE(table->entry("many").action, Package::None);
-    // "shell" and "editor" have no update.
+    // "shell" and "editor" are not out of date, so setUpdates() does not mark them for update.
     QCOMPARE(table->entry("shell").action, Package::None);
     QCOMPARE(table->entry("editor").action, Package::None);
 }
@@ -357,7 +357,7 @@ void ModelTest::anExcludedPackageCannotBeMarked()
              QVariant(QStringLiteral(
                  "Package is installed; the configuration excludes it from updates and removals")));
     QVERIFY(!Model::canBeMarked(table->entry("shell")));
-    // The package can be removed if one of its installed versions is not excluded.
+    // One of the two installed versions of "kernel" is not excluded, so "kernel" can be marked for removal.
     table->entry("kernel").excluded = true;
     model->toggleAction(model->index(table->row("kernel"), 0));
     QCOMPARE(table->entry("kernel").action, Package::Remove);
@@ -365,7 +365,8 @@ void ModelTest::anExcludedPackageCannotBeMarked()
     table->entry("tool").action = Package::Update;
     model->toggleAction(model->index(table->row("tool"), 0));
     QCOMPARE(table->entry("tool").action, Package::None);
-    // The package can be updated.
+    // The installed version is excluded, so "tool" cannot be removed. The new version is not excluded, so
+    // "tool" can still be updated.
     QVERIFY(Model::canBeMarked(table->entry("tool")));
     QVERIFY(!data("tool", 0, Qt::ToolTipRole).isValid());
 }
@@ -483,7 +484,7 @@ void ModelTest::otherRolesHaveNoData()
 
 void ModelTest::cellsOutsideTheTableHaveNoData()
 {
-    // The model itself never makes such an index, but a faulty proxy could make one.
+    // This model makes an index outside its columns, as a faulty proxy could do.
     class Careless : public Model
     {
     public:
@@ -498,7 +499,7 @@ void ModelTest::cellsOutsideTheTableHaveNoData()
         QCOMPARE(model->data(model->index(0, ColumnCount), role), QVariant());
         QCOMPARE(careless.data(careless.beyond(), role), QVariant());
     }
-    // The row of this index no longer exists after the next collection.
+    // After the next collection, the row of this index is missing.
     const QModelIndex last = model->index(model->rowCount() - 1, 3);
     table->collect({}, {}, {StandIn::package("alone")});
     QVERIFY(last.isValid());
@@ -611,7 +612,7 @@ void ModelTest::markingTheSelectionOmitsReplacedAndReplacingRows()
     QCOMPARE(toolTip("oldpost").value(0), QString("Package is installed and up-to-date"));
     QVERIFY(toolTip("oldpost").value(1).startsWith("Replaced by "));
     QVERIFY(toolTip("newpost").value(1).startsWith("Replaces "));
-    // Each of these rows can be marked alone.
+    // setSelected() leaves these rows unmarked, but the user can mark each of them alone.
     model->toggleAction(cell("newpost", 0));
     QCOMPARE(table->entry("newpost").action, Package::Install);
 }
@@ -655,7 +656,7 @@ void ModelTest::aResetNotifiesTheViews()
 void ModelTest::describingAMissingRowOpensNothing()
 {
     QWidget window;
-    // These functions return at once, because no dialog opens.
+    // For an invalid index, no dialog opens, so these functions return at once.
     model->describe(QModelIndex(), &window);
     model->browse(QModelIndex(), &window);
     QVERIFY(window.findChildren<QDialog*>().isEmpty());
@@ -679,7 +680,8 @@ void ModelTest::oneDialogDescribesEveryRow()
     QCOMPARE(described, (QStringList{"tool", "Games"}));
     QCOMPARE(dialogs.at(0), dialogs.at(1));
     QCOMPARE(dialogs.at(0)->parentWidget(), &window);
-    // The dialog may be deleted with its parent before the model is deleted.
+    // The parent window may delete the dialog before the model is deleted. The next description then needs a
+    // new dialog.
     delete dialogs.takeFirst();
     describe("shell", &other);
     QCOMPARE(described.last(), QString("shell"));

@@ -32,8 +32,8 @@ private Q_SLOTS:
     void browseReportsAnUnconfiguredRepository();
 
 private:
-    // Chooses an entry in a cell's menu with the mouse. Returns after the window that this entry opens is
-    // closed.
+    // Opens the menu of a cell, and clicks an entry. If the entry opens a window, returns only after this
+    // window is closed.
     void choose(const QString& name, int column, const QString& text)
     {
         withMenu([this, name, column] { shown->click(name, column, Qt::RightButton); },
@@ -119,7 +119,7 @@ void OtherContextMenuTest::aRowWithoutARepositoryCannotBeBrowsed()
 
 void OtherContextMenuTest::describeDescribesTheClickedRow()
 {
-    // The menu describes the row under the pointer, even if it is not the current row.
+    // "editor" is the current row, but the pointer is on "shell".
     shown->click("editor", NameColumn);
     QString described;
     QWidget* parent = nullptr;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base class for tests of windows that describe a package. It has records, repositories and a visible
-// description.
+// The base class for tests of windows that describe a package. It has records and repositories, and opens the
+// description of a record.
 
 #ifndef TESTS_PACKAGETABLE_SHOWNDESCRIPTION_H
 #define TESTS_PACKAGETABLE_SHOWNDESCRIPTION_H
@@ -27,16 +27,16 @@ protected:
     using Dialog = PackageTable::Describe::Dialog;
     using RepoDialog = PackageTable::Describe::Instance::RepoDialog;
 
-    // A text that looks like markup.
+    // Markup that every window must show as plain text.
     static constexpr char markup[] = "<b>bold</b> &amp; <img src=x> <script>alert(1)</script>";
 
-    // Shows the description of a record and calls use() with it.
+    // Opens the description of a record, and calls use() with its window.
     void describe(const QString& name, const std::function<void(Dialog&)>& use);
-    // Replaces all records by one package "it" with these attributes.
+    // Replaces all records by one package with the name "it" and these attributes.
     void available(const QJsonObject& attributes);
     void installed(const QJsonObject& attributes);
     void repo(const QString& id, const QString& name, const QString& urls, const QString& mirrorList);
-    // Presses the button, and returns the title and the text of the text dialog that opens.
+    // Presses the button, which opens a text dialog. Returns the title and the text of this dialog.
     static QStringList textBehind(QPushButton* button);
     void setLoaded(bool fileLists, bool otherData);
 

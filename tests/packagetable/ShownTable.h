@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A package table in a window, and simulated user input.
+// A package table in a window, with functions that click in it.
 
 #ifndef TESTS_PACKAGETABLE_SHOWNTABLE_H
 #define TESTS_PACKAGETABLE_SHOWNTABLE_H
@@ -32,13 +32,14 @@ public:
         }
         view->HTableView::sortByColumn(PackageTable::NameColumn, Qt::AscendingOrder);
         view->setFocus();
-        // When a view gets the focus, it makes its first row the current row.
+        // setFocus() may have made the first row current. The tests begin without a current row.
         view->setCurrentIndex(QModelIndex());
     }
 
     int listedRow(const QString& name) const { return names(proxy).indexOf(name); }
 
-    // The cell's position in viewport coordinates. If the cell is not visible, this function scrolls to it.
+    // The centre of a cell in the coordinates of the viewport. If the cell is not visible, this function
+    // first scrolls to the cell.
     QPoint place(const QString& name, int column) const
     {
         const QModelIndex index = proxy.index(listedRow(name), column);
@@ -48,7 +49,7 @@ public:
         return view->visualRect(index).center();
     }
 
-    // Clicks with the mouse. Like a real click, the event comes from the window system.
+    // Sends the click to the window, as the window system does. Qt chooses the widget that receives it.
     void click(QWidget* widget, const QPoint& place, Qt::MouseButton button = Qt::LeftButton,
                Qt::KeyboardModifiers modifiers = Qt::NoModifier)
     {

@@ -88,7 +88,7 @@ private:
         proxy->setFilterRegExp(expression);
         return sortedNames(*proxy);
     }
-    // The listed names, sorted by a column.
+    // Sorts the table by a column, and returns the listed names in this order.
     QStringList inOrder(int column, Qt::SortOrder order = Qt::AscendingOrder)
     {
         proxy->sort(column, order);
@@ -259,7 +259,8 @@ void SortFilterProxyModelTest::aDotMatchesAnyLetter()
 
 void SortFilterProxyModelTest::anExpressionMatchesAcrossColumns()
 {
-    // The Size column shows 5000 bytes as 4.9Kb, and 1000 bytes as 1.0Kb.
+    // The size follows the architecture in the row. The table shows 5000 bytes as "4.9Kb", and 1000 bytes as
+    // "1.0Kb".
     QCOMPARE(listed("noarch 4"), QStringList{"editor"});
     QCOMPARE(listed("noarch 1"), QStringList());
     QCOMPARE(listed("i686 1"), QStringList{"lib"});
@@ -275,7 +276,7 @@ void SortFilterProxyModelTest::anExpressionMatchesAcrossColumns()
 
 void SortFilterProxyModelTest::emptyColumnsAddNoBlanks()
 {
-    // The name is the only text in the row of a group.
+    // In the row of a group, only the Name column has a text.
     QCOMPARE(listed("^Games$"), QStringList{"Games"});
     QCOMPARE(listed("^Games "), QStringList());
 }
@@ -303,7 +304,7 @@ void SortFilterProxyModelTest::theSearchMatchesEachField_data()
     QTest::newRow("size") << QJsonObject{{"size", 77000000}} << "^73Mb$";
     text("summary");
     QTest::newRow("buildtime") << QJsonObject{{"buildtime", 1234567890}} << "Feb 13 23:31:30 2009";
-    // The fields that a search reads from attributes of the package.
+    // For these fields, the search reads attributes of dnf's packages.
     for (int i = 0; i < Fields::Count; ++i) {
         const Fields::Row& row = Fields::row(static_cast<Fields::Field>(i));
         switch (row.source) {
@@ -402,12 +403,13 @@ void SortFilterProxyModelTest::theSearchOfARecordStopsAtTheFirstMatch()
     proxy->setMode(Search);
     table->standIn.forgetCalls();
     QCOMPARE(listed("name"), QStringList{"name"});
-    QCOMPARE(table->standIn.calls("description"), 1); // the package "other"
+    QCOMPARE(table->standIn.calls("description"),
+             1); // only for "other": the first package already matches by its name
 }
 
 void SortFilterProxyModelTest::eachRecordIsSearchedOnlyOnceForTheSameSettings()
 {
-    QTableView view; // the view requests all rows after each change signal
+    QTableView view; // after each change signal, the view requests all rows
     view.setModel(proxy.get());
     table->collect({}, {}, {StandIn::package("watched", {{"watched", 1}})});
     model->reset();
@@ -416,7 +418,8 @@ void SortFilterProxyModelTest::eachRecordIsSearchedOnlyOnceForTheSameSettings()
     QCOMPARE(listed("nothing"), QStringList());
     QCOMPARE(table->standIn.calls("description"), 1);
 
-    // The results for this expression are already stored. The sort order does not affect them.
+    // The expressions "nothing" and ".*nothing" have the same results, which are stored. A new sort order
+    // keeps these results.
     QCOMPARE(listed(".*nothing"), QStringList());
     inOrder(SizeColumn);
     QCOMPARE(table->standIn.calls("description"), 1);
@@ -439,7 +442,7 @@ void SortFilterProxyModelTest::aResetClearsTheResults()
     QVERIFY(!proxy->filterAcceptsRow(table->row("tool"), QModelIndex()));
     QCOMPARE(sortedNames(*proxy), (QStringList{"Tools", "many"}));
 
-    // New records may have the addresses of earlier records.
+    // The new records may have the same addresses as the deleted records, but they need results of their own.
     table->collect({}, {StandIn::package("one")}, {StandIn::package("two")});
     model->reset();
     QCOMPARE(sortedNames(*proxy), QStringList());
@@ -484,7 +487,8 @@ void SortFilterProxyModelTest::eachChangeOfASettingClearsTheResults()
         table->yumIO[row]->state = Package::Updatable;
         proxy->clear();
         const bool before = proxy->filterAcceptsRow(row, QModelIndex());
-        table->yumIO[row]->state = Package::Available; // a stored result does not change
+        table->yumIO[row]->state =
+            Package::Available; // as long as a stored result is used, this new state has no effect
         change();
         return before && !proxy->filterAcceptsRow(row, QModelIndex());
     };
@@ -504,7 +508,7 @@ void SortFilterProxyModelTest::excludedPackagesAreNotRemovable()
     table->entry("tool").next->excluded = true;
     proxy->clear();
     QCOMPARE(listed("^(shell|tool|editor) "), QStringList());
-    // A package can be removed if one of its installed versions is not excluded.
+    // One of the two installed versions of "kernel" is not excluded, so "kernel" is removable.
     table->entry("kernel").excluded = true;
     proxy->clear();
     QCOMPARE(listed("^kernel "), QStringList{"kernel"});
@@ -547,7 +551,7 @@ void SortFilterProxyModelTest::rowsAreSortedByColumn_data()
 {
     QTest::addColumn<int>("column");
     QTest::addColumn<QStringList>("expected");
-    // The expected orders, in the order of the columns.
+    // The expected order of the packages for each column, in the order of the columns.
     static const char* const orders[] = {
         "d c b A", // Action
         "d A c b", // State
@@ -569,8 +573,8 @@ void SortFilterProxyModelTest::rowsAreSortedByColumn()
 {
     QFETCH(int, column);
     QFETCH(QStringList, expected);
-    // Texts are sorted by their characters: "10-1" precedes "9-1", and capitals precede small letters.
-    // Numbers are sorted by their values.
+    // Texts are compared character by character: "10-1" precedes "9-1", and capital letters precede small
+    // letters. Numbers are compared by their values.
     const QJsonObject d{{"version", "3"}, {"repoid", "B"}, {"size", 900}, {"buildtime", 1234567890}};
     table->collect(
         {StandIn::package("d", d)},
@@ -596,7 +600,8 @@ void SortFilterProxyModelTest::rowsAreSortedByColumn()
 
 void SortFilterProxyModelTest::sizesAreComparedAsIntegers()
 {
-    // As a signed 32-bit number, 3 000 000 000 is negative, and 4 294 967 297 is 1.
+    // The sizes are compared as signed 32-bit integers, in which 3 000 000 000 is negative, and 4 294 967 297
+    // is 1.
     table->collect({}, {},
                    {StandIn::package("a", {{"size", 3000000000.0}}), StandIn::package("b", {{"size", 2}}),
                     StandIn::package("c", {{"size", 4294967297.0}}), StandIn::package("d", {{"size", 1}}),
@@ -704,7 +709,7 @@ void SortFilterProxyModelTest::markingListedUpdatesOmitsReplacedPackages()
     proxy->setUpdateListed();
     QCOMPARE(table->entry("split").action, Package::None);
     QCOMPARE(table->entry("better").action, Package::None);
-    // An update is marked even if it also replaces another package.
+    // "tool" replaces another package too, but it is an update of an installed package, so it is marked.
     QCOMPARE(table->entry("tool").action, Package::Update);
 }
 

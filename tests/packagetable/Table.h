@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A back end for package tables with records from the stand-in, and functions that read a table.
+// A stand-in for the back end, which makes the records of a package table, and functions that read a table.
 
 #ifndef TESTS_PACKAGETABLE_TABLE_H
 #define TESTS_PACKAGETABLE_TABLE_H
@@ -16,7 +16,7 @@
 #include "tests/support/StandIn.h"
 #include "yumio/YumIO.h"
 
-// A test program can have only one object of this class, because a process has only one interpreter.
+// A process has only one Python interpreter, so a test program can have only one object of this class.
 class Table
 {
 public:
@@ -29,7 +29,7 @@ public:
     }
     ~Table() { yumIO.clearEntriesBeforeQuit(); }
 
-    // Replaces all records by these packages and groups.
+    // Replaces all records by records of these packages and groups.
     void collect(const QJsonArray& updates, const QJsonArray& installed, const QJsonArray& available,
                  const QJsonArray& groups = QJsonArray())
     {
@@ -40,9 +40,10 @@ public:
         }
     }
 
-    // One record of each kind. "tool" and "many" are out of date; "tool" has one installed version, and
-    // "many" has two. "shell" has one installed version, and "kernel" has two. The other packages are not
-    // installed. "lib" is available for two architectures.
+    // Makes records of all kinds. "tool" and "many" are out of date; "tool" has one installed version, and
+    // "many" has two. "shell" and "kernel" are up to date; "shell" has one installed version, and "kernel"
+    // has two. "editor", "lib" and the suite "office" are not installed; "lib" is available for two
+    // architectures. The group "Editors" is installed, "Tools" is out of date, and "Games" is not installed.
     void collectUsual()
     {
         using S = StandIn;
@@ -64,7 +65,7 @@ public:
                  S::group("Tools", {{"mandatory_packages", QJsonArray{"tool"}}})});
     }
 
-    // The number of the row, or -1 if it is missing.
+    // The row number of a package, or -1 if the package is missing.
     int row(const QString& name, const QString& arch = QString()) const
     {
         for (int i = 0; i < yumIO.count(); ++i) {
@@ -91,7 +92,7 @@ public:
     YumIO yumIO;
 };
 
-// The numbers of the columns that meet a condition. condition: a function of a row of Columns.
+// The numbers of all columns for whose row in Columns the condition returns true.
 template <typename Condition> QVector<int> columns(Condition condition)
 {
     QVector<int> found;
@@ -103,7 +104,7 @@ template <typename Condition> QVector<int> columns(Condition condition)
     return found;
 }
 
-// The names that a table lists, in order.
+// The names in the table, from top to bottom.
 inline QStringList names(const QAbstractItemModel& model)
 {
     QStringList found;
@@ -120,8 +121,9 @@ inline QStringList sortedNames(const QAbstractItemModel& model)
     return found;
 }
 
-// The names of the rows in the dataChanged() signals since the last call, in order. If a signal covers more
-// than the Action cell of one row, the list contains an impossible name, so that the test fails.
+// The names of the rows in the recorded dataChanged() signals, in the order of the signals. Then clears the
+// record. A signal must cover only one Action cell. For any other signal, the list contains a text that is no
+// name, so the comparison fails.
 inline QStringList changed(QSignalSpy& dataChanged)
 {
     QStringList found;

@@ -13,7 +13,7 @@
 
 using namespace PackageTable;
 
-// Tests of the line below the package table.
+// Tests of the status line below the package table.
 class TableStatusTest : public QObject
 {
     Q_OBJECT
@@ -34,7 +34,7 @@ private Q_SLOTS:
     void tableWithoutRecordsIsEmpty();
 
 private:
-    // Whether the line shows this text, now or after pending events.
+    // Waits until the line shows this text. Returns false if the line does not show it in time.
     bool shows(const QString& text) const
     {
         const bool found = QTest::qWaitFor([this, text] { return label()->wholeText() == text; });
@@ -120,7 +120,7 @@ void TableStatusTest::marksAreCountedByAction()
 void TableStatusTest::marksOfUnlistedRecordsAreCounted()
 {
     shown->proxy.setStateFilter(ViewUpdatable);
-    mark("shell", Package::Remove); // not listed
+    mark("shell", Package::Remove); // the table does not list this record
     QVERIFY(shows("Listed: 2   Selected: 0   Marks: 0 Install, 0 Update, 1 Remove   To download: 0b"));
 }
 

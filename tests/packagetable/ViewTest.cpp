@@ -314,7 +314,8 @@ void ViewTest::aSignalReportsThatNoRowIsCurrentAnyMore()
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
     shown->proxy.setFilterRegExp("tool");
     QVERIFY(!view->currentIndex().isValid());
-    // While the view removes the row, a neighbouring row may be current for a moment.
+    // While the view removes the row, it may make a neighbouring row current for a moment, and then signal
+    // more than once.
     QCOMPARE(spy.value(0).value(1).toInt(), table->row("office"));
     for (int i = 1; i < spy.count(); ++i) {
         QCOMPARE(spy.at(i).at(1), spy.at(i - 1).at(0));
@@ -403,7 +404,7 @@ void ViewTest::fittingTheColumnsKeepsFilterAndSelection()
     QVERIFY(!shown->proxy.getFilter());
 }
 
-// Compares the column widths with a plain table of the same rows, which measures every cell.
+// Compares the widths of the columns with the widths in a plain table, which measures every cell.
 void ViewTest::compareWithEveryCellMeasured()
 {
     HTableView plain(QStyleOptionViewItem::Left, 1, 1);
@@ -411,7 +412,7 @@ void ViewTest::compareWithEveryCellMeasured()
     plain.setShowGrid(false);
     plain.setFont(view->font());
     plain.setIconSize(view->iconSize());
-    // The order of the cells must not matter.
+    // The view must find the widest cell in every sort order.
     for (const Qt::SortOrder order : {Qt::AscendingOrder, Qt::DescendingOrder}) {
         shown->proxy.sort(NameColumn, order);
         for (int column = 0; column < ColumnCount; ++column) {
@@ -443,7 +444,8 @@ void ViewTest::columnsAreAsWideAsTheirWidestCell()
         for (int i = 0; i < 60; ++i) {
             QString name;
             for (unsigned int letters = 1 + random() % 60; letters > 0; --letters) {
-                // Some pairs of these letters have kerning. One name in ten also has letters beyond ASCII.
+                // The font has kerning for some pairs of these letters. One name in ten also has letters
+                // beyond ASCII.
                 const char kerned[] = "AVTiljWy.,-rfoLTo1479_JQ";
                 name += i % 10 == 0 && random() % 4 == 0
                             ? QChar(0xe4 + static_cast<int>(random() % 20))
@@ -462,8 +464,8 @@ void ViewTest::columnsAreAsWideAsTheirWidestCell()
 
 void ViewTest::widthOfAColumnIncludesKerning()
 {
-    // This text repeats the pair of letters that the font moves apart the most. So the text is wider than the
-    // sum of its letters.
+    // The test looks for the pair of letters that kerning moves apart the most. A text that repeats this pair
+    // is wider than the sum of its letters.
     const QFontMetricsF metrics(view->font());
     QString apart;
     qreal most = 0;
@@ -483,8 +485,8 @@ void ViewTest::widthOfAColumnIncludesKerning()
         const QString kerned = apart.repeated(pairs);
         const qreal single =
             pairs * (metrics.horizontalAdvance(apart.at(0)) + metrics.horizontalAdvance(apart.at(1)));
-        // These texts have no kerning. Their widths are between the first text's sum of letters and its width
-        // with kerning.
+        // Further texts, without kerning, compete for the widest cell. Their widths lie around the range
+        // between the kerned text's sum of letters and its real width.
         QJsonArray packages{StandIn::package(kerned)};
         const QString unit = QStringLiteral("H");
         const qreal narrowest = single - 40;
@@ -505,8 +507,8 @@ void ViewTest::widthOfAColumnIncludesKerning()
 
 void ViewTest::widthOfAColumnIncludesTheLastLetter()
 {
-    // A letter's drawing may be wider than its advance. This affects the width of a text only if the letter
-    // is the last one. Otherwise the same letters have the same width in every order.
+    // The drawing of a letter may be wider than the distance to the next letter. This makes a text wider only
+    // if the letter is its last one.
     for (char letter = '!'; letter <= '~'; ++letter) {
         for (const char* others : {"HHHH", "0000"}) {
             const QString first = QLatin1Char(letter) + QString(others);
@@ -540,7 +542,8 @@ void ViewTest::widthOfAColumnIncludesLigatures()
         QJsonArray packages;
         const qreal unit = metrics.horizontalAdvance(QLatin1Char('i'));
         for (qreal width = metrics.horizontalAdvance(joined) - 12; packages.count() < 24; width += 1) {
-            // Each of these texts is as wide as possible within the given width.
+            // These texts compete with `joined` for the widest cell. They have no ligatures, and are at most
+            // `width` wide.
             packages.append(StandIn::package(QString("i").repeated(static_cast<int>(width / unit))));
         }
         packages.append(StandIn::package(joined));
@@ -628,7 +631,8 @@ void ViewTest::theMenuKeyOpensTheMenuOfTheCurrentCell()
     QCOMPARE(table->entry("shell").action, Package::Remove);
     QStringList offered;
     bool opened = false;
-    // The window system turns this key into a menu request, so the key must pass through it.
+    // The window system turns this key into the request for a menu, so the test sends the key through the
+    // window system.
     withMenu(
         [&opened] {
             QCOMPARE(QProcess::execute("xdotool", {"key", "Menu"}), 0);
@@ -646,7 +650,7 @@ void ViewTest::theMenuKeyOpensTheMenuOfTheCurrentCell()
 
 void ViewTest::describeDescribesTheCurrentRow()
 {
-    view->describe(); // returns at once, because no row is current
+    view->describe(); // no row is current, so no dialog opens, and the function returns at once
     QVERIFY(view->findChildren<QDialog*>().isEmpty());
     shown->click("shell", NameColumn);
     QString described;
@@ -698,7 +702,8 @@ void ViewTest::eachOfSeveralQuickClicksOnTheActionCounts()
     const QPoint place = view->viewport()->mapTo(&shown->window, shown->place("tool", ActionColumn));
     QSignalSpy changed(view, SIGNAL(stateChanged(int)));
     for (int i = 0; i < clicks; ++i) {
-        // Unlike clicks by mouseClick(), quick clicks like these can be double clicks.
+        // These clicks follow each other so quickly that Qt may report double clicks. mouseClick() would
+        // prevent this.
         QTest::mousePress(shown->window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
         QTest::mouseRelease(shown->window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
     }
@@ -710,9 +715,9 @@ void ViewTest::eachOfSeveralQuickClicksOnTheActionCounts()
 
 void ViewTest::quickClicksActOnTheRowOfTheFirstClick()
 {
-    // The first click changes the order of the rows, so another row comes under the pointer.
+    // The table is sorted by action, so the first click moves another row under the pointer.
     shown->proxy.sort(ActionColumn);
-    QTest::qWait(50); // the view shows the new order
+    QTest::qWait(50); // wait until the view shows the new order
     const QPoint inView = shown->place("tool", ActionColumn);
     const QPoint place = view->viewport()->mapTo(&shown->window, inView);
     QSignalSpy changed(view, SIGNAL(stateChanged(int)));
@@ -721,7 +726,7 @@ void ViewTest::quickClicksActOnTheRowOfTheFirstClick()
         QTest::mouseRelease(shown->window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
         QCOMPARE(table->entry("tool").action, action);
     }
-    QCOMPARE(changed.count(), 4); // no other row has changed
+    QCOMPARE(changed.count(), 4); // all other rows are unchanged
     const QModelIndex under = view->indexAt(inView);
     QVERIFY(under.sibling(under.row(), NameColumn).data().toString() != "tool");
 }
@@ -736,7 +741,7 @@ void ViewTest::firstAndLastRowAreReachedByKeys()
         }
         return rows;
     };
-    // The keys also work if no row is current.
+    // At first, no row is current. The keys work in this case too.
     for (const char* start : {"", "shell", "tool"}) {
         if (*start != '\0') {
             shown->click(start, NameColumn);
@@ -762,7 +767,7 @@ void ViewTest::theFocusAloneMakesNoRowCurrent()
     }
     QTest::keyClick(shown->window.windowHandle(), Qt::Key_Space);
     QVERIFY(current.isEmpty() || current.last().at(0).toInt() == -1);
-    // The first arrow key makes a row current.
+    // An arrow key makes a row current.
     view->setFocus();
     QTest::keyClick(shown->window.windowHandle(), Qt::Key_Down);
     QCOMPARE(view->selectionModel()->selectedRows().count(), 1);
