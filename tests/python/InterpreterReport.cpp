@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Prints where the embedded interpreter finds its standard library and the package manager's modules, one
+// Prints the paths of the embedded interpreter's standard library and of the package manager's modules, one
 // path on each line.
 
 #include <cstdio>

@@ -13,7 +13,7 @@ class PyRefTest : public QObject
 
 private:
     std::unique_ptr<RecordingPython> python;
-    PyObject* object = nullptr; // owned
+    PyObject* object = nullptr; // owned by the test
     Py_ssize_t before = 0;
 
     Py_ssize_t added() const { return Py_REFCNT(object) - before; }
@@ -65,7 +65,7 @@ private Q_SLOTS:
         const PyRef ref = PyRef::borrow(object);
         QVERIFY(ref.get() == object);
         QCOMPARE(added(), Py_ssize_t(1));
-        // cleanup() checks that the reference was released.
+        // cleanup() checks that `ref` has released its reference.
     }
 
     void releaseReturnsTheReference()
@@ -85,7 +85,7 @@ private Q_SLOTS:
     {
         PyRef first = PyRef::borrow(object);
         const PyRef second(std::move(first));
-        // A moved-from reference is empty by contract.
+        // PyRef guarantees that a reference is empty after the move.
         // NOLINTNEXTLINE(bugprone-use-after-move)
         QVERIFY(!first);
         QVERIFY(second.get() == object);

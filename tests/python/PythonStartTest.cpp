@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Tests of the start and the end of the interpreter. Each test begins without an interpreter.
+// Tests of the start and the end of the interpreter. No interpreter runs when a test function begins.
 
 #include <QtTest>
 
@@ -34,8 +34,8 @@ class PythonStartTest : public QObject
     Q_OBJECT
 
 private:
-    // Starts an interpreter that runs the given statement during the import of __main__. So initialize()
-    // finds a running interpreter.
+    // Starts an interpreter. When initialize() then imports __main__, this interpreter runs the given
+    // statement.
     void startWithHookOnImportOfMain(const char* statement)
     {
         Py_Initialize();
@@ -51,7 +51,7 @@ private:
         QCOMPARE(PyRun_SimpleString(hook.constData()), 0);
     }
 
-    // The helper's output in this environment; empty if the helper fails.
+    // The lines that interpreter-report prints in this environment; none if it fails.
     QStringList report(const QProcessEnvironment& environment)
     {
         QProcess process;
@@ -77,7 +77,8 @@ private:
 private Q_SLOTS:
     void init()
     {
-        // If the test framework's own handler were set, the interpreter would keep it.
+        // The test framework handles these signals, and the interpreter keeps an existing handler. The
+        // default lets the interpreter set its own.
         std::signal(SIGINT, SIG_DFL);
         std::signal(SIGPIPE, SIG_DFL);
         QVERIFY(!Python::initialized);
@@ -241,8 +242,8 @@ private Q_SLOTS:
         QFETCH(QString, variable);
         QFETCH(QString, subdirectory);
 
-        // A directory that looks like another installation. It has the parts that the interpreter looks for:
-        // an executable, the landmark of a standard library, and modules that would hide the real modules.
+        // A directory that looks like another Python installation: it has an executable, a standard library,
+        // and modules of its own that would hide the real modules.
         QTemporaryDir other;
         QVERIFY(other.isValid());
         const QString version = QStringLiteral("python%1.%2").arg(PY_MAJOR_VERSION).arg(PY_MINOR_VERSION);

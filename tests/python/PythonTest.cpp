@@ -12,7 +12,7 @@
 
 namespace {
 
-// Creates a module without a dictionary, as the interpreter has them while it ends.
+// Creates a module without a dictionary. While the interpreter ends, modules are in this state.
 PyObject* hollowModule(const char* name)
 {
     PyObject* module = PyModule_New(name);
@@ -36,7 +36,7 @@ class PythonTest : public QObject
 private:
     std::unique_ptr<RecordingPython> python;
 
-    // Returns the text of a string that pyString() made, and frees the string.
+    // The contents of a string from pyString(), which this function frees.
     QString taken(char* text)
     {
         const QString result = QString::fromUtf8(text);
@@ -46,8 +46,8 @@ private:
 
     QString printed() { return python->text("sys.stderr.getvalue()"); }
 
-    // Opens a scope and leaves it early, while the call's exception is pending. Returns whether this
-    // exception matched.
+    // Returns from an ExceptScope while an exception is pending. The result says whether the exception has
+    // the expected type.
     bool failsAsExpected(PyObject* type)
     {
         Python::ExceptScope scope(*python, {type});
@@ -88,7 +88,8 @@ private Q_SLOTS:
 
     void cleanup()
     {
-        // Checks that the test has left no exception, report or open scope behind.
+        // The test must leave no pending exception, no unread message, and no open ExceptScope. In an open
+        // scope, the last call would not report its exception.
         QVERIFY(PyErr_Occurred() == nullptr);
         QCOMPARE(python->takeErrors(), QStringList());
         QCOMPARE(python->warnings, QStringList());
@@ -96,7 +97,7 @@ private Q_SLOTS:
         QCOMPARE(python->takeErrors(), QStringList(walkbackText()));
     }
 
-    // ---- running text
+    // ---- running statements and expressions
 
     void statementsAreRun()
     {
@@ -168,7 +169,7 @@ private Q_SLOTS:
         QCOMPARE(python->takeErrors(), QStringList("Internal error: pyrf text too long: x + 1 \t%s\n"));
     }
 
-    // ---- looking up
+    // ---- looking up names
 
     void lookupFindsGlobalsModulesAndKeys_data()
     {
@@ -550,7 +551,7 @@ private Q_SLOTS:
 
     void anExceptScopeEndsEvenIfTheFunctionReturnsEarly()
     {
-        // cleanup() fails if this call leaves its ExceptScope open.
+        // If this call leaves its ExceptScope open, cleanup() fails.
         QVERIFY(failsAsExpected(PyExc_KeyError));
         QVERIFY(PyErr_Occurred() == nullptr);
         QVERIFY(python->pyCall("fail", "(O)", PyExc_KeyError) == nullptr);
@@ -732,7 +733,8 @@ private Q_SLOTS:
             const Python::PyGILStateWrapper lock(true);
             entered = true;
         });
-        // This thread keeps the lock, because the interpreter switches threads only in Python code.
+        // An interpreter releases the lock only while it runs Python code. During this sleep, no Python code
+        // runs.
         QThread::msleep(50);
         const bool enteredTooEarly = entered;
         {

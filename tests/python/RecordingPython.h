@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// An interpreter for the tests, with reporters that record their messages.
+// An interpreter for the tests. It records its messages instead of showing them.
 
 #ifndef TESTS_PYTHON_RECORDINGPYTHON_H
 #define TESTS_PYTHON_RECORDINGPYTHON_H
@@ -22,7 +22,7 @@ public:
         Python::exceptionExpected();
     }
 
-    // The messages that error() has got since the previous call of this function.
+    // Returns the messages of error() since the previous call.
     QStringList takeErrors()
     {
         QStringList taken;
@@ -30,7 +30,7 @@ public:
         return taken;
     }
 
-    // The result of str() for the value of an expression.
+    // Evaluates an expression, and returns str() of its value.
     QString text(const char* expression)
     {
         const PyRef value(pyr(expression));

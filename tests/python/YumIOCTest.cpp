@@ -12,8 +12,7 @@
 
 namespace {
 
-// Parses the arguments of each called function as the back end does, and records them with the function's
-// name.
+// Records each call: the function's name, and the arguments, which it parses in the same way as the back end.
 class RecordingTarget : public YumIOCTarget
 {
 public:
@@ -112,7 +111,7 @@ public:
     }
 
     QStringList calls;
-    PyObject* lastModule = nullptr; // the module of the last call; borrowed
+    PyObject* lastModule = nullptr; // borrowed; the module that made the last call
 
 private:
     static QString shown(PyObject* object)
@@ -121,7 +120,7 @@ private:
         return text ? QString::fromUtf8(PyUnicode_AsUTF8(text.get())) : QString();
     }
 
-    // Returns a new reference to None.
+    // Records the call. Returns a new reference to None.
     PyObject* called(const char* name, PyObject* from, const QString& arguments)
     {
         lastModule = from;
@@ -176,8 +175,7 @@ private:
     std::optional<RecordingTarget> target;
     std::unique_ptr<RecordingPython> python;
 
-    // The name and the text of the exception that an expression raises; empty if the expression raises no
-    // exception.
+    // The type and the message of the exception that the expression raises; empty if it raises none.
     QString raised(const QByteArray& expression)
     {
         const Python::ExceptScope scope(*python, {PyExc_Exception});

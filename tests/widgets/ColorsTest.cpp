@@ -8,7 +8,8 @@
 
 namespace {
 
-// A translation that replaces one colour.
+// As long as an object of this class exists, it translates the name of one colour to the name of another
+// colour.
 class ColorTranslator : public QTranslator
 {
 public:
@@ -183,7 +184,8 @@ void ColorsTest::colorsAreReadableOnADarkBackground_data()
 void ColorsTest::colorsAreReadableOnADarkBackground()
 {
     QFETCH(QString, background);
-    // The definition of contrast in the accessibility guidelines for web contents.
+    // The luminance of a colour, as the accessibility guidelines for web contents define it. Their definition
+    // of contrast is the quotient below.
     const auto luminance = [](const QColor& color) {
         double sum = 0;
         const double parts[] = {color.redF(), color.greenF(), color.blueF()};
@@ -198,10 +200,10 @@ void ColorsTest::colorsAreReadableOnADarkBackground()
     for (Name name : {&Colors::action, &Colors::error, &Colors::warning, &Colors::minor, &Colors::ok}) {
         const QColor color(Colors::readable(name(), QColor(background)));
         QVERIFY((luminance(color) + 0.05) / (dark + 0.05) >= 4.5);
-        // The colour has the same hue, but is lighter.
+        // The readable colour has the hue of the original colour; only its lightness differs.
         QVERIFY(qAbs(color.hslHue() - QColor(name()).hslHue()) <= 4);
     }
-    // A readable colour is unchanged.
+    // A colour that is readable on this background stays the same.
     if (background == "#232323") {
         QCOMPARE(Colors::readable("darkorange", QColor(background)), QString("darkorange"));
     }

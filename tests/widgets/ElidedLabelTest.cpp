@@ -5,7 +5,7 @@
 #include <QHBoxLayout>
 #include <QtTest>
 
-// Tests of a label that shortens its text.
+// Tests of a label that shortens a text that is too long for it.
 class ElidedLabelTest : public QObject
 {
     Q_OBJECT

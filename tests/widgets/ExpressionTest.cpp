@@ -8,7 +8,7 @@
 
 namespace {
 
-// Matches expressions with only the C library's functions.
+// Matches an expression by regcomp() and regexec(), without the faster methods of Expression.
 class Plain
 {
 public:
@@ -48,7 +48,7 @@ public:
         return QString::fromUtf8(from[below(static_cast<int>(count))]);
     }
 
-    // A random expression, which may be invalid.
+    // Makes a random expression. Some of these expressions are invalid.
     QString expression()
     {
         static const char* const pieces[] = {
@@ -74,7 +74,7 @@ public:
         return text;
     }
 
-    // A random text with the same characters as the expressions.
+    // Makes a random text from the characters that the expressions contain.
     QString text()
     {
         static const char* const pieces[] = {"a", "b", "ab", "aa", "-",  "1",  " ", "/",   "é", "€", "🌧",
@@ -133,8 +133,8 @@ private Q_SLOTS:
                          qPrintable(description(expression, text)));
                 matched += expected ? 1 : 0;
                 if (j % 4 == 0) {
-                    // The list has only a few texts. Otherwise almost every expression would match a text in
-                    // it.
+                    // Clear the list often: in a long list, almost every expression would match one of the
+                    // texts.
                     all.clear();
                     any = false;
                 }
@@ -144,7 +144,8 @@ private Q_SLOTS:
                 found += any ? 1 : 0;
             }
         }
-        // Check that enough expressions are valid and invalid, and that enough texts match and do not match.
+        // The random cases are meaningful only if they include enough of each result: valid and invalid
+        // expressions, matching and other texts.
         QVERIFY2(compiled > 500 && compiled < 2500, qPrintable(QString::number(compiled)));
         QVERIFY2(matched > 1000 && matched < compiled * 20 - 1000, qPrintable(QString::number(matched)));
         QVERIFY2(found > matched && found < compiled * 20 - 1000, qPrintable(QString::number(found)));
@@ -324,7 +325,7 @@ private Q_SLOTS:
 
     void localeHasMultibyteCharacters()
     {
-        // In another locale, the tests above would not test multibyte characters.
+        // If the locale had only single-byte characters, the tests above would not test multibyte characters.
         Expression expression;
         expression.compile("^.$");
         QVERIFY(expression.matches("€"));

@@ -193,7 +193,7 @@ void FilteredListTest::aHeaderSortsByItsColumn()
     click(0);
     QCOMPARE(first(), 3);
     click(1);
-    QCOMPARE(first(), 1); // "install kernel"
+    QCOMPARE(first(), 1); // the transaction "install kernel"
 }
 
 void FilteredListTest::allPartsCanBeReachedByKeyboard()
@@ -232,7 +232,7 @@ void FilteredListTest::openingGivesTheFocusToTheList()
         window.hide();
     }
     window.show();
-    // Tab goes through the window from top to bottom.
+    // Tab moves the focus from top to bottom, through the parts of the list and the widgets around it.
     before.setFocus();
     for (QWidget* next : QList<QWidget*>{shownEdit, shownTable, &after, &before}) {
         QTest::keyClick(window.focusWidget(), Qt::Key_Tab);

@@ -9,7 +9,7 @@
 
 namespace {
 
-// A table whose last column has different values for sorting and for display.
+// A table that searches other values in column 0, and sorts by other values in column 1, than it displays.
 class Keyed : public FixedTable
 {
 public:

@@ -20,7 +20,7 @@ QString manyLines()
     return text + "the last Needle";
 }
 
-// A dialog with a default button, a bar, and the text in a text edit or in a label.
+// A dialog with a default button, a FindBar, and a long text in a text edit or in a label.
 class Searched : public QDialog
 {
 public:
@@ -53,7 +53,7 @@ public:
             qFatal("the dialog does not show");
         }
         wasVisible = bar->isVisible();
-        bar->open(); // creates the contents
+        bar->open(); // the bar makes its contents when it first opens
         bar->dismiss();
         field = bar->findChild<QLineEdit*>();
         next = bar->findChildren<QPushButton*>().at(0);
@@ -75,7 +75,7 @@ public:
     {
         return label != nullptr ? label->selectionStart() : edit->textCursor().selectionStart();
     }
-    // The vertical position of the visible part of the text, from 0 to 1.
+    // How far the text is scrolled, from 0 (top) to 1 (bottom).
     double scrolled() const
     {
         const QScrollBar* scrollBar =
@@ -97,7 +97,7 @@ public:
 
 } // namespace
 
-// Tests of the bar that finds a text. Each test runs on a text edit and on a label.
+// Tests of the bar that finds a word in a text. Each test runs twice: with a text edit and with a label.
 class FindBarTest : public QObject
 {
     Q_OBJECT
@@ -166,7 +166,7 @@ void FindBarTest::enterGoesToTheNextAndShiftEnterToThePreviousMatch()
     for (int at = text.indexOf("line 39"); at >= 0; at = text.indexOf("line 39", at + 1)) {
         places << at;
     }
-    QCOMPARE(places.size(), 11); // 39 and 390 to 399
+    QCOMPARE(places.size(), 11); // line 39 and the lines 390 to 399
     QCOMPARE(dialog.place(), places.at(0));
     for (int i = 1; i <= places.size(); ++i) {
         QTest::keyClick(dialog.field, Qt::Key_Return);
@@ -207,7 +207,7 @@ void FindBarTest::buttonsAndFunctionKeysGoToTheMatches()
 {
     QFETCH(bool, inLabel);
     Searched dialog(inLabel);
-    // If no text to find is set, F3 opens the bar.
+    // If the bar has no text to find yet, F3 opens the bar.
     QTest::keyClick(&dialog, Qt::Key_F3);
     QTRY_VERIFY(dialog.field->hasFocus());
     QTest::keyClicks(dialog.field, "line 30");

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A table model with given values, for the tests of the models and views.
+// A table model whose values the test supplies, for the tests of models and views.
 
 #ifndef TESTS_WIDGETS_FIXEDTABLE_H
 #define TESTS_WIDGETS_FIXEDTABLE_H
@@ -46,7 +46,7 @@ public:
         endInsertRows();
     }
 
-    // Public, so that a test can change a value without a notification.
+    // A test that changes these values directly does not notify the views.
     QVector<Row> rows;
     QSet<int> unselectable;
 

@@ -9,7 +9,7 @@ namespace {
 
 const QSize contents(200, 100);
 
-// Adds one widget with the given size to a tip.
+// Fills a tip with one widget. `data` points to the size of this widget.
 void fillWith(GeneralTip* tip, void* data)
 {
     QVBoxLayout* column = new QVBoxLayout(tip);
@@ -31,7 +31,7 @@ GeneralTip* currentTip()
     return found;
 }
 
-// The running timers of an object: intervals and identifiers.
+// The running timers of an object. The keys are the intervals, the values are the timers' identifiers.
 QMap<int, int> timers(QObject* object)
 {
     QMap<int, int> found;
@@ -46,7 +46,7 @@ QRect screenRect()
     return QGuiApplication::primaryScreen()->geometry();
 }
 
-// Like the progress bar, shows a general tip when a tool tip is requested.
+// Shows a general tip instead of a tool tip, as the progress bar does.
 class TipOwner : public QLabel
 {
 public:
@@ -116,7 +116,7 @@ private Q_SLOTS:
 
 void GeneralTipTest::initTestCase()
 {
-    // The pointer is outside the windows and tips, unless a test moves it.
+    // Without a move by the test, the pointer is outside all windows and tips.
     QCursor::setPos(screenRect().center() + QPoint(0, 200));
     QVBoxLayout* column = new QVBoxLayout(&window);
     column->addWidget(edit = new QLineEdit);
@@ -134,7 +134,7 @@ void GeneralTipTest::init()
     edit->setFocus();
     window.activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(&window));
-    // Late events of the pointer and the focus must not hide the tip of the test.
+    // Wait for late pointer and focus events, because they would hide the tip that the test shows.
     QTest::qWait(50);
     QVERIFY(currentTip() == nullptr);
 }
@@ -202,12 +202,13 @@ void GeneralTipTest::theTipLooksLikeAToolTip()
 
 void GeneralTipTest::theTipIsPlacedNearThePointer_data()
 {
-    QTest::addColumn<QSize>("size"); // all sizes here are without the frame
+    QTest::addColumn<QSize>("size"); // the size of the contents, without margin and frame
     QTest::addColumn<QPoint>("pos");
     QTest::addColumn<QPoint>("expected");
     const int w = screenRect().width();
     const int h = screenRect().height();
-    // The size of a tip with the usual contents: a margin of 4, a frame of 1 and the extra pixel of width.
+    // The size of the whole tip: the contents, a margin of 4 and a frame of 1 on each side, and one extra
+    // pixel of width.
     const int tw = contents.width() + 11;
     const int th = contents.height() + 10;
 
@@ -263,7 +264,8 @@ void GeneralTipTest::hoveringAWidgetShowsItsTip()
     QCursor::setPos(target);
     QTRY_VERIFY(currentTip() != nullptr && currentTip()->isVisible());
     QCOMPARE(currentTip()->pos(), target + QPoint(2, 16));
-    // A move within the same widget keeps the tip; leaving the widget removes it.
+    // If the pointer moves inside the widget, the tip stays. If the pointer leaves the widget, the tip
+    // disappears.
     QCursor::setPos(target + QPoint(1, 0));
     QTest::qWait(100);
     QVERIFY(currentTip() != nullptr && currentTip()->isVisible());
@@ -408,7 +410,8 @@ void GeneralTipTest::keysHideTheTip_data()
     row("Control", Qt::Key_Control, Qt::NoModifier, false);
     row("Meta", Qt::Key_Meta, Qt::NoModifier, false);
     row("Alt", Qt::Key_Alt, Qt::NoModifier, false);
-    // When a modifier key is pressed, its event does not yet contain the key's own modifier.
+    // The first event of a modifier key does not include this modifier. The events that follow while the key
+    // is held include it.
     row("Shift while it is held", Qt::Key_Shift, Qt::ShiftModifier, false);
     row("Control while it is held", Qt::Key_Control, Qt::ControlModifier, false);
     row("Meta while it is held", Qt::Key_Meta, Qt::MetaModifier, false);

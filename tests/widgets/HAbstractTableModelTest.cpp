@@ -33,7 +33,7 @@ void HAbstractTableModelTest::aViewReadsChangedRowsAgain()
     view.setModel(&model);
     view.show();
     QVERIFY(QTest::qWaitForWindowExposed(&view));
-    model.rows.append({3, 4}); // without a notification to the view
+    model.rows.append({3, 4}); // the model does not notify the view
     QCOMPARE(view.verticalHeader()->count(), 1);
     model.forceSortColumnRediscovery();
     QCOMPARE(view.verticalHeader()->count(), 2);

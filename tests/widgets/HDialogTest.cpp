@@ -28,7 +28,7 @@ void HDialogTest::returnAndEnterDoNotPressTheDefaultButton_data()
 void HDialogTest::returnAndEnterDoNotPressTheDefaultButton()
 {
     QFETCH(Qt::Key, key);
-    // In a plain dialog with the same form, the key presses the button.
+    // The same form in a QDialog shows the difference: there the key presses the button.
     HDialog dialog;
     QDialog plain;
     const QVector<QPair<QDialog*, int>> expected = {{&dialog, 0}, {&plain, 1}};

@@ -72,7 +72,7 @@ void HFrameLabelTest::anEmptyLabelShowsNothingEvenWithAnErrorPalette()
     QCOMPARE(label->frameShape(), QFrame::NoFrame);
     const QColor surroundings = window.palette().color(QPalette::Window);
     QCOMPARE(background(*label), surroundings);
-    // Checks every pixel: neither frame nor colour is visible.
+    // No pixel of the label differs from the window's background.
     const QImage empty = window.grab(label->geometry()).toImage();
     for (int y = 0; y < empty.height(); ++y) {
         for (int x = 0; x < empty.width(); ++x) {

@@ -10,7 +10,7 @@ class HMenuTest : public QObject
     Q_OBJECT
 
 private:
-    // The tool tip that the menu shows when the pointer rests on it; empty if it shows none.
+    // The tool tip that appears when the pointer rests on the menu; empty if none appears.
     QString toolTipOf(QMenu* asked)
     {
         const QPoint pos = asked->rect().center();
@@ -96,7 +96,7 @@ void HMenuTest::cleanup()
 void HMenuTest::theMenuCanBeTornOff()
 {
     QVERIFY(menu->isTearOffEnabled());
-    // The first entry tears the menu off.
+    // The first entry of the menu is the tear-off line.
     QTest::mouseClick(menu, Qt::LeftButton, Qt::NoModifier, QPoint(menu->width() / 2, 4));
     QTRY_VERIFY(menu->isTearOffMenuVisible());
     menu->hideTearOffMenu();
@@ -226,7 +226,7 @@ void HMenuTest::theTipOfTheEntryIsShownIfItsSubMenuIsClosed()
 
 void HMenuTest::theBaseClassShowsTheToolTipOfTheMenu()
 {
-    // The base class shows the tool tip of the menu itself.
+    // If no entry is active, QMenu shows the tool tip of the menu itself.
     HMenu plain(QStringLiteral("Plain"));
     plain.addAction(QStringLiteral("entry"));
     plain.setToolTip(QStringLiteral("tip of the menu"));
@@ -238,7 +238,7 @@ void HMenuTest::theBaseClassShowsTheToolTipOfTheMenu()
 void HMenuTest::hoveringShowsTheToolTip()
 {
     const QPoint target = menu->mapToGlobal(menu->actionGeometry(actionWithTip).center());
-    // The pointer moves in steps, as if a user moved it.
+    // The pointer moves in small steps, as a user moves it.
     for (int distance = 20; distance > 0; distance -= 5) {
         QCursor::setPos(target - QPoint(distance, 0));
         QTest::qWait(20);

@@ -50,7 +50,7 @@ private Q_SLOTS:
         QTRY_VERIFY(label->width() >= metrics.horizontalAdvance(word));
         QVERIFY(label->height() >= label->heightForWidth(label->width()));
 
-        // The base class cuts this text.
+        // The same text is too wide for a QMessageBox, which cuts it off.
         QMessageBox plain(QMessageBox::Critical, "Title", "Cannot read " + word, QMessageBox::Ok);
         plain.show();
         QVERIFY(QTest::qWaitForWindowExposed(&plain));

@@ -9,7 +9,7 @@
 
 namespace {
 
-// An inner widget whose size hint the test sets.
+// A widget for the area. The test decides its size hint.
 class Contents : public QWidget
 {
 public:
@@ -19,7 +19,8 @@ public:
     QSize hint;
 };
 
-// A style that draws the frame either around the contents only or around the whole area, as the test sets it.
+// A style that draws a frame. The test decides whether the frame is around the contents only, or around the
+// whole area.
 class FrameStyle : public QProxyStyle
 {
 public:
@@ -40,7 +41,7 @@ private:
     bool aroundContents;
 };
 
-// The size that the area adds around an inner widget.
+// The space that the area needs in addition to its inner widget: the frame and both scroll bars.
 QSize surroundings(const HScrollArea& area)
 {
     return QSize(2 * area.frameWidth() + area.verticalScrollBar()->sizeHint().width(),
@@ -103,7 +104,7 @@ private Q_SLOTS:
         press(Qt::Key_Up);
         press(Qt::Key_PageUp);
         QCOMPARE(vertical->value(), 0);
-        // If Shift is pressed, these keys select text.
+        // With Shift, these keys select text instead of scrolling.
         press(Qt::Key_End, Qt::ShiftModifier);
         QCOMPARE(vertical->value(), 0);
     }

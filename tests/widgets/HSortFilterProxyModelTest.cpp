@@ -10,8 +10,8 @@
 
 namespace {
 
-// A proxy that lists either odd or even numbers, depending on a switch. The filters of the package table work
-// in the same way.
+// A proxy that lists either all numbers or only the odd ones. Like a filter of the package table, this switch
+// works in addition to the expression.
 class SwitchedProxy : public HSortFilterProxyModel
 {
 public:
@@ -90,7 +90,8 @@ void HSortFilterProxyModelTest::valuesAreComparedByType_data()
         std::reverse(expected.begin(), expected.end());
         QTest::newRow(name) << given << expected;
     };
-    // Each row has a wrong order for its type. If numbers were compared as texts, their order would be right.
+    // The values of each row are in the wrong order. If the proxy compared the numbers as texts, it would
+    // keep this order.
     row("int puts 9 before 10", {10, 9});
     row("negative int", {-1, -2});
     row("unsigned int", {QVariant(4000000000U), QVariant(5U)});
@@ -222,7 +223,7 @@ void HSortFilterProxyModelTest::everyFilterChangeSortsAllRowsAgain()
     proxy.setSourceModel(&model);
     proxy.sort(0, Qt::DescendingOrder);
     QCOMPARE(column(proxy, 0), (QVariantList{3, 2, 1}));
-    model.rows[0][0] = 9; // without a notification to the proxy
+    model.rows[0][0] = 9; // the model does not notify the proxy
     QSignalSpy resets(&model, &QAbstractItemModel::modelReset);
     change(proxy);
     QCOMPARE(resets.count(), 1);

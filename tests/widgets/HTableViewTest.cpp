@@ -23,14 +23,14 @@ public:
     using HTableView::viewOptions;
 };
 
-// A view that computes the widths of its columns itself.
+// A view that overrides the computation of the column widths.
 class QuickView : public View
 {
 protected:
     int contentsWidthForColumn(int column) const override { return 100 + column; }
 };
 
-// A style that draws the frame around the contents only.
+// A style that draws the frame only around the contents of a scroll area.
 class FrameStyle : public QProxyStyle
 {
 public:
@@ -56,7 +56,7 @@ QVector<FixedTable::Row> numbers(int count)
     return rows;
 }
 
-// The number of rows that fit into the height of a size hint.
+// The number of rows for which the size hint has space, or -1 if a part of a row remains.
 int rowsIn(const HTableView& view)
 {
     const int rows =
@@ -131,7 +131,7 @@ void HTableViewTest::theKeysForBothEndsSelectTheFirstAndTheLastRow()
 {
     QStandardItemModel model(300, 3);
     View view;
-    QTest::keyClick(&view, Qt::Key_End, Qt::ControlModifier); // without a model
+    QTest::keyClick(&view, Qt::Key_End, Qt::ControlModifier); // without a model, the key does nothing
     view.setModel(&model);
     view.setSelectionBehavior(QAbstractItemView::SelectRows);
     view.resize(300, 200);
@@ -146,7 +146,7 @@ void HTableViewTest::theKeysForBothEndsSelectTheFirstAndTheLastRow()
     QCOMPARE(view.currentIndex(), model.index(0, 2));
     QCOMPARE(view.selectionModel()->selectedRows(), QModelIndexList{model.index(0, 0)});
     QVERIFY(view.viewport()->rect().intersects(view.visualRect(model.index(0, 0))));
-    // Home and End alone move to the columns at the ends.
+    // Without Control, Home and End move within the row.
     QTest::keyClick(&view, Qt::Key_Home);
     QCOMPARE(view.currentIndex(), model.index(0, 0));
     model.setRowCount(0);
@@ -382,7 +382,8 @@ void HTableViewTest::fittingTheColumnsNeverShrinksTheWindow()
 
 void HTableViewTest::fittingTheColumnsUpdatesTheLayoutsOfAllAncestors()
 {
-    // One box is inside another box. The outer layout caches the size hints of the inner layout.
+    // A layout caches the size hints of its contents. Here one layout is inside another, and both caches must
+    // be updated.
     QWidget window;
     QVBoxLayout* outer = new QVBoxLayout(&window);
     QWidget* inside = new QWidget;

@@ -218,7 +218,8 @@ void HTextEditTest::editingFinishedIsSignalledBeforeTheFocusChanges()
     QVERIFY(QTest::qWaitForWindowActive(&window));
     edit->setFocus();
     edit->setPlainText(QStringLiteral("text"));
-    // As in the masked fields, a slot may rewrite the text. The base class must use the new text.
+    // The slots of editingFinished() may rewrite the text, as the masked fields do. After that, QTextEdit
+    // handles the focus event with the new text.
     connect(edit, &HTextEdit::editingFinished, [edit] { edit->setPlainText(QStringLiteral("changed")); });
     other->setFocus();
     QCOMPARE(edit->toPlainText(), QStringLiteral("changed"));
@@ -278,7 +279,7 @@ void HTextEditTest::keysReachTheEndsOfAReadOnlyText()
     press(Qt::Key_PageDown);
     QVERIFY(bar->value() > 0);
 
-    // If the text has a cursor, the keys move the cursor.
+    // An editable text has a cursor, and these keys move it instead of scrolling.
     edit.setReadOnly(false);
     press(Qt::Key_End, Qt::ControlModifier);
     QCOMPARE(edit.textCursor().position(), edit.document()->characterCount() - 1);

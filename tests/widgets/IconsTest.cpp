@@ -49,7 +49,7 @@ private Q_SLOTS:
             QCOMPARE(picture(Icons::shared("removeBox"), side, QIcon::Selected),
                      picture(Icons::shared("removeBox"), side));
         }
-        // Other icons are tinted.
+        // A plain QIcon, in contrast, is tinted when it is selected.
         const QIcon plain(Share::absolute("icons/removeBox.png"));
         QVERIFY(picture(plain, 16, QIcon::Selected) != picture(plain, 16));
     }

@@ -36,7 +36,7 @@ void LiteralTest::aToolTipShowsTheText_data()
 void LiteralTest::aToolTipShowsTheText()
 {
     QFETCH(QString, text);
-    // Interprets the tool tip like a label without its own format.
+    // Interpret the tool tip as Qt does: as rich text if it looks like rich text.
     const QString toolTip = Literal::toolTip(text);
     QString shown = toolTip;
     if (Qt::mightBeRichText(toolTip)) {

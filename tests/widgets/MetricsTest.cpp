@@ -14,7 +14,7 @@ private Q_SLOTS:
     void aColumnIsAsWideAsTheLetterN();
 };
 
-// The test runs on a platform without an X screen.
+// The sizes come from Qt, so they also exist on a platform without an X server.
 void MetricsTest::aWindowMayUseNineTenthsOfTheScreen()
 {
     QCOMPARE(QGuiApplication::platformName(), QStringLiteral("offscreen"));
@@ -31,7 +31,8 @@ void MetricsTest::aColumnIsAsWideAsTheLetterN()
     line.beginLayout();
     line.createLine();
     line.endLayout();
-    // The width of the real line has fractions of pixels.
+    // The real line has a fractional width, whereas columnWidth() is rounded to whole pixels: 50 columns may
+    // differ by up to 25 pixels.
     QVERIFY(qAbs(line.lineAt(0).naturalTextWidth() - 50 * Metrics::columnWidth(QFontMetrics(font))) <= 25);
 }
 

@@ -21,7 +21,8 @@ private Q_SLOTS:
              {static_cast<const QLabel*>(&made), static_cast<const QLabel*>(&changed)}) {
             QCOMPARE(label->textFormat(), Qt::PlainText);
             QCOMPARE(label->text(), markup);
-            QVERIFY(label->sizeHint().width() > usual.sizeHint().width()); // the tags are shown
+            QVERIFY(label->sizeHint().width() >
+                    usual.sizeHint().width()); // the label shows the tags, so it is wider
         }
     }
 

@@ -67,7 +67,7 @@ void TextDialogTest::theCloseButtonClosesTheDialog()
         dialog.findChildren<QPushButton*>(QString(), Qt::FindDirectChildrenOnly);
     QCOMPARE(buttons.size(), 2);
     QCOMPARE(buttons.last()->text(), QStringLiteral("Close"));
-    // The button is below the text, on the right side, after a stretch.
+    // The Close button is at the bottom right, below the text.
     HTextEdit* edit = dialog.findChild<HTextEdit*>();
     QVERIFY(buttons.last()->geometry().top() > edit->geometry().bottom());
     QVERIFY(buttons.last()->geometry().left() > edit->geometry().center().x());
@@ -118,7 +118,7 @@ void TextDialogTest::textIsFound()
     auto* field = bar->findChild<QLineEdit*>();
     QTest::keyClicks(field, "viewer");
     QCOMPARE(dialog.findChild<HTextEdit*>()->textCursor().selectedText(), QString("viewer"));
-    // Neither key closes the dialog while the focus is in the bar.
+    // While the focus is in the bar, neither Return nor Escape closes the dialog.
     QTest::keyClick(field, Qt::Key_Return);
     QVERIFY(dialog.isVisible());
     QTest::keyClick(field, Qt::Key_Escape);
