@@ -61,7 +61,7 @@ private:
                                              QItemSelectionModel::Select | QItemSelectionModel::Rows);
         }
     }
-    // The names in the updatesWanted() signals since the previous call of this function.
+    // The names of the packages in the updatesWanted() signals since the previous call of this function.
     QStringList wanted()
     {
         QStringList names;
@@ -173,7 +173,7 @@ void AdvisoryDialogTest::allSecurityUpdatesAreMarkedByKey()
         }
     });
     QTest::keyClick(dialog->windowHandle(), Qt::Key_S, Qt::AltModifier);
-    // The button is pressed for a moment.
+    // The key presses the button, and releases it a moment later. Only the release is a click.
     QTRY_COMPARE(updatesWanted->count(), 1);
     QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
     QCOMPARE(wanted(), QStringList{"tool"});
@@ -233,7 +233,7 @@ void AdvisoryDialogTest::tabReachesAllPartsOfTheDialog()
         QTest::keyClick(dialog->windowHandle(), Qt::Key_Tab);
         QCOMPARE(QApplication::focusWidget(), expected);
     }
-    // The list has the focus each time the window opens.
+    // Whenever the window opens, the list gets the focus.
     button("&Close")->setFocus();
     dialog->hide();
     dialog->show();

@@ -38,7 +38,7 @@ void AdvisoryMarkerTest::anUpdateInTwoAdvisoriesIsFoundOnce()
                              advisory("A-2", false, {packageOf("tool")})});
     QCOMPARE(found.entries, (QVector<Package::Entry*>{&table->entry("tool"), &table->entry("many")}));
     QCOMPARE(found.refusals, QStringList());
-    // The search for updates changes no record.
+    // The marker only looks for the updates, and sets no marks.
     QCOMPARE(table->entry("tool").action, Package::None);
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Advisories for tests.
+// Functions that make advisories for tests.
 
 #ifndef TESTS_ADVISORIES_MADE_H
 #define TESTS_ADVISORIES_MADE_H

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Tests of tools/check-conventions. A small project follows all conventions, and each test breaks one convention."""
+"""Tests of tools/check-conventions. Each test makes a small project without findings, and breaks one convention."""
 import os
 import subprocess
 import tempfile
@@ -93,7 +93,7 @@ class ConventionsTest(unittest.TestCase):
         self.write(path, text.replace(before, after))
 
     def found(self, *files, status=1):
-        """The lines that the checker prints."""
+        """Runs the checker on these files, or on the whole project, and returns the lines that it prints."""
         done = subprocess.run([CHECKER, '--root', self.root] + [os.path.join(self.root, path) for path in files],
                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
         self.assertEqual((done.returncode, done.stderr), (status, ''))
@@ -125,7 +125,7 @@ class ConventionsTest(unittest.TestCase):
             subprocess.run([CHECKER, '--root', self.root, '--add-licence'], check=True)
             self.assertEqual(self.found(status=0), [])
             self.assertEqual(self.read('low/Thing.h'), '// SPDX-License-Identifier: GPL-2.0-or-later\n\n' + before)
-        # The line with the licence is not a comment about the purpose.
+        # The line that names the licence does not count as a comment about the purpose.
         self.write('low/Thing.h', '// SPDX-License-Identifier: GPL-2.0-or-later\n\n' + before.split('\n\n', 1)[1])
         self.assertEqual(self.found(), ['low/Thing.h:1: the header does not begin with a comment about its purpose'])
 
@@ -254,7 +254,7 @@ class ConventionsTest(unittest.TestCase):
                   os.path.join(self.root, 'tests/low/ThingColourTest.cpp'))
         self.write('tests/low/CMakeLists.txt', 'vyre_test(ThingColour LINKS vyre_low)\n')
         self.assertEqual(self.found(status=0), [])
-        # The test belongs to the class with the longest name.
+        # If ThingColour is also a class, ThingColourTest belongs to this class, and Thing has no test.
         self.write('low/CMakeLists.txt', 'vyre_library(vyre_low SOURCES Thing.cpp ThingColour.h)\n')
         self.write('low/ThingColour.h',
                    '// A colour.\n\n#ifndef LOW_THINGCOLOUR_H\n#define LOW_THINGCOLOUR_H\n\n#endif\n')

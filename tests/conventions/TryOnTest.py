@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Tests of tools/try-on with stand-ins for git and debootstrap, because the real debootstrap downloads from a mirror.
+"""Tests of tools/try-on. Stand-ins replace git and debootstrap, because the real debootstrap needs a mirror.
 """
 import os
 import shutil
@@ -57,7 +57,7 @@ class TryOnTest(unittest.TestCase):
         self.assertEqual(done.returncode, 5, done.stderr)
         self.assertEqual(self.calls(), ['--variant=minbase --include=ca-certificates sid {}.new '
                                         'http://mirror.example/debian'.format(self.tree)])
-        # After the command, nothing is mounted in the tree.
+        # When the command has ended, the file systems that it used are no longer mounted in the tree.
         for name in ('proc', 'sys', 'run'):
             self.assertEqual(os.listdir(os.path.join(self.tree, name)), [])
 

@@ -14,7 +14,7 @@
 #include "tests/support/StandIn.h"
 #include "yumio/YumIO.h"
 
-// Tests of the history window. The window uses a script without a package manager.
+// Tests of the history window. A stand-in replaces the script, so no package manager is needed.
 class HistoryDialogTest : public QObject
 {
     Q_OBJECT
@@ -48,7 +48,8 @@ private:
     static QString detailsOf(int number) { return QString("Details of %1\n<b>not bold</b>").arg(number); }
     QStringList numbers() const;
     void show();
-    // Calls the function while the worker that reads details waits.
+    // Calls `act` while a worker reads the details of a transaction. The stand-in holds the worker back until
+    // `act` returns.
     void whileWorking(const std::function<void()>& act);
     void compareRefusal(const QString& reason);
     void go(int row) const { table()->setCurrentIndex(table()->model()->index(row, 0)); }
@@ -140,7 +141,7 @@ void HistoryDialogTest::theDetailsOfTheCurrentTransactionAreShownAsPlainText()
     QCOMPARE(details(), detailsOf(3));
     go(2);
     QTRY_COMPARE(details(), detailsOf(1));
-    // The details are read only once.
+    // Since the window opened, it has read the details of transaction 3 only once.
     go(0);
     QCOMPARE(details(), detailsOf(3));
     QCOMPARE(standIn->calls("describeTransaction 3"), 1);
@@ -148,7 +149,8 @@ void HistoryDialogTest::theDetailsOfTheCurrentTransactionAreShownAsPlainText()
 
 void HistoryDialogTest::whileWorking(const std::function<void()>& act)
 {
-    // Now the worker's event loop is the innermost loop, so the test function itself does not continue.
+    // The stand-in holds the worker in a nested event loop. Only a timer can act inside this loop, because
+    // the test function continues after it.
     standIn->setHeld(true);
     QTimer timer;
     bool done = false;
@@ -176,7 +178,7 @@ void HistoryDialogTest::theUserCanSelectAnotherTransactionWhileDetailsAreRead()
     });
     QCOMPARE(seen, (QStringList{detailsOf(3), QString()}));
     QTRY_COMPARE(details(), detailsOf(1));
-    // The window has kept the first answer.
+    // The worker was reading the details of transaction 2 at first. The window has kept them.
     go(1);
     QCOMPARE(details(), detailsOf(2));
 }
@@ -320,7 +322,7 @@ void HistoryDialogTest::theWindowClosesAfterTheWorkerHasEnded()
     QVERIFY(open);
     QTRY_VERIFY(!dialog->isVisible());
     QCOMPARE(dialog->result(), int(QDialog::Rejected));
-    // A command also waits for the worker.
+    // If the user chooses a command, the window also stays open until the worker has ended.
     show();
     go(2);
     whileWorking([this, &open] {
@@ -337,7 +339,7 @@ void HistoryDialogTest::everyControlCanBeReachedByKeys()
 {
     show();
     QTRY_VERIFY(table()->hasFocus());
-    // Enter presses no button.
+    // In the list and in the expression, Enter presses no button.
     QTest::keyClick(table(), Qt::Key_Return);
     QVERIFY(dialog->isVisible());
     QTest::keyClick(dialog.get(), Qt::Key_F, Qt::AltModifier);
@@ -353,10 +355,10 @@ void HistoryDialogTest::everyControlCanBeReachedByKeys()
     for (int i = 0; i < 4 && !edit()->hasFocus(); ++i) {
         QTest::keyClick(dialog->focusWidget(), Qt::Key_Tab);
     }
-    QTRY_VERIFY(edit()->hasFocus()); // Tab returns to the first control
+    QTRY_VERIFY(edit()->hasFocus()); // after the last control, Tab returns to the first control
     QTest::keyClick(dialog.get(), Qt::Key_C, Qt::AltModifier);
     QTRY_VERIFY(!dialog->isVisible());
-    // The list has the focus each time the window opens.
+    // Whenever the window opens, the list gets the focus.
     show();
     QCOMPARE(dialog->focusWidget(), table());
 }
@@ -370,7 +372,7 @@ void HistoryDialogTest::theCurrentTransactionIsStillCurrentWhenTheWindowOpensAga
     standIn->forgetCalls();
     show();
     QTRY_COMPARE(standIn->calls("transactions"), 1);
-    // The details may have changed.
+    // The window reads the details again, because they may have changed since it was last open.
     QTRY_COMPARE(standIn->calls("describeTransaction 2"), 1);
     QCOMPARE(table()->currentIndex().row(), 1);
 }
@@ -383,7 +385,7 @@ void HistoryDialogTest::fiveThousandTransactionsAreListed()
     QTest::keyClicks(edit(), "p4999$");
     QCOMPARE(numbers(), QStringList{"4999"});
     QTRY_COMPARE(details(), detailsOf(4999));
-    // The script describes only the transactions that were current.
+    // The script has described only the few transactions that were current, not all of them.
     QVERIFY(standIn->calls("describeTransaction") < 10);
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Acts in the history window as soon as the window has read the list and the details of a transaction. Until
-// then, the worker's event loop is the innermost loop, and a test must not wait in it.
+// Uses the history window once the window has read the list and the details of a transaction. While it reads,
+// a nested event loop runs, and a test must not wait inside this loop.
 
 #ifndef TESTS_HISTORY_SHOWNHISTORY_H
 #define TESTS_HISTORY_SHOWNHISTORY_H
@@ -15,8 +15,8 @@
 
 #include "history/HistoryDialog.h"
 
-// Calls the first function, which opens the window, and then the second function with the window. Afterwards
-// it closes the window if it is still open. Returns whether the window was opened.
+// Calls open(), which must open the history window, and calls use() with this window. If the window is still
+// open after that, closes it. Returns whether the window was opened.
 inline bool withHistory(const std::function<void()>& open, const std::function<void(HistoryDialog&)>& use)
 {
     bool opened = false;
@@ -34,7 +34,7 @@ inline bool withHistory(const std::function<void()>& open, const std::function<v
         }
     });
     timer.start(20);
-    open(); // returns when the dialog has been closed
+    open(); // returns when the window is closed
     return opened;
 }
 

@@ -4,7 +4,7 @@
 
 usage: ManualTest.py VYRE [options of unittest...]
 
-VYRE is the built program. The test runs it on the display of the caller to get its options.
+VYRE is the path of the built program. The test runs VYRE --help on the caller's display.
 """
 import glob
 import html.parser
@@ -26,28 +26,28 @@ import attributes  # noqa: E402
 VYRE = os.path.abspath(sys.argv.pop(1))
 BOOK = ('manual.adoc', 'listing.adoc', 'editor-status.adoc', 'form-status.adoc', 'messages.adoc')
 
-# Pairs of a function and the number of an argument that is a title, or a button with several words. The manual mentions
-# these texts, but not in rows.
+# Each pair is a function and the number of its argument that is a title, or a button with several words. The manual
+# must mention these texts, but they have no rows.
 TITLED = {('warning', 4), ('critical', 1), ('scrollable', 0), ('confirm', 0), ('QMessageBox', 1), ('HMessageBox', 1),
           ('showCritical', 1), ('showBox', 1)}
-# Arguments that name a failed operation. They are parts of other messages.
+# Arguments that name an operation, for example "collect groups". Other messages contain these texts.
 COMPLETING = {('commExceptRaised', 1), ('collected', 1), ('collectExtra', 4), ('cleanType', 0)}
-# Functions whose arguments are messages, entries of the log, texts of the bars, or texts in an empty table.
+# Functions that show or log their arguments as messages, or as texts of the bars and of empty tables.
 REPORTING = {'error', 'warning', 'internalError', 'pythonException', 'pythonExceptionV', 'payloadError',
              'badArguments', 'badPhase', 'critical', 'showCritical', 'QMessageBox', 'HMessageBox', 'append',
              'addObject', 'showBox', 'leaveAlone', 'setEmptyText', 'setRefusal', 'log', 'showNotice',
              'warnAndNotice', 'report',
              'startTotal', 'startItem', 'startItemAct', 'startItemActThread', 'setupItemActsThreads',
              'collectExtra'}
-# Functions whose arguments are texts of menus and windows.
+# Functions that use their arguments as texts in menus and windows.
 SHOWN = {'addMenu', 'addAction', 'add', 'addItem', 'addItems', 'QCheckBox', 'QPushButton', 'addButton',
          'setWindowTitle', 'PlainLabel', 'HGroupBox', 'addLine', 'addPair', 'addPairButton', 'addField', 'addRow',
          'makeLabel', 'setText', 'fill'}
-# Sources with headings of tables, tool tips or parts of a line, but without messages.
+# Sources that have texts, for example headings and tool tips, but no messages.
 WITHOUT_MESSAGES = ('advisories/AdvisoryModel.cpp', 'app/StopButton.cpp', 'history/HistoryModel.cpp',
                     'packagetable/Columns.cpp', 'repo/RepoEditorModel.cpp', 'app/base/Fonts.cpp',
                     'yumio/TransactionOutcome.cpp', 'yumio/Words.cpp')
-# Composed tool tips, the text of About, and texts without words.
+# Texts that the manual need not contain: composed tool tips, the text of About, and texts without words.
 OTHER = re.compile(r'Specify the method|%1 \(Must load extra|Any other yum options|<|Clean RPM|'
                    r'(%\d|[ /(){}:%\[\]-])*$')
 
@@ -61,31 +61,31 @@ def without_mnemonic(text):
 
 
 def pattern(text):
-    """A regular expression for the manual's row of a message. It matches any text in place of the variable parts."""
+    """A regular expression for a message in the manual, where words in capitals replace the variable parts."""
     text = re.sub(r'%\.?\d*[a-z]|%\d|\{\}', '\0', squeezed(text))
     return re.escape(text).replace('\0', '[A-Z][A-Z ]*')
 
 
 class Book:
-    """The manual's text."""
+    """The text of the manual, and the rows of its tables of messages."""
 
     def __init__(self):
         self.text = '\n'.join(sources.read('manual', name) for name in BOOK)
         self.lines = self.text.splitlines()
-        # The first cells that consist of literal texts, with their next cells.
+        # The rows of the tables whose first cell is a literal text: this text, and the text of the next cell.
         self.rows = {}
         for cells in re.findall(r'^\|((?:`\+.*?\+`(?: \+\n)?)+)\n\|([^|]*)', self.text, re.M):
             self.rows.setdefault(squeezed(' '.join(re.findall(r'`\+(.*?)\+`', cells[0]))), squeezed(cells[1]))
 
     def words(self):
-        """The text without its markup."""
+        """The text without the markup of AsciiDoc."""
         plain = re.sub(r'(?:btn|kbd):\[(.*?)\]', r'\1', self.text)
         plain = re.sub(r'menu:(\w+)\[(.*?)\]', r'\1 \2', plain)
         return squeezed(re.sub(r'\*|`\+?|\+`', '', plain))
 
 
 def cpp_messages():
-    """Two lists of texts: the texts that need a row in the manual, and the texts that the manual must only mention."""
+    """Two lists: the texts that need a row of their own in the manual, and the texts that must occur anywhere in it."""
     rows, mentioned = [], []
     for text in sources.all_cpp_texts():
         last = text.calls[-1] if text.calls else ('', 0)
@@ -116,7 +116,7 @@ def cpp_messages():
 
 
 def is_tool_tip(text):
-    """Whether a text is a tool tip. In a call that makes a button or a field, only the tool tip is a sentence."""
+    """Whether a text is the tool tip of a button or a field. Other texts in such a call have at most three words."""
     return text.calls[-2][0] in ('addButton', 'addField') and text.calls[-2][1] > 0 and \
         len(text.value.split()) > 3 and text.value != 'Apply to All with this Host'
 
@@ -130,7 +130,7 @@ def script_messages():
 
 
 class SourcesTest(unittest.TestCase):
-    """Tests of the extraction of texts, on which all other tests depend."""
+    """Tests that the texts of the sources are found. All other tests depend on this."""
 
     def test_texts_are_found_with_their_calls(self):
         code = 'void f() { // error(tr("no"))\n' \
@@ -205,7 +205,7 @@ class ManualTest(unittest.TestCase):
         self.assertIn('Repository', headings)
         table = self.book.text.split('|Column |Contents\n', 1)[1].split('|===', 1)[0]
         self.assertEqual(re.findall(r'^\|(.*?) \|', table, re.M), headings)
-        # driver.py has a name for each column, by which the journeys find its cells.
+        # The journeys find the cells of each column by its name in driver.py.
         names = re.search(r'^(ACTION, .*), \*_ = range', sources.read('tests', 'support', 'driver.py'), re.M).group(1)
         self.assertEqual(names.split(', '), [heading.upper().replace(' ', '_') for heading in headings])
 
@@ -254,11 +254,11 @@ class ManualTest(unittest.TestCase):
         points = re.findall(r'(?m)^\n\|(.+)\n\|', table)
         self.assertGreater(len(points), 15)
         self.assertEqual(len(points), len(set(points)))
-        # The first row has the headings. Each of the other rows has three cells.
+        # The first row has the headings. Each of the other rows has three cells, which begin with "|".
         self.assertEqual(len(re.findall(r'(?m)^\|', table)), 1 + 3 * len(points))
         text = sources.read('docs', 'dnf.md')
         named = re.findall(r'\*Different\* \[([^]]+)\]: ', text)
-        # The page has the word once more, where it explains the word.
+        # Besides the differences, the page contains "*Different*" once, where it explains this word.
         self.assertEqual(text.count('*Different*'), 1 + len(named))
         self.assertEqual(sorted(set(named) - set(points)), [], 'rows of docs/dnf.md without a row of the manual')
         self.assertEqual(sorted(set(points) - set(named)), [], 'rows of the manual without a row of docs/dnf.md')
@@ -290,7 +290,7 @@ class ManualTest(unittest.TestCase):
         answer = subprocess.run([VYRE, '--help'], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, timeout=60)
         usage = answer.stdout.decode()
         self.assertIn('options:', usage)
-        # --help mentions the -d option, but this option does not exist.
+        # The usage text mentions -d only in an explanation. This option does not exist.
         options = set(re.findall(r'(?<![\w-])(-[A-Za-z](?= |,)|--[a-z-]+)', usage)) - {'-d'}
         self.assertGreater(len(options), 15)
         self.assertIn('--enablerepo', options)
@@ -310,13 +310,14 @@ class ManualTest(unittest.TestCase):
 
     def test_the_environment_of_the_program_is_described(self):
         page = sources.read('manual', 'vyre.8')
-        names = {'XDG_RUNTIME_DIR', 'TMPDIR'}  # the sources do not contain these names as texts
+        # The program reads these variables with nonEmptyVariable(), which the expression below does not find.
+        names = {'XDG_RUNTIME_DIR', 'TMPDIR'}
         for folder in sources.FOLDERS + ('share/python', 'share/python/vyre'):
             for path in glob.glob(os.path.join(TOP, folder, '*.*')):
                 with open(path, encoding='utf-8') as stream:
                     names |= set(re.findall(r'''(?:getenv|environmentVariable\w+|environ\.get)\(["']([A-Z_]+)''',
                                             stream.read()))
-        names -= {'PKEXEC_UID', 'SUDO_UID'}  # pkexec and sudo set these variables, not the user
+        names -= {'PKEXEC_UID', 'SUDO_UID'}  # these variables come from pkexec and sudo, not from the user
         self.assertGreater(len(names), 3)
         for name in names:
             with self.subTest(name):
@@ -335,7 +336,7 @@ class ManualTest(unittest.TestCase):
 
 
 class Page(html.parser.HTMLParser):
-    """The references of a page, and the anchors in it."""
+    """The anchors of a page, its references to anchors, and its references to files."""
 
     def __init__(self, text):
         super().__init__()
@@ -353,7 +354,7 @@ class Page(html.parser.HTMLParser):
 
 
 class BuildTest(unittest.TestCase):
-    """Tests of the built manual. It has stand-ins for the pictures."""
+    """Tests of the built manual. An icon stands in for each picture."""
 
     @classmethod
     def setUpClass(cls):
@@ -382,7 +383,7 @@ class BuildTest(unittest.TestCase):
         for reference in page.references:
             self.assertIn(reference[1:], page.places)
         for name in page.files:
-            # The page does not refer to other machines either, because its readers may have no network.
+            # All files are local, because the reader may have no network.
             self.assertTrue(os.path.isfile(os.path.join(self.built, 'html', name)), name)
         self.assertIn('pictures/main-window.png', page.files)
         self.assertIn('icons/updateBox.png', page.files)

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Extracts the texts of the program from its sources.
+"""Finds the texts of the program in its sources.
 
-Python sources are parsed completely. In C++ sources, only calls and the texts among their arguments are found.
+Python sources are parsed completely. In C++ sources, only calls and the strings in their arguments are found.
 """
 import ast
 import os
@@ -11,7 +11,8 @@ TOP = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))
 FOLDERS = ('advisories', 'app', 'app/base', 'history', 'packagetable', 'python', 'repo', 'services', 'widgets',
            'yumio')
 
-# A comment, a text or a character constant. No character inside one of these tokens begins another token.
+# A comment, a string or a character constant. Quotation marks and slashes inside one of these tokens do not begin
+# another token.
 _TOKEN = re.compile(r'//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\])*"|\'(?:\\.|[^\'\\])+\'', re.DOTALL)
 _ESCAPES = {'n': '\n', 't': '\t', '"': '"', '\\': '\\', "'": "'"}
 
@@ -22,8 +23,10 @@ def read(*parts):
 
 
 class Text:
-    """A text with the calls around it, as pairs of the function and the argument's number. The innermost call is the
-    last.
+    """A string with its place and the calls around it.
+
+    Each call is a pair of the function and the number of the argument that contains the string. The last call is the
+    innermost one.
     """
 
     def __init__(self, value, calls, place):
@@ -40,10 +43,10 @@ class Text:
 
 
 def cpp_texts(code, place):
-    """All texts of C++ code."""
+    """All strings in C++ code."""
     found = []
     stack = []  # open parentheses: [function, argument, depth of other brackets]
-    pending = None  # the beginning of adjacent texts; the compiler joins them
+    pending = None  # a string that the next token may continue: the compiler joins adjacent strings
     position = 0
     length = len(code)
 
@@ -75,7 +78,7 @@ def cpp_texts(code, place):
         if character == '(':
             name = re.search(r'([A-Za-z_]\w*)\s*$', code[:position][-80:])
             name = name.group(1) if name else ''
-            # "QMessageBox box(...)" is a call of the constructor.
+            # For "QMessageBox box(...)", record a call of QMessageBox, not of box.
             declared = re.search(r'([A-Z]\w*)\s+[a-z]\w*\s*$', code[:position][-120:])
             stack.append([declared.group(1) if declared else name, 0, 0])
         elif character == ')' and stack:
@@ -108,7 +111,7 @@ def is_translated(text):
 # Python ---------------------------------------------------------------------------------------------------------
 
 def _names(node):
-    """The parts of a dotted name with or without calls: logging.getLogger('dnf').error -> logging getLogger error."""
+    """The parts of a dotted name, without arguments: logging.getLogger('dnf').error -> logging getLogger error."""
     if isinstance(node, ast.Attribute):
         return _names(node.value) + [node.attr]
     if isinstance(node, ast.Call):
@@ -117,7 +120,7 @@ def _names(node):
 
 
 def _literal(node):
-    """The text in an expression, with or without format(); None if the expression has no text."""
+    """The text of an expression, without tr() and format(), with {} for added variables; None if it has no text."""
     if isinstance(node, ast.Constant) and isinstance(node.value, str):
         return node.value
     if isinstance(node, ast.Call) and isinstance(node.func, ast.Name) and node.func.id == 'tr':
@@ -131,19 +134,19 @@ def _literal(node):
 
 
 def script_files():
-    """The paths of the script and of its modules, in the form that read() needs."""
+    """The paths of the script and of its modules, as arguments of read()."""
     directory = os.path.join('share', 'python', 'vyre')
     return [('share', 'python', 'YumIO.py')] + [
         (directory, name) for name in sorted(os.listdir(os.path.join(TOP, directory))) if name.endswith('.py')]
 
 
 def python_messages(*parts):
-    """The messages of a program in Python: the texts of exceptions, warnings and questions."""
+    """The messages of a Python program: the texts of its exceptions, warnings and questions."""
     tree = ast.parse(read(*parts))
     found, silent = [], set()
 
     def add(text, node):
-        # A text that consists only of variable parts is not a message.
+        # A text without words has only variable parts, so it is not a message.
         if text is not None and re.search('[A-Za-z]{3}', re.sub(r'\{\}|%s', '', text)):
             found.append(Text(text, [], '{}:{}'.format('/'.join(parts), node.lineno)))
 
@@ -162,13 +165,13 @@ def python_messages(*parts):
                 add(_literal(node.args[0]), node)
             elif names[-1] == 'showReading' and len(node.args) == 2:
                 add(_literal(node.args[1]), node)
-            elif names[-1] in ('debug', 'info') or names == ['dnf', 'i18n', '_']:  # details, and texts of dnf
+            elif names[-1] in ('debug', 'info') or names == ['dnf', 'i18n', '_']:  # the debug log, and texts of dnf
                 silent.update(ast.walk(node))
         elif isinstance(node, ast.Return) and node.value is not None:
             value = node.value.orelse if isinstance(node.value, ast.IfExp) else node.value
             literal = _literal(value)
             add(literal if literal is not None and literal.startswith('\n') else None, node)
-    # All other texts that look like a sentence are messages too.
+    # Any other string that looks like a sentence also counts as a message.
     known = [text.value for text in found]
     for node in ast.walk(tree):
         if isinstance(node, ast.Constant) and isinstance(node.value, str) and node not in silent and \
@@ -179,6 +182,6 @@ def python_messages(*parts):
 
 
 def python_translated(*parts):
-    """The texts that a program in Python passes to tr()."""
+    """The texts that a Python program passes to tr()."""
     return [_literal(node) for node in ast.walk(ast.parse(read(*parts)))
             if isinstance(node, ast.Call) and isinstance(node.func, ast.Name) and node.func.id == 'tr']

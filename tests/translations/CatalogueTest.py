@@ -1,10 +1,10 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The catalogues have a translation for every text of the sources, with all its placeholders.
+"""Checks that the catalogues translate every text of the sources, and that the translations have the same parts.
 
 usage: CatalogueTest.py [options of unittest...]
 
-LUPDATE and LRELEASE name the toolkit's programs. By default, they are searched for.
+The environment variables LUPDATE and LRELEASE name Qt's programs. If they are unset, PATH is searched.
 """
 import glob
 import itertools
@@ -26,36 +26,37 @@ UPDATE = os.path.join(TOP, 'translations', 'update')
 CATALOGUES = sorted(glob.glob(os.path.join(TOP, 'translations', '*.ts')))
 LRELEASE = os.environ.get('LRELEASE') or shutil.which('lrelease') or shutil.which('lrelease-qt5')
 
-# Groups of texts whose Alt keys the user can use at the same time, with their contexts.
+# Each pair is a context, and those of its texts whose Alt keys the user can use at the same time. These keys must differ.
 TOGETHER = (
     ('MainWindow', ('&Program', '&Windows', '&Repositories', '&Cache', '&Help', '&Describe', 'Re&size', 'Re&fresh',
                     'Set &Install/Update of Selected', 'Set &Update of Listed', '&Clear Actions', '&Apply Actions')),
-    # This button is also in the main window.
+    # The main window also has this button.
     ('OutcomeLine', ('Show in &Log',)),
     ('MainWindow', ('&Quit',)), ('MainWindow', ('&Log', '&History', '&Advisories')),
     ('MainWindow', ('&Edit Configuration',)),
     ('MainWindow', ('&About',)),
-    # If this button is enabled, the other buttons of the main window are disabled.
+    # This button is enabled only while the other buttons of the main window are disabled.
     ('StopButton', ('&Stop',)),
     ('YumIO', ('Yes to &All',)),
     ('PackageTable::ActionContextMenu', ('&Update', '&Install', '&Remove', '&No Action',
                                          '&Lock Version')),
-    # A menu has only one of the two entries with this letter, unless rows of both kinds are selected.
+    # "Lock Version" and "Unlock Version" may have the same letter: a menu has both only if the selection has locked and
+    # unlocked rows.
     ('PackageTable::ActionContextMenu', ('&Update', '&Install', '&Remove', '&No Action', 'Un&lock Version')),
     ('PackageTable::OtherContextMenu', ('&Describe',)),
-    # The buttons of the FindBar are in the same windows.
+    # The FindBar is a part of the log window and of text dialogs.
     ('Log::Window', ('&Close', '&Times', '&Find...', '&Save...')), ('Log::Window', ('&Replace',)),
     ('TextDialog', ('&Find...',)), ('FindBar', ('&Next', '&Previous')),
     ('AdvisoryDialog', ('&Mark Updates', 'Mark All &Security Updates', '&Close')),
     ('FilteredList', ('&Filter',)),
     ('HistoryDialog', ('&Undo This', 'Undo All &Since', '&Redo', '&Close')),
 )
-# The HTML around log entries has no words to translate.
+# The HTML around log entries. It contains no words that need a translation.
 NO_WORDS = re.compile(r'</?(font|h2)')
 
 
 def messages(path):
-    """The texts of a catalogue: (context, source) -> translation; None if it is unfinished."""
+    """A dictionary of the texts of a catalogue: (context, source) -> translation, or None if it is unfinished."""
     found = {}
     for context in ElementTree.parse(path).getroot().iter('context'):
         for message in context.iter('message'):
@@ -72,7 +73,7 @@ def mnemonic(text):
 
 
 def classes(path):
-    """The full names of the classes that a header declares. Nested classes, which are indented, are left out."""
+    """The full names of the classes that a header declares, except for nested classes, which are indented."""
     found, spaces = set(), []
     with open(path, encoding='utf-8') as stream:
         for line in stream:
@@ -96,7 +97,7 @@ class CatalogueTest(unittest.TestCase):
         self.addCleanup(shutil.rmtree, self.scratch)
 
     def updated(self, path):
-        """A copy of a catalogue, updated from the current sources."""
+        """Updates a copy of a catalogue from the sources. Returns the path of the copy, and the tool's output."""
         copy = os.path.join(self.scratch, os.path.basename(path))
         shutil.copyfile(path, copy)
         done = subprocess.run([UPDATE, copy], stdout=subprocess.PIPE, stderr=subprocess.PIPE, universal_newlines=True,
@@ -105,7 +106,7 @@ class CatalogueTest(unittest.TestCase):
         return copy, done.stdout
 
     def each(self):
-        """All texts of all catalogues."""
+        """Yields the context, the source and the translation of each text in each catalogue."""
         for path in CATALOGUES:
             for (context, source), translation in messages(path).items():
                 with self.subTest(catalogue=os.path.basename(path), context=context, source=source):
@@ -149,7 +150,7 @@ class CatalogueTest(unittest.TestCase):
         self.assertGreater(len(list(self.each())), 400 * len(CATALOGUES))
 
     def test_every_translatable_text_of_the_sources_is_in_the_catalogues(self):
-        """This includes texts that lupdate overlooks, for example in a class that it does not know."""
+        """lupdate overlooks some texts, for example in a class that it does not know."""
         for path in CATALOGUES:
             known = {source for _, source in messages(path)}
             found = 0
@@ -169,7 +170,7 @@ class CatalogueTest(unittest.TestCase):
         self.assertEqual(said - set(listed), set())
 
     def test_contexts_are_full_names_of_classes(self):
-        """At run time, the program finds a text by the full name of its class."""
+        """When the program runs, it looks for a text under the full name of its class."""
         declared = set()
         for folder in sources.FOLDERS:
             for path in glob.glob(os.path.join(TOP, folder, '*.h')):
@@ -177,7 +178,7 @@ class CatalogueTest(unittest.TestCase):
         for path in CATALOGUES:
             contexts = {context for context, _ in messages(path)}
             self.assertIn('PackageTable::Describe::Instance::Area', contexts)
-            # Functions outside classes use two of these contexts. The third context belongs to the toolkit.
+            # Functions outside classes use the contexts Colors and Metadata. QDialogButtonBox is a class of Qt.
             self.assertEqual(contexts - declared, {'Colors', 'Metadata', 'QDialogButtonBox'})
 
     def test_translations_have_all_placeholders(self):
@@ -224,7 +225,7 @@ class CatalogueTest(unittest.TestCase):
                 self.assertEqual(sorted(letters), sorted(set(letters)))
 
     def test_german_texts_differ_from_the_english_ones(self):
-        """No text with several words is the same in German."""
+        """A text of several words that is the same in German was not translated."""
         found = messages(os.path.join(TOP, 'translations', 'vyre_de.ts'))
         same = {source for (context, source), translation in found.items()
                 if source == translation and re.search('[A-Za-z]{2,} [A-Za-z]{2,}', source)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Tests of the program in German: the windows show the right texts, no text is cut off on a small screen, and
-// the catalogue has all requested texts.
+// Tests of the program in German: the windows show the right texts, a small screen cuts off no text, and the
+// catalogue has all texts that the program requests.
 
 #include <QTranslator>
 #include <QXmlStreamReader>
@@ -31,8 +31,8 @@
 
 namespace {
 
-// Records missing texts. It is installed before the catalogues, so Qt asks it only for texts that the
-// catalogues lack.
+// Records the texts that no catalogue has. Qt asks the translators in reverse order of their installation.
+// This translator is installed first, so Qt asks it only if no catalogue has the text.
 class Missing : public QTranslator
 {
 public:
@@ -46,8 +46,8 @@ public:
     mutable QStringList asked;
 };
 
-// Counts the requested texts. It is installed after the catalogues, so Qt asks it first. It translates no
-// text itself.
+// Counts the texts that the program requests. It is installed after the catalogues, so Qt asks it first. It
+// translates nothing, so Qt then asks the catalogues.
 class Counting : public QTranslator
 {
 public:
@@ -58,7 +58,7 @@ public:
         return {};
     }
 
-    mutable QAtomicInt count; // a worker also requests texts
+    mutable QAtomicInt count; // atomic, because workers request texts too
 };
 
 bool isScrolled(const QWidget* widget)
@@ -71,7 +71,7 @@ bool isScrolled(const QWidget* widget)
     return false;
 }
 
-// The width that the text of a widget needs; 0 for widgets that can show a text of any length.
+// The width that the widget's text needs; 0 if the widget can show a text of any length.
 int neededWidth(const QWidget* widget)
 {
     if (const auto* label = qobject_cast<const QLabel*>(widget)) {
@@ -88,7 +88,7 @@ int neededWidth(const QWidget* widget)
     return 0;
 }
 
-// The texts in a window that are cut off or outside the window.
+// A description of each text in the window that is cut off, or that is outside the window.
 QStringList cutOff(const QWidget* window)
 {
     QStringList found;
@@ -112,7 +112,8 @@ QStringList cutOff(const QWidget* window)
     for (const QHeaderView* header : window->findChildren<QHeaderView*>()) {
         for (int i = 0; header->isVisible() && i < header->count(); ++i) {
             ++looked;
-            // Only the text is measured, because not every heading shows the mark of the sort order.
+            // sectionSizeFromContents() would always include the sort indicator, but only one heading shows
+            // it. So only the text is measured.
             const QString text = header->model()->headerData(i, header->orientation()).toString();
             if (!header->isSectionHidden(i) &&
                 header->sectionSize(i) < header->fontMetrics().horizontalAdvance(text)) {
@@ -131,8 +132,8 @@ QStringList cutOff(const QWidget* window)
     return found;
 }
 
-// The texts that are cut off in a window after its layout is final. The window manager and the layout may
-// need several rounds of the event loop. So a text counts only if it is still cut off after some time.
+// The result of cutOff() for the final layout. The window manager and the layout may need several rounds of
+// the event loop, so this function waits until no text is cut off. After 10 seconds, it gives up.
 QStringList cutOffFinally(const QWidget* window)
 {
     QCoreApplication::processEvents();
@@ -141,7 +142,7 @@ QStringList cutOffFinally(const QWidget* window)
     return found;
 }
 
-// The status texts of a dialog.
+// The texts of all status labels in a dialog.
 QStringList statusOf(const QWidget& dialog)
 {
     QStringList texts;
@@ -151,7 +152,7 @@ QStringList statusOf(const QWidget& dialog)
     return texts;
 }
 
-// The texts that are cut off in a window at its initial size and at its smallest size.
+// The texts that the window cuts off at its initial size or at its smallest size.
 QStringList cutOffAtAnySize(QWidget* window)
 {
     QStringList found = cutOffFinally(window);
@@ -182,7 +183,7 @@ private:
     PackageTable::View* view = nullptr;
     const QAbstractItemModel* listed = nullptr;
 
-    // As in the program, no code deletes the window.
+    // No code deletes the main window: in the program, it also exists until the process ends.
     void start()
     {
         using S = StandIn;
@@ -231,7 +232,7 @@ private Q_SLOTS:
         QCOMPARE(QGuiApplication::primaryScreen()->size(), QSize(1024, 768));
     }
 
-    // Reports requested texts that are in no catalogue, except the toolkit's own texts.
+    // Each text that no catalogue had is a failure, except for Qt's own texts.
     void cleanup()
     {
         QStringList contexts;
@@ -297,7 +298,7 @@ private Q_SLOTS:
         for (const QAction* action : window->menuBar()->actions()) {
             texts << action->text();
         }
-        // Hidden buttons too.
+        // Hidden buttons count too, because the program shows them later.
         for (const QPushButton* button : window->findChildren<QPushButton*>()) {
             texts << button->text();
         }
@@ -319,7 +320,7 @@ private Q_SLOTS:
     {
         start();
         QCOMPARE(cutOffFinally(window).join('\n'), QString());
-        // The button row is widest when it shows the warning about unlisted actions.
+        // With the warning about unlisted actions, the button row is widest.
         for (QPushButton* button : window->findChildren<QPushButton*>()) {
             if (button->text() == QLatin1String("Akt&ualisierungen vormerken")) {
                 click(button);
@@ -356,7 +357,7 @@ private Q_SLOTS:
                             form += cutOffAtAnySize(&shown);
                         };
                         look("Keine Kennung angegeben");
-                        // This identifier causes the longest warning.
+                        // The longest warning of the form is the warning about characters in the identifier.
                         auto* field = shown.findChild<QLineEdit*>();
                         for (QLineEdit* each : shown.findChildren<QLineEdit*>()) {
                             if (each->toolTip() == QLatin1String("Eindeutige Kennung der Paketquelle")) {
@@ -365,9 +366,10 @@ private Q_SLOTS:
                         }
                         QTest::keyClicks(field, "[x]");
                         look("Die Kennung enthält andere Zeichen als Buchstaben, Ziffern und -_.:");
-                        click(buttonNamed(shown, "Abbrechen")); // a close request would cause a question
+                        click(buttonNamed(shown,
+                                          "Abbrechen")); // closing the window instead would open a question
                     }));
-                // The dialog now shows a status about the new repository.
+                // The editor is checked again after the form was open in front of it.
                 editor += cutOffAtAnySize(&dialog);
             }));
         QCOMPARE(editor.join('\n'), QString());
@@ -379,7 +381,8 @@ private Q_SLOTS:
         Repo::Entry repository;
         repository.id = "updates";
         repository.name = "Aktualisierungen";
-        repository.baseurl = "http://h/vantor?=&=&path=/x"; // without names of the two parameters
+        repository.baseurl =
+            "http://h/vantor?=&=&path=/x"; // the parameters for the name and the password have no names
         QWidget owner;
         RepoAuth::Dialog dialog(&owner);
         QStringList found;
@@ -462,7 +465,7 @@ private Q_SLOTS:
             QStringLiteral("tool-2-1.x86_64: nicht installiert; die Aktualisierung 2-1 ist verfügbar")));
     }
 
-    // A distribution has so many packages that the user notices even a short time for each package.
+    // A distribution has 60,000 packages, so a translation for each package would take noticeable time.
     void theNumberOfTranslationsDoesNotDependOnTheNumberOfPackages()
     {
         start();
@@ -494,7 +497,7 @@ private Q_SLOTS:
         QCoreApplication::removeTranslator(&counting);
     }
 
-    // Filters do not depend on the language.
+    // The filters compare values, not translated texts.
     void filtersWorkAsInEnglish()
     {
         start();

@@ -1,8 +1,8 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The built program uses the language of the environment, and works in this language.
+"""Tests that the built program uses the language that the environment names, and works in this language.
 
-VYRE_BINARY is the program, and VYRE_SANDBOX is the sandbox.
+The environment variable VYRE_BINARY names the program, and VYRE_SANDBOX the sandbox.
 """
 import os
 import subprocess
@@ -26,11 +26,11 @@ def menus(window):
 class ProgramLanguageTest(JourneyTest):
 
     def check(self, expected, **environment):
-        """Check the menus. These variables are the only language variables in the environment."""
+        """Runs the program with only these language variables in its environment, and checks the names of the menus."""
         unset = [name for name in VARIABLES if name not in environment]
         with self.subTest(environment=environment), self.program(environment=environment, unset=unset) as program:
             self.assertEqual(menus(program.main()), expected)
-            # The program has started completely, so it can be killed without loss.
+            # The program has started completely, so killing it loses nothing.
             program.process.kill()
             program.wait()
 
@@ -52,7 +52,7 @@ class ProgramLanguageTest(JourneyTest):
         self.check(ENGLISH, LANG='fr_FR.UTF-8')
 
     def test_packages_are_changed_in_german(self):
-        # In this locale, numbers have a decimal comma.
+        # This locale writes numbers with a decimal comma. The program must still read and write decimal points.
         locales = os.path.join(self.scratch, 'locales')
         os.mkdir(locales)
         subprocess.run(['localedef', '-i', 'de_DE', '-f', 'UTF-8', os.path.join(locales, 'de_DE.UTF-8')], check=True)
@@ -86,22 +86,22 @@ class ProgramLanguageTest(JourneyTest):
             dialog.click_button('OK')
             wait_for(lambda: any(package.startswith('pergola-6.1-1') for package in self.sandbox.installed()),
                      'the package')
-            # The program reads the packages again after the transaction.
+            # After the transaction, the program reads the packages again.
             wait_for(lambda: window.cell(0, driver.REPOSITORY).name == '@System', 'the updated package')
             wait_for(lambda: driver.enabled(window.button('Neu laden')), 'the packages')
-            # The keys are the same in all languages.
+            # Ctrl+L opens the log in every language.
             driver.key('ctrl+l')
             log = program.window('VYRE – Protokoll')
             log.wait_settled()
 
             def logged():
-                # The spin box also has text, but the log's text is longer.
+                # Two widgets have text: the log, and a spin box with a shorter text.
                 text = max(map(driver.text_of, log.find_all(driver.pyatspi.ROLE_TEXT)), key=len)
                 return 'Initialisierung' in text and text
             text = wait_for(logged, 'the text of the log')
             for line in ('Initialisierung', 'Aktionen werden angewendet', 'Anwenden: OK'):
                 self.assertIn(line, text.splitlines())
-            # The only warning is about the unreachable repository.
+            # An unreachable repository causes the only warning, which contains none of these words.
             self.assertNotIn('Fehler', text)
             self.assertNotIn('bandwidth', text)
             self.assertNotIn('throttle', text)
