@@ -1,10 +1,10 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Tests of webbrowser and mimeviewer: the arguments that these programs open or refuse, and the user whose programs
-they run.
+"""Tests of webbrowser and mimeviewer: which arguments these programs open or refuse, and as which user they start a
+desktop program.
 
-Scripts replace the programs of a desktop and record how they were started. VYRE_BUILD names the build directory; the
-tests install its contents.
+Stand-ins replace the desktop programs and record how they were started. VYRE_BUILD names the build directory, from
+which the tests install the program.
 """
 import html
 import json
@@ -37,7 +37,7 @@ os.rename({report!r} + '.part', {report!r})
 
 NOBODY = pwd.getpwnam('nobody')
 
-# The tests copy the programs that another user runs, because this user may have no access to the source tree.
+# Programs that another user runs are copies, because this user may have no access to the source tree.
 programs = tempfile.TemporaryDirectory(prefix='desktop-programs.')
 COPY = programs.name
 
@@ -82,7 +82,7 @@ class DesktopTest(unittest.TestCase):
         return path
 
     def run_program(self, program, *arguments, environment=None, user=None):
-        """Start webbrowser or mimeviewer. By default, root starts it for the user nobody."""
+        """Start webbrowser or mimeviewer. By default, root starts it on behalf of the user nobody."""
         variables = {'PATH': self.bin, 'PKEXEC_UID': str(NOBODY.pw_uid)}
         variables.update(environment or {})
         variables = {name: value for name, value in variables.items() if value is not None}
@@ -97,7 +97,7 @@ class DesktopTest(unittest.TestCase):
                               stderr=subprocess.PIPE, universal_newlines=True)
 
     def opened(self, program, *arguments, **options):
-        """The arguments, the user and the environment of the started desktop program."""
+        """The arguments, the user and the environment with which a desktop program was started."""
         done = self.run_program(program, *arguments, **options)
         self.assertEqual((done.returncode, done.stdout, done.stderr), (0, '', ''))
         with open(self.report) as report:
@@ -106,8 +106,8 @@ class DesktopTest(unittest.TestCase):
         return facts
 
     def refused(self, program, *arguments, shown=False, environment=None, **options):
-        """The message of a refusal. If shown is set, one program was started and shows the message; otherwise no
-        program was started.
+        """The message of a refusal. If shown is true, exactly one program must have been started, to show the message;
+        otherwise none.
         """
         environment = dict(environment or {}, **{'DISPLAY': ':7'} if shown else {})
         done = self.run_program(program, *arguments, environment=environment, **options)
@@ -265,7 +265,7 @@ class UserTest(DesktopTest):
                     '"http://h/" is not opened as root, and neither pkexec nor sudo names the user who started VYRE')
 
     def test_a_refusal_is_shown_on_the_display(self):
-        # A real program would wait until a user presses the button.
+        # The stand-in does not wait; the real xmessage would wait for the user.
         self.install('xmessage')
         message = self.refused('webbrowser', 'http://h/', environment={'PKEXEC_UID': None}, shown=True)
         with open(self.report) as report:
@@ -274,7 +274,7 @@ class UserTest(DesktopTest):
     HOSTILE = '<h1>x</h1><img src="/etc/passwd"> & \\n \\t'
 
     def message_of(self, program, started):
-        """The text that this program shows the user when it is started with these arguments."""
+        """The text that a message program would show the user, if it is started with these arguments."""
         argument = started[-1]
         if program == 'kdialog':
             self.assertNotIn('\\', argument)
@@ -301,7 +301,8 @@ class UserTest(DesktopTest):
                 os.remove(os.path.join(self.bin, program))
 
     def run_admin_with_ended_vyre(self, end):
-        """Runs vyre-admin with a stand-in for VYRE that prints a message and ends by this shell command."""
+        """Run vyre-admin with a stand-in for pkexec and VYRE, which prints a message and then runs this shell command.
+        """
         self.install('pkexec', "#!/bin/sh\nprintf '%s\\n' '{}' >&2\n{}\n".format(self.HOSTILE, end))
 
         def become():
@@ -378,8 +379,8 @@ class UserTest(DesktopTest):
 
 
 class EnvironmentTest(unittest.TestCase):
-    """The environment that the module makes from the user's entry and the given variables. The tests run as the current
-    user.
+    """Tests of the environment that the module builds from the user's entry in the user database and from given
+    variables. The tests run as the current user.
     """
 
     def setUp(self):
@@ -435,7 +436,7 @@ class InstallationTest(unittest.TestCase):
             share = os.path.join(prefix, 'share', 'vyre')
             for program in ('webbrowser', 'mimeviewer'):
                 self.assertEqual(stat.S_IMODE(os.stat(os.path.join(share, program)).st_mode), 0o755)
-                # The program also needs its installed Python module.
+                # Without its installed Python module, the program could not print its usage.
                 done = subprocess.run([os.path.join(share, program)], stderr=subprocess.PIPE, universal_newlines=True)
                 self.assertTrue(done.stderr.startswith(program + ': usage: '), done.stderr)
             self.assertFalse(any('__pycache__' in directories for _, directories, _ in os.walk(prefix)))

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Tests of the script YumIO.py with the real package manager on temporary systems.
+"""Tests of the script YumIO.py with the real dnf on temporary systems.
 
 VYRE_SANDBOX names the directory of an existing sandbox. If it is not set, the tests make a sandbox.
 """
@@ -18,13 +18,13 @@ import scenario  # noqa: E402
 
 
 def main():
-    """Runs the tests that the command line names as module.class.method, or all tests if it names none."""
+    """Runs the tests that the command line names as module.class.method. If it names none, runs all tests."""
     loader = unittest.defaultTestLoader
     if len(sys.argv) > 1:
         tests = loader.loadTestsFromNames(sys.argv[1:])
     else:
         tests = loader.discover(DIRECTORY, pattern="test_*.py")
-    # SIGTERM must not prevent the removal of the sandbox copies.
+    # After SIGTERM, the copies of the sandbox must still be removed.
     signal.signal(signal.SIGTERM, signal.default_int_handler)
     scenario.setUpWorkspace()
     try:

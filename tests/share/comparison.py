@@ -6,21 +6,23 @@ A scenario is a row of a table:
 
     Scenario("name_of_the_test", expect="+libmoss", install="libmoss", dnf="install libmoss")
 
-expect   the required result of both; without it, two operations without any effect would be equal. Package names
-         with a prefix: "+" installed, "-" removed, "^" changed to another version. "refused" and a text: nothing
-         changes, and both give this text as the reason. "failed", a text and package names: both report the text and
-         change these packages nevertheless. "nothing": no error and no changes
-marks    install, update, remove, group_install, group_update, group_remove: the user's marks in the table, as names,
-         name.arch or name-version; the update "all" means every row with an update. The result of a mark that the
-         table does not permit is "refused" with "not in the table" or "not permitted"
-replay   instead of marks, what to do with a transaction of the history: undo, rollback or redo, and its place from the
-         newest one on
+expect   the required result of both programs; otherwise, two operations without any effect would also be equal. One
+         of these forms:
+         names of packages with a prefix: "+" for installed, "-" for removed, "^" for changed to another version
+         "refused" and a text: nothing changes, and both programs give this text as the reason
+         "failed", a text and names of packages: both programs report the text, but change these packages
+         "nothing": no error and no changes
+marks    install, update, remove, group_install, group_update, group_remove: the marks that the user sets in the table,
+         as names, name.arch or name-version. The update "all" means every row with an update. If the table does not
+         permit a mark, the result is "refused" with "not in the table" or "not permitted"
+replay   instead of marks: "undo", "rollback" or "redo", and the transaction's position in the history; 0 is the newest
 dnf      the dnf command line for the same operation
-config   lines of the main configuration file; {plugins} is the directory of the plug-ins' settings
-repos    the additional repositories, as names or as pairs of a name and further lines; {root} is the root of the
+config   lines of the main configuration file; {plugins} stands for the directory with the plug-ins' settings
+repos    additional repositories, as names or as pairs of a name and further lines; {root} stands for the root of the
          sandbox
-before   changes of the root before it is copied: dnf command lines, or functions with the root as their argument
-differs  the name of a row of the manual's table "Differences from dnf", and the result of VYRE, as in expect
+before   changes to the root before it is copied: dnf command lines, or functions with the root as their argument
+differs  if the results intentionally differ: the name of a row of "Differences from dnf" in the manual, and the result
+         of VYRE in the same form as expect
 """
 
 import contextlib
@@ -42,7 +44,7 @@ from vyresandbox import needs_groups
 
 _PATIENCE = 180
 
-# The directory of dnf's plug-ins.
+# The directory of dnf's installed plug-ins.
 PLUGINS = os.path.join(os.path.dirname(os.path.dirname(importlib.util.find_spec("dnf").origin)), "dnf-plugins")
 
 USUAL = ("sandbox-http", "sandbox-updates", "sandbox-file")
@@ -59,8 +61,9 @@ plugins=0
 module_platform_id=platform:larkspur9
 """
 
-# The headings in dnf's table for packages, by the action and the reason of an item in the script's listing. The script
-# itself adds all other headings to the listing. Below those headings are no packages.
+# The headings below which dnf's table lists packages. The script lists these packages as items; each heading belongs to
+# an item's action or reason. Below all other headings, dnf lists no packages, and the script adds these headings to the
+# listing itself.
 INSTALLED_FOR = {GROUP: "Installing group/module packages", WEAK: "Installing weak dependencies",
                  DEPENDENCY: "Installing dependencies"}
 REMOVED_FOR = {DEPENDENCY: "Removing dependent packages", CLEAN: "Removing unused dependencies"}
@@ -88,7 +91,7 @@ class Scenario(object):
 
 
 class World(object):
-    """A copy of the sandbox's root. It has the configuration and the cached metadata that all scenarios share."""
+    """A copy of the sandbox's root, with the configuration and the cached metadata that all scenarios share."""
 
     def __init__(self):
         self.sandbox = scenario.original()
@@ -102,7 +105,7 @@ class World(object):
         copy(self.sandbox.root, self.root)
         for name in os.listdir(os.path.join(self.root, "etc/yum.repos.d")):
             os.unlink(os.path.join(self.root, "etc/yum.repos.d", name))
-        # dnf and the script read the same file.
+        # The script reads dnf's own main file through this link.
         os.unlink(os.path.join(self.root, "etc/yum.conf"))
         os.symlink("dnf/dnf.conf", os.path.join(self.root, "etc/yum.conf"))
         self.configure(self.root, "", [(name, "") for name in USUAL])
@@ -111,14 +114,14 @@ class World(object):
             raise RuntimeError(done.stdout)
 
     def make_plugins(self):
-        """Settings that enable only the versionlock plug-in, which keeps abacus-cli at its version."""
+        """Writes settings for plug-ins: only the versionlock plug-in is enabled, and it locks abacus-cli."""
         directory = os.path.join(self.directory, "plugins")
         os.makedirs(directory)
         locks = os.path.join(directory, "locks")
         with open(locks, "w") as stream:
             stream.write("abacus-cli-0:3.2.1-1.*\n")
         for name in os.listdir(PLUGINS):
-            # Some plug-ins have the name of their file. Others have "-" in place of "_".
+            # The name of a plug-in is the name of its file, sometimes with "-" instead of "_".
             for name in {name[:-3], name[:-3].replace("_", "-")} if name.endswith(".py") else ():
                 with open(os.path.join(directory, name + ".conf"), "w") as stream:
                     stream.write("[main]\nenabled=%d\nlocklist=%s\n" % (name == "versionlock", locks))
@@ -153,7 +156,7 @@ _world = None
 
 
 def world():
-    """Returns the World. Each test process makes it once."""
+    """Returns the World of this test process, which is made only once."""
     global _world
     if _world is None:
         _world = World()
@@ -163,14 +166,14 @@ def world():
 # The states of a root ----------------------------------------------------------------------------------------------
 
 def packages(root):
-    """The packages in rpm's database, always with their epochs."""
+    """The packages in rpm's database; each name contains the epoch, even if it is 0."""
     return set(scenario.Sandbox(os.path.dirname(root)).rpm(
         "-qa", "--root", root, "--queryformat",
         r"%{NAME}-%|EPOCH?{%{EPOCH}}:{0}|:%{VERSION}-%{RELEASE}.%{ARCH}\n").split())
 
 
 def history(root):
-    """The reasons of packages and the installed groups with their members, from the history."""
+    """From dnf's history: the reason of each package, and the installed groups with their members."""
     connection = sqlite3.connect(os.path.join(root, "var/lib/dnf/history.sqlite"))
     try:
         reasons = {}
@@ -197,7 +200,7 @@ def history(root):
 
 
 def modules(root):
-    """The contents of the files with the states of modules."""
+    """The contents of the files in which dnf stores the states of modules."""
     directory = os.path.join(root, "etc/dnf/modules.d")
     found = {}
     if os.path.isdir(directory):
@@ -211,7 +214,7 @@ _OTHER_DIRECTORIES = ("var/cache", "var/log", "var/lib/rpm", "var/lib/dnf", "roo
 
 
 def files(root):
-    """The names of all files of packages and their scripts."""
+    """The paths of all files that packages or their scripts may have made."""
     found = set()
     for directory, names, leaves in os.walk(root):
         inside = os.path.relpath(directory, root)
@@ -231,7 +234,7 @@ def state(root):
 # The listings ------------------------------------------------------------------------------------------------------
 
 def listing_of_dnf(output):
-    """The table that dnf shows before its question, as {heading: set of entries}. The entries have no sizes."""
+    """The table that dnf shows before its question, as {heading: set of entries}. The entries lack the sizes."""
     lines = output.split("\n")
     rules = [number for number, line in enumerate(lines) if re.match("=+$", line)]
     if len(rules) < 2:
@@ -254,7 +257,7 @@ def listing_of_dnf(output):
                 del words[:3]
             else:
                 name, arch, evr, repository = words[:4]
-                # dnf does not always know the repository of an installed package.
+                # For an installed package, dnf does not always know the repository.
                 entries.add("%s.%s %s %s" % (name, arch, evr, "" if heading.startswith("Removing") else repository))
                 del words[:5]
                 if words and words[0] in ("k", "M", "G"):
@@ -301,14 +304,14 @@ def listing_of_script(items, added):
 
 # The script --------------------------------------------------------------------------------------------------------
 
-# The states of rows, as the program's Package::State.
+# The states of rows, like Package::State in the program.
 UPDATABLE, AVAILABLE, INSTALLED = "updatable", "available", "installed"
 
 
 class Row(object):
-    """A row of the table, like the program's Package::Entry: a package of one bi-arch class, or a group.
+    """A row of the table, like Package::Entry in the program: a package of one bi-arch class, or a group.
 
-    versions is the chain of the installed versions, as pairs of a package and whether the configuration excludes it.
+    versions: the installed versions, as pairs of a package and whether the configuration excludes it.
     """
 
     def __init__(self, state, shown):
@@ -317,11 +320,11 @@ class Row(object):
         self.versions = []
 
     def removable(self):
-        """The versions that a removal removes."""
+        """The installed versions that a removal of this row removes."""
         return [package for package, excluded in self.versions if not excluded]
 
     def permits(self, action):
-        """The rules of Package::Entry::permits."""
+        """Whether the table permits this action; the rules are those of Package::Entry::permits."""
         if action == "update":
             return self.state == UPDATABLE
         if action == "install":
@@ -330,11 +333,11 @@ class Row(object):
 
 
 class Refused(Exception):
-    """The table does not permit a mark."""
+    """The table does not permit a mark of the scenario."""
 
 
 class _Driver(scenario.ScenarioTest):
-    """Calls the script in the same way as the program."""
+    """Calls the script in the same order as the program does."""
 
     def runTest(self):
         pass
@@ -386,7 +389,7 @@ class _Driver(scenario.ScenarioTest):
                 rows.setdefault(key(old), Row(INSTALLED, old)).versions.append((old, excluded))
         for new in everything.available:
             rows.setdefault(key(new), Row(AVAILABLE, new))
-        # Two keys may belong to the same row.
+        # A row with two keys must occur only once.
         return list({id(row): row for row in rows.values()}.values())
 
     def rows_of_groups(self, groups):
@@ -402,7 +405,9 @@ class _Driver(scenario.ScenarioTest):
         return list(rows.values())
 
     def is_updatable(self, name):
-        """Whether the program would update a group member. The program looks for the system's architecture first."""
+        """Whether the program would update this member of a group. If the member has several rows, the row of the
+        system's architecture decides.
+        """
         found = [row for row in self.rows if row.shown.name == name]
         native = [row for row in found if self.yumio.getBiArch(row.shown.arch) == self.yumio.base.conf.basearch]
         return any(row.state == UPDATABLE for row in (native or found)[:1])
@@ -415,7 +420,7 @@ class _Driver(scenario.ScenarioTest):
                         "%s-%s.%s" % (package.name, package.version, package.arch))
 
     def marked(self, action, mark):
-        """The rows that a mark names. The table must permit the action in at least one of these rows."""
+        """The rows that a mark names, and in which the table permits the action. At least one such row must exist."""
         found = [row for row in self.rows if self.matches(mark, row.shown)
                  or any(self.matches(mark, version) for version, excluded in row.versions)]
         return self.permitted(action, mark, found)
@@ -430,7 +435,9 @@ class _Driver(scenario.ScenarioTest):
         return permitting
 
     def best(self, mark):
-        """The package to install. If several architectures match, the table prefers the architecture of the system."""
+        """The package that a mark installs. If it exists in several architectures, the table prefers the system's
+        architecture.
+        """
         found = [row.shown for row in self.marked("install", mark)]
         for package in found[1:]:
             if not self.yumio.isBetterThan(found[0], package):
@@ -438,15 +445,15 @@ class _Driver(scenario.ScenarioTest):
         return found[0]
 
     def all_updates(self):
-        """The rows that the "Set Update of Listed" button marks. The button does not mark packages that another package
-        replaces.
+        """The rows that the "Set Update of Listed" button marks: all rows with an update, except packages that another
+        package replaces.
         """
         replaced = set(str(old) for old, other in self.yumio.replacements)
         return [row for row in self.rows if row.permits("update")
                 and not any(str(version) in replaced for version, excluded in row.versions)]
 
     def lists(self, marks):
-        """The lists that YumIO::applyReal passes to the script."""
+        """The lists that the program passes to the script's apply(), as YumIO::applyReal makes them."""
         installs = [self.best(mark) for mark in marks["install"]]
         updated = self.all_updates() if marks["update"] == ["all"] else [
             row for mark in marks["update"] for row in self.marked("update", mark)]
@@ -459,7 +466,7 @@ class _Driver(scenario.ScenarioTest):
 
 
 def _in_child(function, *arguments):
-    """Runs a function in a child process. Returns a function that waits for the result and returns the result."""
+    """Starts a function in a child process. Returns a function that waits for the child, and returns the result."""
     def in_child(writer):
         try:
             answer = {"result": function(*arguments)}
@@ -498,7 +505,7 @@ class ComparisonTest(unittest.TestCase):
         with self.prepared(row, own):
             before = state(own)
             copy(own, other)
-            # The script uses the same rpm macros as dnf.
+            # The script must use the same rpm macros as dnf, which are in this home directory.
             os.environ["HOME"] = world().home
             wait = _in_child(_Driver().run_script, own, row.marks, row.groups, row.replay)
             done = world().dnf(other, self.command(row.dnf, directory))
@@ -515,14 +522,14 @@ class ComparisonTest(unittest.TestCase):
         for part in mine:
             self.assertEqual(mine[part], theirs[part], "%s\n%s" % (part, details))
         if outcome["refused"] is None:
-            # The script's question names the skipped packages before its listing.
+            # dnf's listing names the skipped packages; the script names them in a question before the listing.
             self.assertEqual(listing_of_script(outcome["items"], outcome["added"]),
                              {heading: lines for heading, lines in listing_of_dnf(done.stdout).items()
                               if not heading.startswith("Skipping packages")}, details)
 
     @staticmethod
     def command(line, directory):
-        """The arguments for dnf. "shell" with several commands becomes a script for dnf's shell."""
+        """The arguments for dnf. Several commands after "shell" become a file of commands for dnf's shell."""
         if not line.startswith("shell "):
             return line
         path = os.path.join(directory, "commands")
@@ -544,7 +551,7 @@ class ComparisonTest(unittest.TestCase):
         yield
 
     def check_difference(self, name):
-        """Check that the manual lists the intended difference."""
+        """Checks that the manual lists this intended difference."""
         with open(os.path.join(scenario.SOURCES, "manual", "manual.adoc")) as stream:
             table = stream.read().partition("[#differences]")[2].partition("[#troubleshooting]")[0]
         self.assertIn("\n|%s\n" % name, table)
@@ -557,7 +564,7 @@ class ComparisonTest(unittest.TestCase):
                 self.assertFalse(done, details)
                 self.assertRegex(" ".join(text.split()), expect.partition(" ")[2], details)
             else:
-                # Neither operation must fail. In VYRE, the row to mark may be missing, or may not permit the action.
+                # Neither operation may fail. But in VYRE, the row to mark may be missing, or may not permit the action.
                 self.assertTrue(done or re.match("not in the table: |not permitted: |There is nothing to do", text),
                                 details)
             return
@@ -572,7 +579,9 @@ class ComparisonTest(unittest.TestCase):
 
 
 def changes_between(before, after):
-    """The changes in the format of a scenario's "expect". If the architecture is foreign, the name includes it."""
+    """The changes between two sets of packages, in the format of a scenario's "expect". The name of an i686 package
+    includes the architecture.
+    """
     def names(found):
         counted = {}
         for package in found:
@@ -600,7 +609,7 @@ def _test(row):
 
 
 def tests(scenarios):
-    """A test class with one test for each scenario."""
+    """Makes a test class that has one test for each scenario."""
     methods = {}
     for row in scenarios:
         if "test_" + row.name in methods:

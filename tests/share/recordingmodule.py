@@ -1,12 +1,14 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""A yumIOC module that records its calls. It checks arguments as strictly as the program's own module."""
+"""A stand-in for the module yumIOC that records the script's calls. It checks their arguments as strictly as the real
+module.
+"""
 
 import os
 import re
 import types
 
-# Function -> the format of its arguments: "s" a text, "l" and "L" a 64-bit integer, "d" a number, "O" anything.
-# None: any number of arguments of any type.
+# For each function, the format of its arguments: "s" is a string, "l" and "L" are a 64-bit integer, "d" is a number,
+# "O" is anything. None permits any number of arguments of any type.
 FORMATS = {
     "stdoutWrite": "s",
     "stderrWrite": "s",
@@ -33,12 +35,12 @@ INSTALL, DOWNGRADE, DOWNGRADED, OBSOLETE, OBSOLETED, UPGRADE, UPGRADED, REMOVE, 
 DEPENDENCY, USER, CLEAN, WEAK, GROUP = range(1, 6)
 
 
-# The beginning of the message in the log if dnf cannot read groups.
+# How the message in the log begins if dnf cannot read groups.
 WITHOUT_GROUPS = "VYRE cannot read groups of packages on this system"
 
 
 def check(name, arguments):
-    """Raises the same exceptions for the arguments as PyArg_ParseTuple."""
+    """Raises an exception for wrong arguments, as PyArg_ParseTuple does for the real module."""
     format = FORMATS[name]
     if format is None:
         return
@@ -76,7 +78,7 @@ def _text(value):
 
 
 def limits():
-    """The constants of the program's own module, read from its header."""
+    """The constants of the real module, read from its header."""
     sources = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
     with open(os.path.join(sources, "app", "base", "RepositoryFileLimit.h")) as header:
         found = re.findall(r"^constexpr int (\w+) = (\d+) << (\d+);$", header.read(), re.M)
@@ -86,9 +88,9 @@ def limits():
 class Recording(object):
     """The recorded calls in order, and the prepared answers.
 
-    calls    list of (function, the values that the program reads from the arguments)
-    answers  the results of userconfirm, in order; one more question than answers is an error
-    faults   exceptions that the calls raised; the package manager suppresses some of them
+    calls    list of (function, values that the program reads from the arguments)
+    answers  the results of userconfirm, in order; if no answer is left, userconfirm raises an exception
+    faults   the exceptions that calls have raised, because dnf suppresses some of them
     """
 
     def __init__(self):
@@ -122,7 +124,7 @@ class Recording(object):
             raise AssertionError("unexpected question")
         return self.answers.pop(0)
 
-    # The functions below read the same attributes of their arguments as the program.
+    # The following functions read the same attributes of the arguments as the program does.
 
     def _read_listTransaction(self, transaction, items):
         read = []
@@ -145,7 +147,9 @@ class Recording(object):
 
     @staticmethod
     def _size(payload):
-        """The size of metadata is a floating-point number; the program accepts integers and floating-point numbers."""
+        """The size of a payload, which for metadata is a floating-point number. The program accepts both types of
+        numbers.
+        """
         return int(payload.download_size)
 
     def _read_downloadProgress(self, payload, done):
@@ -184,11 +188,12 @@ class Recording(object):
         return [name for name, read in self.calls]
 
     def of(self, name):
-        """The values that each call of this function read."""
+        """For each call of this function, the values that the program reads from the arguments."""
         return [read for called, read in self.calls if called == name]
 
     def order(self, *leaving_out):
-        """The called functions in order, without functions that only report. Successive calls of a function count once.
+        """The names of the called functions, in order, except functions that only write to the log. Successive calls of
+        one function count as one.
         """
         quiet = ("log", "errorlog", "stdoutWrite", "stderrWrite") + leaving_out
         order = []
@@ -198,22 +203,22 @@ class Recording(object):
         return order
 
     def listed(self):
-        """The items of the last listing as {name-version-release.arch: (action, reason)}."""
+        """The items of the newest listing, as {name-version-release.arch: (action, reason)}."""
         return {"%s-%s%s-%s.%s" % (item["name"], "%d:" % item["epoch"] if item["epoch"] else "", item["version"],
                                    item["release"], item["arch"]): (item["action"], item["reason"])
                 for item in self.of("listTransaction")[-1]}
 
     def errors(self):
-        """The texts of errors and warnings in the log, except the text about unreadable groups."""
+        """The errors and warnings in the log, except the message that dnf cannot read groups."""
         return [text for level, text in self.of("errorlog") if not text.startswith(WITHOUT_GROUPS)]
 
     def without_groups(self):
-        """The levels of the log's texts about unreadable groups."""
+        """The levels of the messages that dnf cannot read groups."""
         return [level for name in ("log", "errorlog") for level, text in self.of(name)
                 if text.startswith(WITHOUT_GROUPS)]
 
     def output(self):
-        """The output of all scriptlets."""
+        """The output of all scriptlets, as one text."""
         return "\n".join(text for text in self.of("rpmtransScriptout") if text is not None)
 
     def printed(self):

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Runs each test in its own process on its own copy of a sandbox.
+"""Runs each test in a process of its own, on its own copy of a sandbox.
 
-The package manager and rpm have state that belongs to the process, and the script changes some of it.
+dnf and rpm keep state in the process, and the script changes some of this state.
 """
 
 import functools
@@ -26,27 +26,27 @@ from vyresandbox.sandbox import CREATEREPO  # noqa: E402
 
 from recordingmodule import Recording  # noqa: E402
 
-_SKIPPED = 77  # the exit status of a skipped test's process
+_SKIPPED = 77  # the exit status of the process of a skipped test
 
-_PATIENCE = 180  # seconds until the test ends a hanging process
+_PATIENCE = 180  # after this number of seconds, the process of a test is ended
 
 workspace = None
 
-# The repositories of a sandbox.
+# The repositories of each sandbox.
 LAYOUT = ("sandbox-disabled", "sandbox-file", "sandbox-http", "sandbox-signed", "sandbox-unreachable",
           "sandbox-updates")
 
 
 def repositories(yumio):
-    """The sorted names of the configured repositories, except the repository of the local plug-in.
+    """The sorted names of the configured repositories, except the repository of dnf's local plug-in.
 
-    If no main file disables plug-ins, this plug-in of the running system can add its own repository.
+    The running system's local plug-in can add this repository, unless the main configuration file disables plug-ins.
     """
     return sorted(id for id in yumio.base.repos if id != "_dnf_local")
 
 
 def setUpWorkspace():
-    """The first process calls this once."""
+    """Called once, by the process that runs all tests."""
     global workspace
     workspace = tempfile.mkdtemp(prefix="yumio-script-")
 
@@ -66,9 +66,10 @@ def original():
 
 
 def start_child(run):
-    """Starts a child process that calls run() with the writing end of a pipe. The result of run() is the exit status.
+    """Starts a child process that calls run() with the writing end of a pipe. The child's exit status is the result of
+    run().
 
-    Returns the child's process number and the reading end of the pipe.
+    Returns the number of the child process, and the reading end of the pipe.
     """
     reader, writer = os.pipe()
     sys.stdout.flush()
@@ -87,7 +88,8 @@ def start_child(run):
 
 
 def in_own_process(method):
-    """A decorator that runs the test in a child process. The parent process reports the child's exceptions as failures.
+    """A decorator that runs the test in a child process. The parent process reports the exceptions of the child as
+    failures.
     """
 
     @functools.wraps(method)
@@ -106,7 +108,7 @@ def in_own_process(method):
                 report = str(e)
             except BaseException:
                 report = traceback.format_exc()
-            # The script has replaced the standard streams until the process ends.
+            # The script has replaced this process's standard streams, so the report goes through the pipe.
             with os.fdopen(writer, "w", errors="backslashreplace") as stream:
                 stream.write(report)
             return _SKIPPED if skipped else 1 if report else 0
@@ -126,7 +128,8 @@ def in_own_process(method):
 
 
 class RemoteServer(object):
-    """The sandbox's server in a separate process, because downloads block the interpreter of this process."""
+    """The sandbox's server in a process of its own, because dnf blocks this process's interpreter while it downloads.
+    """
 
     def __init__(self, sandbox):
         self._sandbox = sandbox
@@ -137,7 +140,7 @@ class RemoteServer(object):
             signal.alarm(_PATIENCE)
             _serve(sandbox, there)
         there.close()
-        # The repository URLs contain the port, so a restarted server needs the same port.
+        # The URLs of the repositories contain the port, so restart() must use the same port.
         sandbox._last_port = self._here.recv()
 
     def _call(self, *command):
@@ -146,14 +149,15 @@ class RemoteServer(object):
 
     def fault(self, path, kind, *arguments):
         """kind: "none"; or the name of a fault function of vyresandbox.server; or "end_after" with a number of bytes,
-        after which the server itself ends."""
+        after which the server ends.
+        """
         self._call("fault", path, kind, arguments)
 
     def paths(self, status=None):
         return self._call("paths", status)
 
     def forget(self):
-        """Clears the list of requests."""
+        """Clears the list of received requests."""
         self._call("forget")
 
     def start(self):
@@ -206,9 +210,13 @@ def _serve(sandbox, pipe):
 
 
 class ScenarioTest(unittest.TestCase):
-    """Base of the tests. sandbox: the copy; recording: the script's calls of yumIOC; script: the script's names."""
+    """The base class of the tests.
 
-    # Replaces the running system's dnf configuration, because the results must not depend on it.
+    sandbox: the copy of the sandbox. recording: the script's calls of yumIOC. script: the script's global names.
+    """
+
+    # The path of the running system's dnf configuration. This missing file replaces the real one, so that the results
+    # do not depend on the machine.
     running_configuration = "/nonexistent/dnf.conf"
 
     def setUp(self):
@@ -227,7 +235,7 @@ class ScenarioTest(unittest.TestCase):
 
     @staticmethod
     def leave_plug_ins_out():
-        """Switches off all plug-ins, because the plug-ins of this system write to the real /var."""
+        """Switches off all plug-ins by default, because some of this machine's plug-ins write to the real /var."""
         import dnf.conf
 
         initialize = dnf.conf.MainConf.__init__
@@ -239,7 +247,7 @@ class ScenarioTest(unittest.TestCase):
         dnf.conf.MainConf.__init__ = without
 
     def assert_host_is_left_alone(self):
-        """Checks that no loaded plug-in writes outside the managed system."""
+        """Checks that no loaded plug-in writes to files outside the managed system."""
         for plugIn in self.yumio.base._plugins.plugins:
             self.assertNotEqual(plugIn.name, "generate_completion_cache")
             if plugIn.name == "local" and plugIn.main["enabled"]:
@@ -249,8 +257,8 @@ class ScenarioTest(unittest.TestCase):
         self.server.end()
 
     def run_without_object(self):
-        """Runs the script without making its object, so that the script accesses only the configuration of the real
-        system.
+        """Runs the script, but does not make its object. So the script reads the configuration of the real system, but
+        nothing else of it.
         """
         self.recording = Recording()
         sys.modules["yumIOC"] = self.recording.module
@@ -258,14 +266,15 @@ class ScenarioTest(unittest.TestCase):
 
     @staticmethod
     def module(name):
-        """A module of the script. Tests set its attributes to replace functions or settings of the script.
+        """A module of the script. To replace a function or a setting of the script, a test sets an attribute of the
+        module.
 
-        module("program") has the functions that the program provides.
+        module("program") contains the functions that the program gives to the script.
         """
         return sys.modules["vyre." + name]
 
     def configure(self, *lines):
-        """Adds lines to the main section of the configuration file."""
+        """Adds lines to the end of the main configuration file."""
         with open(os.path.join(self.sandbox.root, "etc/yum.conf"), "a") as stream:
             stream.write("\n".join(lines) + "\n")
 
@@ -278,19 +287,21 @@ class ScenarioTest(unittest.TestCase):
         return path
 
     def isolate(self):
-        """From now on, only this process sees its mounts. The mounts end with the process."""
+        """From now on, other processes do not see the mounts of this process. The mounts end with the process."""
         filesystems.isolate()
 
     def mount_small(self, path, kilobytes):
-        """Mounts a file system of this size over a directory of the managed system, with the same contents."""
+        """Mounts a file system of this size on a directory of the managed system, and copies the directory's contents
+        to it.
+        """
         filesystems.mount_small(self.sandbox.root + path, kilobytes)
 
     def resize(self, path, kilobytes):
-        """Changes the size of a file system of mount_small(), so that it has this much free space."""
+        """Changes the size of a file system of mount_small(), so that this number of kilobytes is free."""
         filesystems.resize(self.sandbox.root + path, kilobytes)
 
     def index(self, name, *options):
-        """Makes the metadata of a repository again after its packages have changed."""
+        """Makes the metadata of a repository again, because its packages have changed."""
         subprocess.run(list(CREATEREPO) + list(options) + [self.sandbox.repository(name)], check=True)
 
     def repository_file(self, name):
@@ -304,10 +315,10 @@ class ScenarioTest(unittest.TestCase):
             stream.write(content.replace(old, new))
 
     def load(self, script=SCRIPT, **given):
-        """Runs the script with these globals and makes its object, as the program does at its start."""
+        """Runs the script with these additional globals and makes its object, as the program does when it starts."""
         self.recording = Recording()
         sys.modules["yumIOC"] = self.recording.module
-        # The program's interpreter also runs the script in __main__.
+        # In the program, the script runs in __main__ too.
         self.script = runpy.run_path(script, init_globals=given, run_name="__main__")
         import dnf
 
@@ -330,7 +341,7 @@ class ScenarioTest(unittest.TestCase):
         yumio.collectDone()
 
     def started(self):
-        """Starts the script and collects the packages; both must succeed."""
+        """Starts the script, takes the lock and collects the packages. No call may fail."""
         self.load()
         self.yumio.lock()
         self.collect()
@@ -338,7 +349,7 @@ class ScenarioTest(unittest.TestCase):
         self.recording.clear()
 
     def again(self):
-        """Collects the packages again, as after each transaction."""
+        """Collects the packages again, as the program does after a transaction."""
         self.yumio.reset()
         self.collect()
         self.recording.clear()
@@ -354,7 +365,9 @@ class ScenarioTest(unittest.TestCase):
 
     def apply(self, installs=(), updates=(), removes=(), group_installs=(), group_updates=(), group_removes=(),
               answers=(1,)):
-        """Applies actions to the packages with these names. An update is paired with every installed version."""
+        """Applies actions to packages with these names. Each update is paired with all installed versions of its
+        architecture.
+        """
         self.recording.answers = list(answers)
         pairs = []
         for name in updates:
@@ -369,7 +382,7 @@ class ScenarioTest(unittest.TestCase):
         return result
 
     def assert_refused(self, text, **actions):
-        """Checks that the actions fail with this reason, raise an exception that the program expects, and change
+        """Checks that the actions are refused for this reason: they must raise one of dnf's exceptions, and change
         nothing.
         """
         before = self.sandbox.installed()
@@ -380,7 +393,9 @@ class ScenarioTest(unittest.TestCase):
         self.assert_no_faults()
 
     def changes(self, action, *arguments, **actions):
-        """The packages that the action installs and removes, as two sets of name-version-release.arch."""
+        """Carries out the action. Returns the installed and the removed packages, as two sets of
+        name-version-release.arch.
+        """
         before = self.sandbox.installed()
         action(*arguments, **actions)
         after = self.sandbox.installed()

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The advisories of the repositories, compared with the list of "dnf updateinfo"."""
+"""Tests of the advisories in repositories, compared with the list of "dnf updateinfo"."""
 
 import os
 import re
@@ -9,24 +9,24 @@ import updateinfo
 from scenario import ScenarioTest, in_own_process
 
 ADVISORIES = [
-    # Both architectures of libcairn are installed in version 2.1.
+    # libcairn 2.1 is installed in both architectures.
     updateinfo.advisory("LSA-1", "security", ["abacus-cli 3.3.0-2.x86_64", "libcairn 2.2-1.x86_64",
                                               "libcairn 2.2-1.i686"],
                         "Important", cves=["CVE-2024-7", "CVE-2024-5"], bugs=[("17", "Wrong sums"), ("9", "")],
                         title="Wrong sums & more"),
-    # These advisories name an older version and the installed version.
+    # The next two advisories name an older version and the installed version.
     updateinfo.advisory("LBA-2", "bugfix", ["abacus-cli 3.2.0-1.x86_64"], date="2023-01-02"),
     updateinfo.advisory("LEA-3", "enhancement", ["abacus-cli 3.2.1-1.x86_64", "almanac 1.9-1.noarch"],
                         date="2023-06-01"),
-    # This advisory names a newer version than the offered update.
+    # The next advisory names a newer version than the update in the repositories.
     updateinfo.advisory("LSA-4", "security", ["barometer 1.2-1.x86_64"], "Critical", date="2024-05-01"),
-    # No repository offers the update of almanac.
+    # No repository has the update of almanac that the next advisory names.
     updateinfo.advisory("LSA-5", "security", ["almanac 2.0-1.noarch"]),
     updateinfo.advisory("LNA-6", "newpackage", ["anvil-make 1:4.1-1.x86_64", "astrolabe 5.6-1.x86_64"]),
-    # These advisories are not about an installed package.
+    # The next two advisories name no installed package.
     updateinfo.advisory("LSA-7", "security", ["astrolabe 5.6-1.x86_64"], "Low"),
     updateinfo.advisory("LSA-8", "security", ["abacus-cli 3.3.0-2.i686"], "Moderate"),
-    # Several versions of this package are installed.
+    # Several versions of the kernel are installed.
     updateinfo.advisory("LSA-9", "security", ["kernel 6.1.25-1.x86_64", "kernel 6.1.31-1.x86_64"], "Moderate"),
     updateinfo.advisory("LSA-10", "security", ["chisel-diff 3.10-2.x86_64"], "Strange"),
 ]
@@ -38,7 +38,7 @@ class AdvisoriesTest(ScenarioTest):
     def enter(self):
         super(AdvisoriesTest, self).enter()
         updateinfo.add(self.sandbox, "sandbox-updates", ADVISORIES)
-        # Another repository has the same advisory.
+        # A second repository also has the first advisory.
         updateinfo.add(self.sandbox, "sandbox-file", ADVISORIES[:1] + [
             updateinfo.advisory("LBA-20", "bugfix", ["tidewatch 1.5-1.noarch"])])
 
@@ -48,7 +48,7 @@ class AdvisoriesTest(ScenarioTest):
         return found
 
     def listed_by_dnf(self, *arguments):
-        """The lines of dnf, as (installed, identifier, label, package)."""
+        """The advisories that dnf lists, as (installed, identifier, label, package)."""
         root = self.sandbox.root
         done = subprocess.run(
             ["/usr/bin/dnf", "--quiet", "--noplugins", "--installroot", root, "-c", root + "/etc/yum.conf",
@@ -91,7 +91,7 @@ class AdvisoriesTest(ScenarioTest):
                                     ("libcairn", "x86_64", "2.2-1", 0, "2.2-1")])
         self.assertEqual(self.by_id()["LSA-10"][1:5], ("security", True, "Unknown/Sec.", 1))
         self.assertEqual(self.by_id()["LBA-2"][1:5], ("bugfix", False, "", 0))
-        # The newest is the first.
+        # The newest advisory comes first.
         self.assertEqual([each[0] for each in self.yumio.collectAdvisories()][0], "LSA-4")
 
     @in_own_process
@@ -103,7 +103,8 @@ class AdvisoriesTest(ScenarioTest):
         self.assertEqual(found["LSA-5"][-1], [("almanac", "noarch", "2.0-1", 2, "")])
         self.assertEqual(found["LSA-9"][-1], [("kernel", "x86_64", "6.1.25-1", 1, ""),
                                               ("kernel", "x86_64", "6.1.31-1", 0, "6.1.31-1")])
-        # The plug-in hides all other versions of a locked package, and the configuration hides excluded versions.
+        # The versionlock plug-in hides all other versions of a locked package, and the configuration hides excluded
+        # versions.
         settings = os.path.join(self.directory, "settings")
         os.makedirs(settings)
         for name, content in (("versionlock.conf", "[main]\nenabled=1\nlocklist=%s/locks\n" % settings),
@@ -132,7 +133,7 @@ class AdvisoriesTest(ScenarioTest):
         update = self.package(self.updates, "abacus-cli")
         text = "LSA-1 (Important/Sec., CVE-2024-5, CVE-2024-7): Wrong sums & more"
         expected = {
-            # This advisory names an older version than the offered update.
+            # This advisory names an older version than the update in the repositories.
             self.package(self.updates, "tidewatch"): "LBA-20 (bugfix): The advisory LBA-20",
             update: text,
             self.package(self.installed, "abacus-cli"): "LEA-3 (enhancement): The advisory LEA-3",
@@ -144,7 +145,8 @@ class AdvisoriesTest(ScenarioTest):
         expected[astrolabe] = "LSA-7 (Low/Sec.): The advisory LSA-7\n" + expected[astrolabe]
         alone = {package: package.advisories for package in expected}
         self.assertEqual(alone, expected)
-        # loadAdvisories() makes an index for searches. With the index, all packages have the same advisories.
+        # loadAdvisories() makes an index for searches. With this index, each package must have the same advisories as
+        # without it.
         everything = self.updates + self.installed + self.available
         alone = [package.advisories for package in everything]
         self.yumio.loadAdvisories()

@@ -1,12 +1,12 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The four ways of cleaning the cache."""
+"""Tests of the four ways to clean the cache."""
 
 import os
 import re
 
 from scenario import ScenarioTest, in_own_process
 
-# The patterns of the paths for each kind of file in the cache.
+# For each kind of file in the cache, the pattern of its paths.
 KINDS = {
     "packages": r"/packages/[^/]+\.rpm$",
     "solver": r"\.solvx?$",
@@ -16,7 +16,7 @@ KINDS = {
 
 class CleanTest(ScenarioTest):
     def files(self):
-        """Kind -> files in the cache. Unknown files are of the kind "other"."""
+        """The files in the cache by their kind; files of no known kind are "other"."""
         found = {"packages": set(), "solver": set(), "metadata": set(), "other": set()}
         cache = self.sandbox.root + "/var/cache/yum"
         for directory, _, names in os.walk(cache):
@@ -27,7 +27,7 @@ class CleanTest(ScenarioTest):
         return found
 
     def filled(self):
-        """Fills the cache with files of each kind and with foreign files; returns them."""
+        """Fills the cache with files of each kind, and with files that dnf does not know. Returns all files."""
         self.configure("keepcache=1")
         self.started()
         self.apply(installs=["loupe"])
@@ -47,7 +47,7 @@ class CleanTest(ScenarioTest):
         after = self.files()
         for kind in before:
             self.assertEqual(after[kind], set() if kind in kinds else before[kind], kind)
-        # The next collection makes the removed files again.
+        # The next collection downloads or makes the removed files again.
         self.yumio.reset()
         self.collect()
         self.package(self.available, "astrolabe")
@@ -92,7 +92,7 @@ class CleanTest(ScenarioTest):
 
     @in_own_process
     def test_nothing_is_cleaned_while_another_process_changes_packages(self):
-        # The other process may be about to install the downloaded packages.
+        # The other process may be about to install packages from the cache.
         before = self.filled()
         self.write("/var/lib/dnf/rpmdb_lock.pid", str(os.getppid()))
         for method in ("cleanDbcache", "cleanPackages", "cleanMetadata", "cleanAll"):
@@ -102,6 +102,6 @@ class CleanTest(ScenarioTest):
         os.unlink(self.sandbox.root + "/var/lib/dnf/rpmdb_lock.pid")
         self.yumio.lock()
         self.yumio.cleanAll()
-        # The program still holds its own lock.
+        # Cleaning has not released VYRE's own lock.
         self.assertTrue(os.path.exists(self.sandbox.root + "/var/lib/dnf/rpmdb_lock.pid"))
         self.assertEqual(self.files()["packages"], set())

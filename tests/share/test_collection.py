@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Reading repositories and collecting their packages."""
+"""Tests of reading repositories and collecting their packages."""
 
 import contextlib
 import datetime
@@ -25,7 +25,7 @@ REPODATA = "/sandbox-http/repodata/"
 
 
 class LeftoversTest(ScenarioTest):
-    """The reports about an interrupted transaction."""
+    """Tests of the reports about an interrupted transaction."""
 
     def reports(self):
         return [text for text in self.recording.errors() if "last transaction" in text or
@@ -42,7 +42,7 @@ class LeftoversTest(ScenarioTest):
         self.load()
         self.yumio.lock()
         self.collect()
-        # Two kernels, and a library in two architectures, are normal.
+        # Two kernels, and a library in two architectures, cause no report.
         self.assertEqual(self.reports(), [])
         self.apply(installs=["astrolabe"])
         self.collect_again()
@@ -65,13 +65,13 @@ class LeftoversTest(ScenarioTest):
         self.collect_again()
         self.assertEqual(self.reports(), ["The history does not record the end of the last transaction, begun on "
                                           "%s.\nAll its packages are in the intended state." % time.ctime(86400)])
-        # A missing package means that the transaction was interrupted.
+        # Without one of its packages, the transaction counts as interrupted.
         self.sandbox.rpm("--erase", "astrolabe")
         self.collect_again()
         self.assertEqual(self.reports(), ["The last transaction, begun on %s, was interrupted.\n"
                                           "Mark and apply its remaining changes again."
                                           % time.ctime(86400)])
-        # After another transaction, the interrupted transaction is no longer the last transaction.
+        # After another transaction, the interrupted one is no longer the last, so it is not reported.
         self.apply(installs=["astrolabe"])
         self.collect_again()
         self.assertEqual(self.reports(), [])
@@ -207,7 +207,7 @@ class SetupTest(ScenarioTest):
         self.server.forget()
         self.again()
         self.assertIn(REPODATA + "repomd.xml", self.server.paths(200))
-        # Unchanged metadata is not downloaded again.
+        # The server sent no file that has not changed.
         self.assertNotIn(self.metadata("primary.xml.gz"), self.server.paths())
         self.package(self.available, "astrolabe")
 
@@ -241,7 +241,7 @@ class CollectionTest(ScenarioTest):
     def test_installed_and_available_packages_are_collected(self):
         self.started()
         self.assertEqual({str(package) for package in self.installed}, self.sandbox.installed())
-        # The newest version is the first in the list, because the program shows the first version.
+        # The newest version comes first, because the program shows the first version in its row.
         self.assertEqual([package.version for package in self.installed if package.name == "kernel"],
                          ["6.1.25", "6.1.20"])
         available = [str(package) for package in self.available]
@@ -400,7 +400,8 @@ class CollectionTest(ScenarioTest):
         self.assertEqual(self.package(self.available, "tagsoup").changelogs, [])
         self.assertIn("sandbox-http", "\n".join(self.recording.errors()))
         self.assertEqual(len(self.package(self.available, "manyfiles").files), 2000)
-        # A search reads the change log of every package, but the log reports the unreadable repository only once.
+        # The first change log has caused a message in the log. Other change logs of this repository must not cause
+        # further messages.
         count = len(self.recording.errors())
         self.assertEqual(self.package(self.available, "tagsoup").changelogs, [])
         self.assertEqual(self.package(self.available, "manyfiles").changelogs, [])
@@ -444,7 +445,7 @@ class CollectionTest(ScenarioTest):
                 self.assertEqual(package.buildhost, "builder7.larkspur.example")
                 self.assertGreater(len(package.changelogs), 0)
         self.assertEqual(looked_up, ["gallivant", "almanac", "gallivant"])
-        # A transaction discards the header.
+        # A transaction makes the script discard the header, so it looks the header up again.
         del looked_up[:]
         self.apply(installs=["chatterbox"], answers=[0])
         self.assertEqual(gallivant.buildhost, "builder7.larkspur.example")
@@ -478,7 +479,7 @@ class CollectionTest(ScenarioTest):
 
 
 class ReplacementTest(ScenarioTest):
-    """Installed packages that another package is going to replace."""
+    """Tests of installed packages that another package is going to replace."""
 
     OLD = "oldpost-1.8-1.x86_64"
     NEW = "newpost-2.0-1.x86_64"
@@ -487,7 +488,7 @@ class ReplacementTest(ScenarioTest):
         return [(str(old), str(new)) for old, new in self.yumio.replacements]
 
     def upgraded(self):
-        """The packages that "dnf upgrade" would replace by other packages, as names with architecture."""
+        """The packages that "dnf upgrade" would replace by other packages, as "name.architecture"."""
         root = self.sandbox.root
         done = subprocess.run(
             ["dnf", "--installroot", root, "--config", root + "/etc/yum.conf", "--assumeno", "--releasever=9",
@@ -540,7 +541,7 @@ class ReplacementTest(ScenarioTest):
             else:
                 self.configure("obsoletes=1")
                 self.again()
-            # If "upgrade" has no names, dnf 4.14 ignores the obsoletes option.
+            # Without the names of packages, "dnf upgrade" of dnf 4.14 ignores the obsoletes option.
             if line != "obsoletes=0":
                 self.assertEqual(self.upgraded(), [], line)
             self.assertEqual(self.replacements(), [], line)
@@ -551,7 +552,7 @@ class ReplacementTest(ScenarioTest):
         self.assertEqual(self.replacements(), [(self.OLD, self.NEW)])
         self.apply(updates=["tidewatch", "abacus-cli"], answers=(1, 1))
         self.assertEqual([package.name for package in self.yumio.leftOut], ["tidewatch"])
-        # Release the test's own references to the packages, as the program does before it collects again.
+        # The test releases its own references to the packages, as the program does before it collects again.
         self.updates = self.installed = self.available = None
         self.recording.clear()
         self.yumio.setupRepos()
@@ -567,11 +568,11 @@ class ReplacementTest(ScenarioTest):
 
 
 class ArchitectureTest(ScenarioTest):
-    """Updates in which a package gains, loses or keeps an architecture, on a system with two architectures."""
+    """Tests of updates in which a package gains, loses or keeps an architecture, on a system with two architectures."""
 
     REPOSITORY = "extra-crossings"
 
-    # Name: the installed versions, the available versions.
+    # For each package, the installed versions and the available versions.
     CASES = {
         "none-to-both": ("1.noarch", "2.x86_64 2.i686"),
         "none-to-native": ("1.noarch", "2.x86_64"),
@@ -637,7 +638,7 @@ class ArchitectureTest(ScenarioTest):
         self.sandbox.use(self.REPOSITORY)
 
     def command(self, *options):
-        """The output of "dnf upgrade" with all these packages."""
+        """The output of "dnf upgrade" with the names of all these packages."""
         root = self.sandbox.root
         return subprocess.run(
             ["dnf", "--installroot", root, "--config", root + "/etc/yum.conf", "--releasever=9", "--disablerepo=*",
@@ -651,7 +652,7 @@ class ArchitectureTest(ScenarioTest):
         return [package for package in packages if package.name in self.CASES]
 
     def chain(self, new):
-        """The installed packages that are chained to an update's record."""
+        """The installed packages that the record of an update chains."""
         biArch = self.yumio.getBiArch
         key = (new.name, biArch(new.arch))
         moved = {(old.name, biArch(old.arch)): (each.name, biArch(each.arch))

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Rules of the dnf command that are not in dnf's library. The script follows these rules too."""
+"""Tests of rules of the dnf command that are not in dnf's library. The script follows these rules too."""
 
 import glob
 import json
@@ -16,7 +16,7 @@ class CommandRulesTest(ScenarioTest):
         return os.path.join(self.sandbox.root, "var/cache/yum", name)
 
     def asked(self):
-        """The repositories from which metadata was requested."""
+        """The repositories whose metadata the server was asked for."""
         return sorted(set(path.split("/")[1] for path in self.server.paths(200) if path.endswith("repomd.xml")))
 
     @in_own_process
@@ -113,7 +113,7 @@ class CommandRulesTest(ScenarioTest):
 
     @in_own_process
     def test_an_image_based_system_is_not_changed(self):
-        """Tests only the check, because the rest of the operation would change the running system."""
+        """Tests only the check, because the rest of such an operation would change the running system."""
         self.started()
         image = self.module("image")
 
@@ -125,7 +125,7 @@ class CommandRulesTest(ScenarioTest):
         os.system("mount -t tmpfs none /run && touch /run/ostree-booted && mount --bind /usr /usr && "
                   "mount -o remount,bind,ro /usr")
         self.assertTrue(os.statvfs("/usr").f_flag & os.ST_RDONLY)
-        check()  # the managed root is not the running system
+        check()  # the image is that of the running system, not of the managed root
         image.managedRoot = lambda: "/"
         try:
             self.assertRaisesRegex(self.dnf.exceptions.Error,
@@ -139,7 +139,7 @@ class CommandRulesTest(ScenarioTest):
 
     @in_own_process
     def test_protected_files_of_an_image_are_not_changed(self):
-        """Only some versions of dnf have the option for protected paths."""
+        """Only some versions of dnf have the option for protected paths; without it, no path is protected."""
         self.configure("usr_drift_protected_paths=/nowhere/*,/usr/share/doc/astrolabe*")
         self.started()
         base = self.yumio.base
@@ -159,7 +159,7 @@ class CommandRulesTest(ScenarioTest):
             base.package_install(self.package(self.available, name))
             base.resolve()
             os.system("mount -t tmpfs none /run")
-            check()  # the system has no image
+            check()  # the running system is not based on an image
             os.system("touch /run/ostree-booted")
             if not refused:
                 check()
@@ -172,7 +172,7 @@ class CommandRulesTest(ScenarioTest):
 
     @in_own_process
     def test_the_script_keeps_the_umask(self):
-        """The script's files get the same modes as dnf's files."""
+        """With an unchanged umask, the script's files get the same modes as dnf's files."""
         os.umask(0o027)
         self.load()
         self.assertEqual(os.umask(0o022), 0o027)

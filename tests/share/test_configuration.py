@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The start of the script: repositories, the release, and messages to the program."""
+"""Tests of the script's start: repositories, the release, and messages to the program."""
 
 import os
 import re
@@ -33,7 +33,7 @@ class ConfigurationTest(ScenarioTest):
         self.write("/etc/yum.repos.d/broken.repo", "[broken\nname=x\n")
         self.write("/etc/yum.repos.d/illegal.repo", "[not a name!]\nname=x\nbaseurl=file:///\n")
         yumio = self.load()
-        # The script reads the files when they are first needed. This never happens on the graphical thread.
+        # The script reads repository files when they are first needed, not when it is loaded on the graphical thread.
         self.assertEqual(self.recording.errors(), [])
         self.assertIn("sandbox-file", yumio.base.repos)
         errors = "\n".join(self.recording.errors())
@@ -79,7 +79,7 @@ class ConfigurationTest(ScenarioTest):
         os.truncate(place + "large.repo", 50000000)
         yumio = self.load()
         self.assertEqual(repositories(yumio), sorted(LAYOUT))
-        # The script reports no errors, because the program itself reports these files.
+        # The script itself is silent, because the program reports these files.
         self.assertEqual(self.recording.errors(), [])
         self.assert_no_faults()
 
@@ -111,7 +111,7 @@ class ConfigurationTest(ScenarioTest):
         yumio = self.load()
         self.assertEqual(repositories(yumio), sorted(LAYOUT + added))
         self.assertEqual(list(yumio.base.conf.reposdir), [self.sandbox.root + directory for directory in known])
-        # The program gets the same directories for the editor.
+        # The program gets the same directories, for the repository editor.
         self.assertEqual(yumio.knownDirectories, known_by_dnf)
         shutil.rmtree(self.sandbox.root + "/etc/distro.repos.d")
         yumio.reset()
@@ -138,7 +138,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(self.address_used_by_dnf(), address)
 
     def address_used_by_dnf(self):
-        """The address of the repository "parts" in dnf's message about the failed download."""
+        """The URL of the repository "parts" that dnf reports in its message about the failed download."""
         command = ["/usr/bin/dnf", "--installroot", self.sandbox.root, "--noplugins", "repolist", "--verbose",
                    "--setopt=reposdir=%s/etc/yum.repos.d" % self.sandbox.root, "--disablerepo=*", "--enablerepo=parts"]
         shown = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, universal_newlines=True,
@@ -148,7 +148,8 @@ class ConfigurationTest(ScenarioTest):
 
     @in_own_process
     def test_given_parts_of_the_release_are_used_as_by_dnf(self):
-        """The parts of the release come from variable files or the environment, with or without a given release."""
+        """The parts of the release come from variable files or from the environment, with or without a given release.
+        """
         self.write("/etc/yum.repos.d/parts.repo",
                    "[parts]\nname=Parts\nbaseurl=file:///$releasever/$releasever_major.$releasever_minor/\n")
         self.load()

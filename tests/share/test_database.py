@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Other programs that use the package database at the same time."""
+"""Tests with other programs that use the package database at the same time."""
 
 import fcntl
 import os
@@ -40,7 +40,7 @@ class OutdatedTest(DatabaseTest):
         self.rpm("-e", "almanac")
         self.assert_refused(CHANGED, removes=["almanac"], answers=[])
         self.check_outdated()
-        # When the script has read the packages again, a transaction succeeds.
+        # After the script has read the packages again, a transaction succeeds.
         self.again()
         self.assertEqual(self.changes(self.apply, installs=["astrolabe"]), ({ASTROLABE}, set()))
         self.assertFalse(self.yumio.outdated)
@@ -63,7 +63,7 @@ class OutdatedTest(DatabaseTest):
 
     @in_own_process
     def test_marks_are_refused_after_another_program_has_reinstalled_a_package(self):
-        """The package is still the same, but its number in the database has changed."""
+        """The package has the same version as before, but a new number in the database."""
         self.started()
         self.rpm("-i", "--nodeps", "--replacepkgs",
                  os.path.join(self.sandbox.repository("sandbox-http"), ALMANAC + ".rpm"))
@@ -80,7 +80,7 @@ class OutdatedTest(DatabaseTest):
 
 
 class Holder(object):
-    """Another process that holds a lock until let_go()."""
+    """Another process that holds a lock until let_go() is called."""
 
     def __init__(self, take):
         here, there = os.pipe()
@@ -121,8 +121,8 @@ class LockedTest(DatabaseTest):
         return connection
 
     def prepare(self):
-        """Collects the packages. From now on, the question about waiting appears after half a second. Returns the list
-        of shown activities.
+        """Collects the packages, and shortens the wait before the question to half a second. Returns the list in which
+        all shown activities are recorded.
         """
         self.started()
         shown = []
@@ -140,7 +140,7 @@ class LockedTest(DatabaseTest):
         self.assert_refused("^Another program is using the package database. Nothing was changed.$",
                             removes=["almanac"], answers=[0])
         who = "%s (%d)" % (self.module("locks").nameOfProcess(self.holder.process), self.holder.process)
-        # The script reports the activity repeatedly, so that the program can end the wait.
+        # The script repeats the activity, so that the program can end the wait.
         self.assertGreater(len(shown), 1)
         self.assertEqual(set(shown), {"Waiting for %s, which uses the package database" % who})
         self.assertEqual(self.recording.printed(),
@@ -174,7 +174,7 @@ class LockedTest(DatabaseTest):
         self.assertFalse(self.yumio.systemChanged)
         self.assertEqual(self.sandbox.installed(), before)
         self.let_go()
-        # The script holds no lock: another process gets both locks.
+        # The script has released its own locks: another process gets both.
         Holder(self.rpm_lock).let_go()
         Holder(self.database_lock).let_go()
         self.assertEqual([name for name in os.listdir("/proc/self/fd") if self.target(name).endswith(".rpm.lock")], [])
@@ -185,7 +185,7 @@ class LockedTest(DatabaseTest):
     def target(name):
         try:
             return os.readlink("/proc/self/fd/" + name)
-        except OSError:  # the descriptor that lists the directory
+        except OSError:  # the descriptor with which listdir() read the directory
             return ""
 
     @in_own_process
@@ -229,7 +229,9 @@ class LockedTest(DatabaseTest):
         self.check_given_up(self.database_lock)
 
     def check_waits(self, take):
-        """Another process takes the lock while the user sees the listing, and releases it while the script waits."""
+        """Another process takes the lock while the user sees the listing, and releases it while the script waits for
+        it.
+        """
         shown = self.prepare()
 
         def hold():
@@ -266,7 +268,7 @@ class LockedTest(DatabaseTest):
                 self.let_go()
         self.module("program").changeActivity = show
         self.assertEqual(self.changes(self.apply, removes=["almanac"]), (set(), {ALMANAC}))
-        # The second time, the lock is free.
+        # "Waiting for" is shown before the lock is free. When the lock is free, the bar shows the next step.
         self.assertRegex(shown[2], "^Waiting for ")
         self.assertEqual(shown[3:], ["Resolve Dependencies"])
 
@@ -335,8 +337,8 @@ class HistoryTest(DatabaseTest):
         return path
 
     def check_damaged(self, change):
-        """Checks that packages are collected but actions are refused, and that the message names the file and a remedy
-        that works.
+        """Checks that packages can be collected but not changed, and that the message names the file and a remedy that
+        works.
         """
         path = self.damage(change)
         self.load()

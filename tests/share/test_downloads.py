@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Successful, failed and unnecessary downloads."""
+"""Tests of successful, failed and unnecessary downloads."""
 
 import ctypes
 import os
@@ -51,7 +51,7 @@ class DownloadTest(ScenarioTest):
     @in_own_process
     def test_an_interrupt_does_not_affect_later_downloads(self):
         self.load()
-        # Set the variable that librepo's signal handler sets after SIGINT.
+        # librepo's signal handler sets this variable after SIGINT.
         interrupted = ctypes.c_int.in_dll(ctypes.CDLL("librepo.so.0"), "lr_interrupt")
         interrupted.value = 1
         with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "[Ii]nterrupted"):
@@ -134,9 +134,7 @@ class DownloadTest(ScenarioTest):
                          ["/sandbox-http/astrolabe-5.6-1.x86_64.rpm"])
 
     def verified(self, package):
-        """Whether the script verifies the package. Like the program, this function returns False after these two
-        exceptions.
-        """
+        """Whether the script verifies the package. These two exceptions mean False, as in the program."""
         try:
             return self.yumio.verifyLocalPkg(package)
         except (FileNotFoundError, self.dnf.exceptions.MiscError):

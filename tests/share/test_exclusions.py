@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Installed packages that the configuration excludes, and the kinds of items in a transaction."""
+"""Tests of installed packages that the configuration excludes, and of the kinds of items in a transaction."""
 
 import subprocess
 
@@ -19,7 +19,7 @@ class ExcludedTest(ScenarioTest):
         self.excluded = list(self.yumio.collectAll().excluded)
 
     def command(self, *arguments):
-        """The output of a dnf command that changes nothing."""
+        """The output of a dnf command that answers its question with "no"."""
         root = self.sandbox.root
         done = subprocess.run(
             ["dnf", "--noplugins", "--assumeno", "--installroot", root, "-c", root + "/etc/yum.conf",

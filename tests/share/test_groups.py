@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Groups on a system whose package manager cannot read them."""
+"""Tests of groups on a system whose dnf cannot read them."""
 
 import types
 
@@ -14,7 +14,9 @@ class WithoutGroupsTest(ScenarioTest):
         self.load()
 
     def break_groups(self):
-        """If groups are readable here, makes them unreadable: from now on, every call of libcomps fails."""
+        """Makes groups unreadable, if dnf can read them here. Every call of libcomps that reads groups then fails the
+        test.
+        """
         if not self.sandbox.without_groups:
             self.module("groups").groupsCanBeRead = lambda: False
             import dnf.comps
@@ -34,7 +36,7 @@ class WithoutGroupsTest(ScenarioTest):
         check = self.module("groups").groupsCanBeRead.__wrapped__
 
         class Twice(object):
-            """A probe that behaves as with Python 3.13, which asks for an iterator twice."""
+            """A probe that behaves as in Python 3.13, where a loop asks for an iterator twice."""
             asked = 2
 
             def __iter__(self):
@@ -83,7 +85,7 @@ class WithoutGroupsTest(ScenarioTest):
         changed = self.changes(self.apply, installs=["orchard"], updates=["abacus-cli"], removes=["almanac"])
         self.assertIn("orchard-3.0-1.x86_64", changed[0])
         self.assertIn("almanac-1.9-1.noarch", changed[1])
-        # The log reports this only once.
+        # The next collection does not report unreadable groups again.
         self.yumio.reset()
         self.collect()
         self.assertEqual(self.groups, {})
@@ -98,5 +100,5 @@ class WithoutGroupsTest(ScenarioTest):
         self.yumio.lock()
         self.collect()
         self.assertEqual((self.groups, self.recording.without_groups()), ({}, []))
-        # Reading an empty list of groups does not end the process either.
+        # Reading the empty list of groups must not crash the process either.
         self.assertEqual(self.yumio.base.comps.groups, [])

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The record of a transaction in the history, and the downloaded packages after a transaction."""
+"""Tests of the record of a transaction in the history, and of the downloaded packages after a transaction."""
 
 import glob
 import json
@@ -18,13 +18,13 @@ class OutcomeTest(ScenarioTest):
         self.configure("cachedir=/var/cache/yum")
 
     def transactions(self, root=None):
-        """The command line, user, state, end and comment of each transaction."""
+        """For each transaction: the command line, the user, the state, whether it has an end, and the comment."""
         with sqlite3.connect(os.path.join(root or self.sandbox.root, "var/lib/dnf/history.sqlite")) as connection:
             return connection.execute("select cmdline, user_id, state, dt_end is not null, comment from trans "
                                       "order by id").fetchall()
 
     def command(self, sandbox, *arguments):
-        """Runs the dnf command with the same cache; returns its exit status."""
+        """Runs the dnf command on this copy, with the cache directory that the script uses. Returns the exit status."""
         root = sandbox.root
         return subprocess.run(
             ["/usr/bin/dnf", "--assumeyes", "--quiet", "--installroot", root, "-c", root + "/etc/yum.conf",
@@ -32,7 +32,7 @@ class OutcomeTest(ScenarioTest):
             env=sandbox.environment(), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).returncode
 
     def twin(self):
-        """Another copy of the system, for the dnf command."""
+        """A second copy of the sandbox, for the dnf command."""
         twin = self.sandbox.copy(os.path.join(self.directory, "twin"))
         for name in os.listdir(os.path.join(self.sandbox.root, "etc/yum.repos.d")):
             with open(self.repository_file(name[:-5])) as stream:
@@ -133,7 +133,7 @@ class TestOnlyTest(OutcomeTest):
         self.module("program").addBeforeListing = lambda text: announced.append(
             (text, list(self.recording.answers)))
         self.assertIs(self.apply(installs=["astrolabe"], removes=["almanac"]), False)
-        # The script has added this text to the listing before the user answers the question.
+        # This text was added to the listing before the user answered the question.
         self.assertEqual(announced, [(
             "This is only a test, because the tsflags option contains test. dnf downloads and checks the "
             "packages;\n"
@@ -145,7 +145,7 @@ class TestOnlyTest(OutcomeTest):
         self.assertNotIn("astrolabe-5.6-1.x86_64", self.sandbox.installed())
         self.assertIn("almanac-1.9-1.noarch", self.sandbox.installed())
         self.assertTrue([text for level, text in self.recording.of("log") if "check the transaction" in text])
-        # Like dnf, the script records the downloaded packages.
+        # The script records the downloaded packages for their later removal, as dnf does.
         self.assertEqual((self.downloaded(), self.recorded()),
                          (self.downloaded(twin.root), self.recorded(twin.root)))
         self.assertEqual(self.recorded(), ["astrolabe-5.6-1.x86_64.rpm"])
@@ -162,7 +162,7 @@ class TestOnlyTest(OutcomeTest):
         before = self.transactions()
         self.assertIs(self.apply(group_removes=["arts"]), True)
         self.assertEqual(len(self.transactions()), len(before) + 1)
-        # The listing says nothing about a test.
+        # The text before the listing does not mention a test.
         self.assertEqual((announced, self.yumio.remarks), (
             ["The group Arts has no packages that can be removed; only its record is removed.\n\n"], []))
 
@@ -217,7 +217,7 @@ class DownloadedPackagesTest(OutcomeTest):
         self.assertEqual([text for text in texts if "dnf clean" in text], [])
 
     def run_failing_transaction(self):
-        """Runs a transaction that fails after the downloads."""
+        """Runs a transaction that fails after its downloads."""
         def no(*unused):
             raise self.dnf.exceptions.Error("no")
 
@@ -268,4 +268,4 @@ class DownloadedPackagesTest(OutcomeTest):
         base = self.yumio.base
         self.yumio.unlock()
         self.assertTrue(base._closed)
-        self.yumio.unlock()  # a second call does nothing
+        self.yumio.unlock()  # a second call has no effect

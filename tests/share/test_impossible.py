@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Marks that cannot be applied, alone or together, and additional removals because of a removal."""
+"""Tests of marks that cannot be applied, alone or together, and of removals that other removals cause."""
 
 import gettext
 import os
@@ -17,14 +17,14 @@ BARRIER = "nothing provides libtide.so.9()(64bit) needed by tidewatch-2.0-1.noar
 
 
 def question(rest):
-    """The text of the question before the packages and their reasons."""
+    """The beginning of the question, before the packages and their reasons. rest: the remaining marks."""
     return ('Go on without these packages?\n\n"Yes" goes on with the remaining marks: %s. '
             'VYRE keeps the marks that cannot be applied.\n'
             '"No" changes nothing. VYRE keeps all marks.' % rest)
 
 
 def german():
-    """The German texts of the script, as the program offers them."""
+    """The German translations of the script's texts, by the English texts."""
     context, = [each for each in ElementTree.parse(os.path.join(SOURCES, "translations", "vyre_de.ts")).iter("context")
                 if each.findtext("name") == "YumIO"]
     return {each.findtext("source"): each.findtext("translation") for each in context.iter("message")}
@@ -32,7 +32,7 @@ def german():
 
 class QuestionTest(ScenarioTest):
     def question(self):
-        """The question's printed text. No other text was printed with it."""
+        """The text that was printed for the question. Nothing else may have been printed together with it."""
         self.assertEqual(self.recording.names().count("gpgsigcheck") -
                          len([name for name in self.recording.names() if name == "downloadEnd"]), 1)
         return self.recording.printed()
@@ -41,7 +41,7 @@ class QuestionTest(ScenarioTest):
         return sorted(str(each) for each in self.yumio.leftOut)
 
     def count_resolutions(self):
-        """Counts the calls of the resolver from now on."""
+        """Returns a list that gets one element for each run of dnf's resolver from now on."""
         counted = []
         base = self.yumio.base
         run = base._run_hawkey_goal
@@ -61,8 +61,7 @@ class UpdatesTest(QuestionTest):
         text = self.recording.printed()
         head, _, reasons = text.partition("\n\ntidewatch-2.0-1.noarch\n    ")
         self.assertEqual(head, question("abacus-cli, astrolabe"))
-        # The reason that names the package comes first. The question omits the unspecific reason "conflicting
-        # requests".
+        # The reason that names the package comes first, and the unspecific reason "conflicting requests" is omitted.
         self.assertTrue(reasons.startswith(BARRIER), text)
         self.assertNotIn("conflicting requests", text)
         self.assertNotIn("abacus-cli", reasons)
@@ -70,7 +69,7 @@ class UpdatesTest(QuestionTest):
         self.assertIs(self.yumio.leftOut[0], self.package(self.updates, "tidewatch"))
         self.assertNotIn("tidewatch-2.0-1.noarch", self.recording.listed())
         self.assertEqual(self.yumio.base.args, ["vyre: install astrolabe; upgrade abacus-cli"])
-        # The resolver runs three times: with all marks, to find the possible marks, and with the remaining marks.
+        # The resolver runs three times: with all marks, then to find the possible marks, then with these marks.
         self.assertEqual(len(counted), 3)
 
     @in_own_process
@@ -86,7 +85,7 @@ class UpdatesTest(QuestionTest):
         self.started()
         changed = self.changes(self.apply, updates=["tidewatch", "abacus-cli"], answers=[1, 0])
         self.assertEqual(changed, NOTHING)
-        # The next transaction begins with an empty list of left-out packages.
+        # In the next transaction, the list of left-out packages is empty.
         self.apply(installs=["astrolabe"])
         self.assertEqual(self.left_out(), [])
 
@@ -102,7 +101,7 @@ class UpdatesTest(QuestionTest):
     def test_skip_broken_does_not_prevent_the_question(self):
         self.configure("skip_broken=1")
         self.started()
-        # The option has another effect: as in dnf, it makes group members optional.
+        # The option has the effect that it has in dnf: group members become optional.
         self.assertFalse(self.yumio.base.conf.strict)
         changed = self.changes(self.apply, installs=["moonbridge", "astrolabe"], answers=[1, 1])
         self.assertEqual(changed, ({"astrolabe-5.6-1.x86_64"}, set()))
@@ -120,7 +119,7 @@ class UpdatesTest(QuestionTest):
         self.started()
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
             self.apply(updates=["tidewatch"])
-        # Newer versions of dnf name the repository at the end.
+        # At the end of a reason, newer versions of dnf name the repository.
         self.assertEqual(str(caught.exception).replace(" from sandbox-updates", ""),
                          "The marks cannot be applied:\ntidewatch-2.0-1.noarch\n    " + BARRIER +
                          "\nNothing was changed. VYRE keeps all marks.")
@@ -138,8 +137,8 @@ class UpdatesTest(QuestionTest):
                          "Nothing was changed. VYRE keeps all marks.")
 
     def refusal_of(self, **actions):
-        """The message about a refusal. Nothing may have changed. Repository names are removed from the message, because
-        only newer versions of dnf add them.
+        """The message with which the actions are refused; nothing may have changed. The result lacks the names of
+        repositories, which only newer versions of dnf add.
         """
         before = self.sandbox.installed()
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
@@ -151,7 +150,7 @@ class UpdatesTest(QuestionTest):
     @in_own_process
     def test_one_message_gives_all_reasons_if_the_second_resolution_fails(self):
         self.started()
-        # In this test, the search finds only one of the two impossible marks.
+        # Here, the search for impossible marks finds only one of two.
         self.module("resolving").impossibleMarks = lambda base, marks: [
             package for package in marks.newVersions() if package.name == "tidewatch"]
         text = self.refusal_of(updates=["tidewatch"], installs=["moonbridge", "astrolabe"])
@@ -160,7 +159,7 @@ class UpdatesTest(QuestionTest):
         self.assertTrue(text.endswith("\nNothing was changed. VYRE keeps all marks."), text)
         for line in (BARRIER, "nothing provides gravity >= 6 needed by moonbridge-1.0-1.noarch"):
             self.assertEqual(text.count(line), 1, text)
-        # dnf's own text lists problems for a terminal.
+        # The text with which dnf lists problems on a terminal is not used.
         self.assertNotIn("Problem", text)
         self.assertNotIn("conflicting requests", text)
 
@@ -213,7 +212,7 @@ class UpdatesTest(QuestionTest):
         self.apply(updates=["tidewatch", "abacus-cli"], answers=[1, 1])
         self.assertEqual(self.yumio.leftOutReasons.replace(" from sandbox-updates", ""),
                          "tidewatch-2.0-1.noarch\n    " + BARRIER)
-        # The next transaction clears the list.
+        # The next transaction clears the reasons.
         self.again()
         self.apply(installs=["astrolabe"])
         self.assertEqual(self.yumio.leftOutReasons, "")
@@ -225,7 +224,7 @@ class UpdatesTest(QuestionTest):
         named = "nothing provides x needed by y-1-1.noarch"
         best = "cannot install the best candidate for the job"
         self.assertEqual(clearest(["conflicting requests", best, named]), [named, best])
-        # If this line is the only line, it is kept.
+        # An unspecific reason is kept if it is the only one.
         self.assertEqual(clearest(["conflicting requests"]), ["conflicting requests"])
         self.assertEqual(clearest(["b", "a"]), ["b", "a"])
         self.assertEqual(clearest([]), [])
@@ -254,7 +253,7 @@ class UpdatesTest(QuestionTest):
         changed = self.changes(self.apply, updates=["tidewatch", "abacus-cli"], answers=[0])
         self.assertEqual(changed, NOTHING)
         head, _, reasons = self.recording.printed().partition("\n\ntidewatch-2.0-1.noarch\n    ")
-        # The buttons are Yes and No in all languages.
+        # The buttons are "Yes" and "No" in all languages.
         self.assertEqual(head, "Ohne diese Pakete fortfahren?\n\n„Yes“ fährt mit den übrigen Vormerkungen fort: "
                          "abacus-cli. VYRE behält die nicht ausführbaren Vormerkungen.\n„No“ ändert nichts. "
                          "VYRE behält alle Vormerkungen.")
@@ -303,7 +302,7 @@ class UpdatesTest(QuestionTest):
 
 class GroupQuestionTest(QuestionTest):
     def add_impossible_member(self):
-        """Adds a member with an impossible update to the group "weaving"."""
+        """Adds a package with an impossible update to the members of the "weaving" group."""
         self.change_comps('<packagereq type="mandatory">loomctl</packagereq>',
                           '<packagereq type="mandatory">loomctl</packagereq>'
                           '<packagereq type="mandatory">tidewatch</packagereq>')
@@ -367,8 +366,8 @@ class GroupQuestionTest(QuestionTest):
         self.assertIn("gravity >= 6", self.recording.printed())
 
     def check_optional_members(self, option):
-        """Set this option, which makes group members optional. Check that the question names a left-out member and the
-        reason.
+        """Sets this option, which makes group members optional. Checks that the question names a left-out member and
+        the reason.
         """
         self.configure(option)
         self.change_comps('<packagereq type="mandatory">pebble-go</packagereq>',
@@ -397,7 +396,7 @@ class GroupQuestionTest(QuestionTest):
     @in_own_process
     def test_each_marked_package_that_is_left_out_is_named(self):
         self.started()
-        # The search for impossible marks can find another solution than the last resolution.
+        # The search for impossible marks finds nothing here, but the resolution leaves a package out.
         self.module("resolving").impossibleMarks = lambda base, marks: []
         added, gone = self.changes(self.apply, group_installs=["games"], installs=["moonbridge", "astrolabe"],
                                    answers=[1, 1])
@@ -436,7 +435,7 @@ class RemovalTest(QuestionTest):
         self.assert_installation_is_left_out("sandstone-1.0-1.noarch", installs=["sandstone"], removes=["almanac"])
 
     def assert_installation_is_left_out(self, name, **actions):
-        """The installation is left out, and the removal is applied."""
+        """Checks that the installation is left out, and that the removal is applied."""
         added, gone = self.changes(self.apply, answers=[1, 1], **actions)
         self.assertEqual(added, set())
         self.assertNotIn("libgranite", " ".join(gone))
@@ -509,7 +508,9 @@ class RemovalTest(QuestionTest):
         self.assertEqual(self.left_out(), ["birch-log-3.0-1.x86_64", "parrot-1.0-1.noarch"])
 
     def install_protected_package_with_two_providers(self):
-        """Installs two providers of a protected package. Either provider can be removed, but not both."""
+        """Installs a protected package and two packages that provide the same requirement of it. One of the two can be
+        removed, but not both.
+        """
         self.build("oil-a", "Provides: lamp-oil")
         self.build("oil-b", "Provides: lamp-oil")
         self.build("keeper", "Requires: lamp-oil")
@@ -535,14 +536,14 @@ class RemovalTest(QuestionTest):
 
     @in_own_process
     def test_an_available_provider_does_not_replace_a_removed_provider(self):
-        """Like dnf, the script removes a package although an available provider could keep it."""
+        """Like dnf, the script removes a package although an available package could provide its requirement."""
         self.install_package_with_two_providers()
         self.started()
         changed = self.changes(self.apply, removes=["tern-mta"])
         self.assertEqual(changed, (set(), {"tern-mta-1.0-1.noarch", "lighthouse-1.0-1.noarch"}))
         self.assertEqual(self.recording.listed(), {"tern-mta-1.0-1.noarch": (REMOVE, USER),
                                                    "lighthouse-1.0-1.noarch": (REMOVE, DEPENDENCY)})
-        # After the transaction, the available packages are no longer hidden.
+        # The script hides the available packages only during the transaction.
         self.again()
         self.assertIn("gull-mta", [package.name for package in self.available])
 
@@ -554,19 +555,19 @@ class RemovalTest(QuestionTest):
         self.assertEqual(changed, ({"gull-mta-1.0-1.noarch"}, {"tern-mta-1.0-1.noarch"}))
 
     def install_package_with_two_providers(self):
-        """Installs a mail transport and a package that needs a mail transport."""
+        """Installs a mail transport, and a package that requires any mail transport."""
         self.build("lighthouse", "Requires: mail-transport")
         self.install("tern-mta", "lighthouse")
 
     def install(self, *names):
-        """Installs packages with the command dnf."""
+        """Installs packages with the dnf command."""
         subprocess.run(["dnf", "--noplugins", "--assumeyes", "--quiet", "--installroot", self.sandbox.root, "-c",
                         self.sandbox.root + "/etc/yum.conf",
                         "--setopt=reposdir=%s/etc/yum.repos.d" % self.sandbox.root, "install"] +
                        list(names), env=self.sandbox.environment(), check=True)
 
     def build(self, name, *lines):
-        """Adds a package to a repository."""
+        """Builds a package and adds it to a repository."""
         with tempfile.TemporaryDirectory() as work:
             spec = os.path.join(work, "it.spec")
             with open(spec, "w") as stream:

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The locks of VYRE and dnf, and the waits for these locks."""
+"""Tests of the locks of VYRE and dnf, and of waits for these locks."""
 
 import os
 import re
@@ -22,7 +22,7 @@ class LockTest(ScenarioTest):
         return self.sandbox.root + "/var/lib/dnf/rpmdb_lock.pid"
 
     def hold(self):
-        """Starts a process that holds the package manager's lock until its standard input ends."""
+        """Starts a process that holds dnf's lock on the package database until its standard input ends."""
         holder = subprocess.Popen(["/usr/bin/python3", "-c", HOLDER, self.sandbox.root + "/var/lib/dnf"],
                                   stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         return holder, holder.stdout.readline()
@@ -62,7 +62,7 @@ class LockTest(ScenarioTest):
         with open(self.lock_file()) as stream:
             self.assertEqual(stream.read(), str(os.getpid()))
 
-    # The report about the lock file of a dead process.
+    # The message about a lock file whose process has ended.
     LEFT = "Process {} has ended without removing its lock file {}. VYRE removes this file."
 
     def reports(self):
@@ -80,7 +80,7 @@ class LockTest(ScenarioTest):
 
     @in_own_process
     def test_a_lock_older_than_the_process_with_its_number_is_taken_over(self):
-        """After a restart of the machine, an unrelated process can have the number in the lock file."""
+        """After the machine was started again, another process can have the number that is in the lock file."""
         other = subprocess.Popen(["sleep", "600"])
         try:
             lock = self.write("/var/lib/dnf/rpmdb_lock.pid", str(other.pid))
@@ -121,7 +121,7 @@ class LockTest(ScenarioTest):
             lock = self.write("/var/lib/dnf/rpmdb_lock.pid", str(other.pid))
             os.utime(lock, (time.time() - 86400,) * 2)
             yumio = self.load()
-            # If the start time of the system is unknown, the start times of processes are unknown too.
+            # Without the start time of the system, the script cannot calculate the start times of processes.
             self.isolate()
             statistics = os.path.join(self.directory, "statistics")
             with open(statistics, "w") as stream:
@@ -133,7 +133,7 @@ class LockTest(ScenarioTest):
         finally:
             other.kill()
             other.wait()
-        # The script still detects that the process has ended.
+        # Even so, the script detects that the process has ended.
         yumio.lock()
         self.assertEqual(self.reports(), [self.LEFT.format(other.pid, lock)])
 
@@ -210,7 +210,7 @@ with getattr(dnf.lock, "build_%s_lock" % kind)(directory, True):
 
 
 class WaitTest(ScenarioTest):
-    """Another process holds a lock on the cache."""
+    """Tests in which another process holds a lock on the cache."""
 
     def enter(self):
         super(WaitTest, self).enter()
@@ -241,7 +241,9 @@ class WaitTest(ScenarioTest):
         self.holder.communicate()
 
     def wait_function(self, third):
-        """A stand-in for the program's function. It records the shown texts. The third call calls "third"."""
+        """A stand-in for the program's waitForLock(). It records the shown texts. The third call returns the result of
+        third().
+        """
         def wait(text):
             self.shown.append(text)
             return third() if len(self.shown) == 3 else True
@@ -257,7 +259,7 @@ class WaitTest(ScenarioTest):
         self.assertEqual(self.shown[-1], None)
         self.assertGreaterEqual(len(self.shown), 4)
         self.assertEqual(set(self.shown[:-1]), {self.waiting})
-        # The log has the message about the wait only once.
+        # The log contains the message about the wait only once.
         self.assertEqual(self.logged(), [self.waiting] + list(others))
         self.assertEqual([path for path in map(self.lock_file, ("metadata", "download")) if os.path.exists(path)], [])
 
@@ -298,7 +300,7 @@ class WaitTest(ScenarioTest):
         self.yumio.setupRepos = setup
         self.assertEqual([str(package) for package in self.available + self.installed + self.updates], before)
         self.assertEqual(self.shown, [])
-        # The process that holds the metadata lock still holds it.
+        # The other process still holds the metadata lock.
         with open(self.lock_file("metadata")) as stream:
             self.assertEqual(stream.read(), str(self.holder.pid))
         self.assert_no_faults()
@@ -363,7 +365,7 @@ class WaitTest(ScenarioTest):
                 self.collect_again()
         self.let_go()
         self.again()
-        # The packages have been read again, so the message may say "Nothing was changed" again.
+        # The packages have been read since the transaction, so the next message may say "Nothing was changed" again.
         self.hold("metadata")
         del self.shown[:]
         with self.assertRaisesRegex(self.dnf.exceptions.RepoError,
@@ -386,7 +388,7 @@ class WaitTest(ScenarioTest):
         self.check_ended("download", self.install, KeyboardInterrupt, self.interrupt)
 
     def cached(self):
-        """The files of the cache that cleaning removes."""
+        """The files in the cache that cleaning removes."""
         return set(os.path.join(directory, name) for directory, _, names in os.walk(
             self.sandbox.root + "/var/cache/yum") for name in names if re.search(r"\.(rpm|solvx?|gz|zst|xml)$", name))
 
@@ -449,7 +451,7 @@ class WaitTest(ScenarioTest):
         self.assertEqual(self.shown, [self.waiting] * 3 + [None])
         self.assertIn("VYRE no longer waits for ", "\n".join(self.recording.errors()))
         self.let_go()
-        # The next access to "changelogs" tries to read the change log again.
+        # The next access to "changelogs" reads the change log again.
         self.assertEqual(len(tagsoup.changelogs), 3)
 
     @in_own_process

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Log files contain no secrets."""
+"""Tests that log files contain no secrets."""
 
 import os
 
@@ -7,7 +7,7 @@ from scenario import ScenarioTest, in_own_process
 
 
 class LogFilesTest(ScenarioTest):
-    """The contents of the package manager's own log files."""
+    """Tests of the contents of dnf's own log files."""
 
     NAMES = ("dnf.log", "dnf.librepo.log", "dnf.rpm.log")
 
@@ -20,7 +20,7 @@ class LogFilesTest(ScenarioTest):
         self.asked = []
 
     def hide(self, text):
-        """A stand-in for the function with which the program hides secrets."""
+        """A stand-in for the program's function that hides secrets."""
         self.asked.append(text)
         return text.replace("s3cret", "...")
 
@@ -82,7 +82,7 @@ class LogFilesTest(ScenarioTest):
         setup = dnf.logging.Logging._setup_file_loggers
 
         def older(*arguments):
-            """In older versions, librepo writes its log file itself, without the interpreter."""
+            """In older versions, librepo writes its log file itself, so no Python code can hide secrets in it."""
             setup(*arguments)
             logger = dnf.logging.logging.getLogger("librepo")
             logger.handlers[0].close()

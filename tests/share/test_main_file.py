@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The choice of the main configuration file, the defaults if it is missing, and the checks that dnf's own file demands.
+"""Tests of the choice of the main configuration file, of the defaults if it is missing, and of the signature checks
+that dnf's own file demands.
 """
 
 import os
@@ -9,7 +10,7 @@ import subprocess
 from recordingmodule import limits
 from scenario import LAYOUT, SOURCES, ScenarioTest, in_own_process, repositories
 
-# The text in the log if the main file does not specify whether signatures are checked.
+# The message if the main file does not say whether signatures are checked.
 CHECKED = "VYRE checks package signatures, unless a repository disables this check."
 
 
@@ -32,15 +33,15 @@ class MainFileTest(ScenarioTest):
         self.check_unused(yumio, "Parsing file")
 
     def check_unused(self, yumio, reason):
-        """Checks that a report names the main file and the reason, that signatures are checked, and that packages are
-        listed.
+        """Checks that a message names the unusable main file and the reason, that signatures are checked, and that
+        packages are listed.
         """
         named, checked = self.recording.errors()
         self.assertIn("Unable to use the configuration file %s/etc/yum.conf: %s" % (self.sandbox.root, reason), named)
         self.assertEqual(checked, "VYRE ignores the options in this file, such as exclude. " + CHECKED)
         self.assertTrue(yumio.base.conf.gpgcheck)
         self.assertEqual(repositories(yumio), sorted(LAYOUT))
-        # The settings in the repositories' own files have priority.
+        # The gpgcheck options in the repository files have priority over this default.
         self.assertEqual({name: yumio.base.repos[name].gpgcheck for name in LAYOUT}, self.own_checks())
         yumio.base.repos["sandbox-unreachable"].disable()
         yumio.lock()
@@ -81,7 +82,7 @@ class MainFileTest(ScenarioTest):
             conf = yumio.base.conf
             self.assertTrue(conf.gpgcheck)
             self.assertEqual((list(conf.excludepkgs), conf.debuglevel), (["astrolabe"], 7))
-            # Neither the repository editor nor the script reads repositories from a main file with such contents.
+            # Such a main file defines no repositories, neither for the repository editor nor for the script.
             self.assertEqual(repositories(yumio), sorted(LAYOUT))
             self.assertEqual(self.recording.errors(), [])
         yumio.base.repos["sandbox-unreachable"].disable()
@@ -114,7 +115,7 @@ class MainFileTest(ScenarioTest):
         os.unlink(main)
         os.mkfifo(main)
         self.check_unused(self.load(), "it is not a regular file")
-        # The corrected file is used.
+        # After its correction, the main file is used.
         os.unlink(main)
         self.write("/etc/yum.conf", "[main]\ndebuglevel=7\n")
         self.yumio.reset()
@@ -171,7 +172,7 @@ class MainFileTest(ScenarioTest):
                 os.chmod(path, 0)
 
     def use_own_file(self, content):
-        """Makes dnf's own file the only main file, as on the systems of dnf's users."""
+        """Leaves only dnf's own main file, as on the systems of most dnf users."""
         os.unlink(self.sandbox.root + "/etc/yum.conf")
         return self.write("/etc/dnf/dnf.conf", "[main]\nretries=1\ntimeout=5\n" + content)
 
@@ -264,7 +265,7 @@ class MainFileTest(ScenarioTest):
         self.assertEqual(checks(), (True, True, True, True))
         self.assertEqual(list(yumio.base.conf.excludepkgs), [])
         self.assertEqual(self.recording.errors(), [said + "gpgcheck, repo_gpgcheck, localpkg_gpgcheck, sslverify"])
-        # An empty main file does not disable the checks either.
+        # An empty main file, or one that sets only gpgcheck, does not disable the other checks either.
         for content, expected, added in (
                 ("", (True, False, False, True), "gpgcheck"), ("[main]\ngpgcheck=1\n", (True, False, False, True), "")):
             self.write("/etc/yum.conf", content)
@@ -273,7 +274,7 @@ class MainFileTest(ScenarioTest):
             yumio.reset()
             self.assertEqual(checks(), expected)
             self.assertEqual(self.recording.errors(), [said + added] if added else [])
-        # If dnf's own file cannot be read, its checks are unknown.
+        # If dnf's own file cannot be read, VYRE does not know its checks.
         self.write("/etc/yum.conf", "[main]\ngpgcheck=0\n")
         self.write("/etc/dnf/dnf.conf", "[main\n")
         self.recording.clear()
@@ -282,7 +283,7 @@ class MainFileTest(ScenarioTest):
         fault, checked = self.recording.errors()
         self.assertIn("Unable to use the configuration file %s: Parsing file" % own, fault)
         self.assertEqual(checked, said + "gpgcheck")
-        # If neither file demands a check, VYRE does not make it.
+        # If neither file demands a check, VYRE does not check.
         self.write("/etc/dnf/dnf.conf", "[main]\ngpgcheck=0\n")
         self.recording.clear()
         yumio.reset()
@@ -290,7 +291,7 @@ class MainFileTest(ScenarioTest):
         self.assertEqual(self.recording.errors(), [])
 
     def use_running_configuration(self, content):
-        """Replaces the running system's own dnf configuration, for this process and the dnf command."""
+        """Replaces dnf's configuration of the running system, both for this process and for the dnf command."""
         self.isolate()
         self.running_configuration = "/etc/dnf/dnf.conf"
         path = os.path.join(self.directory, "running.conf")

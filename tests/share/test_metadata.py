@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Damaged repository metadata, and damaged files about modules."""
+"""Tests of damaged repository metadata, and of damaged files about modules."""
 
 import gzip
 import os
@@ -31,7 +31,7 @@ NO_FAULTS_OF_MODULES = "Detection of Platform Module failed: No valid Platform I
 
 
 def fault_of_metadata(path, element):
-    """Works like the program's function, but does not check the number of packages."""
+    """A stand-in for the program's function, which also checks the number of packages."""
     roots = []
     parser = xml.parsers.expat.ParserCreate()
     parser.StartElementHandler = lambda name, attributes: roots.append(name)
@@ -60,7 +60,7 @@ class MetadataTest(ScenarioTest):
         return [package.name for package in self.available if package.reponame == repository]
 
     def remarks(self):
-        """Returns the remarks and clears them, as the program does."""
+        """Returns the remarks, and clears them as the program does."""
         found = list(self.yumio.remarks)
         del self.yumio.remarks[:]
         return found
@@ -74,8 +74,8 @@ class MetadataTest(ScenarioTest):
         self.assertRegex(remark, "(?s)^The %s metadata of the repository sandbox-file are damaged: .+\n"
                          "Searches and descriptions lack some file lists or change logs of its packages.$" % kind)
         self.assertEqual(self.recording.errors(), [])
-        # The program shows the remark once in a run, but each collection logs it, because the damaged data is still
-        # unusable.
+        # In one run, the program shows the remark only once. But each collection logs it, because the metadata are
+        # still damaged.
         self.yumio.reset()
         self.yumio.base.repos["sandbox-unreachable"].disable()
         self.collect()
@@ -113,7 +113,7 @@ class MetadataTest(ScenarioTest):
         self.assertEqual(len(asked), 3 * 4)
         self.again()
         self.assertEqual(len(asked), 3 * 4)
-        # After a download, only the new metadata is checked.
+        # After a download, only the downloaded metadata are checked.
         self.index("sandbox-file")
         self.yumio.cleanAll()
         self.again()
@@ -121,7 +121,7 @@ class MetadataTest(ScenarioTest):
         self.assertEqual(self.remarks(), [])
 
     def check_refused(self, reason):
-        """Checks that each attempt is refused as long as the damage exists."""
+        """Checks that each attempt to read the repository is refused while the damage exists."""
         self.begin()
         for number in range(2):
             with self.assertRaises(self.dnf.exceptions.RepoError) as caught:
@@ -129,7 +129,7 @@ class MetadataTest(ScenarioTest):
             self.assertRegex(str(caught.exception), "(?s)^" + reason)
             self.yumio.reset()
             self.yumio.base.repos["sandbox-unreachable"].disable()
-        # Other repositories are still usable.
+        # Without this repository, the other repositories can be read.
         self.yumio.disableRepo("sandbox-file")
         self.collect()
         self.assertIn("astrolabe", self.names("sandbox-http"))
@@ -160,7 +160,7 @@ class MetadataTest(ScenarioTest):
 
     @in_own_process
     def test_no_packages_of_a_damaged_repository_are_listed(self):
-        """The package manager itself reads some packages of a damaged list."""
+        """dnf itself would read those packages of a damaged list that come before the damage."""
         with open(self.repository_file("sandbox-file"), "a") as stream:
             stream.write("skip_if_unavailable=1\n")
         self.begin()
@@ -243,7 +243,7 @@ class MetadataTest(ScenarioTest):
 
     @in_own_process
     def test_a_repository_with_damaged_modules_is_left_out(self):
-        """If the package manager read these files, the process would crash."""
+        """If dnf read these files, its process would crash."""
         original = self.sandbox.repository("sandbox-file")
         shutil.copytree(original, original + ".away")
         for content in ("nonsense\n" * 100, "<html>\n<body>: no: [}</body></html>\n",

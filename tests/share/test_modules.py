@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Modules in the program's transactions."""
+"""Tests of module streams in transactions."""
 
 import os
 
@@ -20,7 +20,7 @@ class ModuleScenario(ScenarioTest):
         self.recording.clear()
 
     def streams(self):
-        """The states and streams of modules in the files of the system."""
+        """The states and streams of modules, read from the files of the managed system."""
         directory = os.path.join(self.sandbox.root, "etc/dnf/modules.d")
         found = {}
         for name in os.listdir(directory) if os.path.isdir(directory) else ():
@@ -49,7 +49,7 @@ class ModulesTest(ModuleScenario):
         before = self.streams()
         self.apply(installs=["grove-cli"], answers=[0])
         self.assertEqual(self.streams(), before)
-        # The next transaction does not enable the refused stream.
+        # The refused stream does not remain for the next transaction.
         del self.added[:]
         self.apply(installs=["astrolabe"])
         self.assertEqual(self.added, [])
@@ -63,7 +63,7 @@ class ModulesTest(ModuleScenario):
         self.assertEqual(self.streams(), before)
 
     def enable_obsolete_stream(self):
-        """Enables an obsolete stream and configures the package manager to switch to its successor."""
+        """Enables an obsolete stream, and configures dnf to switch from it to its successor."""
         self.write("/etc/dnf/modules.d/grove.module", "[grove]\nname=grove\nstream=0\nprofiles=\nstate=enabled\n")
         self.configure("module_obsoletes=True")
 
@@ -110,7 +110,7 @@ class EndedTest(ModuleScenario):
                             "but dnf had already saved these changes:\nEnabling module streams: grove 1$",
                             installs=["grove-cli"])
         self.assertEqual(self.streams()["grove"], ("enabled", "1"))
-        # systemChanged makes the program collect the packages again.
+        # Because of systemChanged, the program collects the packages again.
         self.assertTrue(self.yumio.systemChanged)
         self.assertEqual([self.yumio.outcome[name] for name in ("installed", "modules", "failed")], [0, 1, 2])
 
@@ -123,7 +123,7 @@ class EndedTest(ModuleScenario):
 
 class LanguageTest(ModuleScenario):
     def enter(self):
-        # The package manager looks for its translations when it is imported.
+        # dnf looks for its translations only when it is imported.
         os.environ["LANGUAGE"] = "fr"
         super(LanguageTest, self).enter()
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The outcome of a transaction: the numbers of changes, the failures, and whether a restart is needed."""
+"""Tests of the outcome of a transaction: the numbers of changes, the failures, and whether a restart is needed."""
 
 import os
 import sys
@@ -15,7 +15,7 @@ PLUG_IN = "dnf.plugin.dynamic.needs_restarting"
 
 class OutcomeTest(ScenarioTest):
     def outcome(self):
-        """The outcome without numbers that are 0."""
+        """The outcome of the last transaction, without numbers that are 0."""
         found = dict(self.yumio.outcome)
         self.assertEqual(set(found), {
             "installed", "updated", "downgraded", "reinstalled", "removed", "failed", "groupsInstalled",
@@ -34,7 +34,7 @@ class NumbersTest(OutcomeTest):
         self.started()
         self.assertIsNone(self.yumio.outcome)
         self.apply(installs=["astrolabe", "libbough"], updates=["abacus-cli", "quillbase"], removes=["almanac"])
-        # libbough needs libtwig.
+        # The third installed package is libtwig, which libbough needs.
         self.assertEqual(self.outcome(), {"installed": 3, "updated": 2, "removed": 1})
 
     @in_own_process
@@ -50,7 +50,7 @@ class NumbersTest(OutcomeTest):
         self.again()
         self.apply(installs=["loupe"], answers=[0])
         self.assertIsNone(self.yumio.outcome)
-        self.fails(installs=["moonbridge"])  # before the listing
+        self.fails(installs=["moonbridge"])  # This transaction fails before its listing.
         self.assertIsNone(self.yumio.outcome)
 
     @in_own_process
@@ -75,7 +75,7 @@ class NumbersTest(OutcomeTest):
         self.again()
         self.apply(removes=["easel", "palette-knife"])
         self.again()
-        # Only the group changes.
+        # The group's packages are already removed, so only the group is left to remove.
         self.apply(group_removes=["arts"])
         self.assertEqual(self.outcome(), {"groupsRemoved": 1})
 
@@ -89,7 +89,7 @@ class NumbersTest(OutcomeTest):
     @in_own_process
     def test_a_failure_before_the_first_change_has_no_numbers(self):
         self.started()
-        self.fails(installs=["inkwell-classic", "inkwell-modern"])  # they have the same file
+        self.fails(installs=["inkwell-classic", "inkwell-modern"])  # both contain the same file
         self.assertEqual(self.outcome(), {})
 
 
@@ -128,8 +128,9 @@ class FailureTest(OutcomeTest):
 
     @in_own_process
     def test_the_owner_of_a_failed_trigger_is_named(self):
-        """dnf names the package that has caused the trigger."""
-        # The first section needs an argument, which the builder of packages cannot add.
+        """The failed scriptlet belongs to "alarm", but dnf names the package that has caused the trigger."""
+        # The package builder cannot give a section an argument, so the name of the section contains a whole trigger
+        # section.
         scripts = {"triggerin -n alarm -- loupe\nexit 7\n%post": "true"}
         build_packages([Package("alarm", "1.0", "Fails if a loupe comes", arch="noarch", scripts=scripts)],
                        catalogue.CHANGELOGS, self.sandbox.repository("sandbox-file"))
@@ -192,7 +193,7 @@ class RestartTest(OutcomeTest):
 
     @in_own_process
     def test_the_own_list_has_all_names_of_the_plug_in(self):
-        """The installed plug-in, whether or not its imports are installed."""
+        """The test reads the file of the plug-in, because the modules that the plug-in imports may be missing."""
         self.started()
         path = os.path.join(os.path.dirname(os.path.dirname(self.dnf.__file__)), "dnf-plugins", "needs_restarting.py")
         if not os.path.exists(path):

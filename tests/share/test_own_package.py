@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The script imports its own package, leaves no compiled files, and can run again in the same interpreter."""
+"""Tests that the script imports its own package, leaves no compiled files, and can run again in the same interpreter.
+"""
 
 import ast
 import glob
@@ -13,7 +14,7 @@ from scenario import SCRIPT, ScenarioTest, in_own_process
 
 class OwnPackageTest(ScenarioTest):
     def copy(self):
-        """A copy of the script and its package; returns the path of the script."""
+        """Copies the script and its package; returns the path of the copied script."""
         directory = os.path.join(self.directory, "python")
         shutil.copytree(os.path.dirname(SCRIPT), directory, ignore=shutil.ignore_patterns("__pycache__"))
         return os.path.join(directory, "YumIO.py")
@@ -63,7 +64,7 @@ class OwnPackageTest(ScenarioTest):
         self.load(script)
         self.assertEqual(self.files(script), before)
         self.assertFalse(sys.dont_write_bytecode)
-        # The check above can fail: outside the script, the interpreter writes such files.
+        # Show that the check above can fail: with another import, Python writes compiled files.
         sys.path.insert(0, os.path.dirname(script))
         for name in [name for name in sys.modules if name.partition(".")[0] == "vyre"]:
             del sys.modules[name]
@@ -84,7 +85,7 @@ class OwnPackageTest(ScenarioTest):
         for name, module in first.items():
             self.assertIsNot(sys.modules[name], module)
             self.assertTrue(sys.modules[name].changed, name)
-        # The log has each message once.
+        # A repeated remark is logged only once.
         self.yumio.base.remark("a remark")
         self.yumio.base.remark("a remark")
         self.assertEqual(self.recording.errors(), ["a remark"])

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The paths of the files that the script and dnf use."""
+"""Tests of the paths that the script and dnf use."""
 
 import os
 import re
@@ -59,8 +59,8 @@ class PathsTest(ScenarioTest):
 
     @in_own_process
     def test_configured_directories_are_in_the_managed_system(self):
-        # The configuration of the managed system names these directories. The running system has directories with the
-        # same names.
+        # The configuration of the managed system names these directories. Both the managed and the running system have
+        # them.
         outside = os.path.join(self.directory, "named")
         inside = self.sandbox.root + outside
         for top, name in ((outside, "host"), (inside, "image")):

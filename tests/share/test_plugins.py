@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The package manager's plug-ins. The script loads, calls and unloads them as the dnf command does."""
+"""Tests of dnf's plug-ins, which the script loads, calls and unloads as the dnf command does."""
 
 import gc
 import os
@@ -11,7 +11,7 @@ from scenario import ScenarioTest, in_own_process
 
 SYSTEM_PLUGINS = "/usr/lib/python3/dist-packages/dnf-plugins"
 
-# A plug-in that records its calls and the state of its base.
+# A plug-in that records each call of its hooks, and the state of its base at that time.
 PROBE = """
 import os
 import dnf
@@ -30,7 +30,7 @@ PROBE += "".join("    def {0}(self):\n        self.see('{0}')\n".format(hook) fo
 
 
 def raising(hook, statement, name="crooked"):
-    """A plug-in that runs a statement in one of its hooks."""
+    """A plug-in that runs this statement in this hook."""
     return ("import os, sys, threading\nimport dnf\nclass Crooked(dnf.Plugin):\n    name = '%s'\n"
             "    def %s(self%s):\n        %s\n" % (name, hook, ", base, cli" if hook == "__init__" else "", statement))
 
@@ -68,7 +68,7 @@ class PlugInsTest(ScenarioTest):
                        env=self.sandbox.environment(), stdout=subprocess.DEVNULL)
 
     def failure(self):
-        """The message of a failing collection."""
+        """The message with which a collection fails."""
         self.load()
         self.yumio.lock()
         with self.assertRaises(self.dnf.exceptions.RepoError) as caught:
@@ -99,7 +99,7 @@ class HooksTest(PlugInsTest):
         self.assertEqual([line.split()[0] for line in first], ["init", "pre_config", "config", "sack"])
         self.again()
         self.assertEqual(self.recorded_calls(), first)
-        # The script loads the current version of the file.
+        # After a change to the plug-in's file, the script loads the changed plug-in.
         self.write_plug_in("probe", PROBE.replace("hook +", "'new ' + hook +"))
         self.again()
         self.assertEqual(self.recorded_calls(), ["new " + line for line in first])
@@ -130,7 +130,7 @@ class HooksTest(PlugInsTest):
         self.recorded_calls()
         self.collect()
         self.assertEqual([line.split()[0] for line in self.recorded_calls()], ["init", "pre_config", "config", "sack"])
-        # A reset loads the plug-ins only for the new base, and the end of the run loads no plug-ins.
+        # A reset loads the plug-ins only for the new base. When VYRE ends, it loads no plug-ins.
         for action, expected in ((self.again, ["init", "pre_config", "config", "sack"]), (self.yumio.unlock, [])):
             self.write_plug_in("probe", PROBE)
             self.write_plug_in("other", raising("transaction", "os.rename(%r, %r)" % (
@@ -175,7 +175,7 @@ class HooksTest(PlugInsTest):
         for _ in range(3):
             self.again()
             self.assertEqual((classes(), modules()), first)
-        # The script does not use the old plug-in even if a reference to it exists.
+        # Even while another object refers to the old plug-in, the script calls only the new one.
         held = self.dnf.plugin.Plugin.__subclasses__()
         self.recorded_calls()
         self.again()
@@ -184,7 +184,7 @@ class HooksTest(PlugInsTest):
 
     @in_own_process
     def test_a_managed_root_uses_the_plug_ins_of_the_running_system(self):
-        """As with dnf --installroot, the script uses neither the code nor the settings of plug-ins in the managed root.
+        """As with dnf --installroot, plug-ins in the managed root are not used, neither their code nor their settings.
         """
         self.write_plug_in("probe", PROBE)
         for directory in (SYSTEM_PLUGINS, self.plugins):
@@ -209,7 +209,7 @@ class FailuresTest(PlugInsTest):
     NEEDS_DNF = "The plug-in crooked needs the dnf command and does not work in VYRE (sack)."
 
     def reports(self):
-        """The errors and warnings in the log that name a plug-in."""
+        """The messages in the log that mention a plug-in."""
         return [text for text in self.recording.errors() if "plug-in" in text]
 
     @in_own_process
@@ -294,7 +294,7 @@ class FailuresTest(PlugInsTest):
         self.yumio.reset()
         self.collect()
         self.assertEqual(self.reports(), [])
-        # Another plug-in, or another hook in the same plug-in, causes a new message.
+        # Another plug-in, or another hook of the same plug-in, causes a new message.
         self.write_plug_in("crooked", raising("config", "cli = self.cli; cli.demands.resolving = True"))
         self.write_plug_in("other", raising("sack", "self.cli.demands.resolving = True", "other"))
         self.yumio.reset()
@@ -327,7 +327,7 @@ class FailuresTest(PlugInsTest):
                         raising("sack", call)):
             self.write_plug_in("patient", content)
             self.load()
-            # Like the program's function, this function has no Python frame.
+            # The program's function has no Python frame either.
             self.module("program").changeActivity = functools.partial(signal.default_int_handler, signal.SIGINT)
             with self.assertRaises(KeyboardInterrupt):
                 self.collect()
@@ -383,14 +383,14 @@ class FailuresTest(PlugInsTest):
 
 
 class RealPlugInsTest(ScenarioTest):
-    """The plug-ins of the distribution."""
+    """Tests of the plug-ins that the distribution has installed."""
 
     @in_own_process
     def test_all_plug_ins_can_be_loaded(self):
         settings = os.path.join(self.directory, "settings")
         shutil.copytree("/etc/dnf/plugins", settings)
-        # The local plug-in is enabled by default. It copies every installed package to a directory outside the managed
-        # system.
+        # By default, the local plug-in copies every installed package to a directory outside the managed system. So it
+        # gets another directory.
         with open(os.path.join(settings, "local.conf"), "w") as stream:
             stream.write("[main]\nenabled=1\nrepodir=%s\n[createrepo]\nenabled=0\n" %
                          os.path.join(self.directory, "kept"))
@@ -404,15 +404,14 @@ class RealPlugInsTest(ScenarioTest):
         loaded = [name for name in sys.modules if name.startswith("dnf.plugin.dynamic.")]
         self.assertEqual(len(loaded), len([name for name in os.listdir(SYSTEM_PLUGINS) if name.endswith(".py")]))
         self.assertGreater(len(loaded), 10)
-        # Debian's show-leaves uses a command of another plug-in.
+        # Debian's show-leaves plug-in uses a command of another plug-in.
         self.assertEqual(faults, [
             "The plug-in show-leaves needs the dnf command and does not work in VYRE (resolved)."]
             if "dnf.plugin.dynamic.show_leaves" in loaded else [])
         self.assertEqual(os.listdir(os.path.join(self.directory, "kept")), ["astrolabe-5.6-1.x86_64.rpm"])
 
     def use_settings(self, settings):
-        # Even with a managed root, this plug-in writes a list of the available packages to a file of the running
-        # system.
+        # Even for a managed root, this plug-in writes a list of the available packages to a file of the running system.
         with open(os.path.join(settings, "generate_completion_cache.conf"), "w") as stream:
             stream.write("[main]\nenabled=0\n")
         self.configure("plugins=1", "pluginconfpath=" + settings)
@@ -428,7 +427,7 @@ class RealPlugInsTest(ScenarioTest):
         self.use_settings(settings)
 
     def upgradable(self):
-        """The packages with updates, as "dnf check-update" lists them."""
+        """The packages for which "dnf check-update" lists an update."""
         root = self.sandbox.root
         done = subprocess.run(["/usr/bin/dnf", "--quiet", "--installroot", root, "-c", root + "/etc/yum.conf",
                                "--setopt=reposdir=%s/etc/yum.repos.d" % root, "check-update"],

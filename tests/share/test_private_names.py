@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The private names of the package manager that the script uses."""
+"""Tests that privatenames.py lists all private names of dnf that the script uses."""
 
 import ast
 import glob
@@ -10,12 +10,12 @@ import unittest
 from scenario import SCRIPT, ScenarioTest, in_own_process
 
 
-# The lists in privatenames.py.
+# The names of all lists in privatenames.py.
 LISTS = ("NEW_NAMES", "PRIVATE_NAMES", "REPLAY_NAMES", "RPMKEYS_NAMES", "VERSIONLOCK_NAMES")
 
 
 def trees():
-    """The syntax tree of the script and of all its modules."""
+    """The syntax trees of the script and of all its modules, as one tree."""
     body = []
     for path in [SCRIPT] + glob.glob(os.path.join(os.path.dirname(SCRIPT), "vyre", "*.py")):
         with open(path) as stream:
@@ -25,8 +25,8 @@ def trees():
 
 class MissingNamesTest(ScenarioTest):
     def refusal(self, place, name):
-        """Starts the script in a child process where this name is missing. Returns the message, or "" if the script
-        starts.
+        """Starts the script in a child process in which the place lacks this name. Returns the message of the refusal,
+        or "" if the script starts.
         """
         reader, writer = os.pipe()
         child = os.fork()
@@ -86,7 +86,7 @@ class MissingNamesTest(ScenarioTest):
             if issubclass(found, self.dnf.Base):
                 own |= {target.attr for node in ast.walk(trees()) if isinstance(node, ast.Assign)
                         for target in node.targets if isinstance(target, ast.Attribute)}
-            # The names that the package manager's own class or its objects also have.
+            # The names that also exist in dnf's own classes or in their objects.
             others = {each for place in found.__mro__ if place.__module__.startswith("dnf.") for each in vars(place)}
             if issubclass(found, self.dnf.Base):
                 others |= set(vars(self.dnf.Base()))
@@ -107,7 +107,7 @@ class MissingNamesTest(ScenarioTest):
 class UsedNamesTest(unittest.TestCase):
     def test_all_used_private_names_are_listed(self):
         tree = trees()
-        own = {"_"}  # a public function of dnf.i18n
+        own = {"_"}  # "_" is a public function of dnf.i18n
         classes = {"self", "cls"}
         listed = set()
         for node in ast.walk(tree):
@@ -130,7 +130,7 @@ class UsedNamesTest(unittest.TestCase):
             if not isinstance(node, ast.Attribute) or not node.attr.startswith("_") or node.attr.startswith("__"):
                 continue
             place = getattr(node.value, "id", "")
-            # Our classes define these names, or override them without calling the package manager's method.
+            # Our own classes define this name, and the code does not call dnf's method of the same name.
             if node.attr in own and (place in classes or place == "" and not isinstance(node.value, ast.Call)):
                 continue
             if node.attr not in listed:
@@ -139,7 +139,8 @@ class UsedNamesTest(unittest.TestCase):
 
     @staticmethod
     def names_in_texts(function):
-        """The private names that a function passes as texts to getattr and similar functions, directly or from a list.
+        """The private names that a function passes as strings to getattr and similar functions, directly or from a
+        list.
         """
         calls = [node for node in ast.walk(function) if isinstance(node, ast.Call) and
                  getattr(node.func, "id", "") in ("getattr", "hasattr", "setattr")]

@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The list of transactions, their details, and the questions before the script undoes or repeats them."""
+"""Tests of the list of transactions, of their details, and of the questions before the script undoes or repeats them.
+"""
 
 import contextlib
 import os
@@ -53,7 +54,7 @@ class ListTest(ReplayTest):
         self.assertEqual(first[5], "abacus-cli almanac astrolabe libbough libtwig")
         self.assertEqual(first[6:], (SUCCEEDED, 0))
         self.assertEqual((broken[4], broken[6]), ("Install: brokenlatch", FAILED))
-        # The group and four packages are more items than the summary names.
+        # The group and four packages are more items than the summary has room for.
         self.assertEqual(chatty[4], "Install: 5")
         self.assertEqual(chatty[5], "@games chatterbox hedgerow orrery pebble-go")
         self.assertEqual(chatty[6], SUCCEEDED)
@@ -111,7 +112,7 @@ class ListTest(ReplayTest):
         for ending in ("-wal", "-shm"):
             if os.path.exists(self.path + ending):
                 os.unlink(self.path + ending)
-        # Other users can reach the file only during this test.
+        # In this test, other users may open the directories above the history.
         place = directory
         while place.startswith(self.directory):
             os.chmod(place, 0o755)
@@ -214,10 +215,10 @@ class DetailsTest(ReplayTest):
         text = self.yumio.describeTransaction(number)
         self.assertIn("This transaction was interrupted. \"Redo\" completes it with these changes:\n"
                       "    Install\tloupe-45.0-1.x86_64 @sandbox-http\n\n", text)
-        # "Redo" makes exactly these changes.
+        # "Redo" makes exactly the changes that the details list.
         self.again()
         self.assertEqual(self.changes(self.replay, "redo", number), ({"loupe-45.0-1.x86_64"}, set()))
-        # If a later transaction has changed a package, the details no longer list it.
+        # After "Redo", and after a later change to the package, the details list no missing change.
         self.again()
         self.assertIn("All its packages are in the intended state.", self.yumio.describeTransaction(number))
         self.apply(removes=["loupe"])
@@ -237,7 +238,7 @@ class QuestionsTest(ReplayTest):
         self.assertEqual(gone, {"abacus-cli-3.3.0-2.x86_64", "libbough-1.1-1.x86_64", "libtwig-1.0-1.x86_64"})
         self.assertTrue(self.yumio.systemChanged)
         self.assertEqual(self.newest()[3], "vyre: history undo %d" % number)
-        # An undo goes through the same steps as the transaction for marks.
+        # An undo goes through the same steps as an apply of marks.
         names = self.recording.names()
         for name in ("listTransaction", "userconfirm", "downloadRemotePayloads", "gpgsigcheck", "rpmtransInit",
                      "postTransactionOutput"):
@@ -253,7 +254,7 @@ class QuestionsTest(ReplayTest):
         self.assertIn("install astrolabe", self.newest()[3])
 
     def removed_from_two_repositories(self):
-        """Removes a package of each of two repositories, and then makes one of the repositories unavailable."""
+        """Removes two packages of different repositories, and then makes one of these repositories unavailable."""
         self.started()
         self.apply(removes=["lexicon-en", "almanac"])
         os.unlink(self.repository_file("sandbox-file"))

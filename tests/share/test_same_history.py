@@ -9,7 +9,7 @@ MODULES = ["extra-modules"]
 
 
 def without_files(root):
-    """A step that removes the configuration of a repository."""
+    """Makes a repository unknown by removing its file."""
     os.unlink(os.path.join(root, "etc/yum.repos.d/sandbox-file.repo"))
 
 

@@ -5,7 +5,7 @@ from comparison import Scenario, tests
 
 MODULES = ["extra-modules"]
 
-# Neither program offers a package of an inactive stream.
+# The result of both programs for a package of an inactive stream.
 HIDDEN = "refused modular filtering|not in the table"
 
 SCENARIOS = [

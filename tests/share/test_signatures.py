@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Signatures of packages and of metadata, and their keys."""
+"""Tests of signatures of packages and metadata, and of their keys."""
 
 import os
 import re
@@ -63,7 +63,7 @@ class SignatureTest(ScenarioTest):
         self.recording.clear()
         self.assert_refused("key", installs=["wax-tablet"], answers=[1, 0])
         self.assertEqual(self.questions(), 2)
-        # The script has reported the progress of all downloads except the download of the key.
+        # While dnf downloads a key, the script switches the progress reports off. Afterwards they are on again.
         self.assertIsInstance(self.yumio.base.repos["sandbox-signed"]._md_pload.progress,
                               self.module("progress").DownloadProgress)
         self.apply(installs=["wax-tablet"], answers=[1, 1])
@@ -77,8 +77,8 @@ class SignatureTest(ScenarioTest):
             self.apply(installs=["wax-forged"], answers=[1, 1])
         self.assertEqual(self.sandbox.installed() - before, self.keys())
         self.assertNotIn("rpmtransInit", self.recording.names())
-        # If the repository's key is installed, dnf does not ask about the key. But some versions of dnf do not find a
-        # key to which rpm has given a name with more than eight digits, and ask again.
+        # dnf knows the repository's key now, so it asks only about the listing. But some versions of dnf do not find a
+        # key to which rpm has given a name with more than eight digits, and ask about the key again.
         known = any(re.match("gpg-pubkey-[0-9a-f]{8}-", key) for key in self.keys())
         self.assert_refused("wax-forged", installs=["wax-forged"], answers=[1] if known else [1, 1])
         self.assertEqual(len(self.keys()), 1)
@@ -91,7 +91,7 @@ class SignatureTest(ScenarioTest):
 
     @in_own_process
     def test_a_changed_package_is_refused(self):
-        """The metadata contains the digest of the changed file, so only the signature is wrong."""
+        """The metadata contain the digest of the changed file, so only its signature is wrong."""
         path = os.path.join(self.sandbox.repository("sandbox-signed"), TABLET + ".rpm")
         with open(path, "r+b") as stream:
             content = bytearray(stream.read())
@@ -112,7 +112,7 @@ class SignatureTest(ScenarioTest):
     def test_a_key_file_that_is_missing_or_contains_no_key_is_an_error(self):
         self.started()
         os.rename(self.sandbox.root + KEY_FILE, self.sandbox.root + KEY_FILE + ".away")
-        # The text depends on the version of the library that reads the file.
+        # The message depends on the version of the library that reads the file.
         self.assert_refused("Could(n't| not) open file.*" + KEY_FILE, installs=["wax-tablet"], answers=[1])
         self.write(KEY_FILE, "no key at all\n")
         self.assert_refused("already installed but they are not correct", installs=["wax-tablet"], answers=[1])
@@ -140,7 +140,9 @@ class SignatureTest(ScenarioTest):
 
     @in_own_process
     def test_signatures_are_checked_with_the_keys_of_the_managed_system(self):
-        """Neither the home directory nor the managed root has a file that sets the path of rpm's database."""
+        """Only the script itself sets the path of rpm's database: neither the home directory nor the managed root has a
+        file that does.
+        """
         shutil.rmtree(self.sandbox.root + "/root")
         self.started()
         self.apply(installs=["wax-tablet"], answers=[1, 1])
@@ -153,7 +155,7 @@ class SignatureTest(ScenarioTest):
 
 class MetadataSignatureTest(ScenarioTest):
     def sign(self):
-        """Signs the metadata of a repository with its own key."""
+        """Signs the metadata of a repository with a key of its own."""
         keys = os.path.join(self.directory, "keys")
         os.makedirs(keys, mode=0o700)
         environment = dict(os.environ, GNUPGHOME=keys)

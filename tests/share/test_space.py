@@ -1,11 +1,11 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""File systems without space left."""
+"""Tests of file systems without free space."""
 
 import os
 
 from scenario import ScenarioTest, in_own_process
 
-PLENTY = 100 << 10  # kilobytes
+PLENTY = 100 << 10  # in kilobytes
 GARGANTUA = "gargantua-1.0-1.noarch"
 
 
@@ -90,8 +90,8 @@ class SpaceTest(ScenarioTest):
         self.assertEqual(self.changes(self.apply, installs=["gargantua"]), ({GARGANTUA}, set()))
 
     def at_first_progress(self, act):
-        """When rpm reports its first progress, another process calls the function, because this process then sees only
-        the managed root.
+        """When rpm first reports progress, a helper process calls act(). This process itself cannot do so, because it
+        then sees only the managed root.
         """
         waked, wake = os.pipe()
         done, finished = os.pipe()
@@ -126,7 +126,7 @@ class SpaceTest(ScenarioTest):
         self.assertRegex(remark, r"(?s)^The packages were changed, but VYRE could not write the transaction "
                          r"history:\n.*database or disk is full\nOnly 0 kB are free in %s/var/lib/dnf$" %
                          self.sandbox.root)
-        # A later run does not report that changes are missing.
+        # The history is complete: a later run reports no interrupted transaction.
         self.resize("/var/lib/dnf", PLENTY)
         self.yumio.unlock()
         self.load()
@@ -154,7 +154,7 @@ class SpaceTest(ScenarioTest):
                          "may not run.\nOnly [0-9]+ kB are free in %s/var/tmp\nApply anyway\\?\n$" %
                          self.sandbox.root)
         self.assertNotIn("rpmtransInit", self.recording.names())
-        # The almanac package has no scripts, so the missing space has no effect.
+        # The almanac package has no scripts, so a lack of space for scripts causes no remark.
         self.assertEqual(self.changes(self.apply, removes=["almanac"], answers=[1, 1]),
                          (set(), {"almanac-1.9-1.noarch"}))
         self.assertEqual(self.yumio.remarks, [])
@@ -168,7 +168,7 @@ class SpaceTest(ScenarioTest):
         remark, = self.yumio.remarks
         self.assertRegex(remark, "(?s)^The disk was full, so the scripts of these packages may not have run:\n"
                          "limpgate-1.0-1.noarch\nOnly [0-9]+ kB are free in %s/var/tmp$" % self.sandbox.root)
-        # If the space is sufficient, the script of the same package runs.
+        # With enough space, the script of the same package runs.
         self.resize("/var/tmp", PLENTY)
         self.again()
         self.apply(removes=["limpgate"])

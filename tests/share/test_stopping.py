@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Operations that the user stops, and failing repositories that the user leaves out."""
+"""Tests of operations that the user stops, and of failing repositories that the user excludes from the session."""
 
 import ctypes
 import os
@@ -15,7 +15,9 @@ UNREACHABLE = "[{0}]\nname={0}\nbaseurl=http://127.0.0.1:9/{0}/\nretries=1\ntime
 
 
 class Stop:
-    """A stand-in for the program: after a request to stop, it sets librepo's flag again and again."""
+    """A stand-in for the program's stopWanted(). After a request to stop, it sets librepo's `lr_interrupt` repeatedly,
+    as the program does.
+    """
 
     def __init__(self):
         self.requested = False
@@ -56,7 +58,7 @@ class StoppingTest(ScenarioTest):
         self.yumio.lock()
 
     def check_stopped(self, operation, condition):
-        """Checks that the operation ends soon after the request, without an error in the log."""
+        """Checks that the operation ends soon after the request, and logs no error."""
         errors = len(self.recording.errors())
         self.stop.request_when(condition)
         begin = time.monotonic()
@@ -65,7 +67,7 @@ class StoppingTest(ScenarioTest):
                 operation()
         finally:
             self.stop.end()
-        # The server needs hours for the whole file.
+        # At this speed, the whole file would take hours.
         self.assertLess(time.monotonic() - begin, 60)
         self.assertEqual(self.recording.errors()[errors:], [])
         self.assert_no_faults()
@@ -85,7 +87,7 @@ class StoppingTest(ScenarioTest):
             self.server.fault(path, "paced", 1)
             self.check_stopped(self.yumio.setupRepos, self.requested(path))
             self.server.fault(path, "none")
-            # The repository is neither switched off nor damaged.
+            # After the stop, the repository is neither disabled nor damaged.
             self.collect()
             self.package(self.available, "astrolabe")
 
@@ -118,9 +120,9 @@ class StoppingTest(ScenarioTest):
         self.assertEqual(self.server.paths(), [])
         self.assertEqual([str(package) for package in self.available + self.installed + self.updates], before)
         self.assertEqual(self.recording.errors(), [])
-        # A transaction can install packages that were read from the cache.
+        # Packages of a repository that was read from the cache can be installed.
         self.assertEqual(self.changes(self.apply, installs=["loupe"]), ({"loupe-45.0-1.x86_64"}, set()))
-        # The next reading uses the network.
+        # The next collection reads the repository from the server again.
         self.server.fault(REPOMD, "none")
         self.sandbox.expire_metadata()
         self.again()
@@ -136,7 +138,7 @@ class StoppingTest(ScenarioTest):
         lines = "\n".join(text for level, text in self.recording.of("log"))
         self.assertRegex(lines, "These repositories have no metadata in the cache, and are left out until the next "
                                 "Refresh: .*sandbox-http")
-        # A local repository needs no network, but its metadata are read in the same way.
+        # Local repositories are also read only from the cache, and cause no error.
         self.assertEqual(self.recording.errors(), [])
         self.server.start()
         self.yumio.reset()
@@ -178,12 +180,12 @@ class StoppingTest(ScenarioTest):
         self.load_stoppable()
         self.collect()
         self.apply(installs=["loupe"])
-        # The program itself refuses requests when rpm begins.
+        # The script has not refused requests, because the program itself does so when rpm begins.
         self.assertFalse(self.stop.refused)
 
 
 class WithoutRepositoriesTest(ScenarioTest):
-    """Failing repositories, and the question whether to go on without them."""
+    """Tests of failing repositories, and of the question whether to go on without them."""
 
     def load_asking(self, *answers):
         self.asked = []
@@ -208,7 +210,7 @@ class WithoutRepositoriesTest(ScenarioTest):
         self.assertEqual({id for id, reason, others in self.asked}, {"away", "gone", "sandbox-http"})
         self.assertEqual([others for id, reason, others in self.asked], [2, 1, 0])
         for id, reason, others in self.asked:
-            # The reason names only the repository that it is about.
+            # Each reason names only its own repository.
             for other in ("away", "gone", "sandbox-http"):
                 self.assertEqual(other in reason, other == id, reason)
             if id == "sandbox-http":
@@ -217,7 +219,7 @@ class WithoutRepositoriesTest(ScenarioTest):
         self.package(self.installed, "almanac")
         self.assertTrue(self.available)
         self.assertNotIn("sandbox-http", {package.repoid for package in self.available})
-        # A repository that may be skipped needs no question.
+        # This repository may be skipped, so it causes an error in the log, but no question.
         self.assertIn("sandbox-unreachable", "\n".join(self.recording.errors()))
         self.assert_no_faults()
         self.apply(installs=["hedgerow"])

@@ -86,7 +86,7 @@ class InstallTest(ScenarioTest):
         self.assertEqual(changed, NOTHING)
         self.assertEqual(self.recording.names()[-1:], ["userconfirm"])
         self.assertIsNone(self.yumio.base.history.group.get("games"))
-        # The next transaction does not contain the refused actions.
+        # The refused actions do not remain for the next transaction.
         changed = self.changes(self.apply, installs=["astrolabe"])
         self.assertEqual(changed, ({"astrolabe-5.6-1.x86_64"}, set()))
         self.assertEqual(set(self.recording.listed()), {"astrolabe-5.6-1.x86_64"})
@@ -249,14 +249,14 @@ class GroupTest(ScenarioTest):
         self.started()
         self.assertEqual(self.changes(self.apply, group_installs=["ghosts"]), NOTHING)
         self.assertIn("no-such-package", "\n".join(self.recording.errors()))
-        # The transaction neither downloads nor removes packages.
+        # The transaction has no package to download, install or remove.
         self.assertEqual(self.recording.order(), ["listTransaction", "userconfirm", "downloadRemotePayloads",
                                                   "postTransactionOutput"])
         self.again()
         self.assertIsNotNone(self.group("ghosts"))
 
     def introductions(self):
-        """The texts before the listing, from now on."""
+        """Returns a list that gets the texts before each listing from now on."""
         texts = []
         self.module("program").addBeforeListing = texts.append
         return texts
@@ -370,7 +370,7 @@ class GroupTest(ScenarioTest):
 
 
 class ReasonTest(ScenarioTest):
-    """The program shows the attribute "value" of an exception."""
+    """The program shows the "value" attribute of an exception, so this attribute must be a complete message."""
 
     def check(self, method, raising, arguments=()):
         exceptions = self.dnf.exceptions
@@ -386,7 +386,7 @@ class ReasonTest(ScenarioTest):
             with self.assertRaises(exceptions.Error) as caught:
                 method(*arguments)
             self.assertEqual(caught.exception.value, value)
-        # The script does not change an exception with a complete message.
+        # An exception that already has a complete message is not changed.
         raising(exceptions.RepoError("the repository"))
         with self.assertRaises(exceptions.RepoError) as caught:
             method(*arguments)
@@ -520,7 +520,7 @@ class ScriptletTest(ScenarioTest):
         self.started()
         self.assert_refused("brokenlatch", installs=["brokenlatch"])
         self.assertIn("the latch is stuck", self.recording.output())
-        # The failure's message also contains the output.
+        # The message about the failure also contains the output of the scriptlet.
         self.assertIn("Error in PREIN scriptlet in rpm package brokenlatch\nbrokenlatch: the latch is stuck\n",
                       "\n".join(self.recording.errors()))
         changed = self.changes(self.apply, installs=["astrolabe"])
@@ -530,7 +530,7 @@ class ScriptletTest(ScenarioTest):
     def test_a_failure_is_reported_with_the_end_of_much_output(self):
         self.started()
         text = b"".join(b"line %d\n" % number for number in range(1, 26))
-        # No package in the sandbox prints this much before it fails.
+        # No package in the sandbox prints so many lines before it fails.
         self.module("progress").RPMTransaction.__base__._scriptOutput = lambda transaction: text
         self.assert_refused("brokenlatch", installs=["brokenlatch"])
         self.assertIn(text.decode()[:-1], self.recording.of("rpmtransScriptout"))
@@ -557,7 +557,7 @@ class ScriptletTest(ScenarioTest):
         self.assertIn("the hinge is gone", self.recording.output())
         self.assertEqual(self.recording.errors(), ["Error in POSTIN scriptlet in rpm package limpgate",
                                                    "The scriptlet of limpgate-1.0-1.noarch failed."])
-        # If the history did not contain the end of the transaction, the next collection would report it.
+        # If the history lacked the end of the transaction, the next collection would report this.
         self.recording.clear()
         self.again()
         self.assertEqual([text for text in self.recording.errors() if "history" in text or "end" in text], [])

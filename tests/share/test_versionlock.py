@@ -1,5 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Version locks: the versionlock plug-in, its list, and changes by the program and by the dnf command."""
+"""Tests of version locks: the versionlock plug-in, its list, and changes to the list by the script and by the dnf
+command.
+"""
 
 import os
 import re
@@ -16,7 +18,7 @@ class VersionLocksTest(ScenarioTest):
         self.locks = os.path.join(self.settings, "locks")
         os.makedirs(self.settings)
         self.write_settings("versionlock.conf", "[main]\nenabled=1\nlocklist=%s\n" % self.locks)
-        # This plug-in writes to the running system, even with a managed root.
+        # Even for a managed root, this plug-in writes to a file of the running system.
         self.write_settings("generate_completion_cache.conf", "[main]\nenabled=0\n")
         self.write_locks()
         self.configure("plugins=1", "pluginconfpath=" + self.settings)
@@ -29,7 +31,7 @@ class VersionLocksTest(ScenarioTest):
         self.write_settings("locks", "".join(line + "\n" for line in lines))
 
     def content(self):
-        """The list without the times of its comments."""
+        """The contents of the list, with the times in its comments removed."""
         with open(self.locks) as stream:
             return re.sub(r"(?m)(# Added lock on ).*$", r"\1...", stream.read())
 
@@ -41,8 +43,8 @@ class VersionLocksTest(ScenarioTest):
             env=self.sandbox.environment(), stdout=subprocess.PIPE, universal_newlines=True).stdout
 
     def rows(self, *names):
-        """The packages with these names in the table. A row has the update of the package. If no update exists, it has
-        the installed or the available package.
+        """The packages that the rows of the table show for these names: the update if one exists, otherwise the
+        installed or the available package.
         """
         found = []
         for name in names:
@@ -84,7 +86,7 @@ class VersionLocksTest(ScenarioTest):
     def test_the_script_and_dnf_write_the_same_lines(self):
         names = ("abacus-cli", "libcairn", "quillbase", "astrolabe")
         self.started()
-        # Two architectures of libcairn are installed. An available package has only one version here.
+        # libcairn is installed in two architectures, which need only one line.
         self.assertEqual(len([package for package in self.installed if package.name == "libcairn"]), 2)
         self.yumio.lockVersions(self.rows(*names))
         self.assert_no_faults()
@@ -96,7 +98,7 @@ class VersionLocksTest(ScenarioTest):
         for name in sorted(names):
             self.command("add", name)
         self.assertEqual(own, self.content())
-        # Removing lines also removes their comments.
+        # unlockVersions() and "versionlock delete" also remove the comment above a line.
         self.command("delete", "abacus-cli")
         theirs = self.content()
         with open(self.locks, "w") as stream:
@@ -111,12 +113,12 @@ class VersionLocksTest(ScenarioTest):
         before = self.names_of_updates()
         self.assertLessEqual({"abacus-cli", "quillbase"}, before)
         self.yumio.lockVersions(self.rows("abacus-cli", "quillbase"))
-        # A reset is not necessary.
+        # For the new locks, collecting again is enough; the script needs no reset.
         self.collect()
         self.assertEqual(before - self.names_of_updates(), {"abacus-cli", "quillbase"})
         self.assertEqual(self.locked()["abacus-cli"], "abacus-cli-0:3.2.1-1.*")
         self.assertEqual(set(self.locked()), {"abacus-cli", "quillbase"})
-        # Nothing happens if the user locks a locked package again.
+        # Locking a locked package again has no effect.
         content = self.content()
         self.yumio.lockVersions(self.rows("abacus-cli"))
         self.assertEqual(self.content(), content)
@@ -157,7 +159,7 @@ class VersionLocksTest(ScenarioTest):
         locked = self.locked()
         self.assertEqual(locked["amberfont-sans"], "amberfont-*")
         self.assertEqual(set(locked), {"amberfont-sans", "amberfont-serif", "quillbase"})
-        # The script keeps the line as long as it also locks another package.
+        # A line that also locks another package is kept.
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
             self.yumio.unlockVersions(self.rows("amberfont-sans", "quillbase"))
         self.assertEqual(str(caught.exception), "These packages are still locked: amberfont-sans\nVYRE keeps these "
