@@ -26,7 +26,7 @@ UPDATE = os.path.join(TOP, 'translations', 'update')
 CATALOGUES = sorted(glob.glob(os.path.join(TOP, 'translations', '*.ts')))
 LRELEASE = os.environ.get('LRELEASE') or shutil.which('lrelease') or shutil.which('lrelease-qt5')
 
-# Each pair is a context, and those of its texts whose Alt keys the user can use at the same time. These keys must differ.
+# Each pair is a context, and those of its texts whose Alt keys are usable at the same time. These keys must differ.
 TOGETHER = (
     ('MainWindow', ('&Program', '&Windows', '&Repositories', '&Cache', '&Help', '&Describe', 'Re&size', 'Re&fresh',
                     'Set &Install/Update of Selected', 'Set &Update of Listed', '&Clear Actions', '&Apply Actions')),
