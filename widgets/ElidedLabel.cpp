@@ -38,7 +38,10 @@ int ElidedLabel::margins() const
 QSize ElidedLabel::sizeHint() const
 {
     const QSize text = fontMetrics().size(Qt::TextSingleLine, whole);
-    return {text.width() + margins(), PlainLabel::sizeHint().height()};
+    // With some fonts, a label without text is lower than a label with text. Use one height for both, so that
+    // the first text does not move the widgets below.
+    const int letter = fontMetrics().size(Qt::TextSingleLine, QStringLiteral("X")).height() + margins();
+    return {text.width() + margins(), qMax(PlainLabel::sizeHint().height(), letter)};
 }
 
 QSize ElidedLabel::minimumSizeHint() const

@@ -94,11 +94,17 @@ public:
         const auto width = [&metrics](const QString& part) {
             return metrics.size(Qt::TextSingleLine | Qt::TextExpandTabs, part).width();
         };
-        const QRect place(width(line), row * metrics.lineSpacing(), width(match), metrics.lineSpacing());
+        // With some fonts, the lines of the label are higher than the line spacing of the font.
+        const int lines = label->text().count(QLatin1Char('\n')) + 1;
+        const double height = static_cast<double>(label->sizeHint().height()) / lines;
+        const int top = qRound(row * height);
+        const int bottom = qRound((row + 1) * height);
+        const int right = width(line) + width(match);
+        const int margin = bottom - top;
         // Show the end of the match first, then its beginning. If the match is wider than the area, the
         // beginning stays visible.
-        area->ensureVisible(place.right(), place.bottom(), metrics.lineSpacing(), metrics.lineSpacing());
-        area->ensureVisible(place.left(), place.top(), metrics.lineSpacing(), metrics.lineSpacing());
+        area->ensureVisible(right, bottom, margin, margin);
+        area->ensureVisible(width(line), top, margin, margin);
     }
 
 private:

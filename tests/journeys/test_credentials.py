@@ -57,8 +57,10 @@ class CredentialsTest(EditingTest):
 
     def question_about(self, program, identifier):
         """The dialog that asks for the credentials of this repository."""
-        dialog = program.window(TITLE)
-        wait_for(lambda: identifier in dialog.labels(), 'the question about ' + identifier)
+        # The dialog of the previous question has the same title, and may still be open.
+        dialog = wait_for(lambda: next((each for each in program.windows()
+                                        if each.title == TITLE and identifier in each.labels()), None),
+                          'the question about ' + identifier)
         dialog.wait_settled()
         dialog.wait_input()
         return dialog

@@ -75,7 +75,9 @@ class Book:
         # The rows of the tables whose first cell is a literal text: this text, and the text of the next cell.
         self.rows = {}
         for cells in re.findall(r'^\|((?:`\+.*?\+`(?: \+\n)?)+)\n\|([^|]*)', self.text, re.M):
-            self.rows.setdefault(squeezed(' '.join(re.findall(r'`\+(.*?)\+`', cells[0]))), squeezed(cells[1]))
+            # Within a table, "\\|" is the character "|".
+            message = ' '.join(re.findall(r'`\+(.*?)\+`', cells[0])).replace('\\|', '|')
+            self.rows.setdefault(squeezed(message), squeezed(cells[1]))
 
     def words(self):
         """The text without the markup of AsciiDoc."""
