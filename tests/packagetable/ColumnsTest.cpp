@@ -43,7 +43,7 @@ private Q_SLOTS:
         QCOMPARE(titles.count(), int(ColumnCount));
     }
 
-    // A picture is selected by the cell's sort key, and the sort key is computed from the cell's value.
+    // The value of a cell determines its sort key, and the sort key determines its picture.
     void aSortKeyNeedsAValueAndAPictureNeedsASortKey()
     {
         for (int column = 0; column < ColumnCount; ++column) {

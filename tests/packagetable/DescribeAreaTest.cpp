@@ -153,7 +153,7 @@ void DescribeAreaTest::furtherInstalledVersionsHaveShortAreas()
                               "Size|" + second.sizeText, "Build Time|" + second.buildTimeText,
                               "Packager|Someone"}));
         QVERIFY(second.verRel != table->entry("it").verRel);
-        // Without a vertical scroll bar, all lines of the area are visible.
+        // An area without a vertical scroll bar shows all its lines.
         QVERIFY(!areas.at(1)->verticalScrollBar()->isVisible());
     });
 }

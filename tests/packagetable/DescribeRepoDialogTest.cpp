@@ -84,7 +84,7 @@ void DescribeRepoDialogTest::detailsOfAMissingRepositoryCauseAMessage()
                  (QStringList{"Error", "There is no configured repository \"<b>gone</b>\""}));
         QVERIFY(shown.isVisible());
     });
-    // If no configuration was read, the repository is missing too.
+    // If VYRE has read no configuration, it shows the same message.
     conf.reset();
     describe("it", [](Dialog& shown) {
         QCOMPARE(messageOf([&shown] { press(buttonBeside(shown, "Repository")); }).count(), 2);

@@ -72,7 +72,7 @@ inline QStringList linesOf(const HScrollArea* area)
     return lines;
 }
 
-// The label with the value of the field `label`; null if the area does not show this field.
+// The label that shows the value of this field; null if the area does not show the field.
 inline QLabel* valueOf(const HScrollArea* area, const QString& label)
 {
     const QList<QLabel*> labels = area->widget()->findChildren<QLabel*>();
@@ -84,7 +84,7 @@ inline QLabel* valueOf(const HScrollArea* area, const QString& label)
     return nullptr;
 }
 
-// The button in the line of the field `label`; null if this line has no button.
+// The button in the line of this field; null if the line has no button.
 inline QPushButton* buttonBeside(const QWidget& dialog, const QString& label)
 {
     for (QPushButton* button : dialog.findChildren<QPushButton*>()) {

@@ -259,7 +259,7 @@ void SortFilterProxyModelTest::aDotMatchesAnyLetter()
 
 void SortFilterProxyModelTest::anExpressionMatchesAcrossColumns()
 {
-    // The size follows the architecture in the row. The table shows 5000 bytes as "4.9Kb", and 1000 bytes as
+    // The Size column follows the Architecture column. It shows 5000 bytes as "4.9Kb", and 1000 bytes as
     // "1.0Kb".
     QCOMPARE(listed("noarch 4"), QStringList{"editor"});
     QCOMPARE(listed("noarch 1"), QStringList());

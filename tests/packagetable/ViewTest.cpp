@@ -314,8 +314,8 @@ void ViewTest::aSignalReportsThatNoRowIsCurrentAnyMore()
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
     shown->proxy.setFilterRegExp("tool");
     QVERIFY(!view->currentIndex().isValid());
-    // While the view removes the row, it may make a neighbouring row current for a moment, and then signal
-    // more than once.
+    // When the view removes the current row, a neighbouring row may become current for a moment. So there may
+    // be several signals.
     QCOMPARE(spy.value(0).value(1).toInt(), table->row("office"));
     for (int i = 1; i < spy.count(); ++i) {
         QCOMPARE(spy.at(i).at(1), spy.at(i - 1).at(0));
@@ -485,8 +485,7 @@ void ViewTest::widthOfAColumnIncludesKerning()
         const QString kerned = apart.repeated(pairs);
         const qreal single =
             pairs * (metrics.horizontalAdvance(apart.at(0)) + metrics.horizontalAdvance(apart.at(1)));
-        // Further texts, without kerning, compete for the widest cell. Their widths lie around the range
-        // between the kerned text's sum of letters and its real width.
+        // These texts have no kerning. Some of them are narrower than the kerned text, and some are wider.
         QJsonArray packages{StandIn::package(kerned)};
         const QString unit = QStringLiteral("H");
         const qreal narrowest = single - 40;
@@ -702,8 +701,7 @@ void ViewTest::eachOfSeveralQuickClicksOnTheActionCounts()
     const QPoint place = view->viewport()->mapTo(&shown->window, shown->place("tool", ActionColumn));
     QSignalSpy changed(view, SIGNAL(stateChanged(int)));
     for (int i = 0; i < clicks; ++i) {
-        // These clicks follow each other so quickly that Qt may report double clicks. mouseClick() would
-        // prevent this.
+        // Qt may take such quick clicks for double clicks. QTest::mouseClick() would prevent this.
         QTest::mousePress(shown->window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
         QTest::mouseRelease(shown->window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
     }

@@ -38,7 +38,7 @@ inline void recordReport(QAccessibleEvent* event)
     }
 }
 
-// Whether assistive programs have received texts if an accessibility bus runs, and no texts if none runs.
+// Checks that assistive programs have received texts if an accessibility bus runs, and no texts otherwise.
 inline bool reportsAsExpected()
 {
     const bool expected = qEnvironmentVariableIsSet("QT_LINUX_ACCESSIBILITY_ALWAYS_ON");

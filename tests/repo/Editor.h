@@ -44,7 +44,8 @@ public:
         }
     }
 
-    // Installs a stand-in for the browser in the share directory. It records its arguments, one in each line.
+    // Installs a stand-in for the browser in the share directory. This stand-in records its arguments, one in
+    // each line.
     void installBrowser()
     {
         Files::put(Share::absolute(QStringLiteral("webbrowser")),

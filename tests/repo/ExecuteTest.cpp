@@ -204,7 +204,7 @@ void ExecuteTest::theStartedProgramIsNotAChildOfThisProcess()
     const QByteArray parent = read("parent").trimmed();
     QVERIFY(parent.toInt() > 0);
     QVERIFY(parent.toInt() != int(getpid()));
-    // A started program that is still running, or a zombie, would be a child of this process.
+    // This process has no child: neither a running one nor a zombie.
     QCOMPARE(waitpid(-1, nullptr, WNOHANG), pid_t(-1));
     QCOMPARE(errno, ECHILD);
     const int gate = open(QFile::encodeName(path("gate")).constData(), O_WRONLY);

@@ -36,8 +36,8 @@ inline QList<WId> windowsIn(const char* property)
 }
 
 // Whether the window manager has removed the hidden windows and has given the focus to `active`. If a hidden
-// window is shown again too early, it may never get the focus. Without a window manager, the result is always
-// true.
+// window is shown again too early, it may never get the focus. If no window manager runs, the result is
+// always true.
 inline bool windowManagerHasSettled(const QWidget* active)
 {
     if (QGuiApplication::platformName() != QLatin1String("xcb")) {

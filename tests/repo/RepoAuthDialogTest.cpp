@@ -158,7 +158,7 @@ void RepoAuthDialogTest::theDialogNamesTheFileThatWillContainThePassword()
                     "VYRE will write the name and the password to the file /etc/yum.repos.d/<b>x</b>.repo. "
                     "Then only the file's owner and group can read the file.")));
             }) >= 0);
-    // A very long path is wrapped, so the window keeps its width.
+    // The window keeps its width even if the path is very long.
     int width = 0;
     QVERIFY(run([this, &width] { width = dialog->width(); }) >= 0);
     entry.file = QLatin1Char('/') + QString(2000, QLatin1Char('x'));

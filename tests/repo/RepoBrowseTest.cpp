@@ -136,7 +136,8 @@ void RepoBrowseTest::variablesAreExpanded()
     QCOMPARE(BackEnd::browsed(), QStringList{opened});
 }
 
-// A script with expandVariables() also expands the variables that only dnf knows.
+// If the script has expandVariables(), the script expands the variables, because dnf may know more variables
+// than VYRE.
 void RepoBrowseTest::theScriptExpandsVariables()
 {
     Repo::Entry entry;

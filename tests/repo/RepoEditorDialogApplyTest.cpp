@@ -28,8 +28,7 @@ private Q_SLOTS:
 
 void RepoEditorDialogApplyTest::okWithoutChangesWritesNothing()
 {
-    // The writer of VYRE would remove the blanks around "=", so the test would notice that the file was
-    // written.
+    // VYRE writes no blanks around "=". So the test would notice if VYRE wrote this file.
     backEnd->putRepo("os.repo", "# comment\n[os]\nenabled = 1\n");
     QCOMPARE(run([this] { click("OK"); }), int(QDialog::Accepted));
     QCOMPARE(backEnd->getRepo("os.repo"), QByteArray("# comment\n[os]\nenabled = 1\n"));

@@ -247,7 +247,7 @@ void SafeFileTest::aFileInAReadOnlyDirectoryIsReplaced()
     QCOMPARE(chmod(QFile::encodeName(path(QStringLiteral("x.repo"))).constData(), 0666), 0);
     QCOMPARE(seteuid(65534), 0);
     const bool good = replaceNow(path(QStringLiteral("x.repo")), oldText, newText);
-    // Without a directory for the copy of the old text, SafeFile does not overwrite the file.
+    // If no directory for the copy of the old text exists, SafeFile does not overwrite the file.
     managedRoot.set("/nowhere");
     const EnvironmentVariable temporary("TMPDIR", "/nowhere");
     const bool unsafe = replaceNow(path(QStringLiteral("x.repo")), newText, oldText);

@@ -141,8 +141,8 @@ void check(YumConfIO& conf)
     }
     for (const Repo::Entry& each : qAsConst(conf.entries)) {
         if (each.file == surroundings->files.first() && each.id == QLatin1String("main")) {
-            // The main configuration file has a second main section. If VYRE drops the sections before it,
-            // the next read takes it for a part of the first main section.
+            // The main configuration file has a second main section. If VYRE drops all sections between the
+            // two, the next read takes both for one section.
             return;
         }
     }

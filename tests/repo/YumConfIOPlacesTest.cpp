@@ -250,7 +250,7 @@ void YumConfIOPlacesTest::anEmptyMainFileGivesTheDefaults()
 
 void YumConfIOPlacesTest::namedDirectoriesAreInTheManagedRoot()
 {
-    // /etc exists in the managed root and in the running system: the directory in the managed root is used.
+    // The running system has a directory /etc too, but VYRE uses /etc of the managed root.
     QVERIFY(QDir(path(QString())).mkpath(QStringLiteral("etc")));
     putMain("[main]\ncachedir=/srv/cache\nreposdir=/etc /dev\n");
     QVERIFY(conf->read(window.get()));
@@ -480,8 +480,8 @@ void YumConfIOPlacesTest::severalPathsToAFileAreOneFile()
     putMain("[main]\nreposdir=" + QFile::encodeName(path(reposdir)) + "\n");
     putRepo(QStringLiteral("x.repo"), "[x]\n");
     QVERIFY(conf->read(window.get()));
-    // In turn, the file contains a section that was read, a section that was added, and a section that was
-    // moved.
+    // VYRE adds a new section to the existing file, and then also moves the first section to this file, under
+    // another path.
     Repo::Entry added = made(QStringLiteral("y"));
     added.file = path(file);
     added.position = 2.0;

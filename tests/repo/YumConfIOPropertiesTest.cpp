@@ -151,8 +151,8 @@ private:
 
     QString mainText;
     QMap<QString, ConfigurationFile> files;
-    // Files with bytes beyond ASCII: VYRE writes them only if they were edited. Each value has the text that
-    // textOf() returns without an edit, and the contents of the file.
+    // The files with bytes beyond ASCII. VYRE writes them only if they were edited. Each value is the result
+    // of textOf() and the contents of the file when remember() was called.
     QMap<QString, QPair<QString, QByteArray>> remembered;
     int added = 0;
 };

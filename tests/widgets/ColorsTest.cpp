@@ -184,8 +184,7 @@ void ColorsTest::colorsAreReadableOnADarkBackground_data()
 void ColorsTest::colorsAreReadableOnADarkBackground()
 {
     QFETCH(QString, background);
-    // The luminance of a colour, as the accessibility guidelines for web contents define it. Their definition
-    // of contrast is the quotient below.
+    // Luminance and contrast are defined as in the accessibility guidelines for web contents.
     const auto luminance = [](const QColor& color) {
         double sum = 0;
         const double parts[] = {color.redF(), color.greenF(), color.blueF()};

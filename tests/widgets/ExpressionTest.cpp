@@ -8,7 +8,7 @@
 
 namespace {
 
-// Matches an expression by regcomp() and regexec(), without the faster methods of Expression.
+// Matches an expression only by regcomp() and regexec(), for a comparison with the class Expression.
 class Plain
 {
 public:

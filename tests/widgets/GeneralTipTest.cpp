@@ -116,7 +116,7 @@ private Q_SLOTS:
 
 void GeneralTipTest::initTestCase()
 {
-    // Without a move by the test, the pointer is outside all windows and tips.
+    // The pointer begins outside all windows and tips.
     QCursor::setPos(screenRect().center() + QPoint(0, 200));
     QVBoxLayout* column = new QVBoxLayout(&window);
     column->addWidget(edit = new QLineEdit);

@@ -104,7 +104,7 @@ private Q_SLOTS:
         press(Qt::Key_Up);
         press(Qt::Key_PageUp);
         QCOMPARE(vertical->value(), 0);
-        // With Shift, these keys select text instead of scrolling.
+        // If Shift is pressed, these keys select text instead of scrolling.
         press(Qt::Key_End, Qt::ShiftModifier);
         QCOMPARE(vertical->value(), 0);
     }

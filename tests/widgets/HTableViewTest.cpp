@@ -23,7 +23,7 @@ public:
     using HTableView::viewOptions;
 };
 
-// A view that overrides the computation of the column widths.
+// A view with its own computation of the column widths.
 class QuickView : public View
 {
 protected:
@@ -131,7 +131,8 @@ void HTableViewTest::theKeysForBothEndsSelectTheFirstAndTheLastRow()
 {
     QStandardItemModel model(300, 3);
     View view;
-    QTest::keyClick(&view, Qt::Key_End, Qt::ControlModifier); // without a model, the key does nothing
+    QTest::keyClick(&view, Qt::Key_End,
+                    Qt::ControlModifier); // if the view has no model, the key does nothing
     view.setModel(&model);
     view.setSelectionBehavior(QAbstractItemView::SelectRows);
     view.resize(300, 200);
@@ -146,7 +147,7 @@ void HTableViewTest::theKeysForBothEndsSelectTheFirstAndTheLastRow()
     QCOMPARE(view.currentIndex(), model.index(0, 2));
     QCOMPARE(view.selectionModel()->selectedRows(), QModelIndexList{model.index(0, 0)});
     QVERIFY(view.viewport()->rect().intersects(view.visualRect(model.index(0, 0))));
-    // Without Control, Home and End move within the row.
+    // If Control is not pressed, Home and End move within the row.
     QTest::keyClick(&view, Qt::Key_Home);
     QCOMPARE(view.currentIndex(), model.index(0, 0));
     model.setRowCount(0);
