@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The common parts of the journeys that change repository configurations."""
+"""Code that all journeys about repository configurations share."""
 import os
 
 import pyatspi
@@ -13,7 +13,7 @@ UNAPPLIED = 'Unapplied Configuration Changes'
 
 
 class Editor(driver.Window):
-    """The window with all repositories."""
+    """The window of the repository editor, which lists all repositories."""
 
     TITLE = 'VYRE Repository Configuration Editor'
 
@@ -40,7 +40,7 @@ class Editor(driver.Window):
         return self.table().getAccessibleAt(self.identifiers().index(identifier), column)
 
     def is_on(self, identifier, column):
-        """Whether a repository's box in this column is checked."""
+        """Whether the repository's box in this column is checked."""
         x, y, width, height = driver.rectangle(self.cell(identifier, column))
         picture = driver.pixels(x, y, width, height)
         differences = {on: driver.Icon.named(icon).difference(picture, width, height, 765)
@@ -54,7 +54,7 @@ class Editor(driver.Window):
     def toggle(self, identifier, column):
         before = self.is_on(identifier, column)
         x, y = driver.place(self.cell(identifier, column))
-        # Two quick clicks at the same place are a double click.
+        # At a new place, the second of two quick clicks is not part of a double click.
         self._clicks += 1
         driver.click_at(x + (-8, 8)[self._clicks % 2], y)
         self.wait_on(not before, identifier, column)
@@ -79,7 +79,7 @@ class Editor(driver.Window):
         wait_for(lambda: self.status() == text, 'the status ' + repr(text), 20)
 
     def form(self, button, *selected):
-        """Press Edit, Add or Copy. Returns the window with the fields of the repository."""
+        """Press Edit, Add or Copy. Return the form that opens."""
         if selected:
             self.select(*selected)
         self.click_button(button)
@@ -91,7 +91,7 @@ class Editor(driver.Window):
 
 
 class Form(driver.Window):
-    """The window with the fields of one repository."""
+    """The form: the window with the fields of one repository."""
 
     TITLE = 'VYRE Repository Configuration'
 
@@ -101,7 +101,7 @@ class Form(driver.Window):
         self.wait_settled()
 
     def field(self, name):
-        """The field with this label."""
+        """The visible text field with this label."""
         def look():
             return next((accessible for accessible in driver.walk(self.accessible)
                          if accessible.name == name and driver.shown(accessible) and
@@ -117,12 +117,12 @@ class Form(driver.Window):
         driver.click(field)
         driver.key('ctrl+a')
         driver.type_text(text)
-        # The text of a password field cannot be read.
+        # Assistive programs cannot read the text of a password field.
         if field.getRole() != pyatspi.ROLE_PASSWORD_TEXT:
             wait_for(lambda: driver.text_of(field) == text, 'the text of ' + name, 20)
 
     def choose(self, number, item):
-        """number: 0 is the Enabled box, 1 is the Check GPG Keys box."""
+        """Choose an item of one of the form's boxes. number: 0 for the Enabled box, 1 for the Check GPG Keys box."""
         combo = self.find_all(pyatspi.ROLE_COMBO_BOX)[number]
         driver.click(combo)
         driver.key('Home')
@@ -134,7 +134,7 @@ class Form(driver.Window):
         wait_for(lambda: combo.name == item, 'the choice of ' + item, 20)
 
     def status(self):
-        """The text next to the buttons."""
+        """The text next to the buttons of the form; empty if the form shows none."""
         return self.labels()[-1] if self.labels()[-1] != 'Sort Position' else ''
 
     def close(self, button):
@@ -156,7 +156,7 @@ class EditingTest(JourneyTest):
             return stream.read()
 
     def files(self):
-        """The contents of all configuration files, by path."""
+        """The contents of the main configuration file and of all repository files, by path."""
         directory = os.path.join(self.sandbox.root, 'etc/yum.repos.d')
         found = {}
         for path in [os.path.join(directory, name) for name in os.listdir(directory)] + [
@@ -166,10 +166,11 @@ class EditingTest(JourneyTest):
         return found
 
     def requests_from_now(self):
-        """The number of requests to the server up to now. The next collection makes more requests.
+        """The number of requests that the server has received. If the next collection reads the repositories, it makes
+        more.
 
-        To force these requests, this function lets the metadata expire. Otherwise the collection could use metadata
-        that are less than a second old.
+        This function lets the metadata expire, because a collection could otherwise use metadata that are less than a
+        second old.
         """
         self.sandbox.expire_metadata()
         return len(self.sandbox.server.paths())
@@ -179,7 +180,7 @@ class EditingTest(JourneyTest):
         return Editor(window.program)
 
     def check_listed(self, window, names, expression='^(abacus-cli|hedgerow|hidden-gem|pergola) '):
-        """Of USUAL and "hidden-gem", the window lists exactly these packages."""
+        """Check that the window lists exactly these packages, of those in USUAL and "hidden-gem"."""
         window.wait_ready()
         window.set_filter(expression)
         window.wait_names(names)

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The common parts of all journeys. Each test works on a separate copy of the sandbox, and checks that the program ends
+"""Code that all journeys share. Each test works on its own copy of the sandbox, and checks that the program ends
 correctly.
 
-VYRE_BINARY is the program. VYRE_SANDBOX is the sandbox, which the journeys copy and never change. If VYRE_PICTURES
+VYRE_BINARY names the program. VYRE_SANDBOX names the sandbox that the journeys copy and never change. If VYRE_PICTURES
 names a directory, the journeys save pictures of the screen there.
 """
 import contextlib
@@ -22,17 +22,17 @@ import driver  # noqa: E402
 from driver import wait_for  # noqa: E402
 from vyresandbox import Sandbox  # noqa: E402
 
-# The lock file for dnf's lock on the package database.
+# The file of dnf's lock on the package database.
 DATABASE_LOCK = 'var/lib/dnf/rpmdb_lock.pid'
 
 DEPENDENCIES = 'Performing the following to resolve dependencies:'
-# The headings of additional removals in the listing. A line belongs to a heading if it begins with this word.
+# For lines about additional removals, the heading in the listing, by the word with which the line begins.
 DEPENDENCY_HEADINGS = {'Remove (unused):': 'Removing unused dependencies:', 'Remove:': 'Removing dependent packages:'}
 ONLY_REMOVALS = 'No downloads; only removals\n'
 
 
 class Gate:
-    """A fault for the sandbox's server: the server answers no request until the gate is open."""
+    """A fault for the sandbox's server: until the gate is open, the server does not answer the request."""
 
     def __init__(self):
         self._reached = threading.Event()
@@ -57,7 +57,7 @@ class Gate:
 
 
 class CacheLock:
-    """A process that holds one of dnf's two locks on the cache, "metadata" or "download"."""
+    """A process of dnf that holds one of the two locks on the cache: "metadata" or "download"."""
 
     _HOLD = ('import sys, dnf.lock\n'
              'with getattr(dnf.lock, "build_{}_lock".format(sys.argv[1]))(sys.argv[2], True):\n'
@@ -85,7 +85,8 @@ class CacheLock:
 
 
 class Waiting:
-    """A package in the sandbox. Its scriptlet waits as long as a certain file exists."""
+    """A package of the sandbox with a scriptlet that waits. The scriptlet ends when the file of this object is removed.
+    """
 
     def __init__(self, sandbox, name):
         self._path = os.path.join(sandbox.root, 'tmp', name)
@@ -98,7 +99,7 @@ class Waiting:
         wait_for(self.is_waiting, self._path + '.waiting')
 
     def let_go(self):
-        """Let the scriptlet end. It may have ended already."""
+        """Let the scriptlet end, unless it already has."""
         with contextlib.suppress(FileNotFoundError):
             os.unlink(self._path)
 
@@ -124,7 +125,7 @@ class JourneyTest(unittest.TestCase):
         return waiting
 
     def choose_from_cell_menu(self, window, name, column, choice):
-        """Open the menu of a cell and choose an item by its number, from 0."""
+        """Open the context menu of a cell, and choose the item with this number. The first item has the number 0."""
         before = window.program.popups()
         driver.click(window.visible_cell(name, column), button=3)
         wait_for(lambda: window.program.popups() > before, 'the menu of ' + name)
@@ -132,15 +133,15 @@ class JourneyTest(unittest.TestCase):
         driver.key('Return')
 
     def picture(self, name):
-        """Save a picture of the screen if VYRE_PICTURES is set."""
+        """If VYRE_PICTURES is set, save a picture of the screen."""
         directory = os.environ.get('VYRE_PICTURES')
         if directory:
             time.sleep(0.5)  # no event shows that a window has been painted
             driver.screenshot(os.path.join(directory, name + '.png'))
 
     def wait_waiting(self, window, lock):
-        """Return when the program waits for this lock."""
-        window.wait_settled()  # an unsettled window does not receive the key that opens the log
+        """Wait until the log says that the program waits for this lock."""
+        window.wait_settled()  # without the focus, the window would not get the key that opens the log
         wait_for(lambda: lock.activity in self.read_log(window), 'the program to wait')
 
     def cache_lock(self, kind):
@@ -150,7 +151,7 @@ class JourneyTest(unittest.TestCase):
 
     @contextlib.contextmanager
     def program(self, *arguments, environment=None, unset=()):
-        """A run of the program on the sandbox. If the test fails, this function saves a picture of the screen."""
+        """Run the program on the sandbox. If the test fails, save a picture of the screen."""
         number = 1
         while os.path.exists(os.path.join(self.scratch, 'run{}'.format(number))):
             number += 1
@@ -176,7 +177,9 @@ class JourneyTest(unittest.TestCase):
 
     @contextlib.contextmanager
     def opened(self, *arguments, groups=False):
-        """The main window of a new run. It lists all packages. At the end of the scope, a key quits the program."""
+        """Run the program, and return its main window with all packages listed. At the end of the scope, quit the
+        program with a key.
+        """
         with self.program(*arguments) as program:
             window = program.ready()
             window.show_all(groups)
@@ -184,7 +187,7 @@ class JourneyTest(unittest.TestCase):
             self.quit(window)
 
     def choose_from_menu(self, window, menu, number):
-        """Choose an item of a menu by its number, from 0; separators do not count."""
+        """Choose the item with this number in a menu. The first item has the number 0; separators do not count."""
         bar = window.find(driver.pyatspi.ROLE_MENU_BAR)
         before = window.program.popups()
         driver.click(next(item for item in driver.walk(bar) if driver.plain(item.name) == menu))
@@ -195,10 +198,10 @@ class JourneyTest(unittest.TestCase):
     # Transactions
 
     def check_listing(self, dialog, listed=(), dependencies=(), sizes=True, groups=None, remark=''):
-        """The confirmation dialog lists these lines, in any order. The lines are given without tabs.
+        """Check that the confirmation dialog lists exactly these lines, in any order. The lines have no tabs.
 
-        sizes: whether the transaction downloads packages; None if the dialog does not mention downloads. groups: the
-        names of groups below each heading. remark: the line above the list.
+        sizes: true if the listing ends with download sizes; false if it says that nothing is downloaded; None if it
+        says neither. groups: the names of groups below each heading. remark: the text above the listing.
         """
         text = dialog.listing()
         if remark:
@@ -230,7 +233,7 @@ class JourneyTest(unittest.TestCase):
         self.assertEqual(dialog.buttons(), ['OK', 'Cancel'])
 
     def carry_out(self, window, dialog=None):
-        """Confirm the transaction and wait for its end. If no dialog is given, press Apply first."""
+        """Confirm the transaction, and wait until it ends. If no dialog is given, press Apply first."""
         window.accept(dialog or window.apply())
         window.wait_ready()
 
@@ -241,20 +244,20 @@ class JourneyTest(unittest.TestCase):
                 for name in names if 'lock' in name and name.endswith('.pid')]
 
     def check_ended(self, program, status=0):
-        """The program has ended with this status, and no signal has ended it. It has left no locks and no processes."""
+        """Check that the program has ended by itself, with this status, and has left no locks and no processes."""
         self.assertEqual(program.wait(), status, program.stderr())
         self.assertEqual(program.complaints(), '')
         self.assertEqual(self.locks(), [])
         wait_for(lambda: program.left_over() == [], 'the end of all processes')
 
     def quit(self, window):
-        """Quit the program by the key of the menu entry. No dialog may be open."""
+        """Quit the program with the key of its menu entry. No dialog may be open."""
         self.assertEqual(window.program.titles(), [driver.main_title()])
         window.press('ctrl+q')
         self.check_ended(window.program)
 
     def close(self, window):
-        """Close the main window by the window manager."""
+        """Close the main window with the key of the window manager."""
         window.press('alt+F4')
         self.check_ended(window.program)
 
@@ -264,13 +267,13 @@ class JourneyTest(unittest.TestCase):
         self.assertEqual(self.sandbox.installed(), self.before)
 
     def check_changed(self, new=(), gone=()):
-        """Only these packages have changed since the start of the test. The check ignores imported public keys."""
+        """Check that only these packages have changed since the start of the test. New public keys do not count."""
         after = {name for name in self.sandbox.installed() if not name.startswith('gpg-pubkey-')}
         self.assertEqual((after - self.before, self.before - after), (set(new), set(gone)))
 
     def check_history_complete(self):
-        """The last transaction in the history is complete."""
-        # 1 is the state of a complete transaction.
+        """Check that the history records the end and the success of the last transaction."""
+        # the state 1 means success
         last = subprocess.run(['/usr/bin/python3', '-c',
                                'import sqlite3, sys\n'
                                'print(*sqlite3.connect(sys.argv[1]).execute("SELECT state, dt_end >= dt_begin FROM '
@@ -280,7 +283,7 @@ class JourneyTest(unittest.TestCase):
         self.assertEqual(last, '1 1\n')
 
     def check_consistent(self):
-        """The installed packages have all their dependencies, no duplicates, and unchanged files."""
+        """Check that the installed packages have all their dependencies, no duplicates, and unchanged files."""
         for command in (['rpm', '--root', self.sandbox.root, '-Va'],
                         ['dnf', '--installroot', self.sandbox.root, '--releasever=9', '--noplugins',
                          '--setopt=reposdir=/dev/null', '--setopt=logdir=' + self.scratch, 'check']):
@@ -291,7 +294,9 @@ class JourneyTest(unittest.TestCase):
     # Dialogs
 
     def read_dialog(self, program, title, *texts):
-        """Wait until a dialog with this title contains these texts and takes input. Return the dialog."""
+        """Wait until a dialog with this title has a text and takes input. Check that it contains these texts; return
+        the dialog.
+        """
         dialog = program.window(title)
         text = wait_for(dialog.text, 'the text of ' + title)
         dialog.wait_input()
@@ -300,7 +305,7 @@ class JourneyTest(unittest.TestCase):
         return dialog
 
     def close_dialog(self, program, dialog):
-        """Press the only button of a message."""
+        """Press the only button of a message box."""
         buttons = dialog.buttons()
         self.assertEqual(len(buttons), 1, buttons)
         title = dialog.title
@@ -308,7 +313,9 @@ class JourneyTest(unittest.TestCase):
         program.no_window(title)
 
     def check_message(self, program, title, *texts, picture=None):
-        """Check that the program shows this message, and close it. picture: the name of the message's picture."""
+        """Check that the program shows a message with these texts, and close it. picture: a name; if given, save a
+        picture of the message with this name.
+        """
         dialog = self.read_dialog(program, title, *texts)
         if picture is not None:
             dialog.wait_settled()
@@ -316,13 +323,13 @@ class JourneyTest(unittest.TestCase):
         self.close_dialog(program, dialog)
 
     def read_log(self, window, picture=None):
-        """Open the Log window, close it again, and return its text."""
+        """Open the Log window, read its text, close the window, and return the text."""
         window.press('ctrl+l')
         log = window.program.window('VYRE Log')
         if picture is not None:
             log.wait_settled()
             self.picture(picture)
-        # The spin box also has text, but the log's text is longer.
+        # The spin box also has a text, but the text of the log is longer.
         texts = wait_for(lambda: log.find_all(driver.pyatspi.ROLE_TEXT), 'the text of the log')
         text = max((driver.text_of(accessible) for accessible in texts), key=len)
         log.click_button('Close')
@@ -330,7 +337,7 @@ class JourneyTest(unittest.TestCase):
         return text
 
     def check_usable(self, window, name='almanac'):
-        """The window responds: it lists all packages and finds this one."""
+        """Check that the window responds: it lists all packages, and a filter finds this package."""
         window.wait_ready()
         window.show_all()
         window.set_filter('^' + name + ' ')
@@ -340,5 +347,5 @@ class JourneyTest(unittest.TestCase):
 
 
 def main():
-    # The imported modules have set warning filters. unittest must not replace these filters.
+    # pyatspi's modules have set warning filters, which unittest must not replace.
     unittest.main(verbosity=2, warnings=False)

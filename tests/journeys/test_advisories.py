@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The user reads the advisories of the repositories, and marks the updates that the advisories ask for."""
+"""The user reads the advisories of the repositories, and marks the updates that they recommend."""
 import journey
 import updateinfo
 from journey import JourneyTest, driver, wait_for
@@ -62,7 +62,7 @@ class AdvisoriesTest(JourneyTest):
             window.wait_action('none', 'barometer')
             self.carry_out(window)
             self.check_changed(new=['abacus-cli-3.3.0-2.x86_64'], gone=['abacus-cli-3.2.1-1.x86_64'])
-            # The advisory is installed now.
+            # After the update, the advisory counts as installed.
             dialog = self.open(window)
             self.assertEqual(self.rows(dialog)[0][4], 'Installed')
             driver.key('Escape')

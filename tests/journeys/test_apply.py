@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Packages and suites are installed, updated and removed."""
+"""The user installs, updates and removes packages and suites."""
 import glob
 import os
 
@@ -31,7 +31,7 @@ class ApplyTest(JourneyTest):
                 new=['libbough-1.1-1.x86_64', 'libtwig-1.0-1.x86_64', 'anvil-make-4.2-2.x86_64'],
                 gone=['anvil-make-4.1-1.x86_64', 'cinder-backup-1.4-1.noarch'])
 
-            # The table shows the state after the transaction.
+            # After the transaction, the table shows the new state.
             window.set_filter('^(libbough|libtwig|anvil-make|cinder-backup) ')
             window.wait_names(['libbough', 'libtwig', 'anvil-make', 'cinder-backup'])
             repositories = {row[0]: row[2] for row in window.rows()}
@@ -64,7 +64,7 @@ class ApplyTest(JourneyTest):
             dialog = window.apply()
             self.check_listing(dialog, ['Remove: libtrellis 1.2-1 (x86_64)'],
                                ['Remove: trellis-editor 1.2-1 (x86_64)'], sizes=False)
-            # These texts are outside the scrolled list.
+            # The numbers of removals are outside the scrolled listing.
             self.assertIn('Removals: 2. You did not mark 1 of them:\n    trellis-editor 1.2-1 (x86_64)',
                           dialog.labels())
             self.assertIn('Remove: 2', dialog.labels())
@@ -144,7 +144,7 @@ class ApplyTest(JourneyTest):
 
 
 class ConfiguredTest(JourneyTest):
-    """Transactions with certain options in the package manager's configuration."""
+    """Transactions with additional options in dnf's configuration."""
 
     def configure(self, *lines):
         with open(os.path.join(self.sandbox.root, 'etc/yum.conf'), 'a') as configuration:
@@ -163,7 +163,7 @@ class ConfiguredTest(JourneyTest):
             window.wait_action('update', 'abacus-cli')
         self.configure('plugins=1', 'pluginconfpath=' + settings)
         with self.opened() as window:
-            # The row offers the removal as its first action.
+            # The locked package has no update, so the first possible action is the removal.
             window.mark_listed('abacus-cli')
             window.wait_action('remove', 'abacus-cli')
             self.assertEqual([row[1].split()[0] for row in window.rows()], ['3.2.1-1'])
@@ -191,7 +191,7 @@ class ConfiguredTest(JourneyTest):
 
 
 class SeveralVersionsTest(JourneyTest):
-    """Packages with several installed versions."""
+    """Updates and removals of packages with several installed versions."""
 
     def test_update_replaces_both_installed_versions(self):
         found = glob.glob(os.path.join(self.sandbox.repository('sandbox-updates'), '**', 'abacus-cli-3.3.0-2.*.rpm'),
@@ -216,7 +216,7 @@ class SeveralVersionsTest(JourneyTest):
             self.check_listing(dialog, ['Install: kernel 6.1.31-1 (x86_64) [sandbox-updates]'])
             self.carry_out(window, dialog)
             self.check_changed(new=['kernel-6.1.31-1.x86_64'])
-            # The row shows the newest of the three versions.
+            # Of the three installed versions, the row shows the newest.
             window.wait_names(['kernel'])
             self.assertEqual([row[1:3] for row in window.rows()], [('6.1.31-1 *', '@System')])
 

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The program reports an unusable script and unreadable configuration files."""
+"""The script or the configuration files cannot be used, and the program reports this."""
 import os
 import shutil
 import socket
@@ -14,12 +14,12 @@ EDITOR_ERROR = 'VYRE Repository Editor Error'
 UNEXPECTED = ('Internal error: python exception occurred from C code.\n'
               'When reporting this issue, please include the contents of the\n'
               'Log window, which should contain a walkback.')
-# The directory in which one of dnf's plug-ins writes its files.
+# The directory to which dnf's generate_completion_cache plug-in writes.
 COMPLETIONS = '/var/cache/dnf'
 
 
 class ScriptTest(StartTest):
-    """The script in the share directory is unusable: the program shows messages and ends."""
+    """The script in the share directory cannot be used: the program shows messages and ends."""
 
     def check_ends(self, content, messages, *complaints):
         share = os.path.join(self.scratch, 'share')
@@ -81,12 +81,12 @@ class ScriptTest(StartTest):
 
 
 class ConfigurationTest(StartTest):
-    """Configuration files that cannot be read. The package manager uses the readable parts."""
+    """Some configuration files cannot be read. dnf uses the parts that it can read."""
 
     def setUp(self):
         super().setUp()
-        # If the main file is missing, the program loads the plug-ins of this system. with-display has mounted another
-        # directory over the directory in which these plug-ins write.
+        # If the main file is missing, the program loads the plug-ins of the running system. They write to this
+        # directory, so with-display has mounted another directory on it.
         possible = subprocess.call(['unshare', '--mount', 'true'], stderr=subprocess.DEVNULL) == 0
         if possible and os.path.isdir(COMPLETIONS):
             self.assertTrue(os.path.ismount(COMPLETIONS))
@@ -155,7 +155,7 @@ class ConfigurationTest(StartTest):
         path = self.path('etc/yum.repos.d/broken.repo')
         made = socket.socket(socket.AF_UNIX)
         self.addCleanup(made.close)
-        # The path of a socket must be short.
+        # The path of a socket has a small maximum length, so use the path of a descriptor.
         short = os.open(os.path.dirname(path), os.O_PATH)
         self.addCleanup(os.close, short)
         made.bind('/proc/self/fd/{}/broken.repo'.format(short))

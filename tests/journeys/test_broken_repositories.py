@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The program reports missing, unreachable and damaged repositories."""
+"""Repositories are missing, unreachable or damaged, and the program reports this."""
 import os
 import shutil
 
@@ -41,7 +41,7 @@ class RepositoriesTest(StartTest):
             window = program.ready()
             self.check_nothing_listed(window)
             self.assertIn('No repositories are enabled.', self.read_log(window))
-            # The patterns on the command line have effect during the whole session.
+            # The patterns on the command line also apply to later collections in this session.
             window.click_button('Refresh')
             self.message(program, YUM_ERROR, 'No repositories are enabled.')
             self.check_nothing_listed(window)
@@ -91,7 +91,7 @@ class RepositoriesTest(StartTest):
     # Patterns on the command line
 
     def check_listed_repositories(self, arguments, repositories):
-        """The packages that can be installed or updated come from these repositories."""
+        """Check that the packages that can be installed or updated come from exactly these repositories."""
         with self.subTest(arguments=arguments), self.program('-sa', *arguments) as program:
             window = program.ready()
             found = {row[2] for row in window.rows()}
@@ -108,9 +108,9 @@ class RepositoriesTest(StartTest):
                 (['--disablerepo=sandbox-[hu]*'], ['sandbox-signed', 'sandbox-file']),
                 (['--disablerepo=*', '--enablerepo=sandbox-file'], ['sandbox-file']),
                 (['--disablerepo=sandbox-http', '--disablerepo=sandbox-signed'], ['sandbox-updates', 'sandbox-file']),
-                # The last matching pattern decides.
+                # If several patterns match, the last one decides.
                 (['--enablerepo=sandbox-file', '--disablerepo=*', '--enablerepo=sandbox-u*'], ['sandbox-updates']),
-                # A pattern must match the whole name, with the same letter case.
+                # A pattern must match the whole identifier, with the same letter case.
                 (['--disablerepo=sandbox', '--disablerepo=http', '--disablerepo=SANDBOX-*'], usual),
                 (['--disablerepo=', '--enablerepo=nonsense', '--disablerepo=sandbox-http|sandbox-file'], usual)):
             self.check_listed_repositories(arguments, repositories)
@@ -184,7 +184,7 @@ class MetadataTest(StartTest):
                          '"html" where "metadata" is expected')
 
     def test_modules_with_foreign_contents_are_reported(self):
-        """The package manager itself crashes on such modules."""
+        """If dnf read such modules, it would crash."""
         metadata.add_modules(self.sandbox.repository('sandbox-file'), 'nonsense\n' * 100, self.scratch)
         with self.program() as program:
             self.message(program, 'VYRE Yum Warning',
@@ -228,7 +228,7 @@ class MetadataTest(StartTest):
                 os.unlink(os.path.join(directory, name))
         self.write('var/lib/rpm/rpmdb.sqlite', 'nonsense' * 10000)
         with self.program() as program:
-            # The message can begin with rpm's captured output.
+            # Before this text, the message may contain rpm's captured output.
             self.assertRegex(self.message(program, YUM_ERROR), '(^|\n)failed loading RPMDB\nUnable to initialize$')
             window = program.ready()
             self.check_nothing_listed(window)
@@ -237,7 +237,7 @@ class MetadataTest(StartTest):
             self.check_refresh_helps(window)
             driver.key('ctrl+q')
             self.assertEqual(program.wait(), 0)
-            # rpm itself writes this to standard error.
+            # This text on standard error comes from rpm itself.
             self.assertIn('file is not a database', program.complaints())
             self.assertEqual(self.locks(), [])
 

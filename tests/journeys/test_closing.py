@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The user closes the program while it works and while it is idle."""
+"""The user closes the program while it works or is idle."""
 import os
 import signal
 
@@ -9,16 +9,17 @@ from journey import Gate, JourneyTest, driver, wait_for
 
 
 class ClosingTest(JourneyTest):
-    """While the program changes the system, the user cannot close it. A close request stops any other operation."""
+    """While the program changes the system, it refuses to close. A request to close stops any other operation."""
 
     def request_close(self, program):
-        """Close the main window, press the key of Quit, and wait until the program has received both requests."""
+        """Close the main window, press the key for Quit, and wait until the program has received both requests."""
         window = driver.xdotool('search', '--onlyvisible', '--pid', program.process.pid, '--name',
                                 '^' + driver.main_title() + '$').split()[0]
         before = driver.xdotool('getwindowgeometry', window)
         driver.xdotool('windowfocus', '--sync', window)
         driver.key('alt+F4')
-        # The window manager handles requests in order, and the program receives its messages in order.
+        # The window manager and the program handle requests in order. So when the window has its new size, the program
+        # has received the request to close.
         driver.xdotool('windowsize', window, 900, 650)
         wait_for(lambda: driver.xdotool('getwindowgeometry', window) != before, 'the new size of the window')
         driver.key('ctrl+q')
@@ -78,7 +79,7 @@ class ClosingTest(JourneyTest):
         driver.key('alt+F4')
 
     def check_closed_while_waiting(self, program, lock):
-        """Close the program, and check that it ends without a message and that the other process keeps its lock."""
+        """Close the program. Check that it ends without a message, and that the other process keeps its lock."""
         self.close_by_window_manager(program)
         self.assertEqual(program.wait(), 0, program.stderr())
         self.assertTrue(lock.is_held())
@@ -104,12 +105,12 @@ class ClosingTest(JourneyTest):
             self.check_closed_while_waiting(program, lock)
 
     def cached(self):
-        """The files in the cache, except lock files."""
+        """The files in the cache, without lock files."""
         return sorted(os.path.join(directory, name) for directory, _, names in os.walk(
             os.path.join(self.sandbox.root, 'var/cache/yum')) for name in names if not name.endswith('.pid'))
 
     def clean_all(self, window, kind):
-        """Choose Clean All while another process holds a lock. Return the lock."""
+        """Choose Clean All while another process holds a lock; return the lock."""
         lock = self.cache_lock(kind)
         self.choose_from_menu(window, 'Cache', 3)
         self.wait_waiting(window, lock)

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Repositories that need a user name and a password in their URLs."""
+"""The user types names and passwords for repositories that need them in their URLs."""
 import os
 
 import editing
@@ -20,7 +20,7 @@ HIDDEN = '●'
 
 class CredentialsTest(EditingTest):
 
-    # The hosts of the repositories; both names mean this machine.
+    # The host of each repository. Both host names mean this machine.
     HOSTS = {'one': '127.0.0.1', 'two': 'localhost', 'three': '127.0.0.1'}
 
     def setUp(self):
@@ -29,14 +29,14 @@ class CredentialsTest(EditingTest):
         self.addCleanup(self.server.stop)
 
     def configuration(self, *filled, identifiers=('one', 'two', 'three')):
-        """The text of the repository file. The repositories in "filled" have credentials."""
+        """The contents of the repository file, in which only the repositories in "filled" have credentials."""
         return '\n'.join(
             '[{0}]\nname=Number {0}\nbaseurl={1}\nenabled=1\ngpgcheck=0\nskip_if_unavailable=1\nretries=1\n'.format(
                 identifier, self.url(identifier, *(ENCODED_NAME, ENCODED_PASSWORD) if identifier in filled else ()))
             for identifier in identifiers)
 
     def url(self, identifier, name='', password=''):
-        # Each repository has its own path to the same packages.
+        # Each repository has a different path to the same packages.
         path = {'one': '/', 'two': '/./', 'three': '/././'}[identifier] + 'sandbox-disabled'
         return self.server.url(path, name, password, self.HOSTS[identifier])
 
@@ -45,19 +45,21 @@ class CredentialsTest(EditingTest):
         self.before_files = self.files()
 
     def check_file(self, *filled, **options):
-        """In the repository file, only the credentials of these repositories have changed."""
+        """Check that no configuration file has changed, except that these repositories have credentials in the
+        repository file.
+        """
         files = dict(self.before_files)
         files[self.repo_path('vantor.repo')] = self.configuration(*filled, **options).encode()
         self.assertEqual(self.files(), files)
 
     def check_reached(self, *identifiers):
-        """The server has received requests for only these repositories, and has answered all requests."""
+        """Check that the server got requests for exactly these repositories, with the right credentials."""
         self.assertEqual({(host, name, password, status) for host, _, name, password, status in self.server.requests},
                          {(self.HOSTS[identifier], NAME, PASSWORD, 200) for identifier in identifiers})
 
     def question_about(self, program, identifier):
-        """The dialog that asks for the credentials of this repository."""
-        # The dialog of the previous question has the same title, and may still be open.
+        """Wait for the dialog that asks for the credentials of this repository; return it."""
+        # The dialog about the previous repository has the same title, and may still be open.
         dialog = wait_for(lambda: next((each for each in program.windows()
                                         if each.title == TITLE and identifier in each.labels()), None),
                           'the question about ' + identifier)
@@ -70,7 +72,7 @@ class CredentialsTest(EditingTest):
 
     def answer(self, program, identifier, button, name=NAME, password=PASSWORD):
         dialog = self.question_about(program, identifier)
-        # The field of the user name has the focus.
+        # The field for the user name has the focus.
         driver.type_text(name)
         wait_for(lambda: driver.text_of(self.field(dialog)) == name, 'the name')
         driver.key('Tab')
@@ -81,13 +83,13 @@ class CredentialsTest(EditingTest):
         dialog.click_button(button)
 
     def check_secret(self, program):
-        """No text that assistive programs can read contains the password."""
+        """Check that no text that assistive programs can read contains the password."""
         for text in editing.readable_texts(program):
             for secret in (PASSWORD, ENCODED_PASSWORD):
                 self.assertNotIn(secret, text or '')
 
     def check_log_files(self):
-        """The log files of the package manager contain the URL and the failure, but no password."""
+        """Check that dnf's log files contain the URL and the failure, but not the password."""
         directory = os.path.join(self.sandbox.root, 'var/log')
         texts = []
         for name in os.listdir(directory):
@@ -129,7 +131,7 @@ class AskedTest(CredentialsTest):
             self.check_changed(new=['hidden-gem-1.0-1.noarch'])
             self.check_reached('one')
 
-            # The repository form, the descriptions and the log do not show the password either.
+            # The form of the repository, the descriptions and the log do not show the password either.
             editor = self.edit(window)
             form = editor.form('Edit', 'one')
             self.picture('form-with-credentials')
@@ -156,7 +158,7 @@ class AskedTest(CredentialsTest):
             program.no_window('VYRE Log')
             self.quit(window)
             self.assertNotIn(PASSWORD, program.stdout() + program.stderr())
-        # The next run does not ask.
+        # In the next run, the program does not ask.
         with self.program() as program:
             self.quit(program.ready())
         self.check_reached('one')
@@ -173,7 +175,7 @@ class AskedTest(CredentialsTest):
         self.configure()
         with self.program() as program:
             self.answer(program, 'one', 'Apply to All with this Host')
-            # The first and the third repository have the same host.
+            # The third repository has the same host as the first, so the program asks only about the second.
             self.answer(program, 'two', 'OK')
             self.quit(program.ready())
         self.check_reached('one', 'two', 'three')
@@ -231,7 +233,7 @@ class AskedTest(CredentialsTest):
             editor = self.edit(window)
             for identifier, on in (('one', False), ('two', True), ('three', False)):
                 editor.wait_on(on, identifier, SESSION)
-            # When the user enables a disabled repository again, the program asks for its credentials.
+            # If the user enables a disabled repository again, the program asks for its credentials.
             editor.toggle('one', SESSION)
             editor.click_button('OK')
             self.answer(program, 'one', 'OK')
@@ -281,7 +283,7 @@ class WrongTest(CredentialsTest):
 
     def test_message_about_a_wrong_password_does_not_show_the_password(self):
         self.server.users = {NAME: 'another one'}
-        # The repository has no skip_if_unavailable option, so dnf must report that it cannot be read.
+        # Without the skip_if_unavailable option, dnf must report that the repository cannot be read.
         self.write_repo('vantor.repo', '[one]\nbaseurl={}\ngpgcheck=0\n'.format(self.url('one')))
         with self.program() as program:
             self.answer(program, 'one', 'OK')
@@ -297,7 +299,7 @@ class WrongTest(CredentialsTest):
             self.assertIn('403', log)
             self.assertNotIn(ENCODED_PASSWORD, log)
             self.check_log_files()
-            # The user corrects the password in the editor.
+            # In the editor, the user replaces the wrong password.
             self.server.users = {NAME: 'right'}
             editor = self.edit(window)
             form = editor.form('Edit', 'one')

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The program describes packages and groups, and opens the pages of repositories."""
+"""The user reads descriptions of packages and groups, and opens the pages of repositories."""
 import glob
 import os
 import shutil
@@ -17,7 +17,7 @@ MARKUP = '<b>bold</b><script>alert(1)</script> & <img src=x>'
 class DescriptionTest(EditingTest):
 
     def select(self, window, name):
-        """List only this package or group, and select it."""
+        """Filter the table so that it lists only this package or group, and select it."""
         window.set_filter('^' + name + '( |$)')
         wait_for(lambda: set(window.names()) == {name}, name + ' alone')
         window.select_first()
@@ -37,7 +37,7 @@ class DescriptionTest(EditingTest):
         window.program.no_window(TITLE)
 
     def press(self, dialog, number):
-        """Scroll to a button among the values and press it. number: its number, from 0."""
+        """Scroll to one of the buttons between the values, and press it. The first button has the number 0."""
         close = dialog.button('Close')
         button = [button for button in dialog.find_all(driver.pyatspi.ROLE_PUSH_BUTTON)
                   if button.name != 'Close'][number]
@@ -53,7 +53,7 @@ class DescriptionTest(EditingTest):
         driver.click(button)
 
     def pairs(self, dialog, begin):
-        """The labels between this heading and the next heading, as a dictionary of labels and values."""
+        """The labels and values below this heading, as a dictionary."""
         labels = dialog.labels()
         labels = labels[labels.index(begin) + 1:]
         if 'Installed' in labels:
@@ -78,7 +78,7 @@ class ContentTest(DescriptionTest):
                              Recommends='orchard-plugins', Suggests='orchard-samples',
                              Requires='(orchard-lang if lexicon-en)\nlibbough >= 1.1\nsetup')
             self.assertEqual(dialog.buttons(), ['Close', 'Details', 'Show', 'Show'])
-            # Empty values have no row.
+            # A field with an empty value has no row.
             for label in ('Install Time', 'Relocations', 'Conflicts', 'Obsoletes', 'URL'):
                 self.assertNotIn(label, dialog.labels())
             dialog.click_button('Details')
@@ -120,7 +120,7 @@ class ContentTest(DescriptionTest):
             self.check_pairs(dialog, 'Installed', Repository='@System', Relocations='/opt/gallivant',
                              URL='https://larkspur.example/gallivant', Vendor='Wander Works')
             self.assertIn('Install Time', dialog.labels())
-            # The repository of an installed package is the local database, which has no page.
+            # The repository of an installed package is the local database, so the description offers no details of it.
             self.assertEqual(dialog.buttons(), ['Close', 'Show', 'Show'])
             self.press(dialog, 1)
             log = window.program.window('gallivant 1.0-1 Change Log')
@@ -163,7 +163,7 @@ class ContentTest(DescriptionTest):
             self.assertIn('100% of &lt;entities&gt; are kept as they are', text)
             log.click_button('Close')
             window.program.no_window(log.title)
-            # If the label interpreted the markup, the copied text would be shorter.
+            # A label that interpreted the markup would give a shorter text to copy.
             label = next(label for label in dialog.find_all(driver.pyatspi.ROLE_LABEL)
                          if label.name == 'Shows ' + MARKUP)
             self.copy(label)
@@ -173,7 +173,7 @@ class ContentTest(DescriptionTest):
     # Copying
 
     def copy(self, label):
-        """Select a whole value and copy it, with the mouse and the keyboard."""
+        """Click a value to give it the focus, select all of it, and copy it by keys."""
         x, y, _, _ = driver.rectangle(label)
         driver.click_at(x + 10, y + 8)
         driver.key('ctrl+a')
@@ -200,12 +200,12 @@ class ContentTest(DescriptionTest):
             text = label.name
             self.assertIn('Paragraph 400.', text)
             self.assertEqual(text, self.sandbox_description('longwinded'))
-            # The user can scroll to the whole value, and the window is not higher than the screen.
+            # The value is much higher than the window, which still fits on the screen.
             self.assertGreater(driver.rectangle(label)[3], 4000)
             self.assertLess(driver.rectangle(dialog.accessible)[3], 900)
             self.copy(label)
             self.close_description(window, dialog)
-            # The expression edit accepts all characters, but replaces each line feed by another character.
+            # The expression edit takes the copied text, but replaces each line feed by another character.
             edit = window.edit()
             driver.click(edit)
             driver.key('ctrl+a')
@@ -231,7 +231,7 @@ class ContentTest(DescriptionTest):
                                 ('orchard', lambda dialog: dialog.click_button('Close'))):
                 dialog = self.describe(window, name)
                 self.assertEqual(dialog.labels()[0], name)
-                # The dialog is modal: the window behind it ignores the key.
+                # The dialog is modal, so the main window must ignore this key.
                 dialog.press('ctrl+q')
                 close(dialog)
                 window.program.no_window(TITLE)
@@ -240,7 +240,7 @@ class ContentTest(DescriptionTest):
 
 
 class BrowsingTest(DescriptionTest):
-    """Another program opens the page of a repository."""
+    """The user opens the page of a repository in a browser."""
 
     def setUp(self):
         super().setUp()
@@ -255,7 +255,7 @@ class BrowsingTest(DescriptionTest):
         self.environment = {'VYRESHARE': share}
 
     def check_browsed(self, program, url):
-        """The browser was called once, with only this URL. None of its processes is left."""
+        """Check that the browser was called once, with only this URL, and that it leaves no process behind."""
         wait_for(lambda: os.path.exists(self.record), 'the call', 20)
         with open(self.record) as stream:
             self.assertEqual(stream.read(), url + '\n')
@@ -263,7 +263,7 @@ class BrowsingTest(DescriptionTest):
         wait_for(lambda: self.children(program) == [], 'the end of the browser', 10)
 
     def children(self, program):
-        """The child processes of the program, including those that have ended."""
+        """The child processes of the program, including those that have ended but were not waited for."""
         found = []
         for path in glob.glob('/proc/[0-9]*/stat'):
             try:
@@ -311,7 +311,7 @@ class BrowsingTest(DescriptionTest):
             editor.select('c-nothing')
             editor.click_button('Browse Repository')
             self.check_message(program, 'Error', 'Repository configuration has no URL')
-            # The row's menu also opens the page.
+            # The context menu of a row also opens the page.
             before = program.popups()
             driver.click(editor.cell('a-several', editing.NAME), button=3)
             wait_for(lambda: program.popups() > before, 'the menu')

@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The program loses the display in each phase of its work. It completes a transaction, and cancels all other work."""
+"""The program loses the display at different moments. It completes a running transaction, and cancels everything else.
+"""
 import os
 import signal
 import subprocess
@@ -38,7 +39,8 @@ class DisplayTest(JourneyTest):
         return gate
 
     def check_end(self, program, *messages):
-        """The program has ended with status 1 and these messages. It has left no locks, files or processes."""
+        """Check that the program has ended with status 1 and these messages, and has left no locks, files or processes.
+        """
         status = program.wait()
         self.assertEqual(status, 1, program.stderr())
         for message in messages:
@@ -54,7 +56,7 @@ class DisplayTest(JourneyTest):
         self.check_consistent()
 
     def mark_and_apply(self, program, *names):
-        """Mark these packages and press Apply; return the window and the dialog with the listing."""
+        """Mark these packages and press Apply. Return the main window, and the dialog with the listing."""
         window = program.ready()
         window.show_all()
         for name in names:
@@ -115,7 +117,7 @@ class DisplayTest(JourneyTest):
 
     def check_transaction_completes(self, lose, name='doorkeeper', new='doorkeeper-1.1-1.noarch',
                                     gone=('doorkeeper-1.0-1.noarch',)):
-        """The display is lost while a scriptlet waits. The program still completes the transaction."""
+        """Lose the display while a scriptlet waits. Check that the program still completes the transaction."""
         waiting = self.waiting(name)
         with self.started() as program:
             window, dialog = self.mark_and_apply(program, name, 'birch-log', 'loudhailer')
@@ -133,8 +135,8 @@ class DisplayTest(JourneyTest):
 
     def test_losing_the_display_does_not_interrupt_a_transaction(self):
         output = self.check_transaction_completes(self.lose)
-        # Without a display, output goes to standard error. Here a scriptlet prints 600,000 bytes. Pipes cannot hold so
-        # much.
+        # Without a display, the captured output goes to standard error. The 600,000 bytes of this scriptlet are more
+        # than a pipe can hold.
         for stream in ('stdout', 'stderr'):
             self.assertEqual(output.count('vyre: loudhailer: {} line '.format(stream)), 6000)
 
@@ -148,7 +150,7 @@ class DisplayTest(JourneyTest):
         self.check_transaction_completes(cut)
 
     def test_end_of_the_session_does_not_interrupt_a_transaction(self):
-        """When a session ends, the desktop sends signals and closes the display at the same time."""
+        """At the end of a session, the desktop sends signals and closes the display at the same time."""
         def end(program):
             for number in (signal.SIGHUP, signal.SIGTERM):
                 program.process.send_signal(number)
@@ -178,7 +180,7 @@ class DisplayTest(JourneyTest):
 
 
 class OwnDisplays(unittest.TestCase):
-    """Each test ends its display, so each test runs on its own display."""
+    """Tests that run on displays of their own, because each test ends its display."""
 
 
 def on_own_display(name):

@@ -69,7 +69,7 @@ class DownloadTest(JourneyTest):
             for gate in held:
                 gate.open()
             window.wait_ready()
-            # The tool tip disappears when the pointer leaves the bar.
+            # When the pointer leaves the bar, the tip disappears.
             driver.xdotool('mousemove', *driver.place(window.table()))
             window.program.no_window('')
             self.check_changed(new=[name + '-1.0-1.noarch' for name in names])
@@ -85,7 +85,7 @@ class FailureTest(JourneyTest):
             window.mark_listed(name)
             window.accept(window.apply())
             dialog = self.read_dialog(window.program, 'VYRE Yum Error', 'Unable to apply changes', name, *texts)
-            # The message does not repeat lines, although dnf tries several times.
+            # dnf tries several times, but the message has each line only once.
             lines = dialog.text().splitlines()
             self.assertEqual(len(lines), len(set(lines)), lines)
             if picture is not None:
@@ -94,7 +94,7 @@ class FailureTest(JourneyTest):
             self.close_dialog(window.program, dialog)
             self.check_usable(window)
             self.check_unchanged()
-            # When the server works again, the program can apply the mark.
+            # After the fault is removed, the mark can be applied.
             del self.sandbox.server.faults[path]
             window.set_filter('^{} '.format(name))
             window.wait_names([name])

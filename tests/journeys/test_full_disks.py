@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The program reports directories that are full or cannot be written."""
+"""Directories are full or cannot be written, and the program reports this."""
 import os
 import subprocess
 
@@ -42,7 +42,7 @@ class DiskTest(StartTest):
                 self.message(program, YUM_ERROR, 'Failed to download metadata', '\nUnable to initialize')
                 window = program.ready()
                 self.check_nothing_listed(window)
-                # The cache gets more space.
+                # With more space in the cache, a refresh succeeds.
                 subprocess.run(['nsenter', '--mount', '--root', '--target', str(program.process.pid), 'mount', '-o',
                                 'remount,size=64m', directory], check=True)
                 self.check_refresh_helps(window)

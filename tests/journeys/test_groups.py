@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The program installs, updates and removes groups of packages."""
+"""The user installs, updates and removes groups of packages."""
 import journey
 from journey import JourneyTest
 from vyresandbox import needs_groups
@@ -9,7 +9,7 @@ from vyresandbox import needs_groups
 class GroupsTest(JourneyTest):
 
     def check_view(self, window, view, name, listed):
-        """Select a view in the filter row, and check whether it lists the group. listed: the expected result."""
+        """Select a view in the filter row, and check whether it lists the group. listed: whether it should."""
         window.choose(1, view)
         window.set_filter('^' + name + '$')
         window.wait_names([name] if listed else [])
@@ -65,11 +65,11 @@ class GroupsTest(JourneyTest):
     @needs_groups
     def test_conditional_package_is_installed_if_the_required_package_is_installed(self):
         with self.opened('--groups') as window:
-            # The package manager has removed a blank from the name.
+            # The name should be "Office & ...", but libcomps has removed a blank from it.
             window.set_filter('^Office &')
             journey.wait_for(lambda: len(window.names()) == 1, 'the group alone')
             name = window.names()[0]
-            # The name contains markup, and the table shows it as text.
+            # The markup in the name is shown as text.
             self.assertIn('<b>Productivity</b>', name)
             window.mark(name)
             self.carry_out(window)
@@ -81,7 +81,7 @@ class GroupsTest(JourneyTest):
         with self.opened('--groups') as window:
             window.mark_listed('Ghosts')
             dialog = window.apply()
-            # Only one package of the group exists, and this package is already installed.
+            # Of the group's packages, only one exists, and it is already installed.
             self.check_listing(dialog, [], sizes=None, groups={'Installing Groups': ['Ghosts']},
                                remark='The group Ghosts has no further packages that can be installed; '
                                       'it is only recorded as installed.')

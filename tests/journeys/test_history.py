@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The user undoes and repeats transactions in the history window, with the keyboard alone."""
+"""The user undoes and repeats transactions in the history window, by keys alone."""
 import os
 
 import journey
@@ -11,7 +11,7 @@ RESULT = 5
 
 
 class HistoryWindow(driver.MainWindow):
-    """The history window. Its list is read like the list of the main window."""
+    """The history window. Its list is read with the functions for the main window's table."""
 
     def cells(self, column):
         table = self.table().queryTable()
@@ -24,7 +24,7 @@ class HistoryWindow(driver.MainWindow):
         wait_for(lambda: all(text in self.details() for text in texts), 'details with {}'.format(texts))
 
     def choose(self, letter):
-        """Press the button with this letter."""
+        """Press the button whose mnemonic is this letter."""
         self.wait_settled()
         driver.key('alt+' + letter)
 
@@ -57,7 +57,7 @@ class HistoryTest(JourneyTest):
             count = history.row_count()
             self.assertEqual(history.cells(RESULT)[0], 'Succeeded')
 
-            # If the user refuses the listing, nothing changes, and the history window opens again.
+            # The user first refuses the listing: nothing changes, and the history window opens again.
             history.choose('u')
             dialog = window.program.window('Apply')
             self.check_listing(dialog, [
@@ -74,13 +74,13 @@ class HistoryTest(JourneyTest):
             self.check_history_complete()
             window.program.no_window(TITLE)
 
-            # The table shows the state after the transaction.
+            # After the undo, the table shows the new state.
             window.set_filter('^(libbough|anvil-make) ')
             window.wait_names(['libbough', 'anvil-make'])
             self.assertEqual({row[0]: row[2] for row in window.rows()},
                              {'libbough': 'sandbox-http', 'anvil-make': 'sandbox-updates'})
 
-            # The newest transaction is the undoing. The user repeats the transaction before it.
+            # The newest recorded transaction is now the undo. The user repeats the one before it.
             history = self.open_history(window)
             self.assertEqual(history.row_count(), count + 1)
             driver.key('Down')

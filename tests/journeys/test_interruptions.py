@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The program is killed during its work. The next run reports the interruption, and can finish the work."""
+"""The program is killed while it works. The next run reports this, and the user can complete the work."""
 import os
 import subprocess
 
@@ -16,7 +16,7 @@ SEVERAL = ('An interrupted transaction has left several installed versions of th
 class KillTest(JourneyTest):
 
     def kill_in_transaction(self, *names):
-        """Kill the program while the doorkeeper scriptlet waits. The scriptlet itself survives."""
+        """Kill the program while the scriptlet of doorkeeper waits. The scriptlet continues."""
         doorkeeper = self.waiting('doorkeeper')
         with self.program() as program:
             window = program.ready()
@@ -48,7 +48,7 @@ class KillTest(JourneyTest):
             window.mark_listed('pergola')
             self.carry_out(window)
             self.check_changed(new=['doorkeeper-1.1-1.noarch', 'pergola-6.1-1.x86_64'], gone=['birch-log-3.0-1.x86_64'])
-            # The log does not repeat the report.
+            # Later collections have not added the report to the log again.
             self.assertEqual(self.read_log(window).count(INTERRUPTED), 1)
         self.check_consistent()
 
@@ -78,8 +78,8 @@ class KillTest(JourneyTest):
 
 
 class KillBeforeTest(JourneyTest):
-    """The program is killed before it changes the system. The next run reports the lock files that are left over, and
-    dnf also works.
+    """The program is killed before it changes the system. The next run reports the lock files that are left behind, and
+    dnf works too.
     """
 
     LEFT = 'Process {} has ended without removing its lock file {}. VYRE removes this file.'
@@ -101,7 +101,7 @@ class KillBeforeTest(JourneyTest):
         self.assertIn('Operation aborted', done.stdout.decode())
 
     def check_after_kill(self, program, *locks):
-        """Kill the program while it holds these locks."""
+        """Wait until the program holds these locks, kill it, and check that a next run works."""
         files = [os.path.join(self.sandbox.root, lock) for lock in locks]
         wait_for(lambda: set(files) <= set(self.locks()), 'the locks')
         number = program.process.pid

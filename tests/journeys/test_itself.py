@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""VYRE as a package. The test builds and installs this package. Then the installed VYRE describes, updates and removes
-itself.
+"""VYRE as a package. The test builds and installs a package of VYRE. Then the installed VYRE describes, updates and
+removes this package.
 
-VYRE_BUILD is the build folder.
+VYRE_BUILD names the build folder.
 """
 import os
 import subprocess
@@ -31,18 +31,18 @@ class ItselfTest(JourneyTest):
         subprocess.run(['createrepo_c', '--quiet', repository], check=True)
         with open(os.path.join(self.sandbox.root, 'etc/yum.repos.d/itself.repo'), 'w') as stream:
             stream.write('[itself]\nname=VYRE itself\nbaseurl=file://{}\nenabled=1\ngpgcheck=0\n'.format(repository))
-        # rpm checks that all dependencies of the package are installed.
+        # With these packages, rpm finds all dependencies of VYRE installed.
         self.sandbox.rpm('--install', '--nosignature', *needed)
         self.sandbox.rpm('--install', '--nosignature', older)
         self.before = self.sandbox.installed()
-        # From now on, the tests run the installed program.
+        # From here on, the tests run the installed program.
         patch = mock.patch.dict(os.environ, VYRE_BINARY=os.path.join(self.sandbox.root, 'usr/bin/vyre'))
         patch.start()
         self.addCleanup(patch.stop)
         self.share = os.path.join(self.sandbox.root, 'usr/share/vyre')
 
     def build(self, release, directory):
-        """Make a package of the build; return the path of the rpm."""
+        """Make an rpm package of the build; return its path."""
         done = subprocess.run([TOOL, '-B', os.environ['VYRE_BUILD'], '-r', release, directory], check=True,
                               stdout=subprocess.PIPE, universal_newlines=True)
         path, = done.stdout.splitlines()
@@ -68,7 +68,7 @@ class ItselfTest(JourneyTest):
         names = ['vyre-{}-{}.x86_64'.format(version, release) for release in (1, 2)]
         with self.program(environment={'VYRESHARE': self.share}) as program:
             window = program.ready()
-            # The first view of the table lists the available updates.
+            # When VYRE starts, the table lists the available updates.
             row = self.find_row(window)
             self.assertEqual((row[1].split()[0], row[2:4]), (version + '-2', ('itself', 'x86_64')))
             labels = self.describe(window)
@@ -81,7 +81,7 @@ class ItselfTest(JourneyTest):
             self.carry_out(window, dialog)
             self.check_changed(new=names[1:], gone=names[:1])
             self.assertEqual(self.sandbox.rpm('-V', '--nodigest', '--nosignature', 'vyre'), '')
-            # The running program still works after the update has replaced its files.
+            # The running program still works, although the update has replaced its files.
             window.show_all()
             row = self.find_row(window)
             self.assertEqual((row[1].split()[0], row[2]), (version + '-2', '@System'))

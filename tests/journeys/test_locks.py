@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The locks of other programs, and the lock files of processes that have ended."""
+"""Another program holds a lock, or has ended and left its lock file behind."""
 import os
 import signal
 import subprocess
@@ -24,7 +24,7 @@ class LockTest(StartTest):
             window = program.ready()
             self.check_nothing_listed(window)
             self.assertIn('Unable to obtain yum lock', self.read_log(window))
-            # Each refresh tries to get the lock again, but never removes another process's lock.
+            # A refresh tries to get the lock again, but does not remove the lock of another process.
             window.click_button('Refresh')
             self.message(program, YUM_ERROR, 'Unable to obtain yum lock')
             self.check_nothing_listed(window)
@@ -53,7 +53,7 @@ class LockTest(StartTest):
                              'Unable to obtain yum lock')
                 window = second.ready()
                 self.check_nothing_listed(window)
-                # The first program is still usable, and releases its lock when it ends.
+                # The first program can still be used, and releases its lock when it ends.
                 self.assertTrue(first_window.is_ready())
                 first.process.send_signal(signal.SIGTERM)
                 first.wait()

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The user reads the log with times, finds a text in it, and saves it, by keys alone."""
+"""The user reads the log with times, finds text in it, and saves it, by keys alone."""
 import os
 import re
 import stat
@@ -11,7 +11,7 @@ from journey import JourneyTest, driver, wait_for
 TITLE = 'VYRE Log'
 SAVING = 'Save the Log'
 TEXT = driver.pyatspi.ROLE_TEXT
-# The time at the start of a line in the window, and of a line in a saved file.
+# The time at the start of a line in the window, and at the start of a line in a saved file.
 TIME = re.compile(r'^\d\d:\d\d:\d\d ', re.M)
 DATE = re.compile(r'^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d  ', re.M)
 
@@ -19,7 +19,7 @@ DATE = re.compile(r'^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d  ', re.M)
 class LogTest(JourneyTest):
 
     def shown(self, log):
-        """The accessible text of the log; the longest of the texts in the window."""
+        """The accessible object with the text of the log: of all texts in the window, the longest."""
         return max(log.find_all(TEXT), key=lambda accessible: len(driver.text_of(accessible)))
 
     def text(self, log):
@@ -69,7 +69,7 @@ class LogTest(JourneyTest):
             self.assertRegex(saved, DATE)
             self.assertEqual(stat.S_IMODE(os.stat(path).st_mode), 0o600)
 
-            # An existing file is replaced only if the user wants this.
+            # An existing file is replaced only after a question.
             for answer in ('Return', 'alt+r'):
                 with open(path, 'w', encoding='utf-8') as stream:
                     stream.write('mine')

@@ -25,7 +25,7 @@ class MarksTest(JourneyTest):
 
     def test_each_click_selects_the_next_possible_action(self):
         with self.opened() as window:
-            # The three packages are available, updatable, and installed without an update.
+            # The first package is available, the second has an update, and the third is installed without an update.
             for name, actions in (('pergola', ('install', 'none')), ('barometer', ('update', 'remove', 'none')),
                                   ('almanac', ('remove', 'none'))):
                 self.list_packages(window, name)
@@ -51,7 +51,7 @@ class MarksTest(JourneyTest):
             wait_line('Listed: 3   Selected: 1   Marks: 1 Install, 1 Update, 1 Remove   To download: ')
             driver.key('ctrl+a')
             wait_line('Listed: 3   Selected: 3   Marks: 1 Install, 1 Update, 1 Remove   To download: ')
-            # The line also counts the marks of unlisted rows.
+            # Marks of unlisted rows are counted too.
             self.list_packages(window, 'barometer')
             wait_line('Listed: 1   Selected: 0   Marks: 1 Install, 1 Update, 1 Remove   To download: ')
             self.picture('line-below-the-table')
@@ -64,7 +64,7 @@ class MarksTest(JourneyTest):
             window.mark('barometer')
             window.wait_action('update', 'barometer')
             x, y = driver.place(window.visible_cell('barometer', driver.ACTION))
-            # Two clicks at the same place remove the mark.
+            # The first click changes "update" to "remove", the second changes "remove" to "none".
             driver.xdotool('mousemove', x, y, 'click', '--repeat', 2, '--delay', 40, 1)
             window.wait_action('none', 'barometer')
             driver.xdotool('click', '--repeat', 4, '--delay', 40, 1)
@@ -81,7 +81,7 @@ class MarksTest(JourneyTest):
                 window.action_menu(name)
                 window.press_in_menu(chosen)
                 window.wait_action(action, name)
-            # The menu does not offer the action with this letter. So the key has no effect, and the menu is still open.
+            # The menu does not offer the action with this letter, so the key has no effect, and the menu stays open.
             for name, refused in (('pergola', 'ur'), ('barometer', 'i'), ('almanac', 'iu')):
                 for letter in refused:
                     window.action_menu(name)
@@ -150,7 +150,7 @@ class MarksTest(JourneyTest):
             self.list_packages(window, 'pergola', 'barometer', 'almanac')
             for name in ('pergola', 'barometer', 'almanac'):
                 window.mark(name)
-            # The table does not list one of the marked packages.
+            # One of the marked packages is no longer listed.
             self.list_packages(window, 'pergola', 'barometer')
             wait_for(lambda: window.warning() == 'Unlisted Actions', 'the warning')
             window.click_button('Clear Actions')
@@ -169,7 +169,7 @@ class MarksTest(JourneyTest):
             self.list_packages(window, 'pergola', 'almanac')
             wait_for(lambda: window.warning() == '', 'the end of the warning')
             window.wait_action('install', 'pergola')
-            # The state filter ("View Removable") can also hide the marked package.
+            # The view "View Removable" also hides the marked package.
             window.choose(1, 'View Removable')
             window.wait_names(['almanac'])
             wait_for(lambda: window.warning() == 'Unlisted Actions', 'the warning')
@@ -250,7 +250,7 @@ class FilterRowTest(JourneyTest):
             window.click_button('Refresh')
             wait_for(lambda: [row[2] for row in window.rows()] == ['@System'], 'the installed package')
             window.wait_ready()
-            # The package can be removed now.
+            # The package is installed now, so the user can remove it.
             window.mark('pergola')
             window.wait_action('remove', 'pergola')
             self.carry_out(window)

@@ -1,6 +1,8 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The outcome of a transaction: the line next to the menus, its way into the log, and the message about a failure."""
+"""The user reads the outcome of a transaction: the line next to the menus, the log that it opens, and the message about
+a failure.
+"""
 import journey
 from journey import JourneyTest, driver, wait_for
 
@@ -16,7 +18,7 @@ class OutcomeTest(JourneyTest):
         wait_for(lambda: BUTTON not in window.buttons(), 'the end of the line')
 
     def line_at_top(self, log):
-        """The line of the log that is at the top of its window."""
+        """The text of the log line at the top of the log's window."""
         text = max(log.find_all(driver.pyatspi.ROLE_TEXT), key=lambda each: len(driver.text_of(each)))
         x, y, _, _ = driver.rectangle(text)
         offset = text.queryText().getOffsetAtPoint(x + 8, y + 12, driver.pyatspi.DESKTOP_COORDS)
@@ -27,7 +29,7 @@ class OutcomeTest(JourneyTest):
             self.assertNotIn(BUTTON, window.buttons())
             window.mark_listed('pergola')
             self.carry_out(window)
-            # The text about an unreachable repository disappears after a while.
+            # The notice about errors in the log hides the outcome for a while.
             self.check_line(window, 'There are errors in the log (Ctrl+L)')
             self.check_line(window, '1 installed')
             for name in ('limpgate', 'loudhailer', 'almanac'):
@@ -40,7 +42,7 @@ class OutcomeTest(JourneyTest):
             window.wait_ready()
             window.wait_settled()
             self.picture('outcome')
-            # Neither a filter nor the log is an operation.
+            # The outcome is still shown after a filter and an open log, because these are not operations.
             window.set_filter('^limpgate ')
             window.press('alt+l')
             log = window.program.window('VYRE Log')
@@ -52,7 +54,7 @@ class OutcomeTest(JourneyTest):
             self.assertEqual(whole.count('The scriptlet of limpgate-1.0-1.noarch failed.'), 1)
             driver.key('Escape')
             window.program.no_window('VYRE Log')
-            # The menus beside the line keep their letters.
+            # The letters of the menus next to the line still open the menus.
             window.wait_settled()
             before = window.program.popups()
             driver.key('alt+w')

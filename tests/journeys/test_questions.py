@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The questions before a transaction, and the effects of each answer."""
+"""The program asks questions before a transaction, and each answer has its effect."""
 import contextlib
 import time
 
@@ -23,7 +23,7 @@ class ConfirmationTest(JourneyTest):
             log = self.read_log(window)
             self.assertIn('Not Applying: Canceled', log)
             self.assertEqual([path for path in self.sandbox.server.paths() if path.endswith('.rpm')], [])
-            # The canceled mark is kept, and can be applied.
+            # The program has kept the mark, so the user can apply it.
             self.carry_out(window)
             self.check_changed(new=['pergola-6.1-1.x86_64'])
 
@@ -51,12 +51,12 @@ class ConfirmationTest(JourneyTest):
             window.mark_listed('pergola')
             window.wait_settled()
             driver.click(window.edit())
-            # The user presses Enter before the question appears, and holds it.
+            # The user presses Enter before the question opens, and holds the key.
             driver.xdotool('key', 'alt+a', 'keydown', 'Return')
             try:
                 dialog = window.program.window('Apply')
                 dialog.wait_input()
-                time.sleep(0.5)  # the key repeats several times
+                time.sleep(0.5)  # in this time, the key repeats several times
                 dialog = window.program.window('Apply', 0)
             finally:
                 driver.xdotool('keyup', 'Return')
@@ -72,7 +72,7 @@ class ConflictTest(JourneyTest):
     """A group and one of its packages are marked for different actions."""
 
     def ask(self, window, group, package, texts, clicks=1):
-        """Mark the group and the package, and press Apply. Returns the question."""
+        """Mark the group and the package, and press Apply; return the question."""
         window.mark_listed(package, clicks=clicks)
         window.mark_listed(group)
         window.set_filter('^({}|{})( |$)'.format(group, package))
@@ -110,7 +110,7 @@ class ConflictTest(JourneyTest):
         self.check_declined(lambda question: question.press('Return'))
 
     def accept_conflict(self, window, question):
-        """Answer Yes. Returns the dialog with the listing, which has the same title."""
+        """Answer Yes. Return the dialog with the listing, which has the same title as the question."""
         question.click_button('Yes')
         return journey.wait_for(
             lambda: next((dialog for dialog in window.program.windows()
@@ -149,17 +149,17 @@ class ConflictTest(JourneyTest):
 
 
 class ImpossibleTest(JourneyTest):
-    """One of two updates needs a missing library."""
+    """Two updates are marked, but one of them needs a missing library."""
 
     @contextlib.contextmanager
     def asked(self):
-        """Mark both packages and press Apply; yields the window and the question."""
+        """Mark both packages and press Apply; yield the main window and the question."""
         with self.opened() as window:
             window.mark_listed('tidewatch')
             window.mark_listed('anvil-make')
             window.click_button('Apply Actions')
             question = window.program.window('Query')
-            # Newer versions of dnf name the repository at the end.
+            # At the end of a reason, newer versions of dnf name the repository.
             self.assertEqual(question.text().rstrip('\n').replace(' from sandbox-updates', ''),
                              'Go on without these packages?\n\n'
                              '"Yes" goes on with the remaining marks: anvil-make. '
@@ -191,7 +191,7 @@ class ImpossibleTest(JourneyTest):
 
     def test_answering_no_changes_nothing_and_keeps_the_marks(self):
         with self.asked() as (window, question):
-            # The safe answer is the default.
+            # The default button gives the safe answer, "No".
             question.press('Return')
             window.program.no_window('Query')
             window.wait_ready()

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Transactions that the package manager refuses, or that fail after they have begun."""
+"""dnf refuses transactions, or they fail after they have begun."""
 import fcntl
 import os
 import subprocess
@@ -12,8 +12,8 @@ from journey import JourneyTest
 class RefusalTest(JourneyTest):
 
     def check_unresolvable(self, names, action, *texts, picture=None):
-        """The program cannot apply the marks. It shows one message with the reason, changes nothing and keeps the
-        marks.
+        """Check that the program cannot apply the marks: one message gives the reason, nothing changes, and all marks
+        are kept.
         """
         with self.opened() as window:
             for name in names:
@@ -36,7 +36,7 @@ class RefusalTest(JourneyTest):
         self.check_unresolvable(['tidewatch'], 'update', 'libtide.so.9', 'tidewatch-2.0-1.noarch')
 
     def test_one_of_two_conflicting_packages_can_be_left_out(self):
-        """The user decides whether the program leaves out one of the packages."""
+        """The user decides whether the program leaves out one of the two packages."""
         with self.opened() as window:
             for name in ('tern-mta', 'gull-mta'):
                 window.mark_listed(name)
@@ -66,7 +66,7 @@ class RefusalTest(JourneyTest):
 
 
 class OtherProgramTest(JourneyTest):
-    """Another program uses the packages at the same time."""
+    """Another program changes or uses the packages at the same time."""
 
     def test_marks_are_refused_after_another_program_has_changed_the_system(self):
         with self.opened() as window:
@@ -79,7 +79,7 @@ class OtherProgramTest(JourneyTest):
                                'Unable to apply changes', picture='changed-by-another')
             window.wait_ready()
             self.check_changed(gone=['almanac-1.9-1.noarch'])
-            # The table shows the current system, and has kept the marks that are still possible.
+            # The table shows the changed system. The program has kept the marks that are still possible.
             window.show_all()
             for name, action in (('almanac', 'none'), ('pergola', 'install'), ('birch-log', 'remove')):
                 window.set_filter('^' + name + ' ')
@@ -116,7 +116,9 @@ class OtherProgramTest(JourneyTest):
 class FailureTest(JourneyTest):
 
     def fail(self, window, names, *texts, picture=None):
-        """Apply the marks. The transaction fails after the confirmation, and one message gives the reason."""
+        """Mark the packages and apply the marks. Check that the transaction fails after its confirmation, with one
+        message.
+        """
         for name in names:
             window.mark_listed(name)
         window.accept(window.apply())
@@ -152,7 +154,7 @@ class FailureTest(JourneyTest):
         with self.opened() as window:
             self.fail(window, ['stickyburr', 'pergola'], 'Error in PREUN scriptlet in rpm package stickyburr')
             self.check_changed(new=['pergola-6.1-1.x86_64'])
-            # The table shows the new state.
+            # After the failure, the table shows the new state.
             window.set_filter('^pergola ')
             window.wait_names(['pergola'])
             self.assertEqual([row[2] for row in window.rows()], ['@System'])

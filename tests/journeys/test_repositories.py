@@ -9,8 +9,8 @@ import editing
 from editing import PERMANENT, SESSION, UNAPPLIED, EditingTest, Editor
 from journey import driver, wait_for
 
-# abacus-cli is in sandbox-updates and sandbox-http, hedgerow in sandbox-file, hidden-gem in sandbox-disabled, and
-# pergola in sandbox-http.
+# sandbox-updates and sandbox-http contain abacus-cli, sandbox-file contains hedgerow, sandbox-disabled contains
+# hidden-gem, and sandbox-http contains pergola.
 USUAL = ['abacus-cli', 'hedgerow', 'pergola']
 ALL = ['abacus-cli', 'hedgerow', 'hidden-gem', 'pergola']
 
@@ -30,7 +30,7 @@ class UseTest(EditingTest):
             editor.wait_on(True, 'sandbox-file', SESSION)
             editor.toggle('sandbox-file', SESSION)
             self.assertTrue(editor.is_on('sandbox-file', PERMANENT))
-            # Apply is not necessary for a change that lasts only for the session.
+            # A change that lasts only for the session needs no Apply.
             self.assertEqual(editor.status(), '')
             self.assertFalse(driver.enabled(editor.button('Apply')))
             editor.close('OK')
@@ -56,7 +56,7 @@ class UseTest(EditingTest):
             editor.toggle('sandbox-file', SESSION)
             editor.toggle('sandbox-file', SESSION)
             editor.close('OK')
-            # After the editor closes, the window is ready for a moment, and then reads the packages again.
+            # After the editor has closed, the window is ready for a moment before it reads the packages again.
             wait_for(lambda: len(self.sandbox.server.paths()) > count, 'the packages to be read')
             window.wait_ready()
             self.check_listed(window, USUAL)
@@ -73,7 +73,7 @@ class UseTest(EditingTest):
             self.carry_out(window)
             self.check_changed(new=['hidden-gem-1.0-1.noarch'])
             self.assertEqual(self.files(), files)
-        # The next run of VYRE does not use the setting for the session.
+        # The next run does not use what the user set for this session.
         with self.opened() as window:
             editor = self.edit(window)
             editor.wait_on(False, 'sandbox-disabled', SESSION)
@@ -90,7 +90,7 @@ class UseTest(EditingTest):
             editor.click_button('Apply')
             editor.wait_status('')
             self.assertTrue(editor.is_on('sandbox-disabled', PERMANENT))
-            # The repository's state in the session has not changed.
+            # The change to the file has not changed the session.
             self.assertFalse(editor.is_on('sandbox-disabled', SESSION))
             files[self.repo_path('sandbox-disabled.repo')] = text.replace('enabled=0', 'enabled=1').encode()
             self.assertEqual(self.files(), files)
@@ -134,7 +134,7 @@ class OwnFileTest(EditingTest):
         with open(own) as stream:
             text = stream.read()
         with self.opened() as window:
-            # No message is shown, and the package that the file excludes is not available.
+            # The program shows no message, and does not list pergola, which the file excludes.
             self.check_listed(window, ['abacus-cli', 'hedgerow'])
             editor = self.edit(window)
             self.assertEqual(editor.identifiers(), IDENTIFIERS)
@@ -198,7 +198,7 @@ class ChangesTest(EditingTest):
             self.check_changed(new=['hidden-gem-1.0-1.noarch'])
 
     def change(self, editor):
-        """Make one change of every kind."""
+        """Make a change of each kind."""
         editor.toggle('sandbox-file', SESSION)
         editor.toggle('sandbox-http', PERMANENT)
         form = editor.form('Edit', 'sandbox-signed')
@@ -234,7 +234,7 @@ class ChangesTest(EditingTest):
             self.assertEqual(len(self.sandbox.server.paths()), count)
             editor = self.edit(window)
             self.check_as_before(editor)
-            # The user can also reset and cancel the form of a single repository.
+            # The user can also reset or cancel the form of a single repository.
             form = editor.form('Edit', 'sandbox-signed')
             form.set('Name', 'Renamed')
             form.click_button('Reset')
@@ -321,7 +321,7 @@ class BrokenFileTest(EditingTest):
             self.check_usable(window)
             self.assertEqual(window.program.titles(), [driver.main_title()])
             self.assertEqual(self.files(), files)
-            # The program can still install packages from the repositories that it has read before.
+            # Packages from the repositories that the program has already read can still be installed.
             window.mark_listed('hedgerow')
             window.accept(window.apply())
             self.check_reported(window.program)
@@ -340,7 +340,7 @@ class BrokenFileTest(EditingTest):
             editor.toggle('sandbox-file', PERMANENT)
             editor.click_button('Reset All')
             self.check_reported(window.program)
-            # Writing the other repositories must not delete the unread repositories.
+            # When the editor writes the other repositories, it must not delete the repositories that it could not read.
             os.unlink(self.repo_path('broken.repo'))
             del files[self.repo_path('broken.repo')]
             editor.click_button('Cancel')
@@ -362,7 +362,7 @@ class OptionsTest(EditingTest):
         files = self.files()
         self.check_options(['abacus-cli', 'pergola'], '--disablerepo=sandbox-file')
         self.check_options(ALL, '--enablerepo', 'sandbox-d*d', '--disablerepo=SANDBOX-*', '--disablerepo=sandbox')
-        # The last matching pattern wins. Installed packages are always listed.
+        # If several patterns match, the last one decides. Installed packages are listed whatever the patterns are.
         self.check_options(['abacus-cli', 'hedgerow', 'hidden-gem'], '--disablerepo=*', '--enablerepo=sandbox-[df]i*')
         self.check_options(['abacus-cli', 'hedgerow'], '--enablerepo=sandbox-[df]i*', '--disablerepo=sandbox-d*',
                            '--disablerepo=sandbox-[hu]*')
@@ -374,7 +374,8 @@ class OptionsTest(EditingTest):
             editor = self.edit(window)
             editor.wait_on(False, 'sandbox-file', SESSION)
             self.assertTrue(editor.is_on('sandbox-file', PERMANENT))
-            # The user's choice has priority over the "enabled" option, even when the program reads the files again.
+            # The choice that the user makes in the editor has priority over the patterns, even when the program reads
+            # the files again.
             editor.toggle('sandbox-file', SESSION)
             editor.close('OK')
             self.check_listed(window, USUAL)
@@ -402,7 +403,7 @@ class StartTest(EditingTest):
                 window = program.ready()
                 window.show_all()
                 self.check_listed(window, ['abacus-cli', 'hidden-gem', 'pergola'])
-                # If the editor opens again, the program reads the packages again only after a change.
+                # If the user opens the editor again but changes nothing, the program does not read the packages again.
                 count = self.requests_from_now()
                 self.edit(window).close('OK')
                 self.assertEqual(len(self.sandbox.server.paths()), count)
@@ -410,7 +411,7 @@ class StartTest(EditingTest):
                 self.sandbox.server.requests.clear()
 
     def check_closed(self, close):
-        """The user closes the editor in this way. Then the window lists the packages."""
+        """Close the editor in this way, and check that the window then lists the packages."""
         with self.program('-r') as program:
             editor = Editor(program)
             editor.toggle('sandbox-file', SESSION)

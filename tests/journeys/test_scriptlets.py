@@ -1,6 +1,8 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The log has the output of scriptlets. Processes that end during a transaction do not disturb it."""
+"""Scriptlets print output and start processes. The log shows the output, and the processes do not disturb the
+transaction.
+"""
 import os
 import shutil
 
@@ -83,8 +85,8 @@ class ProcessTest(JourneyTest):
             self.carry_out(window)
             self.assertTrue(nightwatch.is_waiting())
             self.check_changed(new=['nightwatch-1.0-1.noarch'])
-            # The process holds no resources of the program. It prevents neither the next transaction nor the program's
-            # end.
+            # The process that the scriptlet has left behind prevents neither the next transaction nor the end of the
+            # program.
             window.mark_listed('pergola')
             self.carry_out(window)
             self.check_changed(new=['nightwatch-1.0-1.noarch', 'pergola-6.1-1.x86_64'])

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Signals end the program at any time, except during a transaction."""
+"""Signals end the program at any time, but not before a running transaction is complete."""
 import signal
 
 import journey
@@ -12,11 +12,11 @@ class SignalTest(StartTest):
     """A signal ends the program and never damages the system."""
 
     ENDING = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
-    # Some signals that are not meant to end a program.
+    # Examples of signals that other programs do not send to end a program.
     OTHER = (signal.SIGUSR1, signal.SIGALRM, signal.SIGSEGV, signal.SIGRTMIN + 3)
 
     def check_next_run(self):
-        """The next run works, although the ended program may have left files behind."""
+        """Check that the next run works, whatever files the ended program has left behind."""
         with self.program() as program:
             window = program.ready()
             self.check_usable(window)
@@ -33,9 +33,7 @@ class SignalTest(StartTest):
             self.quit(window)
 
     def check_ends_by(self, program, number, said=''):
-        """Send the signal, and check that it ends the program. said: a pattern for the program's messages about
-        canceled work.
-        """
+        """Send the signal, and check that it ends the program. said: a pattern for the messages about canceled work."""
         program.process.send_signal(number)
         self.assertEqual(program.wait(), -number)
         self.assertRegex(program.complaints(), r'(?s)\A' + said + r'\Z')
@@ -106,7 +104,7 @@ class SignalTest(StartTest):
         self.check_next_transaction()
 
     def test_interrupt_of_a_download_is_reported(self):
-        """During a download, librepo has its own signal handler."""
+        """During a download, librepo handles SIGINT itself."""
         with self.program() as program:
             gate = self.wait_download(program, REPOMD)
             program.main()
@@ -160,7 +158,7 @@ class SignalTest(StartTest):
             with self.subTest(number=number), self.program() as program:
                 window = program.ready()
                 window.show_all()
-                # Every second run removes the package that the previous run installed.
+                # The first and the third run install the package, the second run removes it.
                 window.mark_listed('pergola')
                 window.accept(window.apply())
                 window.wait_ready()
@@ -177,7 +175,7 @@ class SignalTest(StartTest):
             wait_for(lambda: 'sleep' in [name_of(process) for process in program.left_over()], 'the scriptlet')
             program.process.send_signal(number)
             self.assertEqual(program.wait(), -number)
-            # The signal has not interrupted the scriptlet, and the scriptlet does not outlive the program.
+            # The scriptlet was not interrupted, and the program did not end before it.
             self.assertEqual(program.left_over(), [])
             self.check_changed(new=['slowpoke-1.0-1.noarch'])
             self.check_history_complete()

@@ -1,12 +1,12 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Packages of a repository with signatures."""
+"""The user installs packages from a repository whose packages are signed."""
 import journey
 from journey import JourneyTest, driver
 
 
 class SignatureTest(JourneyTest):
-    """Packages of the signed repository."""
+    """All packages of these tests come from the signed repository."""
 
     def keys(self):
         return {name for name in self.sandbox.installed() if name.startswith('gpg-pubkey-')}
@@ -34,7 +34,7 @@ class SignatureTest(JourneyTest):
             self.assertEqual(len(self.keys()), 1)
             self.assertEqual(program.titles(), [driver.main_title()])
             self.assertIn('Confirmation: Yes', self.read_log(window))
-            # Now the key is in the package database.
+            # The key is now in the package database, so the program does not ask again.
             window.mark_listed('wax-candle')
             window.accept(window.apply())
             window.wait_ready()
@@ -87,7 +87,7 @@ class SignatureTest(JourneyTest):
             window.show_all()
             window.mark_listed('wax-forged')
             window.accept(window.apply())
-            # The program asks to import the key of the repository, but this key did not sign the package.
+            # The program asks about the key of the repository, but the package is signed with another key.
             query = self.read_dialog(program, 'Query', 'Import the signing key 0x')
             query.click_button('Yes')
             program.no_window('Query')

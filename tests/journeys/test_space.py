@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The disk is full."""
+"""A disk is full."""
 import os
 import sys
 import unittest
@@ -11,7 +11,7 @@ from journey import JourneyTest, driver
 import filesystems
 
 YUM_ERROR = 'VYRE Yum Error'
-PLENTY = 100 << 10  # kilobytes
+PLENTY = 100 << 10  # in kilobytes
 GARGANTUA = 'gargantua-1.0-1.noarch'
 GLUTTON = 'glutton-1.0-1.noarch'
 
@@ -19,14 +19,14 @@ GLUTTON = 'glutton-1.0-1.noarch'
 class SpaceTest(JourneyTest):
 
     def mount_small_file_system(self, path):
-        """Mount a file system over a directory of the managed system. At first the file system has plenty of space."""
+        """Mount a file system on a directory of the managed system. At first, it has plenty of space."""
         path = os.path.normpath(os.path.join(self.sandbox.root, path))
         filesystems.mount_small(path, PLENTY)
         self.addCleanup(filesystems.unmount, path)
         return path
 
     def check_applies(self, window, name, package):
-        """The mark is still set. When the disk has space again, the mark can be applied."""
+        """After the disk has space again, check that the mark is still set and can be applied."""
         window.set_filter('^{} '.format(name))
         window.wait_names([name])
         window.wait_action('install', name)
@@ -56,7 +56,7 @@ class SpaceTest(JourneyTest):
         with self.opened() as window:
             window.mark_listed('gargantua')
             dialog = window.apply()
-            # This is enough space for the downloaded package.
+            # The downloaded package fits into this space, but its files do not.
             filesystems.resize(root, 10 << 10)
             window.accept(dialog)
             self.check_message(window.program, YUM_ERROR, 'At least ', 'MB more space needed on the / filesystem',
@@ -68,7 +68,7 @@ class SpaceTest(JourneyTest):
             self.check_applies(window, 'gargantua', GARGANTUA)
         self.check_consistent()
 
-    # In these tests, the check before the transaction finds enough space. The space runs out later.
+    # In the next two tests, the check before the transaction finds enough space, and the space runs out later.
 
     def test_space_that_runs_out_during_the_transaction_is_reported(self):
         root = self.mount_small_file_system('')
@@ -89,7 +89,8 @@ class SpaceTest(JourneyTest):
             self.assertFalse(os.path.exists(os.path.join(root, 'usr/share/glutton/noise.bin')))
             self.assertIn(' kB are free in {}/'.format(root), self.read_log(window))
             filesystems.resize(root, PLENTY)
-            # The failed transaction may have changed the system. So the program has collected again, without marks.
+            # The failed transaction may have changed the system, so the program has read the packages again and
+            # discarded the marks.
             window.mark_listed('glutton')
             self.carry_out(window)
             self.check_changed(new=[GLUTTON])
@@ -118,14 +119,14 @@ class SpaceTest(JourneyTest):
             window.mark_listed('birch-log')
             self.carry_out(window)
             self.check_changed(new=[GLUTTON], gone=['birch-log-3.0-1.x86_64'])
-            # rpm has written messages to standard error, so the usual check of the end does not apply.
+            # The usual check does not apply, because rpm has written messages to standard error.
             driver.key('ctrl+q')
             self.assertEqual(window.program.wait(), 0)
         self.check_consistent()
 
 
 if __name__ == '__main__':
-    # From here on, only the tests and the program see the mounted file systems.
+    # From here on, only the tests and the program see the file systems that are mounted.
     try:
         filesystems.isolate()
     except unittest.SkipTest as e:

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The command line, the environment and the style of the program."""
+"""The user starts the program with different options, environments and styles."""
 import os
 import resource
 import shutil
@@ -42,7 +42,7 @@ def no_core():
 
 
 class RefusedTest(unittest.TestCase):
-    """Runs that end before they show a window. The managed root does not exist, and no run may create it."""
+    """These runs end before they show a window. They get a managed root that does not exist, and must not create it."""
 
     def setUp(self):
         self.scratch = tempfile.mkdtemp(prefix='startup.')
@@ -61,7 +61,7 @@ class RefusedTest(unittest.TestCase):
         return done
 
     def check_usage(self, *arguments, error='', **options):
-        """The program prints the error, if one is given, and the usage. It ends with status 1."""
+        """Check that the program prints the error, if one is given, and the usage, and ends with status 1."""
         with self.subTest(arguments=arguments):
             done = self.run_program(*arguments, **options)
             name = os.path.basename(options.get('binary') or os.environ['VYRE_BINARY'])
@@ -156,7 +156,7 @@ class RefusedTest(unittest.TestCase):
         os.symlink(os.environ['VYRE_BINARY'], link)
         self.check_usage('--help', binary=link)
         self.check_usage('foo', binary=link, error='unrecognized argument: foo')
-        # A shell passes the name without a directory.
+        # A shell passes the name of the program without its directory.
         self.check_usage('foo', binary='bare', executable=os.environ['VYRE_BINARY'],
                          error='unrecognized argument: foo')
 
@@ -187,7 +187,7 @@ class RefusedTest(unittest.TestCase):
 
 
 class OptionsTest(JourneyTest):
-    """The effects of the options on the window."""
+    """Each option has its effect on the window."""
 
     DEFAULTS = {'mode': 'Filter', 'expression': '.*', 'state': 'View Updatable', 'duplicates': True, 'groups': False}
 
@@ -197,8 +197,8 @@ class OptionsTest(JourneyTest):
                 'groups': driver.checked(window.check_box('Include Groups'))}
 
     def check_settings(self, *arguments, names=None, count=None, **changed):
-        """The given settings have the given values, all other settings have their defaults, and the table lists these
-        names.
+        """Check that these settings have these values, that all other settings have their defaults, and that the table
+        lists these names.
         """
         with self.subTest(arguments=arguments), self.program(*arguments) as program:
             window = program.ready()
@@ -251,7 +251,7 @@ class OptionsTest(JourneyTest):
         self.check_settings('-e', 'häßlich %s', expression='häßlich %s', names=[])
 
     def test_search_starts_with_the_expression_of_the_option(self):
-        # This text is a part of a path in one package. No column of the table contains the text.
+        # This text is part of a path in one package; no column of the table contains it.
         expression = 'bin/pergola'
         for arguments in (['-m', 'search', '-e', expression], ['-e', expression, '-m', 'search']):
             self.check_settings(*arguments, '-s', 'all', mode='Search', expression=expression, state='View All',
@@ -335,7 +335,7 @@ class EnvironmentTest(JourneyTest):
             self.quit(window)
 
     def check_no_script(self, environment=None, unset=()):
-        """The share directory is missing: the program shows a message and ends."""
+        """Check that the program reports the missing share directory, and ends."""
         with self.program(environment=environment, unset=unset) as program:
             dialog = self.read_dialog(program, 'VYRE Yum Error', 'Internal error: unable to open YumIO.py')
             dialog.click_button('OK')
@@ -370,7 +370,7 @@ class EnvironmentTest(JourneyTest):
                 window = program.ready()
                 self.check_usable(window)
                 driver.key('ctrl+q')
-                # The toolkit may print a warning about the locale.
+                # The usual check does not apply, because Qt may print a warning about the locale.
                 self.assertEqual(program.wait(), 0)
                 self.assertEqual(self.locks(), [])
 
@@ -380,7 +380,9 @@ class EnvironmentTest(JourneyTest):
         return 'xdg_runtime.{}'.format(os.geteuid())
 
     def check_runtime_directory(self, path, environment=None, unset=()):
-        """The directory exists during the run. After the run, the directory and its contents no longer exist."""
+        """Check that the directory exists while the program runs, and that the program then removes it with its
+        contents.
+        """
         with self.program(environment=environment, unset=unset) as program:
             window = program.ready()
             self.assertEqual(stat.S_IMODE(os.stat(path).st_mode), 0o700)
@@ -428,7 +430,7 @@ class EnvironmentTest(JourneyTest):
         self.assertNotIn(self.name(), os.listdir(temporary))
 
     def test_runtime_directory_that_cannot_be_created_is_not_necessary(self):
-        # If the directory is missing, the toolkit prints a warning, and works nevertheless.
+        # Without the directory, Qt prints a warning, but works.
         with self.program(environment={'TMPDIR': os.path.join(self.scratch, 'nothing')},
                           unset=['XDG_RUNTIME_DIR']) as program:
             program.ready()
@@ -440,12 +442,12 @@ class EnvironmentTest(JourneyTest):
 class StyleTest(JourneyTest):
 
     def look(self, *arguments, environment=None):
-        """A picture of a check box. Each style draws check boxes differently."""
+        """A picture of a check box, which each style draws differently."""
         with self.program(*arguments, environment=environment, unset=['XDG_CONFIG_HOME']) as program:
             window = program.ready()
             driver.xdotool('mousemove', 0, 0)
             box = driver.rectangle(window.check_box('Include Duplicates'))
-            # The box is completely drawn when two successive pictures are the same.
+            # When two successive pictures are equal, the box is completely drawn.
             pictures = [driver.pixels(*box)]
 
             def settled():
@@ -462,7 +464,7 @@ class StyleTest(JourneyTest):
         self.assertNotEqual(fusion, windows)
         self.assertEqual(self.look(), fusion)
         self.assertEqual(self.look('-style', 'windows'), windows)
-        # The program's default replaces the style of the session, unless the user has chosen a style.
+        # The program's own default replaces the style of the session, unless the user has chosen a style.
         self.assertEqual(self.look(environment=override), fusion)
         settings = os.path.join(self.sandbox.environment()['HOME'], '.config', 'Trolltech.conf')
         os.makedirs(os.path.dirname(settings), exist_ok=True)

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The user stops operations, and goes on without failing repositories."""
+"""The user stops operations, and continues without failing repositories."""
 import os
 import time
 
@@ -21,7 +21,7 @@ class StoppingTest(StartTest):
         return driver.enabled(window.button('Stop'))
 
     def wait_slow(self, window, path):
-        """The program waits for a slow mirror."""
+        """Wait until the program waits for the slow server and its Stop button is enabled."""
         wait_for(lambda: path in self.sandbox.server.paths(), path)
         wait_for(lambda: self.is_stoppable(window), 'the button')
         window.wait_settled()
@@ -30,7 +30,7 @@ class StoppingTest(StartTest):
         begin = time.monotonic()
         act()
         window.wait_ready()
-        # If the operation were not stopped, the server would need much longer.
+        # Without the stop, the answer of the server would take much longer.
         self.assertLess(time.monotonic() - begin, 60)
         self.assertEqual(window.program.titles(), [driver.main_title()])
 
@@ -164,7 +164,7 @@ class WithoutRepositoriesTest(StartTest):
                            name))
 
     def question(self, program, name):
-        """The question about this repository."""
+        """Wait for the question about this repository; return it."""
         def look():
             return next((dialog for dialog in program.windows() if dialog.title == QUESTION and
                          'The repository {} cannot be read:'.format(name) in dialog.text()), None)
@@ -194,8 +194,8 @@ class WithoutRepositoriesTest(StartTest):
             window.show_all()
             wait_for(lambda: 'almanac' in window.names(), 'the installed packages')
             self.assertNotIn('pergola', window.names())
-            # The editor shows which repositories are switched off. If the user switches one on again, the program reads
-            # it again.
+            # The editor shows the repositories that are disabled for the session. If the user enables one, the program
+            # reads it again.
             del self.sandbox.server.faults[REPOMD]
             driver.key('ctrl+e')
             editor = program.window('VYRE Repository Configuration Editor')
@@ -224,7 +224,7 @@ class WithoutRepositoriesTest(StartTest):
             wait_for(lambda: 'almanac' in window.names(), 'the installed packages')
             self.assertNotIn('pergola', window.names())
             self.picture('without-network')
-            # A refresh does not ask about the same repository again.
+            # A refresh does not ask about the same repositories again.
             window.click_button('Refresh')
             window.wait_ready()
             wait_for(lambda: 'almanac' in window.names(), 'the installed packages')

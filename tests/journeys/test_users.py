@@ -21,7 +21,7 @@ class UserTest(JourneyTest):
     def setUp(self):
         super().setUp()
         os.chmod(self.scratch, 0o755)
-        # The user may have no access to the directory of the tree.
+        # The user who runs the program may have no access to the source tree.
         self.share = shutil.copytree(driver.SHARE, os.path.join(self.scratch, 'share'))
         self.binary = shutil.copy(os.environ['VYRE_BINARY'], os.path.join(self.scratch, 'vyre'))
         self.home = os.path.join(self.scratch, 'home')
@@ -30,7 +30,7 @@ class UserTest(JourneyTest):
 
     @contextlib.contextmanager
     def run_by(self, command):
-        """Another user's run of the program. No other process sees the /var/tmp of this run."""
+        """Run the program as another user, with a /var/tmp that no other process sees."""
         path = os.path.join(self.scratch, 'wrapper')
         with open(path, 'w') as stream:
             stream.write('#!/bin/sh\nexec unshare --mount sh -ec \'mount -t tmpfs -o mode=1777 none /var/tmp; '
@@ -51,13 +51,13 @@ class UserTest(JourneyTest):
         self.assertEqual(window.program.complaints(), '')
 
     def all_files(self):
-        """All files of the managed system with their modes, owners, times and sizes."""
+        """All files of the managed system, with their types, modes, owners, times and sizes."""
         found = {}
         for directory, directories, files in os.walk(self.sandbox.root):
             for name in directories + files:
                 path = os.path.join(directory, name)
                 status = os.lstat(path)
-                # A directory's time also changes when a process creates or removes files in it.
+                # The time of a directory changes even if a process creates a file in it and removes the file again.
                 found[path] = (stat.S_IFMT(status.st_mode), status.st_mode, status.st_uid, status.st_mtime,
                                status.st_size)
         return found
@@ -68,8 +68,8 @@ class UserTest(JourneyTest):
         before = self.all_files()
         with self.run_by(AS_NOBODY) as program:
             window = program.ready()
-            # Before the user marks a package, a notice already reports that the program does not run as root. Assistive
-            # programs do not see this notice.
+            # Before the user marks a package, a notice already says that the program cannot change packages. Assistive
+            # programs do not read this notice, so the test reads the log.
             self.picture('not-root-notice')
             self.assertIn('VYRE cannot change packages, because it does not run as root', self.read_log(window))
             window.show_all()
@@ -84,7 +84,7 @@ class UserTest(JourneyTest):
             self.close_dialog(program, dialog)
             window.wait_ready()
             self.assertEqual(program.titles(), [driver.main_title()])
-            # The program has kept the marks.
+            # The program has kept the mark.
             window.wait_action('remove', 'birch-log')
             self.check_usable(window)
             window.set_filter('^pergola ')
@@ -104,7 +104,7 @@ class UserTest(JourneyTest):
             window = program.ready()
             window.show_all()
             window.choose(0, 'Search')
-            # Enter starts the reading of the file lists. The program ignores keys during this reading.
+            # After Enter, the program first reads the file lists, and ignores keys until it has read them.
             window.type_expression('/usr/share/doc/orchard/README')
             driver.key('Return')
             window.wait_names(['orchard'])

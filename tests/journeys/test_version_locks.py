@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""With the versionlock plug-in, the user locks packages at their versions, and unlocks them again."""
+"""The user locks packages at their versions with the versionlock plug-in, and unlocks them."""
 import os
 import re
 
@@ -15,7 +15,7 @@ class VersionLocksTest(JourneyTest):
         self.settings = os.path.join(self.scratch, 'settings')
         os.mkdir(self.settings)
         for name, lines in (('versionlock.conf', '[main]\nenabled=1\nlocklist={}/locks\n'.format(self.settings)),
-                            # This plug-in writes to the running system.
+                            # even for a managed root, this plug-in writes to the running system
                             ('generate_completion_cache.conf', '[main]\nenabled=0\n'), ('locks', '')):
             with open(os.path.join(self.settings, name), 'w') as stream:
                 stream.write(lines)
@@ -25,7 +25,7 @@ class VersionLocksTest(JourneyTest):
             configuration.write('plugins=1\npluginconfpath={}\n'.format(self.settings))
 
     def locked(self):
-        """The lines of the plug-in's list, without its comments."""
+        """The lines of the plug-in's list, without comments."""
         with open(os.path.join(self.settings, 'locks')) as stream:
             return re.findall('(?m)^[^#\n].*$', stream.read())
 
@@ -46,7 +46,7 @@ class VersionLocksTest(JourneyTest):
             driver.wait_for(lambda: self.version(window, 'abacus-cli') == '3.2.1-1', 'the locked version')
             window.wait_ready()
             self.assertEqual(self.locked(), ['abacus-cli-0:3.2.1-1.*'])
-            # The program has kept the mark of the package that is not locked.
+            # The program has kept the mark of the package that the user did not lock.
             window.wait_action('update', 'quillbase')
             self.assertIn('Adding versionlock on: abacus-cli-0:3.2.1-1.*', self.read_log(window))
             window.click_button('Set Update of Listed')
@@ -71,7 +71,7 @@ class VersionLocksTest(JourneyTest):
             driver.wait_for(lambda: self.version(window, 'abacus-cli') == '3.3.0-2', 'the update')
             window.wait_ready()
             self.assertEqual(self.locked(), ['barometer-0:1.0-1.*'])
-            # "abacus-cli" is still the current row: the space key marks it.
+            # The row of "abacus-cli" is still the current row, so the space key marks it.
             driver.key('space')
             window.wait_action('update', 'abacus-cli')
         self.check_unchanged()
@@ -83,7 +83,7 @@ class VersionLocksTest(JourneyTest):
             window.action_menu('abacus-cli')
             shown = window.program.popups()
             driver.key('l')
-            # The menu is still open, because no entry has this letter.
+            # No entry of the menu has this letter, so the menu is still open.
             window.press_in_menu('Escape')
             self.assertEqual(len(shown - window.program.popups()), 1)
             self.assertEqual(self.version(window, 'abacus-cli'), '3.3.0-2')

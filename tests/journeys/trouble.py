@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The common parts of the journeys in which the program has faults when it starts or ends."""
+"""Code for the journeys in which the program has problems when it starts or ends."""
 import os
 import unittest.mock
 
@@ -12,7 +12,7 @@ REPOMD = '/sandbox-http/repodata/repomd.xml'
 class StartTest(JourneyTest):
 
     def path(self, *names):
-        """The path of a file in the sandbox's root. Its directory is created."""
+        """The path of a file in the sandbox's root. Creates the directory of this file."""
         path = os.path.join(self.sandbox.root, *names)
         os.makedirs(os.path.dirname(path), exist_ok=True)
         return path
@@ -24,7 +24,8 @@ class StartTest(JourneyTest):
         return path
 
     def message(self, program, title, *texts, picture=None):
-        """Read and close the message with these texts. The next message can have the same title."""
+        """Wait for a message with these texts, read it, and close it. Another message with the same title may follow.
+        """
         def look():
             if not program.running():
                 raise driver.Ended('the program ended with status {}: {}'.format(
@@ -50,7 +51,7 @@ class StartTest(JourneyTest):
         return text
 
     def refuse_without(self, program, name, *texts):
-        """Answer No to the question whether to go on without the repository. An empty name means any repository."""
+        """Answer No to the question whether to go on without this repository. name: empty for any repository."""
         def look():
             return next((dialog for dialog in program.windows() if dialog.title == 'Repositories' and
                          dialog.text().startswith('The repository ' + name)), None)
@@ -65,12 +66,14 @@ class StartTest(JourneyTest):
         self.assertEqual(window.row_count(), 0)
 
     def check_refresh_helps(self, window):
-        """Check that a refresh lists all packages when the fault is corrected."""
+        """After a fault is removed, check that a refresh lists all packages."""
         window.click_button('Refresh')
         self.check_usable(window)
 
     def wrapped(self, commands):
-        """Within this scope, each run of the program first executes these shell commands, and has separate mounts."""
+        """While this patch is active, each run of the program has its own mounts, and first executes these shell
+        commands.
+        """
         path = os.path.join(self.scratch, 'wrapper')
         with open(path, 'w') as stream:
             stream.write('#!/bin/sh\nexec unshare --mount sh -ec \'{}; exec "{}" "$@"\' sh "$@"\n'.format(
@@ -79,7 +82,7 @@ class StartTest(JourneyTest):
         return unittest.mock.patch.dict(os.environ, VYRE_BINARY=path)
 
     def unprivileged(self):
-        """In this scope, the program runs as root without the right to ignore file permissions."""
+        """While this patch is active, the program runs as root, but file permissions apply to it."""
         path = os.path.join(self.scratch, 'wrapper')
         with open(path, 'w') as stream:
             stream.write('#!/bin/sh\nexec setpriv --bounding-set=-dac_override,-dac_read_search "{}" "$@"\n'.format(
