@@ -12,24 +12,23 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
-#include <QMutexLocker>
 #include <QPushButton>
 #include <QTimer>
 #include <QWindow>
 
-#include <algorithm>
 #include <functional>
 #include <sys/utsname.h>
 #include <unistd.h>
 
-#include "advisories/AdvisoryDialog.h"
+#include "app/AdvisoriesCommand.h"
+#include "app/ErrorWatch.h"
+#include "app/HistoryCommand.h"
 #include "app/KeptLayout.h"
 #include "app/Manuals.h"
 #include "app/Notice.h"
 #include "app/OutcomeLine.h"
 #include "app/StopButton.h"
 #include "app/WindowSizeKeeper.h"
-#include "history/HistoryDialog.h"
 #include "packagetable/Model.h"
 #include "packagetable/SortFilterProxyModel.h"
 #include "packagetable/View.h"
@@ -49,8 +48,6 @@
 
 namespace {
 
-constexpr int searchMode = PackageTable::Search;
-
 QString nodeName()
 {
     utsname names;
@@ -62,13 +59,15 @@ QString nodeName()
 MainWindow::MainWindow()
     : repoEditorAtStart(false), logAtStart(false), yumIO(new YumIO), closing(nullptr), yumConfIO(nullptr),
       initialized(false), scheduled(false), busy(false), closeWanted(false), collectFailed(false),
-      logWindow(nullptr), advisoryDialog(nullptr), repoEditor(nullptr), history(nullptr), aboutBox(nullptr)
+      logWindow(nullptr), repoEditor(nullptr), aboutBox(nullptr)
 {
     setWindowTitle(Literal::title(tr("VYRE - %1").arg(nodeName())));
     Execute::keepOutput(); // for a manual that the user opens while a transaction's output is captured
     model = new PackageTable::Model(yumIO, this);
     proxy = new PackageTable::SortFilterProxyModel(PackageTable::ViewUpdatable, true, false, yumIO, this);
     proxy->setSourceModel(model);
+    historyCommand = new HistoryCommand(*this, this);
+    advisoriesCommand = new AdvisoriesCommand(*this, model, proxy, this);
     createMenuBar();
     createMainArea();
     yumIO->setup(this, totalBar, itemBar);
@@ -77,31 +76,6 @@ MainWindow::MainWindow()
     collectedExtraData();
     modeChanged(PackageTable::Filter);
     setReady(false);
-}
-
-void MainWindow::setMode(PackageTable::Mode mode)
-{
-    modeBox->setCurrentIndex(mode);
-}
-
-void MainWindow::setRegexp(const char* regexp)
-{
-    regexpEdit->setText(QString::fromLocal8Bit(regexp));
-}
-
-void MainWindow::setStateFilter(PackageTable::StateFilter filter)
-{
-    stateBox->setCurrentIndex(filter);
-}
-
-void MainWindow::setDups(bool include)
-{
-    dupsBox->setChecked(include);
-}
-
-void MainWindow::setGroups(bool include)
-{
-    groupsBox->setChecked(include);
 }
 
 void MainWindow::setVisible(bool visible)
@@ -216,24 +190,6 @@ void MainWindow::focusTable()
     }
 }
 
-void MainWindow::updateEmptyText()
-{
-    if (collectFailed) {
-        view->setEmptyText(tr("The packages could not be read.\nThe Log window (Ctrl+L) shows the reason."));
-    } else if (!proxy->isValidExpression()) {
-        view->setEmptyText(tr("This is not a valid regular expression:\n%1").arg(proxy->expressionFault()));
-    } else if (stateBox->currentIndex() == PackageTable::ViewUpdatable && proxy->filterRegExp().isEmpty()) {
-        view->setEmptyText(tr("No package has an update."));
-    } else if (modeBox->currentIndex() == searchMode &&
-               proxy->filterRegExp().pattern().endsWith(QLatin1Char('$'))) {
-        // The list of files is one field, so "$" is not the end of each path.
-        view->setEmptyText(tr("No package matches.\nIn a search, \"$\" is the end of a whole field, such as "
-                              "the list of files.\nFor the end of one line, write \"([[:space:]]|$)\"."));
-    } else {
-        view->setEmptyText(tr("No package matches."));
-    }
-}
-
 void MainWindow::saveLayout() const
 {
     if (!tableArea->isHidden()) {
@@ -269,8 +225,7 @@ void MainWindow::editRepositories(bool atStart)
 
 void MainWindow::reposChanged()
 {
-    outcomeLine->clear();
-    setReady(false);
+    beginOperation();
     bool changed = false;
     if (!checkCredentials(changed)) {
         return;
@@ -279,7 +234,7 @@ void MainWindow::reposChanged()
     if (tableArea->isHidden()) {
         applyExpression(); // the expression from the command line
     }
-    recollect();
+    recollect(NoMarks);
     showTable();
     setReady(true);
     focusTable();
@@ -351,6 +306,12 @@ void MainWindow::setReady(bool ready)
     }
 }
 
+void MainWindow::beginOperation()
+{
+    outcomeLine->clear();
+    setReady(false);
+}
+
 bool MainWindow::collect()
 {
     if (closeWanted) {
@@ -358,11 +319,9 @@ bool MainWindow::collect()
         collectFailed = true;
         return false;
     }
-    const int before = loggedEntries();
+    const ErrorWatch errors(yumIO->logEntries());
     collectFailed = !yumIO->collect(sessionEnabled);
-    if (hasErrorsSince(before)) {
-        showNotice(tr("There are errors in the log (Ctrl+L)"));
-    }
+    showErrors(errors);
     for (const QString& id : yumIO->unwantedRepos()) {
         sessionEnabled.insert(id, false);
     }
@@ -375,24 +334,11 @@ bool MainWindow::collect()
     return stopped;
 }
 
-int MainWindow::loggedEntries() const
+void MainWindow::showErrors(const ErrorWatch& errors)
 {
-    Log::EntryList& entries = yumIO->logEntries();
-    const QMutexLocker locker(&entries);
-    return entries.count();
-}
-
-bool MainWindow::hasErrorsSince(int before) const
-{
-    if (quitting()) {
-        return false;
+    if (errors.hasErrors()) {
+        showNotice(tr("There are errors in the log (Ctrl+L)"));
     }
-    Log::EntryList& entries = yumIO->logEntries();
-    const QMutexLocker locker(&entries);
-    return std::any_of(entries.cbegin() + before, entries.cend(), [](const Log::Entry& entry) {
-        // The log window always shows the errors up to this level.
-        return entry.kind == Log::Error && entry.level <= 2;
-    });
 }
 
 void MainWindow::recollect(Kept kept)
@@ -412,9 +358,7 @@ void MainWindow::recollect(Kept kept)
         prepareFilterSearch();
     }
     updateEmptyText();
-    // The table now has new records.
-    warnUnlistedActions();
-    stateChanged(-1);
+    marksChanged(); // the table now has new records
     collectedExtraData();
 }
 
@@ -425,24 +369,22 @@ void MainWindow::resize()
 
 void MainWindow::refresh()
 {
-    outcomeLine->clear();
-    setReady(false);
+    beginOperation();
     yumIO->reset();
-    recollect();
+    recollect(NoMarks);
     setReady(true);
     focusTable();
 }
 
 void MainWindow::clean(bool (YumIO::*operation)())
 {
-    outcomeLine->clear();
-    setReady(false);
+    beginOperation();
     (yumIO->*operation)();
     if (yumIO->wasStopped()) {
         showNotice(tr("Stopped."));
     } else if (!closeWanted) {
         yumIO->reset();
-        recollect();
+        recollect(NoMarks);
     }
     setReady(true);
     focusTable();
@@ -455,9 +397,8 @@ void MainWindow::cleanDbcache()
 
 void MainWindow::cleanPackages()
 {
-    outcomeLine->clear();
     // The table does not depend on downloaded packages, so no new collection is necessary.
-    setReady(false);
+    beginOperation();
     yumIO->cleanPackages();
     if (yumIO->wasStopped()) {
         showNotice(tr("Stopped."));
@@ -480,43 +421,17 @@ void MainWindow::apply()
     carryOut([this] { return yumIO->apply(); }, LeftOutMarks);
 }
 
-void MainWindow::showHistory()
-{
-    if (quitting()) {
-        return;
-    }
-    if (history == nullptr) {
-        history = new HistoryDialog(yumIO, this);
-        new WindowSizeKeeper(QStringLiteral("History"), history);
-    }
-    // If the operation is refused or fails, the user sees the history window again.
-    while (!quitting() && !closeWanted) {
-        history->setRefusal(collectFailed
-                                ? tr("VYRE cannot undo transactions, because it could not read the packages.")
-                                : QString());
-        if (history->exec() != QDialog::Accepted || quitting()) {
-            return;
-        }
-        const Replay kind = history->wantedReplay();
-        const qint64 number = history->wantedNumber();
-        if (carryOut([this, kind, number] { return yumIO->replay(kind, number); }, AllMarks)) {
-            return;
-        }
-    }
-}
-
 bool MainWindow::carryOut(const std::function<bool()>& operation, Kept kept)
 {
-    outcomeLine->clear();
-    setReady(false);
-    const int before = loggedEntries();
+    beginOperation();
+    const ErrorWatch errors(yumIO->logEntries());
     const bool applied = operation();
     const bool done = applied || yumIO->systemChanged();
-    const bool hasErrors = hasErrorsSince(before);
+    const bool hasErrors = errors.hasErrors();
     const bool stopped = yumIO->wasStopped();
     const TransactionOutcome outcome = yumIO->transactionOutcome();
     if (outcome.known && !stopped) {
-        outcomeLine->showOutcome(outcome, before);
+        outcomeLine->showOutcome(outcome, errors.firstEntry());
     }
     bool changed = false;
     if (applied && !checkCredentials(changed)) {
@@ -537,39 +452,13 @@ bool MainWindow::carryOut(const std::function<bool()>& operation, Kept kept)
         // package script.
         showNotice(tr("The transaction has reported errors: see the log (Ctrl+L)"));
     }
-    warnUnlistedActions();
-    stateChanged(-1);
+    marksChanged();
     if (stopped) {
         showNotice(tr("Stopped. Nothing was changed."));
     }
     setReady(true);
     focusTable();
     return done;
-}
-
-void MainWindow::changeVersionLocks(const QList<int>& rows, bool locked)
-{
-    QVector<Package::Entry*> entries;
-    for (const int row : rows) {
-        if (row < yumIO->count()) {
-            entries.append((*yumIO)[row]);
-        }
-    }
-    if (entries.isEmpty()) {
-        return;
-    }
-    const Package::EntryKey first(*entries.first());
-    outcomeLine->clear();
-    setReady(false);
-    const int before = loggedEntries();
-    yumIO->changeVersionLocks(entries, locked);
-    // Even if the call has failed, it may have changed some locks.
-    recollect(AllMarks);
-    if (hasErrorsSince(before)) {
-        showNotice(tr("There are errors in the log (Ctrl+L)"));
-    }
-    setReady(true);
-    makeCurrent(first);
 }
 
 void MainWindow::quit()
@@ -679,43 +568,6 @@ void MainWindow::displayLogFrom(int entry)
     }
 }
 
-void MainWindow::displayAdvisories()
-{
-    if (collectFailed) {
-        // Without the packages, no advisory would seem to concern this system.
-        warnAndNotice(tr("VYRE cannot show advisories, because it could not read the packages."));
-        return;
-    }
-    setReady(false);
-    const int before = loggedEntries();
-    const bool shown = yumIO->collectAdvisories() && !closeWanted;
-    if (hasErrorsSince(before)) {
-        showNotice(tr("There are errors in the log (Ctrl+L)"));
-    }
-    setReady(true);
-    if (!shown) {
-        return;
-    }
-    if (advisoryDialog == nullptr) {
-        advisoryDialog = new AdvisoryDialog(yumIO, this);
-        new WindowSizeKeeper(QStringLiteral("Advisories"), advisoryDialog);
-        connect(advisoryDialog, SIGNAL(updatesWanted(const QVector<Package::Entry*>&)), this,
-                SLOT(markUpdates(const QVector<Package::Entry*>&)));
-    }
-    advisoryDialog->load();
-    advisoryDialog->exec();
-}
-
-void MainWindow::markUpdates(const QVector<Package::Entry*>& entries)
-{
-    {
-        const PackageTable::SortFilterProxyModel::SortPause pause(*proxy);
-        model->setUpdates(entries);
-    }
-    warnUnlistedActions();
-    stateChanged(-1);
-}
-
 void MainWindow::openPage(const QString& address)
 {
     Manuals::openPage(this, address);
@@ -787,120 +639,6 @@ void MainWindow::about()
     aboutBox->activateWindow();
 }
 
-void MainWindow::modeChanged(int mode)
-{
-    const bool search = mode == searchMode;
-    if (search) {
-        setReady(false);
-    }
-    filterButton->setText(search ? tr("Search") : tr("Filter"));
-    regexpEdit->setToolTip(
-        search ? tr("Regular expression to compare to all fields of a package")
-               : tr("Regular expression filter matching textual fields visible in the table"));
-    filterButton->setToolTip(search
-                                 ? tr("Perform the search for the regular expression specified to the left")
-                                 : tr("Apply the filter specified to the left"));
-    prepareFilterSearch();
-    proxy->setMode(static_cast<PackageTable::Mode>(mode));
-    if (search) {
-        setReady(initialized);
-    }
-    anyFilterChanged();
-}
-
-void MainWindow::prepareFilterSearch()
-{
-    // Before the window is shown, no data can be loaded. initialize() calls this function later.
-    if (!scheduled || modeBox->currentIndex() != searchMode) {
-        return;
-    }
-    const QString regexp = regexpEdit->text();
-    const bool wanted = !regexp.isEmpty() && regexp != QLatin1String(".*");
-    // An earlier expression may still filter the table, although the edit contains another expression.
-    if (!wanted && proxy->filterRegExp().isEmpty()) {
-        return;
-    }
-    if (wanted && (!yumIO->haveFileLists() || !yumIO->haveOtherData())) {
-        proxy->setFilter(false);
-        yumIO->collectFileLists();
-        yumIO->collectOtherData();
-        proxy->setFilter(true);
-    }
-    yumIO->collectSearchTexts(
-        proxy->searched(static_cast<PackageTable::StateFilter>(stateBox->currentIndex()),
-                        dupsBox->isChecked(), groupsBox->isChecked()));
-}
-
-void MainWindow::filtersearch()
-{
-    const bool search = modeBox->currentIndex() == searchMode;
-    if (search) {
-        setReady(false);
-    }
-    prepareFilterSearch();
-    applyExpression();
-    if (search) {
-        setReady(true);
-    }
-    anyFilterChanged();
-}
-
-void MainWindow::applyExpression()
-{
-    proxy->setFilterRegExp(regexpEdit->text());
-    regexpEdit->showValid(proxy->isValidExpression());
-}
-
-void MainWindow::changeFilter(const std::function<void()>& change)
-{
-    const bool search = modeBox->currentIndex() == searchMode;
-    if (search) {
-        setReady(false);
-        prepareFilterSearch();
-    }
-    change();
-    if (search) {
-        setReady(initialized);
-    }
-    anyFilterChanged();
-}
-
-void MainWindow::stateFilterChanged(int index)
-{
-    changeFilter([this, index] { proxy->setStateFilter(static_cast<PackageTable::StateFilter>(index)); });
-}
-
-void MainWindow::dupsFilterChanged(int state)
-{
-    changeFilter([this, state] { proxy->setDupsFilter(state != Qt::Unchecked); });
-}
-
-void MainWindow::groupsFilterChanged(int state)
-{
-    changeFilter([this, state] { proxy->setGroupsFilter(state != Qt::Unchecked); });
-}
-
-void MainWindow::anyFilterChanged()
-{
-    warnUnlistedActions();
-    if (initialized) {
-        updateEmptyText();
-    }
-}
-
-void MainWindow::collectedExtraData()
-{
-    QString text =
-        tr("Specify the method for using a regular expression to select packages in the table:\n"
-           "\tFilter uses the textual fields visible in the table, as if they were separated by spaces.\n"
-           "\tSearch uses all fields in packages, including list of Files, Change Log, Requires, etc.,\n"
-           "\tindependently.  It is considerably slower.");
-    if (!yumIO->haveFileLists() || !yumIO->haveOtherData()) {
-        text = tr("%1 (Must load extra data.)").arg(text);
-    }
-    modeBox->setToolTip(Literal::toolTip(text));
-}
-
 void MainWindow::warnUnlistedActions()
 {
     const int count = quitting() ? 0 : yumIO->count();
@@ -919,19 +657,15 @@ void MainWindow::warnUnlistedActions()
     unlistedLabel->setToolTip(QString());
 }
 
-void MainWindow::makeCurrent(const Package::EntryKey& key)
-{
-    for (int row = 0; row < yumIO->count(); ++row) {
-        if (Package::EntryKey(*(*yumIO)[row]) == key) {
-            view->setCurrentIndex(proxy->mapFromSource(model->index(row, PackageTable::ActionColumn)));
-            return;
-        }
-    }
-}
-
 void MainWindow::currentChanged(int row, int)
 {
     describeButton->setEnabled(row != -1);
+}
+
+void MainWindow::marksChanged()
+{
+    warnUnlistedActions();
+    stateChanged(-1);
 }
 
 void MainWindow::stateChanged(int row)
@@ -965,6 +699,5 @@ void MainWindow::clearActions()
         const PackageTable::SortFilterProxyModel::SortPause pause(*proxy);
         model->clearActions();
     }
-    warnUnlistedActions();
-    stateChanged(-1);
+    marksChanged();
 }

@@ -14,17 +14,17 @@
 #include <QMainWindow>
 #include <QPointer>
 #include <QSet>
-#include <QVector>
 
 #include <functional>
 
+#include "app/CommandHost.h"
 #include "packagetable/PackageTable.h"
 #include "repo/YumRepoEnabled.h"
 
-class AdvisoryDialog;
+class AdvisoriesCommand;
 class ExpressionEdit;
 class HFrameLabel;
-class HistoryDialog;
+class HistoryCommand;
 class HMenu;
 class HProgressBar;
 class Notice;
@@ -42,10 +42,6 @@ class YumIO;
 namespace Log {
 class Window;
 }
-namespace Package {
-class Entry;
-class EntryKey;
-} // namespace Package
 namespace PackageTable {
 class Model;
 class SortFilterProxyModel;
@@ -55,7 +51,7 @@ namespace RepoEditor {
 class Dialog;
 }
 
-class MainWindow : public QMainWindow
+class MainWindow : public QMainWindow, private CommandHost
 {
     Q_OBJECT
 
@@ -96,10 +92,6 @@ public Q_SLOTS:
     void displayLog();
     // Opens the log at an entry.
     void displayLogFrom(int entry);
-    // Reads the advisories and shows them.
-    void displayAdvisories();
-    void markUpdates(const QVector<Package::Entry*>& entries);
-    void showHistory();
     // If `atStart` is true, the packages are collected when the editor closes, even if nothing has changed.
     void editRepositories(bool atStart = false);
     void cleanDbcache();
@@ -112,8 +104,7 @@ public Q_SLOTS:
     void filtersearch();
     void currentChanged(int row, int previous);
     void stateChanged(int row = -1);
-    // Logs a message as a warning, and shows it next to the menus for a while.
-    void warnAndNotice(const QString& text);
+    void warnAndNotice(const QString& text) override;
     void modeChanged(int mode);
     void collectedExtraData();
     void stateFilterChanged(int index);
@@ -123,8 +114,6 @@ public Q_SLOTS:
     void setUpdateListed();
     void clearActions();
     void apply();
-    // Locks or unlocks the versions of these source rows, and collects the packages again.
-    void changeVersionLocks(const QList<int>& rows, bool locked);
 
 private Q_SLOTS:
     void openPage(const QString& address);
@@ -137,6 +126,17 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    QWidget* dialogParent() override { return this; }
+    YumIO* backEnd() const override { return yumIO; }
+    bool isClosing() const override { return quitting() || closeWanted; }
+    bool hasPackages() const override { return !collectFailed; }
+    void setReady(bool ready) override;
+    void beginOperation() override;
+    void recollect(Kept kept) override;
+    bool carryOut(const std::function<bool()>& operation, Kept kept) override;
+    void marksChanged() override;
+    void showErrors(const ErrorWatch& errors) override;
+
     void createMenuBar();
     void createMainArea();
     QBoxLayout* createFilterRow();
@@ -145,21 +145,8 @@ private:
     void anyFilterChanged();
     void warnConfigure();
     void warnUnlistedActions();
-    void setReady(bool ready);
     // Returns whether the user has stopped the collection. In this case, the packages come from the cache.
     bool collect();
-    int loggedEntries() const;
-    // Returns whether the log has errors after its first `before` entries. Some errors are reported only in
-    // the log, for example an unreachable repository or a failed package script.
-    bool hasErrorsSince(int before) const;
-    // The marks that recollect() sets again, if they can still be carried out.
-    enum Kept { NoMarks, AllMarks, LeftOutMarks };
-    void recollect(Kept kept = NoMarks);
-    // Makes the row of this record the current one, if the table lists it.
-    void makeCurrent(const Package::EntryKey& key);
-    // Runs an operation that may change the system, and reads the packages again afterwards. Returns whether
-    // the operation has succeeded or changed the system.
-    bool carryOut(const std::function<bool()>& operation, Kept kept);
     // Filters the table by the expression in the edit.
     void applyExpression();
     void showTable();
@@ -192,6 +179,8 @@ private:
     bool collectFailed;            // the last collection of packages failed
     QPointer<QWidget> focusBefore; // the widget that had the focus when the controls were disabled
 
+    HistoryCommand* historyCommand;
+    AdvisoriesCommand* advisoriesCommand;
     QMenuBar* menus;
     OutcomeLine* outcomeLine;
     HMenu* programMenu;
@@ -222,9 +211,7 @@ private:
     HProgressBar* itemBar;
     StopButton* stopButton;
     Log::Window* logWindow;         // null before the first use
-    AdvisoryDialog* advisoryDialog; // null before the first use
     RepoEditor::Dialog* repoEditor; // null before the first use
-    HistoryDialog* history;         // null before the first use
     QMessageBox* aboutBox;          // null before the first use
     Notice* notice;
 };

@@ -11,9 +11,12 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "app/AdvisoriesCommand.h"
+#include "app/HistoryCommand.h"
 #include "app/Notice.h"
 #include "app/OutcomeLine.h"
 #include "app/StopButton.h"
+#include "app/VersionLocksCommand.h"
 #include "packagetable/Model.h"
 #include "packagetable/SortFilterProxyModel.h"
 #include "packagetable/TableStatus.h"
@@ -51,10 +54,10 @@ void MainWindow::createMenuBar()
     HMenu* windowsMenu = addMenu(tr("&Windows"));
     windowsMenu->addAction(tr("&Log"), this, SLOT(displayLog()), QKeySequence(tr("Ctrl+L")));
     historyAction =
-        windowsMenu->addAction(tr("&History"), this, SLOT(showHistory()), QKeySequence(tr("Ctrl+H")));
+        windowsMenu->addAction(tr("&History"), historyCommand, SLOT(run()), QKeySequence(tr("Ctrl+H")));
 
-    advisoriesAction = windowsMenu->addAction(tr("&Advisories"), this, SLOT(displayAdvisories()),
-                                              QKeySequence(tr("Ctrl+D")));
+    advisoriesAction =
+        windowsMenu->addAction(tr("&Advisories"), advisoriesCommand, SLOT(run()), QKeySequence(tr("Ctrl+D")));
 
     repositoriesMenu = addMenu(tr("&Repositories"));
     editConfigurationAction = repositoriesMenu->addAction(
@@ -90,8 +93,8 @@ void MainWindow::createMainArea()
     connect(view, SIGNAL(currentChanged(int, int)), this, SLOT(currentChanged(int, int)));
     connect(view, SIGNAL(stateChanged(int)), this, SLOT(stateChanged(int)));
     connect(view, SIGNAL(actionRefused(const QString&)), this, SLOT(warnAndNotice(const QString&)));
-    connect(view, SIGNAL(versionLocksChosen(const QList<int>&, bool)), this,
-            SLOT(changeVersionLocks(const QList<int>&, bool)));
+    connect(view, SIGNAL(versionLocksChosen(const QList<int>&, bool)),
+            new VersionLocksCommand(*this, model, proxy, view, this), SLOT(run(const QList<int>&, bool)));
 
     totalBar = new HProgressBar(central);
     totalBar->setAccessibleName(tr("Whole operation"));

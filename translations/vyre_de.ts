@@ -2,6 +2,13 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de" sourcelanguage="en">
 <context>
+    <name>AdvisoriesCommand</name>
+    <message>
+        <source>VYRE cannot show advisories, because it could not read the packages.</source>
+        <translation>VYRE kann keine Aktualisierungshinweise zeigen, weil es die Pakete nicht lesen konnte.</translation>
+    </message>
+</context>
+<context>
     <name>AdvisoryDialog</name>
     <message>
         <source>Advisories</source>
@@ -459,6 +466,13 @@ als wären sie durch Leerzeichen getrennt</translation>
     <message>
         <source>%1 (%2)</source>
         <translation>%1 (%2)</translation>
+    </message>
+</context>
+<context>
+    <name>HistoryCommand</name>
+    <message>
+        <source>VYRE cannot undo transactions, because it could not read the packages.</source>
+        <translation>VYRE kann keine Transaktion rückgängig machen, weil es die Pakete nicht lesen konnte.</translation>
     </message>
 </context>
 <context>
@@ -1041,20 +1055,12 @@ Beim Suchen ist „$“ das Ende eines ganzen Feldes, etwa der Dateiliste.
 Für das Ende einer Zeile schreiben Sie „([[:space:]]|$)“.</translation>
     </message>
     <message>
-        <source>VYRE cannot undo transactions, because it could not read the packages.</source>
-        <translation>VYRE kann keine Transaktion rückgängig machen, weil es die Pakete nicht lesen konnte.</translation>
-    </message>
-    <message>
         <source>&amp;History</source>
         <translation>&amp;Verlauf</translation>
     </message>
     <message>
         <source>Ctrl+H</source>
         <translation>Ctrl+H</translation>
-    </message>
-    <message>
-        <source>VYRE cannot show advisories, because it could not read the packages.</source>
-        <translation>VYRE kann keine Aktualisierungshinweise zeigen, weil es die Pakete nicht lesen konnte.</translation>
     </message>
 </context>
 <context>

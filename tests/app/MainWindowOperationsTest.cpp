@@ -6,10 +6,7 @@
 #include "app/Notice.h"
 #include "tests/app/EachAlone.h"
 #include "tests/app/StandInWindow.h"
-#include "tests/history/ShownHistory.h"
 #include "tests/packagetable/Described.h"
-#include "tests/support/Menus.h"
-#include "tests/support/Question.h"
 
 using namespace PackageTable;
 
@@ -20,14 +17,9 @@ class MainWindowOperationsTest : public StandInWindow
 
 private:
     void compareReadAgain(Mode mode, const QString& expression, const QStringList& before);
-    // Shows the window on a system whose packages the script cannot read.
-    void startWithoutPackages();
     // Applies an update, and calls meanwhile() while the script changes the system.
     void whileTheSystemIsChanged(const std::function<void()>& meanwhile);
     void compareClean(const QString& entry, const char* method);
-    // Opens the history, presses this button in it, and gives the answer in each dialog that follows. If the
-    // history opens again, closes it. Returns the titles of all these windows.
-    QStringList replay(const QString& command, const QString& answer);
 
 private Q_SLOTS:
     void controlsAreDisabledWhileAWorkerRuns();
@@ -49,8 +41,6 @@ private Q_SLOTS:
     void cleaningMetadataCollectsAgain() { compareClean("Clean Metadata", "cleanMetadata"); }
     void cleaningAllCollectsAgain() { compareClean("Clean All", "cleanAll"); }
     void cleaningPackagesDoesNotChangeTheTable();
-    void lockingAVersionReadsThePackagesAgainAndKeepsOtherMarks();
-    void controlsAreDisabledWhileVersionsAreLocked();
     void warningsAboutTheConfigurationAreLoggedOnce();
     void cleanEntriesNameTheCacheDirectory();
     void theResizeButtonRestoresTheColumnWidths();
@@ -61,10 +51,6 @@ private Q_SLOTS:
     void aFailureAfterAChangeReadsThePackagesAgain();
     void possibleMarksAreKeptIfAnotherProgramHasChangedTheSystem();
     void credentialsAreAskedForIfATransactionAddsARepository();
-    void undoingATransactionReadsThePackagesAgainAndKeepsTheMarks();
-    void refusingAnUndoShowsTheHistoryAgain();
-    void nothingCanBeUndoneIfThePackagesCouldNotBeRead();
-    void advisoriesAreNotShownIfThePackagesCouldNotBeRead();
 };
 
 void MainWindowOperationsTest::controlsAreDisabledWhileAWorkerRuns()
@@ -313,78 +299,6 @@ void MainWindowOperationsTest::cleaningPackagesDoesNotChangeTheTable()
     QCOMPARE(usable(), usableWhenReady);
 }
 
-void MainWindowOperationsTest::lockingAVersionReadsThePackagesAgainAndKeepsOtherMarks()
-{
-    standIn->setVersionLocks({});
-    shown->start();
-    shown->click("tool", ActionColumn);
-    shown->click("many", ActionColumn);
-    QCOMPARE(shown->marks(), (QStringList{"many update", "tool update"}));
-    standIn->forgetCalls();
-    // Like the real package manager, the script no longer offers the update of the locked package.
-    const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
-    standIn->setVersionLocks({{"tool", "tool-0:1-1.*"}});
-    standIn->setPackages({StandIn::package("many", {{"version", "2"}})},
-                         {StandIn::package("tool", old), StandIn::package("many", old)}, {});
-    const auto choose = [this](const QString& name) {
-        QVERIFY(withMenu(
-            [this, name] {
-                const QRect cell =
-                    shown->view->visualRect(shown->proxy->index(shown->listed().indexOf(name), ActionColumn));
-                QTest::mouseClick(shown->window->windowHandle(), Qt::RightButton, {},
-                                  shown->view->viewport()->mapTo(shown->window, cell.center()));
-            },
-            [](QMenu& menu) { QTest::keyClick(&menu, Qt::Key_L); }));
-    };
-    choose("tool");
-    QTRY_COMPARE(shown->listed(), QStringList{"many"});
-    QTRY_VERIFY(shown->isReady());
-    QCOMPARE(shown->marks(), QStringList{"many update"});
-    QCOMPARE(standIn->calls("lockVersions tool"), 1);
-    QCOMPARE(standIn->calls("setupRepos"), 1);
-    QCOMPARE(standIn->calls("reset"), 0);
-
-    // The row that was current before is still current.
-    shown->choose(shown->stateBox, ViewAll);
-    choose("tool");
-    QTRY_COMPARE(standIn->calls("setupRepos"), 2);
-    QTRY_VERIFY(shown->isReady());
-    QCOMPARE(standIn->calls("unlockVersions tool"), 1);
-    QCOMPARE(shown->view->currentIndex().sibling(shown->view->currentIndex().row(), NameColumn).data(),
-             QVariant("tool"));
-    QCOMPARE(shown->marks(), QStringList{"many update"});
-
-    // If locking fails, the marks are kept too.
-    standIn->setFailing(true);
-    standIn->setVersionLocks({});
-    shown->press("Re&fresh");
-    {
-        const Answers answers("Close");
-        choose("tool");
-        QTRY_VERIFY(shown->isReady());
-        QVERIFY2(answers.all().contains("it cannot be locked"), qPrintable(answers.all()));
-    }
-    QCOMPARE(standIn->calls("setupRepos"), 4);
-}
-
-void MainWindowOperationsTest::controlsAreDisabledWhileVersionsAreLocked()
-{
-    standIn->setVersionLocks({});
-    shown->start();
-    QStringList seen;
-    standIn->setHeld(true);
-    const QString name = shown->model->entry(0)->name;
-    const Once once([this, name] { return standIn->calls("lockVersions " + name) > 0; },
-                    [this, &seen] {
-                        seen = usable();
-                        standIn->setHeld(false);
-                    });
-    shown->window->changeVersionLocks({0}, true);
-    QVERIFY(once.isDone());
-    QCOMPARE(seen, usableWhileBusy);
-    QCOMPARE(usable(), usableWhenReady);
-}
-
 void MainWindowOperationsTest::warningsAboutTheConfigurationAreLoggedOnce()
 {
     QFile file(standIn->root() + "/etc/yum.repos.d/doubted.repo");
@@ -584,95 +498,6 @@ void MainWindowOperationsTest::credentialsAreAskedForIfATransactionAddsAReposito
     QTRY_COMPARE(answers.titles(), (QStringList{"Apply", "VYRE Authentication"}));
     QTRY_VERIFY(shown->isReady());
     QCOMPARE(shown->marks(), QStringList());
-}
-
-QStringList MainWindowOperationsTest::replay(const QString& command, const QString& answer)
-{
-    QStringList seen;
-    QTimer timer;
-    connect(&timer, &QTimer::timeout, this, [&seen, command, answer] {
-        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-        if (dialog == nullptr || !dialog->isVisible() || !takesInput(dialog)) {
-            return;
-        }
-        auto* history = qobject_cast<HistoryDialog*>(dialog);
-        if (history == nullptr) {
-            seen << dialog->windowTitle();
-            buttonIn(dialog, answer)->click();
-        } else if (!history->findChild<QTextEdit*>()->toPlainText().isEmpty()) {
-            const bool again = seen.contains("VYRE History");
-            seen << history->windowTitle();
-            if (again) {
-                history->close();
-            } else {
-                buttonIn(history, command)->click();
-            }
-        }
-    });
-    timer.start(50);
-    shown->key(Qt::Key_H, Qt::ControlModifier);
-    return seen;
-}
-
-void MainWindowOperationsTest::undoingATransactionReadsThePackagesAgainAndKeepsTheMarks()
-{
-    shown->start();
-    shown->click("tool", ActionColumn);
-    standIn->forgetCalls();
-    QCOMPARE(replay("&Undo This", "OK"), (QStringList{"VYRE History", "Apply"}));
-    QTRY_VERIFY(shown->isReady());
-    QVERIFY2(standIn->calls().contains("replay undo 3"), qPrintable(standIn->calls().join(';')));
-    QCOMPARE(standIn->calls("apply"), 0);
-    QCOMPARE(standIn->calls("setupRepos"), 1);
-    QCOMPARE(shown->marks(), QStringList{"tool update"});
-    QVERIFY(shown->button("&Apply Actions")->isEnabled());
-    QCOMPARE(usable(), usableWhenReady);
-    QCOMPARE(busyCursor(), QString("none"));
-}
-
-void MainWindowOperationsTest::refusingAnUndoShowsTheHistoryAgain()
-{
-    shown->start();
-    standIn->forgetCalls();
-    QCOMPARE(replay("&Redo", "Cancel"), (QStringList{"VYRE History", "Apply", "VYRE History"}));
-    QTRY_VERIFY(shown->isReady());
-    QCOMPARE(standIn->calls("replay redo 3"), 1);
-    QCOMPARE(standIn->calls("setupRepos"), 0);
-    QCOMPARE(usable(), usableWhenReady);
-}
-
-void MainWindowOperationsTest::startWithoutPackages()
-{
-    standIn->setUnreadable(true);
-    {
-        const Answers answers("OK");
-        shown->window->show();
-        QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
-    }
-    shown->window->activateWindow();
-    QTRY_VERIFY(QApplication::activeWindow() == shown->window);
-}
-
-void MainWindowOperationsTest::nothingCanBeUndoneIfThePackagesCouldNotBeRead()
-{
-    startWithoutPackages();
-    QVERIFY(withHistory([this] { shown->key(Qt::Key_H, Qt::ControlModifier); },
-                        [](HistoryDialog& history) {
-                            const QString reason(
-                                "VYRE cannot undo transactions, because it could not read the packages.");
-                            QCOMPARE(buttonIn(&history, "&Undo This")->toolTip(), reason);
-                            QVERIFY(!buttonIn(&history, "&Undo This")->isEnabled());
-                        }));
-}
-
-void MainWindowOperationsTest::advisoriesAreNotShownIfThePackagesCouldNotBeRead()
-{
-    startWithoutPackages();
-    shown->key(Qt::Key_D, Qt::ControlModifier);
-    QVERIFY(QApplication::activeModalWidget() == nullptr);
-    shown->action("&Windows", "&Log")->trigger();
-    QVERIFY(logWindow()->findChild<QTextEdit*>()->toPlainText().contains(
-        "VYRE cannot show advisories, because it could not read the packages."));
 }
 
 int main(int argc, char** argv)

@@ -5,7 +5,6 @@
 
 #include <functional>
 
-#include "advisories/AdvisoryDialog.h"
 #include "app/Manuals.h"
 #include "app/Notice.h"
 #include "app/OutcomeLine.h"
@@ -44,8 +43,6 @@ private Q_SLOTS:
     void aMissingManualCausesANoticeAndNoMessageBox();
     void shortcutOpensTheLog();
     void menuOpensTheLog();
-    void updatesOfAdvisoriesAreMarked();
-    void advisoriesAreReadAgainAfterACollection();
     void aboutShowsTheVersion();
     void aboutOpensItsPageInTheBrowserOfTheUser();
     void shortcutQuits();
@@ -338,47 +335,6 @@ void MainWindowOtherWindowsTest::menuOpensTheLog()
     shown->start();
     shown->choose("&Windows", "&Log");
     QTRY_VERIFY(logIsVisible());
-}
-
-void MainWindowOtherWindowsTest::updatesOfAdvisoriesAreMarked()
-{
-    standIn->setAdvisories({StandIn::advisory("A-1", true, {StandIn::advised("tool", 0)}),
-                            StandIn::advisory("B-2", false, {StandIn::advised("many", 0)})});
-    shown->start();
-    shown->filter("many");
-    QVERIFY(withDialog<AdvisoryDialog>([this] { shown->choose("&Windows", "&Advisories"); },
-                                       [this](AdvisoryDialog& dialog) {
-                                           QCOMPARE(shown->marks(), QStringList());
-                                           QTest::mouseClick(buttonIn(&dialog, "Mark All &Security Updates"),
-                                                             Qt::LeftButton);
-                                           QCOMPARE(shown->marks(), QStringList{"tool update"});
-                                           QTest::keyClick(&dialog, Qt::Key_Escape);
-                                       }));
-    QVERIFY(shown->button("&Apply Actions")->isEnabled());
-    QCOMPARE(shown->label->text(), QString("Unlisted Actions"));
-    QVERIFY(shown->isReady());
-}
-
-void MainWindowOtherWindowsTest::advisoriesAreReadAgainAfterACollection()
-{
-    standIn->setAdvisories({StandIn::advisory("A-1", true, {StandIn::advised("tool", 0)})});
-    shown->start();
-    const auto titles = [this] {
-        QString text;
-        withDialog<AdvisoryDialog>(
-            [this] { shown->key(Qt::Key_D, Qt::ControlModifier); },
-            [&text](AdvisoryDialog& dialog) { text = dialog.findChild<QTextEdit*>()->toPlainText(); });
-        // The next key must reach the main window, so wait until this window has the focus again.
-        const bool active = QTest::qWaitFor([this] { return QApplication::activeWindow() == shown->window; });
-        return active ? text.section('\n', 0, 0) : QString();
-    };
-    QCOMPARE(titles(), QString("A-1: About A-1"));
-    QCOMPARE(titles(), QString("A-1: About A-1"));
-    QCOMPARE(standIn->calls("collectAdvisories"), 1);
-    standIn->setAdvisories({StandIn::advisory("C-3", true, {StandIn::advised("tool", 0)})});
-    shown->press("Re&fresh");
-    QCOMPARE(titles(), QString("C-3: About C-3"));
-    QCOMPARE(standIn->calls("collectAdvisories"), 2);
 }
 
 void MainWindowOtherWindowsTest::aboutShowsTheVersion()

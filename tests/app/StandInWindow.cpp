@@ -21,6 +21,18 @@ void StandInWindow::usual()
                          {S::group("Games")});
 }
 
+void StandInWindow::startWithoutPackages()
+{
+    standIn->setUnreadable(true);
+    {
+        const Answers answers("OK");
+        shown->window->show();
+        QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
+    }
+    shown->window->activateWindow();
+    QTRY_VERIFY(QApplication::activeWindow() == shown->window);
+}
+
 void StandInWindow::listEverything() const
 {
     shown->choose(shown->stateBox, ViewAll);

@@ -29,6 +29,8 @@ protected:
     // Sets the packages for tests that do not set their own. "tool" and "many" are out of date, "shell" is
     // installed, "editor" and "lib" are not installed; "lib" has two architectures. "Games" is a group.
     void usual();
+    // Shows the window on a system whose packages the script cannot read.
+    void startWithoutPackages();
     void listEverything() const;
     // The enabled controls: menu titles, texts of menu entries, and "table" for the table area.
     QStringList usable() const;

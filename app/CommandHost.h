@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+// The main window, as the commands of its menus use it. Each of these commands is a class of its own, which
+// the main window creates and owns.
+//
+// All functions run on the graphical thread.
+
+#ifndef APP_COMMANDHOST_H
+#define APP_COMMANDHOST_H
+
+#include <functional>
+
+class ErrorWatch;
+class QString;
+class QWidget;
+class YumIO;
+
+class CommandHost
+{
+public:
+    CommandHost() = default;
+    virtual ~CommandHost() = default;
+    CommandHost(const CommandHost&) = delete;
+    CommandHost& operator=(const CommandHost&) = delete;
+
+    // The parent of the dialogs.
+    virtual QWidget* dialogParent() = 0;
+    // Returns null after the start of the end.
+    virtual YumIO* backEnd() const = 0;
+    // Returns whether the window is closed, or closes at the end of the current operation.
+    virtual bool isClosing() const = 0;
+    // Returns whether the last collection of packages has succeeded.
+    virtual bool hasPackages() const = 0;
+
+    // Disables or enables the controls, before and after an operation.
+    virtual void setReady(bool ready) = 0;
+    // Hides the outcome of the last transaction, and disables the controls.
+    virtual void beginOperation() = 0;
+
+    // The marks that recollect() sets again, if they can still be carried out.
+    enum Kept { NoMarks, AllMarks, LeftOutMarks };
+    // Reads the packages again.
+    virtual void recollect(Kept kept) = 0;
+    // Runs an operation that may change the system, and reads the packages again afterwards. Returns whether
+    // the operation has succeeded or changed the system.
+    virtual bool carryOut(const std::function<bool()>& operation, Kept kept) = 0;
+    // Updates the controls that depend on the marks.
+    virtual void marksChanged() = 0;
+
+    // Logs a message as a warning, and shows it next to the menus for a while.
+    virtual void warnAndNotice(const QString& text) = 0;
+    // If the log has new errors, shows a notice.
+    virtual void showErrors(const ErrorWatch& errors) = 0;
+};
+
+#endif

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+// The command "History": shows the History window, and carries out what the user chooses there.
+//
+// It lives on the graphical thread; the main window owns it.
+
+#ifndef APP_HISTORYCOMMAND_H
+#define APP_HISTORYCOMMAND_H
+
+#include <QObject>
+
+class CommandHost;
+class HistoryDialog;
+
+class HistoryCommand : public QObject
+{
+    Q_OBJECT
+
+public:
+    HistoryCommand(CommandHost& window, QObject* parent);
+
+public Q_SLOTS:
+    void run();
+
+private:
+    CommandHost& host;
+    HistoryDialog* dialog; // null before the first use
+};
+
+#endif

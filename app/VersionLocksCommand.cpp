@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include "app/VersionLocksCommand.h"
+
+#include <QVector>
+
+#include "app/CommandHost.h"
+#include "app/ErrorWatch.h"
+#include "packagetable/Model.h"
+#include "packagetable/SortFilterProxyModel.h"
+#include "packagetable/View.h"
+#include "yumio/YumIO.h"
+
+VersionLocksCommand::VersionLocksCommand(CommandHost& window, PackageTable::Model* records,
+                                         PackageTable::SortFilterProxyModel* rows, PackageTable::View* table,
+                                         QObject* parent)
+    : QObject(parent), host(window), model(records), proxy(rows), view(table)
+{
+}
+
+void VersionLocksCommand::run(const QList<int>& rows, bool locked)
+{
+    YumIO* const yumIO = host.backEnd();
+    QVector<Package::Entry*> entries;
+    for (const int row : rows) {
+        if (yumIO != nullptr && row < yumIO->count()) {
+            entries.append((*yumIO)[row]);
+        }
+    }
+    if (entries.isEmpty()) {
+        return;
+    }
+    const Package::EntryKey first(*entries.first());
+    host.beginOperation();
+    const ErrorWatch errors(yumIO->logEntries());
+    yumIO->changeVersionLocks(entries, locked);
+    // Even if the call has failed, it may have changed some locks.
+    host.recollect(CommandHost::AllMarks);
+    host.showErrors(errors);
+    host.setReady(true);
+    makeCurrent(first);
+}
+
+void VersionLocksCommand::makeCurrent(const Package::EntryKey& key)
+{
+    const YumIO* const yumIO = host.backEnd();
+    const int count = yumIO == nullptr ? 0 : yumIO->count();
+    for (int row = 0; row < count; ++row) {
+        if (Package::EntryKey(*(*yumIO)[row]) == key) {
+            view->setCurrentIndex(proxy->mapFromSource(model->index(row, PackageTable::ActionColumn)));
+            return;
+        }
+    }
+}

@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include "tests/app/EachAlone.h"
+#include "tests/app/StandInWindow.h"
+#include "tests/history/ShownHistory.h"
+#include "tests/support/Question.h"
+
+using namespace PackageTable;
+
+// Tests of the command that shows the history.
+class HistoryCommandTest : public StandInWindow
+{
+    Q_OBJECT
+
+private:
+    // Opens the history, presses this button in it, and gives the answer in each dialog that follows. If the
+    // history opens again, closes it. Returns the titles of all these windows.
+    QStringList replay(const QString& command, const QString& answer);
+
+private Q_SLOTS:
+    void undoingATransactionReadsThePackagesAgainAndKeepsTheMarks();
+    void refusingAnUndoShowsTheHistoryAgain();
+    void nothingCanBeUndoneIfThePackagesCouldNotBeRead();
+};
+
+QStringList HistoryCommandTest::replay(const QString& command, const QString& answer)
+{
+    QStringList seen;
+    QTimer timer;
+    connect(&timer, &QTimer::timeout, this, [&seen, command, answer] {
+        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        if (dialog == nullptr || !dialog->isVisible() || !takesInput(dialog)) {
+            return;
+        }
+        auto* history = qobject_cast<HistoryDialog*>(dialog);
+        if (history == nullptr) {
+            seen << dialog->windowTitle();
+            buttonIn(dialog, answer)->click();
+        } else if (!history->findChild<QTextEdit*>()->toPlainText().isEmpty()) {
+            const bool again = seen.contains("VYRE History");
+            seen << history->windowTitle();
+            if (again) {
+                history->close();
+            } else {
+                buttonIn(history, command)->click();
+            }
+        }
+    });
+    timer.start(50);
+    shown->key(Qt::Key_H, Qt::ControlModifier);
+    return seen;
+}
+
+void HistoryCommandTest::undoingATransactionReadsThePackagesAgainAndKeepsTheMarks()
+{
+    shown->start();
+    shown->click("tool", ActionColumn);
+    standIn->forgetCalls();
+    QCOMPARE(replay("&Undo This", "OK"), (QStringList{"VYRE History", "Apply"}));
+    QTRY_VERIFY(shown->isReady());
+    QVERIFY2(standIn->calls().contains("replay undo 3"), qPrintable(standIn->calls().join(';')));
+    QCOMPARE(standIn->calls("apply"), 0);
+    QCOMPARE(standIn->calls("setupRepos"), 1);
+    QCOMPARE(shown->marks(), QStringList{"tool update"});
+    QVERIFY(shown->button("&Apply Actions")->isEnabled());
+    QCOMPARE(usable(), usableWhenReady);
+    QCOMPARE(busyCursor(), QString("none"));
+}
+
+void HistoryCommandTest::refusingAnUndoShowsTheHistoryAgain()
+{
+    shown->start();
+    standIn->forgetCalls();
+    QCOMPARE(replay("&Redo", "Cancel"), (QStringList{"VYRE History", "Apply", "VYRE History"}));
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(standIn->calls("replay redo 3"), 1);
+    QCOMPARE(standIn->calls("setupRepos"), 0);
+    QCOMPARE(usable(), usableWhenReady);
+}
+
+void HistoryCommandTest::nothingCanBeUndoneIfThePackagesCouldNotBeRead()
+{
+    startWithoutPackages();
+    QVERIFY(withHistory([this] { shown->key(Qt::Key_H, Qt::ControlModifier); },
+                        [](HistoryDialog& history) {
+                            const QString reason(
+                                "VYRE cannot undo transactions, because it could not read the packages.");
+                            QCOMPARE(buttonIn(&history, "&Undo This")->toolTip(), reason);
+                            QVERIFY(!buttonIn(&history, "&Undo This")->isEnabled());
+                        }));
+}
+
+int main(int argc, char** argv)
+{
+    return EachAlone::run<HistoryCommandTest>(argc, argv);
+}
+
+#include "HistoryCommandTest.moc"

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include "app/VersionLocksCommand.h"
+#include "tests/app/EachAlone.h"
+#include "tests/app/StandInWindow.h"
+#include "tests/support/Menus.h"
+
+using namespace PackageTable;
+
+// Tests of the commands that lock packages at their version.
+class VersionLocksCommandTest : public StandInWindow
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void lockingAVersionReadsThePackagesAgainAndKeepsOtherMarks();
+    void controlsAreDisabledWhileVersionsAreLocked();
+};
+
+void VersionLocksCommandTest::lockingAVersionReadsThePackagesAgainAndKeepsOtherMarks()
+{
+    standIn->setVersionLocks({});
+    shown->start();
+    shown->click("tool", ActionColumn);
+    shown->click("many", ActionColumn);
+    QCOMPARE(shown->marks(), (QStringList{"many update", "tool update"}));
+    standIn->forgetCalls();
+    // Like the real package manager, the script no longer offers the update of the locked package.
+    const QJsonObject old{{"version", "1"}, {"repoid", "VersionLocksCommandTestSystem"}};
+    standIn->setVersionLocks({{"tool", "tool-0:1-1.*"}});
+    standIn->setPackages({StandIn::package("many", {{"version", "2"}})},
+                         {StandIn::package("tool", old), StandIn::package("many", old)}, {});
+    const auto choose = [this](const QString& name) {
+        QVERIFY(withMenu(
+            [this, name] {
+                const QRect cell =
+                    shown->view->visualRect(shown->proxy->index(shown->listed().indexOf(name), ActionColumn));
+                QTest::mouseClick(shown->window->windowHandle(), Qt::RightButton, {},
+                                  shown->view->viewport()->mapTo(shown->window, cell.center()));
+            },
+            [](QMenu& menu) { QTest::keyClick(&menu, Qt::Key_L); }));
+    };
+    choose("tool");
+    QTRY_COMPARE(shown->listed(), QStringList{"many"});
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(shown->marks(), QStringList{"many update"});
+    QCOMPARE(standIn->calls("lockVersions tool"), 1);
+    QCOMPARE(standIn->calls("setupRepos"), 1);
+    QCOMPARE(standIn->calls("reset"), 0);
+
+    // The row that was current before is still current.
+    shown->choose(shown->stateBox, ViewAll);
+    choose("tool");
+    QTRY_COMPARE(standIn->calls("setupRepos"), 2);
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(standIn->calls("unlockVersions tool"), 1);
+    QCOMPARE(shown->view->currentIndex().sibling(shown->view->currentIndex().row(), NameColumn).data(),
+             QVariant("tool"));
+    QCOMPARE(shown->marks(), QStringList{"many update"});
+
+    // If locking fails, the marks are kept too.
+    standIn->setFailing(true);
+    standIn->setVersionLocks({});
+    shown->press("Re&fresh");
+    {
+        const Answers answers("Close");
+        choose("tool");
+        QTRY_VERIFY(shown->isReady());
+        QVERIFY2(answers.all().contains("it cannot be locked"), qPrintable(answers.all()));
+    }
+    QCOMPARE(standIn->calls("setupRepos"), 4);
+}
+
+void VersionLocksCommandTest::controlsAreDisabledWhileVersionsAreLocked()
+{
+    standIn->setVersionLocks({});
+    shown->start();
+    QStringList seen;
+    standIn->setHeld(true);
+    const QString name = shown->model->entry(0)->name;
+    const Once once([this, name] { return standIn->calls("lockVersions " + name) > 0; },
+                    [this, &seen] {
+                        seen = usable();
+                        standIn->setHeld(false);
+                    });
+    shown->window->findChild<VersionLocksCommand*>()->run({0}, true);
+    QVERIFY(once.isDone());
+    QCOMPARE(seen, usableWhileBusy);
+    QCOMPARE(usable(), usableWhenReady);
+}
+
+int main(int argc, char** argv)
+{
+    return EachAlone::run<VersionLocksCommandTest>(argc, argv);
+}
+
+#include "VersionLocksCommandTest.moc"
