@@ -10,16 +10,6 @@
 
 HItemDelegate::HItemDelegate(QObject* parent) : QItemDelegate(parent) {}
 
-void HItemDelegate::drawDisplay(QPainter* painter, const QStyleOptionViewItem& option, const QRect& rect,
-                                const QString& text) const
-{
-    // The call below uses the unchanged `option`, not this copy, so that cells look the same as in any other
-    // view.
-    QStyleOptionViewItem unwrapped(option);
-    unwrapped.features &= ~QStyleOptionViewItem::WrapText;
-    QItemDelegate::drawDisplay(painter, option, rect, text);
-}
-
 bool HItemDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
                               const QModelIndex& index)
 {

@@ -20,10 +20,6 @@ public:
     // repositories.
     bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
                    const QModelIndex& index) override;
-
-protected:
-    void drawDisplay(QPainter* painter, const QStyleOptionViewItem& option, const QRect& rect,
-                     const QString& text) const override;
 };
 
 #endif
