@@ -100,9 +100,9 @@ Window::Window(EntryList& logEntries, QWidget* openedBy)
     row->addWidget(saveButton);
     row->addWidget(close);
     QWidget* previous = textEdit;
-    for (QWidget* next : {static_cast<QWidget*>(findBar), static_cast<QWidget*>(levelSpinBox),
-                          static_cast<QWidget*>(timesBox), static_cast<QWidget*>(find),
-                          static_cast<QWidget*>(saveButton), static_cast<QWidget*>(close)}) {
+    for (QWidget* next :
+         {static_cast<QWidget*>(levelSpinBox), static_cast<QWidget*>(timesBox), static_cast<QWidget*>(find),
+          static_cast<QWidget*>(saveButton), static_cast<QWidget*>(close)}) {
         setTabOrder(previous, next);
         previous = next;
     }

@@ -42,6 +42,8 @@ public:
     Text(const Text&) = delete;
     Text& operator=(const Text&) = delete;
 
+    // The widget that shows the text.
+    virtual QWidget* widget() const = 0;
     virtual QString contents() const = 0;
     // Returns the start of the selection. If nothing is selected, returns the position of the cursor.
     virtual int position() const = 0;
@@ -56,6 +58,7 @@ class FindBar::EditText : public FindBar::Text
 public:
     explicit EditText(QTextEdit* searched) : edit(searched) { keepSelectionVisible(edit); }
 
+    QWidget* widget() const override { return edit; }
     QString contents() const override { return edit->toPlainText(); }
     int position() const override { return edit->textCursor().selectionStart(); }
     bool hasSelection() const override { return edit->textCursor().hasSelection(); }
@@ -80,6 +83,7 @@ public:
         keepSelectionVisible(label);
     }
 
+    QWidget* widget() const override { return label; }
     QString contents() const override { return label->text(); }
     int position() const override { return qMax(label->selectionStart(), 0); }
     bool hasSelection() const override { return label->hasSelectedText(); }
@@ -160,6 +164,14 @@ void FindBar::createContents()
     for (QPushButton* button : {nextButton, previousButton}) {
         button->setAutoDefault(false);
         button->setEnabled(false);
+    }
+
+    // New widgets are at the end of the tab order, but the bar is below the text.
+    QWidget* previous = text->widget();
+    for (QWidget* next : {static_cast<QWidget*>(field), static_cast<QWidget*>(nextButton),
+                          static_cast<QWidget*>(previousButton), static_cast<QWidget*>(close)}) {
+        setTabOrder(previous, next);
+        previous = next;
     }
 
     connect(field, SIGNAL(textChanged(const QString&)), this, SLOT(findTyped()));

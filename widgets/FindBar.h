@@ -29,7 +29,7 @@ class FindBar : public QWidget
     Q_OBJECT
 
 public:
-    // The bar becomes a child of the window, whose layout must contain the bar.
+    // The bar becomes a child of the window, whose layout must contain the bar, directly below the text.
     FindBar(QTextEdit* edit, QWidget* window);
     // The label must contain plain text that can be selected, and be the widget of the area.
     FindBar(QLabel* label, QScrollArea* area, QWidget* window);

@@ -33,6 +33,7 @@
 #include "tests/history/ShownHistory.h"
 #include "tests/packagetable/Described.h"
 #include "tests/support/Question.h"
+#include "widgets/FindBar.h"
 #include "widgets/HMessageBox.h"
 #include "yumio/Fields.h"
 
@@ -388,6 +389,9 @@ private Q_SLOTS:
                                 QApplication::focusWidget()->window() == &window;
                      }),
                      qPrintable(name));
+            if (auto* findBar = window.findChild<FindBar*>()) {
+                findBar->open(); // its fields are tab stops too
+            }
             const QList<QWidget*> expected = stops(window);
             QVERIFY2(!expected.isEmpty(), qPrintable(name));
             QList<QWidget*> reached;
