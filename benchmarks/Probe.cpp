@@ -3,12 +3,17 @@
 // A Qt plug-in that measures the program from inside. Qt loads it because of QT_QPA_GENERIC_PLUGINS=probe, so
 // the program needs no code for it.
 //
-// The probe waits until the table is filled. Then it acts like a user and measures times. It compares each
-// time with the time of a plain loop over the same data. It writes the results as JSON to the file whose path
-// is in VYRE_PROBE, and then ends the program. Everything runs on the graphical thread.
+// The probe waits until the table is filled. Then it acts like a user and measures times. It compares some of
+// these times with the time of a plain loop over the same data. It also measures the longest stretch in which
+// the graphical thread serves no events. It writes the results as JSON to the file whose path is in
+// VYRE_PROBE, and then ends the program. Everything runs on the graphical thread.
+//
+// VYRE_PROBE_PARTS lists the parts to measure after the start: filter sort cells columns search first-search
+// refresh listing. VYRE_PROBE_START is the monotonic time at which the program was started.
 
 #include <QApplication>
 #include <QComboBox>
+#include <QDialog>
 #include <QElapsedTimer>
 #include <QEvent>
 #include <QFile>
@@ -19,6 +24,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLineEdit>
+#include <QMainWindow>
+#include <QMap>
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QSortFilterProxyModel>
@@ -38,19 +45,28 @@
 
 namespace {
 
-double monotonic()
+double clockTime(clockid_t clock)
 {
     timespec now;
-    clock_gettime(CLOCK_MONOTONIC, &now);
+    clock_gettime(clock, &now);
     return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
-// Returns the CPU time of the calling thread, in seconds. Other programs do not affect it.
+double monotonic()
+{
+    return clockTime(CLOCK_MONOTONIC);
+}
+
+// The next two functions return CPU times, in seconds: of the calling thread, and of the whole process. Other
+// programs hardly affect these times.
 double computed()
 {
-    timespec now;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+    return clockTime(CLOCK_THREAD_CPUTIME_ID);
+}
+
+double computedByAll()
+{
+    return clockTime(CLOCK_PROCESS_CPUTIME_ID);
 }
 
 // Returns a value from /proc/self/status, in KiB.
@@ -81,38 +97,49 @@ class Probe : public QObject
 public:
     explicit Probe(QObject* parent)
         : QObject(parent), view(nullptr), proxy(nullptr), edit(nullptr), button(nullptr), modeCombo(nullptr),
-          painted(false), beats(8, 0), longestBeat(0), lastBeat(0), lastLevel(0)
+          painted(false), windowPainted(0), windowIsPainting(false), dialogPainted(0), watched("start"),
+          lastBeat(0), lastComputed(0)
     {
-        qApp->installEventFilter(this);
-        connect(&heart, SIGNAL(timeout()), this, SLOT(beat()));
-        heart.setTimerType(Qt::PreciseTimer);
-        heart.start(1);
-        QTimer::singleShot(0, this, SLOT(waitForTable()));
+        QCoreApplication::instance()->installEventFilter(this);
+        QTimer::singleShot(0, this, SLOT(begin()));
     }
 
     bool eventFilter(QObject* object, QEvent* event) override
     {
-        if (view != nullptr && event->type() == QEvent::Paint && object == view->viewport()) {
-            painted = true;
+        if (event->type() == QEvent::Paint) {
+            painted = painted || (view != nullptr && object == view->viewport());
+            auto* window = qobject_cast<QWidget*>(object);
+            if (windowPainted == 0 && qobject_cast<QMainWindow*>(window) != nullptr) {
+                windowIsPainting = true;
+            }
+            if (windowIsPainting) {
+                windowPainted = monotonic(); // until the last widget of the window paints
+                rest();
+            }
+            if (dialogPainted == 0 && window != nullptr && qobject_cast<QDialog*>(window) != nullptr) {
+                dialogPainted = monotonic();
+            }
+        } else {
+            windowIsPainting = false;
         }
         return false;
     }
 
 private Q_SLOTS:
-    // Records the times between two rounds of the event loop while the graphical thread waits for a worker.
-    // During a wait, the event loop is nested.
+    void begin()
+    {
+        connect(&heart, SIGNAL(timeout()), this, SLOT(beat()));
+        heart.setTimerType(Qt::PreciseTimer);
+        heart.start(1);
+        waitForTable();
+    }
+
+    // Runs in each round of the event loop, also of nested loops.
     void beat()
     {
-        const double now = monotonic();
-        const int level = QThread::currentThread()->loopLevel();
-        if (level > 1 && lastLevel > 1) {
-            const double gap = now - lastBeat;
-            longestBeat = std::max(longestBeat, gap);
-            static const double bounds[] = {0.005, 0.01, 0.02, 0.05, 0.1, 0.2, 0.5};
-            ++beats[static_cast<size_t>(std::upper_bound(bounds, bounds + 7, gap) - bounds)];
+        if (windowPainted != 0) {
+            noteStretch();
         }
-        lastBeat = now;
-        lastLevel = level;
     }
 
     void waitForTable()
@@ -128,14 +155,19 @@ private Q_SLOTS:
             QTimer::singleShot(1, this, SLOT(waitForTable()));
             return;
         }
-        result[QStringLiteral("start")] =
-            monotonic() - QByteArray(std::getenv("VYRE_PROBE_START")).toDouble();
+        noteStretch();
+        watched = nullptr;
+        const double begun = QByteArray(std::getenv("VYRE_PROBE_START")).toDouble();
+        result[QStringLiteral("window")] = windowPainted - begun;
+        result[QStringLiteral("start")] = monotonic() - begun;
+        result[QStringLiteral("startComputed")] = computedByAll();
         result[QStringLiteral("startMemory")] = memory("VmHWM:");
         proxy = qobject_cast<QSortFilterProxyModel*>(view->model());
         const QList<QWidget*> children = view->window()->findChildren<QWidget*>();
         for (QWidget* widget : children) {
             if (auto* found = qobject_cast<QPushButton*>(widget)) {
                 button = found->isDefault() ? found : button;
+                buttons[found->text().remove(QLatin1Char('&'))] = found;
             } else if (auto* line = qobject_cast<QLineEdit*>(widget)) {
                 edit = line;
             } else if (auto* combo = qobject_cast<QComboBox*>(widget)) {
@@ -149,7 +181,7 @@ private Q_SLOTS:
     {
         result[QStringLiteral("rows")] = proxy->sourceModel()->rowCount();
         result[QStringLiteral("listed")] = proxy->rowCount();
-        const QByteArray what = qgetenv("VYRE_PROBE_PARTS");
+        const QList<QByteArray> what = qgetenv("VYRE_PROBE_PARTS").split(' ');
         if (what.contains("filter")) {
             filters();
         }
@@ -162,15 +194,21 @@ private Q_SLOTS:
         if (what.contains("columns")) {
             columns();
         }
-        if (what.contains("search")) {
-            searches();
+        if (what.contains("listing")) {
+            listing();
         }
-        QJsonArray histogram;
-        for (int count : beats) {
-            histogram.append(count);
+        if (what.contains("refresh")) {
+            refresh();
         }
-        result[QStringLiteral("beats")] = histogram;
-        result[QStringLiteral("longestBeat")] = longestBeat;
+        if (what.contains("search") || what.contains("first-search")) {
+            searches(what.contains("search"));
+        }
+        QJsonObject longest;
+        for (auto i = stretches.constBegin(); i != stretches.constEnd(); ++i) {
+            longest[i.key()] = QJsonObject{{QStringLiteral("seconds"), i->seconds},
+                                           {QStringLiteral("computed"), i->computed}};
+        }
+        result[QStringLiteral("stretches")] = longest;
         result[QStringLiteral("endMemory")] = memory("VmHWM:");
         QFile file(QString::fromLocal8Bit(qgetenv("VYRE_PROBE")));
         file.open(QIODevice::WriteOnly);
@@ -180,23 +218,55 @@ private Q_SLOTS:
     }
 
 private:
-    double timed(const std::function<void()>& action)
+    // A time in which the graphical thread has served no events, and the thread's CPU time in a stretch.
+    // Other programs affect only the first time. The two times may come from different stretches.
+    struct Stretch
+    {
+        double seconds = 0;
+        double computed = 0;
+    };
+
+    // Ends a stretch, and begins the next one.
+    void noteStretch()
+    {
+        if (watched != nullptr && lastBeat != 0) {
+            Stretch& stretch = stretches[QLatin1String(watched)];
+            stretch.seconds = std::max(stretch.seconds, monotonic() - lastBeat);
+            stretch.computed = std::max(stretch.computed, computed() - lastComputed);
+        }
+        rest();
+    }
+
+    void rest()
+    {
+        lastBeat = monotonic();
+        lastComputed = computed();
+    }
+
+    // Returns the time from the beginning of the action until the table shows its result. `name` is the name
+    // under which the longest stretch without events is noted.
+    double timed(const char* name, const std::function<void()>& action)
     {
         QApplication::processEvents();
         painted = false;
+        rest();
+        watched = name;
         const double start = monotonic();
         action();
         view->viewport()->update(); // forces a paint event, even without a change
         while (!painted) {
             QApplication::processEvents(QEventLoop::WaitForMoreEvents);
         }
-        return monotonic() - start;
+        const double end = monotonic();
+        noteStretch();
+        watched = nullptr;
+        return end - start;
     }
 
-    double enter(const char* expression)
+    double enter(const char* name, const char* expression)
     {
         edit->setText(QLatin1String(expression));
-        return timed([this] { button->click(); });
+        return timed(name, [this] { button->click(); });
     }
 
     QVector<QByteArray> joinedTexts() const
@@ -226,7 +296,7 @@ private:
         for (const char* expression : expressions) {
             QJsonObject row;
             row[QStringLiteral("expression")] = QLatin1String(expression);
-            row[QStringLiteral("program")] = enter(expression);
+            row[QStringLiteral("program")] = enter("filter", expression);
             row[QStringLiteral("listed")] = proxy->rowCount();
             const double start = monotonic();
             regex_t pattern;
@@ -241,7 +311,7 @@ private:
             rows.append(row);
         }
         result[QStringLiteral("filters")] = rows;
-        enter("");
+        enter("filter", "");
     }
 
     void click(int section)
@@ -296,7 +366,7 @@ private:
         for (const int column : qAsConst(clicked)) {
             QJsonObject row;
             row[QStringLiteral("column")] = column;
-            row[QStringLiteral("program")] = timed([this, column] { click(column); });
+            row[QStringLiteral("program")] = timed("sort", [this, column] { click(column); });
             row[QStringLiteral("loop")] =
                 isNumber(column)
                     ? stableSort<int>(
@@ -342,7 +412,8 @@ private:
 
     void columns()
     {
-        const double program = timed([this] { QMetaObject::invokeMethod(view, "resizeColumnsToContents"); });
+        const double program =
+            timed("columns", [this] { QMetaObject::invokeMethod(view, "resizeColumnsToContents"); });
         const QAbstractItemModel* model = proxy->sourceModel();
         const QFontMetrics metrics(view->font());
         const double start = monotonic();
@@ -358,22 +429,78 @@ private:
                                                         {QStringLiteral("widest"), widest}};
     }
 
-    void searches()
+    // The first expression makes the program read the texts. The others search again. The last ones are hard:
+    // no fixed text is part of each match, or thousands of places begin like a match.
+    void searches(bool again)
     {
-        enter("");
-        timed([this] { modeCombo->setCurrentIndex(1); });
+        timed("search", [this] { modeCombo->setCurrentIndex(0); });
+        enter("search", "");
         QJsonArray rows;
-        for (const char* expression : {"quill-otter.html", "documentation server",
-                                       "^/usr/share/doc/python3-amber", "cobalt.* >= 1\\.0", "zzzz"}) {
+        for (const char* expression :
+             {"quill-otter.html", "documentation server", "^/usr/share/doc/python3-amber",
+              "cobalt.* >= 0\\.1", "zzzz", "a", "e.*e.*zz", "[a-z]+-[a-z]+-[a-z]+[0-9]{9}", "(a|e|i|o|u){6}",
+              "([a-z]+)-\\1-\\1", "(.*)(.*)(.*)[0-9]q"}) {
+            if (rows.isEmpty()) {
+                edit->setText(QLatin1String(expression));
+                result[QStringLiteral("memoryBefore")] = memory("VmRSS:");
+            }
+            const double before = computedByAll();
+            const double begun =
+                rows.isEmpty() ? timed("search", [this] { modeCombo->setCurrentIndex(1); }) : 0;
             QJsonObject row;
             row[QStringLiteral("expression")] = QLatin1String(expression);
-            row[QStringLiteral("program")] = enter(expression);
+            const char* const name = rows.isEmpty() ? "search" : "search again";
+            row[QStringLiteral("program")] = begun + enter(name, expression);
+            row[QStringLiteral("computed")] = computedByAll() - before;
             row[QStringLiteral("listed")] = proxy->rowCount();
+            if (rows.isEmpty()) {
+                result[QStringLiteral("memoryAfter")] = memory("VmRSS:");
+                result[QStringLiteral("searchMemory")] = memory("VmHWM:");
+            }
             rows.append(row);
+            if (!again) {
+                break;
+            }
         }
         result[QStringLiteral("searches")] = rows;
-        result[QStringLiteral("searchMemory")] = memory("VmHWM:");
-        modeCombo->setCurrentIndex(0);
+        enter("end of search", "");
+        timed("end of search", [this] { modeCombo->setCurrentIndex(0); });
+    }
+
+    void refresh()
+    {
+        QJsonArray rows;
+        for (int run = 0; run < 3; ++run) {
+            const double before = computedByAll();
+            const double seconds =
+                timed("refresh", [this] { buttons.value(QStringLiteral("Refresh"))->click(); });
+            rows.append(QJsonObject{{QStringLiteral("program"), seconds},
+                                    {QStringLiteral("computed"), computedByAll() - before}});
+        }
+        result[QStringLiteral("refreshes")] = rows;
+    }
+
+    // Marks all updates, and asks for the listing. The answer is No.
+    void listing()
+    {
+        timed("mark", [this] { buttons.value(QStringLiteral("Set Update of Listed"))->click(); });
+        dialogPainted = 0;
+        QTimer answer;
+        connect(&answer, &QTimer::timeout, this, [this] {
+            auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            if (dialog != nullptr && dialogPainted != 0 && monotonic() - dialogPainted > 1) {
+                dialog->reject();
+            }
+        });
+        answer.start(10);
+        const double start = monotonic();
+        const double before = computedByAll();
+        timed("listing", [this] { buttons.value(QStringLiteral("Apply Actions"))->click(); });
+        result[QStringLiteral("listing")] =
+            QJsonObject{{QStringLiteral("start"), start},
+                        {QStringLiteral("computed"), computedByAll() - before},
+                        {QStringLiteral("dialog"), dialogPainted}};
+        timed("mark", [this] { buttons.value(QStringLiteral("Clear Actions"))->click(); });
     }
 
     QTableView* view;
@@ -381,12 +508,16 @@ private:
     QLineEdit* edit;
     QPushButton* button;
     QComboBox* modeCombo;
-    bool painted;
+    bool painted;         // whether the table has been painted since the last action
+    double windowPainted; // the time when the main window was painted for the first time
+    bool windowIsPainting;
+    double dialogPainted; // the time when a dialog was painted for the first time
     QTimer heart;
-    std::vector<int> beats;
-    double longestBeat;
+    const char* watched; // the name of the current action; nullptr while the probe itself computes
     double lastBeat;
-    int lastLevel;
+    double lastComputed;
+    QMap<QString, Stretch> stretches;
+    QMap<QString, QPushButton*> buttons;
     QJsonObject result;
 };
 
@@ -396,13 +527,8 @@ class ProbePlugin : public QGenericPlugin
     Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "Probe.json")
 
 public:
-    // Qt creates plug-ins before the application object is complete, so the probe starts in the event loop.
-    QObject* create(const QString&, const QString&) override
-    {
-        auto* starter = new QObject; // the application deletes this object
-        QTimer::singleShot(0, starter, [starter] { new Probe(starter); });
-        return starter;
-    }
+    // Qt creates plug-ins before the application object is complete. The caller deletes the object.
+    QObject* create(const QString&, const QString&) override { return new Probe(nullptr); }
 };
 
 #include "Probe.moc"
