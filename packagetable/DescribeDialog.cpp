@@ -79,14 +79,19 @@ void Dialog::config(YumIO* yumIO, const Package::Entry& entry, YumConfIO* yumCon
 
 void Dialog::keyPressEvent(QKeyEvent* event)
 {
-    // A button has the focus, but the keys that scroll must act on the text. They scroll the outermost area
-    // that is not wholly visible.
+    // A button has the focus, but the keys that scroll must act on the text. In a small window, the first
+    // area and the area around it both have a scroll bar: Home and End move both, the other keys only the
+    // outer one.
+    const bool toAnEnd = event->key() == Qt::Key_Home || event->key() == Qt::Key_End;
+    bool scrolled = false;
     for (HScrollArea* area : findChildren<HScrollArea*>()) {
-        if (area->verticalScrollBar()->maximum() > 0 && area->scrollByKey(event)) {
-            return;
+        if ((!scrolled || toAnEnd) && area->verticalScrollBar()->maximum() > 0) {
+            scrolled = area->scrollByKey(event) || scrolled;
         }
     }
-    QDialog::keyPressEvent(event);
+    if (!scrolled) {
+        QDialog::keyPressEvent(event);
+    }
 }
 
 void Dialog::clear()

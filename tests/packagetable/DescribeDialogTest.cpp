@@ -5,6 +5,8 @@
 #include <QtTest>
 #include <QtWidgets>
 
+#include <algorithm>
+
 #include "app/base/Fonts.h"
 #include "tests/packagetable/ShownDescription.h"
 #include "widgets/Metrics.h"
@@ -22,6 +24,7 @@ private Q_SLOTS:
     void aDescriptionOfManyVersionsFitsTheScreen();
     void thousandsOfDependenciesAreShown();
     void keysScrollALongDescription();
+    void homeAndEndReachTheEndsOfNestedAreas();
     void aShownDialogCallsTheScriptNoMore();
     void theCloseButtonClosesTheDialog();
     void escapeClosesTheDialog();
@@ -164,7 +167,7 @@ void DescribeDialogTest::keysScrollALongDescription()
     describe("it", [](Dialog& shown) {
         const QScrollBar* bar = areasOf(shown).first()->verticalScrollBar();
         QTRY_VERIFY(bar->maximum() > 0);
-        QVERIFY(buttonNamed(shown, "Close")->hasFocus());
+        QTRY_VERIFY(buttonNamed(shown, "Close")->hasFocus());
         QTest::keyClick(shown.windowHandle(), Qt::Key_End);
         QCOMPARE(bar->value(), bar->maximum());
         QTest::keyClick(shown.windowHandle(), Qt::Key_Home, Qt::ControlModifier);
@@ -172,6 +175,43 @@ void DescribeDialogTest::keysScrollALongDescription()
         QTest::keyClick(shown.windowHandle(), Qt::Key_PageDown);
         QCOMPARE(bar->value(), bar->pageStep());
         QVERIFY(shown.isVisible());
+    });
+}
+
+void DescribeDialogTest::homeAndEndReachTheEndsOfNestedAreas()
+{
+    QJsonArray names;
+    for (int i = 0; i < 500; ++i) {
+        names.append(QStringLiteral("symbol_%1").arg(i));
+    }
+    available({{"provides", names}});
+    describe("it", [](Dialog& shown) {
+        shown.resize(300, 200); // lower than the smallest height of the first area
+        const auto bars = [&shown] {
+            QList<QScrollBar*> found;
+            for (const HScrollArea* area : shown.findChildren<HScrollArea*>()) {
+                if (area->verticalScrollBar()->maximum() > 0) {
+                    found << area->verticalScrollBar();
+                }
+            }
+            return found;
+        };
+        QTRY_COMPARE(bars().size(), 2);
+        // The layout of the small window may need several rounds of the event loop, so press the key again.
+        const auto press = [&shown, &bars](Qt::Key key, Qt::KeyboardModifiers modifiers) {
+            QTest::keyClick(shown.windowHandle(), key, modifiers);
+            const QList<QScrollBar*> found = bars();
+            return std::all_of(found.begin(), found.end(), [key](const QScrollBar* bar) {
+                return bar->value() == (key == Qt::Key_End ? bar->maximum() : 0);
+            });
+        };
+        for (const Qt::KeyboardModifier modifier : {Qt::NoModifier, Qt::ControlModifier}) {
+            QTRY_VERIFY(press(Qt::Key_End, modifier));
+            QTRY_VERIFY(press(Qt::Key_Home, modifier));
+        }
+        QTest::keyClick(shown.windowHandle(), Qt::Key_PageDown);
+        QVERIFY(bars().at(0)->value() > 0);
+        QCOMPARE(bars().at(1)->value(), 0);
     });
 }
 

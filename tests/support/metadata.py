@@ -56,3 +56,29 @@ def half(content):
 def page(content):
     """The page that a captive portal or a badly configured server sends instead of the requested document."""
     return b'<html><body><p>Please log in</p></body></html>'
+
+
+def make_large(repository, count):
+    """Make a repository with this number of packages. It has only metadata."""
+    package = ('<package type="rpm"><name>{name}</name><arch>noarch</arch><version epoch="0" ver="1" rel="1"/>'
+               '<checksum type="sha256" pkgid="YES">{number:064x}</checksum><summary>Number {number}</summary>'
+               '<description>The package {number} of a large repository</description><packager/><url/>'
+               '<time file="1694509200" build="1694509200"/><size package="1" installed="1" archive="1"/>'
+               '<location href="{name}.rpm"/><format><rpm:license>MIT</rpm:license><rpm:group/><rpm:buildhost/>'
+               '<rpm:sourcerpm/><rpm:header-range start="0" end="1"/><rpm:provides>'
+               '<rpm:entry name="{name}" flags="EQ" epoch="0" ver="1" rel="1"/></rpm:provides></format></package>')
+    primary = ('<?xml version="1.0" encoding="UTF-8"?>\n<metadata xmlns="http://linux.duke.edu/metadata/common" '
+               'xmlns:rpm="http://linux.duke.edu/metadata/rpm" packages="{}">{}</metadata>\n').format(
+                   count, ''.join(package.format(name='large-{}'.format(number), number=number)
+                                  for number in range(count))).encode()
+    content = gzip.compress(primary, 1)
+    os.makedirs(os.path.join(repository, 'repodata'))
+    with open(os.path.join(repository, 'repodata', 'primary.xml.gz'), 'wb') as stream:
+        stream.write(content)
+    with open(os.path.join(repository, 'repodata', 'repomd.xml'), 'w') as stream:
+        stream.write('<?xml version="1.0" encoding="UTF-8"?>\n<repomd xmlns="http://linux.duke.edu/metadata/repo">'
+                     '<revision>1</revision><data type="primary"><location href="repodata/primary.xml.gz"/>'
+                     '<checksum type="sha256">{}</checksum><open-checksum type="sha256">{}</open-checksum>'
+                     '<size>{}</size><open-size>{}</open-size><timestamp>1</timestamp></data></repomd>\n'.format(
+                         hashlib.sha256(content).hexdigest(), hashlib.sha256(primary).hexdigest(), len(content),
+                         len(primary)))
