@@ -18,6 +18,7 @@
 #include "app/base/Program.h"
 #include "app/base/Share.h"
 #include "app/base/StandardDescriptors.h"
+#include "app/base/WithoutOpenGl.h"
 #include "app/base/XdgRuntimeDirEnsurer.h"
 
 int main(int argc, char** argv)
@@ -32,6 +33,7 @@ int main(int argc, char** argv)
     int status = 0;
     {
         QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+        std::optional<WithoutOpenGl> withoutOpenGl(std::in_place);
         std::optional<ApplicationStart> start(std::in_place, argv);
         QApplication app(argc, argv);
         start.reset();
@@ -44,6 +46,7 @@ int main(int argc, char** argv)
         CommandLine::apply(argc, argv, *window);
         const ProgramEnd end(*window, [&runtimeDir] { runtimeDir.remove(); });
         window->show();
+        withoutOpenGl.reset();
         status = QApplication::exec();
         application = nullptr;
     }
