@@ -2,8 +2,6 @@
 
 #include "packagetable/SortFilterProxyModel.h"
 
-#include <QHash>
-
 #include <algorithm>
 #include <numeric>
 
@@ -375,43 +373,40 @@ void SortFilterProxyModel::sort(int column, Qt::SortOrder newOrder)
 
 // --- The order
 
-// Returns a rank for each source row: the position of the row's text in the sorted list of the column's
-// different texts.
+// Returns a rank for each source row: equal texts of the column have the same rank, and a greater text has a
+// greater rank.
 std::vector<int> SortFilterProxyModel::ranksOf(int column) const
 {
     struct Text
     {
         quint64 beginning;
         QString text;
-        int number;
+        int row;
     };
     const int rows = sourceRows();
-    QHash<QString, int> numbers;
     std::vector<Text> texts;
-    std::vector<int> numberOf(static_cast<size_t>(rows));
+    texts.reserve(static_cast<size_t>(rows));
     for (int row = 0; row < rows; ++row) {
         const QString text = Columns::text(*(*yumIO)[row], column);
-        const auto known = numbers.constFind(text);
-        if (known != numbers.constEnd()) {
-            numberOf[static_cast<size_t>(row)] = known.value();
-            continue;
-        }
-        const int number = static_cast<int>(texts.size());
-        numbers.insert(text, number);
-        texts.push_back({beginning(text), text, number});
-        numberOf[static_cast<size_t>(row)] = number;
+        texts.push_back({beginning(text), text, row});
     }
+    // Thousands of records may share the memory of one text. So compare the addresses before the characters.
+    const auto isSame = [](const Text& l, const Text& r) {
+        return l.beginning == r.beginning && (l.text.constData() == r.text.constData() || l.text == r.text);
+    };
     std::sort(texts.begin(), texts.end(), [](const Text& l, const Text& r) {
-        return l.beginning != r.beginning ? l.beginning < r.beginning : l.text < r.text;
+        return l.beginning != r.beginning ? l.beginning < r.beginning
+                                          : l.text.constData() != r.text.constData() && l.text < r.text;
     });
-    std::vector<int> ranks(texts.size());
-    for (size_t rank = 0; rank < texts.size(); ++rank) {
-        ranks[static_cast<size_t>(texts[rank].number)] = static_cast<int>(rank);
+    std::vector<int> ranks(static_cast<size_t>(rows));
+    int rank = 0;
+    for (size_t i = 0; i < texts.size(); ++i) {
+        if (i > 0 && !isSame(texts[i - 1], texts[i])) {
+            ++rank;
+        }
+        ranks[static_cast<size_t>(texts[i].row)] = rank;
     }
-    for (int& number : numberOf) {
-        number = ranks[static_cast<size_t>(number)];
-    }
-    return numberOf;
+    return ranks;
 }
 
 // Returns the sort key of each source row for a column. If two cells are equal, the name of the package
