@@ -51,6 +51,8 @@ void Records::publish()
     for (Package::Entry* entry : qAsConst(collectedEntries)) {
         entries.append(entry);
     }
+    // Only the collection ranks records. Release the memory before the table needs memory for its rows.
+    bestByName = {};
 }
 
 Package::Entry* Records::findPackage(const QString& name, const QString& preferredBiArch) const

@@ -60,7 +60,7 @@ public:
     // packages. Each of the two records may be null.
     void addReplacement(const Package::Entry* replaced, const QString& before, const Package::Entry* other,
                         const QString& after);
-    // Makes the records visible to the table.
+    // Makes the records visible to the table. It ends the collection: rank() must not be called after it.
     void publish();
 
     // --- Finding. The result is null if no record fits.
@@ -95,7 +95,7 @@ private:
     // All records, in the order of their collection. Their order in memory is the same, so a loop over them
     // is fast.
     QVector<Package::Entry*> collectedEntries;
-    QHash<QString, Package::Entry*> bestByName;
+    QHash<QString, Package::Entry*> bestByName; // empty after publish()
     QSet<QString> biArchs;
     QSet<QString> sharedTexts;
     QHash<const Package::Entry*, Package::Replacement> replacements; // only few records have an entry
