@@ -148,6 +148,12 @@ void MainWindow::initialize()
         yumIO->reset();
         yumIO->clearEntries();
     }
+    // Set a filter while the table is empty, so that the rows are sorted and filtered only once.
+    const bool search = modeBox->currentIndex() == searchMode;
+    const QString expression = regexpEdit->text();
+    if (!search) {
+        applyExpression();
+    }
     collect();
     if (quitting()) {
         return;
@@ -155,12 +161,14 @@ void MainWindow::initialize()
     model->reset();
     collectedExtraData(); // the collection has changed haveFileLists() and haveOtherData()
     showTable();
-    {
+    if (search || regexpEdit->text() != expression) {
         // The columns were fitted to all rows. While a search is prepared, rows that do not match must not be
         // visible.
         const PackageTable::Model::Hiding hiding(*model);
         view->setEmptyText(tr("Reading the packages..."));
         filtersearch();
+    } else {
+        anyFilterChanged();
     }
     updateEmptyText();
     setReady(true);
