@@ -148,12 +148,18 @@ def advisoriesOfUpdates(base, updates):
     if not byName or not haveAdvisories(base):
         return []
     words()
+    query = base.sack.query().installed().filterm(name=list(byName))
     named = {}
-    for each in base.sack.query().installed().filterm(name=list(byName)).get_advisory_pkgs(hawkey.GT):
+    for each in query.get_advisory_pkgs(hawkey.GT):
         named.setdefault((each.name, each.arch), []).append(each)
+    # Look up the installed versions once, because each query of the sack would look at all packages.
+    installed = {}
+    for package in query:
+        installed.setdefault((package.name, package.arch), []).append(package)
     pairs = []
     for update in updates:
-        before = installedBefore(update) if (update.name, update.arch) in named else None
+        key = update.name, update.arch
+        before = newestBefore(update, installed.get(key, ())) if key in named else None
         if before is not None:
             compare = base.sack.evr_cmp
             found = newestFirst(each.get_advisory(base.sack) for each in named[update.name, update.arch]

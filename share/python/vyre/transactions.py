@@ -10,7 +10,7 @@ import os
 import pwd
 import sqlite3
 import time
-import urllib.request
+import urllib.parse
 
 import dnf.i18n
 import dnf.transaction
@@ -79,7 +79,7 @@ class History:
 
     @staticmethod
     def _connect(path):
-        address = 'file:{}?mode=ro'.format(urllib.request.pathname2url(path))
+        address = 'file:{}?mode=ro'.format(urllib.parse.quote(path))
         for options in ('', '&immutable=1'):
             connection = sqlite3.connect(address + options, uri=True, timeout=20)
             connection.text_factory = lambda content: content.decode('utf-8', 'replace')
