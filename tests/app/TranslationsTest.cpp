@@ -4,6 +4,7 @@
 
 #include <QTranslator>
 #include <QtTest>
+#include <QtWidgets>
 
 #include <memory>
 
@@ -78,6 +79,44 @@ private Q_SLOTS:
         provide("vyre_de.qm", "vyre_de.qm");
         QCOMPARE(Translations::install(*qApp, {"fr-FR", "de-DE"}), QStringLiteral("vyre_de"));
         QCOMPARE(yes(), QStringLiteral("&Ja"));
+    }
+
+    void windowsAreGermanWithoutTheCatalogueOfTheToolkit()
+    {
+        provide("vyre_de.qm", "vyre_de.qm");
+        QCOMPARE(Translations::install(*qApp, {"de-DE"}), QStringLiteral("vyre_de"));
+        const QList<QTranslator*> translators = qApp->findChildren<QTranslator*>();
+        QCOMPARE(translators.size(), 2);
+        delete translators.last();
+
+        QDialogButtonBox box;
+        QStringList texts;
+        for (uint button = QDialogButtonBox::FirstButton; button <= QDialogButtonBox::LastButton;
+             button <<= 1U) {
+            texts << box.addButton(static_cast<QDialogButtonBox::StandardButton>(button))->text();
+        }
+        QCOMPARE(texts, (QStringList{"OK", "Speichern", "Alle speichern", "Öffnen", "&Ja", "Ja, &alle",
+                                     "&Nein", "Nein, &keine", "Abbrechen", "Wiederholen", "Ignorieren",
+                                     "Schließen", "Abbrechen", "Verwerfen", "Hilfe", "Anwenden",
+                                     "Zurücksetzen", "Vorgaben wiederherstellen"}));
+        QCOMPARE(QDialogButtonBox::tr("OK"), QString("OK"));
+
+        QLineEdit line;
+        QTextEdit edit;
+        const auto menuOf = [](QMenu* menu) {
+            const std::unique_ptr<QMenu> owned(menu);
+            QStringList found;
+            for (const QAction* action : owned->actions()) {
+                if (!action->isSeparator()) {
+                    found << action->text().section('\t', 0, 0);
+                }
+            }
+            return found;
+        };
+        const QStringList entries{"&Rückgängig", "&Wiederholen", "&Ausschneiden",  "&Kopieren",
+                                  "&Einfügen",   "Löschen",      "Alles auswählen"};
+        QCOMPARE(menuOf(line.createStandardContextMenu()), entries);
+        QCOMPARE(menuOf(edit.createStandardContextMenu()), entries);
     }
 
     void theToolkitUsesEnglishIfTheProgramUsesEnglish()

@@ -50,6 +50,11 @@ TOGETHER = (
     ('AdvisoryDialog', ('&Mark Updates', 'Mark All &Security Updates', '&Close')),
     ('FilteredList', ('&Filter',)),
     ('HistoryDialog', ('&Undo This', 'Undo All &Since', '&Redo', '&Close')),
+    # The standard buttons and the context menus of Qt.
+    ('QPlatformTheme', ('&Yes', 'Yes to &All', '&No', 'N&o to All')),
+    ('QLineEdit', ('&Undo', '&Redo', 'Cu&t', '&Copy', '&Paste')),
+    ('QWidgetTextControl', ('&Undo', '&Redo', 'Cu&t', '&Copy', 'Copy &Link Location', '&Paste')),
+    ('QAbstractSpinBox', ('&Select All', '&Step up', 'Step &down')),
 )
 # The HTML around log entries. It contains no words that need a translation.
 NO_WORDS = re.compile(r'</?(font|h2)')
@@ -178,8 +183,10 @@ class CatalogueTest(unittest.TestCase):
         for path in CATALOGUES:
             contexts = {context for context, _ in messages(path)}
             self.assertIn('PackageTable::Describe::Instance::Area', contexts)
-            # Functions outside classes use the contexts Colors and Metadata. QDialogButtonBox is a class of Qt.
-            self.assertEqual(contexts - declared, {'Colors', 'Metadata', 'QDialogButtonBox'})
+            # Functions outside classes use the contexts Colors and Metadata. The others are classes of Qt.
+            self.assertEqual(contexts - declared, {
+                'Colors', 'Metadata', 'QAbstractSpinBox', 'QDialogButtonBox', 'QLineEdit', 'QPlatformTheme',
+                'QScrollBar', 'QWidgetTextControl'})
 
     def test_translations_have_all_placeholders(self):
         for _, source, translation in self.each():
