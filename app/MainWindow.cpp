@@ -149,7 +149,7 @@ void MainWindow::initialize()
         yumIO->clearEntries();
     }
     // Set a filter while the table is empty, so that the rows are sorted and filtered only once.
-    const bool search = modeBox->currentIndex() == searchMode;
+    const bool search = modeBox->currentIndex() == PackageTable::Search;
     const QString expression = regexpEdit->text();
     if (!search) {
         applyExpression();
