@@ -42,7 +42,7 @@ private Q_SLOTS:
     void hoveringInTheActiveWindowRequestsATip();
     void theRequestForATipContainsThePosition();
     void hoveringInAnInactiveWindowRequestsNoTip();
-    void aTipInAnInactiveWindowCanBeAllowed();
+    void anAttributeAllowsTipsInAnInactiveWindow();
 };
 
 void HProgressBarTest::textJoinsActivityAndPercentage()
@@ -136,7 +136,7 @@ void HProgressBarTest::hoveringInAnInactiveWindowRequestsNoTip()
     QCOMPARE(spy.count(), 0);
 }
 
-void HProgressBarTest::aTipInAnInactiveWindowCanBeAllowed()
+void HProgressBarTest::anAttributeAllowsTipsInAnInactiveWindow()
 {
     QWidget window;
     window.setAttribute(Qt::WA_AlwaysShowToolTips);

@@ -16,10 +16,10 @@ private Q_SLOTS:
     void eachNonEmptyLineBecomesAnEntry();
     void passwordsInUrlsAreHidden_data();
     void passwordsInUrlsAreHidden();
-    void entriesKeepKindAndLevel();
+    void entriesHaveTheKindAndLevelOfTheirMessage();
     void oneMessageCausesOneNotification();
     void readersAreNotifiedAfterTheLogIsUnlocked();
-    void writersInTwoThreadsLoseNothing();
+    void allMessagesOfTwoThreadsAreLogged();
 };
 
 void LogTest::eachNonEmptyLineBecomesAnEntry()
@@ -65,7 +65,7 @@ void LogTest::passwordsInUrlsAreHidden()
     QCOMPARE(log.at(0).text, hidden);
 }
 
-void LogTest::entriesKeepKindAndLevel()
+void LogTest::entriesHaveTheKindAndLevelOfTheirMessage()
 {
     QCOMPARE(static_cast<quint32>(Log::Info), 0u);
     QCOMPARE(static_cast<quint32>(Log::OK), 1u);
@@ -108,7 +108,7 @@ void LogTest::readersAreNotifiedAfterTheLogIsUnlocked()
     QCOMPARE(free, 1);
 }
 
-void LogTest::writersInTwoThreadsLoseNothing()
+void LogTest::allMessagesOfTwoThreadsAreLogged()
 {
     Log::EntryList log;
     const auto write = [&log] {

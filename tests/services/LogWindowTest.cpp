@@ -62,23 +62,23 @@ private Q_SLOTS:
     void cleanup();
 
     void windowHasTheExpectedTextsAndRanges();
-    void mainWindowIsNotTheParent();
-    void openingShowsAllEarlierEntriesScrolledToTheBottom();
+    void mainWindowIsNotTheParentOfTheLogWindow();
+    void openedWindowShowsAllEntriesAndIsScrolledToTheEnd();
     void windowScrollsToAnEntry();
     void entriesAboveTheLevelAreNotShown();
     void errorsAreShownOnEveryLevel();
-    void levelIsComparedUnsigned();
+    void levelsAreComparedAsUnsignedNumbers();
     void infoHasTheMinorColourFromLevelTenOn();
     void eachKindHasTheExpectedColour_data();
     void eachKindHasTheExpectedColour();
     void coloursAreReadableOnADarkBackground();
     void anActionIsShownAsAHeading();
-    void noSpaceIsBetweenLines();
+    void linesHaveNoSpaceBetweenThem();
     void markupIsShownAsPlainText();
     void blanksAndTabsAreKept();
-    void protectEscapesAllExceptAmpersands();
-    void newEntriesAppear();
-    void thePaneShowsNewEntriesUnlessTheUserHasScrolledUp();
+    void htmlProtectEscapesMarkupExceptAmpersands();
+    void anOpenWindowShowsNewEntriesOfAllThreads();
+    void thePaneScrollsToNewEntriesUnlessTheUserHasScrolledUp();
     void escapeHidesTheWindow_data();
     void escapeHidesTheWindow();
     void otherKeysDoNotHideTheWindow();
@@ -86,16 +86,16 @@ private Q_SLOTS:
     void closingByTheWindowManagerHidesTheWindow();
     void hiddenWindowHasNoText();
     void aLateNotificationDoesNotFillAHiddenWindow();
-    void hiddenWindowIsNotConnected();
-    void connectingAndDisconnectingHoldTheLock();
+    void hiddenWindowIsNotConnectedToTheLog();
+    void theLogIsLockedWhileTheWindowConnectsOrDisconnects();
     void reopeningShowsAllEntriesAgain();
-    void tabLeavesThePane();
+    void tabMovesTheFocusOutOfThePane();
     void anEntryThatArrivesWhileTheWindowOpensIsShown();
-    void openingWhileAWriterRunsLosesNothing();
+    void noEntryIsLostIfTheWindowOpensWhileAThreadWrites();
     void aFloodOfMessagesIsShownCompletely();
     void manyEntriesAreShown();
     void timesAreShownOnRequest();
-    void textIsFound();
+    void theFindBarFindsText();
     void escapeInTheFindBarDoesNotHideTheWindow();
     void theSavedFileHasTheShownLinesWithTheirTimes();
     void anExistingFileIsReplacedOnlyAfterAQuestion();
@@ -197,7 +197,7 @@ void LogWindowTest::windowHasTheExpectedTextsAndRanges()
     QVERIFY(level->geometry().right() + window->width() / 3 < close->x());
 }
 
-void LogWindowTest::mainWindowIsNotTheParent()
+void LogWindowTest::mainWindowIsNotTheParentOfTheLogWindow()
 {
     QWidget main;
     Log::Window other(*entries, &main);
@@ -205,7 +205,7 @@ void LogWindowTest::mainWindowIsNotTheParent()
     QVERIFY(other.isWindow());
 }
 
-void LogWindowTest::openingShowsAllEarlierEntriesScrolledToTheBottom()
+void LogWindowTest::openedWindowShowsAllEntriesAndIsScrolledToTheEnd()
 {
     for (int i = 0; i < 500; ++i) {
         log(Log::Info, static_cast<unsigned int>(i % 5), QString("message %1").arg(i));
@@ -282,7 +282,7 @@ void LogWindowTest::errorsAreShownOnEveryLevel()
     QCOMPARE(lines(), QStringList({"error", "error in detail", "report", "another error"}));
 }
 
-void LogWindowTest::levelIsComparedUnsigned()
+void LogWindowTest::levelsAreComparedAsUnsignedNumbers()
 {
     log(Log::Info, 4294967295u, "far beyond");
     log(Log::Info, 0, "near");
@@ -359,7 +359,7 @@ void LogWindowTest::anActionIsShownAsAHeading()
     QVERIFY(!colourOf(1).isValid());
 }
 
-void LogWindowTest::noSpaceIsBetweenLines()
+void LogWindowTest::linesHaveNoSpaceBetweenThem()
 {
     log(Log::Action, 0, "Applying");
     log(Log::OK, 0, "text");
@@ -386,14 +386,14 @@ void LogWindowTest::blanksAndTabsAreKept()
     QCOMPARE(lines(), QStringList({"  two  blanks\tand\t\ttabs "}));
 }
 
-void LogWindowTest::protectEscapesAllExceptAmpersands()
+void LogWindowTest::htmlProtectEscapesMarkupExceptAmpersands()
 {
     QString line("<a> &lt;\t& <");
     Log::Window::htmlProtect(line);
     QCOMPARE(line, QString("&lt;a&gt;&#x0020;&lt;&#x0009;&&#x0020;&lt;"));
 }
 
-void LogWindowTest::newEntriesAppear()
+void LogWindowTest::anOpenWindowShowsNewEntriesOfAllThreads()
 {
     log(Log::Info, 0, "old");
     open();
@@ -408,7 +408,7 @@ void LogWindowTest::newEntriesAppear()
     writer->wait();
 }
 
-void LogWindowTest::thePaneShowsNewEntriesUnlessTheUserHasScrolledUp()
+void LogWindowTest::thePaneScrollsToNewEntriesUnlessTheUserHasScrolledUp()
 {
     for (int i = 0; i < 200; ++i) {
         log(Log::Info, 0, "history");
@@ -506,7 +506,7 @@ void LogWindowTest::aLateNotificationDoesNotFillAHiddenWindow()
     QCOMPARE(pane->toPlainText(), QString());
 }
 
-void LogWindowTest::hiddenWindowIsNotConnected()
+void LogWindowTest::hiddenWindowIsNotConnectedToTheLog()
 {
     QCOMPARE(entries->listeners(), 0);
     for (int round = 0; round < 3; ++round) {
@@ -517,7 +517,7 @@ void LogWindowTest::hiddenWindowIsNotConnected()
     }
 }
 
-void LogWindowTest::connectingAndDisconnectingHoldTheLock()
+void LogWindowTest::theLogIsLockedWhileTheWindowConnectsOrDisconnects()
 {
     open();
     QCOMPARE(entries->locked, QList<bool>({true}));
@@ -539,7 +539,7 @@ void LogWindowTest::reopeningShowsAllEntriesAgain()
     QCOMPARE(lines(), QStringList({"one", "two", "three"}));
 }
 
-void LogWindowTest::tabLeavesThePane()
+void LogWindowTest::tabMovesTheFocusOutOfThePane()
 {
     open();
     pane->setFocus();
@@ -558,7 +558,7 @@ void LogWindowTest::anEntryThatArrivesWhileTheWindowOpensIsShown()
     QCOMPARE(lines(), QStringList({"before", "between"}));
 }
 
-void LogWindowTest::openingWhileAWriterRunsLosesNothing()
+void LogWindowTest::noEntryIsLostIfTheWindowOpensWhileAThreadWrites()
 {
     const int count = 3000;
     std::unique_ptr<QThread> writer(QThread::create([this] {
@@ -642,7 +642,7 @@ void LogWindowTest::timesAreShownOnRequest()
     QCOMPARE(lines(), (QStringList{"first", "Applying", "third"}));
 }
 
-void LogWindowTest::textIsFound()
+void LogWindowTest::theFindBarFindsText()
 {
     for (int i = 0; i < 300; ++i) {
         log(Log::Info, 0, QString("line %1 of many").arg(i));

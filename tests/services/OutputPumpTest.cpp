@@ -100,7 +100,7 @@ private Q_SLOTS:
         QVERIFY(pumped.readWaiting(1 - way).isEmpty());
     }
 
-    void stoppingThePumpFirstForwardsAllOutput()
+    void aStoppedPumpHasForwardedAllOutput()
     {
         Pumped pumped;
         QVERIFY(pumped.started);
@@ -128,7 +128,7 @@ private Q_SLOTS:
         QCOMPARE(err, QByteArray("last words"));
     }
 
-    void writersContinueWithoutAReader()
+    void writersContinueIfAllReadersAreClosed()
     {
         Pumped pumped;
         QVERIFY(pumped.started);

@@ -19,11 +19,11 @@ private Q_SLOTS:
     void theItemValueIsTheSumOfTheDownloads();
     void downloadsUseAllActsExceptTheLast();
     void theActivityOfASingleDownloadIsItsName();
-    void aRetrySubtractsTheEarlierContribution();
+    void aRetrySubtractsThePreviousValueOfItsDownload();
     void aRetryNeverMakesTheSumNegative();
     void anIndexBeyondTheDownloadsIsIgnored();
     void resetRemovesTheDownloads();
-    void theQueueHasAtMostOneReportOfManyDownloads();
+    void manyReportsAboutDownloadsQueueAtMostOneEvent();
     void hoveringShowsNothingWithoutDownloads();
     void hoveringShowsTheDownloads();
     void theTipShowsEveryStateOfADownload();
@@ -82,7 +82,7 @@ void ProgressDownloadsTest::theActivityOfASingleDownloadIsItsName()
     QCOMPARE(item->text(), QString("Downloading vim (0%)"));
 }
 
-void ProgressDownloadsTest::aRetrySubtractsTheEarlierContribution()
+void ProgressDownloadsTest::aRetrySubtractsThePreviousValueOfItsDownload()
 {
     Progress::Object progress(total, item);
     QSignalSpy spy(&progress, SIGNAL(updateThreadsStateSig(const ThreadsState&)));
@@ -155,7 +155,7 @@ void ProgressDownloadsTest::resetRemovesTheDownloads()
     QCOMPARE(total->value(), 0);
 }
 
-void ProgressDownloadsTest::theQueueHasAtMostOneReportOfManyDownloads()
+void ProgressDownloadsTest::manyReportsAboutDownloadsQueueAtMostOneEvent()
 {
     const unsigned int count = 3000;
     int reports = 0;

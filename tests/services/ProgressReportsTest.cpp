@@ -21,7 +21,7 @@ private Q_SLOTS:
     void totalValueWithinTheIntervalIsDropped();
     void theMaximumOfTheTotalIsSentOnceWithinTheInterval();
     void theIntervalAppliesToTotalAndItemValuesTogether();
-    void theDisplayIsUpdatedDuringASynchronousOperation();
+    void eventsAreProcessedDuringASynchronousOperation();
     void workerReportsAreDeliveredInOrder();
     void aUserObjectSetsAndClearsThePointer();
 };
@@ -178,7 +178,7 @@ void ProgressReportsTest::theIntervalAppliesToTotalAndItemValuesTogether()
     QCOMPARE(totalSpy.count(), 0);
 }
 
-void ProgressReportsTest::theDisplayIsUpdatedDuringASynchronousOperation()
+void ProgressReportsTest::eventsAreProcessedDuringASynchronousOperation()
 {
     Progress::Object progress(total, item);
     bool processed = false;

@@ -76,10 +76,10 @@ private Q_SLOTS:
     void longTextScrollsInsideTheScreen_data();
     void longTextScrollsInsideTheScreen();
     void keysScrollALongText();
-    void keysScrollTheTextWhateverButtonHasTheFocus();
+    void keysScrollTheTextWhicheverButtonHasTheFocus();
     void noticeAndSummaryAreVisibleWithoutScrolling();
     void textCanBeCopied();
-    void textIsFoundAndEnterInTheFieldDoesNotAccept();
+    void enterInTheFindFieldFindsTextAndDoesNotAccept();
 };
 
 void ScrollableDialogsTest::confirmHasTwoCentredButtons()
@@ -321,7 +321,7 @@ void ScrollableDialogsTest::keysScrollALongText()
     QVERIFY(dialog.isVisible());
 }
 
-void ScrollableDialogsTest::keysScrollTheTextWhateverButtonHasTheFocus()
+void ScrollableDialogsTest::keysScrollTheTextWhicheverButtonHasTheFocus()
 {
     ScrollableConfirmDialog dialog(longText(), "Yes", "No", nullptr, true);
     dialog.show();
@@ -389,7 +389,7 @@ void ScrollableDialogsTest::textCanBeCopied()
     QTRY_COMPARE(QGuiApplication::clipboard()->text(), QString("Traceback: line 17"));
 }
 
-void ScrollableDialogsTest::textIsFoundAndEnterInTheFieldDoesNotAccept()
+void ScrollableDialogsTest::enterInTheFindFieldFindsTextAndDoesNotAccept()
 {
     ScrollableConfirmDialog dialog(longText(), "OK", "Cancel", nullptr);
     dialog.show();

@@ -156,24 +156,24 @@ private Q_SLOTS:
     void cleanup();
 
     void largeOutputOfAChildArrivesCompletely();
-    void fastWritersLoseNothing();
+    void allOutputOfTwoFastWritersArrives();
     void textIsDeliveredOnTheGraphicalThread();
     void lastOutputOfAChildArrives();
-    void outputJustBeforeTheEndArrivesBeforeTheEnd();
+    void outputJustBeforeTheEndArrivesBeforeTheDestructorReturns();
     void theEndOfEachCaptureIsReportedAfterItsLastOutput();
     void characterSplitBetweenTwoReadsArrivesCompletely();
     void splitCharactersOfTheStreamsAreNotMixed();
     void descriptorsAreRestored();
     void bufferedTextIsWrittenToItsOriginalDescriptor();
-    void backgroundChildDoesNotDelayTheEnd();
-    void backgroundChildThatKeepsWritingDoesNotDelayTheEnd();
+    void backgroundChildDoesNotDelayTheEndOfTheCapture();
+    void backgroundChildThatKeepsWritingDoesNotDelayTheEndOfTheCapture();
     void fastWriterDoesNotFreezeTheGraphicalThread();
-    void receiverMayProcessEvents();
+    void allOutputArrivesIfTheReceiverProcessesEvents();
     void theWorkerDoesNotWaitIfTheProcessEndsInsideTheReceiver();
     void aCaptureLeaksNoDescriptors();
     void childrenInheritOnlyTheStandardDescriptors();
-    void outputIsNotChangedIfNoPipesCanBeMade_data();
-    void outputIsNotChangedIfNoPipesCanBeMade();
+    void outputIsNotRedirectedIfNoPipesCanBeMade_data();
+    void outputIsNotRedirectedIfNoPipesCanBeMade();
     void descriptorThatCannotBeSavedIsNotReplaced();
     void aDescriptorThatCannotBeReplacedIsKept_data();
     void aDescriptorThatCannotBeReplacedIsKept();
@@ -213,7 +213,7 @@ void YumIOCapturersTest::largeOutputOfAChildArrivesCompletely()
     QCOMPARE(receiver.errors, QStringList());
 }
 
-void YumIOCapturersTest::fastWritersLoseNothing()
+void YumIOCapturersTest::allOutputOfTwoFastWritersArrives()
 {
     // The lines have numbers, so that lost, repeated or reordered lines cause a difference.
     const auto lines = [](int from, int to) {
@@ -289,7 +289,7 @@ void YumIOCapturersTest::lastOutputOfAChildArrives()
     }
 }
 
-void YumIOCapturersTest::outputJustBeforeTheEndArrivesBeforeTheEnd()
+void YumIOCapturersTest::outputJustBeforeTheEndArrivesBeforeTheDestructorReturns()
 {
     const QByteArray text(65536, 'x'); // the capacity of a pipe
     for (int i = 0; i < 200; ++i) {
@@ -392,7 +392,7 @@ void YumIOCapturersTest::bufferedTextIsWrittenToItsOriginalDescriptor()
     QCOMPARE(receiver.out, QString("inside"));
 }
 
-void YumIOCapturersTest::backgroundChildDoesNotDelayTheEnd()
+void YumIOCapturersTest::backgroundChildDoesNotDelayTheEndOfTheCapture()
 {
     Receiver receiver;
     runOnWorker([&] {
@@ -405,7 +405,7 @@ void YumIOCapturersTest::backgroundChildDoesNotDelayTheEnd()
     QCOMPARE(kill(child, SIGKILL), 0);
 }
 
-void YumIOCapturersTest::backgroundChildThatKeepsWritingDoesNotDelayTheEnd()
+void YumIOCapturersTest::backgroundChildThatKeepsWritingDoesNotDelayTheEndOfTheCapture()
 {
     Receiver receiver;
     runOnWorker([&] {
@@ -445,7 +445,7 @@ void YumIOCapturersTest::fastWriterDoesNotFreezeTheGraphicalThread()
     QVERIFY(receiver.err.size() > 100);
 }
 
-void YumIOCapturersTest::receiverMayProcessEvents()
+void YumIOCapturersTest::allOutputArrivesIfTheReceiverProcessesEvents()
 {
     for (int i = 0; i < 100; ++i) {
         Receiver receiver;
@@ -526,7 +526,7 @@ void YumIOCapturersTest::childrenInheritOnlyTheStandardDescriptors()
     QCOMPARE(with.out.trimmed(), without.out.trimmed());
 }
 
-void YumIOCapturersTest::outputIsNotChangedIfNoPipesCanBeMade_data()
+void YumIOCapturersTest::outputIsNotRedirectedIfNoPipesCanBeMade_data()
 {
     QTest::addColumn<int>("available");
     // The capture needs six descriptors: two saved ones, and two for each of the two pipes.
@@ -535,7 +535,7 @@ void YumIOCapturersTest::outputIsNotChangedIfNoPipesCanBeMade_data()
     }
 }
 
-void YumIOCapturersTest::outputIsNotChangedIfNoPipesCanBeMade()
+void YumIOCapturersTest::outputIsNotRedirectedIfNoPipesCanBeMade()
 {
     QFETCH(int, available);
     Receiver receiver;

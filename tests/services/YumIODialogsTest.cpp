@@ -89,18 +89,18 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void confirmAnswersByButton_data();
-    void confirmAnswersByButton();
+    void confirmReturnsTheAnswerOfThePressedButton_data();
+    void confirmReturnsTheAnswerOfThePressedButton();
     void theDefaultButtonOfAQuestionCanReject_data();
     void theDefaultButtonOfAQuestionCanReject();
     void confirmClosedByTheWindowButtonIsRejected();
-    void messageAnswersWithTheNumberOfTheButton_data();
-    void messageAnswersWithTheNumberOfTheButton();
+    void messageReturnsTheNumberOfThePressedButton_data();
+    void messageReturnsTheNumberOfThePressedButton();
     void enterPressesTheDefaultButton();
     void escapePressesTheEscapeButton();
     void escapeDoesNothingWithoutAnEscapeButton();
-    void endOfTheProgramAnswersWithTheEscapeButton_data();
-    void endOfTheProgramAnswersWithTheEscapeButton();
+    void quittingAnswersWithTheEscapeButton_data();
+    void quittingAnswersWithTheEscapeButton();
     void boxWithoutButtonTextsHasAnOkButton();
     void boxLooksLikeTheStandardBox_data();
     void boxLooksLikeTheStandardBox();
@@ -108,7 +108,7 @@ private Q_SLOTS:
     void theScrollableDialogShowsTheTextUntilItIsClosed();
     void theWorkerGetsTheAnswerBeforeTheGraphicalThreadReturnsToItsLoop();
     void oneObjectServesManyRequests();
-    void mainWindowIsTheParentAndStaysResponsive();
+    void mainWindowIsTheParentOfTheDialogAndStaysResponsive();
     void theEndOfANestedUserRestoresTheOuterObject();
 
 private:
@@ -157,7 +157,7 @@ int YumIODialogsTest::run(std::function<int(YumIODialogs&)> request, std::functi
     return asker.answer;
 }
 
-void YumIODialogsTest::confirmAnswersByButton_data()
+void YumIODialogsTest::confirmReturnsTheAnswerOfThePressedButton_data()
 {
     QTest::addColumn<QString>("press");
     QTest::addColumn<int>("answer");
@@ -165,7 +165,7 @@ void YumIODialogsTest::confirmAnswersByButton_data()
     QTest::newRow("reject") << "Stop" << 0;
 }
 
-void YumIODialogsTest::confirmAnswersByButton()
+void YumIODialogsTest::confirmReturnsTheAnswerOfThePressedButton()
 {
     QFETCH(QString, press);
     QFETCH(int, answer);
@@ -213,7 +213,7 @@ void YumIODialogsTest::confirmClosedByTheWindowButtonIsRejected()
     QCOMPARE(result, 0);
 }
 
-void YumIODialogsTest::messageAnswersWithTheNumberOfTheButton_data()
+void YumIODialogsTest::messageReturnsTheNumberOfThePressedButton_data()
 {
     QTest::addColumn<bool>("critical");
     QTest::addColumn<QString>("press");
@@ -226,7 +226,7 @@ void YumIODialogsTest::messageAnswersWithTheNumberOfTheButton_data()
     QTest::newRow("critical, 2") << true << "Two" << 2;
 }
 
-void YumIODialogsTest::messageAnswersWithTheNumberOfTheButton()
+void YumIODialogsTest::messageReturnsTheNumberOfThePressedButton()
 {
     QFETCH(bool, critical);
     QFETCH(QString, press);
@@ -279,14 +279,14 @@ void YumIODialogsTest::escapeDoesNothingWithoutAnEscapeButton()
     QCOMPARE(result, 1);
 }
 
-void YumIODialogsTest::endOfTheProgramAnswersWithTheEscapeButton_data()
+void YumIODialogsTest::quittingAnswersWithTheEscapeButton_data()
 {
     QTest::addColumn<bool>("shown");
     QTest::newRow("while the box is shown") << true;
     QTest::newRow("before it is shown") << false;
 }
 
-void YumIODialogsTest::endOfTheProgramAnswersWithTheEscapeButton()
+void YumIODialogsTest::quittingAnswersWithTheEscapeButton()
 {
     QFETCH(bool, shown);
     int answer = -1000;
@@ -478,7 +478,7 @@ void YumIODialogsTest::oneObjectServesManyRequests()
     QCOMPARE(answers, (QList<int>{1, 2, 0}));
 }
 
-void YumIODialogsTest::mainWindowIsTheParentAndStaysResponsive()
+void YumIODialogsTest::mainWindowIsTheParentOfTheDialogAndStaysResponsive()
 {
     QWidget* parent = nullptr;
     int ticks = 0;
