@@ -206,7 +206,7 @@ class AdministratorTest(unittest.TestCase):
         self.assertEqual(self.display.let_in(), [])
         self.quit()
 
-    def test_root_has_the_permission_only_while_vyre_runs_if_the_cookie_is_missing(self):
+    def test_if_the_cookie_is_missing_root_may_use_the_display_only_while_vyre_runs(self):
         self.permit_user_without_cookie()
         # This cookie belongs to another display, so it is useless.
         run('xauth', '-q', '-f', self.system.home + '/.Xauthority', 'add', ':987', '.', COOKIE)
@@ -217,7 +217,7 @@ class AdministratorTest(unittest.TestCase):
         self.quit()
         self.assertEqual(self.display.let_in(), ['SI:localuser:mina'])
 
-    def test_an_earlier_permission_of_root_is_kept_after_the_end(self):
+    def test_an_earlier_permission_of_root_is_kept_after_vyre_ends(self):
         self.permit_user_without_cookie()
         self.display.xhost('+si:localuser:root')
         self.start()
@@ -274,7 +274,7 @@ class AdministratorTest(unittest.TestCase):
         self.assertEqual((given['directory'], given['status']['Umask']), ('/root', '0022'))
         self.assertEqual(len(given['descriptors']), 3)
 
-    def test_vyre_starts_with_any_inherited_settings(self):
+    def test_vyre_starts_despite_harmful_inherited_settings(self):
         self.start('--keep-cwd', ADMIN, command=HOSTILE_PKEXEC, password=None, uid=TRUSTED_UID,
                    XAUTHORITY=self.trusted_cookies())
         self.vyre()
@@ -374,7 +374,7 @@ class AdministratorTest(unittest.TestCase):
                 self.assertIsNone(None if '-style' in ' '.join(words) else arguments, words)
         self.assertGreater(taken, 500)
 
-    def test_other_arguments_are_refused_before_the_authentication(self):
+    def test_unlisted_arguments_are_refused_before_the_authentication(self):
         self.permit_user_without_cookie()
         directory = self.system.plug_ins
         for words, refused in (

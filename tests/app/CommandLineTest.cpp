@@ -229,7 +229,7 @@ private Q_SLOTS:
     void logIsOpenedByTheShortOption() { checkLogIsOpened("-l"); }
     void logIsOpenedByTheLongOption() { checkLogIsOpened("--log"); }
 
-    void withoutOptionsTheConfigurationDecides()
+    void withoutOptionsTheRepositoryFilesDecide()
     {
         QCOMPARE(repositories({}), (QStringList{"disableRepo extras", "enableRepo base"}));
     }
@@ -339,7 +339,7 @@ private Q_SLOTS:
         QCOMPARE(ended.status, 1);
     }
 
-    void theMessageShowsOneByteOfAnInvalidUtf8Letter()
+    void anInvalidLetterIsShownAsOneReplacementCharacter()
     {
         const QString script = QStringLiteral("exec \"$0\" \"$(printf '%b' '-g\\0351')\" -l");
         const Ended ended = run({"-c", script, VYRE}, "/bin/sh");

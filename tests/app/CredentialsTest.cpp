@@ -148,8 +148,8 @@ private Q_SLOTS:
     void passwordsOfUrlsAreFound();
     void passwordsOfOptionsAreFound_data();
     void passwordsOfOptionsAreFound();
-    void aTextWithAnEmptyPasswordHasCredentials();
-    void anEmptyPasswordIsNoPassword();
+    void holdsIsTrueEvenIfThePasswordIsEmpty();
+    void holdsPasswordIsFalseIfThePasswordIsEmpty();
     void theScannerFindsTheSamePasswordsAsRegularExpressions_data();
     void theScannerFindsTheSamePasswordsAsRegularExpressions();
     void everyPasswordIsHiddenByThreeDots();
@@ -222,7 +222,7 @@ void CredentialsTest::passwordsOfOptionsAreFound()
     QTEST(starred(text, Text::Options), "expected");
 }
 
-void CredentialsTest::aTextWithAnEmptyPasswordHasCredentials()
+void CredentialsTest::holdsIsTrueEvenIfThePasswordIsEmpty()
 {
     QVERIFY(Credentials::holds(QStringLiteral("/vantor?u=&p=&path="), Text::Urls));
     QVERIFY(Credentials::holds(QStringLiteral("[r]\nproxy=http://u:p@h/\n"), Text::Options));
@@ -231,7 +231,7 @@ void CredentialsTest::aTextWithAnEmptyPasswordHasCredentials()
     QVERIFY(!Credentials::holds(QStringLiteral("http://h/vantor\nusername=u\n"), Text::Options));
 }
 
-void CredentialsTest::anEmptyPasswordIsNoPassword()
+void CredentialsTest::holdsPasswordIsFalseIfThePasswordIsEmpty()
 {
     for (const char* text : {"/vantor?u=&p=&path=", "password=\n", "password = \n[r]\n",
                              "http://h/?password=", "http://u:@h/", "http://h/\n"}) {

@@ -72,7 +72,7 @@ private Q_SLOTS:
         }
     }
 
-    void optionSuppressesTheDefault_data()
+    void styleOptionSuppressesTheDefaultStyle_data()
     {
         QTest::addColumn<QList<QByteArray>>("options");
         QTest::addColumn<bool>("suppressed");
@@ -88,7 +88,7 @@ private Q_SLOTS:
         QTest::newRow("within a word") << QList<QByteArray>{"x-style=windows"} << false;
     }
 
-    void optionSuppressesTheDefault()
+    void styleOptionSuppressesTheDefaultStyle()
     {
         QFETCH(QList<QByteArray>, options);
         QFETCH(bool, suppressed);
@@ -98,7 +98,7 @@ private Q_SLOTS:
         QCOMPARE(QApplication::palette().color(QPalette::Window) == QColor(Qt::magenta), suppressed);
     }
 
-    void nameOfTheProgramIsNotAnOption()
+    void programNamedLikeAStyleOptionHasTheDefaultStyle()
     {
         char name[] = "-style=windows";
         char* arguments[] = {name};
@@ -106,7 +106,7 @@ private Q_SLOTS:
         QCOMPARE(currentStyle(), QStringLiteral("fusion"));
     }
 
-    void settingOfTheSystemDoesNotSuppressTheDefault()
+    void settingOfTheSystemDoesNotSuppressTheDefaultStyle()
     {
         {
             QSettings stored(QSettings::SystemScope, "Trolltech");
@@ -118,7 +118,7 @@ private Q_SLOTS:
         QCOMPARE(currentStyle(), QStringLiteral("fusion"));
     }
 
-    void storedSettingSuppressesTheDefault()
+    void settingOfTheUserSuppressesTheDefaultStyle()
     {
         {
             QSettings stored(QSettings::UserScope, "Trolltech");
@@ -128,7 +128,7 @@ private Q_SLOTS:
         QCOMPARE(currentStyle(), QStringLiteral("windows"));
     }
 
-    void otherStoredSettingsDoNotSuppressTheDefault()
+    void otherSettingsOfTheUserDoNotSuppressTheDefaultStyle()
     {
         {
             QSettings stored(QSettings::UserScope, "Trolltech");

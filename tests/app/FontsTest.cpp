@@ -68,7 +68,7 @@ private Q_SLOTS:
         QVERIFY2(font.fixedPitch() && font.pointSize() == 10 && !font.bold(), "the given font is left alone");
     }
 
-    void headerIsOneAndAHalfTimesAsLarge_data()
+    void headerIsOneAndAHalfTimesAsLargeAsTheFont_data()
     {
         QTest::addColumn<int>("pixels");
         QTest::addColumn<int>("points");
@@ -80,7 +80,7 @@ private Q_SLOTS:
         QTest::newRow("odd points") << -1 << 9 << -1 << 13;
     }
 
-    void headerIsOneAndAHalfTimesAsLarge()
+    void headerIsOneAndAHalfTimesAsLargeAsTheFont()
     {
         QFETCH(int, pixels);
         QFETCH(int, points);

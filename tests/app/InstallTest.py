@@ -95,7 +95,7 @@ class InstallTest(unittest.TestCase):
             if os.path.isfile(path):
                 self.assertTrue(os.access(path, os.X_OK), name)
 
-    def test_everything_is_in_the_usual_places(self):
+    def test_all_other_files_are_in_the_usual_places(self):
         installed = {path for path in self.files('.')
                      if not path.startswith((SHARE + '/', DOC + '/'))}
         self.assertEqual(installed, {

@@ -96,7 +96,7 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(directory));
     }
 
-    void runtimeDirectoryStaysWhenTheCommandLineEndsTheProgram()
+    void runtimeDirectoryIsKeptIfTheCommandLineEndsTheProgram()
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.remove("XDG_RUNTIME_DIR");
@@ -181,7 +181,7 @@ private Q_SLOTS:
         QCOMPARE(output.isEmpty(), !help);
     }
 
-    void anotherFailureOfTheToolkitIsReportedWithItsText()
+    void otherFailuresOfQtAreReportedInItsWords()
     {
         QProcess process;
         process.start(QStringLiteral(VYRE), {"-platform", "nosuch"});
@@ -194,7 +194,7 @@ private Q_SLOTS:
         QVERIFY2(!message.contains("display"), message);
     }
 
-    void messagesOfAStartThatSucceedsAreNotLost()
+    void messagesOfQtAreShownIfTheStartSucceeds()
     {
         // No session manager exists at this address.
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -236,7 +236,7 @@ private Q_SLOTS:
         QVERIFY2(properties.contains("_NET_WM_ICON(CARDINAL)"), properties);
     }
 
-    void optionsOfTheToolkitCanBeCombinedWithOurs()
+    void optionsOfQtCanBeCombinedWithOptionsOfVyre()
     {
         QCOMPARE(startAndQuit(QFile::encodeName(temporary->path()), {"-style=windows", "-l", "-g"}, [] {}),
                  0);

@@ -22,7 +22,7 @@ private Q_SLOTS:
     void theButtonAppliesTheExpression();
     void typingAloneDoesNotChangeTheList();
     void stateBoxSelectsTheListedRows();
-    void duplicatesCanBeLeftOut();
+    void duplicatesCanBeHidden();
     void groupsCanBeIncluded();
     void theLabelsAndToolTipsDependOnTheMode();
     void aSearchWithoutAnExpressionLoadsNothing();
@@ -32,7 +32,7 @@ private Q_SLOTS:
     void nothingIsFilteredWhileExtraDataAreLoaded();
     void exactPathOfAFileIsFound();
     void aSearchForALineEndWithoutMatchesShowsAHint();
-    void invalidExpressionLooksDifferent();
+    void invalidExpressionHasTheColourOfErrors();
     void filtersAreAlsoAppliedInSearchMode();
     void aWorkerReadsTextsOnlyForASearchExpression();
     void textsAreReadBeforeNewRecordsAreSearched();
@@ -40,10 +40,10 @@ private Q_SLOTS:
     void applyIsEnabledWhileAnyRecordIsMarked();
     void theButtonMarksTheSelectedRows();
     void theButtonMarksTheListedUpdates();
-    void clearingRemovesAllActions();
+    void clearActionsRemovesAllMarks();
     void markingManyRowsSortsTheTableOnce();
-    void aWarningReportsHiddenActions();
-    void everyFilterShowsTheWarningOfHiddenActions();
+    void aWarningReportsMarkedRowsThatAreNotListed();
+    void everyFilterThatHidesAMarkShowsTheWarning();
     void theWarningAboutUnlistedActionsDoesNotMoveTheControls();
     void warningHasTheColourOfWarnings();
 };
@@ -89,7 +89,7 @@ void MainWindowFilterTest::stateBoxSelectsTheListedRows()
     }
 }
 
-void MainWindowFilterTest::duplicatesCanBeLeftOut()
+void MainWindowFilterTest::duplicatesCanBeHidden()
 {
     shown->start();
     shown->choose(shown->stateBox, ViewInstallable);
@@ -262,7 +262,7 @@ void MainWindowFilterTest::aSearchForALineEndWithoutMatchesShowsAHint()
     QCOMPARE(shown->view->accessibleDescription(), QString("No package matches."));
 }
 
-void MainWindowFilterTest::invalidExpressionLooksDifferent()
+void MainWindowFilterTest::invalidExpressionHasTheColourOfErrors()
 {
     shown->start();
     const QColor usual = shown->regexpEdit->palette().color(QPalette::Base);
@@ -386,7 +386,7 @@ void MainWindowFilterTest::theButtonMarksTheListedUpdates()
     QCOMPARE(standIn->calls("apply"), 0);
 }
 
-void MainWindowFilterTest::clearingRemovesAllActions()
+void MainWindowFilterTest::clearActionsRemovesAllMarks()
 {
     shown->start();
     listEverything();
@@ -426,7 +426,7 @@ void MainWindowFilterTest::markingManyRowsSortsTheTableOnce()
     QCOMPARE(layout.count(), 2);
 }
 
-void MainWindowFilterTest::aWarningReportsHiddenActions()
+void MainWindowFilterTest::aWarningReportsMarkedRowsThatAreNotListed()
 {
     shown->start();
     shown->click("tool", ActionColumn);
@@ -441,7 +441,7 @@ void MainWindowFilterTest::aWarningReportsHiddenActions()
     QCOMPARE(shown->label->toolTip(), QString());
 }
 
-void MainWindowFilterTest::everyFilterShowsTheWarningOfHiddenActions()
+void MainWindowFilterTest::everyFilterThatHidesAMarkShowsTheWarning()
 {
     shown->start();
     listEverything();

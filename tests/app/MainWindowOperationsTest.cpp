@@ -29,8 +29,11 @@ private Q_SLOTS:
     void quittingIsRefusedWhileTheSystemIsChanged();
     void theLogHasTheRefusalToCloseOnceForEachOperation();
     void anOperationEndsAlsoWhileTheAboutWindowIsOpen();
-    void filterIsCorrectWhileThePackagesAreReadAgain() { compareReadAgain(Filter, "too", {"tool"}); }
-    void searchIsCorrectWhileThePackagesAreReadAgain()
+    void filteredTableHasNoWrongRowsWhileThePackagesAreReadAgain()
+    {
+        compareReadAgain(Filter, "too", {"tool"});
+    }
+    void searchedTableHasNoWrongRowsWhileThePackagesAreReadAgain()
     {
         compareReadAgain(Search, "needle", {"editor", "many", "tool"});
     }
@@ -42,7 +45,7 @@ private Q_SLOTS:
     void cleaningAllCollectsAgain() { compareClean("Clean All", "cleanAll"); }
     void cleaningPackagesDoesNotChangeTheTable();
     void warningsAboutTheConfigurationAreLoggedOnce();
-    void cleanEntriesNameTheCacheDirectory();
+    void menuEntriesForCleaningNameTheCacheDirectory();
     void theResizeButtonRestoresTheColumnWidths();
     void anApplyChangesTheSystemAndReadsThePackagesAgain();
     void theNextCollectionUsesTheCredentialsThatTheUserTypesAfterAnApply();
@@ -320,7 +323,7 @@ void MainWindowOperationsTest::warningsAboutTheConfigurationAreLoggedOnce()
     QCOMPARE(log.count("doubted.repo, section [doubted]: VYRE reads \"enabled=no\" as enabled"), 1);
 }
 
-void MainWindowOperationsTest::cleanEntriesNameTheCacheDirectory()
+void MainWindowOperationsTest::menuEntriesForCleaningNameTheCacheDirectory()
 {
     shown->start();
     const auto toolTip = [this](const char* text) { return shown->action("&Cache", text)->toolTip(); };

@@ -45,9 +45,9 @@ private Q_SLOTS:
     void menuOpensTheLog();
     void aboutShowsTheVersion();
     void aboutOpensItsPageInTheBrowserOfTheUser();
-    void shortcutQuits();
-    void menuQuits();
-    void closingQuits();
+    void shortcutQuitsTheProgram();
+    void menuEntryQuitsTheProgram();
+    void closingTheMainWindowQuitsTheProgram();
 };
 
 void MainWindowOtherWindowsTest::currentPackageCanBeDescribed()
@@ -388,17 +388,17 @@ void MainWindowOtherWindowsTest::aboutOpensItsPageInTheBrowserOfTheUser()
     QCOMPARE(page.readAll(), QByteArray("https://vyre.example/\n"));
 }
 
-void MainWindowOtherWindowsTest::shortcutQuits()
+void MainWindowOtherWindowsTest::shortcutQuitsTheProgram()
 {
     compareQuit([this] { shown->key(Qt::Key_Q, Qt::ControlModifier); });
 }
 
-void MainWindowOtherWindowsTest::menuQuits()
+void MainWindowOtherWindowsTest::menuEntryQuitsTheProgram()
 {
     compareQuit([this] { shown->choose("&Program", "&Quit"); });
 }
 
-void MainWindowOtherWindowsTest::closingQuits()
+void MainWindowOtherWindowsTest::closingTheMainWindowQuitsTheProgram()
 {
     // The key of the window manager closes the window.
     compareQuit([] { QCOMPARE(QProcess::execute("xdotool", {"key", "alt+F4"}), 0); });

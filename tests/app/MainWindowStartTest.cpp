@@ -24,12 +24,12 @@ private:
 
 private Q_SLOTS:
     void aHiddenWindowStartsNoWork();
-    void windowIsShownBeforeTheSlowWork();
+    void windowIsPaintedBeforeThePackagesAreCollected();
     void startListsTheOutdatedPackages();
-    void aSecondStartCollectsNothing();
+    void windowThatIsShownAgainCollectsNothing();
     void columnsFitTheirContentsAfterTheStart();
-    void settingsFromBeforeTheStartAreUsed();
-    void searchSetBeforeTheStartIsUsed();
+    void settingsMadeBeforeTheWindowIsShownAreUsed();
+    void searchSetBeforeTheWindowIsShownIsUsed();
     void filterOfTheCommandLineIsUsedAfterTheEditor()
     {
         compareAfterTheEditor(Filter, "many|shell", {"many", "shell"});
@@ -66,7 +66,7 @@ void MainWindowStartTest::aHiddenWindowStartsNoWork()
     QVERIFY(!shown->window->isVisible());
 }
 
-void MainWindowStartTest::windowIsShownBeforeTheSlowWork()
+void MainWindowStartTest::windowIsPaintedBeforeThePackagesAreCollected()
 {
     QStringList seen;
     QImage picture;
@@ -104,7 +104,7 @@ void MainWindowStartTest::startListsTheOutdatedPackages()
     QVERIFY(shown->view->horizontalHeader()->isSortIndicatorShown());
 }
 
-void MainWindowStartTest::aSecondStartCollectsNothing()
+void MainWindowStartTest::windowThatIsShownAgainCollectsNothing()
 {
     shown->start();
     shown->window->hide();
@@ -124,7 +124,7 @@ void MainWindowStartTest::columnsFitTheirContentsAfterTheStart()
     QVERIFY(shown->view->columnWidth(NameColumn) >= shown->view->fontMetrics().horizontalAdvance(longName));
 }
 
-void MainWindowStartTest::settingsFromBeforeTheStartAreUsed()
+void MainWindowStartTest::settingsMadeBeforeTheWindowIsShownAreUsed()
 {
     shown->window->setMode(Filter);
     shown->window->setRegexp("l");
@@ -141,7 +141,7 @@ void MainWindowStartTest::settingsFromBeforeTheStartAreUsed()
     QCOMPARE(shown->sorted(), (QStringList{"Games", "editor", "lib", "many", "shell", "tool"}));
 }
 
-void MainWindowStartTest::searchSetBeforeTheStartIsUsed()
+void MainWindowStartTest::searchSetBeforeTheWindowIsShownIsUsed()
 {
     shown->window->setMode(Search);
     shown->window->setRegexp("needle");

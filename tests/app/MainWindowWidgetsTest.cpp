@@ -23,7 +23,7 @@ private Q_SLOTS:
     void stateBoxHasTheEntriesFromUpdatableToAll();
     void buttonsHaveTheExpectedTextsAndToolTips();
     void partsAreInTheExpectedOrder();
-    void windowIsWideEnough();
+    void windowIsAtLeast768PixelsWideAndFitsTheScreen();
 };
 
 void MainWindowWidgetsTest::titleNamesTheMachine()
@@ -152,7 +152,7 @@ void MainWindowWidgetsTest::partsAreInTheExpectedOrder()
             place(buttonRow.at(2)).x() - place(buttonRow.at(1)).x() - buttonRow.at(1)->width());
 }
 
-void MainWindowWidgetsTest::windowIsWideEnough()
+void MainWindowWidgetsTest::windowIsAtLeast768PixelsWideAndFitsTheScreen()
 {
     QVERIFY(shown->window->sizeHint().width() >= 768);
     QVERIFY(shown->window->sizeHint().width() >= shown->window->minimumSizeHint().width());

@@ -13,14 +13,14 @@ private:
     EnvironmentVariable share{"VYRESHARE"};
 
 private Q_SLOTS:
-    void defaultIsTheDirectoryOfTheSystem()
+    void defaultShareDirectoryIsThatOfTheSystem()
     {
         share.unset();
         QCOMPARE(Share::absolute("python/YumIO.py"), QStringLiteral("/usr/share/vyre/python/YumIO.py"));
         QCOMPARE(Share::absolute(QString()), QStringLiteral("/usr/share/vyre/"));
     }
 
-    void environmentSetsTheDirectory_data()
+    void environmentSetsTheShareDirectory_data()
     {
         QTest::addColumn<QByteArray>("directory");
         QTest::addColumn<QString>("relative");
@@ -39,7 +39,7 @@ private Q_SLOTS:
                                                    << "/opt/%1/%1/%2";
     }
 
-    void environmentSetsTheDirectory()
+    void environmentSetsTheShareDirectory()
     {
         QFETCH(QByteArray, directory);
         QFETCH(QString, relative);

@@ -326,7 +326,7 @@ private Q_SLOTS:
             QApplication::setPalette(dark);
         }
         standIn = std::make_unique<StandIn>();
-        if (QByteArray(QTest::currentTestFunction()) == "foreignTextsAreNeverMarkup") {
+        if (QByteArray(QTest::currentTestFunction()) == "textsFromOutsideAreNeverMarkup") {
             watched = std::make_unique<WatchedPipe>();
             foreign = "<h1>x</h1><img src=\"" + watched->path() + "\">&amp;&nbsp;&";
             QFile configuration(standIn->root() + "/etc/yum.conf");
@@ -424,7 +424,7 @@ private Q_SLOTS:
         QCOMPARE(windows, windowCount);
     }
 
-    void foreignTextsAreNeverMarkup()
+    void textsFromOutsideAreNeverMarkup()
     {
         const auto isMarkup = [](const QString& shownText) {
             return Qt::mightBeRichText(shownText) &&

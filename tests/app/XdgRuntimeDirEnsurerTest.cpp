@@ -105,7 +105,7 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(expected));
     }
 
-    void everythingInsideIsRemoved()
+    void everythingInTheDirectoryIsRemoved()
     {
         const EnvironmentVariable variable("XDG_RUNTIME_DIR", QByteArray());
         const EnvironmentVariable base("TMPDIR", QFile::encodeName(temporary->path()));
@@ -210,7 +210,7 @@ private Q_SLOTS:
         }
     }
 
-    void aRefusedDirectoryIsClosed()
+    void descriptorsOfTheDirectoryAreClosedAtTheEnd()
     {
         QCOMPARE(mkdir(QFile::encodeName(runtimeDirectory()), 0750), 0);
         const EnvironmentVariable variable("XDG_RUNTIME_DIR", QByteArray());
@@ -226,7 +226,7 @@ private Q_SLOTS:
         QCOMPARE(descriptors.entryList(all).size(), before);
     }
 
-    void theModeDoesNotDependOnTheMask()
+    void theModeDoesNotDependOnTheUmask()
     {
         const EnvironmentVariable variable("XDG_RUNTIME_DIR", QByteArray());
         const EnvironmentVariable base("TMPDIR", QFile::encodeName(temporary->path()));
