@@ -177,7 +177,7 @@ class OpenedTest(DesktopTest):
 
 class RefusedTest(DesktopTest):
 
-    def test_other_texts_than_urls_of_the_four_kinds_are_refused(self):
+    def test_a_text_that_is_no_url_of_the_four_kinds_is_refused(self):
         for url in ('', 'host', 'host/path', 'javascript:alert(1)', 'mailto:a@b', 'data:text/html,x', 'http:',
                     'http://',
                     'http:///path', 'http://:80/', 'http://h:port/', 'file://host/etc', 'file:etc', 'smb://h/', '-h',
@@ -213,7 +213,7 @@ class RefusedTest(DesktopTest):
                 with self.subTest(path=path, program=program):
                     self.assertEqual(self.refused(program, *arguments), 'there is no file "{}"'.format(path))
 
-    def test_other_texts_than_plain_mime_types_are_refused(self):
+    def test_a_text_that_is_no_plain_mime_type_is_refused(self):
         path = self.file('x')
         for mime_type in ('', 'text', 'text/', '/plain', 'text/plain; charset=utf-8', 'text/*', 'a/b/c', '-x/y',
                           'text/plain\n', 'tex t/plain'):

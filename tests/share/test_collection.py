@@ -122,7 +122,7 @@ class SetupTest(ScenarioTest):
         self.assertTrue(self.yumio.base.sack.query().filter(name="wax-tablet"))
 
     @in_own_process
-    def test_an_unreachable_repository_is_a_repository_error(self):
+    def test_an_unreachable_repository_causes_a_repository_error(self):
         self.change_repository("sandbox-unreachable", "skip_if_unavailable=1", "skip_if_unavailable=0")
         self.load()
         with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "sandbox-unreachable"):
@@ -137,7 +137,7 @@ class SetupTest(ScenarioTest):
         return REPODATA + next(name for name in names if name.endswith(kind))
 
     @in_own_process
-    def test_bad_metadata_is_a_repository_error_until_the_repository_is_corrected(self):
+    def test_bad_metadata_cause_a_repository_error_until_they_are_corrected(self):
         self.load()
         for path, kind, arguments in (
                 (REPODATA + "repomd.xml", "status", (404,)),
@@ -160,7 +160,7 @@ class SetupTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_an_unreachable_server_is_a_repository_error(self):
+    def test_an_unreachable_server_causes_a_repository_error(self):
         self.load()
         self.server.stop()
         with self.assertRaises(self.dnf.exceptions.RepoError):

@@ -73,7 +73,7 @@ class CommandRulesTest(ScenarioTest):
         self.assertEqual(glob.glob(self.cached("*/packages/*.rpm")), [])
 
     @in_own_process
-    def test_metadata_expired_by_an_earlier_run_are_downloaded_again(self):
+    def test_metadata_that_an_earlier_run_has_expired_are_downloaded_again(self):
         self.configure("metadata_expire=never")
         self.started()
         self.yumio.unlock()
@@ -89,7 +89,7 @@ class CommandRulesTest(ScenarioTest):
         self.assertEqual(self.asked(), ["sandbox-http"])
 
     @in_own_process
-    def test_the_end_records_the_metadata_that_this_run_has_expired(self):
+    def test_metadata_that_this_run_has_expired_are_recorded_at_its_end(self):
         self.configure("metadata_expire=never")
         self.started()
         self.yumio.base.repos["sandbox-http"]._repo.expire()

@@ -262,7 +262,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertRegex(eval("dnf.__version__", self.script), r"^\d+\.\d+")
 
     @in_own_process
-    def test_an_unknown_repository_is_a_repository_error(self):
+    def test_an_unknown_repository_causes_a_repository_error(self):
         yumio = self.load()
         for method in (yumio.enableRepo, yumio.disableRepo):
             with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "no-such-repo"):

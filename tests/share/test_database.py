@@ -353,7 +353,7 @@ class HistoryTest(DatabaseTest):
         self.assertEqual(self.changes(self.apply, removes=["almanac"]), (set(), {ALMANAC}))
 
     @in_own_process
-    def test_a_history_with_foreign_contents_is_reported(self):
+    def test_a_history_with_wrong_contents_is_reported(self):
         self.check_damaged(lambda content: b"nonsense" * 10000)
 
     @in_own_process

@@ -90,7 +90,7 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(self.left_out(), [])
 
     @in_own_process
-    def test_the_other_marks_are_also_applied_with_best(self):
+    def test_the_other_marks_are_also_applied_if_best_is_set(self):
         self.configure("best=1")
         self.started()
         changed = self.changes(self.apply, updates=["tidewatch", "abacus-cli"], answers=[1, 1])
@@ -384,12 +384,12 @@ class GroupQuestionTest(QuestionTest):
 
     @needs_groups
     @in_own_process
-    def test_the_question_names_the_reasons_without_strict(self):
+    def test_the_question_names_the_reasons_if_strict_is_off(self):
         self.check_optional_members("strict=0")
 
     @needs_groups
     @in_own_process
-    def test_the_question_names_the_reasons_with_skip_broken(self):
+    def test_the_question_names_the_reasons_if_skip_broken_is_on(self):
         self.check_optional_members("skip_broken=1")
 
     @needs_groups

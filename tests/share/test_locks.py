@@ -152,7 +152,7 @@ class LockTest(ScenarioTest):
         self.assertEqual(self.load().lock(), self.lock_file())
 
     @in_own_process
-    def test_a_malformed_lock_file_is_a_lock_error(self):
+    def test_a_malformed_lock_file_causes_a_lock_error(self):
         self.write("/var/lib/dnf/rpmdb_lock.pid", "what?")
         yumio = self.load()
         with self.assertRaisesRegex(self.dnf.exceptions.LockError, "Malformed"):
@@ -171,7 +171,7 @@ class LockTest(ScenarioTest):
         self.assertTrue(os.path.exists(self.lock_file()))
 
     @in_own_process
-    def test_releasing_a_lock_without_its_file_is_a_lock_error(self):
+    def test_a_release_without_the_lock_file_causes_a_lock_error(self):
         yumio = self.load()
         yumio.lock()
         os.unlink(self.lock_file())

@@ -94,7 +94,7 @@ class MetadataTest(ScenarioTest):
         self.check_remark("filelists")
 
     @in_own_process
-    def test_file_lists_with_foreign_contents_are_reported(self):
+    def test_file_lists_with_wrong_contents_are_reported(self):
         self.damage("filelists", metadata.page)
         self.check_remark("filelists")
 
@@ -141,7 +141,7 @@ class MetadataTest(ScenarioTest):
                            "no element found")
 
     @in_own_process
-    def test_package_lists_with_foreign_contents_are_refused(self):
+    def test_package_lists_with_wrong_contents_are_refused(self):
         self.damage("primary", metadata.page)
         self.check_refused("The primary metadata of the repository sandbox-file are damaged: it is html$")
 

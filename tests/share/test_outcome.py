@@ -80,7 +80,7 @@ class NumbersTest(OutcomeTest):
         self.assertEqual(self.outcome(), {"groupsRemoved": 1})
 
     @in_own_process
-    def test_a_test_changes_nothing(self):
+    def test_a_test_transaction_counts_no_changes(self):
         self.configure("tsflags=test")
         self.started()
         self.assertIs(self.apply(installs=["astrolabe"], updates=["kernel"]), False)
@@ -105,7 +105,7 @@ class FailureTest(OutcomeTest):
         self.assertEqual(self.outcome(), {"removed": 1})
 
     @in_own_process
-    def test_failed_packages_are_counted_beside_the_changed_ones(self):
+    def test_failed_and_changed_packages_are_counted_separately(self):
         self.started()
         text = self.fails(installs=["brokenlatch", "astrolabe", "loupe"], removes=["stickyburr"])
         self.assertIn("The transaction failed for:\nbrokenlatch-1.0-1.noarch\nstickyburr-1.0-1.noarch", text)
@@ -115,7 +115,7 @@ class FailureTest(OutcomeTest):
         self.assertIn("The scriptlet of brokenlatch-1.0-1.noarch failed.", self.recording.errors())
 
     @in_own_process
-    def test_changes_are_known_even_if_the_transaction_breaks_off(self):
+    def test_changes_are_counted_even_if_the_transaction_raises_an_exception(self):
         self.started()
 
         def breaksOff(base, callback):
@@ -159,7 +159,7 @@ class RestartTest(OutcomeTest):
         self.assertEqual(self.outcome(), {"removed": 3})
 
     @in_own_process
-    def test_the_list_of_the_plug_in_decides(self):
+    def test_the_list_of_the_plug_in_decides_whether_a_restart_is_needed(self):
         self.started()
         sys.modules[PLUG_IN] = type(sys)(PLUG_IN)
         sys.modules[PLUG_IN].NEED_REBOOT = ["astrolabe"]
@@ -172,7 +172,7 @@ class RestartTest(OutcomeTest):
         self.assertFalse(self.yumio.outcome["restartNeeded"])
 
     @in_own_process
-    def test_the_files_of_the_plug_in_name_further_packages(self):
+    def test_the_settings_of_the_plug_in_add_packages_to_its_list(self):
         self.write("/etc/dnf/plugins/needs-restarting.d/ours.conf", "astrolabe\n\n( no name\n")
         self.write("/etc/dnf/plugins/needs-restarting.d/ours.txt", "loupe\n")
         self.started()
@@ -192,7 +192,7 @@ class RestartTest(OutcomeTest):
         self.assertTrue(self.yumio.outcome["restartNeeded"])
 
     @in_own_process
-    def test_the_own_list_has_all_names_of_the_plug_in(self):
+    def test_our_list_has_all_names_in_the_list_of_the_plug_in(self):
         """The test reads the file of the plug-in, because the modules that the plug-in imports may be missing."""
         self.started()
         path = os.path.join(os.path.dirname(os.path.dirname(self.dnf.__file__)), "dnf-plugins", "needs_restarting.py")

@@ -282,7 +282,7 @@ class FailuresTest(PlugInsTest):
         self.assertEqual(self.yumio.remarks, [])
 
     @in_own_process
-    def test_a_plug_in_that_needs_the_command_dnf_is_named_once(self):
+    def test_a_plug_in_that_needs_the_dnf_command_is_named_once(self):
         self.write_plug_in("crooked", raising("sack", "self.cli.demands.resolving = True"))
         self.write_plug_in("probe", PROBE)
         self.load()

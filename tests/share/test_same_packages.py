@@ -55,7 +55,7 @@ SCENARIOS = [
              update="unsettled", dnf="upgrade unsettled",
              differs=("Updates to packages without an architecture", "nothing")),
     # Packages whose older versions are kept
-    Scenario("a_new_kernel_leaves_the_installed_kernels", "+kernel", update="kernel", dnf="upgrade kernel"),
+    Scenario("a_new_kernel_does_not_replace_installed_kernels", "+kernel", update="kernel", dnf="upgrade kernel"),
     Scenario("a_new_kernel_replaces_the_oldest_at_the_limit", "^kernel", config="installonly_limit=2", update="kernel",
              dnf="upgrade kernel"),
     Scenario("a_new_kernel_replaces_no_kernel_without_a_limit", "+kernel", config="installonly_limit=0",

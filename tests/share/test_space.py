@@ -15,7 +15,7 @@ class SpaceTest(ScenarioTest):
         super(SpaceTest, self).enter()
 
     @in_own_process
-    def test_no_space_for_metadata_is_a_repository_error_with_the_free_space(self):
+    def test_no_space_for_metadata_causes_a_repository_error_with_the_free_space(self):
         self.mount_small("/var/cache", 40)
         self.load()
         self.yumio.lock()
@@ -175,7 +175,7 @@ class SpaceTest(ScenarioTest):
         self.assertEqual(self.yumio.remarks, [])
 
     @in_own_process
-    def test_no_space_for_the_lock_is_a_lock_error(self):
+    def test_no_space_for_the_lock_causes_a_lock_error(self):
         self.mount_small("/var/lib/dnf", PLENTY)
         self.load()
         self.fill("/var/lib/dnf")

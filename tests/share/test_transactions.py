@@ -31,7 +31,7 @@ class InstallTest(ScenarioTest):
                          {"sandbox-http"})
 
     @in_own_process
-    def test_callbacks_have_the_right_order(self):
+    def test_callbacks_of_an_installation_have_the_right_order(self):
         self.started()
         self.apply(installs=["chatterbox"])
         self.assertEqual(self.recording.order("rpmtransScriptout"), [
@@ -118,7 +118,7 @@ class UpdateTest(ScenarioTest):
         self.assertEqual(self.recording.errors(), [])
 
     @in_own_process
-    def test_a_new_kernel_leaves_the_installed_kernels(self):
+    def test_a_new_kernel_does_not_replace_installed_kernels(self):
         self.started()
         self.assertEqual(len([package for package in self.installed if package.name == "kernel"]), 2)
         changed = self.changes(self.apply, updates=["kernel"])
@@ -172,7 +172,7 @@ class UpdateTest(ScenarioTest):
         self.assertEqual(reason(self.package(self.installed, "abacus-cli")), USER)
 
     @in_own_process
-    def test_the_installed_version_is_no_update(self):
+    def test_the_installed_version_is_not_an_update(self):
         self.started()
         pair = [self.package(self.available, "almanac"), self.package(self.installed, "almanac")]
         with self.assertRaisesRegex(self.dnf.exceptions.Error, "almanac-1.9-1.noarch is not newer"):
@@ -516,7 +516,7 @@ class ScriptletTest(ScenarioTest):
         self.assertIn("halfline: nor after this", self.recording.output())
 
     @in_own_process
-    def test_a_package_whose_pre_scriptlet_fails_is_a_failure(self):
+    def test_a_failed_pre_scriptlet_makes_the_transaction_fail(self):
         self.started()
         self.assert_refused("brokenlatch", installs=["brokenlatch"])
         self.assertIn("the latch is stuck", self.recording.output())
@@ -563,7 +563,7 @@ class ScriptletTest(ScenarioTest):
         self.assertEqual([text for text in self.recording.errors() if "history" in text or "end" in text], [])
 
     @in_own_process
-    def test_a_package_that_cannot_be_removed_is_a_failure(self):
+    def test_a_package_that_cannot_be_removed_makes_the_transaction_fail(self):
         self.started()
         self.assert_refused("stickyburr", removes=["stickyburr"])
         self.assertIn("it does not come off", self.recording.output())

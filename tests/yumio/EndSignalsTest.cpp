@@ -132,7 +132,7 @@ private Q_SLOTS:
                  QStringLiteral("status %1").arg(number));
     }
 
-    void afterRenewingTheInterruptBecomesARequestAgain()
+    void renewMakesTheInterruptARequestAgain()
     {
         QCOMPARE(inChild([](int) {
                      kill(getpid(), SIGINT);
@@ -147,7 +147,7 @@ private Q_SLOTS:
                  QStringLiteral("status %1").arg(SIGINT));
     }
 
-    void renewingWithoutInstallingChangesNothing()
+    void renewWithoutInstallChangesNothing()
     {
         struct sigaction before = {};
         struct sigaction after = {};
@@ -194,7 +194,7 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(path));
     }
 
-    void aSignalEndsAChild()
+    void aSignalEndsAChildProcessWithoutARequest()
     {
         QCOMPARE(inChild([](int requests) {
                      const pid_t child = fork();
@@ -230,7 +230,7 @@ private Q_SLOTS:
         }
     }
 
-    void signalsThatTheProgramIgnoresRequestNoEnd()
+    void ignoredSignalsBecomeNoRequests()
     {
         QCOMPARE(inChild([](int requests) {
                      std::signal(SIGHUP, SIG_IGN);
@@ -246,7 +246,7 @@ private Q_SLOTS:
                  QStringLiteral("status 7"));
     }
 
-    void endByEndsTheProcessByTheSignal()
+    void endByEndsTheProcessWithTheSignal()
     {
         QCOMPARE(inChild([](int) {
                      sigset_t all;

@@ -145,7 +145,7 @@ private Q_SLOTS:
         QCOMPARE(standardErrorOf([] { delete new Package::Entry; }), QString());
     }
 
-    void keysThatDifferOnlyInGroupAreDifferent()
+    void packageAndGroupOfTheSameNameHaveDifferentKeys()
     {
         const YumIO::EntryKey package(false, "base", QString());
         const YumIO::EntryKey group(true, "base", QString());

@@ -137,7 +137,7 @@ private Q_SLOTS:
         QCOMPARE(records->count(), 1);
     }
 
-    void otherRecordsOfANameAreDuplicates()
+    void allRecordsOfANameExceptTheBestAreDuplicates()
     {
         QStringList compared;
         const auto isBetter = [&compared](const Package::Entry& best, const Package::Entry& other) {

@@ -145,7 +145,7 @@ private Q_SLOTS:
                  QStringList({"after", "status 0"}));
     }
 
-    void startedProgramsHaveTheUsualSignals()
+    void startedProgramsHandleSignalsAsUsual()
     {
         QCOMPARE(inChild([](int out) {
                      SignalRecorder recorder;

@@ -28,7 +28,7 @@ private Q_SLOTS:
         QCOMPARE(names.size(), int(TransactionOutcome::CountCount));
     }
 
-    void outcomeIsOneLine_data()
+    void outcomeIsDescribedInOneLine_data()
     {
         using O = TransactionOutcome;
         QTest::addColumn<QList<int>>("counts"); // pairs of a Count and its number
@@ -59,7 +59,7 @@ private Q_SLOTS:
             "3 installed; the scriptlets of %2 and 2 more failed");
     }
 
-    void outcomeIsOneLine()
+    void outcomeIsDescribedInOneLine()
     {
         QFETCH(QList<int>, counts);
         QFETCH(QStringList, scriptlets);

@@ -440,7 +440,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().count(), 1);
     }
 
-    void packagesAndGroupsWithoutAnIteratorAreReported()
+    void listsThatCannotBeIteratedAreReported()
     {
         backEnd->run("def broken():\n    yield Package('tool')\n    raise KeyError('x')\n"
                      "it.updates = 5");
@@ -615,7 +615,7 @@ private Q_SLOTS:
                  QString("[('i686', 'x86_64'), ('x86_64', 'i586')]"));
     }
 
-    void isBetterThanMustReturnTrueItself()
+    void onlyTheResultTrueOfIsBetterThanMeansBetter()
     {
         backEnd->run("it.available = [Package('lib', arch='x86_64'), Package('lib', arch='i686')]\n"
                      "it.does['isBetterThan'] = lambda a, b: 1");
@@ -756,7 +756,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().records.keyCount(), 0);
     }
 
-    void clearingBeforeTheEndReleasesNoReferences()
+    void clearingBeforeQuittingReleasesNoReferences()
     {
         backEnd->run("it.installed = [Package('kernel', v) for v in ('6.1', '6.2')]\nkernels = it.installed");
         QVERIFY(backEnd->collect());

@@ -99,7 +99,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->log(before), QStringList("2 0 careful"));
     }
 
-    void interpreterReportsInTheSameWay()
+    void errorsOfTheInterpreterAreShownToo()
     {
         QVERIFY(yumIO().python().pyLookup("dnf.nothing", false) == nullptr);
         QCOMPARE(errors(), QStringList("Internal error: pyLookup nothing: nothing not found\n"));
@@ -295,7 +295,7 @@ private Q_SLOTS:
         QVERIFY(backEnd->log(before).contains("3 0 KeyError: 'odd'"));
     }
 
-    void callWithAResultHasNotFailed()
+    void callWithoutAnExceptionHasNotFailed()
     {
         Python::ExceptScope scope(yumIO().python());
         yumIO().commExceptSetup();

@@ -126,7 +126,7 @@ private Q_SLOTS:
         QVERIFY(sandbox.stop());
     }
 
-    void roundsLeaveNothingBehind()
+    void repeatedCollectionsLeaveNothingBehind()
     {
         const int rounds = numberOfRounds();
         // In the first rounds, the program may open descriptors and fill caches that later rounds use.
@@ -182,7 +182,7 @@ private Q_SLOTS:
     }
 
     // The test clears the log, which keeps all messages.
-    void transactionsLeaveNothingBehind()
+    void repeatedTransactionsLeaveNothingBehind()
     {
         backEnd->yumIO.clearEntries();
         QVERIFY(backEnd->collect());

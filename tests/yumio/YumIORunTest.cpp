@@ -222,7 +222,7 @@ private Q_SLOTS:
                  QStringList("the first reason\nthe second reason\nstopped\nUnable to apply changes"));
     }
 
-    void listsAreReleased()
+    void listsForTheScriptAreReleasedAfterAnApply()
     {
         collect("it.available = [Package('tool')]");
         mark("tool", Package::Install);

@@ -379,7 +379,7 @@ private Q_SLOTS:
         QCOMPARE(texts(), QStringList());
     }
 
-    void repositoriesCanBeSwitched()
+    void repositoriesCanBeEnabledAndDisabled()
     {
         QVERIFY(backEnd->entry("hidden-gem") == nullptr);
         collectAgain({{"sandbox-disabled", true}, {"sandbox-http", false}, {"not-configured", true}});
@@ -473,7 +473,7 @@ private Q_SLOTS:
         QCOMPARE(entry->searchChangeLog, QByteArray("* Thu Jan 1 1970 Nobody\nmade up"));
     }
 
-    void packagesReplaceUnreadableMetadata_data()
+    void textsComeFromThePackagesIfMetadataAreUnreadable_data()
     {
         QTest::addColumn<QString>("expression");
         QTest::addColumn<bool>("warned");
@@ -487,7 +487,7 @@ private Q_SLOTS:
         QTest::newRow("cut off") << "cutOff(genuinePath(self, repoid, kind))" << true;
     }
 
-    void packagesReplaceUnreadableMetadata()
+    void textsComeFromThePackagesIfMetadataAreUnreadable()
     {
         QFETCH(QString, expression);
         QFETCH(bool, warned);
@@ -716,7 +716,7 @@ private Q_SLOTS:
 
     // The browser must open the address from which dnf downloads. Newer versions of dnf replace more
     // variables than older ones.
-    void variablesAreReplacedAsThePackageManagerDoesIt()
+    void variablesInUrlsAreReplacedAsByDnf()
     {
         QVERIFY(QDir().mkpath(root + "/etc/dnf/vars"));
         QFile variable(root + "/etc/dnf/vars/place");

@@ -336,7 +336,7 @@ private Q_SLOTS:
                               "again: failed"}));
     }
 
-    void lockIsReleasedAtTheEnd()
+    void lockIsReleasedWhenTheBackEndEnds()
     {
         const QByteArray script = "import sys\n"
                                   "import dnf.exceptions\n"

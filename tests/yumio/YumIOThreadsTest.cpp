@@ -221,7 +221,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->total.maximum(), 1);
     }
 
-    void clickAfterTheEndIsLeftForTheMainLoop()
+    void clickAfterTheEndOfAnOperationIsLeftForTheMainLoop()
     {
         QPushButton button("Press", &backEnd->window);
         button.setGeometry(10, 60, 100, 30);
@@ -295,7 +295,7 @@ private Q_SLOTS:
         QVERIFY(blocked);
     }
 
-    void interruptAfterARunHasItsDefault()
+    void interruptAfterARunHasItsDefaultAction()
     {
         yumIO().python().setEnablePythonSIGINTHandler(true);
         struct sigaction action;
@@ -321,7 +321,7 @@ private Q_SLOTS:
         QCOMPARE(WTERMSIG(status), SIGINT);
     }
 
-    void endOfTheProgramWaitsForTheWorker_data()
+    void programEndsOnlyAfterItsWorker_data()
     {
         QTest::addColumn<int>("way");
         QTest::newRow("quit") << 0;
@@ -329,7 +329,7 @@ private Q_SLOTS:
         QTest::newRow("last window closed") << 2;
     }
 
-    void endOfTheProgramWaitsForTheWorker()
+    void programEndsOnlyAfterItsWorker()
     {
         QFETCH(int, way);
         const auto endProgram = [this, way] {
