@@ -171,7 +171,7 @@ class MetadataTest(StartTest):
             self.assertEqual(program.titles(), [driver.main_title()])
             self.quit(window)
 
-    def test_package_lists_with_foreign_contents_are_reported(self):
+    def test_package_lists_with_wrong_contents_are_reported(self):
         repository = self.sandbox.repository('sandbox-file')
         shutil.copytree(repository, repository + '.away')
         metadata.alter(repository, 'primary', metadata.page)
@@ -183,7 +183,7 @@ class MetadataTest(StartTest):
         self.check_fails(mend, 'sandbox-file', 'The primary metadata of the repository sandbox-file are damaged: '
                          '"html" where "metadata" is expected')
 
-    def test_modules_with_foreign_contents_are_reported(self):
+    def test_modules_with_wrong_contents_are_reported(self):
         """If dnf read such modules, it would crash."""
         metadata.add_modules(self.sandbox.repository('sandbox-file'), 'nonsense\n' * 100, self.scratch)
         with self.program() as program:

@@ -15,7 +15,7 @@ class GroupsTest(JourneyTest):
         window.wait_names([name] if listed else [])
 
     @needs_groups
-    def test_group_is_installed_and_removed_again(self):
+    def test_group_is_installed_and_then_removed(self):
         members = ['hedgerow-4.0-1.noarch', 'orrery-3.7-1.x86_64', 'pebble-go-1.4-1.x86_64']
         with self.opened('--groups') as window:
             window.mark_listed('Games')

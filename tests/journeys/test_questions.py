@@ -40,10 +40,10 @@ class ConfirmationTest(JourneyTest):
             self.check_unchanged()
             window.wait_action('remove', 'birch-log')
 
-    def test_escape_cancels(self):
+    def test_escape_cancels_the_transaction(self):
         self.check_canceled(lambda dialog: dialog.press('Escape'))
 
-    def test_closing_the_question_cancels(self):
+    def test_closing_the_listing_cancels_the_transaction(self):
         self.check_canceled(lambda dialog: dialog.press('alt+F4'))
 
     def test_a_key_that_is_held_down_before_the_question_does_not_confirm(self):

@@ -435,7 +435,7 @@ class StartTest(EditingTest):
             self.quit(window)
         self.assertEqual(self.files(), files)
 
-    def test_escape_asks_if_changes_are_not_applied(self):
+    def test_escape_in_the_editor_asks_about_unapplied_changes(self):
         files = self.files()
         with self.opened() as window:
             editor = self.edit(window)
@@ -459,7 +459,7 @@ class StartTest(EditingTest):
             editor.wait_on(True, 'sandbox-file', PERMANENT)
             editor.close('Cancel')
 
-    def test_escape_with_typed_text_in_the_form_asks(self):
+    def test_escape_in_the_form_asks_about_typed_text(self):
         files = self.files()
         with self.opened() as window:
             editor = self.edit(window)

@@ -341,7 +341,7 @@ class EnvironmentTest(JourneyTest):
             dialog.click_button('OK')
             self.check_ended(program)
 
-    def test_variable_names_the_share_directory(self):
+    def test_environment_variable_sets_the_share_directory(self):
         copy = os.path.join(self.scratch, 'share of another name')
         shutil.copytree(driver.SHARE, copy)
         self.check_starts({'VYRESHARE': copy})
