@@ -154,7 +154,7 @@ class AdministratorTest(unittest.TestCase):
         hurtful = os.path.join(self.system.home, 'hurtful')
         arguments = ['--regexp=$(touch {0}); `touch {0}` "\'*'.format(hurtful), '--state', 'all; touch ' + hurtful,
                      '--disablerepo=a b\nc']
-        # This argument contains a blank, so it is not a known state.
+        # VYRE must get this value of --state in one piece, and refuse it.
         self.start(*arguments, XAUTHORITY=cookies)
         self.dismiss_message()
         self.assertIn('vyre: unrecogized argument to -s/--state option: all; touch ' + hurtful + '\n', self.ended()[1])
@@ -336,8 +336,8 @@ class AdministratorTest(unittest.TestCase):
                     self.assertEqual(self.system.record()['arguments'], expected)
 
     def test_arguments_are_parsed_as_in_vyre(self):
-        """Tests with random arguments: vyre-admin either refuses them, or gives VYRE arguments of the same meaning that
-        Qt cannot misread.
+        """Random arguments: vyre-admin either refuses them, or gives VYRE equivalent arguments that Qt does not
+        interpret.
         """
         admin = importlib.machinery.SourceFileLoader('admin', ADMIN).load_module()
         letters = {'-h': '--help', '-H': '--help', '-m': '--mode', '-e': '--regexp', '-s': '--state', '-g': '--groups',
@@ -391,7 +391,8 @@ class AdministratorTest(unittest.TestCase):
                 (['-testability'], '-testability'), (['-session', 'x'], '-session'), (['-display', ':1'], '-display'),
                 (['-qmljsdebugger=port:1,file:/x'], '-qmljsdebugger=port:1,file:/x'), (['-reverse'], '-reverse'),
                 (['-geometry', '1x1'], '-geometry'),
-                # At these places, vyre would expect the argument of the option before.
+                # Each refused word is at the place of an argument: vyre would accept it as the argument of the option
+                # before it.
                 (['-e', '-platformpluginpath', '--log'], '-platformpluginpath'),
                 (['--regexp', '--platform', '-gl'], '--platform'),
                 (['--disablerepo', '-stylesheet=/etc/shadow'], '-stylesheet=/etc/shadow'),

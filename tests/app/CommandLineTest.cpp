@@ -46,7 +46,7 @@ struct Ended
     QString err;
 };
 
-// Runs the built program with these options, and waits until it ends without a request.
+// Runs the built program with these options, and waits until it ends by itself.
 Ended run(const QStringList& arguments, const QString& program = QStringLiteral(VYRE))
 {
     QProcess process;

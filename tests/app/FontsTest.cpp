@@ -34,7 +34,7 @@ private:
     QStringList families;
 };
 
-// Of all known font families, those that Qt does not replace by another family.
+// The known font families that Qt does not replace by other families.
 QStringList resolvingFamilies()
 {
     QStringList resolving;

@@ -18,7 +18,7 @@ class MainTest : public QObject
 private:
     std::unique_ptr<StandIn> standIn;
     std::unique_ptr<QTemporaryDir> temporary;
-    qint64 processId = 0; // the process of the program that startAndQuit() runs
+    qint64 processId = 0; // of the program that startAndQuit() runs
 
     QString runtimeName() const { return QStringLiteral("xdg_runtime.%1").arg(geteuid()); }
 

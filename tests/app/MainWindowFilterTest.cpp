@@ -417,7 +417,7 @@ void MainWindowFilterTest::markingManyRowsSortsTheTableOnce()
     shown->view->setFocus();
     shown->key(Qt::Key_A, Qt::ControlModifier);
     QSignalSpy layout(shown->proxy, SIGNAL(layoutChanged()));
-    // If each row caused a separate sort, these rows would need minutes.
+    // With many rows, a separate sort for each marked row would take minutes.
     shown->press("Set &Install/Update of Selected");
     QCOMPARE(shown->marks().count(), 50);
     QCOMPARE(layout.count(), 1);

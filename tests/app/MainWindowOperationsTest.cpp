@@ -381,7 +381,7 @@ void MainWindowOperationsTest::theNextCollectionUsesTheCredentialsThatTheUserTyp
     shown->start();
     shown->choose(shown->stateBox, ViewAll);
     shown->click("tool", ActionColumn);
-    // The applied package brings a new repository file without credentials.
+    // The applied update installs a repository file that lacks credentials.
     standIn->setRepos("[base]\nname=Base\nbaseurl=http://h/vantor?u=&p=&path=/x\n");
     standIn->forgetCalls();
     QTimer timer;
@@ -494,7 +494,7 @@ void MainWindowOperationsTest::credentialsAreAskedForIfATransactionAddsAReposito
 {
     shown->start();
     shown->click("tool", ActionColumn);
-    // The applied package brings a new repository file.
+    // The applied update installs a repository file that lacks credentials.
     standIn->setRepos("[base]\nbaseurl=http://h/vantor?u=&p=&path=/x\n");
     const Answers answers("OK");
     shown->press("&Apply Actions");

@@ -205,7 +205,7 @@ void MainWindowOtherWindowsTest::theOutcomeIsShownUntilTheNextOperation()
     const QJsonObject outcome{{"updated", 1}, {"restartNeeded", true}};
     const auto apply = [&] {
         applyWithOutcome(outcome);
-        QCOMPARE(outcomeText(), text); // still shown after the collection that follows
+        QCOMPARE(outcomeText(), text); // still shown after the packages are read
     };
     apply();
     // A filter or a search is not an operation, so the window still shows the outcome.
@@ -318,7 +318,7 @@ void MainWindowOtherWindowsTest::shortcutOpensTheLog()
     QVERIFY(logIsVisible());
     QVERIFY(QTest::qWaitForWindowActive(logWindow()));
     QVERIFY(logWindow()->findChild<QTextEdit*>()->toPlainText().contains("Initialization"));
-    // Its shortcut opens the window a second time.
+    // After the window is closed, the shortcut opens it again.
     const Log::Window* first = logWindow();
     const QSize size = first->size() - QSize(20, 30);
     logWindow()->resize(size);

@@ -16,7 +16,7 @@ private:
 
     // The visible text; empty while the notice is hidden.
     QString text() const { return notice->isVisible() ? notice->text() : QString(); }
-    // Ends the time of the visible text.
+    // Lets the time of the visible text end; returns the text that is visible then.
     QString textAfterwards()
     {
         return QMetaObject::invokeMethod(notice, "showNext") ? text() : QStringLiteral("(no such slot)");

@@ -39,8 +39,8 @@
 
 using PackageTable::Describe::Instance::RepoDialog;
 
-// A named pipe, whose name the tests use in markup for a picture. If the program opened it as a picture, the
-// program would wait for a writer and hang. A thread of this class counts such readers, and frees them.
+// A named pipe, which markup in the tests names as a picture. If the program opened the pipe for reading, it
+// would wait for a writer and hang. Therefore a thread counts the readers, and releases them.
 class WatchedPipe
 {
 public:
@@ -411,7 +411,8 @@ private Q_SLOTS:
                 }
             }
             QVERIFY2(missed.isEmpty(), qPrintable(name + ": " + missed.join(", ")));
-            // Along the tab order, the reading order goes back only once: from the last control to the first.
+            // Tab moves the focus forward in the reading order, except once: from the last control to the
+            // first.
             for (int i = 0; i < reached.count(); ++i) {
                 const QWidget* from = reached.at(i);
                 const QWidget* to = reached.at((i + 1) % reached.count());
@@ -480,8 +481,8 @@ private Q_SLOTS:
                 for (const QAction* action : bar->actions()) {
                     QCOMPARE(doubled(mnemonicsOf(textsOf(action->menu()->actions()))), QStringList());
                 }
-                // The keys of these two controls are decided. A second press of the key reaches the other
-                // control.
+                // These two texts are fixed, although they have the same key: a second press of the key
+                // reaches the other control.
                 both = QStringList{"Alt+C &Cache", "Alt+C &Clear Actions"};
                 QVERIFY(mnemonicsOf(texts).count() > 10);
             }

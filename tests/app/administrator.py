@@ -155,7 +155,7 @@ class System:
         write('/etc/polkit-1/rules.d/00-test.rules', RULE)
         os.chmod('/etc/polkit-1/rules.d', 0o755)
         self.recorded = os.path.join(self.directory('record', 0), 'record')
-        # VYRE finds a repository without packages, and no installed packages.
+        # VYRE finds neither installed nor available packages here.
         repository = self.directory('repository', 0)
         run('createrepo_c', repository)
         write('/etc/yum.conf', '[main]\nplugins=0\nreposdir={}\n'.format(repository))
@@ -318,7 +318,7 @@ class Agent(threading.Thread):
                     self.text += os.read(self.terminal, 4096).decode('utf-8', 'replace')
                 except OSError:
                     break
-            # While the terminal still shows typed text, it would discard early input, so wait until it hides the text.
+            # The terminal would discard a password that arrives before it hides typed text, so wait until it does.
             if self.text[answered:].rstrip().lower().endswith('password:') and \
                     not termios.tcgetattr(self.terminal)[3] & termios.ECHO:
                 answered = len(self.text)

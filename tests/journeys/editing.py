@@ -167,7 +167,7 @@ class EditingTest(JourneyTest):
 
     def requests_from_now(self):
         """The number of requests that the server has received. If the next collection reads the repositories, it makes
-        more.
+        more requests.
 
         This function lets the metadata expire, because a collection could otherwise use metadata that are less than a
         second old.

@@ -26,13 +26,13 @@ from vyresandbox import Sandbox  # noqa: E402
 DATABASE_LOCK = 'var/lib/dnf/rpmdb_lock.pid'
 
 DEPENDENCIES = 'Performing the following to resolve dependencies:'
-# For lines about additional removals, the heading in the listing, by the word with which the line begins.
+# Maps the first word of a line about an additional removal to the heading above this line in the listing.
 DEPENDENCY_HEADINGS = {'Remove (unused):': 'Removing unused dependencies:', 'Remove:': 'Removing dependent packages:'}
 ONLY_REMOVALS = 'No downloads; only removals\n'
 
 
 class Gate:
-    """A fault for the sandbox's server: until the gate is open, the server does not answer the request."""
+    """A fault for the sandbox's server: until the gate is open, the server does not answer a request."""
 
     def __init__(self):
         self._reached = threading.Event()

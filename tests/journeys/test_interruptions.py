@@ -101,7 +101,9 @@ class KillBeforeTest(JourneyTest):
         self.assertIn('Operation aborted', done.stdout.decode())
 
     def check_after_kill(self, program, *locks):
-        """Wait until the program holds these locks, kill it, and check that a next run works."""
+        """Wait until the program holds these locks, and kill it. Check that the lock files are left behind, and that no
+        package has changed. Return the number of the killed process, and the paths of the lock files.
+        """
         files = [os.path.join(self.sandbox.root, lock) for lock in locks]
         wait_for(lambda: set(files) <= set(self.locks()), 'the locks')
         number = program.process.pid

@@ -31,7 +31,7 @@ class ItselfTest(JourneyTest):
         subprocess.run(['createrepo_c', '--quiet', repository], check=True)
         with open(os.path.join(self.sandbox.root, 'etc/yum.repos.d/itself.repo'), 'w') as stream:
             stream.write('[itself]\nname=VYRE itself\nbaseurl=file://{}\nenabled=1\ngpgcheck=0\n'.format(repository))
-        # With these packages, rpm finds all dependencies of VYRE installed.
+        # rpm installs VYRE only if these packages provide all its dependencies.
         self.sandbox.rpm('--install', '--nosignature', *needed)
         self.sandbox.rpm('--install', '--nosignature', older)
         self.before = self.sandbox.installed()

@@ -41,7 +41,7 @@ class OutcomeTest(JourneyTest):
             window.wait_ready()
             window.wait_settled()
             self.picture('outcome')
-            # The outcome is still shown after a filter and an open log, because these are not operations.
+            # Neither a filter nor the Log window is an operation, so the outcome is still shown.
             window.set_filter('^limpgate ')
             window.press('alt+l')
             log = window.program.window('VYRE Log')

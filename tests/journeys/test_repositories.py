@@ -73,7 +73,7 @@ class UseTest(EditingTest):
             self.carry_out(window)
             self.check_changed(new=['hidden-gem-1.0-1.noarch'])
             self.assertEqual(self.files(), files)
-        # The next run does not use what the user set for this session.
+        # The next run does not use the setting for this session.
         with self.opened() as window:
             editor = self.edit(window)
             editor.wait_on(False, 'sandbox-disabled', SESSION)

@@ -12,7 +12,7 @@ class SignalTest(StartTest):
     """A signal ends the program and never damages the system."""
 
     ENDING = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
-    # Examples of signals that other programs do not send to end a program.
+    # Examples of signals whose purpose is not to end a program.
     OTHER = (signal.SIGUSR1, signal.SIGALRM, signal.SIGSEGV, signal.SIGRTMIN + 3)
 
     def check_next_run(self):

@@ -189,7 +189,7 @@ void LogWindowTest::windowHasTheExpectedTextsAndRanges()
     const int frame = 2 * pane->frameWidth();
     QCOMPARE(pane->sizeHint(), QSize(frame + 100 * pane->fontMetrics().horizontalAdvance(QLatin1Char('n')),
                                      frame + 24 * pane->fontMetrics().lineSpacing()));
-    // The label and the number are on the left, the button is on the right.
+    // Below the pane, the label and the number are on the left, and the Close button is on the right.
     open();
     const QRect label = window->findChild<QLabel*>()->geometry();
     QVERIFY(label.top() > pane->geometry().bottom());

@@ -149,7 +149,7 @@ void ProgressDownloadsTest::resetRemovesTheDownloads()
     QCOMPARE(downloads(spy.at(0).at(0)).count(), 0u);
     QVERIFY(!total->isEnabled());
     QVERIFY(!item->isEnabled());
-    // The next operation starts at zero.
+    // After reset(), the next operation starts at zero.
     progress.startTotal("Again", 10);
     progress.startItem("first", 5, 1);
     QCOMPARE(total->value(), 0);

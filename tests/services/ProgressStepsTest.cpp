@@ -5,7 +5,7 @@
 
 #include "tests/services/ShownBars.h"
 
-// Tests of the values of both bars. A total consists of items, and an item of acts.
+// Tests of the total bar and the item bar. The total consists of items, and each item consists of acts.
 class ProgressStepsTest : public ShownBars
 {
     Q_OBJECT
@@ -217,7 +217,7 @@ void ProgressStepsTest::bytesBeyondTheRangeOfABarAreScaled()
     progress.setItemValue(2 * gigabyte);
     QCOMPARE(item->value(), 1 << 28);
     QCOMPARE(item->text(), QString("Downloading (25%)"));
-    // Each bar has its own scale.
+    // The item bar and the total bar are scaled separately.
     progress.changeItemActSteps(3 * gigabyte, 4 * gigabyte);
     QCOMPARE(item->maximum(), 1 << 30);
     QCOMPARE(item->value(), 3 << 28);
@@ -225,7 +225,7 @@ void ProgressStepsTest::bytesBeyondTheRangeOfABarAreScaled()
     QCOMPARE(total->maximum(), 3 << 29);
     QCOMPARE(total->value(), 750 >> 2);
 
-    // A smaller maximum needs no scale.
+    // A maximum within the range of a bar is not scaled.
     progress.changeTotal(1500);
     QCOMPARE(total->maximum(), 1500);
     QCOMPARE(total->value(), 750);
@@ -289,7 +289,7 @@ void ProgressStepsTest::endItemActsMovesTheBarToTheEndOfAllActs()
     progress.startItemAct("one", 10, 1);
     progress.endItemActs();
     QCOMPARE(total->value(), 150);
-    // No part of the item is left after its end, so later steps do not move the total bar.
+    // After the end of the item, no part of it is left, so later steps do not move the total bar.
     progress.changeItemActSteps(10, 10);
     QCOMPARE(total->value(), 150);
 }

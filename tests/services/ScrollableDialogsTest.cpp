@@ -312,7 +312,7 @@ void ScrollableDialogsTest::keysScrollALongText()
     dialog.show();
     QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
     const QScrollBar* scrollBar = dialog.findChild<HScrollArea*>()->verticalScrollBar();
-    // Moves the focus until the text has it.
+    // Moves the focus with Tab, until the text has the focus and Page Down scrolls it.
     for (int i = 0; i < 4 && scrollBar->value() == 0; ++i) {
         QTest::keyClick(dialog.windowHandle(), Qt::Key_PageDown);
         QTest::keyClick(dialog.windowHandle(), Qt::Key_Tab);

@@ -630,8 +630,8 @@ void YumIOCapturersTest::aDescriptorThatCannotBeReplacedIsKept()
         after = countDescriptors();
     });
     QCOMPARE(receiver.errors, QStringList({"Unable to dup2 pipe to capture rpm transaction output"}));
-    // Standard output is replaced first. If standard error then fails, standard output is restored only at
-    // the end.
+    // The capturer replaces standard output first. If it then cannot replace standard error, it restores
+    // standard output only at the end.
     QCOMPARE(stdoutStayed, descriptor == STDOUT_FILENO);
     QVERIFY(stderrStayed);
     QVERIFY(restored);
@@ -653,8 +653,8 @@ void YumIOCapturersTest::aFailedRestoreIsReportedAndTheReaderContinues()
     // program ends.
     static Receiver receivers[3];
     Receiver& receiver = receivers[descriptor];
-    // If standard output and standard error are the same file, the saved descriptors differ only in the order
-    // of their creation. Therefore the test calculates the number of the descriptor that it closes.
+    // Standard output and standard error may be the same file. Then only the order of creation distinguishes
+    // the saved descriptors, so the test calculates the number of the descriptor that it closes.
     bool stderrRestored = true;
     bool stdoutRestored = true;
     runOnWorker([&] {

@@ -61,7 +61,7 @@ QPushButton* button(const QWidget* dialog, const QString& text)
     return nullptr;
 }
 
-// The properties of a message box that the user sees.
+// The visible properties of a message box.
 QStringList describe(const QMessageBox* box)
 {
     QStringList description{
@@ -435,7 +435,7 @@ void YumIODialogsTest::theScrollableDialogShowsTheTextUntilItIsClosed()
 void YumIODialogsTest::theWorkerGetsTheAnswerBeforeTheGraphicalThreadReturnsToItsLoop()
 {
     YumIODialogs dialogs(mainWindow.get());
-    // Set by the first event that is processed after the dialog has opened.
+    // Becomes true as soon as an event is processed after the dialog has opened.
     bool eventsProcessed = false;
     connect(&dialogs, &YumIODialogs::confirmSig, this,
             [&] { QTimer::singleShot(0, this, [&] { eventsProcessed = true; }); });

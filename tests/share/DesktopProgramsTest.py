@@ -301,8 +301,7 @@ class UserTest(DesktopTest):
                 os.remove(os.path.join(self.bin, program))
 
     def run_admin_with_ended_vyre(self, end):
-        """Run vyre-admin with a stand-in for pkexec and VYRE, which prints a message and then runs this shell command.
-        """
+        """Run vyre-admin. A stand-in for pkexec, and so for VYRE, prints a message and then runs this shell command."""
         self.install('pkexec', "#!/bin/sh\nprintf '%s\\n' '{}' >&2\n{}\n".format(self.HOSTILE, end))
 
         def become():

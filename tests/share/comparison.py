@@ -61,9 +61,8 @@ plugins=0
 module_platform_id=platform:larkspur9
 """
 
-# The headings below which dnf's table lists packages. The script lists these packages as items; each heading belongs to
-# an item's action or reason. Below all other headings, dnf lists no packages, and the script adds these headings to the
-# listing itself.
+# The headings above packages in dnf's table, by the action or the reason of the packages. The script passes these
+# packages as items. No packages are below the other headings, which the script adds to the listing itself.
 INSTALLED_FOR = {GROUP: "Installing group/module packages", WEAK: "Installing weak dependencies",
                  DEPENDENCY: "Installing dependencies"}
 REMOVED_FOR = {DEPENDENCY: "Removing dependent packages", CLEAN: "Removing unused dependencies"}
@@ -156,7 +155,7 @@ _world = None
 
 
 def world():
-    """Returns the World of this test process, which is made only once."""
+    """Returns this test process's World, and makes it if necessary."""
     global _world
     if _world is None:
         _world = World()

@@ -65,7 +65,7 @@ class LeftoversTest(ScenarioTest):
         self.collect_again()
         self.assertEqual(self.reports(), ["The history does not record the end of the last transaction, begun on "
                                           "%s.\nAll its packages are in the intended state." % time.ctime(86400)])
-        # Without one of its packages, the transaction counts as interrupted.
+        # If one of its packages is missing, the transaction counts as interrupted.
         self.sandbox.rpm("--erase", "astrolabe")
         self.collect_again()
         self.assertEqual(self.reports(), ["The last transaction, begun on %s, was interrupted.\n"
@@ -207,7 +207,7 @@ class SetupTest(ScenarioTest):
         self.server.forget()
         self.again()
         self.assertIn(REPODATA + "repomd.xml", self.server.paths(200))
-        # The server sent no file that has not changed.
+        # Metadata that have not changed are not downloaded again.
         self.assertNotIn(self.metadata("primary.xml.gz"), self.server.paths())
         self.package(self.available, "astrolabe")
 
@@ -445,7 +445,7 @@ class CollectionTest(ScenarioTest):
                 self.assertEqual(package.buildhost, "builder7.larkspur.example")
                 self.assertGreater(len(package.changelogs), 0)
         self.assertEqual(looked_up, ["gallivant", "almanac", "gallivant"])
-        # A transaction makes the script discard the header, so it looks the header up again.
+        # After a transaction, the script looks the header up again.
         del looked_up[:]
         self.apply(installs=["chatterbox"], answers=[0])
         self.assertEqual(gallivant.buildhost, "builder7.larkspur.example")
@@ -652,7 +652,7 @@ class ArchitectureTest(ScenarioTest):
         return [package for package in packages if package.name in self.CASES]
 
     def chain(self, new):
-        """The installed packages that the record of an update chains."""
+        """The installed packages that the program chains to the record of this update."""
         biArch = self.yumio.getBiArch
         key = (new.name, biArch(new.arch))
         moved = {(old.name, biArch(old.arch)): (each.name, biArch(each.arch))

@@ -138,7 +138,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(self.address_used_by_dnf(), address)
 
     def address_used_by_dnf(self):
-        """The URL of the repository "parts" that dnf reports in its message about the failed download."""
+        """The URL of the "parts" repository in dnf's message about the failed download."""
         command = ["/usr/bin/dnf", "--installroot", self.sandbox.root, "--noplugins", "repolist", "--verbose",
                    "--setopt=reposdir=%s/etc/yum.repos.d" % self.sandbox.root, "--disablerepo=*", "--enablerepo=parts"]
         shown = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, universal_newlines=True,

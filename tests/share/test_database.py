@@ -268,7 +268,7 @@ class LockedTest(DatabaseTest):
                 self.let_go()
         self.module("program").changeActivity = show
         self.assertEqual(self.changes(self.apply, removes=["almanac"]), (set(), {ALMANAC}))
-        # "Waiting for" is shown before the lock is free. When the lock is free, the bar shows the next step.
+        # Until the lock is free, the bar shows "Waiting for". Then it shows the next step.
         self.assertRegex(shown[2], "^Waiting for ")
         self.assertEqual(shown[3:], ["Resolve Dependencies"])
 

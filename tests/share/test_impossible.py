@@ -508,8 +508,8 @@ class RemovalTest(QuestionTest):
         self.assertEqual(self.left_out(), ["birch-log-3.0-1.x86_64", "parrot-1.0-1.noarch"])
 
     def install_protected_package_with_two_providers(self):
-        """Installs a protected package and two packages that provide the same requirement of it. One of the two can be
-        removed, but not both.
+        """Installs a protected package, and two packages that both satisfy its requirement. One of them can be removed,
+        but not both.
         """
         self.build("oil-a", "Provides: lamp-oil")
         self.build("oil-b", "Provides: lamp-oil")
@@ -536,7 +536,9 @@ class RemovalTest(QuestionTest):
 
     @in_own_process
     def test_an_available_provider_does_not_replace_a_removed_provider(self):
-        """Like dnf, the script removes a package although an available package could provide its requirement."""
+        """Like dnf, the script removes a dependent package even if an available package could replace the removed
+        provider.
+        """
         self.install_package_with_two_providers()
         self.started()
         changed = self.changes(self.apply, removes=["tern-mta"])

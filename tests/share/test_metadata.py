@@ -31,7 +31,7 @@ NO_FAULTS_OF_MODULES = "Detection of Platform Module failed: No valid Platform I
 
 
 def fault_of_metadata(path, element):
-    """A stand-in for the program's function, which also checks the number of packages."""
+    """A stand-in for the program's function. Unlike the real function, it does not check the number of packages."""
     roots = []
     parser = xml.parsers.expat.ParserCreate()
     parser.StartElementHandler = lambda name, attributes: roots.append(name)

@@ -49,7 +49,7 @@ class ModulesTest(ModuleScenario):
         before = self.streams()
         self.apply(installs=["grove-cli"], answers=[0])
         self.assertEqual(self.streams(), before)
-        # The refused stream does not remain for the next transaction.
+        # The next transaction does not enable the refused stream.
         del self.added[:]
         self.apply(installs=["astrolabe"])
         self.assertEqual(self.added, [])

@@ -5,7 +5,7 @@ from comparison import Scenario, tests
 
 MODULES = ["extra-modules"]
 
-# The result of both programs for a package of an inactive stream.
+# If a stream is inactive, neither program offers its packages.
 HIDDEN = "refused modular filtering|not in the table"
 
 SCENARIOS = [

@@ -86,7 +86,7 @@ class InstallTest(ScenarioTest):
         self.assertEqual(changed, NOTHING)
         self.assertEqual(self.recording.names()[-1:], ["userconfirm"])
         self.assertIsNone(self.yumio.base.history.group.get("games"))
-        # The refused actions do not remain for the next transaction.
+        # The next transaction does not contain the refused actions.
         changed = self.changes(self.apply, installs=["astrolabe"])
         self.assertEqual(changed, ({"astrolabe-5.6-1.x86_64"}, set()))
         self.assertEqual(set(self.recording.listed()), {"astrolabe-5.6-1.x86_64"})

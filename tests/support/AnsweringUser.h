@@ -101,7 +101,7 @@ public:
 
     // The dialogs that have opened, in order.
     QList<ShownBox> seen;
-    // Answers the next dialog.
+    // How the next dialog is answered.
     Answer answer;
 
 private:
@@ -117,7 +117,7 @@ private:
     }
     void look()
     {
-        // An answer processes events.
+        // An answer processes events, so the timer may call this function again before the answer has ended.
         if (answering) {
             return;
         }
@@ -138,8 +138,8 @@ private:
         if (!takesInput(dialog)) {
             return;
         }
-        // If the window is just getting the focus, the click may be lost. In this case, the next call answers
-        // again.
+        // If the window is just getting the focus, it may lose the click. Then the next call of this function
+        // answers again.
         const QScopedValueRollback<bool> guard(answering, true);
         answer(dialog);
     }

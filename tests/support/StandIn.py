@@ -68,8 +68,8 @@ class Package:
 
 
 class WaitingPackage(Package):
-    """A package whose change log exists only after the test permits it. A blocked graphical thread would also block the
-    test.
+    """A package whose change log exists only after the test permits it. If the program blocked the graphical thread
+    until then, the test could never permit it.
     """
 
     @property
@@ -135,7 +135,7 @@ class Group:
 
 
 class History:
-    """The history, which is also its own list of groups."""
+    """The history. Its "group" attribute is the object itself."""
 
     def __init__(self):
         self.group = self
@@ -156,7 +156,7 @@ class YumIO:
                                                                      releasever='39'))
 
     def __getattribute__(self, name):
-        """Record the name of each requested method, because the program requests a method only to call it."""
+        """Record the name of a method when the program looks the method up, because it does so only to call it."""
         value = object.__getattribute__(self, name)
         if callable(value) and name not in ('getBiArch', 'isBetterThan', 'readOutcome', 'versionLocks', 'wait'):
             note(name)

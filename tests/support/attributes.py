@@ -6,8 +6,8 @@ import re
 
 SOURCES = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 
-# A row in Fields.cpp. The "name" field has an empty label. A field whose source is not an attribute has an empty
-# attribute.
+# A row in Fields.cpp. The "name" field has an empty label. If the value of a field does not come from an attribute,
+# `attribute` is empty.
 Field = collections.namedtuple('Field', 'name label source attribute uses')
 
 

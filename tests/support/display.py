@@ -95,7 +95,7 @@ class VirtualDisplay:
             self.log.seek(0)
             raise StartError('Xvfb did not start:\n' + self.log.read().decode(errors='replace'))
         self.environment['DISPLAY'] = ':' + number
-        # Some tests kill the server.
+        # Some tests have already killed the server.
         self.environment['X_SERVER_PID'] = str(self.started[0].pid)
 
     def _clean_up_after_server(self):
@@ -119,8 +119,8 @@ class VirtualDisplay:
     def _start_accessibility(self):
         self.environment['QT_LINUX_ACCESSIBILITY_ALWAYS_ON'] = '1'
         if self.any_user:
-            # The accessibility bus of the usual launcher accepts only the launcher's user and root. So the message bus
-            # also serves as the accessibility bus.
+            # The usual launcher starts an accessibility bus that accepts only its own user and root. Therefore the
+            # message bus serves as the accessibility bus too.
             os.chmod(self.scratch.name, 0o711)
             address = 'unix:path=' + os.path.join(self.scratch.name, 'bus')
             # Programs that the message bus starts need this variable too.
@@ -139,7 +139,7 @@ class VirtualDisplay:
                 break
         else:
             raise StartError('there is no at-spi-bus-launcher')
-        # Programs read this setting only once, when they start.
+        # Programs read the IsEnabled setting only once, when they start.
         self._wait(['dbus-send', '--session', '--print-reply', '--dest=org.a11y.Bus', '/org/a11y/bus',
                     'org.freedesktop.DBus.Properties.Set', 'string:org.a11y.Status', 'string:IsEnabled',
                     'variant:boolean:true'], b'method return', 'the accessibility bus')

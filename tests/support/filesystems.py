@@ -7,7 +7,7 @@ import subprocess
 import tempfile
 import unittest
 
-_CLONE_NEWNS = 0x00020000  # of linux/sched.h
+_CLONE_NEWNS = 0x00020000  # from linux/sched.h
 
 
 def rootIsMountPoint():
@@ -16,8 +16,8 @@ def rootIsMountPoint():
 
 
 def isolate():
-    """Give this process and its children a mount name space of their own. Nobody else sees their mounts, and the mounts
-    end with these processes.
+    """Give this process and its children a mount name space of their own. Other processes do not see the mounts in it,
+    and the mounts end with these processes.
     """
     if not rootIsMountPoint():
         raise unittest.SkipTest('"/" is no mount point here, as in a bare chroot: what is mounted is seen outside')

@@ -11,8 +11,8 @@ def alter(repository, kind, change, packed=False):
     """Replace a document in a repository's metadata. change: the function that computes the new bytes from the old
     bytes.
 
-    packed: change() gets the compressed bytes. kind: "group" means the compressed group list; older versions of
-    createrepo_c also make an uncompressed list.
+    packed: if true, change() gets the compressed bytes. kind: the type of the document in repomd.xml. "group" stands
+    for the compressed group list, whose type differs between versions of createrepo_c.
     """
     index = os.path.join(repository, 'repodata', 'repomd.xml')
     with open(index) as stream:

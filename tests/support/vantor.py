@@ -2,7 +2,7 @@
 """An HTTP server with repositories that requires a name and a password in the query of each URL.
 
 .../vantor?NAMEKEY=NAME&PASSWORDKEY=PASSWORD&path=PATH names the file PATH below the served directory. The two keys can
-have any names. Programs append the name of a file either to PATH or before the "?"; the server accepts both.
+have any names. Programs insert the name of a file either after PATH or before the "?"; the server accepts both.
 """
 import os
 import threading

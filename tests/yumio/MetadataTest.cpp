@@ -78,7 +78,7 @@ private:
         return plain.fileName();
     }
 
-    // The text that a file with the package "one" gives for this package; null if it gives none.
+    // The text that readFileLists() finds for the only wanted package, "one"; null if it finds none.
     QByteArray filesOfOne(const QByteArray& contents)
     {
         std::vector<QByteArray> texts(1);

@@ -182,7 +182,7 @@ private Q_SLOTS:
         QCOMPARE(records->replacement(*other).of, QStringList({"old-1", "gone-1"}));
         QVERIFY(records->isLeftToUser(*old));
         QVERIFY(records->isLeftToUser(*other));
-        QVERIFY(!records->isLeftToUser(*third)); // installed already, so nothing is left to the user
+        QVERIFY(!records->isLeftToUser(*third)); // this package is already installed
         QVERIFY(!records->isLeftToUser(*add("none", "x86_64")));
     }
 

@@ -98,7 +98,7 @@ private Q_SLOTS:
         TransactionState transaction;
         transaction.downloadSteps = 7;
         transaction.shareDownloadSteps();
-        QCOMPARE(transaction.downloadSteps, quint32(7)); // without new packages, nothing is shared
+        QCOMPARE(transaction.downloadSteps, quint32(7)); // unchanged, because no package is installed
         transaction.weighNew(30000, true);
         transaction.weighNew(10240, false);
         transaction.shareDownloadSteps();

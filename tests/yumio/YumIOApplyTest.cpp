@@ -8,8 +8,8 @@
 
 namespace {
 
-// Simulates a lack of memory for Python lists. Counts the requests for memory by lists without elements; the
-// request with this number fails. 0: no request fails.
+// Simulates a lack of memory for Python lists. Of all requests for the first elements of a list, the request
+// with this number fails; 0 means none.
 int failingList = 0;
 PyMemAllocatorEx memory;
 
@@ -67,7 +67,8 @@ class YumIOApplyTest : public ApplyFixture
 private Q_SLOTS:
     void cleanupTestCase()
     {
-        // When the back end ends, records are still marked. It must delete each of these records only once.
+        // When the back end ends, records are still marked. The back end must delete each of these records
+        // only once.
         collect("it.available = [Package('tool'), Package('left')]");
         mark("tool", Package::Install);
         QVERIFY(!apply());

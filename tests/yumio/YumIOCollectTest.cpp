@@ -513,7 +513,7 @@ private Q_SLOTS:
                 left.append(name);
             }
         }
-        // "better" is not left to the user: it replaces another package, but is also an update.
+        // "better" is an update that also replaces another package. It is not left to the user.
         QCOMPARE(left, (QStringList{"old", "new", "split"}));
         QCOMPARE(yumIO().replacement(*backEnd->entry("old")).by, QStringList(fresh));
         QCOMPARE(yumIO().replacement(*backEnd->entry("new")).of, QStringList(old));
@@ -564,7 +564,7 @@ private Q_SLOTS:
         QCOMPARE(versions(backEnd->entry("loses")),
                  QStringList({"0 2.0-1 noarch", "2 1.0-1 i686", "2 0.9-1 x86_64"}));
         QCOMPARE(versions(backEnd->entry("gets", "i386")), QStringList({"0 2.0-1 i686", "2 1.0-1 noarch"}));
-        // These lookups are those of a transaction's listing, for the installed versions.
+        // The listing of a transaction looks for the installed versions in this way.
         QVERIFY(yumIO().findPackage("gets", "noarch") == backEnd->entry("gets", "i386"));
         QVERIFY(yumIO().findPackage("loses", "i686") == backEnd->entry("loses"));
 
@@ -575,7 +575,7 @@ private Q_SLOTS:
                                "       for a, b in it.did('apply')[0][1])"),
                  QString("['gets-2.0.i686<1.0.noarch', 'loses-2.0.noarch<0.9.x86_64', "
                          "'loses-2.0.noarch<1.0.i686']"));
-        // Each record releases its reference once.
+        // Clearing releases the reference of each record exactly once.
         yumIO().clearEntries();
         QCOMPARE(yumIO().count(), 0);
         backEnd->run("it.calls.clear()");

@@ -46,7 +46,7 @@ private Q_SLOTS:
                        "Rpm('b', 30000)])\nseen.append(state())"));
         QCOMPARE(errors(),
                  QStringList("Internal error: downloadRemotePayloads: unable to determine payload pkg"));
-        // The table lacks the first package, which gets the smallest weight.
+        // The first package is not in the table, so it gets the smallest weight.
         QCOMPARE(backEnd->text("seen[0]['remoteCount'], seen[0]['remoteWeight']"), QString("(3, 60240)"));
     }
 

@@ -208,7 +208,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList());
         QCOMPARE(transaction().downloadSize, download);
         QCOMPARE(transaction().rpmWeight, rpmWeight);
-        // The same works if dnf does not list the package.
+        // An item whose package dnf does not list has the same effect.
         backEnd->run(QString("yumIOC.listTransaction(None, [item(%1, 'nobody')])").arg(action));
         QCOMPARE(errors(), QStringList());
         QCOMPARE(transaction().downloadSize, download);
@@ -472,7 +472,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->answers.take().value(0).summary,
                  QString("Install: 2    Upgrade: 1    Downgrade: 1    Reinstall: 1    Remove: 1\n"
                          "Cached size: 0b    Total download size: 29Kb    Installed size: 68Kb"));
-        // The next listing starts with new numbers.
+        // The next listing does not include the numbers of this listing.
         QVERIFY(apply("yumIOC.listTransaction(None, [item(8, 'old')])\nyumIOC.reportRemoveSize(None)\n"
                       "yumIOC.userconfirm()"));
         QCOMPARE(backEnd->answers.take().value(0).summary, QString("Remove: 1"));
@@ -620,7 +620,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->entry("lib")->action, Package::None);
         backEnd->entry("lib")->local = true;
         backEnd->entry("tool")->local = true;
-        // These actions do not remain for the next transaction.
+        // The next transaction begins without these actions.
         QVERIFY(!apply());
         QCOMPARE(backEnd->entry("lib")->txAction, Package::None);
         QVERIFY(!backEnd->entry("lib")->local);

@@ -245,7 +245,7 @@ private Q_SLOTS:
         QVERIFY(!apply("seen.append(failure(yumIOC." + call + "))\nseen.append(state())"));
         const QStringList texts = errors();
         QCOMPARE(texts, QStringList("Internal error: " + message));
-        // If an exception was the reason, the log contains it.
+        // If the payload raised an exception, the log contains this exception.
         QCOMPARE(!backEnd->log(before).filter(QRegularExpression("^3 0 \\w+Error: ")).isEmpty(), exception);
         // The script continues after the call.
         QCOMPARE(backEnd->text("seen[0]"), QString("None"));
@@ -358,8 +358,10 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("action");
         QTest::addColumn<QString>("text");
-        QTest::addColumn<quint64>("weight"); // if the new package has the size 200000, the old one 100000
-        QTest::addColumn<quint64>("leastWeight"); // if both packages are small
+        // The new package has the size 200000, and the old package 100000; "leastWeight" is for small
+        // packages.
+        QTest::addColumn<quint64>("weight");
+        QTest::addColumn<quint64>("leastWeight");
         const auto row = [](int action, const char* text, quint64 weight, quint64 least = 10240) {
             QTest::newRow(text) << action << text << weight << least;
         };

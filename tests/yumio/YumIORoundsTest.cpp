@@ -31,9 +31,9 @@ qint64 residentMemory()
     return file.readAll().split(' ').value(1).toLongLong() * (sysconf(_SC_PAGESIZE) / 1024);
 }
 
-// How many KiB the median grows from the first half to the second half, less the largest step between two
-// rounds. A median ignores the peak of a single round. The largest step is subtracted, because the memory
-// manager may once grow by a large block.
+// The growth in KiB from the median of the first half to the median of the second half, less the largest step
+// between two rounds. A median ignores the peak of a single round, and the memory manager may once grow by a
+// large step.
 qint64 growth(const QVector<qint64>& memory)
 {
     const auto median = [](QVector<qint64> part) {

@@ -13,7 +13,7 @@
 
 namespace {
 
-// Which system calls fail. The real ones cannot be made to fail from outside.
+// If one of these variables is true, the system call fails. A test cannot make the real call fail.
 bool failWaiting = false;
 bool failSettingTheChildSignal = false;
 bool failRestoringTheChildSignal = false;
@@ -210,7 +210,8 @@ private Q_SLOTS:
         collect("it.updates = [Package('tool', '2.0')]\nit.installed = [Package('tool')]\n"
                 "it.raises['verifyLocalPkg'] = dnf.exceptions.MiscError('not there')");
         mark("tool", Package::Update);
-        // The listing calls the script too. These calls do not discard the reasons logged before.
+        // While the listing is made, the program calls the script too. These calls do not discard the reasons
+        // that were logged before.
         QVERIFY(!apply("yumIOC.errorlog(1, 'the first reason')\n"
                        "yumIOC.listTransaction(None, [item(6, 'tool', version='2.0'), item(7, 'tool')])\n"
                        "yumIOC.errorlog(0, 'the second reason')\n"
@@ -620,7 +621,8 @@ private Q_SLOTS:
             standard.sa_handler = SIG_DFL;
             sigaction(numbers[i], &standard, &original[i]);
         }
-        // Python knows only the handlers that it has set itself, so the script reads the system's list.
+        // Python knows only the handlers that it has set itself, so the script reads the caught signals from
+        // /proc.
         backEnd->run("def held():\n"
                      "    with open('/proc/self/status') as status:\n"
                      "        caught = int(status.read().split('SigCgt:')[1].split()[0], 16)\n"

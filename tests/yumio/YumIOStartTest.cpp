@@ -103,7 +103,8 @@ private Q_SLOTS:
                  QStringList({"argv ['info'] __main__", "started", "again: started"}));
     }
 
-    // Root may start the program in a directory to which other users can write.
+    // Root may start the program in a directory to which other users can write, so the script must not import
+    // modules from this directory.
     void theScriptImportsOnlyTheModulesOfItsShareDirectory()
     {
         const QByteArray foreign = "import os\nos.write(1, b'foreign\\n')\n";
@@ -216,7 +217,7 @@ private Q_SLOTS:
         QCOMPARE(log.takeFirst(), QString("log: 3 0   File \"YumIO.py\", line 3, in <module>"));
         QVERIFY2(log.contains(QString::fromUtf8("log: 3 0 ValueError: wr\xc3\xb6ng <b>")),
                  qPrintable(log.join('\n')));
-        // A script that has replaced sys.stderr also gets the traceback to the log, only once.
+        // If the script has replaced sys.stderr, the log still gets the traceback exactly once.
         log = start("import sys, yumIOC\n"
                     "class Writer:\n"
                     "    def write(self, text): yumIOC.stderrWrite(text)\n"
@@ -273,7 +274,7 @@ private Q_SLOTS:
 
     void aPackageManagerThatLacksANameIsRefused_data()
     {
-        QTest::addColumn<QByteArray>("removal"); // these statements may run twice
+        QTest::addColumn<QByteArray>("removal"); // must have the same effect if they run twice
         QTest::addColumn<QString>("use");
         QTest::addColumn<QString>("name");
         const auto remove = [](const QByteArray& module, const QByteArray& place, const QByteArray& name) {

@@ -239,7 +239,7 @@ private Q_SLOTS:
         Worker* current = nullptr;
         Worker worker(yumIO(), loop, [&] {
             current->endLoop();
-            // Wait until the loop has ended: it has, once a posted event runs outside of it.
+            // Wait until the loop has ended. A posted event then runs outside of it.
             QSemaphore outside;
             for (int i = 0; i < 1000 && !outside.tryAcquire(1, 10); ++i) {
                 later([&] {
@@ -356,7 +356,7 @@ private Q_SLOTS:
                     quit.release();
                 });
                 quit.acquire();
-                // Without a delay, the loop would end within this time.
+                // If the program did not delay its end, the loop would end within this time.
                 QThread::msleep(100);
                 {
                     // No user can answer any more, so the answer is "No".
@@ -432,7 +432,7 @@ private Q_SLOTS:
         const QList<int> before = traces();
         QEventLoop loop;
         const QScopedPointer<QThread> thread(make(yumIO(), loop));
-        // A worker that ends before the loop begins would leave the loop running.
+        // If the worker ended before the loop began, nothing else would end the loop.
         connect(thread.data(), &QThread::finished, &loop, &QEventLoop::quit);
         QList<int> beforeTheLoop;
         {
