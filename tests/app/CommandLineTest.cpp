@@ -357,7 +357,7 @@ private Q_SLOTS:
         QCOMPARE(ended.status, 1);
     }
 
-    void optionsOfTheToolkitAreAccepted()
+    void optionsOfQtAreAccepted()
     {
         const Ended ended = run({"-style=windows", "-style", "windows", "foo"});
         QCOMPARE(ended.err, QString("vyre: unrecognized argument: foo\n"));

@@ -28,7 +28,7 @@ private Q_SLOTS:
     void windowCannotBeClosedWhileTheSystemIsChanged();
     void quittingIsRefusedWhileTheSystemIsChanged();
     void theLogHasTheRefusalToCloseOnceForEachOperation();
-    void anOperationEndsAlsoWhileTheAboutWindowIsOpen();
+    void anOperationCanEndWhileTheAboutWindowIsOpen();
     void filteredTableHasNoWrongRowsWhileThePackagesAreReadAgain()
     {
         compareReadAgain(Filter, "too", {"tool"});
@@ -152,7 +152,7 @@ void MainWindowOperationsTest::theLogHasTheRefusalToCloseOnceForEachOperation()
     QCOMPARE(logged(), 2);
 }
 
-void MainWindowOperationsTest::anOperationEndsAlsoWhileTheAboutWindowIsOpen()
+void MainWindowOperationsTest::anOperationCanEndWhileTheAboutWindowIsOpen()
 {
     shown->start();
     QVERIFY(

@@ -10,7 +10,7 @@ from journey import JourneyTest
 
 class ApplyTest(JourneyTest):
 
-    def test_install_with_dependency_update_and_remove_in_one_transaction(self):
+    def test_installation_update_and_removal_are_one_transaction(self):
         with self.opened() as window:
             self.picture('main-window')
             window.mark_listed('libbough')

@@ -102,11 +102,11 @@ class ConflictTest(JourneyTest):
         self.check_declined(lambda question: question.click_button('No'))
 
     @needs_groups
-    def test_escape_means_no(self):
+    def test_escape_answers_no(self):
         self.check_declined(lambda question: question.press('Escape'))
 
     @needs_groups
-    def test_enter_means_no(self):
+    def test_enter_answers_no(self):
         self.check_declined(lambda question: question.press('Return'))
 
     def accept_conflict(self, window, question):

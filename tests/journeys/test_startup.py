@@ -164,7 +164,7 @@ class RefusedTest(unittest.TestCase):
         self.check_usage('-style', 'windows', 'foo', error='unrecognized argument: foo')
         self.check_usage('-style=windows', '-s', 'x', error='unrecogized argument to -s/--state option: x')
 
-    def test_help_that_cannot_be_written_is_an_error(self):
+    def test_help_that_cannot_be_written_causes_an_error(self):
         with open('/dev/full', 'wb') as full:
             done = self.run_program('--help', stdout=full)
         self.assertEqual((done.returncode, done.stderr), (1, b''))
@@ -429,7 +429,7 @@ class EnvironmentTest(JourneyTest):
         self.assertIn('file', os.listdir(session))
         self.assertNotIn(self.name(), os.listdir(temporary))
 
-    def test_runtime_directory_that_cannot_be_created_is_not_necessary(self):
+    def test_program_runs_if_the_runtime_directory_cannot_be_created(self):
         # Without the directory, Qt prints a warning, but works.
         with self.program(environment={'TMPDIR': os.path.join(self.scratch, 'nothing')},
                           unset=['XDG_RUNTIME_DIR']) as program:

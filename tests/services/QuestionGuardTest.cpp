@@ -61,7 +61,7 @@ private Q_SLOTS:
     void theRepetitionsOfAHeldKeyAreIgnored();
     void theRepetitionsOfAHeldKeyAreIgnoredEvenIfQtDoesNotRecogniseThem();
     void aKeyThatIsHeldSinceTheFirstMomentIsIgnored();
-    void aKeyThatIsPressedLaterCanRepeat();
+    void aKeyThatIsPressedAfterTheFirstMomentCanRepeat();
     void buttonsAreDisabledInTheFirstMoment();
     void aMouseButtonThatIsPressedTooEarlyPressesNoButton();
     void theDefaultButtonGetsTheFocusAfterTheFirstMoment_data();
@@ -238,7 +238,7 @@ void QuestionGuardTest::aKeyThatIsHeldSinceTheFirstMomentIsIgnored()
     QVERIFY(dialog->isVisible());
 }
 
-void QuestionGuardTest::aKeyThatIsPressedLaterCanRepeat()
+void QuestionGuardTest::aKeyThatIsPressedAfterTheFirstMomentCanRepeat()
 {
     show();
     waitForInput();

@@ -79,14 +79,14 @@ private Q_SLOTS:
         QVERIFY(Unattended::is());
     }
 
-    void laterQuestionsGetTheSafeAnswer_data()
+    void questionsOfAnUnattendedProgramGetTheSafeAnswer_data()
     {
         QTest::addColumn<bool>("onWorker");
         QTest::newRow("graphical thread") << false;
         QTest::newRow("worker") << true;
     }
 
-    void laterQuestionsGetTheSafeAnswer()
+    void questionsOfAnUnattendedProgramGetTheSafeAnswer()
     {
         QFETCH(bool, onWorker);
         int answers[4] = {-2, -2, -2, -2};

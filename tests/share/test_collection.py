@@ -394,7 +394,7 @@ class CollectionTest(ScenarioTest):
         self.assertEqual(len(self.package(self.available, "tagsoup").changelogs), 3)
 
     @in_own_process
-    def test_change_logs_without_metadata_are_empty(self):
+    def test_change_logs_are_empty_if_metadata_are_missing(self):
         self.started()
         self.yumio.cleanAll()
         self.assertEqual(self.package(self.available, "tagsoup").changelogs, [])

@@ -343,7 +343,7 @@ class GroupQuestionTest(QuestionTest):
 
     @needs_groups
     @in_own_process
-    def test_the_update_of_a_group_leaves_packages_out_even_with_best(self):
+    def test_the_update_of_a_group_leaves_packages_out_even_if_best_is_set(self):
         self.configure("best=1")
         self.add_impossible_member()
         self.started()

@@ -321,7 +321,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
     }
 
-    void progressNamesTheRepositoryAndWhatHappens()
+    void progressNamesTheRepositoryAndTheCurrentStep()
     {
         backEnd->run("seen = []\n"
                      "BASE.repos['other'] = Thing(enabled=1)\n"

@@ -344,7 +344,7 @@ private Q_SLOTS:
         backEnd->run("del it.outcome");
     }
 
-    void aFailureFirstSaysWhatWasCarriedOut()
+    void messageAboutAFailureBeginsWithTheChanges()
     {
         const QString changed = "yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
                                 "it.outcome = {'installed': 3, 'updated': 1, 'failed': 1}\n"
@@ -406,7 +406,7 @@ private Q_SLOTS:
                                         "No downloads; only removals\n"));
     }
 
-    void theLogListsWhatATransactionLeftOut()
+    void theLogListsThePackagesThatATransactionLeftOut()
     {
         const QString confirmed = "yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n";
         int before = logLength();
