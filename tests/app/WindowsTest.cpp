@@ -39,8 +39,8 @@
 
 using PackageTable::Describe::Instance::RepoDialog;
 
-// A named pipe, which markup in the tests names as a picture. If the program opened the pipe for reading, it
-// would wait for a writer and hang. Therefore a thread counts the readers, and releases them.
+// A named pipe. Markup in the tests names it as a picture. If the program opened the pipe to read the
+// picture, it would wait for a writer and hang. Therefore a thread counts the readers, and releases them.
 class WatchedPipe
 {
 public:

@@ -91,7 +91,7 @@ class RepositoriesTest(StartTest):
     # Patterns on the command line
 
     def check_listed_repositories(self, arguments, repositories):
-        """Check that the packages that can be installed or updated come from exactly these repositories."""
+        """Check that the available packages and the updates come from exactly these repositories."""
         with self.subTest(arguments=arguments), self.program('-sa', *arguments) as program:
             window = program.ready()
             found = {row[2] for row in window.rows()}
@@ -198,7 +198,7 @@ class MetadataTest(StartTest):
 
     @needs_groups
     def test_damaged_history_is_reported(self):
-        """The program shows one message for all groups, and still lists them."""
+        """One message reports the unreadable states of all groups. The program still lists the groups."""
         path = self.path('var/lib/dnf/history.sqlite')
         for name in os.listdir(os.path.dirname(path)):
             if name.startswith('history.sqlite-'):

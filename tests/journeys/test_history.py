@@ -80,7 +80,7 @@ class HistoryTest(JourneyTest):
             self.assertEqual({row[0]: row[2] for row in window.rows()},
                              {'libbough': 'sandbox-http', 'anvil-make': 'sandbox-updates'})
 
-            # The newest recorded transaction is now the undo. The user repeats the one before it.
+            # The newest recorded transaction is now the undo. The user repeats the transaction before it.
             history = self.open_history(window)
             self.assertEqual(history.row_count(), count + 1)
             driver.key('Down')

@@ -436,7 +436,7 @@ private Q_SLOTS:
         connect(thread.data(), &QThread::finished, &loop, &QEventLoop::quit);
         QList<int> beforeTheLoop;
         {
-            // execWorkThread() does the same, but gives the worker so much time only by chance.
+            // These are the steps of execWorkThread(), with time for a worker to begin too early.
             yumIO().blocker.prepare();
             Python::PyThreadStateWrapper released;
             thread->start();
