@@ -158,6 +158,8 @@ QWidget* Config::createSimpleOptions(QWidget* parent)
         // to the text of the second item.
         box->addItems({tr("No"), tr("Default"), tr("Yes")});
         box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+        // Qt does not update the minimum size when the text of an item becomes longer.
+        box->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
         return box;
     };
     enabledBox = makeBox();
