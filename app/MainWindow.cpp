@@ -280,7 +280,6 @@ void MainWindow::setReady(bool ready)
     {
         Python::PyGILStateWrapper lock(ready && Python::initialized);
         if (!ready && !busy) {
-            notice->beginOperation();
             focusBefore = focusWidget();
         }
         programMenu->setEnabled(ready);
@@ -317,6 +316,7 @@ void MainWindow::setReady(bool ready)
 void MainWindow::beginOperation()
 {
     outcomeLine->clear();
+    notice->beginOperation();
     setReady(false);
 }
 

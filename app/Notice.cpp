@@ -4,7 +4,7 @@
 
 #include "widgets/Colors.h"
 
-Notice::Notice(QWidget* parent, int duration) : PlainLabel(parent), outdated(false)
+Notice::Notice(QWidget* parent, int duration) : PlainLabel(parent)
 {
     setPalette(Colors::makeWarning(palette()));
     setAutoFillBackground(true);
@@ -18,7 +18,7 @@ Notice::Notice(QWidget* parent, int duration) : PlainLabel(parent), outdated(fal
 
 void Notice::showText(const QString& text)
 {
-    if (!isHidden() && !outdated) {
+    if (!isHidden()) {
         waiting.append(this->text());
     }
     waiting.removeAll(text);
@@ -27,7 +27,7 @@ void Notice::showText(const QString& text)
 
 void Notice::beginOperation()
 {
-    outdated = true;
+    showNext();
 }
 
 void Notice::showNext()
@@ -41,7 +41,6 @@ void Notice::showNext()
 
 void Notice::present(const QString& text)
 {
-    outdated = false;
     setText(text);
     show();
     end.start();

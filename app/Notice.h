@@ -24,8 +24,8 @@ public:
     explicit Notice(QWidget* parent, int duration = 15000);
 
     void showText(const QString& text);
-    // The user has started an operation. The visible text stays, but if another text replaces it, it does not
-    // come back: it may describe the state before the operation.
+    // The user has started an operation. The visible text ends, because it describes the state before the
+    // operation. The texts that it has replaced follow.
     void beginOperation();
 
 private Q_SLOTS:
@@ -36,7 +36,6 @@ private:
 
     QTimer end;
     QStringList waiting; // the replaced texts; the last one is visible next
-    bool outdated;       // the visible text does not come back
 };
 
 #endif
