@@ -138,25 +138,25 @@ class ConventionsTest(unittest.TestCase):
                 self.assertEqual(len(found), 1, found)
                 self.assertTrue(found[0].startswith('low/Thing.cpp:3: Qt\'s keyword "{}"'.format(word)), found)
 
-    def test_include_of_a_folder_above_is_found(self):
+    def test_include_from_a_higher_folder_is_found(self):
         self.change('low/Thing.cpp', '#include <QLabel>', '#include "high/Window.h"')
         self.assertEqual(self.found(), ['low/Thing.cpp:3: a circular include: high/Window -> low/Thing -> high/Window',
                                         'low/Thing.cpp:3: low does not link the folder of "high/Window.h"'])
 
-    def test_include_of_a_test_is_found(self):
+    def test_include_from_the_tests_is_found(self):
         self.write('tests/low/Made.h', '// Made.\n\n#ifndef TESTS_LOW_MADE_H\n#define TESTS_LOW_MADE_H\n#endif\n')
         self.change('low/Thing.cpp', '#include <QLabel>', '#include "tests/low/Made.h"')
         self.assertEqual(self.found(), ['low/Thing.cpp:3: low does not link the folder of "tests/low/Made.h"'])
 
-    def test_link_of_a_folder_above_is_found(self):
+    def test_link_to_a_higher_folder_is_found(self):
         self.change('low/CMakeLists.txt', 'Qt5::Widgets', 'vyre_high')
         self.assertEqual(self.found(), ['low/CMakeLists.txt:1: low links high, which is above it'])
 
-    def test_folder_that_is_not_linked_is_found(self):
+    def test_include_from_a_folder_that_is_not_linked_is_found(self):
         self.change('high/CMakeLists.txt', 'LINKS vyre_low', 'LINKS Qt5::Widgets')
         self.assertEqual(self.found(), ['high/Window.h:6: high does not link the folder of "low/Thing.h"'])
 
-    def test_include_that_is_not_named_from_the_root_is_found(self):
+    def test_include_whose_path_does_not_begin_at_the_root_is_found(self):
         self.change('low/Thing.cpp', '#include <QLabel>', '#include "Thing.h"')
         self.assertEqual(self.found(), ['low/Thing.cpp:3: includes are named from the root: "Thing.h"'])
 
@@ -164,7 +164,7 @@ class ConventionsTest(unittest.TestCase):
         self.change('low/Thing.cpp', '#include <QLabel>', '#include "low/Gone.h"')
         self.assertEqual(self.found(), ['low/Thing.cpp:3: "low/Gone.h" does not exist'])
 
-    def test_circle_of_headers_is_found(self):
+    def test_headers_that_include_each_other_are_found(self):
         self.write('low/Other.h', '// Another.\n\n#ifndef LOW_OTHER_H\n#define LOW_OTHER_H\n'
                                   '#include "low/Thing.h"\n#endif\n')
         self.write('tests/low/OtherTest.cpp', '#include "low/Other.h"\n')
@@ -172,7 +172,7 @@ class ConventionsTest(unittest.TestCase):
         self.change('low/Thing.h', 'class Thing', '#include "low/Other.h"\n\nclass Thing')
         self.assertEqual(self.found(), ['low/Other.h:5: a circular include: low/Thing -> low/Other -> low/Thing'])
 
-    def test_circle_of_a_source_and_a_header_is_found(self):
+    def test_classes_that_include_each_other_are_found(self):
         self.write('low/Other.h', '// Another.\n\n#ifndef LOW_OTHER_H\n#define LOW_OTHER_H\n#endif\n')
         self.write('low/Other.cpp', '#include "low/Other.h"\n\n#include "low/Thing.h"\n')
         self.write('tests/low/OtherTest.cpp', '#include "low/Other.h"\n')
@@ -211,7 +211,7 @@ class ConventionsTest(unittest.TestCase):
         self.assertEqual(self.found(), ['high/Window.cpp:3: "yumio/Yumio.h" includes <Python.h>, '
                                         'which is for python and yumio only'])
 
-    def test_own_header_that_is_not_the_first_is_found(self):
+    def test_own_header_that_is_not_included_first_is_found(self):
         self.write('low/Thing.cpp', '#include <QLabel>\n\n#include "low/Thing.h"\n')
         self.assertEqual(self.found(), ['low/Thing.cpp:1: the first include is not "low/Thing.h"'])
 
@@ -349,7 +349,7 @@ class ConventionsTest(unittest.TestCase):
         self.change('low/Thing.cpp', '#include <QLabel>', '// ' + 'x' * 108)
         self.assertEqual(self.found(), ['low/Thing.cpp:3: the line has 111 characters; 110 are agreed on'])
 
-    def test_exception_with_a_reason_is_accepted(self):
+    def test_exception_is_accepted_only_with_a_reason(self):
         self.change('high/Window.cpp', 'new PlainLabel(tr("Heading"));',
                     'new QLabel(tr("%1").arg(2)); // convention: a number is no markup')
         self.assertEqual(self.found(status=0), [])
@@ -368,7 +368,7 @@ class ConventionsTest(unittest.TestCase):
         self.write('low/__pycache__/Thing.h', 'no guard \n')
         self.assertEqual(self.found(status=0), [])
 
-    def test_list_of_files_has_their_kinds(self):
+    def test_list_names_the_kind_of_each_file(self):
         done = subprocess.run([CHECKER, '--root', self.root, '--list'], stdout=subprocess.PIPE, text=True, check=True)
         self.assertEqual([line for line in done.stdout.splitlines() if line.split()[1] in
                           ('low/Thing.h', 'tools/go', 'CMakeLists.txt', 'tests/journeys/test_first.py')],

@@ -262,8 +262,8 @@ class ManualTest(unittest.TestCase):
         named = re.findall(r'\*Different\* \[([^]]+)\]: ', text)
         # Besides the differences, the page contains "*Different*" once, where it explains this word.
         self.assertEqual(text.count('*Different*'), 1 + len(named))
-        self.assertEqual(sorted(set(named) - set(points)), [], 'rows of docs/dnf.md without a row of the manual')
-        self.assertEqual(sorted(set(points) - set(named)), [], 'rows of the manual without a row of docs/dnf.md')
+        self.assertEqual(sorted(set(named) - set(points)), [], 'differences in docs/dnf.md that the manual lacks')
+        self.assertEqual(sorted(set(points) - set(named)), [], 'differences in the manual that docs/dnf.md lacks')
 
     # Links and pictures
 

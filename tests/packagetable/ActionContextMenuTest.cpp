@@ -23,10 +23,10 @@ private Q_SLOTS:
     void cleanup();
     void cleanupTestCase();
     void theMenuListsTheActionsWithTheirIcons();
-    void theMenuFitsTheClickedRowIfNothingIsSelected_data();
-    void theMenuFitsTheClickedRowIfNothingIsSelected();
-    void theClickedRowGetsTheActionIfNothingIsSelected_data();
-    void theClickedRowGetsTheActionIfNothingIsSelected();
+    void ifNothingIsSelectedTheMenuOffersTheActionsOfTheClickedRow_data();
+    void ifNothingIsSelectedTheMenuOffersTheActionsOfTheClickedRow();
+    void ifNothingIsSelectedTheClickedRowGetsTheAction_data();
+    void ifNothingIsSelectedTheClickedRowGetsTheAction();
     void theMenuOffersTheActionsOfAllSelectedRows_data();
     void theMenuOffersTheActionsOfAllSelectedRows();
     void anActionIsSetOnlyInRowsThatPermitIt_data();
@@ -37,8 +37,8 @@ private Q_SLOTS:
     void escapeChangesNothing();
     void aRemovedRowGetsNoAction();
     void allSelectedRowsGetTheActionInATableSortedByAction();
-    void theMenuOffersTheVersionLocksThatFitTheRows_data();
-    void theMenuOffersTheVersionLocksThatFitTheRows();
+    void theMenuOffersToLockUnlockedRowsAndToUnlockLockedRows_data();
+    void theMenuOffersToLockUnlockedRowsAndToUnlockLockedRows();
     void choosingALockLocksThePackage();
     void onlyTheLockedRowsOfTheSelectionAreUnlocked();
     void aUserWhoCannotWriteTheLocksSeesTheReason();
@@ -109,7 +109,7 @@ void ActionContextMenuTest::theMenuListsTheActionsWithTheirIcons()
     QVERIFY(menu.actions().at(3)->icon().isNull());
 }
 
-void ActionContextMenuTest::theMenuFitsTheClickedRowIfNothingIsSelected_data()
+void ActionContextMenuTest::ifNothingIsSelectedTheMenuOffersTheActionsOfTheClickedRow_data()
 {
     QTest::addColumn<QStringList>("offered");
     QTest::newRow("tool") << QStringList{"&Update", "&Remove", "&No Action"};
@@ -118,14 +118,14 @@ void ActionContextMenuTest::theMenuFitsTheClickedRowIfNothingIsSelected_data()
     QTest::newRow("Games") << QStringList{"&Install", "&No Action"};
 }
 
-void ActionContextMenuTest::theMenuFitsTheClickedRowIfNothingIsSelected()
+void ActionContextMenuTest::ifNothingIsSelectedTheMenuOffersTheActionsOfTheClickedRow()
 {
     QFETCH(QStringList, offered);
     QCOMPARE(choose(QTest::currentDataTag(), Qt::Key_Escape), offered);
     QVERIFY(shown->view->selectedRows().isEmpty());
 }
 
-void ActionContextMenuTest::theClickedRowGetsTheActionIfNothingIsSelected_data()
+void ActionContextMenuTest::ifNothingIsSelectedTheClickedRowGetsTheAction_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<int>("key");
@@ -135,7 +135,7 @@ void ActionContextMenuTest::theClickedRowGetsTheActionIfNothingIsSelected_data()
     QTest::newRow("remove") << "tool" << int(Qt::Key_R) << int(Package::Remove);
 }
 
-void ActionContextMenuTest::theClickedRowGetsTheActionIfNothingIsSelected()
+void ActionContextMenuTest::ifNothingIsSelectedTheClickedRowGetsTheAction()
 {
     QFETCH(QString, name);
     QFETCH(int, key);
@@ -266,7 +266,7 @@ void ActionContextMenuTest::allSelectedRowsGetTheActionInATableSortedByAction()
     QCOMPARE(shown->view->selectedRows().count(), 4);
 }
 
-void ActionContextMenuTest::theMenuOffersTheVersionLocksThatFitTheRows_data()
+void ActionContextMenuTest::theMenuOffersToLockUnlockedRowsAndToUnlockLockedRows_data()
 {
     QTest::addColumn<QStringList>("selected");
     QTest::addColumn<QStringList>("offered");
@@ -280,7 +280,7 @@ void ActionContextMenuTest::theMenuOffersTheVersionLocksThatFitTheRows_data()
     QTest::newRow("group") << QStringList{"Games"} << QStringList();
 }
 
-void ActionContextMenuTest::theMenuOffersTheVersionLocksThatFitTheRows()
+void ActionContextMenuTest::theMenuOffersToLockUnlockedRowsAndToUnlockLockedRows()
 {
     QFETCH(QStringList, selected);
     QFETCH(QStringList, offered);

@@ -25,7 +25,7 @@ private Q_SLOTS:
     void thousandsOfDependenciesAreShown();
     void keysScrollALongDescription();
     void homeAndEndReachTheEndsOfNestedAreas();
-    void aShownDialogCallsTheScriptNoMore();
+    void anOpenDescriptionDoesNotCallTheScriptAgain();
     void theCloseButtonClosesTheDialog();
     void escapeClosesTheDialog();
     void closedDialogHasNoContents();
@@ -215,7 +215,7 @@ void DescribeDialogTest::homeAndEndReachTheEndsOfNestedAreas()
     });
 }
 
-void DescribeDialogTest::aShownDialogCallsTheScriptNoMore()
+void DescribeDialogTest::anOpenDescriptionDoesNotCallTheScriptAgain()
 {
     table->collect({}, {}, {S::package("it", {{"watched", true}})});
     dialog->config(&table->yumIO, table->entry("it"), conf.get());

@@ -55,7 +55,7 @@ private Q_SLOTS:
     void theToolTipNamesTheState();
     void theToolTipOfTheStateNamesTheLock();
     void theToolTipOfTheStateNamesTheAdvisories();
-    void updatesOfRecordsAreSet();
+    void setUpdatesMarksOnlyUpdatableRecords();
     void anExcludedPackageCannotBeMarked();
     void theToolTipNamesTheKind();
     void theToolTipOfTheVersionListsAllVersions();
@@ -64,7 +64,7 @@ private Q_SLOTS:
     void theTextColourDependsOnTheState();
     void coloursDependOnTheBackground();
     void theActionAndStateColumnsHaveNoColour();
-    void theUserRoleReturnsNumbersAndTheRecord();
+    void theUserRoleReturnsASortKeyOrTheRecord();
     void otherRolesHaveNoData();
     void cellsOutsideTheTableHaveNoData();
     void furtherInstalledVersionsOfAnAvailablePackageAreMarked();
@@ -80,7 +80,7 @@ private Q_SLOTS:
     void aResetNotifiesTheViews();
     void describingAMissingRowOpensNothing();
     void oneDialogDescribesEveryRow();
-    void withoutBackEndTheTableIsEmpty();
+    void ifTheModelHasNoBackEndTheTableIsEmpty();
 
 private:
     QModelIndex cell(const char* name, int column) const
@@ -334,7 +334,7 @@ void ModelTest::theToolTipOfTheStateNamesTheAdvisories()
     QCOMPARE(data("other", 1, Qt::ToolTipRole).toString(), update);
 }
 
-void ModelTest::updatesOfRecordsAreSet()
+void ModelTest::setUpdatesMarksOnlyUpdatableRecords()
 {
     QSignalSpy dataChanged(model.get(), SIGNAL(dataChanged(const QModelIndex&, const QModelIndex&)));
     model->setUpdates({&table->entry("tool"), &table->entry("shell"), &table->entry("editor")});
@@ -452,7 +452,7 @@ void ModelTest::theActionAndStateColumnsHaveNoColour()
     }
 }
 
-void ModelTest::theUserRoleReturnsNumbersAndTheRecord()
+void ModelTest::theUserRoleReturnsASortKeyOrTheRecord()
 {
     table->entry("editor").action = Package::Install;
     QCOMPARE(data("editor", 0, Qt::UserRole), QVariant(1));
@@ -687,7 +687,7 @@ void ModelTest::oneDialogDescribesEveryRow()
     QCOMPARE(described.last(), QString("shell"));
 }
 
-void ModelTest::withoutBackEndTheTableIsEmpty()
+void ModelTest::ifTheModelHasNoBackEndTheTableIsEmpty()
 {
     const Model orphan(nullptr);
     QCOMPARE(orphan.rowCount(), 0);

@@ -63,7 +63,7 @@ private Q_SLOTS:
     void clearingTheCacheClearsTheResults();
     void eachChangeOfASettingClearsTheResults();
     void excludedPackagesAreNotRemovable();
-    void withoutFilteringEveryRowIsListed();
+    void ifFilteringIsDisabledEveryRowIsListed();
     void settingTheSameValueChangesNothing();
     void rowsAreSortedByColumn_data();
     void rowsAreSortedByColumn();
@@ -73,13 +73,13 @@ private Q_SLOTS:
     void equalRowsAreSortedByName();
     void rowsAreOrderedByTheUserRole_data();
     void rowsAreOrderedByTheUserRole();
-    void indexesWithoutAModelAreEqual();
+    void anInvalidIndexPrecedesEveryRow();
     void listedUpdatesAreMarked();
     void markingListedUpdatesOmitsReplacedPackages();
     void markingListedUpdatesOmitsUnlistedUpdates();
-    void sortingByActionUsesActionsThatWereSetInAnotherOrder();
+    void sortingByActionUsesActionsThatChangedDuringAnotherSortOrder();
     void markingListedUpdatesSortsTheTableOnlyAtTheNextChange();
-    void aSortPauseSortsOnceAtItsEnd();
+    void whenASortPauseEndsTheTableIsSortedOnce();
     void aSortPauseHasNoEffectIfAnotherColumnIsSorted();
 
 private:
@@ -518,7 +518,7 @@ void SortFilterProxyModelTest::excludedPackagesAreNotRemovable()
     QCOMPARE(listed("^tool "), QStringList{"tool"});
 }
 
-void SortFilterProxyModelTest::withoutFilteringEveryRowIsListed()
+void SortFilterProxyModelTest::ifFilteringIsDisabledEveryRowIsListed()
 {
     proxy->setStateFilter(ViewUpdatable);
     proxy->setDupsFilter(false);
@@ -678,7 +678,7 @@ void SortFilterProxyModelTest::rowsAreOrderedByTheUserRole()
     }
 }
 
-void SortFilterProxyModelTest::indexesWithoutAModelAreEqual()
+void SortFilterProxyModelTest::anInvalidIndexPrecedesEveryRow()
 {
     QVERIFY(!proxy->lessThan(QModelIndex(), QModelIndex()));
     QVERIFY(!proxy->lessThan(model->index(0, NameColumn), QModelIndex()));
@@ -723,7 +723,7 @@ void SortFilterProxyModelTest::markingListedUpdatesOmitsUnlistedUpdates()
     QCOMPARE(table->entry("tool").action, Package::None);
 }
 
-void SortFilterProxyModelTest::sortingByActionUsesActionsThatWereSetInAnotherOrder()
+void SortFilterProxyModelTest::sortingByActionUsesActionsThatChangedDuringAnotherSortOrder()
 {
     proxy->setGroupsFilter(false);
     QCOMPARE(inOrder(ActionColumn).first(), QStringLiteral("editor"));
@@ -748,7 +748,7 @@ void SortFilterProxyModelTest::markingListedUpdatesSortsTheTableOnlyAtTheNextCha
     QCOMPARE(names(*proxy).mid(0, 3), (QStringList{"many", "tool", "editor"}));
 }
 
-void SortFilterProxyModelTest::aSortPauseSortsOnceAtItsEnd()
+void SortFilterProxyModelTest::whenASortPauseEndsTheTableIsSortedOnce()
 {
     proxy->setGroupsFilter(false);
     const QStringList before = inOrder(ActionColumn);

@@ -80,7 +80,7 @@ private Q_SLOTS:
     void eachOfSeveralQuickClicksOnTheActionCounts();
     void quickClicksActOnTheRowOfTheFirstClick();
     void firstAndLastRowAreReachedByKeys();
-    void theFocusAloneMakesNoRowCurrent();
+    void theFocusDoesNotMakeARowCurrent();
     void eachMenuIsMadeOnlyOnce();
 
 private:
@@ -753,7 +753,7 @@ void ViewTest::firstAndLastRowAreReachedByKeys()
     }
 }
 
-void ViewTest::theFocusAloneMakesNoRowCurrent()
+void ViewTest::theFocusDoesNotMakeARowCurrent()
 {
     view->clearFocus();
     QSignalSpy current(view, SIGNAL(currentChanged(int, int)));

@@ -68,7 +68,7 @@ private Q_SLOTS:
         // cleanup() checks that `ref` has released its reference.
     }
 
-    void releaseReturnsTheReference()
+    void releasePassesTheReferenceToTheCaller()
     {
         PyObject* released = nullptr;
         {

@@ -141,7 +141,7 @@ private Q_SLOTS:
         QVERIFY(another->initialize());
         QCOMPARE(another->text("defaultSigIntSigaction"), QStringLiteral("mine"));
         delete another;
-        QVERIFY2(!Py_IsInitialized(), "any wrapper's end is the interpreter's end");
+        QVERIFY2(!Py_IsInitialized(), "the interpreter ends with any of its wrappers");
     }
 
     void destructorEndsTheInterpreter()
@@ -176,7 +176,7 @@ private Q_SLOTS:
         QCOMPARE(python.text("'left' in globals()"), QStringLiteral("False"));
     }
 
-    void aMissingMainModuleIsReportedAndThereIsNoSecondAttempt()
+    void aMissingMainModuleIsReportedOnlyOnce()
     {
         startWithHookOnImportOfMain("raise ImportError('no such thing')");
         RecordingPython python;

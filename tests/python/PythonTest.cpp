@@ -287,7 +287,7 @@ private Q_SLOTS:
 
     // ---- values and assignment
 
-    void valueIsAnItemOfAModuleOrDictionary()
+    void pyValueReturnsAnItemOfAModuleOrDictionary()
     {
         PyObject* version = python->pyValue("sys", "hexversion");
         QVERIFY(version != nullptr);
@@ -510,7 +510,8 @@ private Q_SLOTS:
         QVERIFY(python->pyExceptMatches(result.get(), PyExc_LookupError));
         QVERIFY(python->pyExceptMatches(result.get(), PyExc_KeyError));
         QVERIFY(!python->pyExceptMatches(result.get(), PyExc_ValueError));
-        QVERIFY2(!python->pyExceptMatches(Py_None, PyExc_KeyError), "a call with a result did not fail");
+        QVERIFY2(!python->pyExceptMatches(Py_None, PyExc_KeyError),
+                 "a call that returned a value has not failed");
         QCOMPARE(python->expectedCount, 1);
         QCOMPARE(printed(), QString());
         python->pyExceptClear();
@@ -646,7 +647,7 @@ private Q_SLOTS:
 
     // ---- debugger
 
-    void debugBindsTheObjectAndStopsOnTheTerminal()
+    void pyDebugSetsDbgAndStartsTheDebuggerOnTheTerminal()
     {
         QCOMPARE(
             python->py(

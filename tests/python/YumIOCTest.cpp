@@ -266,7 +266,7 @@ private Q_SLOTS:
         QFETCH(QString, answer);
         QCOMPARE(python->text("yumIOC." + call), answer);
         QCOMPARE(target->calls, QStringList(recorded));
-        QVERIFY2(target->lastModule == python->pyLookup("yumIOC"), "the member is given the module");
+        QVERIFY2(target->lastModule == python->pyLookup("yumIOC"), "the member receives the module");
     }
 
     void wrongArgumentsRaiseTypeErrorInTheScript_data()

@@ -121,14 +121,14 @@ private Q_SLOTS:
 
     void theProgramGetsItsArguments();
     void executeReturnsWithoutWaitingForTheProgram();
-    void theStartedProgramIsNotAChildOfThisProcess();
+    void theStartedProgramIsNoChildOfThisProcess();
     void theProgramHasItsOwnSession();
     void onlyTheStandardDescriptorsAreInherited_data();
     void onlyTheStandardDescriptorsAreInherited();
-    void theStartedProgramsGetTheSavedStandardStreams();
+    void startedProgramsWriteToTheSavedStandardStreams();
     void signalsAreNotBlockedForTheProgram();
     void signalsAreNotIgnoredForTheProgram();
-    void theProgramDoesNotChangeOurSignals();
+    void startingAProgramKeepsTheSignalSettingsOfThisProcess();
     void aMissingProgramIsReportedOnStandardError();
     void aFailedForkCausesAMessageBox();
     void aFailedSecondForkIsReportedOnStandardError();
@@ -196,7 +196,7 @@ void ExecuteTest::executeReturnsWithoutWaitingForTheProgram()
     QCOMPARE(read("whole"), QByteArray("go\n"));
 }
 
-void ExecuteTest::theStartedProgramIsNotAChildOfThisProcess()
+void ExecuteTest::theStartedProgramIsNoChildOfThisProcess()
 {
     QCOMPARE(mkfifo(QFile::encodeName(path("gate")).constData(), 0600), 0);
     run("echo $PPID > " + quoted("part") + " && mv " + quoted("part") + ' ' + quoted("parent") +
@@ -263,7 +263,7 @@ void ExecuteTest::onlyTheStandardDescriptorsAreInherited()
 }
 
 // A process cannot undo keepOutput(), so a child process calls it.
-void ExecuteTest::theStartedProgramsGetTheSavedStandardStreams()
+void ExecuteTest::startedProgramsWriteToTheSavedStandardStreams()
 {
     const auto redirect = [this](const char* name) {
         const int fd = open(QFile::encodeName(path(name)).constData(), O_WRONLY | O_CREAT, 0600);
@@ -311,7 +311,7 @@ void ExecuteTest::signalsAreNotIgnoredForTheProgram()
     QCOMPARE(read("whole").simplified(), QByteArray("SigIgn: 0000000000000000"));
 }
 
-void ExecuteTest::theProgramDoesNotChangeOurSignals()
+void ExecuteTest::startingAProgramKeepsTheSignalSettingsOfThisProcess()
 {
     sigset_t blocked;
     sigset_t saved;

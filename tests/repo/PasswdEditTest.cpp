@@ -239,7 +239,7 @@ void PasswdEditTest::changesAreSignalled()
     QCOMPARE(changes->size(), 3);
 }
 
-void PasswdEditTest::aChangeOfOnlyTheRealTextIsSignalledToo()
+void PasswdEditTest::aChangeIsSignalledEvenIfTheShownTextIsUnchanged()
 {
     goTo(passwordBegin);
     press(Qt::Key_Right, Qt::ShiftModifier);
@@ -287,7 +287,7 @@ void PasswdEditTest::backspaceAndDeleteChangeThePassword()
     compareReal(QString());
 }
 
-void PasswdEditTest::wordsAreDeletedAsTheyAreShown()
+void PasswdEditTest::deletingAWordFollowsTheShownText()
 {
     setRealText(textWith(QStringLiteral("ab-cd+ef")));
     goTo(passwordBegin);
@@ -412,7 +412,7 @@ void PasswdEditTest::aDoubleClickSelectsTheVisibleWord()
     QCOMPARE(realText(), text().remove(begin, length));
 }
 
-void PasswdEditTest::clicksSetTheRightPositionInAScrolledText()
+void PasswdEditTest::aClickInAScrolledTextSetsTheCursor()
 {
     setRealText(longText());
     press(Qt::Key_End, wholeText());

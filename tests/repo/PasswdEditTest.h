@@ -27,12 +27,12 @@ private Q_SLOTS:
     void theHiddenEditIsDeletedWithTheShownEdit();
     void theEditAcceptsNoDropsAndHasNoMenu();
     void changesAreSignalled();
-    void aChangeOfOnlyTheRealTextIsSignalledToo();
+    void aChangeIsSignalledEvenIfTheShownTextIsUnchanged();
 
     void typedTextIsInsertedIntoThePassword();
     void typedTextReplacesASelectedPartOfThePassword();
     void backspaceAndDeleteChangeThePassword();
-    void wordsAreDeletedAsTheyAreShown();
+    void deletingAWordFollowsTheShownText();
     void theCursorGoesThroughThePasswordCharacterByCharacter();
     void aKeyWithoutAnEffectKeepsTheSelection();
     void undoAndRedoRestoreThePassword();
@@ -40,7 +40,7 @@ private Q_SLOTS:
     void aClickSetsTheCursor();
     void draggingSelects();
     void aDoubleClickSelectsTheVisibleWord();
-    void clicksSetTheRightPositionInAScrolledText();
+    void aClickInAScrolledTextSetsTheCursor();
     void surrogatePairsAreNotSplit();
     void randomEditingKeepsTheRealText();
     void randomEditingCanBeUndone();

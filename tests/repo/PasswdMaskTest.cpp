@@ -13,10 +13,10 @@ private Q_SLOTS:
     void everyPasswordOfUrlsIsHidden();
     void passwordsOfOptionsAreHidden();
     void aTextWithoutPasswordsIsNotChanged();
-    void aTextIsMaskedOnlyOnce();
+    void theMaskedTextOfTheSameTextIsReused();
     void everyMatchIsHidden();
-    void theMatchMustCoverTheWholeText();
-    void aTextIsMaskedByAllExpressionsTogether();
+    void anExpressionForWholeTextsHidesNothingInLongerTexts();
+    void eachOfSeveralExpressionsHidesItsMatches();
     void eachCharacterIsReplacedByExactlyOneCharacter();
     void aMatchWithoutCaptureHidesNothing();
     void anEmptyMatchIsSkipped();
@@ -66,7 +66,7 @@ void PasswdMaskTest::aTextWithoutPasswordsIsNotChanged()
     QVERIFY(!mask.hides(QStringLiteral("abc"), 1));
 }
 
-void PasswdMaskTest::aTextIsMaskedOnlyOnce()
+void PasswdMaskTest::theMaskedTextOfTheSameTextIsReused()
 {
     PasswdMask mask;
     const QString first = mask.masked(QStringLiteral("http://me:abc@h/"), QLatin1Char('*'));
@@ -90,7 +90,7 @@ void PasswdMaskTest::everyMatchIsHidden()
              QStringLiteral("p=***; p=; x=abc; p=*; p=e"));
 }
 
-void PasswdMaskTest::theMatchMustCoverTheWholeText()
+void PasswdMaskTest::anExpressionForWholeTextsHidesNothingInLongerTexts()
 {
     PasswdMask mask;
     mask.hideInWholeText(QRegExp(QStringLiteral("p=([a-z]*);")));
@@ -99,7 +99,7 @@ void PasswdMaskTest::theMatchMustCoverTheWholeText()
     QCOMPARE(mask.masked(QStringLiteral(" p=abc;"), QLatin1Char('*')), QStringLiteral(" p=abc;"));
 }
 
-void PasswdMaskTest::aTextIsMaskedByAllExpressionsTogether()
+void PasswdMaskTest::eachOfSeveralExpressionsHidesItsMatches()
 {
     PasswdMask mask;
     mask.hideEverywhere(QRegExp(QStringLiteral("p=([a-z]*)")));

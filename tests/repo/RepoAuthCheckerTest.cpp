@@ -50,7 +50,7 @@ private Q_SLOTS:
     void theMirrorListMayNeedCredentials();
     void okWithoutCredentialsChangesNothing();
     void aNameWithoutAPasswordIsWritten();
-    void applyToAllChangesAllEnabledRepositoriesWithoutFurtherQuestions();
+    void applyToAllChangesAllEnabledRepositoriesAndEndsTheQuestions();
     void applyToAllKeepsTheKeysOfEachUrl();
     void applyToTheHostSetsTheOtherRepositoriesOfTheHost();
     void applyToTheHostUsesTheHostOfTheMirrorList();
@@ -62,9 +62,9 @@ private Q_SLOTS:
     void nothingIsShownOrWrittenIfNoCredentialsAreMissing();
     void nothingIsAskedOrWrittenAfterAFailedRead();
     void nothingIsWrittenIfTheUserDeclinesTheQuestionAboutDuplicates();
-    void theSameDialogAsksForAllRepositories();
+    void oneDialogAsksAboutAllRepositories();
     void theCheckerDeletesTheDialog();
-    void theCheckReadsTheFilesAgain();
+    void eachCheckReadsTheFilesAgain();
     void changesByOtherProgramsAreNotOverwritten();
     void credentialsAreWrittenTogetherWithChangesByOtherPrograms();
 
@@ -261,7 +261,7 @@ void RepoAuthCheckerTest::aNameWithoutAPasswordIsWritten()
     QVERIFY(get("a.repo").contains("u=bob&p=&"));
 }
 
-void RepoAuthCheckerTest::applyToAllChangesAllEnabledRepositoriesWithoutFurtherQuestions()
+void RepoAuthCheckerTest::applyToAllChangesAllEnabledRepositoriesAndEndsTheQuestions()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://h/x") +
                       section("c", "http://k" + emptyAuth) +
@@ -397,7 +397,7 @@ void RepoAuthCheckerTest::nothingIsWrittenIfTheUserDeclinesTheQuestionAboutDupli
     QCOMPARE(get("a.repo"), before);
 }
 
-void RepoAuthCheckerTest::theSameDialogAsksForAllRepositories()
+void RepoAuthCheckerTest::oneDialogAsksAboutAllRepositories()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth));
     const QStringList asked = check({{"", "", "OK"}, {"", "", "OK"}}, [this](Checker&) {
@@ -421,7 +421,7 @@ void RepoAuthCheckerTest::theCheckerDeletesTheDialog()
     });
 }
 
-void RepoAuthCheckerTest::theCheckReadsTheFilesAgain()
+void RepoAuthCheckerTest::eachCheckReadsTheFilesAgain()
 {
     put("a.repo", section("a", "http://h/x"));
     QVERIFY(conf->read(window.get()));

@@ -29,7 +29,7 @@ private Q_SLOTS:
     void theDialogNamesTheFileThatWillContainThePassword();
     void theDialogFitsASmallScreen();
     void emptyKeysHaveDefaults();
-    void textOfAFileIsNeverRichText();
+    void markupFromAFileIsShownAsPlainText();
     void theUrlsShowTheTypedCredentialsMasked();
     void aPasswordInTheMirrorListIsAlsoMasked();
     void noTextContainsThePassword();
@@ -37,9 +37,9 @@ private Q_SLOTS:
     void eachButtonReturnsItsCode();
     void inputInTheFirstMomentIsIgnored();
     void okIsTheDefaultButton();
-    void okIsTheDefaultButtonInEachQuestion();
-    void closingTheDialogMeansSkipAll_data();
-    void closingTheDialogMeansSkipAll();
+    void okIsAlsoTheDefaultButtonInTheNextQuestion();
+    void closingTheDialogSkipsAll_data();
+    void closingTheDialogSkipsAll();
     void anAnsweredDialogIsStillOpenWithItsButtonsDisabled();
     void theNextRepositoryStartsWithEmptyFields();
     void credentialsAreEncoded();
@@ -195,7 +195,7 @@ void RepoAuthDialogTest::emptyKeysHaveDefaults()
     QCOMPARE(entry.baseurl, QStringLiteral("http://h/vantor?=bob&=&path=/x"));
 }
 
-void RepoAuthDialogTest::textOfAFileIsNeverRichText()
+void RepoAuthDialogTest::markupFromAFileIsShownAsPlainText()
 {
     entry.name = QStringLiteral("<b>Updates</b> &amp;");
     QVERIFY(run([this] {
@@ -334,7 +334,7 @@ void RepoAuthDialogTest::okIsTheDefaultButton()
     QVERIFY(entry.baseurl.contains(QStringLiteral("user=bob&word=secret")));
 }
 
-void RepoAuthDialogTest::okIsTheDefaultButtonInEachQuestion()
+void RepoAuthDialogTest::okIsAlsoTheDefaultButtonInTheNextQuestion()
 {
     run([this] {
         Form::button(dialog.get(), "Quit")->setFocus();
@@ -343,14 +343,14 @@ void RepoAuthDialogTest::okIsTheDefaultButtonInEachQuestion()
     QCOMPARE(run([this] { QTest::keyClick(name, Qt::Key_Return); }), int(Dialog::OK));
 }
 
-void RepoAuthDialogTest::closingTheDialogMeansSkipAll_data()
+void RepoAuthDialogTest::closingTheDialogSkipsAll_data()
 {
     QTest::addColumn<bool>("byKey");
     QTest::newRow("Escape") << true;
     QTest::newRow("the window's close button") << false;
 }
 
-void RepoAuthDialogTest::closingTheDialogMeansSkipAll()
+void RepoAuthDialogTest::closingTheDialogSkipsAll()
 {
     QFETCH(bool, byKey);
     const Repo::Entry before = entry;

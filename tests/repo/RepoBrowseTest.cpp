@@ -22,11 +22,11 @@ private Q_SLOTS:
     void init();
     void cleanupTestCase();
 
-    void theRightUrlIsOpened_data();
-    void theRightUrlIsOpened();
+    void browseOpensTheFirstUrlOrElseTheMirrorList_data();
+    void browseOpensTheFirstUrlOrElseTheMirrorList();
     void variablesAreExpanded_data();
     void variablesAreExpanded();
-    void theScriptExpandsVariables();
+    void browseUsesTheVariablesThatTheScriptKnows();
     void theBrowserDoesNotGetCredentials_data();
     void theBrowserDoesNotGetCredentials();
     void aMissingUrlIsReported_data();
@@ -74,7 +74,7 @@ void RepoBrowseTest::cleanupTestCase()
     backEnd.reset();
 }
 
-void RepoBrowseTest::theRightUrlIsOpened_data()
+void RepoBrowseTest::browseOpensTheFirstUrlOrElseTheMirrorList_data()
 {
     QTest::addColumn<QString>("baseurl");
     QTest::addColumn<QString>("mirrorlist");
@@ -98,7 +98,7 @@ void RepoBrowseTest::theRightUrlIsOpened_data()
                                   << QString::fromUtf8("http://h/\xc3\xa4");
 }
 
-void RepoBrowseTest::theRightUrlIsOpened()
+void RepoBrowseTest::browseOpensTheFirstUrlOrElseTheMirrorList()
 {
     QFETCH(QString, baseurl);
     QFETCH(QString, mirrorlist);
@@ -138,7 +138,7 @@ void RepoBrowseTest::variablesAreExpanded()
 
 // If the script has expandVariables(), the script expands the variables, because dnf may know more variables
 // than VYRE.
-void RepoBrowseTest::theScriptExpandsVariables()
+void RepoBrowseTest::browseUsesTheVariablesThatTheScriptKnows()
 {
     Repo::Entry entry;
     entry.baseurl = QStringLiteral("http://$user:$password@h/$releasever_major");

@@ -38,12 +38,12 @@ private Q_SLOTS:
     void cancelStoresNothing();
     void closingWithoutAChangeAsksNothing_data();
     void closingWithoutAChangeAsksNothing();
-    void closingWithAChangeAsks_data();
-    void closingWithAChangeAsks();
+    void closingWithChangesAsksWhetherToDiscardThem_data();
+    void closingWithChangesAsksWhetherToDiscardThem();
     void resetRestoresTheFields();
     void theReturnKeyInAFieldDoesNotPressOk();
     void theStatusFollowsTheFields();
-    void theFormShowsAnotherRepositoryAfterTheFirst();
+    void theFormCanShowOneRepositoryAfterAnother();
 
 private:
     // Opens the dialog for the entry. The function `use` acts as the user, and closes the dialog.
@@ -348,12 +348,12 @@ void RepoEditorConfigDialogTest::closingWithoutAChangeAsksNothing()
     }
 }
 
-void RepoEditorConfigDialogTest::closingWithAChangeAsks_data()
+void RepoEditorConfigDialogTest::closingWithChangesAsksWhetherToDiscardThem_data()
 {
     closingWithoutAChangeAsksNothing_data();
 }
 
-void RepoEditorConfigDialogTest::closingWithAChangeAsks()
+void RepoEditorConfigDialogTest::closingWithChangesAsksWhetherToDiscardThem()
 {
     QFETCH(bool, byEscape);
     QCOMPARE(run([this, byEscape] {
@@ -443,7 +443,7 @@ void RepoEditorConfigDialogTest::theStatusFollowsTheFields()
     });
 }
 
-void RepoEditorConfigDialogTest::theFormShowsAnotherRepositoryAfterTheFirst()
+void RepoEditorConfigDialogTest::theFormCanShowOneRepositoryAfterAnother()
 {
     run([this] {
         Form::type(form->id, QStringLiteral("other"));

@@ -24,7 +24,7 @@ private Q_SLOTS:
     void filledFieldsAreReturnedUnchanged();
     void everyChangeIsSignalledAndReturned();
     void optionsAreStoredAsTyped();
-    void aFieldKeepsItsOriginalFormUntilItChanges();
+    void aFieldReturnsTheExactOriginalValueUntilItIsChanged();
     void pastedIdentifiersAreOneLine();
     void clearedFieldsCanBeSetAgain();
 };
@@ -216,7 +216,7 @@ void RepoEditorConfigFieldsTest::optionsAreStoredAsTyped()
     QCOMPARE(config->toEntry().options, QStringLiteral("a=b\n\n c=<i>d"));
 }
 
-void RepoEditorConfigFieldsTest::aFieldKeepsItsOriginalFormUntilItChanges()
+void RepoEditorConfigFieldsTest::aFieldReturnsTheExactOriginalValueUntilItIsChanged()
 {
     Repo::Entry entry = usual();
     entry.options = QString::fromLatin1("a=b\r\n#voil\xc3\xa0\n");

@@ -27,7 +27,7 @@ private Q_SLOTS:
     void editSignalsTheRow();
     void browseOpensTheUrl();
     void browseShowsMessagesOverTheView();
-    void nothingCanBeChosenIfNoRowIsClicked();
+    void nothingCanBeChosenOutsideTheRows();
     void aRemovedRowIsNotEdited();
 
 private:
@@ -107,7 +107,7 @@ void RepoEditorContextMenuTest::browseShowsMessagesOverTheView()
     QCOMPARE(user.seen.first().parent, view.get());
 }
 
-void RepoEditorContextMenuTest::nothingCanBeChosenIfNoRowIsClicked()
+void RepoEditorContextMenuTest::nothingCanBeChosenOutsideTheRows()
 {
     QSignalSpy edits(menu, SIGNAL(edit(QModelIndex)));
     QVERIFY(run(QModelIndex(), "Edit"));

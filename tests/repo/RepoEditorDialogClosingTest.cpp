@@ -21,8 +21,8 @@ private Q_SLOTS:
     void cancelAfterAnApplySignalsTheAppliedChange();
     void closingTheWindowKeepsTheStateOfTheSession();
     void closingTheWindowDiscardsUnappliedChanges();
-    void closingAsksIfChangesAreNotApplied_data();
-    void closingAsksIfChangesAreNotApplied();
+    void closingWithUnappliedChangesAsksWhetherToDiscardThem_data();
+    void closingWithUnappliedChangesAsksWhetherToDiscardThem();
     void closingTheWindowDiscardsEditsButKeepsSwitchedRepositories();
     void closingWithoutChangesSignalsNothing();
     void closingWithoutChangesSignalsAChangeIfReposChangedIsForced();
@@ -184,14 +184,14 @@ void RepoEditorDialogClosingTest::closingTheWindowDiscardsUnappliedChanges()
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogClosingTest::closingAsksIfChangesAreNotApplied_data()
+void RepoEditorDialogClosingTest::closingWithUnappliedChangesAsksWhetherToDiscardThem_data()
 {
     QTest::addColumn<bool>("byEscape");
     QTest::newRow("Escape") << true;
     QTest::newRow("window manager") << false;
 }
 
-void RepoEditorDialogClosingTest::closingAsksIfChangesAreNotApplied()
+void RepoEditorDialogClosingTest::closingWithUnappliedChangesAsksWhetherToDiscardThem()
 {
     QFETCH(bool, byEscape);
     const auto closeIt = [this, byEscape] {

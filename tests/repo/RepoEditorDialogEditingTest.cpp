@@ -17,14 +17,14 @@ class RepoEditorDialogEditingTest : public ShownEditor
     Q_OBJECT
 
 private Q_SLOTS:
-    void aSessionBoxThatIsClickedTwiceStillCountsAsChanged();
-    void aSwitchInTheSessionNeedsNoApply();
+    void twoClicksOnASessionBoxStillSignalAChange();
+    void aClickOnASessionBoxTakesEffectWithoutApply();
     void clicksOnThePermanentBoxNeverUnspecifyTheState();
     void theCurrentRepositoryIsEdited();
     void aDoubleClickEditsTheRepository();
     void aDoubleClickOnABoxTogglesOnce();
     void theMenuEditsTheRepository();
-    void theMenuEditsNothingIfItIsOpenedBelowTheLastRow();
+    void aMenuBelowTheLastRowEditsNothing();
     void cancelledEditingChangesNothing();
     void theListIsStillSortedAfterAnEdit();
     void anAddedRepositoryIsListed();
@@ -43,7 +43,7 @@ private Q_SLOTS:
     void removingWithoutASelectionChangesNothing();
 };
 
-void RepoEditorDialogEditingTest::aSessionBoxThatIsClickedTwiceStillCountsAsChanged()
+void RepoEditorDialogEditingTest::twoClicksOnASessionBoxStillSignalAChange()
 {
     QCOMPARE(run([this] {
                  QCOMPARE(session.value(QStringLiteral("os")), true);
@@ -61,7 +61,7 @@ void RepoEditorDialogEditingTest::aSessionBoxThatIsClickedTwiceStillCountsAsChan
     QCOMPARE(reposChangedSpy->size(), 1);
 }
 
-void RepoEditorDialogEditingTest::aSwitchInTheSessionNeedsNoApply()
+void RepoEditorDialogEditingTest::aClickOnASessionBoxTakesEffectWithoutApply()
 {
     const QByteArray before = backEnd->getRepo("os.repo");
     QVERIFY(run([this] {
@@ -170,7 +170,7 @@ void RepoEditorDialogEditingTest::theMenuEditsTheRepository()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::theMenuEditsNothingIfItIsOpenedBelowTheLastRow()
+void RepoEditorDialogEditingTest::aMenuBelowTheLastRowEditsNothing()
 {
     QVERIFY(run([this] {
                 const QPoint empty(60, view->viewport()->height() - 5);

@@ -45,7 +45,7 @@ private Q_SLOTS:
     void thePermanentToolTipDependsOnTheSessionState();
     void theIdentifierAndTheNameAreTexts();
     void aNewRepositoryIsShownInItalics();
-    void anUnknownRepositoryIsRecordedAsUnusedWhenItIsShown();
+    void showingAnUnknownRepositoryRecordsItAsUnused();
     void missingCellsHaveNoData();
     void removedRowsHaveNoData();
 
@@ -56,9 +56,9 @@ private Q_SLOTS:
     void togglingTheSessionBoxChangesTheUse();
     void togglingThePermanentBoxChangesThePermanentState_data();
     void togglingThePermanentBoxChangesThePermanentState();
-    void togglingWithoutARowDoesNothing();
+    void togglingAnInvalidIndexDoesNothing();
     void browseOpensTheUrl();
-    void browseHasNoEffectInRowsBeyondTheNumberOfPackages();
+    void browsingBeyondTheNumberOfPackagesDoesNothing();
 
 private:
     QVariant data(int row, int column, int role = Qt::DisplayRole) const
@@ -217,7 +217,7 @@ void RepoEditorModelTest::aNewRepositoryIsShownInItalics()
     QVERIFY(!data(0, IdentifierColumn, Qt::FontRole).isValid());
 }
 
-void RepoEditorModelTest::anUnknownRepositoryIsRecordedAsUnusedWhenItIsShown()
+void RepoEditorModelTest::showingAnUnknownRepositoryRecordsItAsUnused()
 {
     conf->entries[0].id = QStringLiteral("other");
     QVERIFY(!session.contains(QStringLiteral("other")));
@@ -343,7 +343,7 @@ void RepoEditorModelTest::togglingThePermanentBoxChangesThePermanentState()
              (QHash<QString, bool>{{QStringLiteral("base"), true}, {QStringLiteral("updates"), false}}));
 }
 
-void RepoEditorModelTest::togglingWithoutARowDoesNothing()
+void RepoEditorModelTest::togglingAnInvalidIndexDoesNothing()
 {
     QSignalSpy uses(model.get(), SIGNAL(useChanged()));
     QSignalSpy configs(model.get(), SIGNAL(configChanged()));
@@ -362,7 +362,7 @@ void RepoEditorModelTest::browseOpensTheUrl()
     QVERIFY(!BackEnd::wasBrowsed());
 }
 
-void RepoEditorModelTest::browseHasNoEffectInRowsBeyondTheNumberOfPackages()
+void RepoEditorModelTest::browsingBeyondTheNumberOfPackagesDoesNothing()
 {
     backEnd->installBrowser();
     backEnd->collect(1);

@@ -37,7 +37,7 @@ private Q_SLOTS:
 
     void theTableHasTheExpectedProperties();
     void tabLeavesTheTable();
-    void focusAloneMakesNoRowCurrent();
+    void theFocusDoesNotChangeTheCurrentRow();
     void keysMakeARowCurrent();
     void clickingAHeaderSortsByIt();
     void columnsCanBeMoved();
@@ -50,7 +50,7 @@ private Q_SLOTS:
     void oneClickTogglesThePermanentState();
     void clicksOnTheTextToggleNothing();
     void theRightButtonTogglesNothing();
-    void aColumnWorksAfterItWasMoved();
+    void aMovedColumnStillReactsToClicks();
     void aDoubleClickSignalsTheSourceRow();
     void theTextColumnsHaveAMenu();
     void theBoxesHaveNoMenu();
@@ -158,7 +158,7 @@ void RepoEditorViewTest::tabLeavesTheTable()
     QVERIFY(qobject_cast<QPushButton*>(QApplication::focusWidget()) != nullptr);
 }
 
-void RepoEditorViewTest::focusAloneMakesNoRowCurrent()
+void RepoEditorViewTest::theFocusDoesNotChangeTheCurrentRow()
 {
     QCOMPARE(view->currentRow(), -1);
     QTest::keyClick(view, Qt::Key_Tab);
@@ -301,7 +301,7 @@ void RepoEditorViewTest::theRightButtonTogglesNothing()
     QCOMPARE(uses.size(), 0);
 }
 
-void RepoEditorViewTest::aColumnWorksAfterItWasMoved()
+void RepoEditorViewTest::aMovedColumnStillReactsToClicks()
 {
     view->horizontalHeader()->moveSection(SessionColumn, 2);
     QSignalSpy uses(model.get(), SIGNAL(useChanged()));

@@ -30,9 +30,9 @@ private Q_SLOTS:
     void readTextIsWrittenUnchanged();
     void aFileMayBeAsLargeAsTheLimit();
     void aRepositoryMayBeAsLargeAsTheLimit();
-    void otherKindsOfFilesHaveTheExpectedState();
+    void filesThatCannotBeReadAsTextHaveTheExpectedState();
     void readingNeverBlocks();
-    void aFileHasTheSameNumberUnderEachOfItsNames();
+    void allNamesOfAFileHaveTheSameFileNumber();
     void pathsAreMadeCanonical_data();
     void pathsAreMadeCanonical();
 
@@ -69,8 +69,9 @@ void RepoFileTest::theContentsOfAFileAreRead_data()
     QTest::newRow("carriage returns") << QByteArray("a\r\nb\r\n") << QString("a\nb\n") << QString("RA");
     QTest::newRow("carriage returns except in the last line")
         << QByteArray("a\r\nb") << QString("a\nb") << QString("RA");
-    QTest::newRow("some carriage returns") << QByteArray("a\r\nb\n") << QString("a\nb\n") << QString("A");
-    QTest::newRow("some carriage returns, others")
+    QTest::newRow("a carriage return in the first line only")
+        << QByteArray("a\r\nb\n") << QString("a\nb\n") << QString("A");
+    QTest::newRow("a carriage return in the last line only")
         << QByteArray("a\nb\r\n") << QString("a\nb\n") << QString("A");
     QTest::newRow("carriage return at the end of the file")
         << QByteArray("a\r") << QString("a") << QString("RA");
@@ -145,7 +146,7 @@ void RepoFileTest::aRepositoryMayBeAsLargeAsTheLimit()
     QCOMPARE(stateOf("[a]\n[main]\n#" + whole), int(File::LeftAlone));
 }
 
-void RepoFileTest::otherKindsOfFilesHaveTheExpectedState()
+void RepoFileTest::filesThatCannotBeReadAsTextHaveTheExpectedState()
 {
     QCOMPARE(int(File::read(path("x")).state), int(File::Missing));
     QCOMPARE(int(File::read(path("none/x")).state), int(File::Missing));
@@ -188,7 +189,7 @@ void RepoFileTest::readingNeverBlocks()
     close(writer);
 }
 
-void RepoFileTest::aFileHasTheSameNumberUnderEachOfItsNames()
+void RepoFileTest::allNamesOfAFileHaveTheSameFileNumber()
 {
     put("a");
     QCOMPARE(symlink("x", localPath("y").constData()), 0);
@@ -207,8 +208,8 @@ void RepoFileTest::pathsAreMadeCanonical_data()
     QTest::addColumn<QString>("expected");
     QTest::newRow("plain") << "/real/x"
                            << "/real/x";
-    QTest::newRow("points and slashes") << "//real/.//../real/./x"
-                                        << "/real/x";
+    QTest::newRow("dots and slashes") << "//real/.//../real/./x"
+                                      << "/real/x";
     QTest::newRow("a link") << "/link/x"
                             << "/real/x";
     QTest::newRow("behind a link") << "/deep/../x"
@@ -223,8 +224,8 @@ void RepoFileTest::pathsAreMadeCanonical_data()
                                   << "/none/new";
     QTest::newRow("no name") << "/none/"
                              << "/none/";
-    QTest::newRow("points for a name") << "/none/.."
-                                       << "/none/..";
+    QTest::newRow("dots instead of a name") << "/none/.."
+                                            << "/none/..";
 }
 
 void RepoFileTest::pathsAreMadeCanonical()

@@ -74,13 +74,13 @@ private Q_SLOTS:
     void brokenEscapesAreNotChanged();
     void everyCredentialUrlGetsTheSameCredentials();
     void theKeysAreKept();
-    void theNameIsKept();
+    void aNewPasswordKeepsTheName();
     void aTextWithoutCredentialsIsNotChanged();
     void theExpressionsHaveTheExpectedTexts();
     void theExpressionForOneUrlCapturesThePassword();
     void theExpressionForUrlsCapturesEachPassword();
-    void theFirstPlaceInAUrlIsItsPassword_data();
-    void theFirstPlaceInAUrlIsItsPassword();
+    void theFirstSecretPlaceOfAUrlIsItsPassword_data();
+    void theFirstSecretPlaceOfAUrlIsItsPassword();
     void theExpressionsCaptureOnlyPasswords();
     void exactlyTheMatchesOfTheExpressionAreReplaced();
 };
@@ -223,7 +223,7 @@ void RepoVantorTest::theKeysAreKept()
              QStringLiteral("/vantor?login=eve&key%20word=pw&path="));
 }
 
-void RepoVantorTest::theNameIsKept()
+void RepoVantorTest::aNewPasswordKeepsTheName()
 {
     QCOMPARE(Vantor::replaceAuth(base, QStringLiteral("pw")),
              QStringLiteral("http://h/vantor?u=bob&p=pw&path=/x"));
@@ -270,7 +270,7 @@ void RepoVantorTest::theExpressionForUrlsCapturesEachPassword()
     QCOMPARE(expression.cap(1), QStringLiteral("two"));
 }
 
-void RepoVantorTest::theFirstPlaceInAUrlIsItsPassword_data()
+void RepoVantorTest::theFirstSecretPlaceOfAUrlIsItsPassword_data()
 {
     QTest::addColumn<QString>("url");
     QTest::addColumn<QString>("captured");
@@ -289,7 +289,7 @@ void RepoVantorTest::theFirstPlaceInAUrlIsItsPassword_data()
                               << "one";
 }
 
-void RepoVantorTest::theFirstPlaceInAUrlIsItsPassword()
+void RepoVantorTest::theFirstSecretPlaceOfAUrlIsItsPassword()
 {
     QFETCH(QString, url);
     const QVector<Credentials::Place> places = Credentials::places(url, Credentials::Text::Urls);

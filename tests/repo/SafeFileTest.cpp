@@ -93,7 +93,7 @@ private Q_SLOTS:
     void aFileIsReplaced();
     void aNewFileIsCreated();
     void aReplacedFileKeepsOwnerModeAndAttributes();
-    void rightsOfOthersCanBeRemoved();
+    void aReplacementCanRemoveTheRightsOfOtherUsers();
     void linksAreFollowed();
     void allNamesOfAFileGetTheNewText();
     void aFileInAReadOnlyDirectoryIsReplaced();
@@ -106,7 +106,7 @@ private Q_SLOTS:
     void theOldTextIsKeptIfTheDiskIsFull();
     void aKilledProgramLeavesEitherTheOldOrTheNewText_data();
     void aKilledProgramLeavesEitherTheOldOrTheNewText();
-    void aKilledProgramLeavesNoFileOrACompleteOne();
+    void aKilledProgramLeavesNoNewFileOrACompleteOne();
     void leftoversOfRunningProgramsAndOtherUsersAreKept();
     void leftoversAreNotReadAsRepositoryFiles();
 
@@ -192,7 +192,7 @@ void SafeFileTest::aReplacedFileKeepsOwnerModeAndAttributes()
     QCOMPARE(QByteArray(value, 4), QByteArray("kept"));
 }
 
-void SafeFileTest::rightsOfOthersCanBeRemoved()
+void SafeFileTest::aReplacementCanRemoveTheRightsOfOtherUsers()
 {
     const QString file = path(QStringLiteral("x.repo"));
     SafeFile safe;
@@ -354,8 +354,8 @@ void SafeFileTest::theTextIsOnTheDiskBeforeItsNameChanges()
 void SafeFileTest::theOldTextIsKeptIfTheDiskIsFull_data()
 {
     QTest::addColumn<bool>("inPlace");
-    QTest::newRow("a file beside") << false;
-    QTest::newRow("the file itself") << true;
+    QTest::newRow("a new file replaces the old file") << false;
+    QTest::newRow("the old file is overwritten") << true;
 }
 
 void SafeFileTest::theOldTextIsKeptIfTheDiskIsFull()
@@ -397,8 +397,8 @@ void SafeFileTest::theOldTextIsKeptIfTheDiskIsFull()
 void SafeFileTest::aKilledProgramLeavesEitherTheOldOrTheNewText_data()
 {
     QTest::addColumn<bool>("inPlace");
-    QTest::newRow("a file beside") << false;
-    QTest::newRow("the file itself") << true;
+    QTest::newRow("a new file replaces the old file") << false;
+    QTest::newRow("the old file is overwritten") << true;
 }
 
 void SafeFileTest::aKilledProgramLeavesEitherTheOldOrTheNewText()
@@ -453,7 +453,7 @@ void SafeFileTest::aKilledProgramLeavesEitherTheOldOrTheNewText()
     QCOMPARE(copies > 0, inPlace);
 }
 
-void SafeFileTest::aKilledProgramLeavesNoFileOrACompleteOne()
+void SafeFileTest::aKilledProgramLeavesNoNewFileOrACompleteOne()
 {
     const QString file = path(QStringLiteral("y.repo"));
     int before = 0;

@@ -13,13 +13,13 @@ class YumConfIOAmountsTest : public ScratchConfiguration
     Q_OBJECT
 
 private Q_SLOTS:
-    void tenThousandRepositoriesDoNotTakeLong_data();
-    void tenThousandRepositoriesDoNotTakeLong();
-    void hugeAmountsOfTextDoNotTakeLong_data();
-    void hugeAmountsOfTextDoNotTakeLong();
+    void tenThousandRepositoriesAreReadAndWrittenInTime_data();
+    void tenThousandRepositoriesAreReadAndWrittenInTime();
+    void hugeFilesAreReadAndWrittenInTime_data();
+    void hugeFilesAreReadAndWrittenInTime();
 };
 
-void YumConfIOAmountsTest::tenThousandRepositoriesDoNotTakeLong_data()
+void YumConfIOAmountsTest::tenThousandRepositoriesAreReadAndWrittenInTime_data()
 {
     QTest::addColumn<int>("files");
     QTest::addColumn<bool>("alike");
@@ -28,7 +28,7 @@ void YumConfIOAmountsTest::tenThousandRepositoriesDoNotTakeLong_data()
     QTest::newRow("with one identifier") << 1 << true;
 }
 
-void YumConfIOAmountsTest::tenThousandRepositoriesDoNotTakeLong()
+void YumConfIOAmountsTest::tenThousandRepositoriesAreReadAndWrittenInTime()
 {
     QFETCH(int, files);
     QFETCH(bool, alike);
@@ -59,7 +59,7 @@ void YumConfIOAmountsTest::tenThousandRepositoriesDoNotTakeLong()
     }
 }
 
-void YumConfIOAmountsTest::hugeAmountsOfTextDoNotTakeLong_data()
+void YumConfIOAmountsTest::hugeFilesAreReadAndWrittenInTime_data()
 {
     QTest::addColumn<QByteArray>("text");
     const int size = repositorySectionLimit - 100;
@@ -85,7 +85,7 @@ void YumConfIOAmountsTest::hugeAmountsOfTextDoNotTakeLong_data()
     QTest::newRow("empty lines above") << QByteArray(whole, '\n') + "[x]\n";
 }
 
-void YumConfIOAmountsTest::hugeAmountsOfTextDoNotTakeLong()
+void YumConfIOAmountsTest::hugeFilesAreReadAndWrittenInTime()
 {
     QFETCH(QByteArray, text);
     putRepo(QStringLiteral("x.repo"), text);

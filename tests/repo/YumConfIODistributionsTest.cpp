@@ -12,7 +12,7 @@ class YumConfIODistributionsTest : public ScratchConfiguration
 private Q_SLOTS:
     void filesOfDistributionsKeepTheirContents_data();
     void filesOfDistributionsKeepTheirContents();
-    void anEditOfOneRepositoryChangesOneLine();
+    void anEditOfOneValueChangesOnlyItsLine();
 };
 
 void YumConfIODistributionsTest::filesOfDistributionsKeepTheirContents_data()
@@ -248,7 +248,7 @@ void YumConfIODistributionsTest::filesOfDistributionsKeepTheirContents()
     QCOMPARE(get(path(QStringLiteral("etc/dnf/dnf.conf"))), mainText);
 }
 
-void YumConfIODistributionsTest::anEditOfOneRepositoryChangesOneLine()
+void YumConfIODistributionsTest::anEditOfOneValueChangesOnlyItsLine()
 {
     putMain("[main]\n# limits\ntimeout=30\n\n[local]\nname=Local\nbaseurl=file:///srv/rpms\n# ours\n");
     putRepo(QStringLiteral("larkspur.repo"),

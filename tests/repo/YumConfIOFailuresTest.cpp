@@ -28,7 +28,7 @@ private Q_SLOTS:
     void aMalformedHeaderIsReported();
     void aMalformedHeaderIsReportedWithoutPasswords();
     void aMalformedHeaderOfTheMainFileIsReported();
-    void textOfAFileIsNeverRichText();
+    void markupFromAFileIsShownAsPlainText();
     void aFailedReadKeepsTheRepositoriesReadSoFar();
     void aFailedReadDoesNotAffectTheNextRead();
     void aFileThatCannotBeCreatedIsReported();
@@ -166,7 +166,7 @@ void YumConfIOFailuresTest::aMalformedHeaderOfTheMainFileIsReported()
     compareError(withErrno(QStringLiteral("Malformed section name in line: [foo"), 0));
 }
 
-void YumConfIOFailuresTest::textOfAFileIsNeverRichText()
+void YumConfIOFailuresTest::markupFromAFileIsShownAsPlainText()
 {
     putRepo(QStringLiteral("f.repo"), "[<b>foo</b><img src='/etc/hostname'> %1 %2\n");
     QVERIFY(!conf->read(window.get()));

@@ -19,9 +19,9 @@ private Q_SLOTS:
     void changesByOtherProgramsToUneditedFilesAreKept();
     void filesThatOtherProgramsHaveCreatedAreKept();
     void aNewRepositoryDoesNotOverwriteAFileOfAnotherProgram();
-    void ourOwnWritesAreNotTakenForChangesByOtherPrograms();
+    void ownWritesDoNotCountAsChangesByOtherPrograms();
     void nothingIsWrittenIfAMainFileWithPrecedenceAppears();
-    void unreadSectionsAreKeptAfterAFailedRead();
+    void ifAReadFailsUnreadSectionsAreNotOverwritten();
     void nothingIsWrittenIfADirectoryReplacesAFile();
     void aRemovedDirectoryIsNotMadeAgain();
     void leftoversOfAKilledProgramAreFound();
@@ -153,7 +153,7 @@ void YumConfIOOthersTest::aNewRepositoryDoesNotOverwriteAFileOfAnotherProgram()
     QCOMPARE(get(path(QStringLiteral("passwd"))), QByteArray("root\n"));
 }
 
-void YumConfIOOthersTest::ourOwnWritesAreNotTakenForChangesByOtherPrograms()
+void YumConfIOOthersTest::ownWritesDoNotCountAsChangesByOtherPrograms()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n[b]\n");
     QVERIFY(conf->read(window.get()));
@@ -189,7 +189,7 @@ void YumConfIOOthersTest::nothingIsWrittenIfAMainFileWithPrecedenceAppears()
     QCOMPARE(get(mainPath()), QByteArray("[main]\n[a]\n"));
 }
 
-void YumConfIOOthersTest::unreadSectionsAreKeptAfterAFailedRead()
+void YumConfIOOthersTest::ifAReadFailsUnreadSectionsAreNotOverwritten()
 {
     putMain("[main]\nretries=1\n[m]\n");
     putRepo(QStringLiteral("a.repo"), "[a]\n[x]\n[b\n[c]\n");

@@ -17,18 +17,18 @@ class YumConfIOPlacesTest : public ScratchConfiguration
     Q_OBJECT
 
 private Q_SLOTS:
-    void nothingIsReadAtFirst();
-    void withoutAManagedRootThePathsHaveNoPrefix();
-    void theFileInEtcYumComesFirst();
-    void theFileInEtcIsReadAndWrittenIfEtcYumHasNone();
-    void theMainFileIsTheFirstThatExists();
-    void theFileOfThePackageManagerItselfIsReadAndWritten();
-    void anUnreadableMainFileIsNotReplacedByAnother();
+    void aNewObjectHasReadNothing();
+    void ifNoManagedRootIsSetThePathsHaveNoPrefix();
+    void theFileInEtcYumIsPreferredToTheFileInEtc();
+    void theFileInEtcIsUsedIfEtcYumHasNoFile();
+    void theFirstExistingMainFileIsUsed();
+    void ifOnlyDnfConfExistsItIsReadAndWritten();
+    void ifTheMainFileIsUnreadableNoOtherMainFileIsUsed();
     void anExistingDirectoryOfTheDistributionIsRead();
-    void anEmptyMainFileGivesTheDefaults();
-    void namedDirectoriesAreInTheManagedRoot();
+    void ifTheMainFileIsEmptyTheDefaultsApply();
+    void configuredDirectoriesAreBelowTheManagedRoot();
     void aWarningReportsValuesThatThePackageManagerReadsDifferently();
-    void everyReadBeginsWithTheDefaults();
+    void aReadKeepsNoValuesOfThePreviousRead();
     void theMainValuesAreRead();
     void theMainHeaderIsNotRequired();
     void explicitDirectoriesReplaceTheDefaults();
@@ -46,7 +46,7 @@ private Q_SLOTS:
     void masksPipesAndDanglingLinksAreLeftAlone();
 };
 
-void YumConfIOPlacesTest::nothingIsReadAtFirst()
+void YumConfIOPlacesTest::aNewObjectHasReadNothing()
 {
     QCOMPARE(conf->cachedir, QString());
     QCOMPARE(conf->reposdir, QStringList());
@@ -60,7 +60,7 @@ void YumConfIOPlacesTest::nothingIsReadAtFirst()
     QCOMPARE(&conf->sessionEnabled, &session);
 }
 
-void YumConfIOPlacesTest::withoutAManagedRootThePathsHaveNoPrefix()
+void YumConfIOPlacesTest::ifNoManagedRootIsSetThePathsHaveNoPrefix()
 {
     managedRoot.unset();
     QString expected = QStringLiteral("/etc/yum.conf");
@@ -92,7 +92,7 @@ void YumConfIOPlacesTest::withoutAManagedRootThePathsHaveNoPrefix()
     }
 }
 
-void YumConfIOPlacesTest::theFileInEtcYumComesFirst()
+void YumConfIOPlacesTest::theFileInEtcYumIsPreferredToTheFileInEtc()
 {
     QCOMPARE(YumConfIO::fileName(), mainPath());
     QVERIFY(QDir(root->path()).mkpath(QStringLiteral("etc/yum")));
@@ -109,7 +109,7 @@ void YumConfIOPlacesTest::theFileInEtcYumComesFirst()
     QCOMPARE(get(mainPath()), QByteArray("[main]\ncachedir=/second\n"));
 }
 
-void YumConfIOPlacesTest::theFileInEtcIsReadAndWrittenIfEtcYumHasNone()
+void YumConfIOPlacesTest::theFileInEtcIsUsedIfEtcYumHasNoFile()
 {
     putMain("[main]\ncachedir=/second\n");
     QVERIFY(conf->read(window.get()));
@@ -120,7 +120,7 @@ void YumConfIOPlacesTest::theFileInEtcIsReadAndWrittenIfEtcYumHasNone()
     QVERIFY(!QFile::exists(path(QStringLiteral("etc/yum"))));
 }
 
-void YumConfIOPlacesTest::theMainFileIsTheFirstThatExists()
+void YumConfIOPlacesTest::theFirstExistingMainFileIsUsed()
 {
     QFile file(QFINDTESTDATA("../support/main-files"));
     QVERIFY(file.open(QIODevice::ReadOnly));
@@ -165,7 +165,7 @@ void YumConfIOPlacesTest::theMainFileIsTheFirstThatExists()
     QVERIFY(tried > 20);
 }
 
-void YumConfIOPlacesTest::theFileOfThePackageManagerItselfIsReadAndWritten()
+void YumConfIOPlacesTest::ifOnlyDnfConfExistsItIsReadAndWritten()
 {
     QVERIFY(QFile::remove(mainPath()));
     const QString file = path(QStringLiteral("etc/dnf/dnf.conf"));
@@ -188,7 +188,7 @@ void YumConfIOPlacesTest::theFileOfThePackageManagerItselfIsReadAndWritten()
     QVERIFY(!QFile::exists(path(QStringLiteral("etc/yum"))));
 }
 
-void YumConfIOPlacesTest::anUnreadableMainFileIsNotReplacedByAnother()
+void YumConfIOPlacesTest::ifTheMainFileIsUnreadableNoOtherMainFileIsUsed()
 {
     QVERIFY(QDir(root->path()).mkpath(QStringLiteral("etc/dnf")));
     put(path(QStringLiteral("etc/dnf/dnf.conf")), "[main]\n");
@@ -235,7 +235,7 @@ void YumConfIOPlacesTest::anExistingDirectoryOfTheDistributionIsRead()
                                           path(QStringLiteral("etc/yum/repos.d")), directory}));
 }
 
-void YumConfIOPlacesTest::anEmptyMainFileGivesTheDefaults()
+void YumConfIOPlacesTest::ifTheMainFileIsEmptyTheDefaultsApply()
 {
     putMain("");
     QVERIFY(conf->read(window.get()));
@@ -248,7 +248,7 @@ void YumConfIOPlacesTest::anEmptyMainFileGivesTheDefaults()
     QCOMPARE(conf->mainText, QString());
 }
 
-void YumConfIOPlacesTest::namedDirectoriesAreInTheManagedRoot()
+void YumConfIOPlacesTest::configuredDirectoriesAreBelowTheManagedRoot()
 {
     // The running system has a directory /etc too, but VYRE uses /etc of the managed root.
     QVERIFY(QDir(path(QString())).mkpath(QStringLiteral("etc")));
@@ -282,7 +282,7 @@ void YumConfIOPlacesTest::aWarningReportsValuesThatThePackageManagerReadsDiffere
     QCOMPARE(conf->warnings, QStringList());
 }
 
-void YumConfIOPlacesTest::everyReadBeginsWithTheDefaults()
+void YumConfIOPlacesTest::aReadKeepsNoValuesOfThePreviousRead()
 {
     putMain("[main]\ncachedir=/c\nreposdir=/r\nenabled=0\ngpgcheck=1\n[x]\n");
     QVERIFY(conf->read(window.get()));

@@ -104,10 +104,10 @@ private Q_SLOTS:
     void initTestCase();
     void init();
 
-    void writtenFilesAreReadWithTheSameValues();
-    void eachRewriteOfBytesBeyondAsciiAddsOneEncoding();
+    void writtenFilesAreReadBackWithTheSameValues();
+    void eachWriteEncodesBytesBeyondAsciiOnceMore();
     void anEditDoesNotChangeOtherValues();
-    void privateFilesArePrivateFromTheBeginning();
+    void newFilesWithAPasswordAreReadableOnlyByTheirOwner();
 
 private:
     QString path(const QString& relative) const { return root->path() + QLatin1Char('/') + relative; }
@@ -315,12 +315,12 @@ void YumConfIOPropertiesTest::roundTrips(bool ascii)
     QVERIFY(sections > 5 * cases);
 }
 
-void YumConfIOPropertiesTest::writtenFilesAreReadWithTheSameValues()
+void YumConfIOPropertiesTest::writtenFilesAreReadBackWithTheSameValues()
 {
     roundTrips(true);
 }
 
-void YumConfIOPropertiesTest::eachRewriteOfBytesBeyondAsciiAddsOneEncoding()
+void YumConfIOPropertiesTest::eachWriteEncodesBytesBeyondAsciiOnceMore()
 {
     roundTrips(false);
 }
@@ -523,7 +523,7 @@ void YumConfIOPropertiesTest::anEditDoesNotChangeOtherValues()
     QVERIFY(kept > cases && made > cases / 4 && removed > cases / 20);
 }
 
-void YumConfIOPropertiesTest::privateFilesArePrivateFromTheBeginning()
+void YumConfIOPropertiesTest::newFilesWithAPasswordAreReadableOnlyByTheirOwner()
 {
     static const char* const secrets[] = {"https://user:%1@host/", "http://h/vantor?u=n&p=%1&path=/",
                                           "password=%1", "proxy_password : %1", "proxy=http://u:%1@h:8080"};

@@ -28,7 +28,7 @@ private Q_SLOTS:
     void aLastLineWithoutLineFeedIsRead();
     void linesAboveTheFirstSectionAreIgnored();
     void continuationLinesBelongToTheLineAbove();
-    void aContinuedEmptyLineIsAnOption();
+    void anEmptyLineWithAContinuationLineIsAnOption();
     void carriageReturnsEndLines();
     void theCarriageReturnsOfAFileAreKept();
     void aByteOrderMarkIsKept();
@@ -259,7 +259,7 @@ void YumConfIOReadTest::continuationLinesBelongToTheLineAbove()
     QCOMPARE(entry(QStringLiteral("y")).options, QStringLiteral("retries=2\n  z\n"));
 }
 
-void YumConfIOReadTest::aContinuedEmptyLineIsAnOption()
+void YumConfIOReadTest::anEmptyLineWithAContinuationLineIsAnOption()
 {
     putRepo(QStringLiteral("f.repo"), "[x]\n\n  y\n\nretries=1\n");
     QVERIFY(conf->read(window.get()));

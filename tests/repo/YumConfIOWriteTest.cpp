@@ -27,7 +27,7 @@ private Q_SLOTS:
     void aFileWithoutRepositoriesIsRemoved();
     void aFileWithOnlyCommentsIsRemoved();
     void otherFilesAreNotRemoved();
-    void bytesBeyondAsciiAreEncodedAgainByEveryWrite();
+    void everyWriteEncodesBytesBeyondAsciiAgain();
     void uneditedFilesKeepTheirBytes();
     void theTargetsOfSymbolicLinksAreWritten();
 };
@@ -229,7 +229,7 @@ void YumConfIOWriteTest::otherFilesAreNotRemoved()
     QVERIFY(QFileInfo(repoPath(QStringLiteral("directory.repo"))).isDir());
 }
 
-void YumConfIOWriteTest::bytesBeyondAsciiAreEncodedAgainByEveryWrite()
+void YumConfIOWriteTest::everyWriteEncodesBytesBeyondAsciiAgain()
 {
     putMain("[main]\n# \xE9\n[m]\n");
     putRepo(QStringLiteral("f.repo"), "[x]\nname=\xC3\xA9\nexclude=\xE9\n");

@@ -48,10 +48,10 @@ class ProgramLanguageTest(JourneyTest):
         self.check(ENGLISH, LANG='de_DE.UTF-8', LANGUAGE='en:de')
         self.check(ENGLISH, LANG='de_DE.UTF-8', LC_ALL='en_GB.UTF-8')
 
-    def test_the_language_is_english_without_a_catalogue(self):
+    def test_the_language_is_english_if_it_has_no_catalogue(self):
         self.check(ENGLISH, LANG='fr_FR.UTF-8')
 
-    def test_packages_are_changed_in_german(self):
+    def test_german_program_installs_and_updates_packages(self):
         # This locale writes numbers with a decimal comma. The program must still read and write decimal points.
         locales = os.path.join(self.scratch, 'locales')
         os.mkdir(locales)

@@ -40,17 +40,17 @@ class ColorsTest : public QObject
 private Q_SLOTS:
     void eachMeaningHasTheExpectedColour_data();
     void eachMeaningHasTheExpectedColour();
-    void aTranslationMayChooseAnotherColor();
-    void aRequiredFieldIsColoredUnlessDisabled();
-    void theRequiredColorIsReadOnlyOnceInARun();
-    void aStatusLabelIsColoredInEveryState_data();
-    void aStatusLabelIsColoredInEveryState();
+    void aTranslationMayChooseAnotherColour();
+    void aRequiredFieldIsColouredUnlessItIsDisabled();
+    void theColourOfRequiredFieldsIsReadOnlyOnce();
+    void aStatusLabelIsColouredInEveryState_data();
+    void aStatusLabelIsColouredInEveryState();
     void textIsWhiteOnDarkAndBlackOnLight_data();
     void textIsWhiteOnDarkAndBlackOnLight();
-    void colorsAreUnchangedOnALightBackground();
-    void colorsAreReadableOnADarkBackground_data();
-    void colorsAreReadableOnADarkBackground();
-    void disabledTextHasLessContrastThanEnabled();
+    void coloursAreUnchangedOnALightBackground();
+    void coloursAreReadableOnADarkBackground_data();
+    void coloursAreReadableOnADarkBackground();
+    void disabledTextHasLessContrastThanEnabledText();
 };
 
 using Name = QString (*)();
@@ -83,14 +83,14 @@ void ColorsTest::eachMeaningHasTheExpectedColour()
     QVERIFY(QColor::isValidColor(function()));
 }
 
-void ColorsTest::aTranslationMayChooseAnotherColor()
+void ColorsTest::aTranslationMayChooseAnotherColour()
 {
     ColorTranslator translator("darkorange", "purple");
     QCOMPARE(Colors::warning(), QStringLiteral("purple"));
     QCOMPARE(Colors::error(), QStringLiteral("red"));
 }
 
-void ColorsTest::aRequiredFieldIsColoredUnlessDisabled()
+void ColorsTest::aRequiredFieldIsColouredUnlessItIsDisabled()
 {
     const QPalette before(Qt::cyan);
     const QPalette made = Colors::makeRequired(before);
@@ -103,7 +103,7 @@ void ColorsTest::aRequiredFieldIsColoredUnlessDisabled()
     QCOMPARE(made.color(QPalette::Active, QPalette::Text), before.color(QPalette::Active, QPalette::Text));
 }
 
-void ColorsTest::theRequiredColorIsReadOnlyOnceInARun()
+void ColorsTest::theColourOfRequiredFieldsIsReadOnlyOnce()
 {
     const QPalette first = Colors::makeRequired(QPalette());
     ColorTranslator translator("#fffacd", "#010203");
@@ -111,7 +111,7 @@ void ColorsTest::theRequiredColorIsReadOnlyOnceInARun()
     QCOMPARE(Colors::makeRequired(QPalette()).color(QPalette::Base), first.color(QPalette::Base));
 }
 
-void ColorsTest::aStatusLabelIsColoredInEveryState_data()
+void ColorsTest::aStatusLabelIsColouredInEveryState_data()
 {
     QTest::addColumn<Maker>("make");
     QTest::addColumn<QColor>("background");
@@ -120,7 +120,7 @@ void ColorsTest::aStatusLabelIsColoredInEveryState_data()
     QTest::newRow("ok") << &Colors::makeOK << QColor(0x90, 0xee, 0x90);
 }
 
-void ColorsTest::aStatusLabelIsColoredInEveryState()
+void ColorsTest::aStatusLabelIsColouredInEveryState()
 {
     QFETCH(Maker, make);
     QFETCH(QColor, background);
@@ -161,7 +161,7 @@ void ColorsTest::textIsWhiteOnDarkAndBlackOnLight()
     }
 }
 
-void ColorsTest::colorsAreUnchangedOnALightBackground()
+void ColorsTest::coloursAreUnchangedOnALightBackground()
 {
     for (const char* background : {"white", "#f7f7f7", "#efefef", "#c0c0c0"}) {
         for (Name name : {&Colors::action, &Colors::error, &Colors::warning, &Colors::minor, &Colors::ok}) {
@@ -172,7 +172,7 @@ void ColorsTest::colorsAreUnchangedOnALightBackground()
     }
 }
 
-void ColorsTest::colorsAreReadableOnADarkBackground_data()
+void ColorsTest::coloursAreReadableOnADarkBackground_data()
 {
     QTest::addColumn<QString>("background");
     QTest::newRow("black") << "#000000";
@@ -181,7 +181,7 @@ void ColorsTest::colorsAreReadableOnADarkBackground_data()
     QTest::newRow("grey") << "#5a5a5a";
 }
 
-void ColorsTest::colorsAreReadableOnADarkBackground()
+void ColorsTest::coloursAreReadableOnADarkBackground()
 {
     QFETCH(QString, background);
     // Luminance and contrast are defined as in the accessibility guidelines for web contents.
@@ -208,7 +208,7 @@ void ColorsTest::colorsAreReadableOnADarkBackground()
     }
 }
 
-void ColorsTest::disabledTextHasLessContrastThanEnabled()
+void ColorsTest::disabledTextHasLessContrastThanEnabledText()
 {
     const QColor background("#232323");
     const QColor enabled(Colors::readable(Colors::error(), background));

@@ -151,7 +151,7 @@ private Q_SLOTS:
         QVERIFY2(found > matched && found < compiled * 20 - 1000, qPrintable(QString::number(found)));
     }
 
-    void plainTextsAreFoundAsPlainTexts()
+    void anEscapedTextMatchesWhereTheTextOccurs()
     {
         Generator generator(99);
         for (int i = 0; i < 20000; ++i) {
@@ -172,7 +172,7 @@ private Q_SLOTS:
         }
     }
 
-    void requiredTextsAreFound_data()
+    void theTextThatEveryMatchContainsIsFound_data()
     {
         QTest::addColumn<QString>("expression");
         QTest::addColumn<QString>("required");
@@ -232,7 +232,7 @@ private Q_SLOTS:
         row("ab\\", "ab");
     }
 
-    void requiredTextsAreFound()
+    void theTextThatEveryMatchContainsIsFound()
     {
         QFETCH(QString, expression);
         QFETCH(QString, required);
@@ -242,7 +242,7 @@ private Q_SLOTS:
         QCOMPARE(answer, whole);
     }
 
-    void withoutAnExpressionNothingMatches()
+    void ifNoExpressionIsSetNothingMatches()
     {
         Expression none;
         QVERIFY(!none.matches(""));

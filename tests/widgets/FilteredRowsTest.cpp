@@ -54,7 +54,7 @@ class FilteredRowsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void everyRowIsListedWithoutAnExpression();
+    void ifNoExpressionIsSetEveryRowIsListed();
     void theExpressionMatchesTheJoinedColumns_data();
     void theExpressionMatchesTheJoinedColumns();
     void theExpressionAlsoMatchesTextThatIsNotShown();
@@ -65,10 +65,10 @@ private Q_SLOTS:
     void rowsAreFilteredAndSortedAgainWhenTheSourceChanges();
     void changedCellsOfListedRowsAreSignalled();
     void theHeaderIsTheSameAsInTheSourceEvenWithoutRows();
-    void noRowsAreListedWithoutASource();
+    void ifNoSourceIsSetNoRowIsListed();
 };
 
-void FilteredRowsTest::everyRowIsListedWithoutAnExpression()
+void FilteredRowsTest::ifNoExpressionIsSetEveryRowIsListed()
 {
     FixedTable table({{"b", 1}, {"a", 2}, {"c", 3}});
     FilteredRows rows;
@@ -217,7 +217,7 @@ void FilteredRowsTest::theHeaderIsTheSameAsInTheSourceEvenWithoutRows()
     QVERIFY(!rows.headerData(0, Qt::Vertical).isValid());
 }
 
-void FilteredRowsTest::noRowsAreListedWithoutASource()
+void FilteredRowsTest::ifNoSourceIsSetNoRowIsListed()
 {
     FilteredRows rows;
     QCOMPARE(rows.rowCount(), 0);

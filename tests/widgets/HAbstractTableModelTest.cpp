@@ -12,11 +12,11 @@ class HAbstractTableModelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void rediscoverCausesOneReset();
+    void forceSortColumnRediscoveryCausesOneReset();
     void aViewReadsChangedRowsAgain();
 };
 
-void HAbstractTableModelTest::rediscoverCausesOneReset()
+void HAbstractTableModelTest::forceSortColumnRediscoveryCausesOneReset()
 {
     FixedTable model({{1, 2}});
     QStringList order;

@@ -26,9 +26,9 @@ private Q_SLOTS:
     void aTextIsFramedAndCentered();
     void aLabelWithoutTextHasNoFrame();
     void anEmptyLabelShowsNothingEvenWithAnErrorPalette();
-    void theColorIsVisibleOnlyWithAText();
+    void theColourIsVisibleOnlyIfTheLabelHasAText();
     void aNewPaletteOfALabelWithTextIsShownAtOnce();
-    void aTextWithoutAPaletteHasTheNormalColor();
+    void ifNoPaletteIsSetTheTextHasTheNormalColour();
     void theSizeHintHasSpaceForTheText();
     void markupIsShownAsPlainText();
 };
@@ -85,7 +85,7 @@ void HFrameLabelTest::anEmptyLabelShowsNothingEvenWithAnErrorPalette()
     QCOMPARE(full.pixelColor(5, full.height() / 2), errorColor);
 }
 
-void HFrameLabelTest::theColorIsVisibleOnlyWithAText()
+void HFrameLabelTest::theColourIsVisibleOnlyIfTheLabelHasAText()
 {
     HFrameLabel label;
     const QColor normal = background(label);
@@ -108,7 +108,7 @@ void HFrameLabelTest::aNewPaletteOfALabelWithTextIsShownAtOnce()
     QCOMPARE(background(label), QColor(Qt::yellow));
 }
 
-void HFrameLabelTest::aTextWithoutAPaletteHasTheNormalColor()
+void HFrameLabelTest::ifNoPaletteIsSetTheTextHasTheNormalColour()
 {
     HFrameLabel label;
     const QColor normal = background(label);

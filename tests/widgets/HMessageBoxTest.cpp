@@ -64,7 +64,7 @@ private Q_SLOTS:
         QVERIFY(box.width() <= Metrics::maxWindowSize().width());
     }
 
-    void anOrdinaryTextLooksAsInAnyOtherBox()
+    void aBoxWithAnOrdinaryTextHasTheSizeOfAQMessageBox()
     {
         const QString text = QString("some words of a message ").repeated(12).trimmed();
         HMessageBox box(QMessageBox::Warning, "Title", text, QMessageBox::Ok, nullptr);

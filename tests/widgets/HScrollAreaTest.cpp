@@ -61,14 +61,14 @@ class HScrollAreaTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void keysGoToTheEnds_data()
+    void keysScrollToBothEnds_data()
     {
         QTest::addColumn<bool>("inLabel");
         QTest::newRow("the area has the focus") << false;
         QTest::newRow("a text has the focus") << true;
     }
 
-    void keysGoToTheEnds()
+    void keysScrollToBothEnds()
     {
         QFETCH(bool, inLabel);
         HScrollArea area;
@@ -109,7 +109,7 @@ private Q_SLOTS:
         QCOMPARE(vertical->value(), 0);
     }
 
-    void withoutInnerWidgetTheSizeHintComesFromTheBaseClass();
+    void ifNoInnerWidgetIsSetTheSizeHintComesFromTheBaseClass();
     void theHintHasSpaceForTheInnerWidgetAndBothScrollBars();
     void theHintIncludesAFrameAroundTheContents();
     void theMaximumSizeLimitsTheSizeHint();
@@ -122,7 +122,7 @@ private Q_SLOTS:
     void aLongLabelScrollsInsideItsWindow();
 };
 
-void HScrollAreaTest::withoutInnerWidgetTheSizeHintComesFromTheBaseClass()
+void HScrollAreaTest::ifNoInnerWidgetIsSetTheSizeHintComesFromTheBaseClass()
 {
     HScrollArea area(QSize(1, 1));
     QCOMPARE(area.sizeHint(), QScrollArea().sizeHint());

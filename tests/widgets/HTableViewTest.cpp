@@ -97,7 +97,7 @@ class HTableViewTest : public QObject
 private Q_SLOTS:
     void theHeightOfOneLineRowsDependsOnTheFont();
     void shiftF10RequestsTheMenuOfTheCurrentCell();
-    void theKeysForBothEndsSelectTheFirstAndTheLastRow();
+    void controlHomeSelectsTheFirstRowAndControlEndTheLastRow();
     void cellsAreDrawnByTheDelegateOfTheView();
     void theOptionsDetermineThePlaceOfTheIcon();
     void fewRowsRequestTheMinimumNumber();
@@ -127,7 +127,7 @@ private Q_SLOTS:
     void noRowIsSelectedWithoutAModelOrASelection();
 };
 
-void HTableViewTest::theKeysForBothEndsSelectTheFirstAndTheLastRow()
+void HTableViewTest::controlHomeSelectsTheFirstRowAndControlEndTheLastRow()
 {
     QStandardItemModel model(300, 3);
     View view;

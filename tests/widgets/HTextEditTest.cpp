@@ -22,7 +22,7 @@ class HTextEditTest : public QObject
 private Q_SLOTS:
     void theSizeHintIsInLetters_data();
     void theSizeHintIsInLetters();
-    void withoutColumnsAndRowsTheSizeHintComesFromTheBaseClass();
+    void ifNoColumnsAndRowsAreSetTheSizeHintComesFromTheBaseClass();
     void theScreenLimitsTheSizeHint();
     void theHintDependsOnTheFont();
     void leavingTheEditEndsEditing();
@@ -62,7 +62,7 @@ void HTextEditTest::theSizeHintIsInLetters()
     QCOMPARE(edit.sizeHint(), expected);
 }
 
-void HTextEditTest::withoutColumnsAndRowsTheSizeHintComesFromTheBaseClass()
+void HTextEditTest::ifNoColumnsAndRowsAreSetTheSizeHintComesFromTheBaseClass()
 {
     HTextEdit edit;
     QCOMPARE(edit.sizeHint(), QTextEdit().sizeHint());
