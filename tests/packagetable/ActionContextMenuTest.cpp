@@ -176,8 +176,8 @@ void ActionContextMenuTest::anActionIsSetOnlyInRowsThatPermitIt_data()
     const int u = Package::Update;
     const int i = Package::Install;
     const int r = Package::Remove;
-    // Each row names the marks after the choice. Before it, a click on each of the three packages has set a
-    // mark.
+    // Each row names the marks after the choice. Before the choice, each of the three packages has the mark
+    // that a click on it sets.
     QTest::newRow("update") << int(Qt::Key_U) << Actions{{"tool", u}, {"editor", i}, {"shell", r}};
     QTest::newRow("install") << int(Qt::Key_I) << Actions{{"tool", u}, {"editor", i}, {"shell", r}};
     QTest::newRow("remove") << int(Qt::Key_R) << Actions{{"tool", r}, {"editor", i}, {"shell", r}};

@@ -328,7 +328,7 @@ void DescribeAreaTest::closingTheDescriptionEndsTheWaitForALock()
         QVERIFY(!table->yumIO.isWorking());
         QTRY_VERIFY(!shown.isVisible());
     });
-    // The user has closed the description, so no window shows the change log when it has been read.
+    // The user has closed the description, so no window shows the change log.
     QCOMPARE(seen, QStringList());
     QCOMPARE(dialog->result(), int(QDialog::Rejected));
 }

@@ -35,7 +35,7 @@ private Q_SLOTS:
     void cleanupTestCase();
     void theStateFilterListsTheStates_data();
     void theStateFilterListsTheStates();
-    void duplicatesCanBeLeftOut();
+    void ifDuplicatesAreDisabledOnlyOneOfThemIsListed();
     void groupsCanBeExcludedWithAnyExpression();
     void theFiltersOfTheConstructorAreApplied();
     void wildcardsListEverything_data();
@@ -141,7 +141,7 @@ void SortFilterProxyModelTest::theStateFilterListsTheStates()
     QCOMPARE(sortedNames(*proxy), expected);
 }
 
-void SortFilterProxyModelTest::duplicatesCanBeLeftOut()
+void SortFilterProxyModelTest::ifDuplicatesAreDisabledOnlyOneOfThemIsListed()
 {
     const auto architectures = [this] {
         QStringList found;

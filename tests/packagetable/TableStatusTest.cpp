@@ -31,7 +31,7 @@ private Q_SLOTS:
     void theDownloadSizeCountsOnlyNewPackages();
     void aNewCollectionResetsTheCounts();
     void assistiveProgramsReadAStatusBar();
-    void tableWithoutRecordsIsEmpty();
+    void ifTheTableHasNoRecordsAllCountsAreZero();
 
 private:
     // Waits until the line shows this text. Returns false if the line does not show it in time.
@@ -169,7 +169,7 @@ void TableStatusTest::assistiveProgramsReadAStatusBar()
     QCOMPARE(bar->child(0)->text(QAccessible::Name), label()->wholeText());
 }
 
-void TableStatusTest::tableWithoutRecordsIsEmpty()
+void TableStatusTest::ifTheTableHasNoRecordsAllCountsAreZero()
 {
     shown.reset();
     table->yumIO.clearEntries();

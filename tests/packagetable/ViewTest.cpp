@@ -40,24 +40,24 @@ private Q_SLOTS:
     void cleanupTestCase();
     void wholeRowsAreShownWithoutGrid();
     void textsCanBeReadInADarkPalette();
-    void sizeHintHasAtLeastTenRows();
-    void sizeHintHasAllRowsIfThereAreMore();
+    void theSizeHintIncludesAtLeastTenRows();
+    void ifTheTableHasElevenRowsTheSizeHintIncludesAllOfThem();
     void theTableIsSortedByKindAtFirst();
-    void clickingAHeaderSortsAndClickingAgainReverses();
-    void firstClickOnTheKindReversesTheOrder();
+    void aClickOnAHeaderSortsAndASecondClickReverses();
+    void ifTheTableIsSortedByKindAClickOnItsHeaderReversesTheOrder();
     void columnsCanBeMoved();
     void clickingTheActionSelectsTheNextAction();
     void clickingTheActionOfAnExcludedPackageShowsTheReason();
     void clickingOtherColumnsSetsNoAction();
     void theRightButtonSetsNoAction();
-    void theActionColumnStillSetsActionsAfterItWasMoved();
+    void theMovedActionColumnStillSetsActions();
     void aChangeOfTheCurrentRowIsSignalled();
     void aChangeOfTheCurrentColumnIsNotSignalled();
-    void aSignalReportsThatNoRowIsCurrentAnyMore();
+    void ifTheCurrentRowIsFilteredOutASignalReportsMinusOne();
     void selectedRowsReturnsIndexesOfTheSourceModel();
     void spaceSelectsTheNextAction();
     void tabLeavesTheTable();
-    void disablingChangesTheColours();
+    void theColoursOfADisabledViewDiffer();
     void theColumnsAlsoFitUnlistedRecords();
     void fittingTheColumnsKeepsFilterAndSelection();
     void columnsAreAsWideAsTheirWidestCell_data();
@@ -145,7 +145,7 @@ void ViewTest::wholeRowsAreShownWithoutGrid()
     QCOMPARE(fresh.viewOptions().decorationPosition, QStyleOptionViewItem::Left);
 }
 
-void ViewTest::sizeHintHasAtLeastTenRows()
+void ViewTest::theSizeHintIncludesAtLeastTenRows()
 {
     table->collect({}, {}, {StandIn::package("one")});
     shown->model.reset();
@@ -154,7 +154,7 @@ void ViewTest::sizeHintHasAtLeastTenRows()
     QCOMPARE(fresh.sizeHint().height(), 2 * fresh.frameWidth() + header + 10 * fresh.rowHeight(0));
 }
 
-void ViewTest::sizeHintHasAllRowsIfThereAreMore()
+void ViewTest::ifTheTableHasElevenRowsTheSizeHintIncludesAllOfThem()
 {
     QCOMPARE(shown->proxy.rowCount(), 11);
     View fresh(&shown->model, &shown->proxy);
@@ -173,7 +173,7 @@ void ViewTest::theTableIsSortedByKindAtFirst()
                                                "lib", "lib", "many", "shell", "tool"}));
 }
 
-void ViewTest::clickingAHeaderSortsAndClickingAgainReverses()
+void ViewTest::aClickOnAHeaderSortsAndASecondClickReverses()
 {
     QHeaderView* header = view->horizontalHeader();
     for (const int column : {SizeColumn, VersionColumn, StateColumn, ActionColumn}) {
@@ -196,7 +196,7 @@ void ViewTest::clickingAHeaderSortsAndClickingAgainReverses()
     }
 }
 
-void ViewTest::firstClickOnTheKindReversesTheOrder()
+void ViewTest::ifTheTableIsSortedByKindAClickOnItsHeaderReversesTheOrder()
 {
     view->HTableView::sortByColumn(KindColumn, Qt::AscendingOrder);
     QHeaderView* header = view->horizontalHeader();
@@ -278,7 +278,7 @@ void ViewTest::theRightButtonSetsNoAction()
     QCOMPARE(table->entry("tool").action, Package::None);
 }
 
-void ViewTest::theActionColumnStillSetsActionsAfterItWasMoved()
+void ViewTest::theMovedActionColumnStillSetsActions()
 {
     view->horizontalHeader()->moveSection(0, 3);
     shown->click("tool", StateColumn);
@@ -308,7 +308,7 @@ void ViewTest::aChangeOfTheCurrentColumnIsNotSignalled()
     QCOMPARE(spy.count(), 0);
 }
 
-void ViewTest::aSignalReportsThatNoRowIsCurrentAnyMore()
+void ViewTest::ifTheCurrentRowIsFilteredOutASignalReportsMinusOne()
 {
     shown->click("office", NameColumn);
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
@@ -366,7 +366,7 @@ void ViewTest::tabLeavesTheTable()
     QVERIFY(!view->hasFocus());
 }
 
-void ViewTest::disablingChangesTheColours()
+void ViewTest::theColoursOfADisabledViewDiffer()
 {
     const QModelIndex cell = shown->proxy.index(shown->listedRow("tool"), NameColumn);
     QCOMPARE(cell.data(Qt::ForegroundRole).value<QColor>(), QColor(Colors::error()));

@@ -97,7 +97,7 @@ private Q_SLOTS:
         QVERIFY(python.takeErrors().isEmpty());
     }
 
-    void startKeepsTheInterruptHandlerOfTheInterpreter()
+    void theInterruptHandlerOfTheInterpreterCanBeDisabledAndEnabled()
     {
         RecordingPython python;
         QVERIFY(python.initialize());
@@ -156,7 +156,7 @@ private Q_SLOTS:
         QVERIFY(Python::main_dict == nullptr);
     }
 
-    void destructorWithoutAStartDoesNothing()
+    void ifTheInterpreterWasNotStartedTheDestructorDoesNothing()
     {
         {
             RecordingPython python;

@@ -607,7 +607,7 @@ private Q_SLOTS:
         QVERIFY(PyObject_TypeCheck(value.get(), reinterpret_cast<PyTypeObject*>(PyExc_ValueError)));
     }
 
-    void exceptionValueIsNullWithoutAPendingException()
+    void ifNoExceptionIsPendingTheExceptionValueIsNull()
     {
         QVERIFY(python->pyExceptValue() == nullptr);
         QVERIFY(python->pyExceptValuef() == nullptr);

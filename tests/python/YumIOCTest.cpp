@@ -228,7 +228,7 @@ private Q_SLOTS:
         QCOMPARE(python->text("yumIOC.repositorySectionLimit"), QString::number(repositorySectionLimit));
     }
 
-    void eachFunctionCallsTheMemberWithItsName_data()
+    void eachFunctionCallsTheBackEndFunctionOfTheSameName_data()
     {
         QTest::addColumn<QByteArray>("call");
         QTest::addColumn<QString>("recorded");
@@ -259,7 +259,7 @@ private Q_SLOTS:
         row("gpgsigcheck('k')", "gpgsigcheck ('k',)");
     }
 
-    void eachFunctionCallsTheMemberWithItsName()
+    void eachFunctionCallsTheBackEndFunctionOfTheSameName()
     {
         QFETCH(QByteArray, call);
         QFETCH(QString, recorded);

@@ -173,7 +173,7 @@ void PasswdEditTest::everyPasswordOfAUrlIsMasked()
     QVERIFY(shownText().startsWith(QString::fromUtf8("http://bob:●●●●●●●●@a/")));
 }
 
-void PasswdEditTest::theHiddenEditIsLikeTheShownEdit()
+void PasswdEditTest::theHiddenEditHasTheSameParentPlaceAndFont()
 {
     QCOMPARE(textOf(hiddenEdit()), text());
     QVERIFY(!hiddenEdit()->isVisible());
@@ -394,7 +394,7 @@ void PasswdEditTest::aClickSetsTheCursor()
     }
 }
 
-void PasswdEditTest::draggingSelects()
+void PasswdEditTest::draggingTheMouseSelectsText()
 {
     drag(passwordBegin + 5, passwordBegin + 1);
     QCOMPARE(selectedText(), QString::fromUtf8("●●●●"));

@@ -22,7 +22,7 @@ private Q_SLOTS:
     void thePasswordIsMasked();
     void textWithoutAMatchIsShown();
     void everyPasswordOfAUrlIsMasked();
-    void theHiddenEditIsLikeTheShownEdit();
+    void theHiddenEditHasTheSameParentPlaceAndFont();
     void theHiddenEditGetsTheSameNewParent();
     void theHiddenEditIsDeletedWithTheShownEdit();
     void theEditAcceptsNoDropsAndHasNoMenu();
@@ -38,7 +38,7 @@ private Q_SLOTS:
     void undoAndRedoRestoreThePassword();
     void undoneTextIsMasked();
     void aClickSetsTheCursor();
-    void draggingSelects();
+    void draggingTheMouseSelectsText();
     void aDoubleClickSelectsTheVisibleWord();
     void aClickInAScrolledTextSetsTheCursor();
     void surrogatePairsAreNotSplit();

@@ -15,7 +15,7 @@ private Q_SLOTS:
     void typedTextIsNotShown();
     void pastedLineBreaksAreDropped();
     void aLongPasswordIsKept();
-    void nothingIsCopied();
+    void theFieldCopiesNothing();
     void assistiveProgramsDoNotGetThePassword();
 };
 
@@ -42,7 +42,7 @@ void PasswdFieldTest::aLongPasswordIsKept()
     QCOMPARE(field.text().size(), 40000);
 }
 
-void PasswdFieldTest::nothingIsCopied()
+void PasswdFieldTest::theFieldCopiesNothing()
 {
     PasswdField field;
     field.show();

@@ -56,11 +56,11 @@ private Q_SLOTS:
     void applyToTheHostUsesTheHostOfTheMirrorList();
     void skipAllWritesNothing();
     void skipAllWritesEarlierAnswers();
-    void disableDisablesTheRepository();
+    void disableForSessionDisablesTheRepository();
     void quitStopsTheCheckAndIsReported();
     void quitWritesEarlierAnswers();
     void nothingIsShownOrWrittenIfNoCredentialsAreMissing();
-    void nothingIsAskedOrWrittenAfterAFailedRead();
+    void ifAReadFailsNothingIsAskedOrWritten();
     void nothingIsWrittenIfTheUserDeclinesTheQuestionAboutDuplicates();
     void oneDialogAsksAboutAllRepositories();
     void theCheckerDeletesTheDialog();
@@ -328,7 +328,7 @@ void RepoAuthCheckerTest::skipAllWritesEarlierAnswers()
     QCOMPARE(get("a.repo").count("u=&p=&"), 2);
 }
 
-void RepoAuthCheckerTest::disableDisablesTheRepository()
+void RepoAuthCheckerTest::disableForSessionDisablesTheRepository()
 {
     const QByteArray before = section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth);
     put("a.repo", before);
@@ -369,7 +369,7 @@ void RepoAuthCheckerTest::nothingIsShownOrWrittenIfNoCredentialsAreMissing()
     QCOMPARE(get("a.repo"), before);
 }
 
-void RepoAuthCheckerTest::nothingIsAskedOrWrittenAfterAFailedRead()
+void RepoAuthCheckerTest::ifAReadFailsNothingIsAskedOrWritten()
 {
     // Both files have the same error, because the order in which the checker reads them is unknown.
     const QByteArray first =

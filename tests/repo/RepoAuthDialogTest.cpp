@@ -40,7 +40,7 @@ private Q_SLOTS:
     void okIsAlsoTheDefaultButtonInTheNextQuestion();
     void closingTheDialogSkipsAll_data();
     void closingTheDialogSkipsAll();
-    void anAnsweredDialogIsStillOpenWithItsButtonsDisabled();
+    void afterAnAnswerTheDialogStaysOpenWithDisabledButtons();
     void theNextRepositoryStartsWithEmptyFields();
     void credentialsAreEncoded();
     void pastedLineBreaksAreDropped();
@@ -366,7 +366,7 @@ void RepoAuthDialogTest::closingTheDialogSkipsAll()
     QCOMPARE(entry.baseurl, before.baseurl);
 }
 
-void RepoAuthDialogTest::anAnsweredDialogIsStillOpenWithItsButtonsDisabled()
+void RepoAuthDialogTest::afterAnAnswerTheDialogStaysOpenWithDisabledButtons()
 {
     run([this] { click("OK"); });
     QVERIFY(dialog->isVisible());

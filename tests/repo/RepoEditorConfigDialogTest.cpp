@@ -31,7 +31,7 @@ private Q_SLOTS:
     void okRejectsTheDialogIfNothingHasChanged();
     void okStoresTheEntryAndTheSessionState_data();
     void okStoresTheEntryAndTheSessionState();
-    void aChangedIdentifierKeepsTheStateOfTheOldIdentifier();
+    void aNewIdentifierDoesNotChangeTheSessionStateOfTheOldIdentifier();
     void anUnchangedBoxKeepsTheValueUnspecified();
     void warningsDoNotPreventOk();
     void okIsDisabledIfTheRepositoryCannotBeWritten();
@@ -237,7 +237,7 @@ void RepoEditorConfigDialogTest::okStoresTheEntryAndTheSessionState()
     QCOMPARE(session, (QHash<QString, bool>{{QStringLiteral("updates"), used}}));
 }
 
-void RepoEditorConfigDialogTest::aChangedIdentifierKeepsTheStateOfTheOldIdentifier()
+void RepoEditorConfigDialogTest::aNewIdentifierDoesNotChangeTheSessionStateOfTheOldIdentifier()
 {
     session.insert(QStringLiteral("updates"), false);
     run([this] {

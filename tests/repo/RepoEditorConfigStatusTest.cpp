@@ -16,7 +16,7 @@ private Q_SLOTS:
     void theStatusReportsTheErrors();
     void textsThatAFileCannotRepresentAreRefused_data();
     void textsThatAFileCannotRepresentAreRefused();
-    void theMainConfigurationFileIsAlwaysValid();
+    void theFormAcceptsTheMainConfigurationFileAsTheFileOfARepository();
 };
 
 void RepoEditorConfigStatusTest::theStatusReportsTheErrors_data()
@@ -175,7 +175,7 @@ void RepoEditorConfigStatusTest::textsThatAFileCannotRepresentAreRefused()
     }
 }
 
-void RepoEditorConfigStatusTest::theMainConfigurationFileIsAlwaysValid()
+void RepoEditorConfigStatusTest::theFormAcceptsTheMainConfigurationFileAsTheFileOfARepository()
 {
     Repo::Entry entry = usual();
     entry.file = YumConfIO::fileName();

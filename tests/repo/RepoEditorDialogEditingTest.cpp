@@ -19,7 +19,7 @@ class RepoEditorDialogEditingTest : public ShownEditor
 private Q_SLOTS:
     void twoClicksOnASessionBoxStillSignalAChange();
     void aClickOnASessionBoxTakesEffectWithoutApply();
-    void clicksOnThePermanentBoxNeverUnspecifyTheState();
+    void clicksOnThePermanentBoxSwitchOnlyBetweenYesAndNo();
     void theCurrentRepositoryIsEdited();
     void aDoubleClickEditsTheRepository();
     void aDoubleClickOnABoxTogglesOnce();
@@ -40,7 +40,7 @@ private Q_SLOTS:
     void theEnterKeyAfterACommandLosesNoEdits();
     void threeSelectedRowsAreRemoved();
     void aRowIsRemovedOnceIfSeveralOfItsCellsAreSelected();
-    void removingWithoutASelectionChangesNothing();
+    void ifNoRowIsSelectedRemoveChangesNothing();
 };
 
 void RepoEditorDialogEditingTest::twoClicksOnASessionBoxStillSignalAChange()
@@ -73,7 +73,7 @@ void RepoEditorDialogEditingTest::aClickOnASessionBoxTakesEffectWithoutApply()
     QVERIFY(run([this] { QCOMPARE(session.value(QStringLiteral("extras")), true); }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::clicksOnThePermanentBoxNeverUnspecifyTheState()
+void RepoEditorDialogEditingTest::clicksOnThePermanentBoxSwitchOnlyBetweenYesAndNo()
 {
     QVERIFY(run([this] {
                 QCOMPARE(entry(QStringLiteral("os")).enabled, 1);
@@ -484,7 +484,7 @@ void RepoEditorDialogEditingTest::aRowIsRemovedOnceIfSeveralOfItsCellsAreSelecte
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::removingWithoutASelectionChangesNothing()
+void RepoEditorDialogEditingTest::ifNoRowIsSelectedRemoveChangesNothing()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("os"));

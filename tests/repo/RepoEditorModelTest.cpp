@@ -38,22 +38,22 @@ private Q_SLOTS:
 
     void theRowsAreTheEntries();
     void theHeadersHaveTheExpectedTexts();
-    void otherHeadersAreEmpty();
+    void headersOutsideTheTableAndOtherRolesAreEmpty();
     void theSessionColumnShowsTheSessionState();
     void thePermanentColumnShowsThePermanentState_data();
     void thePermanentColumnShowsThePermanentState();
     void thePermanentToolTipDependsOnTheSessionState();
-    void theIdentifierAndTheNameAreTexts();
+    void theIdentifierAndNameColumnsShowTexts();
     void aNewRepositoryIsShownInItalics();
     void showingAnUnknownRepositoryRecordsItAsUnused();
-    void missingCellsHaveNoData();
+    void cellsOutsideTheTableHaveNoData();
     void removedRowsHaveNoData();
 
     void anAddedRowIsSignalled();
     void aRemovedRowIsSignalled();
     void aResetIsSignalled();
     void aChangedRowIsSignalled();
-    void togglingTheSessionBoxChangesTheUse();
+    void togglingTheSessionBoxChangesTheSessionState();
     void togglingThePermanentBoxChangesThePermanentState_data();
     void togglingThePermanentBoxChangesThePermanentState();
     void togglingAnInvalidIndexDoesNothing();
@@ -139,7 +139,7 @@ void RepoEditorModelTest::theHeadersHaveTheExpectedTexts()
                           "Unique identifier for the repository", "Description of the repository"}));
 }
 
-void RepoEditorModelTest::otherHeadersAreEmpty()
+void RepoEditorModelTest::headersOutsideTheTableAndOtherRolesAreEmpty()
 {
     QVERIFY(!model->headerData(4, Qt::Horizontal).isValid());
     QVERIFY(!model->headerData(-1, Qt::Horizontal).isValid());
@@ -191,7 +191,7 @@ void RepoEditorModelTest::thePermanentToolTipDependsOnTheSessionState()
              QStringLiteral("Repository is not configured to be enabled"));
 }
 
-void RepoEditorModelTest::theIdentifierAndTheNameAreTexts()
+void RepoEditorModelTest::theIdentifierAndNameColumnsShowTexts()
 {
     QCOMPARE(data(0, IdentifierColumn).toString(), QStringLiteral("base"));
     QCOMPARE(data(0, NameColumn).toString(), QStringLiteral("BASE"));
@@ -226,7 +226,7 @@ void RepoEditorModelTest::showingAnUnknownRepositoryRecordsItAsUnused()
     QCOMPARE(session.value(QStringLiteral("other"), true), false);
 }
 
-void RepoEditorModelTest::missingCellsHaveNoData()
+void RepoEditorModelTest::cellsOutsideTheTableHaveNoData()
 {
     QVERIFY(!model->data(QModelIndex()).isValid());
     QVERIFY(!model->data(model->createIndex(0, 4)).isValid());
@@ -284,7 +284,7 @@ void RepoEditorModelTest::aChangedRowIsSignalled()
     QCOMPARE(model->createIndex(1), model->index(1, 0));
 }
 
-void RepoEditorModelTest::togglingTheSessionBoxChangesTheUse()
+void RepoEditorModelTest::togglingTheSessionBoxChangesTheSessionState()
 {
     QSignalSpy changes(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex)));
     QSignalSpy uses(model.get(), SIGNAL(useChanged()));

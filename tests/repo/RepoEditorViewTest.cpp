@@ -46,7 +46,7 @@ private Q_SLOTS:
     void aResetSignalsThatNoRowIsCurrent();
     void theCurrentRowCanBeSet();
     void selectedRowsReturnsRowsOfTheSourceModel();
-    void oneClickTogglesTheUse();
+    void oneClickTogglesTheSessionState();
     void oneClickTogglesThePermanentState();
     void clicksOnTheTextToggleNothing();
     void theRightButtonTogglesNothing();
@@ -261,7 +261,7 @@ void RepoEditorViewTest::selectedRowsReturnsRowsOfTheSourceModel()
     QCOMPARE(rows, (QList<int>{0, 1}));
 }
 
-void RepoEditorViewTest::oneClickTogglesTheUse()
+void RepoEditorViewTest::oneClickTogglesTheSessionState()
 {
     QSignalSpy uses(model.get(), SIGNAL(useChanged()));
     click(QStringLiteral("updates"), SessionColumn);

@@ -62,7 +62,7 @@ private Q_SLOTS:
     void credentialsAreFound_data();
     void credentialsAreFound();
     void thePiecesAreEmptyIfCredentialsAreMissing();
-    void theUrlsOfARepositoryComeBeforeItsMirrorList();
+    void ifUrlsAndMirrorListHaveCredentialsThoseOfTheUrlsAreUsed();
     void theMirrorListIsSearchedIfTheUrlsHaveNoCredentials();
     void aNameWithBlankAndAmpersandIsEncoded();
     void everySpecialCharacterIsEncodedInLowerCase_data();
@@ -73,7 +73,7 @@ private Q_SLOTS:
     void escapesInUpperOrLowerCaseAreDecoded();
     void brokenEscapesAreNotChanged();
     void everyCredentialUrlGetsTheSameCredentials();
-    void theKeysAreKept();
+    void newCredentialsKeepTheKeys();
     void aNewPasswordKeepsTheName();
     void aTextWithoutCredentialsIsNotChanged();
     void theExpressionsHaveTheExpectedTexts();
@@ -123,7 +123,7 @@ void RepoVantorTest::thePiecesAreEmptyIfCredentialsAreMissing()
     QCOMPARE(authOf(Entry()).pieces, (QStringList{QString(), QString(), QString(), QString()}));
 }
 
-void RepoVantorTest::theUrlsOfARepositoryComeBeforeItsMirrorList()
+void RepoVantorTest::ifUrlsAndMirrorListHaveCredentialsThoseOfTheUrlsAreUsed()
 {
     Entry entry;
     entry.baseurl = base;
@@ -216,7 +216,7 @@ void RepoVantorTest::everyCredentialUrlGetsTheSameCredentials()
                             "http://c/vantor?u=eve&p=pw&path=/2"));
 }
 
-void RepoVantorTest::theKeysAreKept()
+void RepoVantorTest::newCredentialsKeepTheKeys()
 {
     QCOMPARE(Vantor::replaceAuth(QStringLiteral("/vantor?login=&key%20word=&path="), QStringLiteral("eve"),
                                  QStringLiteral("pw")),

@@ -94,7 +94,7 @@ private Q_SLOTS:
     void aNewFileIsCreated();
     void aReplacedFileKeepsOwnerModeAndAttributes();
     void aReplacementCanRemoveTheRightsOfOtherUsers();
-    void linksAreFollowed();
+    void theTargetOfALinkIsReplacedAndNotTheLink();
     void allNamesOfAFileGetTheNewText();
     void aFileInAReadOnlyDirectoryIsReplaced();
     void aFileThatAnotherProgramHasChangedIsNotOverwritten();
@@ -213,7 +213,7 @@ void SafeFileTest::aReplacementCanRemoveTheRightsOfOtherUsers()
     QCOMPARE(int(statusOf(file).st_mode & 07777), 0600);
 }
 
-void SafeFileTest::linksAreFollowed()
+void SafeFileTest::theTargetOfALinkIsReplacedAndNotTheLink()
 {
     QVERIFY(QDir(root->path()).mkpath(QStringLiteral("elsewhere")));
     put(path(QStringLiteral("elsewhere/real")), oldText);

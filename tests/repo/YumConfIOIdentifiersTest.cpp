@@ -11,11 +11,11 @@ class YumConfIOIdentifiersTest : public ScratchConfiguration
 
 private Q_SLOTS:
     void theUserIsAskedAboutDuplicateAndMissingIdentifiers();
-    void decliningWritesNothing_data();
-    void decliningWritesNothing();
-    void agreeingKeepsTheFirstRepositoryWithEachIdentifier();
-    void theUserIsAskedAboutMissingIdentifiersAlone();
-    void theUserIsAskedAboutDuplicateIdentifiersAlone();
+    void ifTheUserDeclinesNothingIsWritten_data();
+    void ifTheUserDeclinesNothingIsWritten();
+    void ifTheUserAgreesTheFirstRepositoryWithEachIdentifierIsKept();
+    void ifOnlyIdentifiersAreMissingTheUserIsAskedAboutThem();
+    void ifOnlyIdentifiersAreDuplicateTheUserIsAskedAboutThem();
     void anIdentifierUsedThreeTimesIsListedThreeTimes();
     void severalDuplicatesAreListedInOrder();
     void identifiersInDifferentLetterCaseAreNoDuplicates();
@@ -40,7 +40,7 @@ void YumConfIOIdentifiersTest::theUserIsAskedAboutDuplicateAndMissingIdentifiers
     QCOMPARE(box.parent, window.get());
 }
 
-void YumConfIOIdentifiersTest::decliningWritesNothing_data()
+void YumConfIOIdentifiersTest::ifTheUserDeclinesNothingIsWritten_data()
 {
     QTest::addColumn<int>("key");
     QTest::newRow("No is clicked") << 0;
@@ -48,7 +48,7 @@ void YumConfIOIdentifiersTest::decliningWritesNothing_data()
     QTest::newRow("Escape") << int(Qt::Key_Escape);
 }
 
-void YumConfIOIdentifiersTest::decliningWritesNothing()
+void YumConfIOIdentifiersTest::ifTheUserDeclinesNothingIsWritten()
 {
     QFETCH(int, key);
     putMain("[main]\n\n[a]\n[a]\n[b]");
@@ -66,7 +66,7 @@ void YumConfIOIdentifiersTest::decliningWritesNothing()
     QCOMPARE(conf->entries.last().file, QString());
 }
 
-void YumConfIOIdentifiersTest::agreeingKeepsTheFirstRepositoryWithEachIdentifier()
+void YumConfIOIdentifiersTest::ifTheUserAgreesTheFirstRepositoryWithEachIdentifierIsKept()
 {
     putMain("[main]\n[b]\n[a]\nname=first\n[a]\nname=second\n");
     QVERIFY(conf->read(window.get()));
@@ -84,7 +84,7 @@ void YumConfIOIdentifiersTest::agreeingKeepsTheFirstRepositoryWithEachIdentifier
     QCOMPARE(getRepo(QStringLiteral("c.repo")), QByteArray("[c]\n"));
 }
 
-void YumConfIOIdentifiersTest::theUserIsAskedAboutMissingIdentifiersAlone()
+void YumConfIOIdentifiersTest::ifOnlyIdentifiersAreMissingTheUserIsAskedAboutThem()
 {
     QVERIFY(conf->read(window.get()));
     conf->entries = {made(QString()), made(QString())};
@@ -96,7 +96,7 @@ void YumConfIOIdentifiersTest::theUserIsAskedAboutMissingIdentifiersAlone()
     QCOMPARE(conf->entries.size(), 0);
 }
 
-void YumConfIOIdentifiersTest::theUserIsAskedAboutDuplicateIdentifiersAlone()
+void YumConfIOIdentifiersTest::ifOnlyIdentifiersAreDuplicateTheUserIsAskedAboutThem()
 {
     conf->entries = {made(QStringLiteral("a")), made(QStringLiteral("a"))};
     user->answer = AnsweringUser::click(QMessageBox::No);

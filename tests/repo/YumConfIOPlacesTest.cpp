@@ -32,7 +32,7 @@ private Q_SLOTS:
     void theMainValuesAreRead();
     void theMainHeaderIsNotRequired();
     void explicitDirectoriesReplaceTheDefaults();
-    void noDirectoryIsSearchedIfReposdirIsEmpty();
+    void ifReposdirIsEmptyNoDirectoryIsSearched();
     void bothDefaultDirectoriesAreSearchedInOrder();
     void missingDirectoriesAreSkipped();
     void onlyFilesWhoseNamesEndInRepoAreRead();
@@ -40,8 +40,8 @@ private Q_SLOTS:
     void fileNamesWithLettersBeyondAsciiAreKept();
     void aDirectoryWithTwoPathsIsReadOnce_data();
     void aDirectoryWithTwoPathsIsReadOnce();
-    void severalPathsToAFileAreOneFile_data();
-    void severalPathsToAFileAreOneFile();
+    void severalPathsToOneFileAreTreatedAsOneFile_data();
+    void severalPathsToOneFileAreTreatedAsOneFile();
     void allNamesOfARemovedFileAreRemoved();
     void masksPipesAndDanglingLinksAreLeftAlone();
 };
@@ -337,7 +337,7 @@ void YumConfIOPlacesTest::explicitDirectoriesReplaceTheDefaults()
     QCOMPARE(conf->entries.first().file, path(QStringLiteral("two/file.repo")));
 }
 
-void YumConfIOPlacesTest::noDirectoryIsSearchedIfReposdirIsEmpty()
+void YumConfIOPlacesTest::ifReposdirIsEmptyNoDirectoryIsSearched()
 {
     putMain("[main]\nreposdir=\n");
     putRepo(QStringLiteral("x.repo"), "[x]\n");
@@ -457,7 +457,7 @@ void YumConfIOPlacesTest::aDirectoryWithTwoPathsIsReadOnce()
              QStringList(QStringLiteral("b.repo")));
 }
 
-void YumConfIOPlacesTest::severalPathsToAFileAreOneFile_data()
+void YumConfIOPlacesTest::severalPathsToOneFileAreTreatedAsOneFile_data()
 {
     QTest::addColumn<QString>("reposdir");
     QTest::addColumn<QString>("file");
@@ -470,7 +470,7 @@ void YumConfIOPlacesTest::severalPathsToAFileAreOneFile_data()
     QTest::newRow("two points behind a link") << plain << QStringLiteral("etc/far/../yum.repos.d/x.repo");
 }
 
-void YumConfIOPlacesTest::severalPathsToAFileAreOneFile()
+void YumConfIOPlacesTest::severalPathsToOneFileAreTreatedAsOneFile()
 {
     QFETCH(QString, reposdir);
     QFETCH(QString, file);

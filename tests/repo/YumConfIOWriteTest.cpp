@@ -17,7 +17,7 @@ private Q_SLOTS:
     void commentsMoveToTheEndOfTheirSection();
     void blankLinesAreKeptOnlyInTheMainPart();
     void theMainFileIsRewrittenWithItsRepositories();
-    void theMainFileIsWrittenEvenWithoutRepositories();
+    void theMainFileIsWrittenEvenIfItHasNoRepositories();
     void aNewRepositoryGetsItsOwnFile();
     void aRelativeFileIsPlacedInTheFirstDirectory();
     void aRelativeFileIsNotChangedIfNoDirectoryIsConfigured();
@@ -100,7 +100,7 @@ void YumConfIOWriteTest::theMainFileIsRewrittenWithItsRepositories()
     QCOMPARE(get(mainPath()), QByteArray("[main]\nretries=1\n[a]\n\n[b]\n\n[c]\n"));
 }
 
-void YumConfIOWriteTest::theMainFileIsWrittenEvenWithoutRepositories()
+void YumConfIOWriteTest::theMainFileIsWrittenEvenIfItHasNoRepositories()
 {
     putMain("[main]\nretries=1");
     putRepo(QStringLiteral("f.repo"), "[x]\n");

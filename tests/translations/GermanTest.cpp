@@ -500,7 +500,7 @@ private Q_SLOTS:
     }
 
     // The filters compare values, not translated texts.
-    void filtersWorkAsInEnglish()
+    void filtersDoNotDependOnTheLanguage()
     {
         start();
         auto* state = window->findChildren<QComboBox*>().at(1);

@@ -260,7 +260,7 @@ private Q_SLOTS:
         }
     }
 
-    void errorIsReported()
+    void aSyntaxErrorIsReported()
     {
         Expression expression;
         QCOMPARE(expression.fault(), QString());

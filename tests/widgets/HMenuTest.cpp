@@ -34,7 +34,7 @@ private Q_SLOTS:
 
     void theMenuCanBeTornOff();
     void theMenuBarIsTheParent();
-    void anActionsToolTipIsShown();
+    void theToolTipOfAnActionIsShown();
     void aToolTipIsShownAsPlainText();
     void theToolTipIsShownAtThePointer();
     void aToolTipThatOnlyRepeatsTheTextIsNotShown_data();
@@ -108,7 +108,7 @@ void HMenuTest::theMenuBarIsTheParent()
     QCOMPARE(menu->parentWidget(), window.menuBar());
 }
 
-void HMenuTest::anActionsToolTipIsShown()
+void HMenuTest::theToolTipOfAnActionIsShown()
 {
     menu->setActiveAction(actionWithTip);
     QCOMPARE(toolTipOf(menu), QStringLiteral("Clean all data"));

@@ -118,7 +118,7 @@ private Q_SLOTS:
     void theScreenLimitsTheSizeHint_data();
     void theScreenLimitsTheSizeHint();
     void forceResizeFollowsTheInnerWidget();
-    void forceResizeWithoutInnerWidgetDoesNothing();
+    void ifNoInnerWidgetIsSetForceResizeDoesNothing();
     void aLongLabelScrollsInsideItsWindow();
 };
 
@@ -228,7 +228,7 @@ void HScrollAreaTest::forceResizeFollowsTheInnerWidget()
     QCOMPARE(window.sizeHint(), before + QSize(300, 220));
 }
 
-void HScrollAreaTest::forceResizeWithoutInnerWidgetDoesNothing()
+void HScrollAreaTest::ifNoInnerWidgetIsSetForceResizeDoesNothing()
 {
     HScrollArea area;
     area.forceResize();

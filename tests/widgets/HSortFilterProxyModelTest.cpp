@@ -61,7 +61,7 @@ private Q_SLOTS:
     void valuesAreComparedByType_data();
     void valuesAreComparedByType();
     void theLeftValueDeterminesTheType();
-    void anIndexWithoutAModelHasNoValue();
+    void anInvalidIndexPrecedesEveryValidIndex();
     void equalRowsAreOrderedByTheSecondColumn();
     void equalRowsAreOrderedByTheSecondColumnInDescendingOrderToo();
     void tiesInTheSecondColumnKeepTheSourceOrder();
@@ -76,8 +76,8 @@ private Q_SLOTS:
     void clearAppliesTheFilterAgain();
     void aProxyThatWasNeverSortedKeepsTheSourceOrder();
     void theSourceIsAlsoStoredIfItIsSetThroughTheBaseClass();
-    void aModelOfAnotherKindIsSortedWithoutASecondColumn();
-    void aProxyWithoutASourceDoesNothing();
+    void aModelThatIsNoHAbstractTableModelIsSortedByOneColumn();
+    void ifTheProxyHasNoSourceItDoesNothing();
     void aDeletedSourceIsNotUsed();
 };
 
@@ -137,7 +137,7 @@ void HSortFilterProxyModelTest::theLeftValueDeterminesTheType()
     QVERIFY(proxy.lessThan(model.index(4, 0), model.index(5, 0))); // 21:00 < 22:00
 }
 
-void HSortFilterProxyModelTest::anIndexWithoutAModelHasNoValue()
+void HSortFilterProxyModelTest::anInvalidIndexPrecedesEveryValidIndex()
 {
     FixedTable model({{"a", 0}});
     SwitchedProxy proxy(1);
@@ -304,7 +304,7 @@ void HSortFilterProxyModelTest::theSourceIsAlsoStoredIfItIsSetThroughTheBaseClas
     QCOMPARE(resets.count(), 1);
 }
 
-void HSortFilterProxyModelTest::aModelOfAnotherKindIsSortedWithoutASecondColumn()
+void HSortFilterProxyModelTest::aModelThatIsNoHAbstractTableModelIsSortedByOneColumn()
 {
     QStandardItemModel model(0, 2);
     model.appendRow({new QStandardItem(QStringLiteral("x")), new QStandardItem(QStringLiteral("b"))});
@@ -318,7 +318,7 @@ void HSortFilterProxyModelTest::aModelOfAnotherKindIsSortedWithoutASecondColumn(
     QCOMPARE(column(proxy, 1), (QVariantList{"b", "a"}));
 }
 
-void HSortFilterProxyModelTest::aProxyWithoutASourceDoesNothing()
+void HSortFilterProxyModelTest::ifTheProxyHasNoSourceItDoesNothing()
 {
     HSortFilterProxyModel proxy(1);
     proxy.filterChanged();

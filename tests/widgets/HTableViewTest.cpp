@@ -99,7 +99,7 @@ private Q_SLOTS:
     void shiftF10RequestsTheMenuOfTheCurrentCell();
     void controlHomeSelectsTheFirstRowAndControlEndTheLastRow();
     void cellsAreDrawnByTheDelegateOfTheView();
-    void theOptionsDetermineThePlaceOfTheIcon();
+    void theIconIsAtThePlaceThatTheViewWasGiven();
     void fewRowsRequestTheMinimumNumber();
     void manyRowsRequestTheMaximumNumber();
     void aNumberOfRowsBetweenTheLimitsRequestsItsOwnHeight();
@@ -120,11 +120,11 @@ private Q_SLOTS:
     void theHeaderShowsTheSortedColumn();
     void sortingAgainKeepsTheShownOrder();
     void clickingAHeaderTwiceReversesTheOrder();
-    void sortingWithoutAModelDoesNothing();
+    void ifTheViewHasNoModelSortingDoesNothing();
     void selectedRowsAreInTheOrderOfSelection();
     void unselectableRowsAreNotReturned();
     void eachSelectedRowIsReturnedAsItsLeftmostSelectedCell();
-    void noRowIsSelectedWithoutAModelOrASelection();
+    void ifTheViewHasNoModelOrNoSelectionNoRowIsReturned();
 };
 
 void HTableViewTest::controlHomeSelectsTheFirstRowAndControlEndTheLastRow()
@@ -162,7 +162,7 @@ void HTableViewTest::cellsAreDrawnByTheDelegateOfTheView()
     QCOMPARE(view.itemDelegate()->parent(), &view);
 }
 
-void HTableViewTest::theOptionsDetermineThePlaceOfTheIcon()
+void HTableViewTest::theIconIsAtThePlaceThatTheViewWasGiven()
 {
     View view;
     QCOMPARE(view.viewOptions().decorationPosition, QStyleOptionViewItem::Right);
@@ -459,7 +459,7 @@ void HTableViewTest::clickingAHeaderTwiceReversesTheOrder()
     QCOMPARE(column(&proxy, 0), (QVariantList{2, 9, 10}));
 }
 
-void HTableViewTest::sortingWithoutAModelDoesNothing()
+void HTableViewTest::ifTheViewHasNoModelSortingDoesNothing()
 {
     View view;
     const int section = view.horizontalHeader()->sortIndicatorSection();
@@ -510,7 +510,7 @@ void HTableViewTest::eachSelectedRowIsReturnedAsItsLeftmostSelectedCell()
     QCOMPARE(view.selectedRows(), QModelIndexList{model.index(2, 1)});
 }
 
-void HTableViewTest::noRowIsSelectedWithoutAModelOrASelection()
+void HTableViewTest::ifTheViewHasNoModelOrNoSelectionNoRowIsReturned()
 {
     View view;
     QVERIFY(view.selectedRows().isEmpty());
