@@ -149,8 +149,8 @@ void HistoryDialogTest::theDetailsOfTheCurrentTransactionAreShownAsPlainText()
 
 void HistoryDialogTest::whileWorking(const std::function<void()>& act)
 {
-    // The stand-in holds the worker in a nested event loop. Only a timer can act inside this loop, because
-    // the test function continues after it.
+    // While the stand-in holds the worker, a nested event loop runs. The test function continues only after
+    // this loop, so a timer calls act() inside it.
     standIn->setHeld(true);
     QTimer timer;
     bool done = false;

@@ -72,7 +72,7 @@ class Book:
     def __init__(self):
         self.text = '\n'.join(sources.read('manual', name) for name in BOOK)
         self.lines = self.text.splitlines()
-        # The rows of the tables whose first cell is a literal text: this text, and the text of the next cell.
+        # Each key is the first cell of a row, if this cell is a literal text. Its value is the text of the next cell.
         self.rows = {}
         for cells in re.findall(r'^\|((?:`\+.*?\+`(?: \+\n)?)+)\n\|([^|]*)', self.text, re.M):
             # Within a table, "\\|" is the character "|".

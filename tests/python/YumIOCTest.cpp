@@ -111,7 +111,7 @@ public:
     }
 
     QStringList calls;
-    PyObject* lastModule = nullptr; // borrowed; the module that made the last call
+    PyObject* lastModule = nullptr; // borrowed; the module whose function was called last
 
 private:
     static QString shown(PyObject* object)

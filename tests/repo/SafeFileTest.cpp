@@ -45,7 +45,7 @@ bool createNow(const QString& path, const QByteArray& text, mode_t mode = 0666)
 
 // Runs `work` in a traced child process, which stops at the beginning and at the end of each system call.
 // Counts these stops, and kills the child at number `stop`. Appends the numbers of the system calls to
-// `calls`. Returns true if `work` has ended before that.
+// `calls`. Returns true if `work` ends before this stop.
 bool runUntil(int stop, const std::function<void()>& work, QList<quint64>* calls = nullptr)
 {
     const pid_t child = fork();

@@ -112,8 +112,7 @@ QStringList cutOff(const QWidget* window)
     for (const QHeaderView* header : window->findChildren<QHeaderView*>()) {
         for (int i = 0; header->isVisible() && i < header->count(); ++i) {
             ++looked;
-            // sectionSizeFromContents() would always include the sort indicator, but only one heading shows
-            // it. So only the text is measured.
+            // Measure only the text: a heading that does not show the sort indicator needs no space for it.
             const QString text = header->model()->headerData(i, header->orientation()).toString();
             if (!header->isSectionHidden(i) &&
                 header->sectionSize(i) < header->fontMetrics().horizontalAdvance(text)) {
@@ -371,7 +370,7 @@ private Q_SLOTS:
                         click(buttonNamed(shown,
                                           "Abbrechen")); // closing the window instead would open a question
                     }));
-                // The editor is checked again after the form was open in front of it.
+                // Check the editor again, because the form was open in front of it.
                 editor += cutOffAtAnySize(&dialog);
             }));
         QCOMPARE(editor.join('\n'), QString());
