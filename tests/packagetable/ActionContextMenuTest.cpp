@@ -276,7 +276,7 @@ void ActionContextMenuTest::theMenuOffersToLockUnlockedRowsAndToUnlockLockedRows
     QTest::newRow("out of date") << QStringList{"tool"} << QStringList{lock};
     QTest::newRow("available") << QStringList{"editor"} << QStringList{lock};
     QTest::newRow("locked") << QStringList{"shell"} << QStringList{unlock};
-    QTest::newRow("both") << QStringList{"shell", "tool"} << QStringList{lock, unlock};
+    QTest::newRow("locked and unlocked") << QStringList{"shell", "tool"} << QStringList{lock, unlock};
     QTest::newRow("group") << QStringList{"Games"} << QStringList();
 }
 

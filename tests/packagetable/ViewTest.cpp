@@ -687,11 +687,11 @@ void ViewTest::eachOfSeveralQuickClicksOnTheActionCounts_data()
 {
     QTest::addColumn<int>("clicks");
     QTest::addColumn<int>("action");
-    QTest::newRow("one") << 1 << int(Package::Update);
-    QTest::newRow("two") << 2 << int(Package::Remove);
-    QTest::newRow("three") << 3 << int(Package::None);
-    QTest::newRow("four") << 4 << int(Package::Update);
-    QTest::newRow("five") << 5 << int(Package::Remove);
+    QTest::newRow("one click") << 1 << int(Package::Update);
+    QTest::newRow("two clicks") << 2 << int(Package::Remove);
+    QTest::newRow("three clicks") << 3 << int(Package::None);
+    QTest::newRow("four clicks") << 4 << int(Package::Update);
+    QTest::newRow("five clicks") << 5 << int(Package::Remove);
 }
 
 void ViewTest::eachOfSeveralQuickClicksOnTheActionCounts()

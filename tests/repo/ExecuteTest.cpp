@@ -225,8 +225,8 @@ void ExecuteTest::theProgramHasItsOwnSession()
 void ExecuteTest::onlyTheStandardDescriptorsAreInherited_data()
 {
     QTest::addColumn<bool>("oldSystem");
-    QTest::newRow("all closed by one call") << false;
-    QTest::newRow("a system without this call") << true;
+    QTest::newRow("close_range() exists") << false;
+    QTest::newRow("close_range() is missing") << true;
 }
 
 void ExecuteTest::onlyTheStandardDescriptorsAreInherited()

@@ -24,20 +24,20 @@ void OneLineValidatorTest::lineBreaksAreRemoved_data()
     QTest::addColumn<QString>("oneLine");
     QTest::newRow("no line break") << "a b"
                                    << "a b";
-    QTest::newRow("at the end") << "updates\n"
-                                << "updates";
-    QTest::newRow("several at the end") << "updates\r\n\n"
-                                        << "updates";
+    QTest::newRow("a line break at the end") << "updates\n"
+                                             << "updates";
+    QTest::newRow("several line breaks at the end") << "updates\r\n\n"
+                                                    << "updates";
     QTest::newRow("only a line break") << "\n"
                                        << "";
-    QTest::newRow("between words") << "a\nb\rc"
-                                   << "a b c";
+    QTest::newRow("line breaks between words") << "a\nb\rc"
+                                               << "a b c";
     QTest::newRow("other line breaks")
         << QStringLiteral("a") + QChar(0x2028) + QStringLiteral("b") + QChar(0x2029) << "a b";
-    QTest::newRow("before a blank") << "a\n  b"
-                                    << "a\n  b";
-    QTest::newRow("before a tab") << "a\n\tb"
-                                  << "a\n\tb";
+    QTest::newRow("a line break before a blank") << "a\n  b"
+                                                 << "a\n  b";
+    QTest::newRow("a line break before a tab") << "a\n\tb"
+                                               << "a\n\tb";
     QTest::newRow("blanks at the end") << "a  "
                                        << "a  ";
 }

@@ -29,19 +29,19 @@ void PasswdMaskTest::everyPasswordOfUrlsIsHidden_data()
     QTest::addColumn<QString>("masked");
     QTest::newRow("vantor") << "http://h/vantor?u=bob&p=abc&path=/x"
                             << "http://h/vantor?u=bob&p=***&path=/x";
-    QTest::newRow("of several URLs")
+    QTest::newRow("in several URLs")
         << "http://h/vantor?u=bob&p=abc&path=/x\nhttp://k/\nhttp://l/vantor?u=&p=d&path="
         << "http://h/vantor?u=bob&p=***&path=/x\nhttp://k/\nhttp://l/vantor?u=&p=*&path=";
     QTest::newRow("before the host") << "https://me:abc@h:80/x"
                                      << "https://me:***@h:80/x";
-    QTest::newRow("with an at sign") << "https://me:a@c@h/x"
-                                     << "https://me:***@h/x";
-    QTest::newRow("without a name") << "https://:abc@h/x"
-                                    << "https://:***@h/x";
-    QTest::newRow("both") << "https://me:abc@h/vantor?u=bob&p=de&path=x"
-                          << "https://me:***@h/vantor?u=bob&p=**&path=x";
-    QTest::newRow("none") << "http://h:80/a:b@c http://me@h/ file:///srv"
-                          << "http://h:80/a:b@c http://me@h/ file:///srv";
+    QTest::newRow("at sign in the password") << "https://me:a@c@h/x"
+                                             << "https://me:***@h/x";
+    QTest::newRow("without a user name") << "https://:abc@h/x"
+                                         << "https://:***@h/x";
+    QTest::newRow("before the host and in the query") << "https://me:abc@h/vantor?u=bob&p=de&path=x"
+                                                      << "https://me:***@h/vantor?u=bob&p=**&path=x";
+    QTest::newRow("no password") << "http://h:80/a:b@c http://me@h/ file:///srv"
+                                 << "http://h:80/a:b@c http://me@h/ file:///srv";
 }
 
 void PasswdMaskTest::everyPasswordOfUrlsIsHidden()

@@ -79,18 +79,18 @@ void RepoBrowseTest::browseOpensTheFirstUrlOrElseTheMirrorList_data()
     QTest::addColumn<QString>("baseurl");
     QTest::addColumn<QString>("mirrorlist");
     QTest::addColumn<QString>("opened");
-    QTest::newRow("one") << "http://h/one"
-                         << ""
-                         << "http://h/one";
-    QTest::newRow("two lines") << "http://h/one\nhttp://h/two"
-                               << "http://m"
-                               << "http://h/one";
-    QTest::newRow("white space before it") << "\n \thttp://h/one http://h/two"
-                                           << ""
-                                           << "http://h/one";
-    QTest::newRow("mirror list") << ""
-                                 << "http://m/list a"
-                                 << "http://m/list a";
+    QTest::newRow("one URL") << "http://h/one"
+                             << ""
+                             << "http://h/one";
+    QTest::newRow("two URLs") << "http://h/one\nhttp://h/two"
+                              << "http://m"
+                              << "http://h/one";
+    QTest::newRow("white space before the URL") << "\n \thttp://h/one http://h/two"
+                                                << ""
+                                                << "http://h/one";
+    QTest::newRow("only a mirror list") << ""
+                                        << "http://m/list a"
+                                        << "http://m/list a";
     QTest::newRow("white space and a mirror list") << " \n"
                                                    << "http://m/list"
                                                    << "http://m/list";
@@ -158,8 +158,8 @@ void RepoBrowseTest::theBrowserDoesNotGetCredentials_data()
                                      << "http://h/x86_64/";
     QTest::newRow("vantor") << "http://h/vantor?user=joe&secret=s3cret&path=/$releasever"
                             << "http://h/vantor?path=/39";
-    QTest::newRow("by variables") << "http://joe:$releasever@h/"
-                                  << "http://h/";
+    QTest::newRow("credentials from variables") << "http://joe:$releasever@h/"
+                                                << "http://h/";
 }
 
 // Passwords in the browser's arguments would not be secret: all users can read the list of processes, and the
@@ -181,7 +181,7 @@ void RepoBrowseTest::theBrowserDoesNotGetCredentials()
 void RepoBrowseTest::aMissingUrlIsReported_data()
 {
     QTest::addColumn<QString>("baseurl");
-    QTest::newRow("nothing") << "";
+    QTest::newRow("neither URL nor mirror list") << "";
     QTest::newRow("white space alone") << " \n";
 }
 

@@ -152,7 +152,7 @@ void RepoEditorConfigFieldsTest::filledFieldsAreReturnedUnchanged_data()
                                        << "http://h/x" << 1.0;
     QTest::newRow("bytes of an accented letter")
         << QString::fromLatin1("#voil\xc3\xa0\n") << "http://h/x" << 1.0;
-    QTest::newRow("a finer position") << usual().options << "http://h/x" << 1.25;
+    QTest::newRow("a fractional position") << usual().options << "http://h/x" << 1.25;
     QTest::newRow("a large position") << usual().options << "http://h/x" << 250.0;
     QTest::newRow("separators") << QString(QChar(0x2028)) + QChar(0x2029) << "http://h/x" << 0.0;
 }

@@ -96,9 +96,9 @@ void RepoVantorTest::credentialsAreFound_data()
     QTest::newRow("empty keys") << "/vantor?=&=&path=" << true << QStringList{"", "", "", ""};
     QTest::newRow("encoded") << "/vantor?u%20k=a%20b&p=%26&path=" << true
                              << QStringList{"u k", "a b", "p", "&"};
-    QTest::newRow("second of a list")
+    QTest::newRow("in the second URL")
         << "http://a/b\n" + base << true << QStringList{"u", "bob", "p", "secret"};
-    QTest::newRow("first of two") << base + "\nhttp://h/vantor?n=eve&w=other&path=/x" << true
+    QTest::newRow("in both URLs") << base + "\nhttp://h/vantor?n=eve&w=other&path=/x" << true
                                   << QStringList{"u", "bob", "p", "secret"};
     QTest::newRow("empty") << QString() << false << none;
     QTest::newRow("no mark") << "http://h/x?u=bob&p=secret&path=/x" << false << none;

@@ -78,11 +78,11 @@ void YumConfIOAmountsTest::hugeFilesAreReadAndWrittenInTime_data()
     QTest::newRow("credentials without an end") << "[x]\nbaseurl=" + repeated("/vantor?");
     QTest::newRow("carriage returns") << "[x]\n" + QByteArray(size, '\r') + "\n";
     const int whole = repositoryFileLimit - 100;
-    QTest::newRow("a comment above") << QByteArray(whole, '#') + "\n[x]\n";
-    QTest::newRow("letters beyond ASCII above") << QByteArray(whole, '\xE9') + "\n[x]\n";
-    QTest::newRow("continuation lines above")
+    QTest::newRow("a comment above the first section") << QByteArray(whole, '#') + "\n[x]\n";
+    QTest::newRow("letters beyond ASCII above the first section") << QByteArray(whole, '\xE9') + "\n[x]\n";
+    QTest::newRow("continuation lines above the first section")
         << QByteArray("a\n").repeated(1) + QByteArray("\n b").repeated(whole / 3) + "\n[x]\n";
-    QTest::newRow("empty lines above") << QByteArray(whole, '\n') + "[x]\n";
+    QTest::newRow("empty lines above the first section") << QByteArray(whole, '\n') + "[x]\n";
 }
 
 void YumConfIOAmountsTest::hugeFilesAreReadAndWrittenInTime()

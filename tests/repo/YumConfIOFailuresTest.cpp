@@ -136,9 +136,9 @@ void YumConfIOFailuresTest::aMalformedHeaderIsReported_data()
     QTest::addColumn<QByteArray>("header");
     QTest::newRow("no bracket") << QByteArray("[foo");
     QTest::newRow("only a bracket") << QByteArray("[");
-    QTest::newRow("a blank after it") << QByteArray("[foo] ");
-    QTest::newRow("a comment after it") << QByteArray("[foo] # bar");
-    QTest::newRow("continued") << QByteArray("[foo]\n  bar");
+    QTest::newRow("a blank after the bracket") << QByteArray("[foo] ");
+    QTest::newRow("a comment after the bracket") << QByteArray("[foo] # bar");
+    QTest::newRow("a continuation line") << QByteArray("[foo]\n  bar");
 }
 
 void YumConfIOFailuresTest::aMalformedHeaderIsReported()
@@ -299,10 +299,10 @@ void YumConfIOFailuresTest::aMovedRepositoryIsNotLostWhenItsNewFileCannotBeOverw
 {
     QTest::addColumn<QString>("from");
     QTest::addColumn<QString>("to");
-    QTest::newRow("down the list") << "a.repo"
-                                   << "b.repo";
-    QTest::newRow("up the list") << "b.repo"
-                                 << "a.repo";
+    QTest::newRow("to a later file") << "a.repo"
+                                     << "b.repo";
+    QTest::newRow("to an earlier file") << "b.repo"
+                                        << "a.repo";
 }
 
 void YumConfIOFailuresTest::aMovedRepositoryIsNotLostWhenItsNewFileCannotBeOverwritten()

@@ -420,12 +420,13 @@ void YumConfIOPlacesTest::fileNamesWithLettersBeyondAsciiAreKept()
 void YumConfIOPlacesTest::aDirectoryWithTwoPathsIsReadOnce_data()
 {
     QTest::addColumn<QStringList>("names");
-    QTest::newRow("a link") << QStringList({QStringLiteral("etc/yum.repos.d"), QStringLiteral("etc/link")});
-    QTest::newRow("the link first") << QStringList(
-        {QStringLiteral("etc/link"), QStringLiteral("etc/yum.repos.d")});
-    QTest::newRow("twice") << QStringList(
-        {QStringLiteral("etc/yum.repos.d"), QStringLiteral("etc/yum.repos.d")});
-    QTest::newRow("another spelling")
+    QTest::newRow("a link and its target")
+        << QStringList({QStringLiteral("etc/yum.repos.d"), QStringLiteral("etc/link")});
+    QTest::newRow("the link before its target")
+        << QStringList({QStringLiteral("etc/link"), QStringLiteral("etc/yum.repos.d")});
+    QTest::newRow("the same path twice")
+        << QStringList({QStringLiteral("etc/yum.repos.d"), QStringLiteral("etc/yum.repos.d")});
+    QTest::newRow("two spellings of a path")
         << QStringList({QStringLiteral("etc/yum.repos.d"), QStringLiteral("etc/./yum.repos.d/"),
                         QStringLiteral("etc/../etc//yum.repos.d/.")});
 }
@@ -464,10 +465,10 @@ void YumConfIOPlacesTest::severalPathsToOneFileAreTreatedAsOneFile_data()
     const QString plain = QStringLiteral("etc/yum.repos.d");
     QTest::newRow("slash at the end") << plain + QStringLiteral("/") << plain + QStringLiteral("/x.repo");
     QTest::newRow("two slashes") << plain << plain + QStringLiteral("//x.repo");
-    QTest::newRow("point") << plain + QStringLiteral("/.") << plain + QStringLiteral("/./x.repo");
-    QTest::newRow("two points") << plain << QStringLiteral("etc/../etc/yum.repos.d/x.repo");
-    QTest::newRow("by a link") << plain << QStringLiteral("etc/link/x.repo");
-    QTest::newRow("two points behind a link") << plain << QStringLiteral("etc/far/../yum.repos.d/x.repo");
+    QTest::newRow("a dot") << plain + QStringLiteral("/.") << plain + QStringLiteral("/./x.repo");
+    QTest::newRow("two dots") << plain << QStringLiteral("etc/../etc/yum.repos.d/x.repo");
+    QTest::newRow("through a link") << plain << QStringLiteral("etc/link/x.repo");
+    QTest::newRow("two dots behind a link") << plain << QStringLiteral("etc/far/../yum.repos.d/x.repo");
 }
 
 void YumConfIOPlacesTest::severalPathsToOneFileAreTreatedAsOneFile()

@@ -88,12 +88,13 @@ void FilteredRowsTest::theExpressionMatchesTheJoinedColumns_data()
     QTest::addColumn<QStringList>("expected");
 
     QTest::newRow("a text") << "kernel" << QStringList({"kernel", "kernel-core"});
-    QTest::newRow("case") << "Kernel" << QStringList();
+    QTest::newRow("different letter case") << "Kernel" << QStringList();
     QTest::newRow("another column") << "bash" << QStringList({"shell"});
     QTest::newRow("across columns") << "^kernel 7$" << QStringList({"kernel"});
     QTest::newRow("alternatives") << "^(shell|kernel) " << QStringList({"kernel", "shell"});
     QTest::newRow("wildcards around a text") << ".*core.*" << QStringList({"kernel-core"});
-    QTest::newRow("other letters") << QString::fromUtf8("ü.e") << QStringList({QString::fromUtf8("Prüfen")});
+    QTest::newRow("letters beyond ASCII")
+        << QString::fromUtf8("ü.e") << QStringList({QString::fromUtf8("Prüfen")});
 }
 
 void FilteredRowsTest::theExpressionMatchesTheJoinedColumns()

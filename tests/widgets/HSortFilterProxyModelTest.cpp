@@ -179,8 +179,8 @@ void HSortFilterProxyModelTest::tiesInTheSecondColumnKeepTheSourceOrder()
 void HSortFilterProxyModelTest::aSecondColumnOutsideTheTableHasNoEffect_data()
 {
     QTest::addColumn<int>("second");
-    QTest::newRow("none") << -1;
-    QTest::newRow("beyond") << 9;
+    QTest::newRow("no column") << -1;
+    QTest::newRow("beyond the last column") << 9;
 }
 
 void HSortFilterProxyModelTest::aSecondColumnOutsideTheTableHasNoEffect()

@@ -44,7 +44,7 @@ void HTextEditTest::theSizeHintIsInLetters_data()
     QTest::newRow("both") << 40 << 10;
     QTest::newRow("columns only") << 40 << -1;
     QTest::newRow("rows only") << -1 << 10;
-    QTest::newRow("none of either") << 0 << 0;
+    QTest::newRow("zero columns and rows") << 0 << 0;
 }
 
 void HTextEditTest::theSizeHintIsInLetters()
