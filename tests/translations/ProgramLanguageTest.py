@@ -48,7 +48,7 @@ class ProgramLanguageTest(JourneyTest):
         self.check(ENGLISH, LANG='de_DE.UTF-8', LANGUAGE='en:de')
         self.check(ENGLISH, LANG='de_DE.UTF-8', LC_ALL='en_GB.UTF-8')
 
-    def test_the_language_is_english_if_it_has_no_catalogue(self):
+    def test_english_is_used_if_the_language_has_no_catalogue(self):
         self.check(ENGLISH, LANG='fr_FR.UTF-8')
 
     def test_german_program_installs_and_updates_packages(self):
