@@ -287,7 +287,7 @@ void PasswdEditTest::backspaceAndDeleteChangeThePassword()
     compareReal(QString());
 }
 
-void PasswdEditTest::deletingAWordFollowsTheShownText()
+void PasswdEditTest::controlDeleteDeletesAWordOfTheShownText()
 {
     setRealText(textWith(QStringLiteral("ab-cd+ef")));
     goTo(passwordBegin);

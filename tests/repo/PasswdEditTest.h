@@ -32,7 +32,7 @@ private Q_SLOTS:
     void typedTextIsInsertedIntoThePassword();
     void typedTextReplacesASelectedPartOfThePassword();
     void backspaceAndDeleteChangeThePassword();
-    void deletingAWordFollowsTheShownText();
+    void controlDeleteDeletesAWordOfTheShownText();
     void theCursorGoesThroughThePasswordCharacterByCharacter();
     void aKeyWithoutAnEffectKeepsTheSelection();
     void undoAndRedoRestoreThePassword();

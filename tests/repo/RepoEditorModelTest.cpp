@@ -38,7 +38,7 @@ private Q_SLOTS:
 
     void theRowsAreTheEntries();
     void theHeadersHaveTheExpectedTexts();
-    void headersOutsideTheTableAndOtherRolesAreEmpty();
+    void onlyTheHeadersOfTheFourColumnsHaveTexts();
     void theSessionColumnShowsTheSessionState();
     void thePermanentColumnShowsThePermanentState_data();
     void thePermanentColumnShowsThePermanentState();
@@ -139,7 +139,7 @@ void RepoEditorModelTest::theHeadersHaveTheExpectedTexts()
                           "Unique identifier for the repository", "Description of the repository"}));
 }
 
-void RepoEditorModelTest::headersOutsideTheTableAndOtherRolesAreEmpty()
+void RepoEditorModelTest::onlyTheHeadersOfTheFourColumnsHaveTexts()
 {
     QVERIFY(!model->headerData(4, Qt::Horizontal).isValid());
     QVERIFY(!model->headerData(-1, Qt::Horizontal).isValid());
