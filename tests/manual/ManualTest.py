@@ -32,7 +32,7 @@ TITLED = {('warning', 4), ('critical', 1), ('scrollable', 0), ('confirm', 0), ('
           ('showCritical', 1), ('showBox', 1)}
 # Arguments that name an operation, for example "collect groups". Other messages contain these texts.
 COMPLETING = {('commExceptRaised', 1), ('collected', 1), ('collectExtra', 4), ('cleanType', 0)}
-# Functions that show or log their arguments as messages, or as texts of the bars and of empty tables.
+# Functions that show or log their arguments as messages, in progress bars or in empty tables.
 REPORTING = {'error', 'warning', 'internalError', 'pythonException', 'pythonExceptionV', 'payloadError',
              'badArguments', 'badPhase', 'critical', 'showCritical', 'QMessageBox', 'HMessageBox', 'append',
              'addObject', 'showBox', 'leaveAlone', 'setEmptyText', 'setRefusal', 'log', 'showNotice',

@@ -372,8 +372,8 @@ void PasswdEditTest::undoneTextIsMasked()
     QCOMPARE(shownText(), QString());
     press(QKeySequence::Undo);
     compareReal(password);
-    // Without the "&" behind it, the word is no password. Undo restores the "&", and so the word is masked
-    // again.
+    // If the "&" behind the password is deleted, the text has no password and is shown. Undo restores the
+    // "&", and masks the password again.
     press(Qt::Key_End, wholeText());
     goTo(passwordBegin + password.size());
     press(Qt::Key_Delete);

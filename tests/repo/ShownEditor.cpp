@@ -52,7 +52,7 @@ QList<ShownBox> ShownEditor::withBoxes(const Use& open, const char* button)
     for (const ShownBox& box : qAsConst(seen)) {
         qInfo(
             "%s",
-            qPrintable(box.text)); // if the test compares only the number of boxes, the log shows their texts
+            qPrintable(box.text)); // many tests compare only the number of boxes, so the log shows the texts
     }
     if (dialog->isVisible() && !seen.isEmpty() && !waitForFocus(dialog.get())) {
         seen.append(ShownBox());
