@@ -243,7 +243,7 @@ void MainWindowFilterTest::exactPathOfAFileIsFound()
     QCOMPARE(shown->sorted(), (QStringList{"first", "last", "longer"}));
     shown->filter("/usr/bin/a$");
     QCOMPARE(shown->sorted(), QStringList{"last"});
-    shown->filter("/usr/bin/a([[:space:]]|$)"); // the manual and the hint recommend it
+    shown->filter("/usr/bin/a([[:space:]]|$)"); // as the manual and the hint recommend
     QCOMPARE(shown->sorted(), (QStringList{"first", "last"}));
 }
 

@@ -388,7 +388,7 @@ class _Driver(scenario.ScenarioTest):
                 rows.setdefault(key(old), Row(INSTALLED, old)).versions.append((old, excluded))
         for new in everything.available:
             rows.setdefault(key(new), Row(AVAILABLE, new))
-        # A row with two keys must occur only once.
+        # A row can have two keys, but the table lists it only once.
         return list({id(row): row for row in rows.values()}.values())
 
     def rows_of_groups(self, groups):

@@ -180,7 +180,7 @@ class StoppingTest(ScenarioTest):
         self.load_stoppable()
         self.collect()
         self.apply(installs=["loupe"])
-        # The script has not refused requests, because the program itself does so when rpm begins.
+        # The program refuses requests to stop as soon as rpm begins, so the script need not do this.
         self.assertFalse(self.stop.refused)
 
 
