@@ -379,6 +379,10 @@ Die Aktionen werden damit noch nicht angewendet.</translation>
         <source>Advisories</source>
         <translation>Aktualisierungshinweise</translation>
     </message>
+    <message>
+        <source>Module Streams</source>
+        <translation>Modul-Streams</translation>
+    </message>
 </context>
 <context>
     <name>FilteredList</name>

@@ -51,6 +51,7 @@ public:
         Supplements,
         Enhances,
         Advisories,
+        ModuleStreams,
         Files,
         ChangeLog,
         MandatoryPackages,

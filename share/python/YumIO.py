@@ -223,6 +223,7 @@ class YumIO:
             self.base.otherData.clear()
             self.base.headers.clear()
             self.base.advisories.clear()
+            self.base.streams.clear()
             del self.remarks[:]
             if self.base.repos is not None and self.base.plugInFault:
                 raise dnf.exceptions.Error(self.base.plugInFault)

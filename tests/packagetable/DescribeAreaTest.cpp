@@ -65,7 +65,8 @@ void DescribeAreaTest::availablePackageShowsEveryField()
                {"suggests", QJsonArray{"sug"}},
                {"supplements", QJsonArray{"sup"}},
                {"enhances", QJsonArray{"enh"}},
-               {"advisories", "A-1: one\nA-2: two"}});
+               {"advisories", "A-1: one\nA-2: two"},
+               {"modulestreams", "grove:1\ngrove:2"}});
     describe("it", [this](Dialog& shown) {
         const Package::Entry& entry = table->entry("it");
         QCOMPARE(areasOf(shown).count(), 1);
@@ -99,6 +100,7 @@ void DescribeAreaTest::availablePackageShowsEveryField()
                               "Supplements|sup",
                               "Enhances|enh",
                               "Advisories|A-1: one\nA-2: two",
+                              "Module Streams|grove:1\ngrove:2",
                               "Files|[Show]",
                               "Change Log|[Show]"}));
         // The comparison above does not notice a field without a value, because the window does not show such

@@ -93,6 +93,31 @@ class ModulesTest(ModuleScenario):
         self.assertEqual(self.streams()["grove"], ("enabled", "1"))
 
 
+class StreamsTest(ModuleScenario):
+    def streams_of(self, name):
+        return {package.modulestreams for package in self.available if package.name == name}
+
+    @in_own_process
+    def test_a_package_has_the_names_of_its_streams(self):
+        self.started()
+        self.assertEqual(self.streams_of("grove-cli"), {"grove:1"})
+        self.assertEqual(self.streams_of("astrolabe"), {""})
+        self.apply(installs=["grove-cli"])
+        self.collect()
+        installed = [package for package in self.installed if package.name == "grove-cli"]
+        self.assertEqual([package.modulestreams for package in installed], ["grove:1"])
+
+    @in_own_process
+    def test_the_names_belong_to_the_last_collection(self):
+        self.started()
+        self.assertEqual(self.streams_of("grove-cli"), {"grove:1"})
+        for repo in self.yumio.base.repos.iter_enabled():
+            if "modules" in repo.id:
+                repo.disable()
+        self.collect()
+        self.assertEqual({package.modulestreams for package in self.available + self.installed}, {""})
+
+
 class EndedTest(ModuleScenario):
     def enter(self):
         super(EndedTest, self).enter()

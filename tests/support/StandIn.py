@@ -53,7 +53,8 @@ class Package:
     size = 1000
     buildtime = 0
     installtime = 0
-    summary = group = description = vendor = buildhost = sourcerpm = license = packager = url = advisories = ''
+    summary = group = description = vendor = buildhost = sourcerpm = license = packager = url = advisories = \
+        modulestreams = ''
     provides = requires = requires_pre = conflicts = obsoletes = recommends = suggests = supplements = enhances = ()
     files = ()
     changelogs = ()

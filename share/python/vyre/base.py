@@ -34,6 +34,7 @@ from .reasons import clearest
 from .signatures import KeyImport
 from .space import spaceHint
 from .stopping import endIfStopped
+from .streams import StreamIndex
 
 
 class Base(dnf.Base):
@@ -46,6 +47,7 @@ class Base(dnf.Base):
         self.scriptSpace = None  # the ScriptSpace of the running transaction
         self.otherData = OtherData()
         self.advisories = AdvisoryIndex()
+        self.streams = StreamIndex()
         self.headers = HeaderMemo()
         self.changed = False  # whether rpm has begun to change the system
         self.historyFault = None  # the error if the history lacks the end of the last transaction

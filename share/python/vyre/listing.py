@@ -11,6 +11,7 @@ import dnf.transaction
 import dnf.util
 
 from .program import tr
+from .streams import fullName
 
 
 def otherSections(base, withGroups=True):
@@ -102,5 +103,4 @@ def packagesOfStreams(base, packages, streams):
     for module in base._moduleContainer.getModulePackages():
         if (module.getName(), module.getStream()) in streams:
             found.update(module.getArtifacts())
-    return sorted(set(str(package) for package in packages if '{}-{}:{}-{}.{}'.format(
-        package.name, package.epoch, package.version, package.release, package.arch) in found))
+    return sorted(set(str(package) for package in packages if fullName(package) in found))

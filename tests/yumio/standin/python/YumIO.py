@@ -52,6 +52,7 @@ class Package(Thing):
         self.packager = 'Packager'
         self.url = 'https://example.org/' + name
         self.advisories = ''
+        self.modulestreams = ''
         self.__dict__.update(attributes)
 
 

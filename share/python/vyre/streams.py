@@ -1,0 +1,49 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""The module streams to which packages belong.
+
+A search reads them for all packages, on a worker. The description of one package reads them on the graphical thread.
+"""
+
+import dnf.package
+
+from . import program
+
+
+def fullName(package):
+    """The name by which the modules documents refer to a package."""
+    return '{}-{}:{}-{}.{}'.format(package.name, package.epoch, package.version, package.release, package.arch)
+
+
+class StreamIndex:
+    """The streams by the full names of their packages. dnf has only the opposite direction. A system without module
+    streams costs nothing, and the index is made when it is first needed.
+    """
+
+    def __init__(self):
+        self.clear()
+
+    def clear(self):
+        self._streams = None
+
+    def of(self, package):
+        if self._streams is None:
+            self._streams = self._load(package.base)
+        return self._streams.get(fullName(package), ()) if self._streams else ()
+
+    @staticmethod
+    def _load(base):
+        found = {}
+        # dnf sets the container when it has read the repositories.
+        for module in base._moduleContainer.getModulePackages() if base._moduleContainer is not None else ():
+            stream = '{}:{}'.format(module.getName(), module.getStream())
+            for name in module.getArtifacts():
+                found.setdefault(name, set()).add(stream)
+        return found
+
+
+def streamsOf(package):
+    """The text of the package's stream field: a line for each stream, in dnf's form NAME:STREAM."""
+    return '\n'.join(sorted(package.base.streams.of(package)))
+
+
+program.replace(dnf.package.Package, 'modulestreams', property(streamsOf))
