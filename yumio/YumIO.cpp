@@ -343,7 +343,11 @@ PyObject* YumIO::faultOfMetadata(PyObject*, PyObject* args)
         return nullptr;
     }
     QString problem;
-    Metadata::check(QFile::decodeName(path), root, problem);
+    {
+        // The check of a distribution's file lists takes seconds. The script reads packages in the meantime.
+        const PyThreadStateWrapper released;
+        Metadata::check(QFile::decodeName(path), root, problem);
+    }
     return PyUnicode_FromString(problem.toUtf8().constData());
 }
 

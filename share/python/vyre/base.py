@@ -23,7 +23,7 @@ from . import groups, program
 from .advisories import AdvisoryIndex
 from .configfiles import RepositoryReader
 from .locks import withoutWaitForMetadata
-from .metadata import documentPath, metadataFault, modulesFault
+from .metadata import DocumentChecks, documentPath, metadataFault, modulesFault
 from .output import Overheard, passable, showActivity, showReading
 from .packages import HeaderMemo, OtherData
 from .paths import namedDirectory
@@ -270,9 +270,11 @@ class Base(dnf.Base):
             repo.disable()
             return
         before = self._cacheStamp(repo)
+        checks = None
         # Check before the sack gets the packages: disabling the repository afterwards would not remove them.
         if self._isNewerThanCache(repo):
             self._checkPackages(repo)
+            checks = DocumentChecks(repo)
         try:
             super(Base, self)._add_repo_to_sack(repo)
         except dnf.exceptions.RepoError as e:
@@ -280,9 +282,15 @@ class Base(dnf.Base):
             if isinstance(e.__context__, hawkey.Exception):
                 raise dnf.exceptions.RepoError('{}: {}'.format(e, e.__context__))
             raise
+        finally:
+            if checks is not None:
+                showReading(repo, tr('Checking the metadata of {}'))
+                checks.wait()
         if before is None or self._cacheStamp(repo) != before:
-            showReading(repo, tr('Checking the metadata of {}'))
-            self._checkDocuments(repo)
+            if checks is None:
+                showReading(repo, tr('Checking the metadata of {}'))
+                checks = DocumentChecks(repo)
+            self._checkDocuments(repo, checks)
 
     def _caches(self, repo):
         """The cache files of a repository: dnf's copies of the metadata, in a form that dnf reads faster."""
@@ -309,31 +317,27 @@ class Base(dnf.Base):
 
     def _checkPackages(self, repo):
         """Refuse a damaged package list. dnf would accept a damaged list, with no packages or only some of them."""
-        fault = self._documentFault(repo, 'primary', 'metadata')
+        path = documentPath(repo, 'primary')
+        fault = metadataFault(path, 'metadata') if path is not None else ''
         if fault:
+            self._removeCaches(repo)
             raise dnf.exceptions.RepoError(
                 tr('The {} metadata of the repository {} are damaged: {}').format('primary', repo.id, fault))
 
-    def _checkDocuments(self, repo):
+    def _checkDocuments(self, repo, checks):
         """Report damaged file lists or change logs. dnf would accept incomplete metadata, or even another document."""
-        for kind, element in (('filelists', 'filelists'), ('other', 'otherdata')):
-            fault = self._documentFault(repo, kind, element)
+        for kind, fault in checks.wait().items():
             if fault:
+                self._removeCaches(repo)
                 self.remark(tr('The {} metadata of the repository {} are damaged: {}\n'
                                'Searches and descriptions lack some file lists or change logs of its packages.')
                             .format(kind, repo.id, fault))
 
-    def _documentFault(self, repo, kind, element):
-        """Return the error in a metadata document of a repository; empty if the document has no error. If the document
-        is damaged, remove dnf's cache of the metadata, so that the next run checks the document again.
-        """
-        path = documentPath(repo, kind)
-        fault = metadataFault(path, element) if path is not None else ''
-        if fault:
-            for cache in self._caches(repo):
-                if os.path.exists(cache):
-                    os.unlink(cache)
-        return fault
+    def _removeCaches(self, repo):
+        """Remove dnf's cache of damaged metadata, so that the next run checks the documents again."""
+        for cache in self._caches(repo):
+            if os.path.exists(cache):
+                os.unlink(cache)
 
     def _run_transaction(self, cb):
         """Run the transaction. Ignore a failed scriptlet if rpm has changed its package all the same.

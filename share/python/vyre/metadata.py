@@ -9,6 +9,7 @@ import gzip
 import lzma
 import os
 import tempfile
+import threading
 import zlib
 
 import dnf.exceptions
@@ -49,6 +50,31 @@ def metadataFault(path, element):
     """
     find = program.faultOfMetadata
     return find(path, element) if find is not None and canUnpack(path) else ''
+
+
+class DocumentChecks:
+    """Checks the file lists and the change logs of a repository on a thread of its own. Most of the check needs no
+    interpreter, so dnf can read the same documents in the meantime.
+    """
+
+    def __init__(self, repo):
+        self._faults = {}
+        # The thread must not use the repository, which dnf is reading.
+        paths = [(kind, element, documentPath(repo, kind))
+                 for kind, element in (('filelists', 'filelists'), ('other', 'otherdata'))]
+        self._thread = threading.Thread(target=self._run, args=(paths,))
+        self._thread.start()
+
+    def _run(self, paths):
+        for kind, element, path in paths:
+            self._faults[kind] = metadataFault(path, element) if path is not None else ''
+
+    def wait(self):
+        """Wait for the checks; return the errors by the kinds of the documents. An error is empty if a document has no
+        error.
+        """
+        self._thread.join()
+        return self._faults
 
 
 # The size in bytes of the blocks that unpacked() returns. A whole unpacked document may be larger than the memory.
