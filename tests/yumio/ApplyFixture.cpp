@@ -15,19 +15,12 @@ void ApplyFixture::initTestCase()
 {
     // Only root can apply changes.
     QCOMPARE(int(geteuid()), 0);
-    backEnd.reset(new BackEnd);
-    QVERIFY(backEnd->start());
-    backEnd->answers.take();
-}
-
-void ApplyFixture::cleanupTestCase()
-{
-    backEnd.reset();
+    BackEndFixture::initTestCase();
 }
 
 void ApplyFixture::init()
 {
-    backEnd->renew();
+    BackEndFixture::init();
     yumIO().stdoutPending.clear();
     yumIO().stderrPending.clear();
     transaction() = TransactionState();
@@ -35,14 +28,10 @@ void ApplyFixture::init()
 
 void ApplyFixture::cleanup()
 {
-    for (const ShownDialog& each : backEnd->answers.take()) {
-        QTest::qFail(qPrintable("not expected: " + each.text), __FILE__, __LINE__);
-    }
+    BackEndFixture::cleanup();
     QCOMPARE(int(yumIO().phase), int(YumIOProbe::Idle));
     QCOMPARE(int(yumIO().exceptLogStart), -1);
-    QVERIFY(yumIO().progress == nullptr);
     QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
-    QVERIFY(PyErr_Occurred() == nullptr);
 }
 
 QStringList ApplyFixture::headings(int from)

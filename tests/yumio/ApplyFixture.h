@@ -1,32 +1,23 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base class for tests of applying marks. It owns a back end with the stand-in script. The tests describe
-// each transaction by Python statements.
+// The base class for tests of applying marks. The tests describe each transaction by Python statements.
 
 #ifndef TESTS_YUMIO_APPLYFIXTURE_H
 #define TESTS_YUMIO_APPLYFIXTURE_H
 
-#include <QObject>
-#include <QScopedPointer>
+#include "tests/yumio/BackEndFixture.h"
 
-#include "tests/yumio/BackEnd.h"
-
-class ApplyFixture : public QObject
+class ApplyFixture : public BackEndFixture
 {
     Q_OBJECT
 
 protected Q_SLOTS:
-    // The test framework calls these slots for every derived class.
-    void initTestCase();
-    void cleanupTestCase();
-    void init();
-    void cleanup();
+    void initTestCase() override;
+    void init() override;
+    void cleanup() override;
 
 protected:
-    YumIOProbe& yumIO() { return backEnd->yumIO; }
     TransactionState& transaction() { return yumIO().transaction; }
-    QStringList errors() { return backEnd->answers.takeTexts("VYRE Yum Error"); }
-    QStringList warnings() { return backEnd->answers.takeTexts("VYRE Yum Warning"); }
     int logLength() { return backEnd->log().count(); }
     QStringList headings(int from);
 
@@ -41,8 +32,6 @@ protected:
 
     // The message about an unexpected Python exception.
     static const char* const generic;
-
-    QScopedPointer<BackEnd> backEnd;
 };
 
 #endif

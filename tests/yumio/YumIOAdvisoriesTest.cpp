@@ -2,37 +2,13 @@
 
 #include <QtTest>
 
-#include "tests/yumio/BackEnd.h"
+#include "tests/yumio/BackEndFixture.h"
 
-class YumIOAdvisoriesTest : public QObject
+class YumIOAdvisoriesTest : public BackEndFixture
 {
     Q_OBJECT
 
-private:
-    YumIOProbe& yumIO() { return backEnd->yumIO; }
-
-    QScopedPointer<BackEnd> backEnd;
-
 private Q_SLOTS:
-    void initTestCase()
-    {
-        backEnd.reset(new BackEnd);
-        QVERIFY(backEnd->start());
-    }
-
-    void cleanupTestCase() { backEnd.reset(); }
-
-    void init() { backEnd->renew(); }
-
-    void cleanup()
-    {
-        for (const ShownDialog& each : backEnd->answers.take()) {
-            QTest::qFail(qPrintable("not expected: " + each.text), __FILE__, __LINE__);
-        }
-        QVERIFY(yumIO().progress == nullptr);
-        QVERIFY(PyErr_Occurred() == nullptr);
-    }
-
     void aWorkerReadsTheAdvisoriesOnceAfterEachCollection()
     {
         backEnd->run(

@@ -2,7 +2,7 @@
 
 #include <QtTest>
 
-#include "tests/yumio/BackEnd.h"
+#include "tests/yumio/BackEndFixture.h"
 
 namespace {
 
@@ -12,33 +12,19 @@ const char* const generic =
 
 } // namespace
 
-class YumIODetailsTest : public QObject
+class YumIODetailsTest : public BackEndFixture
 {
     Q_OBJECT
 
 private:
-    YumIOProbe& yumIO() { return backEnd->yumIO; }
-    QStringList errors() { return backEnd->answers.takeTexts("VYRE Yum Error"); }
-    QStringList warnings() { return backEnd->answers.takeTexts("VYRE Yum Warning"); }
     const Package::Entry& tool() { return *backEnd->entry("tool"); }
     const Package::Entry& group() { return *backEnd->group("G"); }
 
-    QScopedPointer<BackEnd> backEnd;
-
 private Q_SLOTS:
-    void initTestCase()
-    {
-        backEnd.reset(new BackEnd);
-        QVERIFY(backEnd->start());
-        backEnd->answers.take();
-    }
-
-    void cleanupTestCase() { backEnd.reset(); }
-
     // Every test starts with one package and one group.
-    void init()
+    void init() override
     {
-        backEnd->renew();
+        BackEndFixture::init();
         yumIO().missingAttributes.clear();
         backEnd->run("tool = Package('tool')\n"
                      "group = Group('G', 'g', ['b', 'a'], ['d'], [], ['c', 'c'])\n"
@@ -49,12 +35,9 @@ private Q_SLOTS:
         QVERIFY(backEnd->group("G") != nullptr);
     }
 
-    void cleanup()
+    void cleanup() override
     {
-        for (const ShownDialog& each : backEnd->answers.take()) {
-            QTest::qFail(qPrintable("not expected: " + each.text), __FILE__, __LINE__);
-        }
-        QVERIFY(PyErr_Occurred() == nullptr);
+        BackEndFixture::cleanup();
         QCOMPARE(PyGILState_Check(), 1);
     }
 

@@ -2,16 +2,13 @@
 
 #include <QtTest>
 
-#include "tests/yumio/BackEnd.h"
+#include "tests/yumio/BackEndFixture.h"
 
-class YumIOVersionLocksTest : public QObject
+class YumIOVersionLocksTest : public BackEndFixture
 {
     Q_OBJECT
 
 private:
-    YumIOProbe& yumIO() { return backEnd->yumIO; }
-    QStringList errors() { return backEnd->answers.takeTexts("VYRE Yum Error"); }
-
     // Collects one installed package, "tool", and returns its record.
     QVector<Package::Entry*> tool()
     {
@@ -20,28 +17,7 @@ private:
                                   : QVector<Package::Entry*>();
     }
 
-    QScopedPointer<BackEnd> backEnd;
-
 private Q_SLOTS:
-    void initTestCase()
-    {
-        backEnd.reset(new BackEnd);
-        QVERIFY(backEnd->start());
-    }
-
-    void cleanupTestCase() { backEnd.reset(); }
-
-    void init() { backEnd->renew(); }
-
-    void cleanup()
-    {
-        for (const ShownDialog& each : backEnd->answers.take()) {
-            QTest::qFail(qPrintable("not expected: " + each.text), __FILE__, __LINE__);
-        }
-        QVERIFY(yumIO().progress == nullptr);
-        QVERIFY(PyErr_Occurred() == nullptr);
-    }
-
     void eachCollectionReadsTheLocks()
     {
         QVERIFY(backEnd->collect());

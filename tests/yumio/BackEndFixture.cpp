@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include "tests/yumio/BackEndFixture.h"
+
+#include <QTest>
+
+void BackEndFixture::initTestCase()
+{
+    backEnd.reset(new BackEnd);
+    QVERIFY(backEnd->start());
+    backEnd->answers.take();
+}
+
+void BackEndFixture::cleanupTestCase()
+{
+    backEnd.reset();
+}
+
+void BackEndFixture::init()
+{
+    backEnd->renew();
+}
+
+void BackEndFixture::cleanup()
+{
+    for (const ShownDialog& each : backEnd->answers.take()) {
+        QTest::qFail(qPrintable("not expected: " + each.text), __FILE__, __LINE__);
+    }
+    QVERIFY(yumIO().progress == nullptr);
+    QVERIFY(PyErr_Occurred() == nullptr);
+}
