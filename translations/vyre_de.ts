@@ -487,7 +487,7 @@ als wären sie durch Leerzeichen getrennt</translation>
     </message>
     <message>
         <source>VYRE History</source>
-        <translation>VYRE-Verlauf</translation>
+        <translation>VYRE – Verlauf</translation>
     </message>
     <message>
         <source>Details of the transaction</source>

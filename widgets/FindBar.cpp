@@ -17,6 +17,7 @@
 #include <QToolButton>
 
 #include "widgets/ExpressionEdit.h"
+#include "widgets/Metrics.h"
 #include "widgets/PlainLabel.h"
 
 namespace {
@@ -146,6 +147,8 @@ void FindBar::createContents()
     result = new PlainLabel;
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
+    // A small window becomes wider instead of squeezing the field.
+    field->setMinimumWidth(20 * Metrics::columnWidth(field->fontMetrics()));
     field->setAccessibleName(tr("Find"));
     field->setPlaceholderText(tr("Find"));
     row->addWidget(field, 1);

@@ -25,9 +25,12 @@
 #include "services/LogWindow.h"
 #include "services/ScrollableDialogs.h"
 #include "tests/app/EachAlone.h"
+#include "tests/history/ShownHistory.h"
 #include "tests/packagetable/Described.h"
 #include "tests/support/StandIn.h"
+#include "widgets/FindBar.h"
 #include "widgets/HFrameLabel.h"
+#include "widgets/HMessageBox.h"
 
 namespace {
 
@@ -445,7 +448,41 @@ private Q_SLOTS:
         QCOMPARE(log->windowTitle(), QStringLiteral("VYRE – Protokoll"));
         QVERIFY(log->findChild<QTextEdit*>()->toPlainText().contains("Initialisierung"));
         QCOMPARE(cutOffAtAnySize(log).join('\n'), QString());
+        log->findChild<FindBar*>()->open();
+        QTest::keyClicks(QApplication::focusWidget(), "nirgends");
+        QCOMPARE(cutOffAtAnySize(log).join('\n'), QString());
         log->hide();
+    }
+
+    void nothingIsCutOffInTheHistory()
+    {
+        start();
+        QStringList found;
+        QString title;
+        QVERIFY(withHistory([this] { entry("&Verlauf")->trigger(); },
+                            [&](HistoryDialog& history) {
+                                title = history.windowTitle();
+                                found = cutOffAtAnySize(&history);
+                            }));
+        QCOMPARE(title, QStringLiteral("VYRE – Verlauf"));
+        QCOMPARE(found.join('\n'), QString());
+    }
+
+    void nothingIsCutOffInQuestions()
+    {
+        ScrollableConfirmDialog listing(QStringLiteral("Auszuführen:\n\tEntfernen: tool 1-1 (x86_64)\n"),
+                                        "OK", "Abbrechen", nullptr, true,
+                                        "Entfernungen: 1.\n    tool 1-1 (x86_64)", "Entfernen: 1");
+        listing.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&listing));
+        listing.findChild<FindBar*>()->open();
+        QCOMPARE(cutOffAtAnySize(&listing).join('\n'), QString());
+        HMessageBox question(QMessageBox::Question, "Paketquellen",
+                             "In dieser Sitzung ohne sie weitermachen?",
+                             QMessageBox::Yes | QMessageBox::No | QMessageBox::YesToAll, nullptr);
+        question.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&question));
+        QCOMPARE(cutOffFinally(&question).join('\n'), QString());
     }
 
     void nothingIsCutOffInTheAdvisories()

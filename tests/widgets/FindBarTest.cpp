@@ -128,6 +128,7 @@ private Q_SLOTS:
     void escapeHidesTheBarAndReturnsTheFocus_data() { addRows(); }
     void escapeHidesTheBarAndReturnsTheFocus();
     void matchAtTheRightEndOfALongLineIsVisible();
+    void aSmallWindowBecomesWideEnoughForTheField();
 };
 
 void FindBarTest::barIsHiddenUntilItsKeyIsPressed()
@@ -290,6 +291,16 @@ void FindBarTest::matchAtTheRightEndOfALongLineIsVisible()
     const int left = dialog.area->horizontalScrollBar()->value();
     QVERIFY(left > 0);
     QVERIFY(right > left && right < left + dialog.area->viewport()->width());
+}
+
+void FindBarTest::aSmallWindowBecomesWideEnoughForTheField()
+{
+    Searched dialog(true);
+    dialog.resize(dialog.minimumSizeHint());
+    dialog.open();
+    const int letters = dialog.field->fontMetrics().horizontalAdvance(QString(15, 'n'));
+    QTRY_VERIFY(dialog.field->width() >= letters);
+    QVERIFY(dialog.rect().contains(dialog.bar->geometry()));
 }
 
 QTEST_MAIN(FindBarTest)
