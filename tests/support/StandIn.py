@@ -319,8 +319,8 @@ class YumIO:
         """Pairs of an installed package and the package that replaces it. The "replaced" attribute of the new package
         names the installed package.
         """
-        return [(old, new) for new in self._packages('updates') + self._packages('available')
-                for old in self._packages('installed') if getattr(new, 'replaced', None) == old.name]
+        news = [new for new in self._packages('updates') + self._packages('available') if hasattr(new, 'replaced')]
+        return [(old, new) for new in news for old in self._packages('installed') if new.replaced == old.name]
 
     def getBiArch(self, arch):
         return 'i386' if arch == 'i686' else 'x86_64'
