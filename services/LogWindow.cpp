@@ -27,6 +27,7 @@
 #include "widgets/HMessageBox.h"
 #include "widgets/HTextEdit.h"
 #include "widgets/Literal.h"
+#include "widgets/Metrics.h"
 #include "widgets/PlainLabel.h"
 
 namespace Log {
@@ -222,6 +223,10 @@ void Window::save()
     dialog->setOption(QFileDialog::DontUseNativeDialog);
     dialog->setOption(QFileDialog::DontConfirmOverwrite); // saveInto() asks instead
     dialog->selectFile(QStringLiteral("vyre-log.txt"));
+    // The dialog's own size does not depend on the font, so at 192 dpi its columns would be cut off.
+    const QFontMetrics metrics = dialog->fontMetrics();
+    dialog->resize(QSize(90 * Metrics::columnWidth(metrics), 24 * metrics.lineSpacing())
+                       .boundedTo(Metrics::maxWindowSize()));
     connect(dialog, SIGNAL(fileSelected(const QString&)), this, SLOT(saveInto(const QString&)));
     dialog->open();
 }

@@ -25,6 +25,7 @@
 #include "widgets/Colors.h"
 #include "widgets/FindBar.h"
 #include "widgets/HTextEdit.h"
+#include "widgets/Metrics.h"
 
 namespace {
 
@@ -678,6 +679,11 @@ void LogWindowTest::theSavedFileHasTheShownLinesWithTheirTimes()
     button("&Save...")->click();
     const QPointer<QFileDialog> dialog = window->findChild<QFileDialog*>();
     QVERIFY(dialog != nullptr && QTest::qWaitForWindowActive(dialog));
+    // The dialog's own size does not depend on the font.
+    const QSize screen = Metrics::maxWindowSize();
+    const QFontMetrics metrics = dialog->fontMetrics();
+    QVERIFY(dialog->width() >= qMin(screen.width(), 85 * Metrics::columnWidth(metrics)));
+    QVERIFY(dialog->height() >= qMin(screen.height(), 22 * metrics.lineSpacing()));
     auto* name = dialog->findChild<QLineEdit*>("fileNameEdit");
     name->setText(path);
     dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Save)->click();
