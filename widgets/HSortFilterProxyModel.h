@@ -21,12 +21,11 @@ public:
     explicit HSortFilterProxyModel(int secondarySortColumn, QObject* parent = nullptr);
 
     void setSourceModel(HAbstractTableModel* model);
-    // If the model is not an HAbstractTableModel, the second column is not used, and the functions below do
-    // not sort all rows again.
+    // If the model is not an HAbstractTableModel, the proxy ignores the second column, and filterChanged(),
+    // clear() and setFilterRegExp() do not sort.
     void setSourceModel(QAbstractItemModel* model) override;
 
-    // Each of these functions calls the corresponding function of the base class, and then sorts all rows
-    // again.
+    // Each of these functions calls the corresponding function of the base class, and then sorts all rows.
     void filterChanged();
     void clear();
     void setFilterRegExp(const QString& pattern);

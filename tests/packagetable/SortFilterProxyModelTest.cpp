@@ -33,22 +33,22 @@ private Q_SLOTS:
     void initTestCase();
     void init();
     void cleanupTestCase();
-    void theStateFilterListsTheStates_data();
-    void theStateFilterListsTheStates();
+    void theStateFilterListsOnlyRecordsInTheChosenState_data();
+    void theStateFilterListsOnlyRecordsInTheChosenState();
     void ifDuplicatesAreDisabledOnlyOneOfThemIsListed();
-    void groupsCanBeExcludedWithAnyExpression();
+    void excludedGroupsAreNotListedEvenIfTheExpressionMatches();
     void theFiltersOfTheConstructorAreApplied();
     void wildcardsListEverything_data();
     void wildcardsListEverything();
     void surroundingWildcardsAreIgnored_data();
     void surroundingWildcardsAreIgnored();
-    void expressionsAreExtendedAndCaseSensitive();
+    void expressionsUseExtendedSyntaxAndAreCaseSensitive();
     void anExpressionThatDoesNotCompileListsNothing_data();
     void anExpressionThatDoesNotCompileListsNothing();
     void aDotMatchesAnyLetter();
     void anExpressionMatchesAcrossColumns();
     void emptyColumnsAddNoBlanks();
-    void anExpressionMatchesTheMarkOfTheVersion();
+    void anExpressionMatchesTheStarAfterTheVersion();
     void theSearchMatchesEachField_data();
     void theSearchMatchesEachField();
     void theSearchMatchesEachListOfAGroup_data();
@@ -121,7 +121,7 @@ void SortFilterProxyModelTest::cleanupTestCase()
     table.reset();
 }
 
-void SortFilterProxyModelTest::theStateFilterListsTheStates_data()
+void SortFilterProxyModelTest::theStateFilterListsOnlyRecordsInTheChosenState_data()
 {
     QTest::addColumn<int>("filter");
     QTest::addColumn<QStringList>("expected");
@@ -132,7 +132,7 @@ void SortFilterProxyModelTest::theStateFilterListsTheStates_data()
                                              "lib",     "many",  "office", "shell",  "tool"};
 }
 
-void SortFilterProxyModelTest::theStateFilterListsTheStates()
+void SortFilterProxyModelTest::theStateFilterListsOnlyRecordsInTheChosenState()
 {
     QFETCH(int, filter);
     QFETCH(QStringList, expected);
@@ -161,7 +161,7 @@ void SortFilterProxyModelTest::ifDuplicatesAreDisabledOnlyOneOfThemIsListed()
     QCOMPARE(architectures(), (QStringList{"i686", "x86_64"}));
 }
 
-void SortFilterProxyModelTest::groupsCanBeExcludedWithAnyExpression()
+void SortFilterProxyModelTest::excludedGroupsAreNotListedEvenIfTheExpressionMatches()
 {
     QCOMPARE(listed("Games|shell"), (QStringList{"Games", "shell"}));
     proxy->setGroupsFilter(false);
@@ -224,7 +224,7 @@ void SortFilterProxyModelTest::surroundingWildcardsAreIgnored()
     QCOMPARE(proxy->filterRegExp(), QRegExp(taken, Qt::CaseSensitive, QRegExp::RegExp));
 }
 
-void SortFilterProxyModelTest::expressionsAreExtendedAndCaseSensitive()
+void SortFilterProxyModelTest::expressionsUseExtendedSyntaxAndAreCaseSensitive()
 {
     QCOMPARE(listed("^(tool|lib{1}) "), (QStringList{"lib", "lib", "tool"}));
     QCOMPARE(listed("^[Tt]ools?"), (QStringList{"Tools", "tool"}));
@@ -281,7 +281,7 @@ void SortFilterProxyModelTest::emptyColumnsAddNoBlanks()
     QCOMPARE(listed("^Games "), QStringList());
 }
 
-void SortFilterProxyModelTest::anExpressionMatchesTheMarkOfTheVersion()
+void SortFilterProxyModelTest::anExpressionMatchesTheStarAfterTheVersion()
 {
     QCOMPARE(listed("1 \\* "), (QStringList{"kernel", "many"}));
 }

@@ -27,7 +27,7 @@ private Q_SLOTS:
     void typingDoesNotScrollTheView();
     void richTextIsPastedAsPlainText();
     void composingWithinThePasswordIsMasked();
-    void tabMovesTheFocusIfTabChangesFocusIsSet();
+    void theTabKeyMovesTheFocusOnlyIfThisIsEnabled();
 
 protected:
     QString textWith(const QString& insertedPassword) const override
@@ -232,7 +232,7 @@ void PasswdTextEditTest::composingWithinThePasswordIsMasked()
     compareReal(QStringLiteral("sec-ret"));
 }
 
-void PasswdTextEditTest::tabMovesTheFocusIfTabChangesFocusIsSet()
+void PasswdTextEditTest::theTabKeyMovesTheFocusOnlyIfThisIsEnabled()
 {
     auto* next = new QLineEdit(window.get());
     next->show();

@@ -18,8 +18,8 @@ private Q_SLOTS:
 void PlainTextTest::theTextIsReturnedUnchanged()
 {
     QTextDocument document;
-    // The last text contains a no-break space. It is the second byte of a letter in UTF-8 that was read as
-    // Latin-1.
+    // The last text ends in a letter whose UTF-8 was read as Latin-1. In Latin-1, the second byte of this
+    // letter is a no-break space.
     for (const QString& text : {QString(), QStringLiteral("a\nb\n"), QStringLiteral("\n\n"),
                                 QStringLiteral(" a\t b "), QString::fromLatin1("vuel\xc3\xa0\n")}) {
         document.setPlainText(text);

@@ -129,7 +129,7 @@ QByteArray RandomConfiguration::word()
         result += letters[below(usable)];
     }
     if (result.endsWith('\r')) {
-        // The reader would take a carriage return at the end of the value for a part of the line end.
+        // If a value ended in a carriage return, the reader would treat it as part of the line end.
         result += 'x';
     }
     return result;
