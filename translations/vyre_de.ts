@@ -3530,14 +3530,16 @@ Nichts wurde geändert. VYRE behält alle Vormerkungen.</translation>
     <message>
         <source>Go on without these packages?
 
-&quot;Yes&quot; goes on with the remaining marks: {}. VYRE keeps the marks that cannot be applied.
+&quot;Yes&quot; goes on with the remaining marks: {}.
+VYRE keeps the marks that cannot be applied.
 &quot;No&quot; changes nothing. VYRE keeps all marks.
 
 {}
 </source>
         <translation>Ohne diese Pakete fortfahren?
 
-„Yes“ fährt mit den übrigen Vormerkungen fort: {}. VYRE behält die nicht ausführbaren Vormerkungen.
+„Yes“ fährt mit den übrigen Vormerkungen fort: {}.
+VYRE behält die nicht ausführbaren Vormerkungen.
 „No“ ändert nichts. VYRE behält alle Vormerkungen.
 
 {}

@@ -121,8 +121,8 @@ const char* const scriptTexts[] = {
     // The following four lines are one text.
     // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     QT_TRANSLATE_NOOP("YumIO", "Go on without these packages?\n\n"
-                               "\"Yes\" goes on with the remaining marks: {}. VYRE keeps the marks that "
-                               "cannot be applied.\n"
+                               "\"Yes\" goes on with the remaining marks: {}.\n"
+                               "VYRE keeps the marks that cannot be applied.\n"
                                "\"No\" changes nothing. VYRE keeps all marks.\n\n"
                                "{}\n"),
     QT_TRANSLATE_NOOP("YumIO", "{} and {} more"),

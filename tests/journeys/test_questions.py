@@ -162,7 +162,7 @@ class ImpossibleTest(JourneyTest):
             # At the end of a reason, newer versions of dnf name the repository.
             self.assertEqual(question.text().rstrip('\n').replace(' from sandbox-updates', ''),
                              'Go on without these packages?\n\n'
-                             '"Yes" goes on with the remaining marks: anvil-make. '
+                             '"Yes" goes on with the remaining marks: anvil-make.\n'
                              'VYRE keeps the marks that cannot be applied.\n'
                              '"No" changes nothing. VYRE keeps all marks.\n\n'
                              'tidewatch-2.0-1.noarch\n'

@@ -18,7 +18,7 @@ BARRIER = "nothing provides libtide.so.9()(64bit) needed by tidewatch-2.0-1.noar
 
 def question(rest):
     """The beginning of the question, before the packages and their reasons. rest: the remaining marks."""
-    return ('Go on without these packages?\n\n"Yes" goes on with the remaining marks: %s. '
+    return ('Go on without these packages?\n\n"Yes" goes on with the remaining marks: %s.\n'
             'VYRE keeps the marks that cannot be applied.\n'
             '"No" changes nothing. VYRE keeps all marks.' % rest)
 
@@ -255,7 +255,7 @@ class UpdatesTest(QuestionTest):
         head, _, reasons = self.recording.printed().partition("\n\ntidewatch-2.0-1.noarch\n    ")
         # The buttons are "Yes" and "No" in all languages.
         self.assertEqual(head, "Ohne diese Pakete fortfahren?\n\n„Yes“ fährt mit den übrigen Vormerkungen fort: "
-                         "abacus-cli. VYRE behält die nicht ausführbaren Vormerkungen.\n„No“ ändert nichts. "
+                         "abacus-cli.\nVYRE behält die nicht ausführbaren Vormerkungen.\n„No“ ändert nichts. "
                          "VYRE behält alle Vormerkungen.")
         words = reason % ("libtide.so.9()(64bit)", "tidewatch-2.0-1.noarch")
         self.assertEqual(reasons.replace(" from sandbox-updates", "").splitlines()[0], words)

@@ -256,7 +256,7 @@ class Base(dnf.Base):
         # false again when dnf fills the sack, because most runs do not need the change logs.
         repo.load_metadata_other = True
         try:
-            repo.load()
+            isNew = repo.load()
         finally:
             repo.load_metadata_other = False
         endIfStopped()
@@ -270,12 +270,12 @@ class Base(dnf.Base):
             repo.disable()
             return
         before = self._cacheStamp(repo)
-        checks = None
-        # Check before the sack gets the packages: disabling the repository afterwards would not remove them.
-        if self._isNewerThanCache(repo):
-            self._checkPackages(repo)
-            checks = DocumentChecks(repo)
+        # dnf reads all documents of new metadata. Check them in the meantime.
+        checks = DocumentChecks(repo) if isNew or before is None else None
         try:
+            # Check before the sack gets the packages: disabling the repository afterwards would not remove them.
+            if self._isNewerThanCache(repo):
+                self._checkPackages(repo)
             super(Base, self)._add_repo_to_sack(repo)
         except dnf.exceptions.RepoError as e:
             # The text of this RepoError lacks the reason, which dnf logs only as a detail.
@@ -284,13 +284,10 @@ class Base(dnf.Base):
             raise
         finally:
             if checks is not None:
-                showReading(repo, tr('Checking the metadata of {}'))
                 checks.wait()
         if before is None or self._cacheStamp(repo) != before:
-            if checks is None:
-                showReading(repo, tr('Checking the metadata of {}'))
-                checks = DocumentChecks(repo)
-            self._checkDocuments(repo, checks)
+            showReading(repo, tr('Checking the metadata of {}'))
+            self._checkDocuments(repo, checks or DocumentChecks(repo))
 
     def _caches(self, repo):
         """The cache files of a repository: dnf's copies of the metadata, in a form that dnf reads faster."""

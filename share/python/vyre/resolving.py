@@ -72,7 +72,7 @@ def resolveMarks(base, marks):
     text = reasonsOf(left, problems)
     yumIOC.gpgsigcheck()
     sys.stdout.write(tr('Go on without these packages?\n\n'
-                        '"Yes" goes on with the remaining marks: {}. VYRE keeps the marks that cannot be applied.\n'
+                        '"Yes" goes on with the remaining marks: {}.\nVYRE keeps the marks that cannot be applied.\n'
                         '"No" changes nothing. VYRE keeps all marks.\n\n'
                         '{}\n').format(rest.inShort(), text))
     if yumIOC.userconfirm() != 1:
