@@ -5,6 +5,7 @@ import gzip
 import os
 import resource
 import shutil
+import time
 import xml.parsers.expat
 
 import metadata
@@ -119,6 +120,22 @@ class MetadataTest(ScenarioTest):
         self.again()
         self.assertEqual(len(asked), 6 * 4)
         self.assertEqual(self.remarks(), [])
+
+    @in_own_process
+    def test_if_dnf_accepts_a_cache_that_is_older_than_the_package_list_the_list_is_checked_once(self):
+        self.begin()
+        self.collect()
+        path = self.module("metadata").documentPath(self.yumio.base.repos["sandbox-file"], "primary")
+        before = os.stat(path)
+        time.sleep(0.01)  # the file system may store coarse times
+        os.utime(path, ns=(before.st_atime_ns, before.st_mtime_ns))
+        asked = []
+        self.module("program").faultOfMetadata = lambda path, element: asked.append(element) or ""
+        self.again()
+        self.assertEqual(asked, ["metadata"])
+        self.again()
+        self.assertEqual(asked, ["metadata"])
+        self.assertIn("corkboard", self.names("sandbox-file"))
 
     def check_refused(self, reason):
         """Checks that each attempt to read the repository is refused while the damage exists."""

@@ -274,7 +274,8 @@ class Base(dnf.Base):
         checks = DocumentChecks(repo) if isNew or before is None else None
         try:
             # Check before the sack gets the packages: disabling the repository afterwards would not remove them.
-            if self._isNewerThanCache(repo):
+            isNewer = self._isNewerThanCache(repo)
+            if isNewer:
                 self._checkPackages(repo)
             super(Base, self)._add_repo_to_sack(repo)
         except dnf.exceptions.RepoError as e:
@@ -288,6 +289,8 @@ class Base(dnf.Base):
         if before is None or self._cacheStamp(repo) != before:
             showReading(repo, tr('Checking the metadata of {}'))
             self._checkDocuments(repo, checks or DocumentChecks(repo))
+        elif isNewer:
+            self._renewTime(self._caches(repo)[-1])
 
     def _caches(self, repo):
         """The cache files of a repository: dnf's copies of the metadata, in a form that dnf reads faster."""
@@ -303,6 +306,17 @@ class Base(dnf.Base):
             return path is None or os.stat(path).st_ctime_ns >= os.stat(self._caches(repo)[-1]).st_ctime_ns
         except OSError:
             return True
+
+    @staticmethod
+    def _renewTime(cache):
+        """Set only the change time of a cache file that dnf has just accepted, although the package list is newer: for
+        example, somebody has copied both files. The next run then does not check the package list again.
+        """
+        try:
+            found = os.stat(cache)
+            os.utime(cache, ns=(found.st_atime_ns, found.st_mtime_ns))
+        except OSError:
+            pass
 
     def _cacheStamp(self, repo):
         """A value that changes when dnf writes its cache of the metadata again; None if no cache exists."""
