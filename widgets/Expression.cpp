@@ -2,7 +2,10 @@
 
 #include "widgets/Expression.h"
 
+#include <cstdlib>
 #include <cstring>
+
+#include <langinfo.h>
 
 namespace {
 
@@ -29,6 +32,60 @@ int afterBrackets(const QByteArray& text, int begin)
         }
     }
     return at < text.size() ? at + 1 : -1;
+}
+
+// Returns the position after the group that begins at the given position, or -1 if the closing parenthesis is
+// missing.
+int afterGroup(const QByteArray& text, int begin)
+{
+    int depth = 0;
+    int at = begin;
+    while (at >= 0 && at < text.size()) {
+        switch (text.at(at)) {
+        case '\\':
+            at += 2;
+            break;
+        case '[':
+            at = afterBrackets(text, at);
+            break;
+        case '(':
+            ++depth;
+            ++at;
+            break;
+        case ')':
+            ++at;
+            if (--depth == 0) {
+                return at;
+            }
+            break;
+        default:
+            ++at;
+        }
+    }
+    return -1;
+}
+
+// Returns whether a text is valid UTF-8.
+bool isUtf8(const char* text)
+{
+    const auto* at = reinterpret_cast<const unsigned char*>(text);
+    const auto continues = [](unsigned char byte) { return (byte & 0xc0) == 0x80; };
+    while (*at != 0) {
+        if (*at < 0x80) {
+            ++at;
+        } else if (*at >= 0xc2 && *at < 0xe0 && continues(at[1])) {
+            at += 2;
+        } else if ((*at & 0xf0) == 0xe0 && continues(at[1]) && continues(at[2]) &&
+                   (*at != 0xe0 || at[1] >= 0xa0) && (*at != 0xed || at[1] < 0xa0)) {
+            at += 3;
+        } else if (*at >= 0xf0 && *at < 0xf5 && continues(at[1]) && continues(at[2]) && continues(at[3]) &&
+                   (*at != 0xf0 || at[1] >= 0x90) && (*at != 0xf4 || at[1] < 0x90)) {
+            at += 4;
+        } else {
+            return false;
+        }
+    }
+    return true;
 }
 
 // Removes the last UTF-8 character, which may have several bytes.
@@ -60,14 +117,27 @@ QByteArray Expression::requiredText(const QByteArray& expression, bool& whole)
     for (int at = 0; at < expression.size();) {
         const char character = expression.at(at);
         switch (character) {
-        case '(':
         case ')':
         case '|':
-        case '{':
-            // The matches of an expression with groups, alternatives or repetition counts may have no text in
-            // common.
+            // The matches of alternatives may have no text in common.
             whole = false;
             return QByteArray();
+        case '(':
+            // A group may be optional, and its alternatives may have no text in common.
+            endRun();
+            at = afterGroup(expression, at);
+            if (at < 0) {
+                return QByteArray();
+            }
+            break;
+        case '{':
+            chopCharacter(run); // the character may occur zero times
+            endRun();
+            at = expression.indexOf('}', at) + 1;
+            if (at == 0) {
+                return QByteArray();
+            }
+            break;
         case '*':
         case '?':
             chopCharacter(run);
@@ -86,7 +156,7 @@ QByteArray Expression::requiredText(const QByteArray& expression, bool& whole)
             while (next < expression.size() && expression.at(next) == '+') {
                 ++next;
             }
-            if (next < expression.size() && (expression.at(next) == '*' || expression.at(next) == '?')) {
+            if (next < expression.size() && std::strchr("*?{", expression.at(next)) != nullptr) {
                 // The character may occur zero times, so it is not a part of the fixed text.
                 chopCharacter(run);
             }
@@ -123,12 +193,58 @@ QByteArray Expression::requiredText(const QByteArray& expression, bool& whole)
     return longest;
 }
 
+QByteArray Expression::inOnePass(const QByteArray& expression)
+{
+    bool repeats = false; // a part of the expression may match texts of any length
+    for (int at = 0; at < expression.size();) {
+        switch (expression.at(at)) {
+        case '\\':
+            if (at + 1 < expression.size() && expression.at(at + 1) >= '0' && expression.at(at + 1) <= '9') {
+                return QByteArray(); // parentheses around the expression would change the numbers of its
+                                     // groups
+            }
+            at += 2;
+            break;
+        case '[':
+            at = afterBrackets(expression, at);
+            if (at < 0) {
+                return QByteArray();
+            }
+            break;
+        case '{': {
+            const int end = expression.indexOf('}', at);
+            repeats = repeats || (end > 0 && expression.at(end - 1) == ',');
+            ++at;
+            break;
+        }
+        case '*':
+        case '+':
+            repeats = true;
+            ++at;
+            break;
+        case '^':
+            // The C library also accepts "^" after a line end, but only if another part of the expression has
+            // matched the line end. Then the added ".*" would match it.
+            return QByteArray();
+        default:
+            ++at;
+        }
+    }
+    // A parenthesis that closes no group is an ordinary character, but it would close the added group.
+    const QByteArray grouped = '(' + expression + ')';
+    return repeats && afterGroup(grouped, 0) == grouped.size() ? "^.*" + grouped : QByteArray();
+}
+
 void Expression::clear()
 {
     if (regStatus == 0) {
         regfree(&pattern);
     }
+    if (hasOnePass) {
+        regfree(&onePass);
+    }
     regStatus = -1;
+    hasOnePass = false;
 }
 
 QString Expression::withoutOuterAny(QString text)
@@ -150,6 +266,26 @@ void Expression::compile(const QString& text)
     regStatus = regcomp(&pattern, expression.constData(), REG_EXTENDED | REG_NOSUB);
     required = requiredText(expression, literal);
     literal = literal && !required.isEmpty();
+    if (regStatus != 0 || literal) {
+        return;
+    }
+    // In other encodings with several bytes per character, "." does not match every part of a UTF-8 text.
+    const bool everyByteMatches = MB_CUR_MAX == 1 || std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0;
+    const QByteArray faster = everyByteMatches ? inOnePass(expression) : QByteArray();
+    hasOnePass = !faster.isEmpty() && regcomp(&onePass, faster.constData(), REG_EXTENDED | REG_NOSUB) == 0;
+}
+
+bool Expression::execute(const char* text) const
+{
+    if (hasOnePass) {
+        if (regexec(&onePass, text, 0, nullptr, 0) == 0) {
+            return true;
+        }
+        if (isUtf8(text)) {
+            return false;
+        }
+    }
+    return regexec(&pattern, text, 0, nullptr, 0) == 0;
 }
 
 QString Expression::fault() const
@@ -170,7 +306,7 @@ bool Expression::matches(const char* text) const
     if (!required.isEmpty() && std::strstr(text, required.constData()) == nullptr) {
         return false;
     }
-    return literal || regexec(&pattern, text, 0, nullptr, 0) == 0;
+    return literal || execute(text);
 }
 
 bool Expression::matchesAny(const QByteArray& texts) const
@@ -197,7 +333,7 @@ bool Expression::matchesAny(const QByteArray& texts) const
                 text = static_cast<const char*>(before) + 1;
             }
         }
-        if (regexec(&pattern, text, 0, nullptr, 0) == 0) {
+        if (execute(text)) {
             return true;
         }
         text += std::strlen(text) + 1;

@@ -7,7 +7,12 @@
 // than a regular expression. Therefore the regular expression is tried only on texts that contain the fixed
 // text. The results are the same.
 //
-// Only the graphical thread uses it.
+// At each position of a text, the C library tries the whole expression again. If the expression contains a
+// repetition without limit, the time grows with the square of the length of the text. Such an expression E is
+// compiled a second time, as "^.*(E)". This expression can match only at the first position, so one pass over
+// the text is enough. The results are the same if the text is valid UTF-8.
+//
+// Any thread may use an object, but only one thread at a time: regexec() takes a lock for each expression.
 
 #ifndef WIDGETS_EXPRESSION_H
 #define WIDGETS_EXPRESSION_H
@@ -45,12 +50,18 @@ public:
     // Returns a fixed text that every match of the expression contains, or an empty string if none is known.
     // Sets `whole` to true if the expression consists only of this text.
     static QByteArray requiredText(const QByteArray& expression, bool& whole);
+    // Returns the expression that finds the same texts in one pass, or an empty string if the expression has
+    // no such form or needs none. The expression must be valid.
+    static QByteArray inOnePass(const QByteArray& expression);
 
 private:
     void clear();
+    bool execute(const char* text) const;
 
     int regStatus = -1; // the result of regcomp(); 0 if the expression is valid
     regex_t pattern = {};
+    bool hasOnePass = false;
+    regex_t onePass = {}; // valid if hasOnePass is true
     QByteArray required;
     bool literal = false; // true if the expression consists only of the required text
 };

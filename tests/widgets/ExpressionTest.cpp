@@ -66,7 +66,8 @@ public:
             "[b-]",    "[[:",      ":]",       "{1}",      "{0}",         "{,2}",
             "{2,}",    "(a)",      "(ab|b)",   "(a)\\1",   "()",          "a*",
             "b?",      "é*",       "é?",       "\\.*",     "a+",          "€+",
-            "ab{0}",   "a|"};
+            "ab{0}",   "a|",       ".*",       ".+",       "a{1,}",       "(a|b)*",
+            "[^a]*",   "(ab)?"};
         QString text;
         for (int count = 1 + below(7); count > 0; --count) {
             text += one(pieces);
@@ -203,12 +204,20 @@ private Q_SLOTS:
         row("xé*", "x");
         row("x🌧?y", "x");
         row("é+", "é");
-        row("abc{2}", "");
-        row("abc{0}", "");
+        row("abc{2}", "ab");
+        row("abc{0}de", "ab");
+        row("abc+{0}", "ab");
+        row("abc{2}defg{1,2}", "def");
+        row("abc{2", "");
         row("(abc)", "");
+        row("(abc)?de", "de");
+        row("ab(c|(d))e[)]fg", "ab");
+        row("a(b[)]c\\)d)efg", "efg");
+        row("a(b)c|d", "");
         row("abc|d", "");
-        row("abcd()", "");
+        row("abcd()", "abcd");
         row("abcd)", "");
+        row("abcd(", "");
         row("[abc]def", "def");
         row("abc[d]e", "abc");
         row("[]x]yz", "yz");
@@ -240,6 +249,53 @@ private Q_SLOTS:
         bool answer = !whole;
         QCOMPARE(QString::fromUtf8(Expression::requiredText(expression.toUtf8(), answer)), required);
         QCOMPARE(answer, whole);
+    }
+
+    void expressionsThatNeedOnePassAreFound_data()
+    {
+        QTest::addColumn<QByteArray>("expression");
+        QTest::addColumn<QByteArray>("onePass");
+        const auto row = [](const char* expression, const char* onePass) {
+            QTest::newRow(expression) << QByteArray(expression) << QByteArray(onePass);
+        };
+        row("a.*b", "^.*(a.*b)");
+        row("a+", "^.*(a+)");
+        row("a{2,}", "^.*(a{2,})");
+        row("(.*)(.*)b", "^.*((.*)(.*)b)");
+        row("[^a]*$", "^.*([^a]*$)");
+        row("^a*|b", "");
+        row("^a.*b", "");
+        row("abc", "");
+        row("a{2,3}", "");
+        row("[a*]", "");
+        row("a\\*", "");
+        row("(a*)\\1", "");
+        row("a*)", "");
+        row("a*)(b", "");
+        row("a*)|(b", "");
+    }
+
+    void expressionsThatNeedOnePassAreFound()
+    {
+        QFETCH(QByteArray, expression);
+        QFETCH(QByteArray, onePass);
+        QCOMPARE(Expression::inOnePass(expression), onePass);
+    }
+
+    // In a text that is not UTF-8, "." does not match every byte.
+    void invalidTextsAreMatchedAsInTheCLibrary()
+    {
+        for (const char* expression : {"a+b", "a.*b", "(a|b)+"}) {
+            const Plain plain(expression);
+            Expression ours;
+            ours.compile(expression);
+            for (const char* text : {"\xff ab", "a\xe2\x82z ab", "\xed\xa0\x80 ab", "\xf5 aab", "\xc0 ab",
+                                     "\xc3", "\xe0\x80\x80 ab", "\xf4\x90\x80\x80 ab", "\xf0\x80\x80\x80 ab",
+                                     "a\xff"
+                                     "b"}) {
+                QCOMPARE(ours.matches(text), plain.matches(text));
+            }
+        }
     }
 
     void ifNoExpressionIsSetNothingMatches()
