@@ -363,7 +363,10 @@ void MainWindow::recollect(Kept kept)
         yumIO->restoreMarks(stopped && kept == NoMarks ? all : marks);
         // Without this call, the proxy would read the search texts of each record on the graphical thread and
         // block this thread.
-        prepareFilterSearch();
+        if (!prepareFilterSearch(proxy->filterRegExp().pattern())) {
+            proxy->setFilterRegExp(QString()); // the table has no earlier result for the new records
+            showNotice(tr("Stopped. The expression does not filter the table."));
+        }
     }
     updateEmptyText();
     marksChanged(); // the table now has new records

@@ -141,7 +141,16 @@ private:
     void createMainArea();
     QBoxLayout* createFilterRow();
     QBoxLayout* createButtonRow();
-    void prepareFilterSearch();
+    // Reads the texts for a search, and compares the records with the expression, on workers. The state and
+    // the boxes of the filter row are those that the table will use. Returns false if the user has stopped
+    // this; then the table stays as it is.
+    bool prepareFilterSearch(const QString& expression);
+    // Prepares the table for the expression and the filter row, and then calls the function, which changes
+    // the table. If the user stops the preparation, the filter row again shows the settings of the table.
+    // Afterwards, the controls are enabled if `ready` is true.
+    void changeListing(const QString& expression, bool ready, const std::function<void()>& change);
+    void showMode(int mode);
+    void showAppliedSettings();
     void anyFilterChanged();
     void warnConfigure();
     void warnUnlistedActions();
@@ -160,7 +169,6 @@ private:
     void showNotice(const QString& text);
     // Shows the message to the user, unless the message is empty.
     void showFault(const QString& text);
-    void changeFilter(const std::function<void()>& change);
     bool quitting() const { return yumIO == nullptr; }
 
     bool repoEditorAtStart;

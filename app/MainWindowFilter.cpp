@@ -7,6 +7,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QPushButton>
+#include <QSignalBlocker>
 
 #include <functional>
 
@@ -49,10 +50,14 @@ void MainWindow::setGroups(bool include)
 
 void MainWindow::modeChanged(int mode)
 {
+    showMode(mode);
+    changeListing(proxy->filterRegExp().pattern(), initialized,
+                  [this, mode] { proxy->setMode(static_cast<PackageTable::Mode>(mode)); });
+}
+
+void MainWindow::showMode(int mode)
+{
     const bool search = mode == searchMode;
-    if (search) {
-        setReady(false);
-    }
     filterButton->setText(search ? tr("Search") : tr("Filter"));
     regexpEdit->setToolTip(
         search ? tr("Regular expression to compare to all fields of a package")
@@ -60,47 +65,80 @@ void MainWindow::modeChanged(int mode)
     filterButton->setToolTip(search
                                  ? tr("Perform the search for the regular expression specified to the left")
                                  : tr("Apply the filter specified to the left"));
-    prepareFilterSearch();
-    proxy->setMode(static_cast<PackageTable::Mode>(mode));
-    if (search) {
-        setReady(initialized);
-    }
-    anyFilterChanged();
 }
 
-void MainWindow::prepareFilterSearch()
+void MainWindow::showAppliedSettings()
+{
+    const PackageTable::SortFilterProxyModel::Settings applied = proxy->settings();
+    const QSignalBlocker modeBlocker(modeBox);
+    const QSignalBlocker stateBlocker(stateBox);
+    const QSignalBlocker dupsBlocker(dupsBox);
+    const QSignalBlocker groupsBlocker(groupsBox);
+    modeBox->setCurrentIndex(applied.mode);
+    showMode(applied.mode);
+    stateBox->setCurrentIndex(applied.state);
+    dupsBox->setChecked(applied.dups);
+    groupsBox->setChecked(applied.groups);
+}
+
+bool MainWindow::prepareFilterSearch(const QString& expression)
 {
     // Before the window is shown, no data can be loaded. initialize() calls this function later.
-    if (!scheduled || modeBox->currentIndex() != searchMode) {
-        return;
+    if (!scheduled) {
+        return true;
+    }
+    const PackageTable::SortFilterProxyModel::Settings settings{
+        static_cast<PackageTable::Mode>(modeBox->currentIndex()),
+        static_cast<PackageTable::StateFilter>(stateBox->currentIndex()), dupsBox->isChecked(),
+        groupsBox->isChecked(), expression};
+    if (settings.mode != PackageTable::Search) {
+        return proxy->prepare(settings);
     }
     const QString regexp = regexpEdit->text();
     const bool wanted = !regexp.isEmpty() && regexp != QLatin1String(".*");
     // An earlier expression may still filter the table, although the edit contains another expression.
     if (!wanted && proxy->filterRegExp().isEmpty()) {
-        return;
+        return true;
     }
     if (wanted && (!yumIO->haveFileLists() || !yumIO->haveOtherData())) {
         proxy->setFilter(false);
-        yumIO->collectFileLists();
-        yumIO->collectOtherData();
+        const bool stopped = (!yumIO->collectFileLists() && yumIO->wasStopped()) ||
+                             (!yumIO->collectOtherData() && yumIO->wasStopped());
         proxy->setFilter(true);
+        if (stopped) {
+            return false;
+        }
     }
-    yumIO->collectSearchTexts(
-        proxy->searched(static_cast<PackageTable::StateFilter>(stateBox->currentIndex()),
-                        dupsBox->isChecked(), groupsBox->isChecked()));
+    return yumIO->collectSearchTexts(proxy->searched(settings.state, settings.dups, settings.groups)) &&
+           proxy->prepare(settings);
 }
 
 void MainWindow::filtersearch()
 {
-    const bool search = modeBox->currentIndex() == searchMode;
-    if (search) {
+    changeListing(regexpEdit->text(), true, [this] { applyExpression(); });
+}
+
+void MainWindow::changeListing(const QString& expression, bool ready, const std::function<void()>& change)
+{
+    const PackageTable::SortFilterProxyModel::Settings settings{
+        static_cast<PackageTable::Mode>(modeBox->currentIndex()),
+        static_cast<PackageTable::StateFilter>(stateBox->currentIndex()), dupsBox->isChecked(),
+        groupsBox->isChecked(), expression};
+    const bool quick = !scheduled || proxy->prepareQuickly(settings);
+    if (!quick) {
         setReady(false);
     }
-    prepareFilterSearch();
-    applyExpression();
-    if (search) {
-        setReady(true);
+    if (quick || prepareFilterSearch(expression)) {
+        change();
+    } else {
+        showAppliedSettings();
+        if (!closeWanted) {
+            showNotice(initialized ? tr("Stopped. The table shows the same rows as before.")
+                                   : tr("Stopped. The expression does not filter the table."));
+        }
+    }
+    if (!quick) {
+        setReady(ready);
     }
     anyFilterChanged();
 }
@@ -111,33 +149,22 @@ void MainWindow::applyExpression()
     regexpEdit->showValid(proxy->isValidExpression());
 }
 
-void MainWindow::changeFilter(const std::function<void()>& change)
-{
-    const bool search = modeBox->currentIndex() == searchMode;
-    if (search) {
-        setReady(false);
-        prepareFilterSearch();
-    }
-    change();
-    if (search) {
-        setReady(initialized);
-    }
-    anyFilterChanged();
-}
-
 void MainWindow::stateFilterChanged(int index)
 {
-    changeFilter([this, index] { proxy->setStateFilter(static_cast<PackageTable::StateFilter>(index)); });
+    changeListing(proxy->filterRegExp().pattern(), initialized,
+                  [this, index] { proxy->setStateFilter(static_cast<PackageTable::StateFilter>(index)); });
 }
 
 void MainWindow::dupsFilterChanged(int state)
 {
-    changeFilter([this, state] { proxy->setDupsFilter(state != Qt::Unchecked); });
+    changeListing(proxy->filterRegExp().pattern(), initialized,
+                  [this, state] { proxy->setDupsFilter(state != Qt::Unchecked); });
 }
 
 void MainWindow::groupsFilterChanged(int state)
 {
-    changeFilter([this, state] { proxy->setGroupsFilter(state != Qt::Unchecked); });
+    changeListing(proxy->filterRegExp().pattern(), initialized,
+                  [this, state] { proxy->setGroupsFilter(state != Qt::Unchecked); });
 }
 
 void MainWindow::anyFilterChanged()

@@ -2,7 +2,12 @@
 
 #include "packagetable/SortFilterProxyModel.h"
 
+#include <QElapsedTimer>
+#include <QRegularExpression>
+
 #include <algorithm>
+#include <cstdlib>
+#include <memory>
 #include <numeric>
 
 #include "packagetable/Columns.h"
@@ -12,6 +17,30 @@
 namespace PackageTable {
 
 namespace {
+
+// prepareQuickly() gives up after this number of milliseconds.
+constexpr int quickTime = 30;
+
+// The texts of a record that a search compares. Threads that the user has stopped may still read them when
+// the record no longer exists.
+struct SearchedTexts
+{
+    bool group;
+    QByteArray texts;
+    QByteArray files;
+    QByteArray changeLog;
+
+    bool match(const Expression& pattern) const
+    {
+        return pattern.matchesAny(texts) ||
+               (!group && (pattern.matches(files.constData()) || pattern.matches(changeLog.constData())));
+    }
+};
+
+SearchedTexts searchedTexts(const Package::Entry& entry)
+{
+    return {entry.kind == Package::Group, entry.searchTexts, entry.searchFiles, entry.searchChangeLog};
+}
 
 // Converts the first four characters of a string to a number. Comparing two such numbers gives the same order
 // as comparing the strings.
@@ -30,8 +59,9 @@ quint64 beginning(const QString& text)
 SortFilterProxyModel::SortFilterProxyModel(StateFilter state, bool withDups, bool withGroups, YumIO* backEnd,
                                            QObject* parent)
     : HSortFilterProxyModel(NameColumn, parent), mode(Filter), filtering(true), stateFilter(state),
-      dups(withDups), groups(withGroups), yumIO(backEnd), source(nullptr), sortedBy(-1),
-      sortedIn(Qt::AscendingOrder), sortPauses(0), sortWanted(false), mapped(false), mapping(false)
+      dups(withDups), groups(withGroups), yumIO(backEnd), source(nullptr), comparedMode(Filter),
+      comparison(0), sortedBy(-1), sortedIn(Qt::AscendingOrder), sortPauses(0), sortWanted(false),
+      mapped(false), mapping(false)
 {
     idle.setSingleShot(true);
     idle.setInterval(100); // the table is painted before this timer fires
@@ -64,7 +94,7 @@ void SortFilterProxyModel::setMode(Mode newMode)
 {
     if (mode != newMode) {
         mode = newMode;
-        clear();
+        filterAgain();
     }
 }
 
@@ -72,7 +102,7 @@ void SortFilterProxyModel::setStateFilter(StateFilter state)
 {
     if (stateFilter != state) {
         stateFilter = state;
-        clear();
+        filterAgain();
     }
 }
 
@@ -80,7 +110,7 @@ void SortFilterProxyModel::setDupsFilter(bool withDups)
 {
     if (dups != withDups) {
         dups = withDups;
-        clear();
+        filterAgain();
     }
 }
 
@@ -88,7 +118,7 @@ void SortFilterProxyModel::setGroupsFilter(bool withGroups)
 {
     if (groups != withGroups) {
         groups = withGroups;
-        clear();
+        filterAgain();
     }
 }
 
@@ -96,7 +126,7 @@ void SortFilterProxyModel::setFilter(bool on)
 {
     if (filtering != on) {
         filtering = on;
-        clear();
+        filterAgain();
     }
 }
 
@@ -132,6 +162,12 @@ void SortFilterProxyModel::setUpdateListed()
 }
 
 void SortFilterProxyModel::clear()
+{
+    comparison = 0;
+    filterAgain();
+}
+
+void SortFilterProxyModel::filterAgain()
 {
     clearCache();
     refilter();
@@ -510,6 +546,117 @@ QVector<Package::Entry*> SortFilterProxyModel::searched(StateFilter state, bool 
     return found;
 }
 
+// Returns the rows that the settings permit and whose match with the expression is unknown. Sets `again` to
+// true if the last comparison had the same mode and expression.
+QVector<int> SortFilterProxyModel::unknownRows(const Settings& wanted, bool& again) const
+{
+    again = comparison != 0 && comparedMode == wanted.mode && comparedExpression == wanted.expression;
+    QVector<int> found;
+    const int rows = yumIO->count();
+    for (int row = 0; row < rows; ++row) {
+        const Package::Entry& entry = *(*yumIO)[row];
+        if (passes(entry, wanted.state, wanted.dups, wanted.groups) &&
+            !(again && std::abs(entry.match) == comparison) &&
+            (wanted.mode == Filter || !entry.searchTexts.isNull())) {
+            found.append(row);
+        }
+    }
+    return found;
+}
+
+void SortFilterProxyModel::keep(const Settings& wanted, bool again, const QVector<int>& rows,
+                                const std::vector<char>& found)
+{
+    if (!again) {
+        static qint32 last = 0; // different for all proxies, because the records store only one number
+        comparison = ++last;
+        comparedMode = wanted.mode;
+        comparedExpression = wanted.expression;
+    }
+    for (int i = 0; i < rows.count(); ++i) {
+        (*yumIO)[rows.at(i)]->match = found[static_cast<size_t>(i)] != 0 ? comparison : -comparison;
+    }
+}
+
+bool SortFilterProxyModel::prepareQuickly(const Settings& given)
+{
+    Settings wanted = given;
+    wanted.expression = Expression::withoutOuterAny(given.expression);
+    // The time to compare one row has no useful limit if the expression refers to its groups.
+    static const QRegularExpression reference(QStringLiteral("\\\\[1-9]"));
+    if (wanted.mode != Filter || yumIO.isNull() || wanted.expression.contains(reference)) {
+        return false;
+    }
+    Expression compiled;
+    compiled.compile(wanted.expression);
+    if (wanted.expression.isEmpty() || !compiled.isValid()) {
+        return true;
+    }
+    bool again = false;
+    const QVector<int> rows = unknownRows(wanted, again);
+    if (visibleFrom.empty()) {
+        makeTexts();
+    }
+    QElapsedTimer running;
+    running.start();
+    std::vector<char> found;
+    found.reserve(static_cast<size_t>(rows.count()));
+    for (const int row : rows) {
+        if (found.size() % 64 == 0 && running.elapsed() >= quickTime) {
+            return false;
+        }
+        const char* text = visible.constData() + visibleFrom[static_cast<size_t>(row)];
+        found.push_back(compiled.matches(text) ? 1 : 0);
+    }
+    keep(wanted, again, rows, found);
+    return true;
+}
+
+bool SortFilterProxyModel::prepare(const Settings& given)
+{
+    Settings wanted = given;
+    wanted.expression = Expression::withoutOuterAny(given.expression);
+    Expression compiled;
+    compiled.compile(wanted.expression);
+    if (yumIO.isNull() || wanted.expression.isEmpty() || !compiled.isValid()) {
+        return true;
+    }
+    bool again = false;
+    const QVector<int> rows = unknownRows(wanted, again);
+    if (rows.isEmpty()) {
+        return true;
+    }
+    std::function<bool(const Expression&, size_t)> matches;
+    if (wanted.mode == Search) {
+        const auto texts = std::make_shared<std::vector<SearchedTexts>>();
+        texts->reserve(static_cast<size_t>(rows.count()));
+        for (const int row : rows) {
+            texts->push_back(searchedTexts(*(*yumIO)[row]));
+        }
+        matches = [texts](const Expression& each, size_t index) { return (*texts)[index].match(each); };
+    } else {
+        if (visibleFrom.empty()) {
+            makeTexts();
+        }
+        const auto from = std::make_shared<std::vector<int>>();
+        from->reserve(static_cast<size_t>(rows.count()));
+        for (const int row : rows) {
+            from->push_back(visibleFrom[static_cast<size_t>(row)]);
+        }
+        matches = [from, texts = visible](const Expression& each, size_t index) {
+            return each.matches(texts.constData() + (*from)[index]);
+        };
+    }
+    std::vector<char> found;
+    if (!yumIO->findMatches(wanted.expression, static_cast<size_t>(rows.count()), matches, found)) {
+        return false;
+    }
+    if (!yumIO.isNull() && yumIO->count() > rows.last()) {
+        keep(wanted, again, rows, found);
+    }
+    return true;
+}
+
 bool SortFilterProxyModel::acceptRow(Package::Entry* entry, int row, const QModelIndex&) const
 {
     if (!passes(*entry, stateFilter, dups, groups)) {
@@ -518,13 +665,12 @@ bool SortFilterProxyModel::acceptRow(Package::Entry* entry, int row, const QMode
     if (expression.isEmpty()) {
         return true;
     }
+    if (std::abs(entry->match) == comparison && comparison != 0 && comparedMode == mode &&
+        comparedExpression == expression.pattern()) {
+        return entry->match > 0;
+    }
     if (mode == Search) {
-        if (entry->searchTexts.isNull()) {
-            return matchesAnyField(*entry);
-        }
-        return pattern.matchesAny(entry->searchTexts) ||
-               (entry->kind != Package::Group && (pattern.matches(entry->searchFiles.constData()) ||
-                                                  pattern.matches(entry->searchChangeLog.constData())));
+        return entry->searchTexts.isNull() ? matchesAnyField(*entry) : searchedTexts(*entry).match(pattern);
     }
     if (visibleFrom.empty()) {
         makeTexts();

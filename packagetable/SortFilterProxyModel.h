@@ -57,8 +57,26 @@ public:
     bool isValidExpression() const { return expression.isEmpty() || pattern.isValid(); }
     // Returns the description of the error in an invalid expression.
     QString expressionFault() const { return pattern.fault(); }
+    // The settings that decide which records are listed.
+    struct Settings
+    {
+        Mode mode;
+        StateFilter state;
+        bool dups;
+        bool groups;
+        QString expression;
+    };
+    Settings settings() const { return {mode, stateFilter, dups, groups, expression.pattern()}; }
     // Returns the records that a search with these filters examines.
     QVector<Package::Entry*> searched(StateFilter state, bool withDups, bool withGroups) const;
+    // Compares the expression of these settings with all records that the other settings permit. It may start
+    // a worker and serve events. If the proxy then gets the settings, it lists the records at once. Without
+    // this function, the result is the same, but the proxy itself compares the records and serves no events.
+    // Returns false if the user has stopped the worker. Then the results for the present settings are kept.
+    bool prepare(const Settings& wanted);
+    // Does the same in Filter mode, on this thread, if it takes only some milliseconds. Otherwise returns
+    // false.
+    bool prepareQuickly(const Settings& wanted);
     // Marks every listed record for Update that is updatable.
     void setUpdateListed();
     // Filters and sorts again.
@@ -116,11 +134,14 @@ private:
 
     bool acceptRow(Package::Entry* entry, int row, const QModelIndex& parent) const;
     static bool passes(const Package::Entry& entry, StateFilter state, bool withDups, bool withGroups);
+    QVector<int> unknownRows(const Settings& wanted, bool& again) const;
+    void keep(const Settings& wanted, bool again, const QVector<int>& rows, const std::vector<char>& found);
     bool matchesAnyField(const Package::Entry& entry) const;
     bool matches(const QString& text) const;
     void makeTexts() const;
     void dropMap();
     int sourceRows() const;
+    void filterAgain();
     void refilter();
     void map() const;
     const std::vector<qint64>& sortKeys(int column) const;
@@ -136,6 +157,11 @@ private:
     mutable std::vector<Verdict> verdicts; // the result of the filter, by source row
     QRegExp expression;
     Expression pattern;
+    // The settings of the last comparison of all records, and its number. Package::Entry::match has the
+    // results.
+    Mode comparedMode;
+    QString comparedExpression;
+    qint32 comparison; // 0 if there has been none
 
     int sortedBy;
     Qt::SortOrder sortedIn;

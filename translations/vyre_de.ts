@@ -1066,6 +1066,14 @@ Für das Ende einer Zeile schreiben Sie „([[:space:]]|$)“.</translation>
         <source>Ctrl+H</source>
         <translation>Ctrl+H</translation>
     </message>
+    <message>
+        <source>Stopped. The expression does not filter the table.</source>
+        <translation>Angehalten. Der Ausdruck filtert die Tabelle nicht.</translation>
+    </message>
+    <message>
+        <source>Stopped. The table shows the same rows as before.</source>
+        <translation>Angehalten. Die Tabelle zeigt dieselben Zeilen wie vorher.</translation>
+    </message>
 </context>
 <context>
     <name>Manuals</name>
@@ -3794,6 +3802,18 @@ Ohne sie fortfahren?
     <message>
         <source>Carried out: %1.</source>
         <translation>Ausgeführt: %1.</translation>
+    </message>
+    <message>
+        <source>Comparing Packages with the Expression</source>
+        <translation>Pakete mit dem Ausdruck vergleichen</translation>
+    </message>
+    <message>
+        <source>Comparing with the expression: Total Progress</source>
+        <translation>Mit dem Ausdruck vergleichen: Gesamtfortschritt</translation>
+    </message>
+    <message>
+        <source>Comparing packages</source>
+        <translation>Pakete vergleichen</translation>
     </message>
 </context>
 <context>

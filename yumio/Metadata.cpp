@@ -40,7 +40,7 @@ public:
     Reader(const Reader&) = delete;
     Reader& operator=(const Reader&) = delete;
 
-    bool read(const QString& path, QString& problem)
+    bool read(const QString& path, QString& problem, const std::function<bool()>& stopped = {})
     {
         const Archive file(archive_read_new(), archive_read_free);
         archive_read_support_filter_all(file.get());
@@ -52,6 +52,9 @@ public:
             return false;
         }
         for (;;) {
+            if (stopped && stopped()) {
+                return false;
+            }
             void* buffer = XML_GetBuffer(parser.get(), blockSize);
             const la_ssize_t count =
                 buffer != nullptr ? archive_read_data(file.get(), buffer, blockSize) : -1;
@@ -271,15 +274,15 @@ private:
 } // namespace
 
 bool readFileLists(const QString& path, const Wanted& wanted, std::vector<QByteArray>& texts,
-                   QString& problem)
+                   QString& problem, const std::function<bool()>& stopped)
 {
-    return FileListReader(wanted, texts).read(path, problem);
+    return FileListReader(wanted, texts).read(path, problem, stopped);
 }
 
 bool readChangeLogs(const QString& path, const Wanted& wanted, std::vector<QByteArray>& texts,
-                    QString& problem)
+                    QString& problem, const std::function<bool()>& stopped)
 {
-    return ChangeLogReader(wanted, texts).read(path, problem);
+    return ChangeLogReader(wanted, texts).read(path, problem, stopped);
 }
 
 bool check(const QString& path, const QByteArray& rootName, QString& problem)

@@ -11,6 +11,7 @@
 #ifndef YUMIO_METADATA_H
 #define YUMIO_METADATA_H
 
+#include <functional>
 #include <vector>
 
 #include <QByteArray>
@@ -25,14 +26,15 @@ using Wanted = QHash<QByteArray, int>;
 
 // The next two functions set texts[index], in UTF-8, for each wanted package in the file, and leave the other
 // texts unchanged. The file may be compressed. Both return true if the file is complete and of the right
-// kind. Otherwise they describe the error in `problem`.
+// kind. Otherwise they describe the error in `problem`. Both call `stopped` often; if it returns true, they
+// return false, with an empty description.
 
 // Each text has one path per line, without duplicates, sorted by character code.
 bool readFileLists(const QString& path, const Wanted& wanted, std::vector<QByteArray>& texts,
-                   QString& problem);
+                   QString& problem, const std::function<bool()>& stopped = {});
 // In each text, the newest entry comes first. Each entry begins with "* ", the date and the author.
 bool readChangeLogs(const QString& path, const Wanted& wanted, std::vector<QByteArray>& texts,
-                    QString& problem);
+                    QString& problem, const std::function<bool()>& stopped = {});
 
 // Checks that a document is well-formed, has this root element, and contains as many packages as it declares.
 // The document may be compressed.

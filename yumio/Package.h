@@ -64,9 +64,12 @@ public:
     PyObject* pyObject; // the script's package or group object, a strong reference
     bool duplicate;     // a record with the same name and another bi-arch class is preferred
     bool excluded;      // the package is installed, and the package manager's configuration excludes it
-    Entry* next;        // owned; the next installed version with the same name and bi-arch class
-    Action txAction;    // the effect of the current transaction on this record
-    bool local;         // during a transaction: the cache already has a valid package file
+    // The result of the proxy's last comparison with an expression: the number of this comparison if the
+    // record matches, the negative number if it does not, or 0 if the record has not been compared.
+    qint32 match;
+    Entry* next;     // owned; the next installed version with the same name and bi-arch class
+    Action txAction; // the effect of the current transaction on this record
+    bool local;      // during a transaction: the cache already has a valid package file
     // The texts that a search reads, in UTF-8. searchTexts contains all of them except the file list and the
     // change log, and a zero byte after each text. It is null until the texts have been read.
     QByteArray searchTexts;

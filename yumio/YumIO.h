@@ -39,7 +39,9 @@
 #include <csignal>
 #include <cstdio>
 #include <functional>
+#include <vector>
 
+class Expression;
 class HProgressBar;
 class QEventLoop;
 class QThread;
@@ -129,7 +131,15 @@ public:
     bool collectOtherData();
     // A worker reads the search texts (Package::Entry::searchTexts) of the records that lack them. The extra
     // data must be loaded first. A search without these texts finds the same records, but is far slower.
-    void collectSearchTexts(const QVector<Package::Entry*>& wanted);
+    // Returns false if the user has stopped the operation. Then these records still lack their texts.
+    bool collectSearchTexts(const QVector<Package::Entry*>& wanted);
+    // Compares the expression with this number of items, on several threads without the interpreter. Each
+    // thread calls the function for some of the items; see ParallelMatching. Sets `found` for each item to 1
+    // if it matches, or to 0. Returns false if the user has stopped the operation. Then a thread may still
+    // call the function for a while.
+    using Matches = std::function<bool(const Expression& expression, size_t index)>;
+    bool findMatches(const QString& expression, size_t count, const Matches& matches,
+                     std::vector<char>& found);
     // Calls the function for each searched text, except the file list and the change log, until the function
     // returns true. Returns whether the function returned true.
     bool anySearchText(const Package::Entry& entry, const std::function<bool(const QString&)>& found);
@@ -379,11 +389,15 @@ private:
     void execWorkThread(QEventLoop& loop, QThread& thread, bool stoppable = false);
     // Returns the result of the operation. If the operation was stopped, logs this.
     bool outcome(bool done);
+    // Returns whether the running operation must end, unless it changes the system.
+    bool mustGiveUp() const;
     bool collectReal(const QHash<QString, bool>& repoEnable, Source source);
     void clearEntriesReal();
     bool collectFileListsReal();
     bool collectOtherDataReal();
-    void collectSearchTextsReal(const QVector<Package::Entry*>& wanted);
+    bool collectSearchTextsReal(const QVector<Package::Entry*>& wanted);
+    bool findMatchesReal(const QString& expression, size_t count, const Matches& matches,
+                         std::vector<char>& found);
     void loadChangeLogReal(const Package::Entry& entry);
     bool applyReal();
     bool cleanReal(const QString& label, const char* method);
@@ -397,6 +411,7 @@ private:
     using CollectFileListsThread = WorkerThread<&YumIO::collectFileListsReal>;
     using CollectOtherDataThread = WorkerThread<&YumIO::collectOtherDataReal>;
     using CollectSearchTextsThread = WorkerThread<&YumIO::collectSearchTextsReal>;
+    using FindMatchesThread = WorkerThread<&YumIO::findMatchesReal>;
     using LoadChangeLogThread = WorkerThread<&YumIO::loadChangeLogReal>;
     using ApplyThread = WorkerThread<&YumIO::applyReal>;
     using CleanThread = WorkerThread<&YumIO::cleanReal>;

@@ -41,7 +41,7 @@ bool YumIO::collectFileLists()
     QEventLoop loop;
     CollectFileListsThread thread(this, loop);
     execWorkThread(loop, thread);
-    return thread.result;
+    return outcome(thread.result);
 }
 
 bool YumIO::collectFileListsReal()

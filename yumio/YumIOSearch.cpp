@@ -1,15 +1,20 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Collects the texts for a search in every field. A worker reads them once, and the records store them.
+// Collects the texts for a search in every field. A worker reads them once, and the records store them. Then
+// several threads compare them with an expression.
 
 #include "yumio/YumIO.h"
 
 #include <algorithm>
 #include <functional>
 #include <future>
+#include <optional>
+
+#include <QElapsedTimer>
 
 #include "python/CPython.h"
 #include "services/Progress.h"
+#include "widgets/ParallelMatching.h"
 #include "yumio/Metadata.h"
 #include "yumio/OperationScope.h"
 #include "yumio/WorkerThreads.h"
@@ -52,6 +57,13 @@ private:
 // If a search reads the advisories of more packages than this, it first builds an index of all advisories,
 // which is faster.
 constexpr int fewAdvisoryReads = 10;
+
+// A comparison shows its progress, and can be stopped by the button, only if it takes longer than this number
+// of milliseconds. Otherwise the bars and the button would flicker.
+constexpr int shownAfter = 200;
+
+// The interval, in milliseconds, at which a comparison shows its progress and checks for a request to stop.
+constexpr int checkInterval = 20;
 
 // The paths of a repository's two metadata files, the packages to read from them, and the error of each file.
 struct RepositoryTexts
@@ -107,7 +119,7 @@ QVector<Package::Entry*> inStoredOrder(const QVector<Package::Entry*>& wanted)
 
 int YumIO::fewPackages = 300;
 
-void YumIO::collectSearchTexts(const QVector<Package::Entry*>& wanted)
+bool YumIO::collectSearchTexts(const QVector<Package::Entry*>& wanted)
 {
     QVector<Package::Entry*> unread;
     for (Package::Entry* entry : wanted) {
@@ -116,11 +128,51 @@ void YumIO::collectSearchTexts(const QVector<Package::Entry*>& wanted)
         }
     }
     if (unread.isEmpty() || !fileListsLoaded || !otherDataLoaded) {
-        return;
+        return true;
     }
     QEventLoop loop;
     CollectSearchTextsThread thread(this, loop, unread);
+    execWorkThread(loop, thread, true);
+    return outcome(thread.result);
+}
+
+bool YumIO::findMatches(const QString& expression, size_t count, const Matches& matches,
+                        std::vector<char>& found)
+{
+    QEventLoop loop;
+    FindMatchesThread thread(this, loop, expression, count, matches, found);
     execWorkThread(loop, thread);
+    return outcome(thread.result);
+}
+
+bool YumIO::findMatchesReal(const QString& expression, size_t count, const Matches& matches,
+                            std::vector<char>& found)
+{
+    blocker.block();
+    std::optional<OperationScope> operationScope;
+    QElapsedTimer running;
+    running.start();
+    const ParallelMatching matching(expression, count, matches);
+    while (!matching.wait(checkInterval)) {
+        if (mustGiveUp()) {
+            return false; // without waiting for the threads, which cannot be interrupted
+        }
+        if (!operationScope && running.elapsed() >= shownAfter) {
+            operationScope.emplace(*this);
+            log(Log::Action, 0, tr("Comparing Packages with the Expression"));
+            progress->startTotal(tr("Comparing with the expression: Total Progress"), count);
+            progress->startItem(tr("Comparing packages"), count, count);
+            stopRequest.setStoppable(true);
+        }
+        if (operationScope) {
+            progress->setItemValue(matching.done());
+        }
+    }
+    if (operationScope) {
+        progress->reset();
+    }
+    found = matching.found();
+    return true;
 }
 
 QString YumIO::metadataPath(const QString& repo, const char* kind)
@@ -144,7 +196,7 @@ bool YumIO::anySearchText(const Package::Entry& entry, const std::function<bool(
     });
 }
 
-void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
+bool YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
 {
     OperationScope operationScope(*this);
     log(Log::Action, 0, tr("Collecting Texts to Search"));
@@ -171,19 +223,20 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
     std::vector<QByteArray> changeLogs(static_cast<size_t>(wanted.count()));
     // If the system cannot start another thread, wait() reads the files on this thread.
     const auto whenPossible = std::launch::async | std::launch::deferred;
-    const auto readingFiles = std::async(whenPossible, [&repositories, &files] {
+    const auto stopWanted = [this] { return mustGiveUp(); };
+    const auto readingFiles = std::async(whenPossible, [&repositories, &files, &stopWanted] {
         for (RepositoryTexts& repository : repositories) {
             if (!repository.fileListsPath.isEmpty()) {
                 Metadata::readFileLists(repository.fileListsPath, repository.wanted, files,
-                                        repository.filesProblem);
+                                        repository.filesProblem, stopWanted);
             }
         }
     });
-    const auto readingChangeLogs = std::async(whenPossible, [&repositories, &changeLogs] {
+    const auto readingChangeLogs = std::async(whenPossible, [&repositories, &changeLogs, &stopWanted] {
         for (RepositoryTexts& repository : repositories) {
             if (!repository.changeLogsPath.isEmpty()) {
                 Metadata::readChangeLogs(repository.changeLogsPath, repository.wanted, changeLogs,
-                                         repository.changeLogsProblem);
+                                         repository.changeLogsProblem, stopWanted);
             }
         }
     });
@@ -195,6 +248,9 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
     SearchTextsWriter writer;
     Steps done = 0;
     for (Package::Entry* entry : inStoredOrder(wanted)) {
+        if (stopWanted()) {
+            break;
+        }
         anySearchText(*entry, [&writer](const QString& text) {
             writer.add(text.toUtf8());
             return false; // go on with the next text
@@ -216,7 +272,7 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
         warn(repository.fileListsPath, repository.filesProblem);
         warn(repository.changeLogsPath, repository.changeLogsProblem);
     }
-    for (int place = 0; place < wanted.count(); ++place) {
+    for (int place = 0; place < wanted.count() && !stopWanted(); ++place) {
         Package::Entry* entry = wanted.at(place);
         if (entry->kind == Package::Group) {
             continue;
@@ -228,4 +284,11 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
         entry->searchChangeLog = itsChangeLog.isNull() ? getChangeLog(*entry).toUtf8() : itsChangeLog;
     }
     progress->reset();
+    const bool complete = !stopWanted();
+    if (!complete) {
+        for (Package::Entry* entry : wanted) {
+            entry->searchTexts = entry->searchFiles = entry->searchChangeLog = QByteArray();
+        }
+    }
+    return complete;
 }

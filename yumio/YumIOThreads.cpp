@@ -69,6 +69,11 @@ bool YumIO::outcome(bool done)
     return done;
 }
 
+bool YumIO::mustGiveUp() const
+{
+    return Unattended::is() || stopRequest.isRequested();
+}
+
 void YumIO::blockerRelease()
 {
     if (blockerHeld) {

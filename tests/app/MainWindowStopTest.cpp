@@ -8,6 +8,7 @@
 #include "history/HistoryDialog.h"
 #include "repo/RepoEditorDialog.h"
 #include "repo/RepoEditorModel.h"
+#include "services/HProgressBar.h"
 #include "tests/app/EachAlone.h"
 #include "tests/app/StandInWindow.h"
 
@@ -24,6 +25,14 @@ private:
     QString notice() const;
     QString log() const;
     void compareStop(const std::function<void()>& stop);
+    // Shows the window with the available package "hard". The comparison of its name and of its summary with
+    // `hard` takes hours.
+    void startWithHardPackage(PackageTable::StateFilter state);
+    // Whether the records are compared, and a stop is possible.
+    bool isComparing() const;
+    // Calls the function, and presses Escape during the comparison.
+    void stopByEscape(const std::function<void()>& act);
+    const QString hard = "~(.*)(.*)\\1\\2x";
     // The repositories whose "session" box in the editor is clear.
     QStringList switchedOff() const;
 
@@ -35,6 +44,12 @@ private Q_SLOTS:
     void aClosingRequestStopsTheOperation();
     void quittingStopsTheOperation();
     void closingDuringAnUndoDoesNotShowTheHistoryAgain();
+    void aStoppedSearchLeavesTheTableAsItIs();
+    void aStoppedFilterLeavesTheTableAsItIs();
+    void aStoppedSearchInAnotherViewRestoresTheView();
+    void aStoppedSearchInAnotherModeRestoresTheMode();
+    void aSearchThatIsStoppedAfterARefreshDoesNotFilterTheTable();
+    void aClosingRequestStopsASearch();
     void theButtonIsDisabledIfNoOperationRuns();
     void failingRepositoriesAreSwitchedOffInTheSession();
     void oneAnswerIsEnoughForAllFailingRepositories();
@@ -162,6 +177,131 @@ void MainWindowStopTest::closingDuringAnUndoDoesNotShowTheHistoryAgain()
     QVERIFY(!shown->window->isVisible());
     QTest::qWait(100); // if the history opened again, it would now use the back end, which has ended
     QCOMPARE(histories, 1);
+}
+
+void MainWindowStopTest::startWithHardPackage(PackageTable::StateFilter state)
+{
+    using S = StandIn;
+    const QString text = "~" + QString("ab").repeated(300);
+    standIn->setPackages({S::package("tool", {{"version", "2"}})}, {S::package("tool")},
+                         {S::package("hard" + text, {{"summary", text}}), S::package("soft")});
+    shown->start();
+    shown->choose(shown->stateBox, state);
+}
+
+bool MainWindowStopTest::isComparing() const
+{
+    const auto bars = shown->window->findChildren<HProgressBar*>();
+    return button()->isEnabled() && std::any_of(bars.begin(), bars.end(), [](const HProgressBar* bar) {
+               return bar->text().startsWith("Comparing with the expression");
+           });
+}
+
+void MainWindowStopTest::stopByEscape(const std::function<void()>& act)
+{
+    const Once once([this] { return isComparing(); }, [this] { shown->key(Qt::Key_Escape); });
+    act();
+    QTRY_VERIFY(once.isDone());
+    QTRY_VERIFY(shown->isReady());
+    QVERIFY(!button()->isEnabled());
+    QCOMPARE(usable(), usableWhenReady);
+    QCOMPARE(busyCursor(), QString("none"));
+    QCOMPARE(log().count("Stopped."), 1);
+}
+
+void MainWindowStopTest::aStoppedSearchLeavesTheTableAsItIs()
+{
+    startWithHardPackage(ViewInstallable);
+    shown->choose(shown->modeBox, Search);
+    shown->filter("soft");
+    QCOMPARE(shown->listed(), QStringList{"soft"});
+    shown->click("soft", ActionColumn);
+    stopByEscape([this] { shown->filter(hard); });
+    QCOMPARE(shown->listed(), QStringList{"soft"});
+    QCOMPARE(shown->marks(), QStringList{"soft install"});
+    QCOMPARE(shown->regexpEdit->text(), hard);
+    QCOMPARE(shown->modeBox->currentIndex(), int(Search));
+    QCOMPARE(notice(), QString("Stopped. The table shows the same rows as before."));
+    shown->filter("tool|soft");
+    QCOMPARE(shown->listed(), QStringList{"soft"});
+    shown->choose(shown->stateBox, ViewAll);
+    QCOMPARE(shown->sorted(), (QStringList{"soft", "tool"}));
+}
+
+void MainWindowStopTest::aStoppedFilterLeavesTheTableAsItIs()
+{
+    startWithHardPackage(ViewInstallable);
+    shown->filter("soft");
+    stopByEscape([this] { shown->filter(hard); });
+    QCOMPARE(shown->listed(), QStringList{"soft"});
+    QCOMPARE(notice(), QString("Stopped. The table shows the same rows as before."));
+    shown->filter("^s(o)ft.*\\1?");
+    QCOMPARE(shown->listed(), QStringList{"soft"});
+}
+
+void MainWindowStopTest::aStoppedSearchInAnotherViewRestoresTheView()
+{
+    startWithHardPackage(ViewUpdatable);
+    shown->choose(shown->modeBox, Search);
+    shown->filter(hard + "|tool");
+    QCOMPARE(shown->listed(), QStringList{"tool"});
+    stopByEscape([this] {
+        shown->stateBox->setFocus();
+        shown->key(Qt::Key_Down);
+    });
+    QCOMPARE(shown->stateBox->currentIndex(), int(ViewUpdatable));
+    QCOMPARE(shown->listed(), QStringList{"tool"});
+    QCOMPARE(notice(), QString("Stopped. The table shows the same rows as before."));
+}
+
+void MainWindowStopTest::aStoppedSearchInAnotherModeRestoresTheMode()
+{
+    using S = StandIn;
+    standIn->setPackages({}, {}, {S::package("soft", {{"summary", "~" + QString("ab").repeated(300)}})});
+    shown->start();
+    shown->choose(shown->stateBox, ViewInstallable);
+    shown->filter(hard + "|^soft ");
+    QCOMPARE(shown->listed(), QStringList{"soft"});
+    stopByEscape([this] {
+        shown->modeBox->setFocus();
+        shown->key(Qt::Key_Down);
+    });
+    QCOMPARE(shown->modeBox->currentIndex(), int(Filter));
+    QVERIFY(shown->button("Filter")->isEnabled());
+    QCOMPARE(shown->listed(), QStringList{"soft"});
+}
+
+void MainWindowStopTest::aSearchThatIsStoppedAfterARefreshDoesNotFilterTheTable()
+{
+    using S = StandIn;
+    startWithHardPackage(ViewInstallable);
+    standIn->setPackages({}, {}, {S::package("soft", {{"vendor", "needle"}}), S::package("other")});
+    shown->press("Re&fresh");
+    shown->choose(shown->modeBox, Search);
+    shown->filter(hard + "|needle");
+    QCOMPARE(shown->listed(), QStringList{"soft"});
+    standIn->setPackages(
+        {}, {}, {S::package("soft", {{"summary", "~" + QString("ab").repeated(300)}}), S::package("other")});
+    const Once once([this] { return isComparing(); }, [this] { shown->key(Qt::Key_Escape); });
+    shown->press("Re&fresh");
+    QTRY_VERIFY(once.isDone());
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(shown->sorted(), (QStringList{"other", "soft"}));
+    QCOMPARE(notice(), QString("Stopped. The expression does not filter the table."));
+    shown->filter("oth");
+    QCOMPARE(shown->listed(), QStringList{"other"});
+}
+
+void MainWindowStopTest::aClosingRequestStopsASearch()
+{
+    startWithHardPackage(ViewInstallable);
+    shown->choose(shown->modeBox, Search);
+    bool closed = true;
+    const Once once([this] { return isComparing(); }, [this, &closed] { closed = shown->window->close(); });
+    QCOMPARE(runToTheEnd([this] { shown->filter(hard); }), 0);
+    QVERIFY(once.isDone());
+    QVERIFY(!closed);
+    QVERIFY(!shown->window->isVisible());
 }
 
 void MainWindowStopTest::theButtonIsDisabledIfNoOperationRuns()

@@ -57,6 +57,12 @@ private Q_SLOTS:
     void theFilterModeMatchesOnlyVisibleTexts();
     void theStateAndDuplicateFiltersAlsoApplyToMatches();
     void theSearchOfARecordStopsAtTheFirstMatch();
+    void preparedRecordsAreListedAsOthers_data();
+    void preparedRecordsAreListedAsOthers();
+    void aPreparationAlsoCountsWithOtherFilters();
+    void preparedRecordsAreNotComparedAgain();
+    void aPreparationForOldRecordsIsForgotten();
+    void aPreparationOfAReferenceNeedsAWorker();
     void eachRecordIsSearchedOnlyOnceForTheSameSettings();
     void aResetClearsTheResults();
     void aResetOfTheFormerSourceKeepsTheResults();
@@ -83,6 +89,13 @@ private Q_SLOTS:
     void aSortPauseHasNoEffectIfAnotherColumnIsSorted();
 
 private:
+    void readTexts()
+    {
+        if (!table->yumIO.collectSearchTexts(proxy->searched(ViewAll, true, true)) ||
+            table->entry("tool").searchTexts.isNull()) {
+            qFatal("the texts cannot be read");
+        }
+    }
     QStringList listed(const QString& expression)
     {
         proxy->setFilterRegExp(expression);
@@ -405,6 +418,105 @@ void SortFilterProxyModelTest::theSearchOfARecordStopsAtTheFirstMatch()
     QCOMPARE(listed("name"), QStringList{"name"});
     QCOMPARE(table->standIn.calls("description"),
              1); // only for "other": the first package already matches by its name
+}
+
+void SortFilterProxyModelTest::preparedRecordsAreListedAsOthers_data()
+{
+    QTest::addColumn<QString>("expression");
+    for (const char* expression : {"tool",
+                                   "^tool",
+                                   "^tool$",
+                                   "e.*r",
+                                   "[a-z]+-[0-9]",
+                                   "(a|e|i|o|u){2}",
+                                   "([a-z])\\1",
+                                   "(.*)(.*)(.*)[0-9]q",
+                                   "1 \\* ",
+                                   "^$",
+                                   "x*",
+                                   "a|b",
+                                   "noarch 4",
+                                   "\\.",
+                                   "usr/bin",
+                                   "(",
+                                   "",
+                                   ".*",
+                                   ".*tool.*",
+                                   "Tools",
+                                   "nothing has this"}) {
+        QTest::newRow(expression) << QString(expression);
+    }
+}
+
+void SortFilterProxyModelTest::preparedRecordsAreListedAsOthers()
+{
+    QFETCH(QString, expression);
+    for (const Mode mode : {Filter, Search}) {
+        proxy->setMode(mode);
+        // Without a preparation, the proxy compares the records itself.
+        const QStringList expected = listed(expression);
+        readTexts();
+        QVERIFY(proxy->prepare({mode, ViewAll, true, true, expression}));
+        QCOMPARE(listed(expression), expected);
+        proxy->clear();
+        QVERIFY(proxy->prepareQuickly({mode, ViewAll, true, true, expression}) ==
+                (mode == Filter && !expression.contains("\\1")));
+        QCOMPARE(listed(expression), expected);
+    }
+}
+
+void SortFilterProxyModelTest::aPreparationAlsoCountsWithOtherFilters()
+{
+    proxy->setMode(Search);
+    readTexts();
+    QVERIFY(proxy->prepare({Search, ViewInstallable, true, true, "o"}));
+    proxy->setStateFilter(ViewInstallable);
+    const QStringList installable = listed("o");
+    QVERIFY(!installable.isEmpty());
+    QVERIFY(proxy->prepare({Search, ViewAll, true, true, "o"}));
+    proxy->setStateFilter(ViewAll);
+    const QStringList all = sortedNames(*proxy);
+    QVERIFY(all.count() > installable.count());
+    proxy->clear(); // forgets the preparation
+    QCOMPARE(sortedNames(*proxy), all);
+    // Another expression, or another mode, does not use the results.
+    QVERIFY(proxy->prepare({Search, ViewAll, true, true, "o"}));
+    QCOMPARE(listed("nothing has this"), QStringList());
+    QCOMPARE(listed("^$").contains("tool"), listed("").contains("tool"));
+    QCOMPARE(listed("o"), all);
+    proxy->setMode(Filter);
+    QCOMPARE(listed("^editor "), QStringList{"editor"});
+}
+
+void SortFilterProxyModelTest::preparedRecordsAreNotComparedAgain()
+{
+    proxy->setMode(Search);
+    readTexts();
+    QVERIFY(proxy->prepare({Search, ViewAll, true, true, "tool"}));
+    table->entry("tool").searchTexts = QByteArray("other\0", 6);
+    table->entry("editor").searchTexts = QByteArray("tool\0", 5);
+    QVERIFY(listed("tool").contains("tool"));
+    QVERIFY(!listed("tool").contains("editor"));
+    proxy->clear();
+    QVERIFY(listed("tool").contains("editor"));
+}
+
+void SortFilterProxyModelTest::aPreparationForOldRecordsIsForgotten()
+{
+    QVERIFY(proxy->prepare({Filter, ViewAll, true, true, "tool"}));
+    QCOMPARE(listed("^tool"), QStringList{"tool"});
+    table->collect({}, {}, {StandIn::package("toolbox"), StandIn::package("other")});
+    model->reset();
+    QCOMPARE(listed("tool"), QStringList{"toolbox"});
+}
+
+void SortFilterProxyModelTest::aPreparationOfAReferenceNeedsAWorker()
+{
+    QVERIFY(proxy->prepareQuickly({Filter, ViewAll, true, true, "t(o)o"}));
+    QVERIFY(!proxy->prepareQuickly({Filter, ViewAll, true, true, "t(o)\\1"}));
+    QVERIFY(!proxy->prepareQuickly({Search, ViewAll, true, true, "tool"}));
+    QVERIFY(proxy->prepare({Filter, ViewAll, true, true, "t(o)\\1"}));
+    QCOMPARE(listed("^t(o)\\1"), QStringList{"tool"});
 }
 
 void SortFilterProxyModelTest::eachRecordIsSearchedOnlyOnceForTheSameSettings()

@@ -535,6 +535,31 @@ private Q_SLOTS:
         backEnd->run("YumIO.metadataPath = genuinePath");
     }
 
+    void aStoppedSearchReadsNoTexts()
+    {
+        for (const int fewPackages : {0, 1 << 30}) {
+            YumIOProbe::fewPackages = fewPackages;
+            for (Package::Entry* entry : allEntries()) {
+                entry->searchTexts = entry->searchFiles = entry->searchChangeLog = QByteArray();
+            }
+            const int logged = backEnd->log().count();
+            // The event loop calls this function before it lets the worker begin.
+            QTimer::singleShot(0, [this] { yumIO().stop(); });
+            QVERIFY(!yumIO().collectSearchTexts(allEntries()));
+            QVERIFY(yumIO().wasStopped());
+            QCOMPARE(backEnd->log(logged), QStringList({"4 0 Collecting Texts to Search", "4 0 Stopped."}));
+            for (const Package::Entry* entry : allEntries()) {
+                QVERIFY(entry->searchTexts.isNull());
+                QVERIFY(entry->searchFiles.isNull());
+                QVERIFY(entry->searchChangeLog.isNull());
+            }
+            QVERIFY(yumIO().collectSearchTexts(allEntries()));
+            QVERIFY(!backEnd->entry("orchard")->searchTexts.isNull());
+            QVERIFY(!backEnd->entry("orchard")->searchFiles.isNull());
+        }
+        YumIOProbe::fewPackages = 300;
+    }
+
     // --- Transactions
 
     void refusedTransactionChangesNothing()

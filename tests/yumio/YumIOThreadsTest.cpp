@@ -2,9 +2,11 @@
 
 // Tests of how the graphical thread waits for a worker.
 
+#include <atomic>
 #include <csignal>
 #include <cstdlib>
 #include <functional>
+#include <memory>
 #include <pthread.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,8 +15,10 @@
 #include <QSemaphore>
 #include <QtTest>
 
+#include "python/CPython.h"
 #include "services/YumIODialogs.h"
 #include "tests/yumio/BackEnd.h"
+#include "widgets/Expression.h"
 #include "yumio/WorkerThreads.h"
 
 namespace {
@@ -474,6 +478,86 @@ private Q_SLOTS:
         QCOMPARE(seen, QList<int>({0}));
         QCOMPARE(backEnd->text("seen"), QString("[['0'], ['0']]"));
         QCOMPARE(yumIO().count(), 1);
+    }
+
+    // --- The comparison of many items with an expression
+
+    void itemsAreComparedWithoutTheInterpreter()
+    {
+        const int logged = backEnd->log().count();
+        std::vector<char> found;
+        std::atomic<int> holders{0};
+        QVERIFY(yumIO().findMatches(
+            "^[0-9]*7$", 100,
+            [&holders](const Expression& expression, size_t index) {
+                holders += PyGILState_Check();
+                return expression.matches(QByteArray::number(static_cast<int>(index)).constData());
+            },
+            found));
+        QCOMPARE(holders.load(), 0);
+        QCOMPARE(found.size(), size_t(100));
+        for (size_t i = 0; i < found.size(); ++i) {
+            QCOMPARE(int(found[i]), i % 10 == 7 ? 1 : 0);
+        }
+        QVERIFY(!yumIO().wasStopped());
+        QCOMPARE(backEnd->log(logged).filter("Stopped."), QStringList());
+    }
+
+    void aLongComparisonCanBeStoppedAlthoughItsThreadsGoOn()
+    {
+        const auto held = std::make_shared<std::atomic<bool>>(true);
+        const auto running = std::make_shared<std::atomic<int>>(0);
+        const auto compare = [held, running](const Expression&, size_t) {
+            ++*running;
+            while (*held) {
+                QThread::msleep(1);
+            }
+            --*running;
+            return true;
+        };
+        QStringList bars;
+        QTimer timer;
+        connect(&timer, &QTimer::timeout, &timer, [this, &bars] {
+            if (yumIO().stopState() == StopRequest::State::Possible && backEnd->total.isEnabled()) {
+                bars = backEnd->bars();
+                yumIO().stop();
+            }
+        });
+        timer.start(10);
+        const int logged = backEnd->log().count();
+        std::vector<char> found{5};
+        QVERIFY(!yumIO().findMatches("a", 200, compare, found));
+        QVERIFY(yumIO().wasStopped());
+        QVERIFY(*running > 0);
+        QCOMPARE(found, std::vector<char>{5});
+        QCOMPARE(bars, QStringList({"Comparing with the expression: Total Progress (0%) 0/200",
+                                    "Comparing packages (0%) 0/200"}));
+        QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
+        QCOMPARE(backEnd->log(logged),
+                 QStringList({"4 0 Comparing Packages with the Expression", "4 0 Stopped."}));
+        *held = false;
+        QTRY_COMPARE(running->load(), 0);
+        // The next comparison uses threads of its own.
+        QVERIFY(yumIO().findMatches(
+            "a", 200, [](const Expression&, size_t) { return true; }, found));
+        QCOMPARE(found, std::vector<char>(200, 1));
+    }
+
+    void aCloseRequestEndsAComparisonFromItsBeginning()
+    {
+        const auto held = std::make_shared<std::atomic<bool>>(true);
+        QTimer::singleShot(0, [this] { QVERIFY(yumIO().stop()); });
+        std::vector<char> found;
+        QVERIFY(!yumIO().findMatches(
+            "a", 1,
+            [held](const Expression&, size_t) {
+                while (*held) {
+                    QThread::msleep(1);
+                }
+                return true;
+            },
+            found));
+        *held = false;
     }
 
     void tableSeesNoRecordsWhileTheyAreCleared()

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include "widgets/ParallelMatching.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include <csignal>
+
+#include "widgets/Expression.h"
+
+namespace {
+
+// A thread takes this number of items at once.
+constexpr size_t portion = 64;
+
+constexpr unsigned int mostThreads = 8;
+
+} // namespace
+
+struct ParallelMatching::Shared
+{
+    QString expression;
+    size_t count = 0;
+    Matches matches;
+    std::atomic<size_t> next{0}; // the first item that no thread has taken
+    std::atomic<size_t> done{0};
+    std::atomic<bool> stopped{false};
+    std::vector<char> found; // a thread writes only the items that it has taken
+    std::mutex mutex;        // guards `running`
+    std::condition_variable ended;
+    unsigned int running = 0; // the number of threads
+};
+
+ParallelMatching::ParallelMatching(const QString& expression, size_t count, Matches matches)
+    : shared(std::make_shared<Shared>())
+{
+    shared->expression = expression;
+    shared->count = count;
+    shared->matches = std::move(matches);
+    shared->found.resize(count);
+    const size_t portions = (count + portion - 1) / portion;
+    const unsigned int processors = std::clamp(std::thread::hardware_concurrency(), 2U, mostThreads);
+    const auto threads = static_cast<unsigned int>(std::min<size_t>(processors, portions));
+    // The threads must not handle signals, because they may exist longer than the operation.
+    sigset_t every;
+    sigset_t before;
+    sigfillset(&every);
+    pthread_sigmask(SIG_SETMASK, &every, &before);
+    for (unsigned int i = 0; i < threads; ++i) {
+        {
+            const std::lock_guard<std::mutex> lock(shared->mutex);
+            ++shared->running;
+        }
+        const auto run = [own = shared] {
+            compare(*own);
+            const std::lock_guard<std::mutex> lock(own->mutex);
+            --own->running;
+            own->ended.notify_all();
+        };
+        try {
+            std::thread(run).detach();
+        } catch (const std::system_error&) {
+            // The system cannot start another thread. If it has started none, use this one.
+            if (i == 0) {
+                run();
+            } else {
+                const std::lock_guard<std::mutex> lock(shared->mutex);
+                --shared->running;
+            }
+            break;
+        }
+    }
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+ParallelMatching::~ParallelMatching()
+{
+    shared->stopped = true;
+}
+
+void ParallelMatching::compare(Shared& shared)
+{
+    Expression own;
+    own.compile(shared.expression);
+    while (!shared.stopped) {
+        const size_t first = shared.next.fetch_add(portion);
+        if (first >= shared.count) {
+            return;
+        }
+        const size_t end = std::min(first + portion, shared.count);
+        for (size_t index = first; index < end && !shared.stopped; ++index) {
+            shared.found[index] = shared.matches(own, index) ? 1 : 0;
+            ++shared.done;
+        }
+    }
+}
+
+bool ParallelMatching::wait(int milliseconds) const
+{
+    std::unique_lock<std::mutex> lock(shared->mutex);
+    return shared->ended.wait_for(lock, std::chrono::milliseconds(milliseconds),
+                                  [this] { return shared->running == 0; });
+}
+
+size_t ParallelMatching::done() const
+{
+    return shared->done;
+}
+
+const std::vector<char>& ParallelMatching::found() const
+{
+    return shared->found;
+}
