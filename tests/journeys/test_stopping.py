@@ -89,6 +89,32 @@ class StoppingTest(StartTest):
             self.assertIn('pergola', window.names())
             self.quit(window)
 
+    def test_escape_stops_a_search(self):
+        # The C library needs hours for this expression.
+        hard = '(.*)(.*)(.*)(.*)\\1\\2\\3\\4[Q][9]'
+        with self.program() as program:
+            window = program.ready()
+            window.show_all()
+            window.choose(0, 'Search')
+            window.wait_ready()
+            window.set_filter('pergola')
+            window.wait_ready()
+            before = window.names()
+            self.assertIn('pergola', before)
+            window.type_expression(hard)
+            driver.key('Return')
+            wait_for(lambda: self.is_stoppable(window), 'the button')
+            window.wait_settled()  # the window is responsive
+            self.picture('stoppable-search')
+            self.stop(window, lambda: driver.key('Escape'))
+            self.picture('stopped-search')
+            self.assertEqual(window.names(), before)
+            self.assertEqual(driver.text_of(window.edit()), hard)
+            self.assertEqual(self.read_log(window).count('Stopped.'), 1)
+            window.set_filter('^gargantua$')
+            window.wait_names(['gargantua'])
+            self.quit(window)
+
     def check_download_is_stopped(self, act):
         self.sandbox.server.faults[GARGANTUA] = server.paced(1)
         with self.program() as program:

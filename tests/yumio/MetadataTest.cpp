@@ -349,7 +349,7 @@ private Q_SLOTS:
             std::vector<QByteArray> texts(2);
             QString problem;
             const bool fine = (changeLogs ? Metadata::readChangeLogs : Metadata::readFileLists)(
-                writePlain(content), {{"one", 0}, {"two", 1}}, texts, problem);
+                writePlain(content), {{"one", 0}, {"two", 1}}, texts, problem, {});
             if (fine || !texts[0].isNull() || !texts[1].isNull()) {
                 QTest::qFail(content.constData(), __FILE__, __LINE__);
             }
