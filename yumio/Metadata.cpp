@@ -208,8 +208,15 @@ private:
     std::vector<QByteArray> paths;
 };
 
+// A base of Checker, because these objects must exist before Reader refers to them.
+struct NothingWanted
+{
+    const Wanted nothing;
+    std::vector<QByteArray> none;
+};
+
 // Checks whether a file is well-formed and complete, without collecting texts.
-class Checker : public Reader
+class Checker : private NothingWanted, public Reader
 {
 public:
     explicit Checker(const QByteArray& rootName) : Reader(rootName, nothing, none) {}
@@ -218,10 +225,6 @@ protected:
     bool begin(const char*, const char**) override { return false; }
     void take(const QByteArray&) override {}
     QByteArray finish() override { return QByteArray(); }
-
-private:
-    const Wanted nothing;
-    std::vector<QByteArray> none;
 };
 
 class ChangeLogReader : public Reader
