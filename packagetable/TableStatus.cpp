@@ -12,6 +12,7 @@
 #include "widgets/ElidedLabel.h"
 #include "widgets/Literal.h"
 #include "yumio/ScriptValues.h"
+#include "yumio/VersionLocks.h"
 
 namespace PackageTable {
 
@@ -74,12 +75,18 @@ void TableStatus::countMarks()
     marksChanged = false;
     std::fill(std::begin(marks), std::end(marks), 0);
     bytes = 0;
+    lockedRows.clear();
+    const VersionLocks& locks = model->versionLocks();
+    const bool anyLocks = !locks.lines.isEmpty();
     const int rows = model->rowCount();
     for (int row = 0; row < rows; ++row) {
         const Package::Entry& entry = *model->entry(row);
         ++marks[entry.action];
         if (entry.action == Package::Install || entry.action == Package::Update) {
             bytes += entry.size;
+        }
+        if (anyLocks && locks.isLocked(entry)) {
+            lockedRows.append(row);
         }
     }
 }
@@ -93,15 +100,31 @@ QString TableStatus::text() const
     }
     const int listed = proxy->rowCount();
     if (marks[Package::Install] + marks[Package::Update] + marks[Package::Remove] == 0) {
-        return tr("Listed: %1   Selected: %2   No marks").arg(listed).arg(selected);
+        return tr("Listed: %1   Selected: %2   No marks").arg(listed).arg(selected) + textOfLocks();
     }
     return tr("Listed: %1   Selected: %2   Marks: %3 Install, %4 Update, %5 Remove   To download: %6")
-        .arg(listed)
-        .arg(selected)
-        .arg(marks[Package::Install])
-        .arg(marks[Package::Update])
-        .arg(marks[Package::Remove])
-        .arg(ScriptValues::bytesFormat(bytes));
+               .arg(listed)
+               .arg(selected)
+               .arg(marks[Package::Install])
+               .arg(marks[Package::Update])
+               .arg(marks[Package::Remove])
+               .arg(ScriptValues::bytesFormat(bytes)) +
+           textOfLocks();
+}
+
+QString TableStatus::textOfLocks() const
+{
+    if (lockedRows.isEmpty()) {
+        return QString();
+    }
+    const QItemSelectionModel* selection = view->selectionModel();
+    const auto selected = std::count_if(lockedRows.cbegin(), lockedRows.cend(), [this, selection](int row) {
+        const QModelIndex listed = proxy->mapFromSource(model->index(row, NameColumn));
+        return listed.isValid() && selection->isSelected(listed);
+    });
+    const QString separator = QStringLiteral("   ");
+    return separator + (selected == 0 ? tr("Locked: %1").arg(lockedRows.count())
+                                      : tr("Locked: %1 (%2 selected)").arg(lockedRows.count()).arg(selected));
 }
 
 } // namespace PackageTable

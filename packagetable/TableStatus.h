@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // The line below the package table: the numbers of listed and selected rows, the number of marks of each
-// action, and the size of the marked packages that dnf would download. Screen readers present it as a status
-// bar.
+// action, the size of the marked packages that dnf would download, and the number of locked packages. Screen
+// readers present it as a status bar.
 //
 // It lives on the graphical thread; its Qt parent owns it. It counts the marks of all records only after the
 // marks or the records have changed, and only once for many changes at the same time. If only the selection
@@ -14,6 +14,7 @@
 #include <QModelIndex>
 #include <QStatusBar>
 #include <QTimer>
+#include <QVector>
 
 class ElidedLabel;
 
@@ -41,15 +42,18 @@ private Q_SLOTS:
 private:
     void countMarks();
     QString text() const;
+    // The part of the text about version locks; empty if no package is locked.
+    QString textOfLocks() const;
 
     Model* model;
     SortFilterProxyModel* proxy;
     View* view;
     ElidedLabel* label;
-    QTimer later;      // fires when the current changes are complete
-    bool marksChanged; // true if the following numbers are out of date
-    int marks[4];      // the number of marks, by Package::Action
-    quint64 bytes;     // the size of the packages that are marked for Install or Update
+    QTimer later;            // fires when the current changes are complete
+    bool marksChanged;       // true if the following numbers are out of date
+    int marks[4];            // the number of marks, by Package::Action
+    quint64 bytes;           // the size of the packages that are marked for Install or Update
+    QVector<int> lockedRows; // the model's rows of the packages that are locked at their version
 };
 
 } // namespace PackageTable

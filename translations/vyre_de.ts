@@ -383,6 +383,10 @@ Die Aktionen werden damit noch nicht angewendet.</translation>
         <source>Module Streams</source>
         <translation>Modul-Streams</translation>
     </message>
+    <message>
+        <source>Version Lock</source>
+        <translation>Versionssperre</translation>
+    </message>
 </context>
 <context>
     <name>FilteredList</name>
@@ -1353,6 +1357,14 @@ Pakete im Cache werden nicht noch einmal heruntergeladen.</translation>
     <message>
         <source>Listed: %1   Selected: %2   Marks: %3 Install, %4 Update, %5 Remove   To download: %6</source>
         <translation>Aufgelistet: %1   Ausgewählt: %2   Vorgemerkt: %3 Installieren, %4 Aktualisieren, %5 Entfernen   Herunterzuladen: %6</translation>
+    </message>
+    <message>
+        <source>Locked: %1</source>
+        <translation>Gesperrt: %1</translation>
+    </message>
+    <message>
+        <source>Locked: %1 (%2 selected)</source>
+        <translation>Gesperrt: %1 (%2 ausgewählt)</translation>
     </message>
 </context>
 <context>
@@ -2351,6 +2363,10 @@ Zurzeit läuft kein Vorgang.</translation>
     <message>
         <source>a restart is needed</source>
         <translation>Neustart nötig</translation>
+    </message>
+    <message>
+        <source>%1 left out</source>
+        <translation>%1 ausgelassen</translation>
     </message>
 </context>
 <context>
@@ -3814,6 +3830,18 @@ Ohne sie fortfahren?
     <message>
         <source>Comparing packages</source>
         <translation>Pakete vergleichen</translation>
+    </message>
+    <message>
+        <source>apply all changes</source>
+        <translation>alle Änderungen anwenden</translation>
+    </message>
+    <message>
+        <source>complete the transaction</source>
+        <translation>die Transaktion abschließen</translation>
+    </message>
+    <message>
+        <source>Locked by %1</source>
+        <translation>Gesperrt durch %1</translation>
     </message>
 </context>
 <context>

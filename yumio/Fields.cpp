@@ -62,6 +62,7 @@ constexpr Fields::Row rows[] = {
     row(Fields::Enhances, QT_TRANSLATE_NOOP("Fields", "Enhances"), From::Dependencies, "enhances"),
     row(Fields::Advisories, QT_TRANSLATE_NOOP("Fields", "Advisories"), From::Text, "advisories"),
     row(Fields::ModuleStreams, QT_TRANSLATE_NOOP("Fields", "Module Streams"), From::Text, "modulestreams"),
+    row(Fields::VersionLock, QT_TRANSLATE_NOOP("Fields", "Version Lock"), From::VersionLock, nullptr),
     row(Fields::Files, QT_TRANSLATE_NOOP("Fields", "Files"), From::FileList, nullptr,
         Fields::OfPackages | Fields::Described),
     row(Fields::ChangeLog, QT_TRANSLATE_NOOP("Fields", "Change Log"), From::ChangeLog, nullptr,

@@ -52,6 +52,7 @@ public:
         Enhances,
         Advisories,
         ModuleStreams,
+        VersionLock,
         Files,
         ChangeLog,
         MandatoryPackages,
@@ -72,6 +73,7 @@ public:
         Header,       // a list in the rpm header of an installed package; other packages have no such value
         FileList,     // the file list, which is extra data, loaded on first use
         ChangeLog,    // the change log, which is extra data, loaded on first use
+        VersionLock,  // the version lock of the package; empty if the package is not locked
         Members       // an attribute of the script's group object that is a list
     };
 

@@ -45,8 +45,13 @@ QString TransactionOutcome::text() const
     if (counts[Failed] != 0) {
         numbers.append(tr("%1 failed").arg(counts[Failed]));
     }
-    QStringList parts;
-    parts.append(numbers.isEmpty() ? tr("Nothing was changed") : numbers.join(QLatin1String(", ")));
+    if (numbers.isEmpty()) {
+        numbers.append(tr("Nothing was changed"));
+    }
+    if (leftOut != 0) {
+        numbers.append(tr("%1 left out").arg(leftOut));
+    }
+    QStringList parts{numbers.join(QLatin1String(", "))};
     // The names come last: they may be long, and a narrow window cuts off the end of the line.
     if (restartNeeded) {
         parts.append(tr("a restart is needed"));

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// What a confirmed transaction has carried out: the numbers of changes, the failures, and whether a restart
-// is needed. The script reports these values; this class makes the texts for the user.
+// What a confirmed transaction has carried out: the numbers of changes, the failures, the number of marks
+// that are left out, and whether a restart is needed. The script reports these values; this class makes the
+// texts for the user.
 //
 // The worker writes the object while it holds the interpreter lock, and the graphical thread reads it
 // afterwards. It is a part of a TransactionState.
@@ -45,6 +46,7 @@ public:
     bool known = false; // the user has confirmed a transaction
     std::array<int, CountCount> counts{};
     QStringList failedScriptlets; // the names of their packages
+    int leftOut = 0;              // the number of marks that the package manager could not apply
     bool restartNeeded = false;
 };
 

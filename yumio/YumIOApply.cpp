@@ -186,9 +186,14 @@ bool YumIO::carryOut(const std::function<PyObject*()>& method)
         readOutcome();
         const QString changes = transaction.outcome.changes();
         const QString carriedOut = changes.isEmpty() ? QString() : tr("Carried out: %1.").arg(changes);
+        // The heading of a failure message must not deny the changes that the message names.
+        const QString what = changes.isEmpty() ? tr("apply changes")
+                             : transaction.outcome.counts[TransactionOutcome::Failed] != 0
+                                 ? tr("apply all changes")
+                                 : tr("complete the transaction");
         // No other exception needs a message here, because pyMethodCall() has already reported it.
-        if (stopRaised(result.get()) || commExceptRaised(result.get(), tr("apply changes"), carriedOut) ||
-            !result || result.get() == Py_False) {
+        if (stopRaised(result.get()) || commExceptRaised(result.get(), what, carriedOut) || !result ||
+            result.get() == Py_False) {
             transaction.txApplied = false; // keep the marks
         }
     }
@@ -224,6 +229,7 @@ void YumIO::readOutcome()
         }
     }
     readCounts(PyRef(attribute(yumIO.get(), "outcome")).get());
+    transaction.outcome.leftOut = transaction.leftOut.count();
     // Log why marks were left out, because the question that showed this text is closed now.
     const PyRef reasons(attribute(yumIO.get(), "leftOutReasons"));
     const QString text = reasons ? pyString(reasons.get()) : QString();

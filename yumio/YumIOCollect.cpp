@@ -328,7 +328,7 @@ PyObject* YumIO::goOnWithout(PyObject* capsule, PyObject* args)
             tr("The repository %1 cannot be read:\n%2\n\nGo on without it for this session?")
                 .arg(repository, firstLines(Log::withoutPasswords(fault)));
         answer = yumIO->dialogs->warning(tr("Repositories"), question, tr("Yes"), tr("No"),
-                                         others > 0 ? tr("Yes to &All") : QString(), No, No);
+                                         others > 0 ? tr("Yes to &All") : QString(), Yes, No);
     }
     if (answer == No) {
         Py_RETURN_FALSE;

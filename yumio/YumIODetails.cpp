@@ -129,6 +129,10 @@ QString YumIO::text(const Package::Entry& entry, Fields::Field field)
         return getFiles(entry);
     case Fields::Source::ChangeLog:
         return getChangeLog(entry);
+    case Fields::Source::VersionLock:
+        return versionLockState.isLocked(entry)
+                   ? tr("Locked by %1").arg(versionLockState.lines.value(entry.name))
+                   : QString();
     case Fields::Source::Members:
         return getGroupPkgs(entry, row.attribute);
     }

@@ -74,7 +74,8 @@ class OutcomeTest(JourneyTest):
                 window.mark_listed(name)
             window.accept(window.apply())
             dialog = self.read_dialog(window.program, 'VYRE Yum Error', 'The transaction failed for:\nbrokenlatch',
-                                      'The scriptlet of brokenlatch-1.0-1.noarch failed.')
+                                      'The scriptlet of brokenlatch-1.0-1.noarch failed.',
+                                      'Unable to apply all changes')
             self.assertTrue(dialog.text().startswith('Carried out: 1 installed, 1 updated.\n'), dialog.text())
             self.picture('failure-after-changes')
             self.close_dialog(window.program, dialog)

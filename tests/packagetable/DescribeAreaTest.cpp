@@ -37,6 +37,7 @@ private Q_SLOTS:
 
 void DescribeAreaTest::availablePackageShowsEveryField()
 {
+    table->standIn.setVersionLocks({{"it", "it-1:2-3.*"}});
     available({{"repoid", "base"},
                {"version", "2"},
                {"release", "3"},
@@ -67,6 +68,7 @@ void DescribeAreaTest::availablePackageShowsEveryField()
                {"enhances", QJsonArray{"enh"}},
                {"advisories", "A-1: one\nA-2: two"},
                {"modulestreams", "grove:1\ngrove:2"}});
+    table->standIn.removeVersionLocks();
     describe("it", [this](Dialog& shown) {
         const Package::Entry& entry = table->entry("it");
         QCOMPARE(areasOf(shown).count(), 1);
@@ -101,6 +103,7 @@ void DescribeAreaTest::availablePackageShowsEveryField()
                               "Enhances|enh",
                               "Advisories|A-1: one\nA-2: two",
                               "Module Streams|grove:1\ngrove:2",
+                              "Version Lock|Locked by it-1:2-3.*",
                               "Files|[Show]",
                               "Change Log|[Show]"}));
         // The comparison above does not notice a field without a value, because the window does not show such

@@ -51,6 +51,7 @@ private Q_SLOTS:
     void anExpressionMatchesTheStarAfterTheVersion();
     void theSearchMatchesEachField_data();
     void theSearchMatchesEachField();
+    void theSearchListsAllLockedPackages();
     void theSearchMatchesEachListOfAGroup_data();
     void theSearchMatchesEachListOfAGroup();
     void theSearchDoesNotMatchAcrossFields();
@@ -352,6 +353,19 @@ void SortFilterProxyModelTest::theSearchMatchesEachField()
     proxy->setMode(Search);
     QCOMPARE(listed(expression), QStringList{name});
     QCOMPARE(listed(expression + "s"), QStringList());
+}
+
+void SortFilterProxyModelTest::theSearchListsAllLockedPackages()
+{
+    table->standIn.setVersionLocks({{"shell", "shell-0:1-1.*"}, {"edit", "edit"}, {"Games", "Games"}});
+    table->collect({}, {StandIn::package("shell", {{"repoid", "@System"}})},
+                   {StandIn::package("edit"), StandIn::package("other", {{"summary", "shell, edit"}})},
+                   {StandIn::group("Games")});
+    table->standIn.removeVersionLocks();
+    model->reset();
+    proxy->setMode(Search);
+    QCOMPARE(listed("^Locked by "), (QStringList{"edit", "shell"}));
+    QCOMPARE(listed("^Locked by shell-0:1-1"), QStringList{"shell"});
 }
 
 void SortFilterProxyModelTest::theSearchMatchesEachListOfAGroup_data()

@@ -29,6 +29,8 @@ private Q_SLOTS:
     void marksOfUnlistedRecordsAreCounted();
     void markingTheListedUpdatesChangesTheCounts();
     void theDownloadSizeCountsOnlyNewPackages();
+    void lockedPackagesAreCountedEvenIfTheyAreNotListed();
+    void theLineSaysHowManySelectedRowsAreLocked();
     void aNewCollectionResetsTheCounts();
     void assistiveProgramsReadAStatusBar();
     void ifTheTableHasNoRecordsAllCountsAreZero();
@@ -47,6 +49,14 @@ private:
     void mark(const QString& name, Package::Action action)
     {
         shown->model.setAction(shown->model.index(table->row(name), ActionColumn), action);
+    }
+
+    // Reads the packages again, with these locks.
+    void lock(const QJsonObject& lines)
+    {
+        const Model::Hiding hiding(shown->model);
+        table->standIn.setVersionLocks(lines);
+        table->collectUsual();
     }
 
     std::unique_ptr<Table> table;
@@ -69,6 +79,7 @@ void TableStatusTest::init()
 void TableStatusTest::cleanup()
 {
     shown.reset();
+    table->standIn.removeVersionLocks();
 }
 
 void TableStatusTest::listedRowsAreCounted()
@@ -144,6 +155,40 @@ void TableStatusTest::theDownloadSizeCountsOnlyNewPackages()
     QVERIFY(shows("Listed: 2   Selected: 0   Marks: 0 Install, 1 Update, 1 Remove   To download: 3.0Mb"));
     mark("editor", Package::Install);
     QVERIFY(shows("Listed: 2   Selected: 0   Marks: 1 Install, 1 Update, 1 Remove   To download: 4.0Mb"));
+}
+
+void TableStatusTest::lockedPackagesAreCountedEvenIfTheyAreNotListed()
+{
+    lock({{"shell", "shell-0:1-1.*"},
+          {"kernel", "kernel-0:1-1.*"},
+          {"Games", "Games"},
+          {"unknown", "unknown"}});
+    shown->proxy.setStateFilter(ViewUpdatable);
+    QVERIFY(shows("Listed: 2   Selected: 0   No marks   Locked: 2"));
+    mark("tool", Package::Update);
+    QVERIFY(QTest::qWaitFor([this] {
+        const QString text = label()->wholeText();
+        return text.contains("1 Update") && text.endsWith("   Locked: 2");
+    }));
+    shown->model.clearActions();
+    lock({});
+    shown->proxy.setStateFilter(ViewUpdatable);
+    QVERIFY(shows("Listed: 2   Selected: 0   No marks"));
+}
+
+void TableStatusTest::theLineSaysHowManySelectedRowsAreLocked()
+{
+    lock({{"shell", "shell-0:1-1.*"}, {"kernel", "kernel-0:1-1.*"}});
+    shown->proxy.setStateFilter(ViewRemovable);
+    const QString listed = QString("Listed: %1   ").arg(shown->proxy.rowCount());
+    shown->select({"shell", "tool"});
+    QVERIFY(shows(listed + "Selected: 2   No marks   Locked: 2 (1 selected)"));
+    shown->select({"tool"});
+    QVERIFY(shows(listed + "Selected: 1   No marks   Locked: 2"));
+    // A filter that hides the rows also ends their selection.
+    shown->select({"shell"});
+    shown->proxy.setStateFilter(ViewUpdatable);
+    QVERIFY(shows("Listed: 2   Selected: 0   No marks   Locked: 2"));
 }
 
 void TableStatusTest::aNewCollectionResetsTheCounts()

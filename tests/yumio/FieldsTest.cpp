@@ -32,8 +32,8 @@ private Q_SLOTS:
             QString("Kind; Version; Repository; Architecture; Size; Summary; Description; Group; Vendor; "
                     "Build Time; Build Host; Install Time; Binary RPM; Source RPM; License; Packager; "
                     "URL; Relocations; Provides; Requires (pre); Requires; Conflicts; Obsoletes; "
-                    "Recommends; Suggests; Supplements; Enhances; Advisories; Module Streams; Files; Change "
-                    "Log"));
+                    "Recommends; Suggests; Supplements; Enhances; Advisories; Module Streams; Version Lock; "
+                    "Files; Change Log"));
     }
 
     void theShortDescriptionOfAnInstalledVersionHasItsFieldsInOrder()

@@ -28,6 +28,18 @@ private Q_SLOTS:
         QCOMPARE(names.size(), int(TransactionOutcome::CountCount));
     }
 
+    void marksThatAreLeftOutAreCounted()
+    {
+        TransactionOutcome outcome;
+        outcome.leftOut = 2;
+        QCOMPARE(outcome.text(), QString("Nothing was changed, 2 left out"));
+        outcome.counts[TransactionOutcome::Installed] = 3;
+        outcome.counts[TransactionOutcome::Failed] = 1;
+        outcome.restartNeeded = true;
+        QCOMPARE(outcome.text(), QString("3 installed, 1 failed, 2 left out; a restart is needed"));
+        QCOMPARE(outcome.changes(), QString("3 installed"));
+    }
+
     void outcomeIsDescribedInOneLine_data()
     {
         using O = TransactionOutcome;

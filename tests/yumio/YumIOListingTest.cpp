@@ -115,8 +115,10 @@ private Q_SLOTS:
         expected.insert(YumIO::EntryKey(false, "new", "x86_64"), Package::Remove);
         expected.insert(YumIO::EntryKey(true, "G", QString()), Package::Install);
         QVERIFY(yumIO().leftOutMarks() == expected);
+        QCOMPARE(yumIO().transactionOutcome().leftOut, 3);
         QVERIFY(!yumIO().apply());
         QVERIFY(yumIO().leftOutMarks().isEmpty());
+        QCOMPARE(yumIO().transactionOutcome().leftOut, 0);
     }
 
     void excludedVersionsAreNotRemoved()
