@@ -66,7 +66,7 @@ class AccessibilityTest(unittest.TestCase):
         """The role of the control with this accessible name."""
         return {accessible.name: accessible.getRole() for accessible in self.controls(window)}.get(name)
 
-    def test_controls_of_the_main_window_have_names_and_roles(self):
+    def test_controls_of_the_main_window_have_accessible_names_and_roles(self):
         self.check_names(self.main, 15)
         self.assertEqual(self.field(self.main, 'Regular expression'), pyatspi.ROLE_TEXT)
         self.assertEqual(self.field(self.main, 'Packages'), pyatspi.ROLE_TABLE)
@@ -76,7 +76,7 @@ class AccessibilityTest(unittest.TestCase):
         for number, words in ((0, 'Specify the method'), (1, 'Filter for those packages')):
             self.assertIn(words, self.main.combo(number).description)
 
-    def test_cells_with_icons_have_names(self):
+    def test_table_cells_that_show_only_an_icon_have_accessible_names(self):
         self.main.show_all(groups=True)
         self.main.wait_names(['tool', 'shell', 'editor', 'Games'])
         self.main.mark('editor')
@@ -88,7 +88,7 @@ class AccessibilityTest(unittest.TestCase):
         self.assertEqual(row('editor'), ['Install', 'Not Installed', 'Package'])
         self.assertEqual(row('Games')[2], 'Group')
 
-    def test_controls_of_the_log_have_names_and_roles(self):
+    def test_controls_of_the_log_window_have_accessible_names_and_roles(self):
         driver.key('ctrl+l')
         log = self.program.window('VYRE Log')
         log.wait_settled()
@@ -97,7 +97,7 @@ class AccessibilityTest(unittest.TestCase):
         self.assertEqual(self.field(log, 'Detail level'), pyatspi.ROLE_SPIN_BUTTON)
         self.assertEqual(self.field(log, 'Close'), pyatspi.ROLE_PUSH_BUTTON)
 
-    def test_editor_and_form_can_be_used_by_keyboard_and_screen_reader(self):
+    def test_repository_editor_and_its_form_are_usable_with_keyboard_and_screen_reader(self):
         driver.key('ctrl+e')
         editor = self.program.window('VYRE Repository Configuration Editor')
         editor.wait_settled()
@@ -108,7 +108,7 @@ class AccessibilityTest(unittest.TestCase):
         driver.key('Down', 'Home', 'space')
         wait_for(lambda: table.getAccessibleAt(0, 0).name != 'Yes' or table.getAccessibleAt(1, 0).name != 'No',
                  'the ticked box')
-        # While no repository is current, the buttons for a repository are disabled.
+        # No repository is current, so the buttons for the current repository are disabled.
         driver.key('Tab', 'Tab', 'space')
         form = self.program.window('VYRE Repository Configuration')
         form.wait_settled()

@@ -198,7 +198,7 @@ class AdministratorTest(unittest.TestCase):
                           'XDG_RUNTIME_DIR': self.system.runtime})
         self.quit()
 
-    def test_a_cookie_in_the_home_directory_is_found(self):
+    def test_display_cookies_in_the_home_directory_of_the_user_are_used(self):
         cookies = os.path.join(self.system.home, '.Xauthority')
         self.display.write_cookie(cookies, UID)
         self.start()
@@ -206,7 +206,7 @@ class AdministratorTest(unittest.TestCase):
         self.assertEqual(self.display.let_in(), [])
         self.quit()
 
-    def test_if_the_cookie_is_missing_root_may_use_the_display_only_while_vyre_runs(self):
+    def test_if_no_display_cookie_exists_root_may_use_the_display_only_while_vyre_runs(self):
         self.permit_user_without_cookie()
         # This cookie belongs to another display, so it is useless.
         run('xauth', '-q', '-f', self.system.home + '/.Xauthority', 'add', ':987', '.', COOKIE)
@@ -217,7 +217,7 @@ class AdministratorTest(unittest.TestCase):
         self.quit()
         self.assertEqual(self.display.let_in(), ['SI:localuser:mina'])
 
-    def test_an_earlier_permission_of_root_is_kept_after_vyre_ends(self):
+    def test_if_root_was_already_allowed_to_use_the_display_root_keeps_this_permission_when_vyre_ends(self):
         self.permit_user_without_cookie()
         self.display.xhost('+si:localuser:root')
         self.start()
@@ -225,7 +225,7 @@ class AdministratorTest(unittest.TestCase):
         self.quit()
         self.assertEqual(self.display.let_in(), ['SI:localuser:mina', 'SI:localuser:root'])
 
-    def test_the_end_of_the_session_removes_the_permission_but_does_not_end_vyre(self):
+    def test_when_the_session_ends_root_loses_access_to_the_display_but_vyre_keeps_running(self):
         self.permit_user_without_cookie()
         self.start()
         vyre = self.vyre()
@@ -248,7 +248,7 @@ class AdministratorTest(unittest.TestCase):
         self.assertEqual(self.ended()[0], 128 + signal.SIGTERM)
         self.assertEqual(self.display.let_in(), ['SI:localuser:mina'])
 
-    def test_inherited_settings_are_reset_for_root(self):
+    def test_vyre_inherits_no_signal_settings_and_limits_of_the_user(self):
         self.record_the_start_of_vyre()
         self.start('--keep-cwd', ADMIN, command=HOSTILE_PKEXEC, password=None, uid=TRUSTED_UID)
         self.assertEqual(self.end(), (0, ''))
@@ -274,13 +274,13 @@ class AdministratorTest(unittest.TestCase):
         self.assertEqual((given['directory'], given['status']['Umask']), ('/root', '0022'))
         self.assertEqual(len(given['descriptors']), 3)
 
-    def test_vyre_starts_despite_harmful_inherited_settings(self):
+    def test_vyre_starts_even_if_the_user_has_harmful_signal_settings_and_limits(self):
         self.start('--keep-cwd', ADMIN, command=HOSTILE_PKEXEC, password=None, uid=TRUSTED_UID,
                    XAUTHORITY=self.trusted_cookies())
         self.vyre()
         self.quit()
 
-    def test_vyre_does_not_start_if_a_limit_cannot_be_reset(self):
+    def test_vyre_does_not_start_if_a_resource_limit_of_the_user_cannot_be_reset(self):
         self.record_the_start_of_vyre()
         for option, name in (('--fsize=65536', 'the size of files'), ('--cpu=100', 'processor time'),
                              ('--as=2000000000', 'the address space'), ('--data=1000000000', 'the size of data'),
@@ -311,7 +311,7 @@ class AdministratorTest(unittest.TestCase):
         self.display.write_cookie(cookies, TRUSTED_UID)
         return cookies
 
-    def test_listed_options_are_accepted_in_all_their_spellings(self):
+    def test_every_spelling_of_a_known_option_is_passed_on_to_vyre(self):
         self.record_the_start_of_vyre()
         for words, expected in (
                 ([], []), (['--'], []), (['-r', '--repo-editor', '--rep'], ['--repo-editor'] * 3),
@@ -335,7 +335,7 @@ class AdministratorTest(unittest.TestCase):
                     self.assertEqual(self.end(), (0, ''))
                     self.assertEqual(self.system.record()['arguments'], expected)
 
-    def test_arguments_are_parsed_as_in_vyre(self):
+    def test_vyre_admin_and_vyre_parse_arguments_in_the_same_way(self):
         """Random arguments: vyre-admin either refuses them, or gives VYRE equivalent arguments that Qt does not
         interpret.
         """
@@ -374,7 +374,7 @@ class AdministratorTest(unittest.TestCase):
                 self.assertIsNone(None if '-style' in ' '.join(words) else arguments, words)
         self.assertGreater(taken, 500)
 
-    def test_unlisted_arguments_are_refused_before_the_authentication(self):
+    def test_unknown_options_are_refused_before_the_password_is_requested(self):
         self.permit_user_without_cookie()
         directory = self.system.plug_ins
         for words, refused in (
@@ -412,7 +412,7 @@ class AdministratorTest(unittest.TestCase):
                 self.assertEqual(self.end(), (1, message))
         self.assertEqual(self.system.marks(), [])
 
-    def test_a_missing_argument_is_reported_before_the_authentication(self):
+    def test_an_option_without_its_argument_is_refused_before_the_password_is_requested(self):
         self.permit_user_without_cookie()
         for word in ('-m', '-ge', '--regexp', '--sta', '-style'):
             with self.subTest(word):
@@ -420,7 +420,7 @@ class AdministratorTest(unittest.TestCase):
                 self.dismiss_message()
                 self.assertEqual(self.end(), (1, 'vyre-admin: the argument of {} is missing\n'.format(word)))
 
-    def test_no_library_of_the_user_is_loaded_as_root(self):
+    def test_vyre_runs_as_root_without_libraries_from_directories_of_the_user(self):
         directory = self.system.plug_ins
         client = self.display.client['env']
 
@@ -471,7 +471,7 @@ class AdministratorTest(unittest.TestCase):
 
     # Refusals
 
-    def test_a_wrong_password_starts_nothing(self):
+    def test_vyre_does_not_start_if_the_password_is_wrong(self):
         self.permit_user_without_cookie()
         self.start(password='weasel')
         self.dismiss_message()
@@ -482,7 +482,7 @@ class AdministratorTest(unittest.TestCase):
         self.assertEqual(self.display.windows('^VYRE - '), [])
         self.assertEqual(self.display.let_in(), ['SI:localuser:mina'])
 
-    def test_a_session_without_an_agent_shows_a_message(self):
+    def test_a_message_is_shown_if_the_session_has_no_authentication_agent(self):
         self.permit_user_without_cookie()
         self.start(password=None)
         self.dismiss_message()
@@ -490,7 +490,7 @@ class AdministratorTest(unittest.TestCase):
         self.assertEqual(status, 1)
         self.assertTrue(errors.endswith(NOT_LET), errors)
 
-    def test_a_dismissed_question_shows_no_message(self):
+    def test_no_message_is_shown_if_the_user_cancels_the_password_dialog(self):
         # The real pkexec has this exit status if the user presses Cancel in the agent of a desktop. The agent for
         # terminals has no such button.
         stand_in = os.path.join(self.system.scratch, 'dismissing')
@@ -500,7 +500,7 @@ class AdministratorTest(unittest.TestCase):
         self.start(password=None, PATH=stand_in + ':/usr/bin')
         self.assertEqual(self.ended(), (126, 'pkexec: dismissed\n'))
 
-    def test_one_message_is_shown_if_the_cookie_and_xhost_are_missing(self):
+    def test_one_message_is_shown_if_both_the_display_cookie_and_xhost_are_missing(self):
         programs = os.path.join(self.system.scratch, 'programs')
         os.mkdir(programs)
         os.symlink('/usr/bin/pkexec', programs + '/pkexec')
@@ -509,12 +509,12 @@ class AdministratorTest(unittest.TestCase):
         self.check_not_started('vyre-admin: root cannot be given access to the display {}: it has no cookie, and '
                                'xhost is missing\n'.format(self.display.name))
 
-    def test_one_message_is_shown_if_the_user_may_not_use_the_display(self):
+    def test_one_message_is_shown_if_the_user_has_no_access_to_the_display(self):
         self.start(password=None)
         self.check_not_started('vyre-admin: root cannot be given access to the display {}: it has no cookie, and '
                                'xhost has failed\n'.format(self.display.name))
 
-    def test_vyre_reports_a_missing_display(self):
+    def test_vyre_reports_a_display_that_no_server_provides(self):
         cookies = os.path.join(self.system.home, '.Xauthority')
         run('xauth', '-q', '-f', cookies, 'add', ':987654', '.', COOKIE)
         os.chown(cookies, UID, UID)
@@ -522,7 +522,7 @@ class AdministratorTest(unittest.TestCase):
         self.check_not_started('vyre: the X display :987654 cannot be opened: no server answers there, or it does not '
                                'let this user in\n')
 
-    def test_one_message_is_shown_if_the_display_is_missing(self):
+    def test_one_message_is_shown_if_no_display_is_named(self):
         self.start(password=None, unset=['DISPLAY'])
         self.check_not_started('vyre-admin: there is no X display: DISPLAY is not set\n')
 
@@ -532,14 +532,14 @@ class AdministratorTest(unittest.TestCase):
 
     # Without authentication
 
-    def test_help_needs_no_authentication(self):
+    def test_help_is_printed_without_a_password(self):
         self.display.write_cookie(self.system.home + '/.Xauthority', UID)
         self.start('--help', password=None)
         self.assertEqual(self.ended(), (1, ''))
         self.out.seek(0)
         self.assertTrue(self.out.read().startswith('usage: vyre [options...]\n'))
 
-    def test_root_needs_no_authentication(self):
+    def test_root_starts_vyre_without_a_password(self):
         done = run(ADMIN, '--state=x', env=dict(self.display.client['env'], VYRESHARE='/usr/share/vyre'), check=False)
         self.assertEqual(done.returncode, 1)
         self.assertEqual(done.stderr, 'vyre: unrecogized argument to -s/--state option: x\n')

@@ -72,7 +72,7 @@ class InstallTest(unittest.TestCase):
     def test_program_is_executable(self):
         self.assertTrue(os.access(self.place('usr/bin/vyre'), os.X_OK))
 
-    def test_the_share_directory_is_installed_without_its_drawings(self):
+    def test_the_share_directory_is_installed_without_the_source_drawings_of_its_icons(self):
         source = os.path.join(SOURCE, 'share')
         expected = set()
         for directory, _, names in os.walk(source):
@@ -95,7 +95,7 @@ class InstallTest(unittest.TestCase):
             if os.path.isfile(path):
                 self.assertTrue(os.access(path, os.X_OK), name)
 
-    def test_all_other_files_are_in_the_usual_places(self):
+    def test_files_outside_the_share_and_documentation_directories_have_the_usual_paths(self):
         installed = {path for path in self.files('.')
                      if not path.startswith((SHARE + '/', DOC + '/'))}
         self.assertEqual(installed, {
@@ -125,7 +125,7 @@ class InstallTest(unittest.TestCase):
     def test_desktop_entry_is_valid(self):
         self.check_silent('desktop-file-validate', '--no-hints', self.place(DESKTOP))
 
-    def test_desktop_entry_starts_an_installed_program(self):
+    def test_commands_and_icon_of_the_desktop_entry_are_installed(self):
         entry = configparser.ConfigParser(interpolation=None)
         entry.optionxform = str
         entry.read(self.place(DESKTOP))
@@ -157,7 +157,7 @@ class InstallTest(unittest.TestCase):
     def test_policy_is_valid(self):
         self.check_silent('xmllint', '--noout', '--nonet', '--dtdvalid', POLICY_DTD, self.place(POLICY))
 
-    def test_policy_permits_vyre_admin_to_administrators_and_gives_it_the_display(self):
+    def test_policy_demands_an_administrator_password_for_vyre_admin_and_passes_the_display_on(self):
         action, = ElementTree.parse(self.place(POLICY)).getroot().findall('action')
         notes = {note.get('key'): note.text for note in action.findall('annotate')}
         path = notes['org.freedesktop.policykit.exec.path']
@@ -174,14 +174,14 @@ class InstallTest(unittest.TestCase):
             self.assertEqual((done.returncode, done.stderr), (0, ''), name)
             self.assertIn(name[:-2].upper() + '(8)', done.stdout)
 
-    def test_licence_file_contains_the_named_licence(self):
+    def test_licence_file_contains_the_licence_that_metainfo_and_readme_name(self):
         self.assertTrue(self.read(LICENSE).lstrip().startswith('GNU GENERAL PUBLIC LICENSE'))
         self.assertIn('Version 2, June 1991', self.read(LICENSE))
         self.assertIn('either version 2 of the License, or', self.read(LICENSE))
         self.assertIn('<project_license>GPL-2.0-or-later</project_license>', self.read(METAINFO))
         self.assertIn('GPL-2.0-or-later', self.read(DOC, 'README.md'))
 
-    def test_all_files_name_the_same_version(self):
+    def test_build_change_log_and_metainfo_name_the_same_version(self):
         with open(os.path.join(SOURCE, 'CMakeLists.txt')) as stream:
             version = re.search(r'^project\(vyre VERSION (\S+)', stream.read(), re.MULTILINE).group(1)
         change, date = re.search(r'^## (\S+) - (\S+)$', self.read(DOC, 'CHANGELOG.md'), re.MULTILINE).groups()

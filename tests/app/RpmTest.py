@@ -41,7 +41,7 @@ class RpmTest(unittest.TestCase):
     def requirements(self):
         return {line for line in self.query('--requires') if not line.startswith('rpmlib(')}
 
-    def test_the_command_makes_one_package_and_prints_its_path(self):
+    def test_build_rpm_makes_one_package_and_prints_its_path(self):
         with open(os.path.join(SOURCE, 'CMakeLists.txt')) as stream:
             version = re.search(r'^project\(vyre VERSION (\S+)', stream.read(), re.MULTILINE).group(1)
         architecture = run('rpm', '--eval', '%_target_cpu').strip()
@@ -50,7 +50,7 @@ class RpmTest(unittest.TestCase):
         self.assertEqual(self.query('--queryformat', '%{NAME} %{VERSION} %{RELEASE} %{LICENSE} %{URL}'),
                          ['vyre {} 1 GPL-2.0-or-later https://vyre.example/'.format(version)])
 
-    def test_the_package_contains_the_installed_files(self):
+    def test_the_package_contains_the_files_that_cmake_installs(self):
         installed = {'/' + os.path.relpath(os.path.join(directory, name), self.stage)
                      for directory, _, names in os.walk(self.stage) for name in names}
         # rpmbuild compresses the manual pages, and adds a link for the build identifier of each program.
@@ -59,7 +59,7 @@ class RpmTest(unittest.TestCase):
         packed = {re.sub(r'(/man8/.*)\.gz$', r'\1', path) for path in packed if '/.build-id/' not in path}
         self.assertEqual(packed, installed)
 
-    def test_all_files_belong_to_root_and_have_no_privileges(self):
+    def test_all_packaged_files_belong_to_root_and_none_is_setuid_or_setgid(self):
         owners = set(self.query('--queryformat', '[%{FILEUSERNAME}:%{FILEGROUPNAME}\n]'))
         self.assertEqual(owners, {'root:root'})
         for line in self.query('--queryformat', '[%{FILEMODES:octal} %{FILENAMES}\n]'):
@@ -67,24 +67,24 @@ class RpmTest(unittest.TestCase):
             if not mode.startswith('12'):  # rpm reports all permissions for a link, but they have no effect
                 self.assertEqual(int(mode, 8) & 0o6022, 0, line)
 
-    def test_licence_and_documentation_are_marked(self):
+    def test_the_package_marks_its_licence_and_documentation_files(self):
         self.assertEqual(self.query('--licensefiles'), ['/usr/share/licenses/vyre/LICENSE'])
         self.assertLessEqual({'/usr/share/doc/vyre/README.md', '/usr/share/doc/vyre/CHANGELOG.md',
                               '/usr/share/man/man8/vyre-admin.8.gz'}, set(self.query('--docfiles')))
 
-    def test_the_package_requires_the_packages_that_rpm_does_not_detect(self):
+    def test_the_package_requires_the_programs_and_modules_that_rpm_does_not_detect(self):
         named = {line for line in self.requirements() if '.so' not in line and not line.startswith('rtld(')}
         self.assertEqual(named, {'/usr/bin/python3', '/usr/bin/xhost', 'hicolor-icon-theme', 'polkit', 'python3-dnf',
                                  'python3-rpm'})
         self.assertEqual(sorted(self.query('--recommends')), ['qt5-qttranslations', 'xdg-utils'])
 
-    def test_the_package_requires_the_libraries_of_the_program(self):
+    def test_the_package_requires_the_libraries_that_the_program_links(self):
         linked = set(re.findall(r'NEEDED +(\S+)', run('objdump', '-p', os.path.join(self.stage, 'usr/bin/vyre'))))
         self.assertLessEqual({'libQt5Widgets.so.5', 'libarchive.so.13', 'libexpat.so.1'}, linked)
         needed = {line.split('(')[0] for line in self.requirements() if '.so' in line}
         self.assertEqual(needed, linked)
 
-    def test_desktops_find_the_program(self):
+    def test_the_package_provides_its_desktop_entry_and_metainfo(self):
         provided = self.query('--provides')
         for text in ('application(example.vyre.Vyre.desktop)', 'metainfo(example.vyre.Vyre.metainfo.xml)'):
             self.assertIn(text, provided)
@@ -106,7 +106,7 @@ class RpmTest(unittest.TestCase):
         self.assertRegex(done.stdout, r'1 packages and 1 specfiles checked; 0 errors')
         self.assertEqual([line for line in done.stdout.splitlines() if ': W: ' in line], [])
 
-    def test_invalid_releases_and_folders_are_refused(self):
+    def test_build_rpm_refuses_invalid_releases_directories_and_arguments(self):
         for arguments in (['-r', '1 2'], ['-r', ''], ['-r', '%(touch x)'], ['-B', '/nowhere'], ['-x'], ['a', 'b']):
             done = subprocess.run([TOOL] + arguments, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd=self.top)
             self.assertNotEqual(done.returncode, 0, arguments)

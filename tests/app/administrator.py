@@ -56,7 +56,7 @@ with open({path!r}, 'w') as stream:
 # pkexec refuses to run if its parent is process 1, so a shell is its parent here.
 PKEXEC = ('/bin/sh', '-c', '"$0" "$@"; exit $?', '/usr/bin/pkexec')
 
-# Which limits root can reset: a container may not allow root to raise hard limits.
+# The limits that root can reset: in a container, root may not be allowed to raise hard limits.
 with open('/proc/self/status') as status_file:
     LIMITS = 'hard' if int(re.search('^CapEff:\t(.*)', status_file.read(), re.MULTILINE).group(1), 16) >> 24 & 1 else \
         'soft'
@@ -155,7 +155,7 @@ class System:
         write('/etc/polkit-1/rules.d/00-test.rules', RULE)
         os.chmod('/etc/polkit-1/rules.d', 0o755)
         self.recorded = os.path.join(self.directory('record', 0), 'record')
-        # VYRE finds neither installed nor available packages here.
+        # The repositories and the package database are empty, so VYRE finds no packages.
         repository = self.directory('repository', 0)
         run('createrepo_c', repository)
         write('/etc/yum.conf', '[main]\nplugins=0\nreposdir={}\n'.format(repository))
@@ -177,7 +177,7 @@ class System:
             threading.Thread(target=self.serve_helper, args=[socket.socket(socket.AF_UNIX)], daemon=True).start()
 
     def serve_helper(self, server):
-        """Start the process that checks the password, once per connection. In newer versions of polkit, systemd starts
+        """Start the process that checks the password, once per connection. In some versions of polkit, systemd starts
         this process instead of the agent, but this system has no systemd.
         """
         os.makedirs('/run/polkit', exist_ok=True)

@@ -50,7 +50,7 @@ class TryOnTest(unittest.TestCase):
         with open(os.path.join(self.tools, 'debootstrap.calls')) as stream:
             return stream.read().splitlines()
 
-    def test_a_tree_is_made_once_and_runs_commands_in_its_own_name_spaces(self):
+    def test_a_debian_tree_is_made_once_and_commands_run_in_it_in_separate_name_spaces(self):
         done = self.run_tool('pwd; stat -c %a /root; cat /etc/made-by-try-on; unshare -U -r true && echo name spaces')
         self.assertEqual((done.stdout, done.returncode), ('/root/vyre\n700\nsid\nname spaces\n', 0), done.stderr)
         done = self.run_tool('exit 5')
@@ -61,7 +61,7 @@ class TryOnTest(unittest.TestCase):
         for name in ('proc', 'sys', 'run'):
             self.assertEqual(os.listdir(os.path.join(self.tree, name)), [])
 
-    def test_an_incomplete_copy_of_debian_is_made_again(self):
+    def test_a_debian_tree_whose_creation_failed_is_made_again(self):
         fails = os.path.join(self.tools, 'debootstrap.fails')
         with open(fails, 'w'):
             pass
@@ -72,7 +72,7 @@ class TryOnTest(unittest.TestCase):
         self.assertEqual(done.returncode, 0, done.stderr)
         self.assertEqual(len(self.calls()), 2)
 
-    def test_a_directory_of_another_origin_is_not_changed(self):
+    def test_a_directory_that_try_on_has_not_made_is_not_changed(self):
         os.mkdir(self.tree)
         os.chmod(self.tree, 0o755)
         with open(os.path.join(self.tree, 'letter'), 'w'):
@@ -83,13 +83,13 @@ class TryOnTest(unittest.TestCase):
         self.assertEqual(os.listdir(self.tree), ['letter'])
         self.assertEqual(stat.S_IMODE(os.stat(self.tree).st_mode), 0o755)
 
-    def test_a_tree_of_another_suite_is_not_used(self):
+    def test_a_debian_tree_of_another_suite_is_refused(self):
         self.assertEqual(self.run_tool('true').returncode, 0)
         done = self.run_tool('true', suite='trixie')
         self.assertEqual((done.returncode, done.stderr),
                          (1, 'try-on: {} is not a complete tree of trixie made by try-on\n'.format(self.tree)))
 
-    def test_the_suite_must_be_a_name(self):
+    def test_a_suite_that_is_no_plain_name_is_refused(self):
         for suite in ('../sid', '-x', '', 'SID'):
             done = self.run_tool('true', suite=suite)
             self.assertEqual(done.returncode, 1, suite)

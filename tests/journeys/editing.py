@@ -54,7 +54,8 @@ class Editor(driver.Window):
     def toggle(self, identifier, column):
         before = self.is_on(identifier, column)
         x, y = driver.place(self.cell(identifier, column))
-        # At a new place, the second of two quick clicks is not part of a double click.
+        # Successive clicks go to different places, because the program would take two quick clicks at one place for a
+        # double click.
         self._clicks += 1
         driver.click_at(x + (-8, 8)[self._clicks % 2], y)
         self.wait_on(not before, identifier, column)
@@ -180,7 +181,7 @@ class EditingTest(JourneyTest):
         return Editor(window.program)
 
     def check_listed(self, window, names, expression='^(abacus-cli|hedgerow|hidden-gem|pergola) '):
-        """Check that the window lists exactly these packages, of those in USUAL and "hidden-gem"."""
+        """Check that, of the packages in USUAL and "hidden-gem", the window lists exactly these."""
         window.wait_ready()
         window.set_filter(expression)
         window.wait_names(names)

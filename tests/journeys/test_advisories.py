@@ -68,7 +68,7 @@ class AdvisoriesTest(JourneyTest):
             driver.key('Escape')
             window.program.no_window('VYRE Advisories')
 
-    def test_the_updates_of_one_advisory_are_marked_with_keys_alone(self):
+    def test_the_keyboard_alone_can_mark_the_updates_of_one_advisory(self):
         with self.opened() as window:
             dialog = self.open(window)
             driver.key('alt+f')
@@ -81,7 +81,7 @@ class AdvisoriesTest(JourneyTest):
             window.wait_action('none', 'abacus-cli')
         self.check_unchanged()
 
-    def test_search_finds_packages_by_their_advisories(self):
+    def test_search_for_an_advisory_lists_its_packages(self):
         with self.opened() as window:
             window.choose(0, 'Search')
             window.wait_ready()

@@ -39,7 +39,7 @@ class ApplyTest(JourneyTest):
                                             'cinder-backup': 'sandbox-http'})
             self.assertEqual([window.action(name) for name in window.names()], ['none'] * 4)
 
-    def test_log_has_the_transaction_and_the_output_of_scriptlets(self):
+    def test_log_contains_the_transaction_and_the_scriptlet_output(self):
         with self.opened() as window:
             window.mark_listed('chatterbox')
             self.carry_out(window)
@@ -82,7 +82,7 @@ class ApplyTest(JourneyTest):
             self.check_changed(gone=['birch-log-3.0-1.x86_64'])
             self.assertEqual([path for path in self.sandbox.server.paths() if path.endswith('.rpm')], [])
 
-    def test_second_transaction_can_follow_the_first(self):
+    def test_second_transaction_works_after_the_first(self):
         with self.opened() as window:
             window.mark_listed('pergola')
             self.carry_out(window)
@@ -96,7 +96,7 @@ class ApplyTest(JourneyTest):
             self.carry_out(window)
             self.check_changed(new=['barometer-1.1-2.x86_64'], gone=['barometer-1.0-1.x86_64'])
 
-    def test_suite_installs_its_members(self):
+    def test_installation_of_a_suite_installs_its_members(self):
         with self.opened() as window:
             window.mark_listed('vyre-office-suite')
             dialog = window.apply()
@@ -118,7 +118,7 @@ class ApplyTest(JourneyTest):
             self.check_changed(new=['vyre-network-suite-1.1-1.noarch', 'nettle-scan-7.9-1.x86_64'],
                                gone=['vyre-network-suite-1.0-1.noarch'])
 
-    def test_weak_dependencies_are_installed(self):
+    def test_installation_also_installs_weak_dependencies(self):
         with self.opened() as window:
             window.mark_listed('orchard')
             dialog = window.apply()
@@ -171,7 +171,7 @@ class ConfiguredTest(JourneyTest):
             window.wait_action('update', 'quillbase')
         self.check_unchanged()
 
-    def test_test_transaction_changes_nothing(self):
+    def test_transaction_changes_nothing_if_tsflags_contains_test(self):
         self.configure('tsflags=test')
         with self.opened() as window:
             window.mark_listed('pergola')

@@ -20,7 +20,7 @@ class RepositoriesTest(StartTest):
         return self.write('etc/yum.repos.d/{}.repo'.format(name), '[{}]\nname={}\nenabled=1\n{}'.format(
             name, name, ''.join('{}={}\n'.format(*option) for option in options.items())))
 
-    def test_missing_repositories_are_reported(self):
+    def test_a_system_without_configured_repositories_is_reported(self):
         directory = self.path('etc/yum.repos.d')
         shutil.rmtree(directory)
         os.mkdir(directory)
@@ -98,7 +98,7 @@ class RepositoriesTest(StartTest):
             self.assertEqual(found - {'@System', ''}, set(repositories))
             self.quit(window)
 
-    def test_patterns_select_the_repositories(self):
+    def test_patterns_on_the_command_line_enable_and_disable_repositories(self):
         usual = ['sandbox-http', 'sandbox-updates', 'sandbox-signed', 'sandbox-file']
         for arguments, repositories in (
                 ([], usual),
@@ -152,7 +152,7 @@ class MetadataTest(StartTest):
         name, = [name for name in os.listdir(directory) if 'primary.xml' in name]
         self.check_fault('/sandbox-http/repodata/' + name, server.corrupted(), "checksum doesn't match")
 
-    def test_directory_without_metadata_is_reported(self):
+    def test_local_repository_without_metadata_is_reported(self):
         directory = os.path.join(self.sandbox.repository('sandbox-file'), 'repodata')
         os.rename(directory, directory + '.away')
         self.check_fails(lambda: os.rename(directory + '.away', directory), 'sandbox-file', "repo 'sandbox-file'")

@@ -116,7 +116,7 @@ class ClosingTest(JourneyTest):
         self.wait_waiting(window, lock)
         return lock
 
-    def test_closing_ends_the_wait_of_clean_all_for_the_metadata_lock(self):
+    def test_closing_ends_the_wait_for_the_metadata_lock_during_clean_all(self):
         with self.program() as program:
             window = program.ready()
             before = self.cached()
@@ -126,7 +126,7 @@ class ClosingTest(JourneyTest):
             self.check_closed_while_waiting(program, lock)
         self.assertEqual(self.cached(), before)
 
-    def test_the_cache_is_cleaned_when_the_lock_is_released(self):
+    def test_cache_cleaning_waits_until_another_process_releases_the_lock(self):
         with self.program() as program:
             window = program.ready()
             old = os.path.join(self.sandbox.root, 'var/cache/yum/sandbox-http-0123456789abcdef/packages/old.rpm')
@@ -139,7 +139,7 @@ class ClosingTest(JourneyTest):
             self.assertFalse(os.path.exists(old))
             self.close(window)
 
-    def test_the_program_continues_when_the_lock_is_released(self):
+    def test_collection_waits_until_another_process_releases_the_lock(self):
         lock = self.cache_lock('metadata')
         with self.program() as program:
             window = program.main()
@@ -171,7 +171,7 @@ class ClosingTest(JourneyTest):
             self.assertEqual(self.locks(), [])
             self.check_unchanged()
 
-    def test_closing_is_possible_with_marked_packages(self):
+    def test_main_window_can_be_closed_while_packages_are_marked(self):
         with self.program() as program:
             window = program.ready()
             window.show_all()

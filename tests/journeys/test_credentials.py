@@ -107,7 +107,7 @@ class CredentialsTest(EditingTest):
         return window
 
 
-class AskedTest(CredentialsTest):
+class CredentialsDialogTest(CredentialsTest):
 
     def test_credentials_are_asked_for_and_saved(self):
         self.configure(identifiers=['one'])
@@ -163,7 +163,7 @@ class AskedTest(CredentialsTest):
             self.quit(program.ready())
         self.check_reached('one')
 
-    def test_credentials_are_applied_to_all_repositories(self):
+    def test_apply_to_all_uses_the_credentials_for_all_repositories(self):
         self.configure()
         with self.program() as program:
             self.answer(program, 'one', 'Apply to All')
@@ -171,7 +171,7 @@ class AskedTest(CredentialsTest):
         self.check_reached('one', 'two', 'three')
         self.check_file('one', 'two', 'three')
 
-    def test_credentials_are_applied_to_one_host(self):
+    def test_apply_to_all_with_this_host_uses_the_credentials_only_for_this_host(self):
         self.configure()
         with self.program() as program:
             self.answer(program, 'one', 'Apply to All with this Host')
@@ -193,13 +193,13 @@ class AskedTest(CredentialsTest):
             self.quit(window)
         self.assertEqual({request[2:] for request in self.server.requests}, {(NAME, PASSWORD, 200), ('', '', 403)})
 
-    def test_escape_skips_a_repository(self):
+    def test_escape_skips_the_repository_in_question(self):
         self.check_skipped(lambda: driver.key('Escape'))
 
-    def test_closing_the_dialog_skips_a_repository(self):
+    def test_closing_the_dialog_skips_the_repository_in_question(self):
         self.check_skipped(lambda: driver.key('alt+F4'))
 
-    def test_skip_all_changes_nothing(self):
+    def test_skip_all_saves_no_credentials(self):
         self.configure()
         with self.program() as program:
             self.question_about(program, 'one').click_button('Skip All')
@@ -208,7 +208,7 @@ class AskedTest(CredentialsTest):
             self.check_file()
             self.quit(window)
 
-    def test_skipped_credentials_are_asked_for_again_after_a_transaction(self):
+    def test_after_a_transaction_the_program_asks_again_for_skipped_credentials(self):
         self.configure()
         with self.program() as program:
             self.question_about(program, 'one').click_button('Skip All')
@@ -220,7 +220,7 @@ class AskedTest(CredentialsTest):
         self.check_file()
         self.check_changed(new=['pergola-6.1-1.x86_64'])
 
-    def test_repositories_can_be_disabled_for_the_session(self):
+    def test_disable_for_session_disables_the_repository_in_question(self):
         self.configure()
         with self.program() as program:
             self.question_about(program, 'one').click_button('Disable for Session')
@@ -242,7 +242,7 @@ class AskedTest(CredentialsTest):
             self.check_file('one', 'two')
             self.quit(window)
 
-    def test_quit_changes_nothing(self):
+    def test_quit_ends_the_program_and_saves_no_credentials(self):
         self.configure()
         with self.program() as program:
             self.question_about(program, 'one').click_button('Quit')
@@ -251,7 +251,7 @@ class AskedTest(CredentialsTest):
         self.assertEqual(self.server.requests, [])
         self.check_unchanged()
 
-    def test_quit_keeps_credentials_that_the_user_has_entered_before(self):
+    def test_quit_keeps_the_credentials_already_entered_for_other_repositories(self):
         self.configure()
         with self.program() as program:
             self.answer(program, 'one', 'OK')
@@ -260,14 +260,14 @@ class AskedTest(CredentialsTest):
         self.check_file('one')
         self.assertEqual(self.server.requests, [])
 
-    def test_no_credentials_are_asked_for_unused_repositories(self):
+    def test_program_asks_for_no_credentials_of_disabled_repositories(self):
         self.configure()
         with self.program('--disablerepo=t*', '--disablerepo=one') as program:
             self.quit(program.ready())
         self.check_file()
         self.assertEqual(self.server.requests, [])
 
-    def test_credentials_are_asked_for_after_the_editor_at_the_start(self):
+    def test_with_option_r_the_program_asks_for_credentials_after_the_editor_closes(self):
         self.configure()
         with self.program('-r') as program:
             editor = Editor(program)
@@ -279,9 +279,9 @@ class AskedTest(CredentialsTest):
         self.check_file('one', 'three')
 
 
-class WrongTest(CredentialsTest):
+class WrongPasswordTest(CredentialsTest):
 
-    def test_message_about_a_wrong_password_does_not_show_the_password(self):
+    def test_error_message_does_not_show_the_wrong_password(self):
         self.server.users = {NAME: 'another one'}
         # Without the skip_if_unavailable option, dnf must report that the repository cannot be read.
         self.write_repo('vantor.repo', '[one]\nbaseurl={}\ngpgcheck=0\n'.format(self.url('one')))

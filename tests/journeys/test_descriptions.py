@@ -97,7 +97,7 @@ class ContentTest(DescriptionTest):
             window.program.no_window(files.title)
             self.close_description(window, dialog)
 
-    def test_menu_describes_each_installed_version(self):
+    def test_cell_menu_describes_each_installed_version_of_a_package(self):
         with self.opened() as window:
             window.set_filter('^kernel ')
             window.wait_names(['kernel'])
@@ -148,7 +148,7 @@ class ContentTest(DescriptionTest):
                              Requires='hedgerow\norrery\npebble-go')
             self.close_description(window, dialog)
 
-    def test_markup_is_shown_as_plain_text(self):
+    def test_markup_in_package_texts_is_shown_as_plain_text(self):
         with self.opened() as window:
             dialog = self.describe(window, 'tagsoup')
             self.check_pairs(
@@ -192,7 +192,7 @@ class ContentTest(DescriptionTest):
             return True
         wait_for(look, 'the copied text', 20)
 
-    def test_long_value_is_selected_and_copied(self):
+    def test_long_field_value_can_be_selected_and_copied(self):
         with self.opened() as window:
             dialog = self.describe(window, 'longwinded')
             label = next(label for label in dialog.find_all(driver.pyatspi.ROLE_LABEL)
@@ -222,7 +222,7 @@ class ContentTest(DescriptionTest):
 
     # Closing
 
-    def test_every_way_to_close_the_dialog_works(self):
+    def test_every_way_to_close_the_description_works(self):
         with self.opened() as window:
             for name, close in (('orchard', lambda dialog: dialog.click_button('Close')),
                                 ('gallivant', lambda dialog: dialog.press('Escape')),
@@ -275,7 +275,7 @@ class BrowsingTest(DescriptionTest):
                 found.append(path)
         return found
 
-    def test_table_and_description_open_the_page_of_a_repository(self):
+    def test_table_and_description_open_the_url_of_a_repository_in_the_browser(self):
         url = self.sandbox.server.url + '/sandbox-http/'
         with self.program(environment=self.environment) as program:
             window = program.ready()
@@ -295,7 +295,7 @@ class BrowsingTest(DescriptionTest):
             self.close_description(window, dialog)
             self.quit(window)
 
-    def test_editor_opens_the_page_of_a_repository(self):
+    def test_repository_editor_opens_the_url_of_a_repository_in_the_browser(self):
         self.write_repo('pages.repo',
                         '[a-several]\nbaseurl=http://127.0.0.1:9/$releasever/$basearch/$arch/\n  http://127.0.0.1:9/b\n'
                         'enabled=0\n\n[b-mirrors]\nmirrorlist=http://127.0.0.1:9/list?a=b&c=d\nenabled=0\n\n'

@@ -98,7 +98,7 @@ class DisplayTest(JourneyTest):
             self.lose(program)
             self.check_nothing_done(program)
 
-    def test_losing_the_display_while_the_listing_is_shown_changes_nothing(self):
+    def test_losing_the_display_while_the_listing_is_shown_cancels_the_transaction(self):
         with self.started() as program:
             self.mark_and_apply(program, 'pergola')
             self.lose(program)
@@ -144,7 +144,7 @@ class DisplayTest(JourneyTest):
         output = self.check_transaction_completes(self.lose, 'lastword', 'lastword-1.0-1.noarch', ())
         self.assertIn('vyre: lastword: end', output)
 
-    def test_cutting_the_connection_does_not_interrupt_a_transaction(self):
+    def test_cutting_the_display_connection_does_not_interrupt_a_transaction(self):
         def cut(program):
             driver.kill_window(program, driver.main_title())
         self.check_transaction_completes(cut)

@@ -12,7 +12,7 @@ PERGOLA = '/sandbox-http/pergola-6.1-1.x86_64.rpm'
 
 class DownloadTest(JourneyTest):
 
-    def test_package_in_the_cache_is_not_downloaded_again(self):
+    def test_cached_package_is_not_downloaded_again(self):
         with open(os.path.join(self.sandbox.root, 'etc/yum.conf'), 'a') as configuration:
             configuration.write('keepcache=1\n')
         size = '{:.1f}Kb'.format(os.path.getsize(self.sandbox.directory + '/http' + PERGOLA) / 1024)
@@ -40,7 +40,7 @@ class DownloadTest(JourneyTest):
             self.carry_out(window, dialog)
             self.check_changed(new=['hedgerow-4.0-1.noarch'])
 
-    def test_each_of_several_simultaneous_downloads_has_its_own_bar(self):
+    def test_each_of_several_simultaneous_downloads_has_its_own_progress_bar(self):
         names = ['tilepack-{}'.format(number) for number in range(1, 9)]
         held = [Gate() for _ in names]
         for name, gate in zip(names, held):
@@ -115,7 +115,7 @@ class FailureTest(JourneyTest):
     def test_package_with_a_wrong_checksum_is_reported(self):
         self.check_refused(server.corrupted(), 'checksum', picture='wrong-bytes')
 
-    def test_second_package_that_the_server_lacks_is_reported(self):
+    def test_if_the_server_lacks_only_a_dependency_of_the_package_this_is_reported(self):
         self.sandbox.server.faults['/sandbox-http/libtwig-1.0-1.x86_64.rpm'] = server.status(404)
         with self.opened() as window:
             window.mark_listed('libbough')
@@ -124,7 +124,7 @@ class FailureTest(JourneyTest):
             self.check_usable(window)
             self.check_unchanged()
 
-    def test_server_that_stops_before_the_download_is_reported(self):
+    def test_unreachable_server_is_reported_if_it_stops_before_the_download(self):
         with self.opened() as window:
             window.mark_listed('pergola')
             dialog = window.apply()
@@ -141,7 +141,7 @@ class FailureTest(JourneyTest):
             self.carry_out(window)
             self.check_changed(new=['pergola-6.1-1.x86_64'])
 
-    def test_server_that_stops_during_the_download_is_reported(self):
+    def test_unreachable_server_is_reported_if_it_stops_during_the_download(self):
         gate = Gate()
         self.sandbox.server.faults[PERGOLA] = gate
         with self.opened() as window:

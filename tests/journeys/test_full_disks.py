@@ -19,22 +19,22 @@ class DiskTest(StartTest):
             self.read_log(window)
             self.quit(window)
 
-    def test_read_only_root_is_reported(self):
+    def test_read_only_managed_root_is_reported(self):
         with self.wrapped('mount --bind "$VYREROOT" "$VYREROOT"; mount -o remount,bind,ro "$VYREROOT"'):
             self.check_no_lock('Read-only file system')
 
-    def test_unwritable_directory_of_the_lock_is_reported(self):
+    def test_lock_directory_without_write_permission_is_reported(self):
         directory = os.path.dirname(self.path(DATABASE_LOCK))
         os.chmod(directory, 0o555)
         with self.unprivileged():
             self.check_no_lock('Permission denied', directory)
 
-    def test_full_directory_of_the_lock_is_reported(self):
+    def test_full_disk_under_the_lock_directory_is_reported(self):
         directory = os.path.dirname(self.path(DATABASE_LOCK))
         with self.wrapped('mount -t tmpfs -o size=4k none {0}; printf x > {0}/fill'.format(directory)):
             self.check_no_lock('No space left on device')
 
-    def test_full_cache_is_reported(self):
+    def test_full_disk_under_the_cache_directory_is_reported(self):
         directory = os.path.dirname(self.path('var/cache/yum/x'))
         with self.wrapped('mount -t tmpfs -o size=16k none ' + directory):
             with self.program() as program:
@@ -42,13 +42,13 @@ class DiskTest(StartTest):
                 self.message(program, YUM_ERROR, 'Failed to download metadata', '\nUnable to initialize')
                 window = program.ready()
                 self.check_nothing_listed(window)
-                # With more space in the cache, a refresh succeeds.
+                # After the cache directory gets more space, a refresh succeeds.
                 subprocess.run(['nsenter', '--mount', '--root', '--target', str(program.process.pid), 'mount', '-o',
                                 'remount,size=64m', directory], check=True)
                 self.check_refresh_helps(window)
                 self.quit(window)
 
-    def test_full_directory_of_the_log_files_does_not_prevent_the_start(self):
+    def test_program_starts_if_the_disk_under_the_log_directory_is_full(self):
         directory = os.path.dirname(self.path('var/log/x'))
         with self.wrapped('mount -t tmpfs -o size=4k none {0}; printf x > {0}/fill'.format(directory)):
             with self.program() as program:
@@ -56,7 +56,7 @@ class DiskTest(StartTest):
                 self.check_usable(window)
                 self.quit(window)
 
-    def test_missing_root_is_reported(self):
+    def test_missing_managed_root_is_reported(self):
         """The user has probably mistyped the path, so the program does not create the directory."""
         root = os.path.join(self.scratch, 'nothing')
         with self.program(environment={'VYREROOT': root}) as program:

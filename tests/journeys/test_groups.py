@@ -9,7 +9,9 @@ from vyresandbox import needs_groups
 class GroupsTest(JourneyTest):
 
     def check_view(self, window, view, name, listed):
-        """Select a view in the filter row, and check whether it lists the group. listed: whether it should."""
+        """Select a view in the filter row, and check whether it lists the group. listed: whether the view should list
+        the group.
+        """
         window.choose(1, view)
         window.set_filter('^' + name + '$')
         window.wait_names([name] if listed else [])
@@ -63,7 +65,7 @@ class GroupsTest(JourneyTest):
             self.check_view(window, 'View Updatable', 'Weaving', False)
 
     @needs_groups
-    def test_conditional_package_is_installed_if_the_required_package_is_installed(self):
+    def test_conditional_member_is_installed_with_the_group_if_the_package_that_it_depends_on_is_installed(self):
         with self.opened('--groups') as window:
             # The name should be "Office & ...", but libcomps has removed a blank from it.
             window.set_filter('^Office &')
@@ -77,7 +79,7 @@ class GroupsTest(JourneyTest):
                                     'scribe-lexicon-1.0-1.noarch'])
 
     @needs_groups
-    def test_group_with_a_missing_package_is_installed_without_it(self):
+    def test_group_is_installed_without_a_member_that_no_repository_has(self):
         with self.opened('--groups') as window:
             window.mark_listed('Ghosts')
             dialog = window.apply()

@@ -41,7 +41,7 @@ class HistoryTest(JourneyTest):
         history.wait_settled()
         return history
 
-    def test_an_installation_and_an_update_are_undone_and_repeated(self):
+    def test_undo_and_redo_work_for_a_transaction_with_an_installation_and_an_update(self):
         changed = dict(new=['libbough-1.1-1.x86_64', 'libtwig-1.0-1.x86_64', 'anvil-make-4.2-2.x86_64'],
                        gone=['anvil-make-4.1-1.x86_64'])
         with self.opened() as window:
@@ -94,7 +94,7 @@ class HistoryTest(JourneyTest):
                          'Applying: OK', 'Not Applying: Canceled'):
                 self.assertIn(text, log)
 
-    def test_all_later_transactions_are_undone_and_the_marks_are_kept(self):
+    def test_rollback_undoes_all_transactions_after_the_chosen_one_and_keeps_the_marks(self):
         with self.opened() as window:
             for name in ('astrolabe', 'loupe'):
                 window.mark_listed(name)
@@ -122,7 +122,7 @@ class HistoryTest(JourneyTest):
             window.wait_names(['sextant'])
             self.assertEqual(window.action('sextant'), 'install')
 
-    def test_packages_that_no_repository_has_are_named_before_the_listing(self):
+    def test_if_no_repository_has_a_package_undo_names_the_package_before_the_listing(self):
         with self.opened() as window:
             window.mark_listed('lexicon-en')
             window.mark_listed('almanac')

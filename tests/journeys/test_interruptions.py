@@ -13,7 +13,7 @@ SEVERAL = ('An interrupted transaction has left several installed versions of th
            '"dnf remove --duplicates" removes the older versions.')
 
 
-class KillTest(JourneyTest):
+class KillInTransactionTest(JourneyTest):
 
     def kill_in_transaction(self, *names):
         """Kill the program while the scriptlet of doorkeeper waits. The scriptlet continues."""
@@ -31,7 +31,7 @@ class KillTest(JourneyTest):
             wait_for(lambda: program.left_over() == [], 'the end of the scriptlet')
         self.assertNotEqual(self.locks(), [])
 
-    def test_next_run_reports_a_killed_installation(self):
+    def test_next_start_reports_that_an_installation_was_interrupted_by_a_kill(self):
         self.sandbox.rpm('--erase', 'doorkeeper')
         self.before = self.sandbox.installed()
         self.kill_in_transaction('doorkeeper', 'birch-log', 'pergola')
@@ -52,7 +52,7 @@ class KillTest(JourneyTest):
             self.assertEqual(self.read_log(window).count(INTERRUPTED), 1)
         self.check_consistent()
 
-    def test_next_run_reports_a_killed_update(self):
+    def test_next_start_reports_that_an_update_was_interrupted_by_a_kill(self):
         self.kill_in_transaction('doorkeeper', 'birch-log', 'pergola')
         self.check_changed(new=['doorkeeper-1.1-1.noarch'])
         with self.opened() as window:
@@ -77,7 +77,7 @@ class KillTest(JourneyTest):
         self.check_consistent()
 
 
-class KillBeforeTest(JourneyTest):
+class KillBeforeTransactionTest(JourneyTest):
     """The program is killed before it changes the system. The next run reports the lock files that are left behind, and
     dnf works too.
     """
@@ -125,13 +125,13 @@ class KillBeforeTest(JourneyTest):
             self.check_changed(new=['pergola-6.1-1.x86_64'])
         self.check_consistent()
 
-    def test_next_run_works_after_the_idle_program_is_killed(self):
+    def test_next_start_works_after_the_idle_program_was_killed(self):
         with self.program() as program:
             program.ready()
             left = self.check_after_kill(program, journey.DATABASE_LOCK)
         self.check_next_run(*left)
 
-    def test_next_run_works_after_a_killed_download_of_metadata(self):
+    def test_next_start_works_after_a_kill_during_the_metadata_download(self):
         self.sandbox.expire_metadata()
         gate = self.gate('/sandbox-http/repodata/repomd.xml')
         with self.program() as program:
@@ -140,7 +140,7 @@ class KillBeforeTest(JourneyTest):
             left = self.check_after_kill(program, journey.DATABASE_LOCK, 'var/cache/yum/metadata_lock.pid')
         self.check_next_run(*left)
 
-    def test_next_run_works_after_a_kill_while_the_listing_is_shown(self):
+    def test_next_start_works_after_a_kill_while_the_listing_was_shown(self):
         with self.program() as program:
             window = program.ready()
             window.show_all()
@@ -149,7 +149,7 @@ class KillBeforeTest(JourneyTest):
             left = self.check_after_kill(program, journey.DATABASE_LOCK)
         self.check_next_run(*left)
 
-    def test_next_run_works_after_a_killed_download_of_packages(self):
+    def test_next_start_works_after_a_kill_during_the_package_download(self):
         gate = self.gate('/sandbox-http/pergola-6.1-1.x86_64.rpm')
         with self.program() as program:
             window = program.ready()

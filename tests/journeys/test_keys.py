@@ -37,7 +37,7 @@ class TableTest(EditingTest):
             # The keys move the current row, so the next key continues from this row.
             self.press_in_table(window, 'Down', 1)
 
-    def test_describe_needs_a_listed_current_row(self):
+    def test_describe_button_is_enabled_only_if_the_current_row_is_listed(self):
         with self.opened() as window:
             def is_enabled():
                 return driver.enabled(window.button('Describe'))
@@ -63,10 +63,10 @@ class TableTest(EditingTest):
             check(False, 'after a refresh')
 
 
-class TextTest(EditingTest):
+class LongTextTest(EditingTest):
 
     def bars(self, window, text):
-        """The values of the vertical scroll bars beside this text, or of all bars if no text is given."""
+        """The values of the vertical scroll bars next to this text, or of all bars if no text is given."""
         found = []
         for each in window.find_all(driver.pyatspi.ROLE_SCROLL_BAR):
             _, y, width, height = driver.rectangle(each)
@@ -91,7 +91,7 @@ class TextTest(EditingTest):
             driver.key(home)
             wait_for(lambda: all(bar.currentValue == 0 for bar in bars), '{} in {}'.format(home, window.title))
 
-    def test_home_and_end_move_in_the_log(self):
+    def test_home_and_end_keys_move_the_cursor_in_the_log(self):
         with self.opened() as window:
             window.press('ctrl+l')
             log = window.program.window('VYRE Log')
@@ -99,7 +99,7 @@ class TextTest(EditingTest):
             log.click_button('Close')
             window.program.no_window('VYRE Log')
 
-    def test_home_and_end_move_in_the_listing(self):
+    def test_home_and_end_keys_move_the_cursor_in_the_listing(self):
         with self.opened() as window:
             window.set_filter('^tilepack-')
             window.wait_names(['tilepack-{}'.format(number) for number in range(1, 9)])
@@ -113,7 +113,7 @@ class TextTest(EditingTest):
             window.program.no_window('Apply')
             window.wait_ready()
 
-    def test_home_and_end_move_in_descriptions(self):
+    def test_home_and_end_keys_move_the_cursor_in_descriptions(self):
         with self.opened() as window:
             window.set_filter('^orchard ')
             window.wait_names(['orchard'])
@@ -125,7 +125,7 @@ class TextTest(EditingTest):
             description.click_button('Close')
             window.program.no_window(description.title)
 
-    def test_home_and_end_move_in_the_details_of_a_transaction(self):
+    def test_home_and_end_keys_move_the_cursor_in_transaction_details(self):
         with self.opened() as window:
             window.press('ctrl+h')
             history = window.program.window('VYRE History')
@@ -135,7 +135,7 @@ class TextTest(EditingTest):
             history.click_button('Close')
             window.program.no_window(history.title)
 
-    def test_home_and_end_move_in_the_details_of_an_advisory(self):
+    def test_home_and_end_keys_move_the_cursor_in_advisory_details(self):
         updateinfo.add(self.sandbox, 'sandbox-updates', [updateinfo.advisory(
             'LSA-2024-1', 'security', ['pergola 6.1-1.x86_64', 'kernel 6.1.31-1.x86_64'],
             description='\n'.join('Line {}'.format(number) for number in range(100)))])

@@ -15,7 +15,7 @@ class LockTest(StartTest):
     def lock(self, content):
         return self.write(DATABASE_LOCK, content)
 
-    def test_lock_of_another_process_is_reported_until_it_is_released(self):
+    def test_a_message_names_the_process_that_holds_the_lock_until_it_releases_the_lock(self):
         path = self.lock(str(os.getpid()))
         with self.program() as program:
             text = self.message(program, YUM_ERROR, picture='lock-held')
@@ -34,7 +34,7 @@ class LockTest(StartTest):
             self.check_refresh_helps(window)
             self.quit(window)
 
-    def test_lock_of_another_process_outlives_the_program(self):
+    def test_the_program_does_not_remove_the_lock_of_another_process(self):
         path = self.lock(str(os.getpid()))
         with self.program() as program:
             self.message(program, YUM_ERROR, 'Unable to obtain yum lock')
@@ -69,7 +69,7 @@ class LockTest(StartTest):
                 self.assertEqual(stream.read(), str(program.process.pid))
             self.quit(window)
 
-    def test_lock_of_a_process_that_has_ended_is_taken_over(self):
+    def test_lock_file_of_an_ended_process_is_taken_over(self):
         gone = subprocess.Popen(['true'])
         gone.wait()
         self.check_taken_over(str(gone.pid))

@@ -37,7 +37,7 @@ class LogTest(JourneyTest):
         driver.type_text(path)
         driver.key('Return')
 
-    def test_log_is_read_and_saved_by_keys(self):
+    def test_the_keyboard_alone_can_show_read_and_save_the_log(self):
         path = os.path.join(self.scratch, 'saved.txt')
         with self.opened() as window:
             window.press('ctrl+l')

@@ -23,7 +23,7 @@ class MarksTest(JourneyTest):
         for name, action in actions.items():
             window.wait_action(action, name)
 
-    def test_each_click_selects_the_next_possible_action(self):
+    def test_each_click_on_an_action_cell_chooses_the_next_possible_action(self):
         with self.opened() as window:
             # The first package is available, the second has an update, and the third is installed without an update.
             for name, actions in (('pergola', ('install', 'none')), ('barometer', ('update', 'remove', 'none')),
@@ -36,7 +36,7 @@ class MarksTest(JourneyTest):
                     window.wait_action(action, name)
                     wait_for(lambda wanted=action != 'none': apply_enabled(window) == wanted, 'the state of Apply')
 
-    def test_line_below_the_table_counts_rows_and_marks(self):
+    def test_status_bar_counts_rows_and_marks(self):
         with self.opened() as window:
             bar = window.find(driver.pyatspi.ROLE_STATUS_BAR, 'Rows and marks')
 
@@ -58,7 +58,7 @@ class MarksTest(JourneyTest):
             window.click_button('Clear Actions')
             wait_line('Listed: 1   Selected: 0   No marks')
 
-    def test_each_of_several_quick_clicks_counts(self):
+    def test_several_quick_clicks_on_an_action_cell_are_all_counted(self):
         with self.opened() as window:
             self.list_packages(window, 'barometer')
             window.mark('barometer')
@@ -71,7 +71,7 @@ class MarksTest(JourneyTest):
             window.wait_action('update', 'barometer')
             self.assertEqual(window.program.titles(), [driver.main_title()])
 
-    def test_menu_offers_the_possible_actions(self):
+    def test_cell_menu_offers_the_possible_actions(self):
         with self.opened() as window:
             self.list_packages(window, 'pergola', 'barometer', 'almanac')
             for name, chosen, action in (('pergola', 'i', 'install'), ('pergola', 'n', 'none'),
@@ -92,7 +92,7 @@ class MarksTest(JourneyTest):
                     window.wait_action('none', name)
             self.assertFalse(apply_enabled(window))
 
-    def test_menu_marks_all_selected_rows(self):
+    def test_cell_menu_marks_all_selected_rows(self):
         with self.opened() as window:
             self.list_packages(window, 'pergola', 'barometer', 'almanac')
             window.select('pergola', 'barometer', 'almanac')
@@ -106,7 +106,7 @@ class MarksTest(JourneyTest):
             window.press_in_menu('n')
             self.check_actions(window, barometer='none', almanac='none', pergola='none')
 
-    def test_marks_set_by_the_menu_are_applied(self):
+    def test_marks_set_with_the_cell_menu_are_applied(self):
         with self.opened() as window:
             self.list_packages(window, 'pergola', 'barometer')
             window.action_menu('pergola')
@@ -122,7 +122,7 @@ class MarksTest(JourneyTest):
             self.check_changed(new=['pergola-6.1-1.x86_64', 'barometer-1.1-2.x86_64'],
                                gone=['barometer-1.0-1.x86_64'])
 
-    def test_button_marks_all_selected_rows(self):
+    def test_set_install_update_button_marks_the_selected_rows(self):
         with self.opened() as window:
             self.list_packages(window, 'pergola', 'barometer', 'almanac', 'aquifer')
             window.select('pergola', 'barometer', 'almanac')
@@ -132,7 +132,7 @@ class MarksTest(JourneyTest):
             self.check_changed(new=['pergola-6.1-1.x86_64', 'barometer-1.1-2.x86_64'],
                                gone=['barometer-1.0-1.x86_64'])
 
-    def test_button_marks_the_listed_updates(self):
+    def test_set_update_button_marks_the_listed_updates(self):
         with self.opened() as window:
             self.list_packages(window, 'pergola', 'barometer', 'almanac', 'anvil-make')
             window.click_button('Set Update of Listed')
@@ -145,7 +145,7 @@ class MarksTest(JourneyTest):
             self.check_changed(new=['anvil-make-4.2-2.x86_64', 'barometer-1.1-2.x86_64'],
                                gone=['anvil-make-4.1-1.x86_64', 'barometer-1.0-1.x86_64'])
 
-    def test_all_marks_are_cleared(self):
+    def test_clear_actions_button_removes_listed_and_unlisted_marks(self):
         with self.opened() as window:
             self.list_packages(window, 'pergola', 'barometer', 'almanac')
             for name in ('pergola', 'barometer', 'almanac'):
@@ -160,7 +160,7 @@ class MarksTest(JourneyTest):
             self.list_packages(window, 'pergola', 'barometer', 'almanac')
             self.check_actions(window, pergola='none', barometer='none', almanac='none')
 
-    def test_unlisted_marks_cause_a_warning_and_are_applied(self):
+    def test_marks_of_packages_that_are_not_listed_cause_a_warning_and_are_applied(self):
         with self.opened() as window:
             window.mark_listed('pergola')
             self.assertEqual(window.warning(), '')
@@ -183,7 +183,7 @@ class MarksTest(JourneyTest):
 
 class FilterRowTest(JourneyTest):
 
-    def test_views_list_the_matching_rows(self):
+    def test_each_view_lists_the_packages_of_its_state(self):
         with self.program() as program:
             window = program.ready()
             window.set_filter('^(pergola|barometer|almanac) ')
@@ -196,7 +196,7 @@ class FilterRowTest(JourneyTest):
             window.wait_names(['pergola', 'barometer', 'almanac'])
             self.quit(window)
 
-    def test_expressions_list_the_matching_rows(self):
+    def test_filter_expression_lists_the_matching_packages(self):
         with self.opened() as window:
             window.set_filter('^moonbridge 1.0-1 sandbox-http noarch ')
             window.wait_names(['moonbridge'])
@@ -215,18 +215,18 @@ class FilterRowTest(JourneyTest):
         window.wait_names(['libmoss'])
         self.assertEqual([row[3] for row in window.rows()], ['x86_64'])
 
-    def test_duplicates_are_listed_on_request(self):
+    def test_duplicates_are_listed_only_if_their_box_is_checked(self):
         with self.opened() as window:
             self.without_duplicates(window)
 
     @needs_groups
-    def test_duplicates_and_groups_are_listed_on_request(self):
+    def test_duplicates_and_groups_are_listed_if_their_boxes_are_checked(self):
         with self.opened() as window:
             self.without_duplicates(window)
             window.set_checked('Include Groups', True)
             window.wait_names(['libmoss', 'Games'])
 
-    def test_a_package_is_found_by_its_file_and_installed(self):
+    def test_a_package_that_a_search_finds_by_its_file_can_be_installed(self):
         with self.opened() as window:
             window.set_filter('/usr/bin/inkwell-modern')
             window.wait_names([])

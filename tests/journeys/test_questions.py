@@ -30,7 +30,7 @@ class ConfirmationTest(JourneyTest):
     def test_canceling_the_listing_changes_nothing_and_keeps_the_marks(self):
         self.check_canceled(lambda dialog: dialog.click_button('Cancel'))
 
-    def test_enter_cancels_a_removal(self):
+    def test_enter_cancels_a_transaction_that_removes_packages(self):
         with self.opened() as window:
             window.mark_listed('birch-log')
             window.apply()
@@ -46,7 +46,7 @@ class ConfirmationTest(JourneyTest):
     def test_closing_the_listing_cancels_the_transaction(self):
         self.check_canceled(lambda dialog: dialog.press('alt+F4'))
 
-    def test_a_key_that_is_held_down_before_the_question_does_not_confirm(self):
+    def test_a_key_held_down_before_the_listing_appears_does_not_confirm_the_transaction(self):
         with self.opened() as window:
             window.mark_listed('pergola')
             window.wait_settled()
@@ -68,7 +68,7 @@ class ConfirmationTest(JourneyTest):
             self.check_changed(new=['pergola-6.1-1.x86_64'])
 
 
-class ConflictTest(JourneyTest):
+class ConflictingMarksTest(JourneyTest):
     """A group and one of its packages are marked for different actions."""
 
     def ask(self, window, group, package, texts, clicks=1):
@@ -98,7 +98,7 @@ class ConflictTest(JourneyTest):
             window.wait_action('remove', 'cormorant-fetch')
 
     @needs_groups
-    def test_answering_no_changes_nothing_and_keeps_the_marks(self):
+    def test_answering_no_changes_no_packages_and_keeps_the_marks(self):
         self.check_declined(lambda question: question.click_button('No'))
 
     @needs_groups
@@ -148,7 +148,7 @@ class ConflictTest(JourneyTest):
             window.wait_action('remove', 'Arts')
 
 
-class ImpossibleTest(JourneyTest):
+class ImpossibleMarksTest(JourneyTest):
     """Two updates are marked, but one of them needs a missing library."""
 
     @contextlib.contextmanager
@@ -159,7 +159,7 @@ class ImpossibleTest(JourneyTest):
             window.mark_listed('anvil-make')
             window.click_button('Apply Actions')
             question = window.program.window('Query')
-            # At the end of a reason, newer versions of dnf name the repository.
+            # Some versions of dnf name the repository at the end of a reason.
             self.assertEqual(question.text().rstrip('\n').replace(' from sandbox-updates', ''),
                              'Go on without these packages?\n\n'
                              '"Yes" goes on with the remaining marks: anvil-make.\n'
@@ -189,7 +189,7 @@ class ImpossibleTest(JourneyTest):
                                   r'tidewatch-2\.0-1\.noarch\n    nothing provides libtide')
             self.assertNotIn('conflicting requests', log)
 
-    def test_answering_no_changes_nothing_and_keeps_the_marks(self):
+    def test_answering_no_changes_no_packages_and_keeps_the_marks(self):
         with self.asked() as (window, question):
             # The default button gives the safe answer, "No".
             question.press('Return')

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""While the program reads a large repository, the bars say what happens and move."""
+"""While the program reads a large repository, the progress bars name the current step and move."""
 import os
 
 import journey
@@ -11,7 +11,7 @@ from trouble import StartTest
 
 class ReadingTest(StartTest):
 
-    def test_bars_name_the_repository_and_move_while_its_packages_are_read(self):
+    def test_progress_bars_name_the_repository_and_move_while_its_packages_are_read(self):
         large = os.path.join(self.scratch, 'large')
         metadata.make_large(large, 60000)
         self.write('etc/yum.repos.d/large.repo',
@@ -25,7 +25,7 @@ class ReadingTest(StartTest):
             def is_reading():
                 return step.description == 'Reading the packages of Large Collection'
             wait_for(is_reading, 'the name of the repository')
-            # Without a known length, the bar shows that the program is busy.
+            # While the number of packages is unknown, the bar shows that the program is busy.
             value = step.queryValue()
             self.assertEqual((value.minimumValue, value.maximumValue), (0, 0))
             self.picture('reading-packages')

@@ -35,7 +35,7 @@ class RefusalTest(JourneyTest):
     def test_update_with_a_missing_dependency_is_refused(self):
         self.check_unresolvable(['tidewatch'], 'update', 'libtide.so.9', 'tidewatch-2.0-1.noarch')
 
-    def test_one_of_two_conflicting_packages_can_be_left_out(self):
+    def test_the_user_can_choose_to_leave_out_one_of_two_conflicting_packages(self):
         """The user decides whether the program leaves out one of the two packages."""
         with self.opened() as window:
             for name in ('tern-mta', 'gull-mta'):
@@ -52,7 +52,7 @@ class RefusalTest(JourneyTest):
     def test_package_that_conflicts_with_an_installed_package_is_refused(self):
         self.check_unresolvable(['sandstone'], 'install', 'conflicts with libgranite')
 
-    def test_next_transaction_after_a_refused_transaction_works(self):
+    def test_the_next_transaction_works_after_a_refused_transaction(self):
         with self.opened() as window:
             window.mark_listed('moonbridge')
             window.click_button('Apply Actions')
@@ -89,7 +89,7 @@ class OtherProgramTest(JourneyTest):
             self.check_changed(new=['pergola-6.1-1.x86_64'], gone=['almanac-1.9-1.noarch', 'birch-log-3.0-1.x86_64'])
             self.assertNotIn('The last transaction, begun on', self.read_log(window))
 
-    def test_database_that_another_program_uses_is_reported(self):
+    def test_package_database_that_another_program_uses_is_reported(self):
         with self.opened() as window:
             window.mark_listed('pergola')
             dialog = window.apply()
@@ -126,13 +126,13 @@ class FailureTest(JourneyTest):
         self.check_usable(window)
         self.assertEqual(window.program.titles(), [journey.driver.main_title()])
 
-    def test_packages_with_the_same_file_are_refused(self):
+    def test_two_marked_packages_with_different_versions_of_one_file_are_refused(self):
         with self.opened() as window:
             self.fail(window, ['inkwell-classic', 'inkwell-modern'], '/usr/share/inkwell/palette.conf',
                       'inkwell-classic', 'inkwell-modern', picture='file-conflict')
             self.check_unchanged()
 
-    def test_package_is_refused_if_an_installed_package_has_the_same_file(self):
+    def test_package_is_refused_if_an_installed_package_has_another_version_of_its_file(self):
         with self.opened() as window:
             self.fail(window, ['vanity-shell'], '/bin/sh', 'busybox')
             self.check_unchanged()
@@ -150,7 +150,7 @@ class FailureTest(JourneyTest):
             self.fail(window, ['stickyburr'], 'Error in PREUN scriptlet in rpm package stickyburr')
             self.check_unchanged()
 
-    def test_other_packages_of_a_failed_transaction_are_changed_and_shown(self):
+    def test_if_one_package_fails_the_other_packages_are_changed_and_the_table_shows_this(self):
         with self.opened() as window:
             self.fail(window, ['stickyburr', 'pergola'], 'Error in PREUN scriptlet in rpm package stickyburr')
             self.check_changed(new=['pergola-6.1-1.x86_64'])

@@ -18,10 +18,10 @@ IDENTIFIERS = ['sandbox-disabled', 'sandbox-file', 'sandbox-http', 'sandbox-sign
                'sandbox-updates']
 
 
-class UseTest(EditingTest):
+class EnablingTest(EditingTest):
     """The user enables and disables repositories."""
 
-    def test_enabled_repository_is_disabled_for_the_session(self):
+    def test_user_disables_a_repository_for_the_session(self):
         files = self.files()
         with self.opened() as window:
             self.check_listed(window, USUAL)
@@ -44,7 +44,7 @@ class UseTest(EditingTest):
             self.check_listed(window, USUAL)
             self.assertEqual(self.files(), files)
 
-    def test_packages_are_read_again_even_after_a_change_is_reverted(self):
+    def test_packages_are_read_again_even_if_the_user_reverts_the_change_before_ok(self):
         with self.opened() as window:
             count = self.requests_from_now()
             editor = self.edit(window)
@@ -61,7 +61,7 @@ class UseTest(EditingTest):
             window.wait_ready()
             self.check_listed(window, USUAL)
 
-    def test_disabled_repository_is_enabled_for_the_session(self):
+    def test_user_enables_a_repository_for_the_session(self):
         files = self.files()
         with self.opened() as window:
             editor = self.edit(window)
@@ -79,7 +79,7 @@ class UseTest(EditingTest):
             editor.wait_on(False, 'sandbox-disabled', SESSION)
             editor.close('Cancel')
 
-    def test_disabled_repository_is_enabled_permanently(self):
+    def test_user_enables_a_repository_permanently(self):
         with self.opened() as window:
             editor = self.edit(window)
             editor.wait_on(False, 'sandbox-disabled', PERMANENT)
@@ -118,10 +118,10 @@ class DirectoriesTest(EditingTest):
             editor.close('Cancel')
 
 
-class OwnFileTest(EditingTest):
+class DnfConfTest(EditingTest):
     """dnf's own file, /etc/dnf/dnf.conf, is the only main configuration file, as on systems without yum."""
 
-    def test_repository_is_enabled_and_an_unsigned_package_is_refused(self):
+    def test_if_dnf_conf_requires_signatures_an_unsigned_package_is_refused(self):
         root = self.sandbox.root
         own = os.path.join(root, 'etc/dnf/dnf.conf')
         os.makedirs(os.path.dirname(own), exist_ok=True)
@@ -159,7 +159,7 @@ class OwnFileTest(EditingTest):
 class ChangesTest(EditingTest):
     """The user changes the configuration of repositories."""
 
-    def test_packages_of_an_added_repository_are_listed(self):
+    def test_packages_of_a_repository_that_the_user_adds_are_listed(self):
         copy = os.path.join(self.scratch, 'copy')
         shutil.copytree(self.sandbox.repository('sandbox-disabled'), copy)
         with self.opened() as window:
@@ -219,7 +219,7 @@ class ChangesTest(EditingTest):
         for name in ('Reset All', 'Apply'):
             self.assertFalse(driver.enabled(editor.button(name)))
 
-    def test_changes_can_be_reset_and_canceled(self):
+    def test_reset_all_and_cancel_revert_the_changes_in_the_editor(self):
         with self.opened() as window:
             files = self.files()
             count = self.requests_from_now()
@@ -246,7 +246,7 @@ class ChangesTest(EditingTest):
             self.assertEqual(self.files(), files)
             self.assertEqual(len(self.sandbox.server.paths()), count)
 
-    def test_three_sections_of_a_file_are_removed(self):
+    def test_removal_of_three_repositories_keeps_the_other_sections_of_their_file(self):
         sections = [
             '[many{0}]\nname=Number {0}\nbaseurl=http://127.0.0.1:9/{0}/$basearch\n'
             '        http://127.0.0.1:9/again/{0}\n'
@@ -266,7 +266,7 @@ class ChangesTest(EditingTest):
             files[self.repo_path('many.repo')] = '\n'.join([sections[0], sections[3], sections[4]]).encode()
             self.assertEqual(self.files(), files)
 
-    def test_file_is_removed_with_its_last_repository(self):
+    def test_removal_of_the_last_repository_of_a_file_removes_the_file(self):
         with self.opened() as window:
             files = self.files()
             editor = self.edit(window)
@@ -312,7 +312,7 @@ class BrokenFileTest(EditingTest):
         self.assertTrue(dialog.text().endswith(').'), dialog.text())
         self.close_dialog(program, dialog)
 
-    def test_file_that_breaks_while_the_program_runs_is_reported(self):
+    def test_repository_file_that_becomes_invalid_while_the_program_runs_is_reported(self):
         with self.opened() as window:
             self.write_repo('broken.repo', '[broken\nname=Broken\n')
             files = self.files()
@@ -332,7 +332,7 @@ class BrokenFileTest(EditingTest):
             self.assertEqual(editor.identifiers(), IDENTIFIERS)
             editor.close('OK')
 
-    def test_file_that_breaks_while_the_editor_is_open_is_reported(self):
+    def test_repository_file_that_becomes_invalid_while_the_editor_is_open_is_reported(self):
         with self.opened() as window:
             editor = self.edit(window)
             self.write_repo('broken.repo', '[broken\nname=Broken\n')
@@ -358,7 +358,7 @@ class OptionsTest(EditingTest):
         with self.subTest(options=options), self.opened(*options) as window:
             self.check_listed(window, names)
 
-    def test_patterns_of_the_options_select_the_repositories(self):
+    def test_patterns_on_the_command_line_enable_and_disable_repositories(self):
         files = self.files()
         self.check_options(['abacus-cli', 'pergola'], '--disablerepo=sandbox-file')
         self.check_options(ALL, '--enablerepo', 'sandbox-d*d', '--disablerepo=SANDBOX-*', '--disablerepo=sandbox')
@@ -368,7 +368,7 @@ class OptionsTest(EditingTest):
                            '--disablerepo=sandbox-[hu]*')
         self.assertEqual(self.files(), files)
 
-    def test_patterns_of_the_options_change_only_the_session(self):
+    def test_patterns_on_the_command_line_change_no_repository_file(self):
         with self.opened('--disablerepo=sandbox-file') as window:
             self.check_listed(window, ['abacus-cli', 'pergola'])
             editor = self.edit(window)
@@ -383,14 +383,14 @@ class OptionsTest(EditingTest):
             self.check_listed(window, USUAL)
 
 
-class StartTest(EditingTest):
+class EditorAtStartTest(EditingTest):
     """The program opens the editor when it starts."""
 
     def check_nothing_read(self, program):
         self.assertEqual(self.sandbox.server.paths(), [])
         self.assertNotIn('Refresh', program.main().buttons())
 
-    def test_editor_is_shown_before_the_packages_are_read(self):
+    def test_with_option_r_the_editor_is_shown_before_the_packages_are_read(self):
         for option in ('-r', '--repo-editor'):
             with self.subTest(option=option), self.program(option) as program:
                 editor = Editor(program)
@@ -423,7 +423,7 @@ class StartTest(EditingTest):
             self.check_usable(window)
             self.quit(window)
 
-    def test_canceled_editor_changes_nothing(self):
+    def test_canceling_the_editor_discards_its_changes(self):
         files = self.files()
         with self.program('-r') as program:
             editor = Editor(program)
@@ -435,7 +435,7 @@ class StartTest(EditingTest):
             self.quit(window)
         self.assertEqual(self.files(), files)
 
-    def test_escape_in_the_editor_asks_about_unapplied_changes(self):
+    def test_escape_in_the_editor_asks_whether_to_drop_unapplied_changes(self):
         files = self.files()
         with self.opened() as window:
             editor = self.edit(window)
@@ -459,7 +459,7 @@ class StartTest(EditingTest):
             editor.wait_on(True, 'sandbox-file', PERMANENT)
             editor.close('Cancel')
 
-    def test_escape_in_the_form_asks_about_typed_text(self):
+    def test_escape_in_the_form_asks_whether_to_drop_typed_text(self):
         files = self.files()
         with self.opened() as window:
             editor = self.edit(window)
@@ -485,10 +485,10 @@ class StartTest(EditingTest):
             window.wait_ready()
             self.assertEqual(self.files(), files)
 
-    def test_closing_the_editor_by_the_window_manager_changes_nothing(self):
+    def test_closing_the_editor_with_the_window_manager_discards_its_changes(self):
         self.check_closed(lambda editor: editor.press('alt+F4'))
 
-    def test_closing_the_editor_by_escape_changes_nothing(self):
+    def test_closing_the_editor_with_escape_discards_its_changes(self):
         self.check_closed(lambda editor: editor.press('Escape'))
 
 

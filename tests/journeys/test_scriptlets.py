@@ -12,7 +12,7 @@ from journey import Gate, JourneyTest, driver, wait_for
 
 class OutputTest(JourneyTest):
 
-    def test_much_output_on_both_streams_is_in_the_log(self):
+    def test_long_scriptlet_output_on_both_streams_is_complete_in_the_log(self):
         with self.opened() as window:
             window.mark_listed('loudhailer')
             self.carry_out(window)
@@ -25,7 +25,7 @@ class OutputTest(JourneyTest):
             self.check_usable(window)
         self.check_consistent()
 
-    def test_much_output_is_added_to_the_open_log_window(self):
+    def test_long_scriptlet_output_is_added_to_the_open_log_window(self):
         gate = Gate()
         self.sandbox.server.faults['/sandbox-http/loudhailer-1.0-1.noarch.rpm'] = gate
         with self.opened() as window:
@@ -43,7 +43,7 @@ class OutputTest(JourneyTest):
             for stream in ('stdout', 'stderr'):
                 self.assertEqual(text.count('\nloudhailer: {} line '.format(stream)), 6000)
 
-    def test_output_without_a_line_feed_at_the_end_is_in_the_log(self):
+    def test_scriptlet_output_without_a_final_line_feed_is_in_the_log(self):
         with self.opened() as window:
             window.mark_listed('halfline')
             window.mark_listed('chatterbox')
@@ -62,7 +62,7 @@ class OutputTest(JourneyTest):
 
 class ProcessTest(JourneyTest):
 
-    def test_process_of_a_scriptlet_can_end_during_the_transaction(self):
+    def test_background_process_of_a_scriptlet_can_end_during_the_transaction(self):
         nightwatch, glutton = self.waiting('nightwatch'), self.waiting('glutton')
         with self.opened() as window:
             window.mark_listed('nightwatch')
@@ -78,7 +78,7 @@ class ProcessTest(JourneyTest):
             self.check_usable(window)
         self.check_consistent()
 
-    def test_process_of_a_scriptlet_can_outlive_the_transaction(self):
+    def test_background_process_of_a_scriptlet_can_outlive_the_transaction(self):
         nightwatch = self.waiting('nightwatch')
         with self.opened() as window:
             window.mark_listed('nightwatch')

@@ -41,7 +41,7 @@ class SignalTest(StartTest):
         self.check_unchanged()
         self.assertEqual(self.locks(), [])
 
-    def test_signal_during_the_start_ends_the_program(self):
+    def test_signal_while_vyre_starts_ends_the_program(self):
         for number in self.ENDING:
             with self.subTest(number=number), self.program() as program:
                 self.check_ends_by(program, number)
@@ -62,7 +62,7 @@ class SignalTest(StartTest):
                 self.check_ends_by(program, number)
         self.check_next_run()
 
-    def test_signal_while_the_listing_is_shown_changes_nothing(self):
+    def test_signal_while_the_listing_is_shown_cancels_the_transaction(self):
         for number in self.ENDING:
             with self.subTest(number=number), self.program() as program:
                 window = program.ready()
@@ -89,7 +89,7 @@ class SignalTest(StartTest):
             del self.sandbox.server.faults[REPOMD]
         self.check_next_run()
 
-    def test_signal_while_packages_are_downloaded_changes_nothing(self):
+    def test_signal_while_packages_are_downloaded_cancels_the_transaction(self):
         path = '/sandbox-http/pergola-6.1-1.x86_64.rpm'
         for number in (signal.SIGTERM, signal.SIGHUP):
             with self.subTest(number=number), self.program() as program:
@@ -103,7 +103,7 @@ class SignalTest(StartTest):
             del self.sandbox.server.faults[path]
         self.check_next_transaction()
 
-    def test_interrupt_of_a_download_is_reported(self):
+    def test_sigint_during_a_download_is_reported(self):
         """During a download, librepo handles SIGINT itself."""
         with self.program() as program:
             gate = self.wait_download(program, REPOMD)
@@ -181,16 +181,16 @@ class SignalTest(StartTest):
             self.check_history_complete()
             self.assertEqual(self.locks(), [])
 
-    def test_interrupt_during_a_transaction_waits_for_its_end(self):
+    def test_sigint_during_a_transaction_ends_the_program_after_the_transaction(self):
         self.check_transaction_is_finished(signal.SIGINT)
 
-    def test_termination_during_a_transaction_waits_for_its_end(self):
+    def test_sigterm_during_a_transaction_ends_the_program_after_the_transaction(self):
         self.check_transaction_is_finished(signal.SIGTERM)
 
-    def test_hangup_during_a_transaction_waits_for_its_end(self):
+    def test_sighup_during_a_transaction_ends_the_program_after_the_transaction(self):
         self.check_transaction_is_finished(signal.SIGHUP)
 
-    def test_other_signals_during_a_transaction_wait_for_its_end(self):
+    def test_other_fatal_signals_during_a_transaction_end_the_program_after_the_transaction(self):
         for number in self.OTHER:
             with self.subTest(number=number):
                 self.check_transaction_is_finished(number)

@@ -41,7 +41,7 @@ class SignatureTest(JourneyTest):
             self.check_changed(new=['wax-tablet-1.0-1.noarch', 'wax-candle-1.0-1.noarch'])
             self.quit(window)
 
-    def test_declined_key_can_be_accepted_the_next_time(self):
+    def test_key_that_the_user_declined_can_be_accepted_in_the_next_transaction(self):
         with self.program() as program:
             window, query = self.ask(program)
             query.click_button('No')

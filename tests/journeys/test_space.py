@@ -33,7 +33,7 @@ class SpaceTest(JourneyTest):
         self.carry_out(window)
         self.check_changed(new=[package])
 
-    def test_no_space_for_the_download_is_reported(self):
+    def test_too_little_space_for_the_download_is_reported(self):
         cache = self.mount_small_file_system('var/cache')
         with self.opened() as window:
             window.mark_listed('gargantua')
@@ -51,7 +51,7 @@ class SpaceTest(JourneyTest):
             self.check_applies(window, 'gargantua', GARGANTUA)
         self.check_consistent()
 
-    def test_too_little_space_for_the_files_is_reported(self):
+    def test_too_little_space_for_the_files_of_a_package_is_reported_before_the_transaction(self):
         root = self.mount_small_file_system('')
         with self.opened() as window:
             window.mark_listed('gargantua')
@@ -96,7 +96,7 @@ class SpaceTest(JourneyTest):
             self.check_changed(new=[GLUTTON])
         self.check_consistent()
 
-    def test_no_space_for_the_package_database_is_reported(self):
+    def test_too_little_space_for_the_package_database_is_reported(self):
         database = self.mount_small_file_system('var/lib/rpm')
         glutton = self.waiting('glutton')
         with self.program() as program:

@@ -41,7 +41,7 @@ def no_core():
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
 
-class RefusedTest(unittest.TestCase):
+class UsageTest(unittest.TestCase):
     """These runs end before they show a window. They get a managed root that does not exist, and must not create it."""
 
     def setUp(self):
@@ -70,16 +70,16 @@ class RefusedTest(unittest.TestCase):
             self.assertEqual(done.stdout.decode(), USAGE.format(name))
             self.assertEqual(done.returncode, 1)
 
-    def test_help_is_printed(self):
+    def test_option_help_prints_the_usage(self):
         for arguments in (['-h'], ['-H'], ['--help'], ['--hel'], ['-gh'], ['-g', '-H'],
                           ['-s', 'all', '--help', 'left over']):
             self.check_usage(*arguments)
 
-    def test_the_first_help_option_or_error_decides(self):
+    def test_only_the_first_help_option_or_error_has_an_effect(self):
         self.check_usage('-h', '-s', 'x')
         self.check_usage('-s', 'x', '-h', error='unrecogized argument to -s/--state option: x')
 
-    def test_unknown_mode_is_refused(self):
+    def test_unknown_value_of_option_mode_is_refused(self):
         text = 'unrecogized argument to -m/--mode option: '
         for argument in ('x', 'Filter', 'filters', 'searching', ' filter', 'fs'):
             self.check_usage('-m', argument, error=text + argument)
@@ -88,7 +88,7 @@ class RefusedTest(unittest.TestCase):
         self.check_usage('--mode', 'x', error=text + 'x')
         self.check_usage('-m', '-g', error=text + '-g')
 
-    def test_unknown_state_is_refused(self):
+    def test_unknown_value_of_option_state_is_refused(self):
         text = 'unrecogized argument to -s/--state option: '
         for argument in ('x', 'ALL', 'alls', 'updatables', 'ua', '0'):
             self.check_usage('-s', argument, error=text + argument)
@@ -96,7 +96,7 @@ class RefusedTest(unittest.TestCase):
         self.check_usage('-sx', error=text + 'x')
         self.check_usage('--state', '--log', error=text + '--log')
 
-    def test_valid_argument_does_not_hide_an_invalid_one(self):
+    def test_invalid_value_is_refused_even_if_the_option_is_repeated_with_a_valid_value(self):
         self.check_usage('-s', 'x', '-s', 'all', error='unrecogized argument to -s/--state option: x')
         self.check_usage('-s', 'all', '-s', 'x', error='unrecogized argument to -s/--state option: x')
 
@@ -109,17 +109,17 @@ class RefusedTest(unittest.TestCase):
             self.check_usage('-' + letter, error='unrecognized option letter: ' + letter)
         self.check_usage('-glx', error='unrecognized option letter: x')
 
-    def test_option_with_a_short_form_is_refused_without_its_argument(self):
+    def test_if_the_argument_of_an_option_is_missing_the_error_names_the_letter_of_the_option(self):
         for letter, name in (('m', 'mode'), ('e', 'regexp'), ('s', 'state')):
             self.check_usage('-' + letter, error='unrecognized option letter: ' + letter)
             self.check_usage('-g', '-l' + letter, error='unrecognized option letter: ' + letter)
             self.check_usage('--' + name, error='unrecognized option letter: ' + letter)
 
-    def test_option_without_a_short_form_is_refused_without_its_argument(self):
+    def test_if_the_argument_of_an_option_without_a_letter_is_missing_the_error_names_the_option(self):
         for option in ('--disablerepo', '--enablerepo'):
             self.check_usage(option, error='unrecogized option: ' + option)
 
-    def test_argument_for_an_option_without_arguments_is_refused(self):
+    def test_option_that_takes_no_argument_is_refused_if_it_has_one(self):
         for letter, name in (('h', 'help'), ('g', 'groups'), ('r', 'repo-editor'), ('l', 'log')):
             self.check_usage('--' + name + '=x', error='unrecognized option letter: ' + letter)
         self.check_usage('--duplicates=x', error='unrecogized option: --duplicates=x')
@@ -146,12 +146,12 @@ class RefusedTest(unittest.TestCase):
         self.check_usage('foo', '-h', error='unrecognized argument: foo')
         self.check_usage('foo', '-s', 'x', error='unrecognized argument: foo')
 
-    def test_message_shows_the_argument_unchanged(self):
+    def test_error_message_shows_the_refused_argument_unchanged(self):
         self.check_usage(b'fo\xff\xc3\xa4o', error='unrecognized argument: ' + os.fsdecode(b'fo\xff\xc3\xa4o'))
         self.check_usage('-s', '%s%n%d', error='unrecogized argument to -s/--state option: %s%n%d')
         self.check_usage('x' * 5000, error='unrecognized argument: ' + 'x' * 5000)
 
-    def test_messages_begin_with_the_name_of_the_program(self):
+    def test_error_messages_begin_with_the_name_under_which_the_program_was_started(self):
         link = os.path.join(self.scratch, 'another name')
         os.symlink(os.environ['VYRE_BINARY'], link)
         self.check_usage('--help', binary=link)
@@ -160,11 +160,11 @@ class RefusedTest(unittest.TestCase):
         self.check_usage('foo', binary='bare', executable=os.environ['VYRE_BINARY'],
                          error='unrecognized argument: foo')
 
-    def test_options_of_qt_are_removed_before_the_options_of_vyre_are_read(self):
+    def test_qt_removes_its_options_before_vyre_reads_the_other_options(self):
         self.check_usage('-style', 'windows', 'foo', error='unrecognized argument: foo')
         self.check_usage('-style=windows', '-s', 'x', error='unrecogized argument to -s/--state option: x')
 
-    def test_help_that_cannot_be_written_causes_an_error(self):
+    def test_error_is_reported_if_the_usage_cannot_be_written(self):
         with open('/dev/full', 'wb') as full:
             done = self.run_program('--help', stdout=full)
         self.assertEqual((done.returncode, done.stderr), (1, b''))
@@ -181,7 +181,7 @@ class RefusedTest(unittest.TestCase):
                                   else 'vyre: there is no X display: DISPLAY is not set'])
                 self.assertEqual(done.stdout, b'')
 
-    def test_runtime_directory_is_kept_if_the_program_prints_the_usage(self):
+    def test_runtime_directory_is_not_removed_if_the_program_only_prints_the_usage(self):
         self.check_usage('--help', unset=['XDG_RUNTIME_DIR'], environment={'TMPDIR': self.scratch})
         self.assertTrue(os.path.isdir(os.path.join(self.scratch, 'xdg_runtime.{}'.format(os.geteuid()))))
 
@@ -210,7 +210,7 @@ class OptionsTest(JourneyTest):
             self.assertEqual(program.titles(), [driver.main_title()])
             self.quit(window)
 
-    def test_defaults_are_used_without_options(self):
+    def test_controls_have_their_defaults_if_no_options_are_given(self):
         self.check_settings()
 
     def test_option_state_selects_the_view(self):
@@ -226,7 +226,7 @@ class OptionsTest(JourneyTest):
             groups = arguments[0] == '-gs'
             self.check_settings(*arguments, state='View Removable', groups=groups)
 
-    def test_state_decides_which_packages_are_listed(self):
+    def test_option_state_decides_which_packages_are_listed(self):
         expression = '^abacus-cli |^pergola |^cinder-backup '
         self.check_settings('-e', expression, expression=expression, names=['abacus-cli'])
         self.check_settings('-si', '-e', expression, expression=expression, state='View Installable',
@@ -250,7 +250,7 @@ class OptionsTest(JourneyTest):
         self.check_settings('--regexp', '-sall', expression='-sall', names=[])
         self.check_settings('-e', 'häßlich %s', expression='häßlich %s', names=[])
 
-    def test_search_starts_with_the_expression_of_the_option(self):
+    def test_option_mode_search_searches_for_the_expression_of_option_regexp(self):
         # This text is part of a path in one package; no column of the table contains it.
         expression = 'bin/pergola'
         for arguments in (['-m', 'search', '-e', expression], ['-e', expression, '-m', 'search']):
@@ -280,7 +280,7 @@ class OptionsTest(JourneyTest):
         self.check_settings('-g', '-g', '--duplicates', '--duplicates', groups=True, duplicates=False)
 
     @needs_groups
-    def test_all_options_of_the_filter_row_can_be_combined(self):
+    def test_all_options_for_the_filter_row_can_be_combined(self):
         expression = '^(libmoss|Games)( |$)'
         for arguments in (['-m', 'f', '-e', expression, '-s', 'a', '--duplicates', '-g'],
                           ['-gsall', '--duplicates', '-mfilter', '-e' + expression],
@@ -288,7 +288,7 @@ class OptionsTest(JourneyTest):
             self.check_settings(*arguments, expression=expression, state='View All', duplicates=False, groups=True,
                                 names=['libmoss', 'Games'])
 
-    def test_log_window_is_shown_from_the_start(self):
+    def test_option_log_shows_the_log_window(self):
         for option in ('-l', '--log', '--lo'):
             with self.subTest(option=option), self.program(option) as program:
                 window = program.main()
@@ -341,30 +341,30 @@ class EnvironmentTest(JourneyTest):
             dialog.click_button('OK')
             self.check_ended(program)
 
-    def test_environment_variable_sets_the_share_directory(self):
+    def test_variable_vyreshare_sets_the_share_directory(self):
         copy = os.path.join(self.scratch, 'share of another name')
         shutil.copytree(driver.SHARE, copy)
         self.check_starts({'VYRESHARE': copy})
         self.check_starts({'VYRESHARE': copy + '/'})
 
-    def test_default_share_directory_is_used_without_the_variable(self):
+    def test_default_share_directory_is_used_if_vyreshare_is_not_set(self):
         self.assertFalse(os.path.exists('/usr/share/vyre'))
         self.check_no_script(unset=['VYRESHARE'])
 
-    def test_empty_share_directory_is_not_replaced_by_the_default(self):
+    def test_empty_vyreshare_does_not_select_the_default_share_directory(self):
         self.check_no_script({'VYRESHARE': ''})
 
-    def test_every_form_of_the_path_of_the_managed_root_is_accepted(self):
+    def test_vyreroot_can_be_a_relative_path_a_link_or_a_path_with_a_final_slash(self):
         self.check_starts({'VYREROOT': self.sandbox.root + '/'})
         self.check_starts({'VYREROOT': os.path.relpath(self.sandbox.root)})
         link = os.path.join(self.scratch, 'link')
         os.symlink(self.sandbox.root, link)
         self.check_starts({'VYREROOT': link})
 
-    def test_environment_of_another_interpreter_is_ignored(self):
+    def test_environment_variables_of_the_python_command_are_ignored(self):
         self.check_starts({'PYTHONHOME': '/nonexistent', 'PYTHONPATH': self.scratch, 'PYTHONSTARTUP': '/nonexistent'})
 
-    def test_program_starts_in_other_locales(self):
+    def test_program_starts_in_missing_and_non_utf_8_locales(self):
         for locale in ('C', 'POSIX', 'xx_XX.nonsense'):
             with self.subTest(locale=locale), self.program(environment={'LC_ALL': locale}) as program:
                 window = program.ready()
@@ -397,7 +397,7 @@ class EnvironmentTest(JourneyTest):
             self.assertFalse(os.path.lexists(path))
             self.assertEqual(os.listdir(outside), ['file'])
 
-    def test_runtime_directory_is_made_in_the_temporary_directory(self):
+    def test_runtime_directory_is_made_in_tmpdir_if_the_session_has_none(self):
         temporary = os.path.join(self.scratch, 'temporary')
         os.mkdir(temporary)
         path = os.path.join(temporary, self.name())
@@ -405,12 +405,12 @@ class EnvironmentTest(JourneyTest):
         self.check_runtime_directory(path, {'TMPDIR': temporary, 'XDG_RUNTIME_DIR': ''})
         self.assertEqual(os.listdir(temporary), [])
 
-    def test_runtime_directory_has_a_default_place(self):
+    def test_runtime_directory_is_made_in_tmp_if_tmpdir_is_not_set(self):
         path = os.path.join('/tmp', self.name())
         self.check_runtime_directory(path, unset=['XDG_RUNTIME_DIR', 'TMPDIR'])
         self.check_runtime_directory(path, {'TMPDIR': ''}, ['XDG_RUNTIME_DIR'])
 
-    def test_existing_runtime_directory_is_used_and_removed(self):
+    def test_runtime_directory_that_a_killed_vyre_left_is_used_and_removed(self):
         temporary = os.path.join(self.scratch, 'temporary')
         path = os.path.join(temporary, self.name())
         os.makedirs(os.path.join(path, 'from before'))
@@ -430,7 +430,7 @@ class EnvironmentTest(JourneyTest):
         self.assertNotIn(self.name(), os.listdir(temporary))
 
     def test_program_runs_if_the_runtime_directory_cannot_be_created(self):
-        # Without the directory, Qt prints a warning, but works.
+        # If Qt finds no runtime directory, it prints a warning, but works.
         with self.program(environment={'TMPDIR': os.path.join(self.scratch, 'nothing')},
                           unset=['XDG_RUNTIME_DIR']) as program:
             program.ready()
@@ -457,7 +457,7 @@ class StyleTest(JourneyTest):
             self.quit(window)
             return pictures[-1]
 
-    def test_style_of_the_user_has_priority_over_the_session(self):
+    def test_style_that_the_user_chooses_has_priority_over_the_style_of_the_session(self):
         override = {'QT_STYLE_OVERRIDE': 'windows'}
         fusion = self.look('-style=fusion')
         windows = self.look('-style=windows')

@@ -62,16 +62,16 @@ class StoppingTest(StartTest):
             self.check_refresh_helps(window)
             self.quit(window)
 
-    def test_the_button_stops_a_refresh(self):
+    def test_the_stop_button_stops_a_refresh(self):
         self.check_refresh_is_stopped(self.click_stop)
 
     def test_escape_stops_a_refresh(self):
         self.check_refresh_is_stopped(lambda window: lambda: driver.key('Escape'))
 
-    def test_the_alt_key_stops_a_refresh(self):
+    def test_the_mnemonic_of_the_stop_button_stops_a_refresh(self):
         self.check_refresh_is_stopped(lambda window: lambda: driver.key('alt+s'))
 
-    def test_a_stop_at_the_first_start_lists_installed_packages(self):
+    def test_if_the_user_stops_the_first_collection_the_installed_packages_are_listed(self):
         self.sandbox.clear_cache()
         for name in HTTP:
             self.sandbox.server.faults['/{}/repodata/repomd.xml'.format(name)] = server.paced(1)
@@ -140,7 +140,7 @@ class StoppingTest(StartTest):
             self.quit(window)
         self.check_history_complete()
 
-    def test_the_button_stops_a_download(self):
+    def test_the_stop_button_stops_a_download(self):
         self.check_download_is_stopped(self.click_stop)
 
     def test_escape_stops_a_download(self):
@@ -167,7 +167,7 @@ class StoppingTest(StartTest):
             self.quit(window)
         self.check_consistent()
 
-    def test_the_wait_for_a_lock_is_stopped(self):
+    def test_escape_stops_the_wait_for_the_download_lock(self):
         with self.program() as program:
             window = program.ready()
             window.show_all()
@@ -243,7 +243,7 @@ class WithoutRepositoriesTest(StartTest):
             wait_for(lambda: 'pergola' in window.names(), 'the packages of the repository')
             self.quit(window)
 
-    def test_installed_packages_are_listed_without_a_network(self):
+    def test_if_the_user_continues_without_all_repositories_the_installed_packages_are_listed(self):
         self.sandbox.clear_cache()
         self.sandbox.stop()
         with self.program('--disablerepo=sandbox-file') as program:
@@ -264,7 +264,7 @@ class WithoutRepositoriesTest(StartTest):
             self.check_changed(gone=['birch-log-3.0-1.x86_64'])
             self.quit(window)
 
-    def test_nothing_is_listed_if_the_user_keeps_a_failing_repository(self):
+    def test_nothing_is_listed_if_the_user_refuses_to_go_on_without_a_failing_repository(self):
         self.add('gone')
         with self.program() as program:
             self.refuse_without(program, 'gone')

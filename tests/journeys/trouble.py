@@ -71,7 +71,7 @@ class StartTest(JourneyTest):
         self.check_usable(window)
 
     def wrapped(self, commands):
-        """A patch; while it is active, each run of the program has its own mounts, and first executes these shell
+        """A context manager. Inside it, each run of the program has its own mounts, and first executes these shell
         commands.
         """
         path = os.path.join(self.scratch, 'wrapper')
@@ -82,7 +82,7 @@ class StartTest(JourneyTest):
         return unittest.mock.patch.dict(os.environ, VYRE_BINARY=path)
 
     def unprivileged(self):
-        """A patch; while it is active, the program runs as root, but file permissions apply to it."""
+        """A context manager. Inside it, the program runs as root, but file permissions apply to it."""
         path = os.path.join(self.scratch, 'wrapper')
         with open(path, 'w') as stream:
             stream.write('#!/bin/sh\nexec setpriv --bounding-set=-dac_override,-dac_read_search "{}" "$@"\n'.format(

@@ -132,9 +132,9 @@ def script_messages():
 
 
 class SourcesTest(unittest.TestCase):
-    """Tests that the texts of the sources are found. All other tests depend on this."""
+    """Tests that the module "sources" finds the texts of the program. All other tests depend on this module."""
 
-    def test_texts_are_found_with_their_calls(self):
+    def test_source_parser_finds_each_text_and_the_functions_that_receive_it(self):
         code = 'void f() { // error(tr("no"))\n' \
             '  error(tr("one \\"two\\" "\n "three").arg(x, "y"), b[1, 2], tr("four"));' \
                '\n/* tr("no") */ QMessageBox box(QMessageBox::Critical, tr("five"), \'"\', parent); }'
@@ -145,7 +145,7 @@ class SourcesTest(unittest.TestCase):
             ('five', [('QMessageBox', 1), ('tr', 0)])])
         self.assertEqual(texts[0].place, 'x:2')
 
-    def test_known_messages_are_found(self):
+    def test_source_parser_finds_messages_that_are_known_to_exist(self):
         rows, mentioned = cpp_messages()
         values = [text.value for text in rows]
         for value in ('Must be run as root to apply changes', 'Unable to read yum configuration file %1',
@@ -173,24 +173,24 @@ class ManualTest(unittest.TestCase):
 
     # Messages
 
-    def test_every_message_has_a_row(self):
+    def test_every_message_of_the_program_has_a_row_in_the_manual(self):
         missing = [text for text in cpp_messages()[0] + script_messages()
                    if not any(re.fullmatch(pattern(text.value), row) for row in self.book.rows)]
         self.assertEqual(missing, [])
 
-    def test_every_row_is_a_message(self):
+    def test_every_row_of_the_message_tables_is_a_message_of_the_program(self):
         patterns = [pattern(text.value) for text in cpp_messages()[0] + script_messages()]
         patterns.append('Initialization|Applying|Preparing')
         strange = [row for row in self.book.rows if not any(re.fullmatch(each, row) for each in patterns)]
         self.assertEqual(strange, [])
 
-    def test_every_message_is_explained(self):
+    def test_every_row_of_the_message_tables_explains_its_message(self):
         self.assertGreater(len(self.book.rows), 200)
         for message, meaning in self.book.rows.items():
             with self.subTest(message):
                 self.assertRegex(meaning, r'^[A-Z`<"].+\.$')
 
-    def test_every_text_of_the_windows_is_mentioned(self):
+    def test_manual_mentions_every_text_of_the_windows(self):
         words = self.book.words()
         missing = []
         for text in cpp_messages()[1]:
@@ -219,7 +219,7 @@ class ManualTest(unittest.TestCase):
             listed = re.search('^For a {} you see:\n(.*?)\\.\n\n'.format(owner), self.book.text, re.M | re.S).group(1)
             self.assertEqual(squeezed(listed).split(', '), expected)
 
-    def test_every_menu_entry_has_a_row_with_its_key(self):
+    def test_manual_has_a_row_with_the_key_of_every_menu_entry(self):
         code = sources.read('app', 'MainWindowWidgets.cpp')
         code = code[code.index('void MainWindow::createMenuBar()'):]
         code = code[:code.index('\n}')]
@@ -236,7 +236,7 @@ class ManualTest(unittest.TestCase):
                 self.assertEqual(len(row), 1)
                 self.assertEqual(row[0].split('|')[2].strip(), expected)
 
-    def test_manual_is_installed_where_the_menu_looks_for_it(self):
+    def test_manual_is_installed_in_the_directory_that_the_help_menu_opens(self):
         place = re.search(r'directory = QStringLiteral\("(.*?)"\)', sources.read('app', 'Manuals.h')).group(1)
         with open(os.path.join(os.path.dirname(VYRE), 'manual', 'cmake_install.cmake')) as stream:
             script = stream.read()
@@ -251,7 +251,7 @@ class ManualTest(unittest.TestCase):
 
     # Differences from dnf
 
-    def test_manual_and_developer_page_list_the_same_differences(self):
+    def test_manual_and_developer_page_list_the_same_differences_from_dnf(self):
         table = self.book.text.split('\n[#differences]\n', 1)[1].split('\n|===\n', 2)[1]
         points = re.findall(r'(?m)^\n\|(.+)\n\|', table)
         self.assertGreater(len(points), 15)
@@ -267,7 +267,7 @@ class ManualTest(unittest.TestCase):
 
     # Links and pictures
 
-    def test_every_reference_has_an_anchor(self):
+    def test_every_cross_reference_in_the_manual_has_its_anchor(self):
         places = set(re.findall(r'^\[(?:glossary)?#([\w-]+)\]', self.book.text, re.M))
         self.assertEqual({name for name in re.findall(r'<<([\w-]+)>>', self.book.text)} - places, set())
 
@@ -281,7 +281,7 @@ class ManualTest(unittest.TestCase):
         for name in named - pictures:
             self.assertTrue(os.path.isfile(os.path.join(TOP, 'share', name)), name)
 
-    def test_every_picture_is_optional(self):
+    def test_manual_can_be_built_without_its_pictures(self):
         blocks = re.findall(r'(?ms)^ifdef::pictures\[\]\n(.*?)^endif::\[\]\n', self.book.text)
         self.assertEqual([len(re.findall('image::pictures/', block)) for block in blocks], [1] * len(blocks))
         self.assertEqual(self.book.text.count('image::pictures/'), len(blocks))
@@ -310,7 +310,7 @@ class ManualTest(unittest.TestCase):
         for name in re.findall(r'`(--[a-z-]+)', chapter):
             self.assertIn(name, options)
 
-    def test_the_environment_of_the_program_is_described(self):
+    def test_man_page_describes_every_environment_variable_that_the_program_reads(self):
         page = sources.read('manual', 'vyre.8')
         # The program reads these variables with nonEmptyVariable(), which the expression below does not find.
         names = {'XDG_RUNTIME_DIR', 'TMPDIR'}
@@ -374,10 +374,10 @@ class BuildTest(unittest.TestCase):
     def tearDownClass(cls):
         shutil.rmtree(cls.folder)
 
-    def test_build_prints_no_messages(self):
+    def test_building_the_manual_prints_no_messages(self):
         self.assertEqual((self.status, self.output), (0, ''))
 
-    def test_the_page_refers_only_to_existing_files_and_anchors(self):
+    def test_html_page_refers_only_to_existing_files_and_anchors(self):
         with open(os.path.join(self.built, 'html', 'index.html'), encoding='utf-8') as stream:
             text = re.sub(r'(?s)/\*.*?\*/', '', stream.read())
         page = Page(text)
@@ -393,7 +393,7 @@ class BuildTest(unittest.TestCase):
         self.assertIn('9.8.7', text)
         self.assertNotRegex(text, r'&lt;&lt;|\{[a-z-]+\}')
 
-    def test_document_is_a_pdf(self):
+    def test_printed_manual_is_a_pdf_file(self):
         with open(os.path.join(self.built, 'manual.pdf'), 'rb') as stream:
             content = stream.read()
         self.assertEqual(content[:5], b'%PDF-')

@@ -120,7 +120,7 @@ class DesktopTest(unittest.TestCase):
 
 class OpenedTest(DesktopTest):
 
-    def test_urls_of_the_four_kinds_are_opened(self):
+    def test_http_https_ftp_and_file_urls_are_opened(self):
         for url in ('http://host', 'https://host/path?query=1#part', 'ftp://host/', 'file:///usr/share/doc',
                     'file://localhost/etc', 'HTTP://HOST/', 'http://host:8080/', 'http://[::1]:80/x',
                     'http://h/$basearch/%20', 'http://host?query'):
@@ -135,7 +135,7 @@ class OpenedTest(DesktopTest):
             with self.subTest(url=url):
                 self.assertEqual(self.opened('webbrowser', url)['argv'][1], opened)
 
-    def test_a_path_of_a_file_is_opened_as_a_url(self):
+    def test_a_file_path_is_opened_as_a_file_url(self):
         path = self.file('index page#1.html')
         self.assertEqual(self.opened('webbrowser', path)['argv'][1],
                          'file://' + self.scratch + '/index%20page%231.html')
@@ -156,7 +156,7 @@ class OpenedTest(DesktopTest):
         self.assertEqual(self.opened('mimeviewer', 'text/plain', '--help')['argv'][1:],
                          [os.path.join(self.scratch, '--help')])
 
-    def test_the_next_installed_program_is_used(self):
+    def test_if_a_desktop_program_is_missing_the_next_installed_program_is_used(self):
         os.remove(os.path.join(self.bin, 'xdg-open'))
         self.install('gio')
         self.assertEqual(self.opened('webbrowser', 'http://h/')['argv'],
@@ -167,7 +167,7 @@ class OpenedTest(DesktopTest):
         self.install('run-mailcap')
         self.assertEqual(self.opened('mimeviewer', 'a/b', path)['argv'][1:], ['--action=view', 'a/b:' + path])
 
-    def test_the_started_program_ignores_no_signals(self):
+    def test_the_desktop_program_starts_with_no_signals_ignored(self):
         self.install('xdg-open', '#!/bin/sh\nPATH=/bin:/usr/bin\ngrep SigIgn /proc/self/status > "{}"\n'.format(
             self.report))
         self.run_program('webbrowser', 'http://h/')
@@ -177,7 +177,7 @@ class OpenedTest(DesktopTest):
 
 class RefusedTest(DesktopTest):
 
-    def test_a_text_that_is_no_url_of_the_four_kinds_is_refused(self):
+    def test_a_text_that_is_no_http_https_ftp_or_file_url_is_refused(self):
         for url in ('', 'host', 'host/path', 'javascript:alert(1)', 'mailto:a@b', 'data:text/html,x', 'http:',
                     'http://',
                     'http:///path', 'http://:80/', 'http://h:port/', 'file://host/etc', 'file:etc', 'smb://h/', '-h',
@@ -199,7 +199,7 @@ class RefusedTest(DesktopTest):
                 self.assertTrue(message.startswith('there is a blank or a control character in the URL "'))
                 self.assertTrue(message.isprintable())
 
-    def test_messages_have_no_passwords(self):
+    def test_messages_about_refused_urls_hide_passwords(self):
         for url in ('http://me:secret@h/a b', 'smb://me:secret@h', 'http://h/vantor?u=me&p=secret &x=1',
                     'http://me:sec/secret@h/ b'):
             with self.subTest(url=url):
@@ -225,7 +225,7 @@ class RefusedTest(DesktopTest):
         self.assertEqual(self.refused('webbrowser', 'http://a', 'http://b'), 'usage: webbrowser URL')
         self.assertEqual(self.refused('mimeviewer', 'text/plain'), 'usage: mimeviewer TYPE FILE')
 
-    def test_nothing_is_opened_if_no_desktop_program_is_installed(self):
+    def test_a_missing_desktop_program_is_reported(self):
         os.remove(os.path.join(self.bin, 'xdg-open'))
         self.assertRegex(self.refused('webbrowser', 'http://me:secret@h/'),
                          '^"http://h/" is not opened: none of xdg-open, .* is installed$')
@@ -233,7 +233,7 @@ class RefusedTest(DesktopTest):
         self.assertRegex(self.refused('mimeviewer', 'a/b', path),
                          '^"{}" is not opened: none of xdg-open, .* is installed$'.format(path))
 
-    def test_a_program_that_cannot_be_started_is_reported(self):
+    def test_a_desktop_program_that_cannot_be_started_is_reported(self):
         self.install('xdg-open', '#!/nonexistent/interpreter\n')
         self.assertEqual(self.refused('webbrowser', 'http://h/'),
                          'cannot start {}/xdg-open: No such file or directory'.format(self.bin))
@@ -246,16 +246,16 @@ class UserTest(DesktopTest):
         self.assertEqual(facts['gids'], [NOBODY.pw_gid] * 3)
         self.assertEqual(facts['groups'], sorted(set(os.getgrouplist('nobody', NOBODY.pw_gid))))
 
-    def test_the_program_runs_as_the_user_who_used_pkexec(self):
+    def test_the_desktop_program_runs_as_the_user_who_used_pkexec(self):
         self.check_nobody(self.opened('webbrowser', 'http://h/'))
         self.check_nobody(self.opened('mimeviewer', 'a/b', self.file('x')))
 
-    def test_the_program_runs_as_the_user_who_used_sudo(self):
+    def test_the_desktop_program_runs_as_the_user_who_used_sudo(self):
         for pkexec in (None, '0', ''):
             self.check_nobody(self.opened('webbrowser', 'http://h/', environment={
                 'PKEXEC_UID': pkexec, 'SUDO_UID': str(NOBODY.pw_uid)}))
 
-    def test_the_program_never_runs_as_root(self):
+    def test_the_desktop_program_never_runs_as_root(self):
         for variables in ({}, {'SUDO_UID': '0'}, {'PKEXEC_UID': '0'}, {'SUDO_UID': '-1'}, {'SUDO_UID': 'root'},
                           {'SUDO_UID': '00'}, {'SUDO_UID': '²'}):
             with self.subTest(**variables):
@@ -264,7 +264,7 @@ class UserTest(DesktopTest):
                                  environment=dict({'PKEXEC_UID': None}, **variables)),
                     '"http://h/" is not opened as root, and neither pkexec nor sudo names the user who started VYRE')
 
-    def test_a_refusal_is_shown_on_the_display(self):
+    def test_the_reason_for_a_refusal_is_shown_on_the_display(self):
         # The stand-in does not wait; the real xmessage would wait for the user.
         self.install('xmessage')
         message = self.refused('webbrowser', 'http://h/', environment={'PKEXEC_UID': None}, shown=True)
@@ -312,7 +312,7 @@ class UserTest(DesktopTest):
                               env={'PATH': self.bin, 'DISPLAY': 'host:0'}, preexec_fn=become,
                               stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
 
-    def test_no_message_is_shown_after_the_user_ends_vyre_by_a_signal(self):
+    def test_if_the_user_ends_vyre_by_a_signal_no_message_is_shown(self):
         self.install('xmessage')
         for name, number in (('TERM', 15), ('HUP', 1), ('INT', 2)):
             done = self.run_admin_with_ended_vyre('kill -{} $$'.format(name))
@@ -323,7 +323,7 @@ class UserTest(DesktopTest):
         self.assertTrue(os.path.exists(self.report))
         os.remove(self.report)
 
-    def test_the_last_output_of_vyre_is_never_shown_as_markup(self):
+    def test_if_vyre_fails_the_message_never_shows_its_last_output_as_markup(self):
         for program in ('zenity', 'kdialog', 'xmessage'):
             with self.subTest(program=program):
                 self.install(program)
@@ -335,19 +335,19 @@ class UserTest(DesktopTest):
                 os.remove(self.report)
                 os.remove(os.path.join(self.bin, program))
 
-    def test_the_program_never_runs_as_an_unknown_user(self):
+    def test_the_desktop_program_never_runs_as_an_unknown_user(self):
         for uid in ('4000000', '99999999999999999999'):
             self.assertEqual(self.refused('webbrowser', 'http://h/', environment={'PKEXEC_UID': uid}),
                              'the user {} of PKEXEC_UID does not exist'.format(uid))
 
-    def test_the_program_runs_as_the_same_user_if_the_user_is_not_root(self):
+    def test_if_vyre_does_not_run_as_root_the_desktop_program_runs_as_the_user_of_vyre(self):
         daemon = pwd.getpwnam('daemon')
         facts = self.opened('webbrowser', 'http://h/', user=daemon,
                             environment={'ANYTHING': 'kept', 'PKEXEC_UID': str(NOBODY.pw_uid)})
         self.assertEqual(facts['uids'], [daemon.pw_uid] * 3)
         self.assertEqual(facts['environment']['ANYTHING'], 'kept')
 
-    def test_the_program_gets_the_environment_of_the_user(self):
+    def test_the_desktop_program_gets_the_environment_of_the_user(self):
         runtime = self.directory('runtime', 0o700)
         os.chown(runtime, NOBODY.pw_uid, NOBODY.pw_gid)
         cookies = self.file('cookies')
@@ -364,7 +364,7 @@ class UserTest(DesktopTest):
         found = {name: value for name, value in facts['environment'].items() if name != 'LC_CTYPE'}
         self.assertEqual(found, expected)
 
-    def test_the_program_does_not_get_files_of_root(self):
+    def test_the_desktop_program_gets_no_runtime_directory_and_cookies_of_root(self):
         runtime = self.directory('runtime', 0o700)
         cookies = self.file('cookies')
         os.chmod(cookies, 0o600)
@@ -372,7 +372,7 @@ class UserTest(DesktopTest):
         self.assertNotEqual(facts['environment'].get('XDG_RUNTIME_DIR'), runtime)
         self.assertNotIn('XAUTHORITY', facts['environment'])
 
-    def test_the_program_starts_in_the_home_directory(self):
+    def test_the_desktop_program_starts_in_the_home_directory_of_the_user(self):
         expected = NOBODY.pw_dir if os.path.isdir(NOBODY.pw_dir) else '/'
         self.assertEqual(self.opened('webbrowser', 'http://h/')['directory'], expected)
 
@@ -400,13 +400,13 @@ class EnvironmentTest(unittest.TestCase):
         os.mkdir(path)
         return path
 
-    def test_the_runtime_directory_of_the_session_is_found(self):
+    def test_the_runtime_directory_of_the_user_is_used_if_it_exists(self):
         self.assertNotIn('XDG_RUNTIME_DIR', self.make())
         runtime = self.runtime()
         self.assertEqual(self.make()['XDG_RUNTIME_DIR'], runtime)
         self.assertEqual(self.make(XDG_RUNTIME_DIR='/nonexistent')['XDG_RUNTIME_DIR'], runtime)
 
-    def test_the_bus_of_the_session_is_found(self):
+    def test_the_session_bus_in_the_runtime_directory_is_used_if_no_bus_is_named(self):
         runtime = self.runtime()
         self.assertNotIn('DBUS_SESSION_BUS_ADDRESS', self.make())
         with socket.socket(socket.AF_UNIX) as bus:
@@ -414,7 +414,7 @@ class EnvironmentTest(unittest.TestCase):
             self.assertEqual(self.make()['DBUS_SESSION_BUS_ADDRESS'], 'unix:path=' + runtime + '/bus')
             self.assertEqual(self.make(DBUS_SESSION_BUS_ADDRESS='given')['DBUS_SESSION_BUS_ADDRESS'], 'given')
 
-    def test_the_cookies_of_the_display_are_found_at_home(self):
+    def test_display_cookies_in_the_home_directory_are_used_if_no_cookies_are_named(self):
         self.assertNotIn('XAUTHORITY', self.make())
         cookies = os.path.join(self.home, '.Xauthority')
         with open(cookies, 'w'):

@@ -104,7 +104,7 @@ class World(object):
         copy(self.sandbox.root, self.root)
         for name in os.listdir(os.path.join(self.root, "etc/yum.repos.d")):
             os.unlink(os.path.join(self.root, "etc/yum.repos.d", name))
-        # The script reads dnf's own main file through this link.
+        # The script reads dnf's own main configuration file through this link.
         os.unlink(os.path.join(self.root, "etc/yum.conf"))
         os.symlink("dnf/dnf.conf", os.path.join(self.root, "etc/yum.conf"))
         self.configure(self.root, "", [(name, "") for name in USUAL])

@@ -95,7 +95,7 @@ class AdvisoriesTest(ScenarioTest):
         self.assertEqual([each[0] for each in self.yumio.collectAdvisories()][0], "LSA-4")
 
     @in_own_process
-    def test_each_obstacle_to_an_update_is_found(self):
+    def test_each_package_of_an_advisory_has_its_state_for_example_update_locked_or_not_available(self):
         self.started()
         found = self.by_id()
         self.assertEqual(found["LBA-2"][-1], [("abacus-cli", "x86_64", "3.2.0-1", 1, "")])
@@ -118,7 +118,7 @@ class AdvisoriesTest(ScenarioTest):
                                                      ("libcairn", "x86_64", "2.2-1", 5, "")])
 
     @in_own_process
-    def test_updates_have_the_advisories_since_the_installed_version(self):
+    def test_an_update_has_the_advisories_of_all_versions_after_the_installed_version(self):
         self.started()
         found = {"%s.%s" % (update.name, update.arch): ids for update, ids in self.yumio.updateAdvisories}
         self.assertEqual(found, {
@@ -128,7 +128,7 @@ class AdvisoriesTest(ScenarioTest):
         self.assertEqual(self.yumio.updateAdvisories, [])
 
     @in_own_process
-    def test_each_package_has_the_text_of_its_advisories(self):
+    def test_each_package_has_a_text_that_lists_its_advisories(self):
         self.started()
         update = self.package(self.updates, "abacus-cli")
         text = "LSA-1 (Important/Sec., CVE-2024-5, CVE-2024-7): Wrong sums & more"
@@ -157,7 +157,7 @@ class AdvisoriesTest(ScenarioTest):
         self.assertEqual(update.advisories, text)
 
     @in_own_process
-    def test_nothing_is_read_if_no_repository_has_advisories(self):
+    def test_all_advisory_lists_are_empty_if_no_repository_has_advisories(self):
         for name in ("sandbox-updates", "sandbox-file"):
             subprocess.run(["modifyrepo_c", "--remove", "updateinfo",
                             os.path.join(self.sandbox.repository(name), "repodata")], check=True,

@@ -24,7 +24,7 @@ from vyresandbox.package import Package
 REPODATA = "/sandbox-http/repodata/"
 
 
-class LeftoversTest(ScenarioTest):
+class InterruptedTransactionTest(ScenarioTest):
     """Tests of the reports about an interrupted transaction."""
 
     def reports(self):
@@ -38,7 +38,7 @@ class LeftoversTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_complete_transactions_are_not_reported(self):
+    def test_complete_transactions_are_not_reported_as_interrupted(self):
         self.load()
         self.yumio.lock()
         self.collect()
@@ -53,7 +53,7 @@ class LeftoversTest(ScenarioTest):
         self.assertEqual(self.reports(), [])
 
     @in_own_process
-    def test_a_transaction_without_its_end_in_the_history_is_reported(self):
+    def test_a_transaction_whose_end_the_history_lacks_is_reported_as_interrupted(self):
         self.load()
         self.yumio.lock()
         self.collect()
@@ -77,7 +77,7 @@ class LeftoversTest(ScenarioTest):
         self.assertEqual(self.reports(), [])
 
     @in_own_process
-    def test_several_installed_versions_of_a_package_are_reported(self):
+    def test_several_installed_versions_of_a_package_are_reported_as_left_by_an_interruption(self):
         for name in ("abacus-cli-3.3.0-2.x86_64.rpm", "barometer-1.1-2.x86_64.rpm"):
             path = os.path.join(self.sandbox.repository("sandbox-updates"), name)
             self.sandbox.rpm("--install", "--force", "--nosignature", path)
@@ -91,7 +91,7 @@ class LeftoversTest(ScenarioTest):
                                           "\"dnf remove --duplicates\" removes the older versions."])
 
     @in_own_process
-    def test_a_missing_history_is_not_created(self):
+    def test_a_collection_does_not_create_a_missing_history(self):
         path = self.sandbox.root + "/var/lib/dnf/history.sqlite"
         for name in os.listdir(os.path.dirname(path)):
             os.unlink(os.path.join(os.path.dirname(path), name))
@@ -103,7 +103,7 @@ class LeftoversTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_packages_are_collected_despite_a_damaged_history(self):
+    def test_packages_are_collected_even_if_the_history_is_damaged(self):
         self.write("/var/lib/dnf/history.sqlite", b"nonsense" * 1000)
         self.load()
         self.yumio.lock()
@@ -115,7 +115,7 @@ class LeftoversTest(ScenarioTest):
 
 class SetupTest(ScenarioTest):
     @in_own_process
-    def test_an_unreachable_repository_is_only_reported_if_it_may_be_skipped(self):
+    def test_an_unreachable_repository_is_reported_and_skipped_if_skip_if_unavailable_is_set(self):
         self.load()
         self.yumio.setupRepos()
         self.assertIn("sandbox-unreachable", "\n".join(self.recording.errors()))
@@ -137,7 +137,7 @@ class SetupTest(ScenarioTest):
         return REPODATA + next(name for name in names if name.endswith(kind))
 
     @in_own_process
-    def test_bad_metadata_cause_a_repository_error_until_they_are_corrected(self):
+    def test_damaged_metadata_cause_a_repository_error_until_the_server_has_correct_metadata(self):
         self.load()
         for path, kind, arguments in (
                 (REPODATA + "repomd.xml", "status", (404,)),
@@ -167,7 +167,7 @@ class SetupTest(ScenarioTest):
             self.yumio.setupRepos()
 
     @in_own_process
-    def test_fresh_metadata_comes_from_the_cache(self):
+    def test_metadata_that_have_not_expired_come_from_the_cache(self):
         self.configure("metadata_expire=3600")
         self.started()
         self.assertIn(REPODATA + "repomd.xml", self.server.paths(200))
@@ -177,7 +177,7 @@ class SetupTest(ScenarioTest):
         self.package(self.available, "astrolabe")
 
     @in_own_process
-    def test_a_repository_is_read_again_after_its_metadata_expires_or_is_cleaned(self):
+    def test_metadata_are_downloaded_again_after_they_expire_or_are_cleaned(self):
         self.configure("metadata_expire=3600")
         self.started()
         hidden = os.path.join(self.sandbox.repository("sandbox-disabled"), "hidden-gem-1.0-1.noarch.rpm")
@@ -197,7 +197,7 @@ class SetupTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_metadata_expires_when_it_is_too_old(self):
+    def test_metadata_older_than_metadata_expire_are_checked_on_the_server(self):
         self.configure("metadata_expire=3600")
         self.started()
         old = time.time() - 3700
@@ -212,7 +212,7 @@ class SetupTest(ScenarioTest):
         self.package(self.available, "astrolabe")
 
     @in_own_process
-    def test_progress_of_metadata_is_reported(self):
+    def test_progress_of_metadata_downloads_is_reported(self):
         self.load()
         self.collect()
         reports = set(read[:2] for read in self.recording.of("downloadEnd"))
@@ -293,7 +293,7 @@ class CollectionTest(ScenarioTest):
         self.assertIsNone(history.get("office"))
 
     @in_own_process
-    def test_architectures_that_replace_each_other_have_one_bi_arch_class(self):
+    def test_architectures_that_replace_each_other_have_the_same_bi_arch_class(self):
         biArch = self.load().getBiArch
         self.assertEqual(biArch("x86_64"), "x86_64")
         self.assertEqual(biArch("noarch"), "x86_64")
@@ -302,7 +302,7 @@ class CollectionTest(ScenarioTest):
         self.assertEqual(biArch("architecture-of-tomorrow"), "architecture-of-tomorrow")
 
     @in_own_process
-    def test_a_package_is_better_if_it_has_the_system_architecture_or_is_newer(self):
+    def test_is_better_than_prefers_the_system_architecture_and_then_the_newer_version(self):
         self.started()
         better = self.yumio.isBetterThan
         wide = self.package(self.available, "libcairn", "x86_64")
@@ -316,7 +316,7 @@ class CollectionTest(ScenarioTest):
         self.assertIs(better(*epochs), True)
 
     @in_own_process
-    def test_every_package_has_the_attributes_that_the_program_reads(self):
+    def test_every_package_has_all_attributes_that_the_program_reads(self):
         self.started()
         for package in self.installed + self.available + self.updates:
             for attribute in ("name", "arch", "repoid", "summary", "group", "description", "version", "release"):
@@ -387,14 +387,14 @@ class CollectionTest(ScenarioTest):
                 self.assertIs(type(entry["timestamp"]), datetime.datetime)
 
     @in_own_process
-    def test_change_logs_of_all_repositories_can_be_loaded_together(self):
+    def test_change_logs_that_were_loaded_once_are_readable_without_their_cached_files(self):
         self.started()
         self.assertTrue(self.yumio.collectOtherData())
         self.yumio.cleanAll()
         self.assertEqual(len(self.package(self.available, "tagsoup").changelogs), 3)
 
     @in_own_process
-    def test_change_logs_are_empty_if_metadata_are_missing(self):
+    def test_change_logs_are_empty_if_their_metadata_are_missing(self):
         self.started()
         self.yumio.cleanAll()
         self.assertEqual(self.package(self.available, "tagsoup").changelogs, [])
@@ -416,7 +416,7 @@ class CollectionTest(ScenarioTest):
         self.assertEqual(len(self.package(self.available, "tagsoup").changelogs), 3)
 
     @in_own_process
-    def test_only_installed_packages_have_a_header(self):
+    def test_only_installed_packages_have_an_rpm_header(self):
         self.started()
         import rpm
 
@@ -425,7 +425,7 @@ class CollectionTest(ScenarioTest):
         self.assertFalse(hasattr(self.package(self.available, "astrolabe"), "hdr"))
 
     @in_own_process
-    def test_a_header_is_read_once_for_all_values_of_a_package(self):
+    def test_the_rpm_header_of_a_package_is_read_once_for_all_its_values(self):
         self.started()
         import rpm
 
@@ -459,7 +459,7 @@ class CollectionTest(ScenarioTest):
         self.assertEqual(len(looked_up), 2)
 
     @in_own_process
-    def test_installed_and_available_packages_have_their_relations(self):
+    def test_installed_and_available_packages_have_their_dependencies(self):
         self.started()
         orchard = self.package(self.available, "orchard")
         self.assertEqual({str(relation) for relation in orchard.requires} - {"setup"},
@@ -500,7 +500,7 @@ class ReplacementTest(ScenarioTest):
         return re.findall(r"^ +replacing +(\S+) ", done.stdout, re.M)
 
     @in_own_process
-    def test_replacements_are_the_same_as_in_dnf(self):
+    def test_packages_that_obsolete_installed_packages_are_the_same_as_in_dnf(self):
         self.started()
         self.assertEqual(self.upgraded(), ["oldpost.x86_64"])
         self.assertEqual(self.replacements(), [(self.OLD, self.NEW)])
@@ -510,7 +510,7 @@ class ReplacementTest(ScenarioTest):
         self.assertEqual(self.replacements(), [])
 
     @in_own_process
-    def test_weak_dependencies_are_resolved_as_by_dnf(self):
+    def test_the_search_for_obsoleting_packages_treats_weak_dependencies_as_dnf_does(self):
         import dnf.goal
 
         given = []
@@ -533,7 +533,7 @@ class ReplacementTest(ScenarioTest):
         self.assertFalse([names for names in given if "ignore_weak" in names])
 
     @in_own_process
-    def test_the_configuration_can_prevent_replacements(self):
+    def test_obsoletes_and_exclude_options_prevent_replacements(self):
         for line in ("obsoletes=0", "exclude=newpost", "exclude=oldpost"):
             self.configure(line)
             if line == "obsoletes=0":
@@ -541,13 +541,13 @@ class ReplacementTest(ScenarioTest):
             else:
                 self.configure("obsoletes=1")
                 self.again()
-            # Without the names of packages, "dnf upgrade" of dnf 4.14 ignores the obsoletes option.
+            # If no package is named, "dnf upgrade" of dnf 4.14 ignores the obsoletes option.
             if line != "obsoletes=0":
                 self.assertEqual(self.upgraded(), [], line)
             self.assertEqual(self.replacements(), [], line)
 
     @in_own_process
-    def test_a_collection_first_frees_the_packages_of_the_last_collection(self):
+    def test_a_collection_frees_the_packages_of_the_previous_collection_before_it_begins(self):
         self.started()
         self.assertEqual(self.replacements(), [(self.OLD, self.NEW)])
         self.apply(updates=["tidewatch", "abacus-cli"], answers=(1, 1))
@@ -561,7 +561,7 @@ class ReplacementTest(ScenarioTest):
                          [self.yumio.base.sack])
 
     @in_own_process
-    def test_the_search_for_replacements_leaves_no_marks(self):
+    def test_the_search_for_obsoleting_packages_marks_no_packages_in_dnf(self):
         self.started()
         self.assertEqual(self.replacements(), [(self.OLD, self.NEW)])
         self.assertEqual(self.changes(self.apply, removes=["almanac"])[0], set())
@@ -674,7 +674,7 @@ class ArchitectureTest(ScenarioTest):
                               for package in self.ours(self.updates)}, expected)
 
     @in_own_process
-    def test_each_update_has_the_installed_packages_that_it_replaces(self):
+    def test_each_update_lists_the_installed_packages_that_it_replaces(self):
         other = os.path.join(self.directory, "other")
         subprocess.run(["cp", "-a", self.sandbox.root, other], check=True)
         self.started()

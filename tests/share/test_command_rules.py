@@ -20,7 +20,7 @@ class CommandRulesTest(ScenarioTest):
         return sorted(set(path.split("/")[1] for path in self.server.paths(200) if path.endswith("repomd.xml")))
 
     @in_own_process
-    def test_the_release_of_the_environment_has_priority_over_the_release_package(self):
+    def test_releasever_in_the_environment_has_priority_over_the_release_package(self):
         self.write("/etc/yum.repos.d/more.repo", "[more-$releasever]\nname=x\nbaseurl=file:///$releasever\n")
         os.environ["DNF_VAR_releasever"] = "42"
         os.environ["DNF3"] = "three"
@@ -30,14 +30,14 @@ class CommandRulesTest(ScenarioTest):
         self.assertIn("more-42", yumio.base.repos)
 
     @in_own_process
-    def test_the_release_of_a_variable_file_is_used_in_directory_names(self):
+    def test_releasever_in_a_variable_file_is_used_in_directory_names(self):
         self.write("/etc/dnf/vars/releasever", "43\n")
         self.configure("cachedir=/var/cache/of-$releasever")
         conf = self.load().base.conf
         self.assertEqual((conf.releasever, conf.cachedir), ("43", self.sandbox.root + "/var/cache/of-43"))
 
     @in_own_process
-    def test_signatures_are_checked_if_the_rpm_configuration_demands_them(self):
+    def test_package_signatures_are_checked_if_the_rpm_configuration_demands_this(self):
         self.load()
         import rpm
 
@@ -49,12 +49,12 @@ class CommandRulesTest(ScenarioTest):
         self.assert_refused("astrolabe.*is not signed", installs=["astrolabe"])
 
     @in_own_process
-    def test_repository_files_decide_about_signatures_if_rpm_demands_none(self):
+    def test_repository_files_decide_about_signature_checks_if_rpm_demands_none(self):
         self.started()
         self.assertTrue([repo.id for repo in self.yumio.base.repos.values() if not repo.gpgcheck])
 
     @in_own_process
-    def test_the_configuration_can_limit_dnf_to_the_cache(self):
+    def test_if_cacheonly_is_set_the_server_is_not_contacted(self):
         self.started()
         self.assertTrue(self.asked())
         self.sandbox.expire_metadata()
@@ -65,7 +65,7 @@ class CommandRulesTest(ScenarioTest):
         self.package(self.available, "astrolabe")
 
     @in_own_process
-    def test_packages_can_be_downloaded_to_another_directory(self):
+    def test_packages_are_downloaded_to_the_directory_that_destdir_names(self):
         self.configure("destdir=/srv/packages", "keepcache=1")
         self.started()
         self.apply(installs=["astrolabe"])
@@ -73,7 +73,7 @@ class CommandRulesTest(ScenarioTest):
         self.assertEqual(glob.glob(self.cached("*/packages/*.rpm")), [])
 
     @in_own_process
-    def test_metadata_that_an_earlier_run_has_expired_are_downloaded_again(self):
+    def test_metadata_that_an_earlier_run_has_marked_as_expired_are_downloaded_again(self):
         self.configure("metadata_expire=never")
         self.started()
         self.yumio.unlock()
@@ -89,7 +89,7 @@ class CommandRulesTest(ScenarioTest):
         self.assertEqual(self.asked(), ["sandbox-http"])
 
     @in_own_process
-    def test_metadata_that_this_run_has_expired_are_recorded_at_its_end(self):
+    def test_metadata_marked_as_expired_are_recorded_for_the_next_run(self):
         self.configure("metadata_expire=never")
         self.started()
         self.yumio.base.repos["sandbox-http"]._repo.expire()
@@ -98,7 +98,7 @@ class CommandRulesTest(ScenarioTest):
             self.assertIn("sandbox-http", json.load(stream))
 
     @in_own_process
-    def test_a_marked_package_replaces_obsoleted_packages_even_without_obsoletes(self):
+    def test_a_marked_package_replaces_obsoleted_packages_even_if_the_obsoletes_option_is_off(self):
         self.configure("obsoletes=0")
         twin = self.sandbox.copy(os.path.join(self.directory, "twin"))
         for name in os.listdir(os.path.join(self.sandbox.root, "etc/yum.repos.d")):
@@ -139,7 +139,8 @@ class CommandRulesTest(ScenarioTest):
 
     @in_own_process
     def test_protected_files_of_an_image_are_not_changed(self):
-        """Only some versions of dnf have the option for protected paths; without it, no path is protected."""
+        """Only some versions of dnf have the option for protected paths. In the other versions, no path is protected.
+        """
         self.configure("usr_drift_protected_paths=/nowhere/*,/usr/share/doc/astrolabe*")
         self.started()
         base = self.yumio.base
@@ -172,7 +173,7 @@ class CommandRulesTest(ScenarioTest):
 
     @in_own_process
     def test_the_script_keeps_the_umask(self):
-        """With an unchanged umask, the script's files get the same modes as dnf's files."""
+        """If the script keeps the umask, its files get the same modes as dnf's files."""
         os.umask(0o027)
         self.load()
         self.assertEqual(os.umask(0o022), 0o027)

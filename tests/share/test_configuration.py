@@ -42,7 +42,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(repositories(yumio), sorted(LAYOUT))
 
     @in_own_process
-    def test_repositories_are_read_again_after_an_interruption(self):
+    def test_repository_files_are_read_again_if_sigint_interrupted_the_first_reading(self):
         yumio = self.load()
         kind = self.module("configfiles").RepositoryReader
         read = kind._get_repos
@@ -60,7 +60,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(self.recording.errors(), [])
 
     @in_own_process
-    def test_the_script_ignores_the_same_files_as_the_program(self):
+    def test_the_script_ignores_the_same_repository_files_as_the_editor_of_the_program(self):
         place = self.sandbox.root + "/etc/yum.repos.d/"
         odd = "[odd]\nname=Odd\nbaseurl=file:///nowhere\n"
         section = limits()["repositorySectionLimit"]
@@ -84,7 +84,7 @@ class ConfigurationTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_byte_order_marks_and_carriage_returns_are_accepted(self):
+    def test_byte_order_marks_and_carriage_returns_in_configuration_files_are_accepted(self):
         section = "[{0}]\nname={0}\nbaseurl=file:///nowhere\nenabled=0\n"
         self.write("/etc/yum.repos.d/mark.repo", b"\xef\xbb\xbf" + section.format("mark").encode())
         self.write("/etc/yum.repos.d/both.repo",
@@ -98,7 +98,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(self.recording.errors(), [])
 
     @in_own_process
-    def test_the_existing_repository_directories_of_dnf_are_read(self):
+    def test_every_existing_default_repository_directory_of_dnf_is_read(self):
         import dnf.conf
 
         conf = dnf.conf.Conf()
@@ -119,14 +119,14 @@ class ConfigurationTest(ScenarioTest):
                                                           if directory != "/etc/distro.repos.d"])
 
     @in_own_process
-    def test_repositories_come_from_the_main_file_and_both_directories(self):
+    def test_repositories_come_from_the_main_configuration_file_and_both_directories(self):
         self.configure("[in-main]", "name=Main", "baseurl=file:///nowhere")
         self.write("/etc/yum/repos.d/second.repo", "[second]\nname=Second\nbaseurl=file:///nowhere\n")
         yumio = self.load()
         self.assertEqual(repositories(yumio), sorted(LAYOUT + ("in-main", "second")))
 
     @in_own_process
-    def test_the_parts_of_the_release_are_the_same_as_in_dnf(self):
+    def test_releasever_major_and_releasever_minor_are_the_same_as_in_dnf(self):
         self.write("/etc/yum.repos.d/parts.repo",
                    "[parts]\nname=Parts\nbaseurl=file:///$releasever/$releasever_major.$releasever_minor\n")
         yumio = self.load()
@@ -147,7 +147,7 @@ class ConfigurationTest(ScenarioTest):
         return found.group(1) if found else shown
 
     @in_own_process
-    def test_given_parts_of_the_release_are_used_as_by_dnf(self):
+    def test_given_values_of_releasever_major_and_releasever_minor_are_used_as_in_dnf(self):
         """The parts of the release come from variable files or from the environment, with or without a given release.
         """
         self.write("/etc/yum.repos.d/parts.repo",
@@ -185,12 +185,12 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(yumio.base.repos["one"].enabled, 0)
 
     @in_own_process
-    def test_the_release_comes_from_its_package(self):
+    def test_releasever_is_the_version_of_the_release_package(self):
         self.write("/etc/os-release", 'VERSION_ID="7"\n')
         self.assertEqual(self.load().base.conf.releasever, "9")
 
     @in_own_process
-    def test_the_release_file_is_used_if_the_release_package_is_missing(self):
+    def test_releasever_comes_from_the_release_file_if_the_release_package_is_missing(self):
         self.sandbox.rpm("-e", "--justdb", "--nodeps", "larkspur-release")
         self.write("/etc/os-release", 'NAME=x\nVERSION_ID="7.2"\n')
         self.write("/etc/yum.repos.d/more.repo", "[more-$releasever]\nname=x\nbaseurl=file:///$releasever\n")
@@ -199,14 +199,14 @@ class ConfigurationTest(ScenarioTest):
         self.assertIn("more-7.2", yumio.base.repos)
 
     @in_own_process
-    def test_a_release_file_with_invalid_utf_8_is_used(self):
+    def test_releasever_comes_from_the_release_file_even_if_it_has_invalid_utf_8(self):
         self.sandbox.rpm("-e", "--justdb", "--nodeps", "larkspur-release")
         self.write("/etc/os-release", b'NAME="caf\xe9 \xff"\nPRETTY_NAME="caf\xc3\xa9"\nVERSION_ID=7.3\n')
         self.assertEqual(self.load().base.conf.releasever, "7.3")
         self.assert_no_faults()
 
     @in_own_process
-    def test_repositories_are_read_even_if_the_release_is_unknown(self):
+    def test_repositories_are_read_even_if_releasever_is_unknown(self):
         self.sandbox.rpm("-e", "--justdb", "--nodeps", "larkspur-release")
         os.unlink(self.sandbox.root + "/etc/os-release")
         yumio = self.load()
@@ -252,7 +252,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual([package.repoid for package in self.updates], ["sandbox-disabled"])
 
     @in_own_process
-    def test_the_script_has_all_classes_that_the_program_uses(self):
+    def test_the_script_offers_all_classes_that_the_program_uses(self):
         self.load()
         for name in ("bdb.BdbQuit", "dnf.exceptions.Error", "dnf.exceptions.MiscError", "dnf.exceptions.RepoError",
                      "dnf.exceptions.LockError"):
@@ -269,7 +269,7 @@ class ConfigurationTest(ScenarioTest):
                 method("no-such-repo")
 
     @in_own_process
-    def test_nothing_is_reported_after_the_end_of_the_program(self):
+    def test_the_script_calls_no_function_of_the_program_after_the_program_has_ended(self):
         self.started()
         sys.stdout = sys.__stdout__
         sys.stderr = sys.__stderr__
@@ -279,7 +279,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(self.recording.calls, [])
 
     @in_own_process
-    def test_output_reaches_the_program_with_all_its_characters(self):
+    def test_python_output_reaches_the_program_with_all_its_characters(self):
         self.load()
         self.recording.clear()
         print("plain", end="")
@@ -291,7 +291,7 @@ class ConfigurationTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_log_records_are_passed_on_with_their_levels(self):
+    def test_log_records_of_dnf_are_passed_on_with_their_levels(self):
         self.load()
         logger = self.dnf.logging.logging.getLogger("dnf")
         self.recording.clear()

@@ -154,7 +154,7 @@ class LockedTest(DatabaseTest):
         self.assertEqual(self.changes(self.apply, removes=["almanac"]), (set(), {ALMANAC}))
 
     @in_own_process
-    def test_the_user_can_give_up_waiting_for_the_lock_of_rpm(self):
+    def test_the_user_can_give_up_waiting_for_the_transaction_lock_of_rpm(self):
         self.check_given_up(self.rpm_lock)
 
     def check_ended_by_the_program(self, take):
@@ -189,15 +189,15 @@ class LockedTest(DatabaseTest):
             return ""
 
     @in_own_process
-    def test_the_program_can_end_the_wait_for_the_lock_of_rpm(self):
+    def test_when_the_program_ends_the_wait_for_the_transaction_lock_of_rpm_ends(self):
         self.check_ended_by_the_program(self.rpm_lock)
 
     @in_own_process
-    def test_the_program_can_end_the_wait_for_a_locked_database(self):
+    def test_when_the_program_ends_the_wait_for_a_locked_database_ends(self):
         self.check_ended_by_the_program(self.database_lock)
 
     @in_own_process
-    def test_a_lock_is_not_confused_with_a_lock_on_another_device(self):
+    def test_a_lock_on_another_device_with_the_same_inode_number_is_not_reported(self):
         self.load()
         self.isolate()
         places = []
@@ -249,7 +249,7 @@ class LockedTest(DatabaseTest):
         self.assert_history_is_complete()
 
     @in_own_process
-    def test_the_transaction_waits_for_the_lock_of_rpm(self):
+    def test_the_transaction_waits_for_the_transaction_lock_of_rpm(self):
         self.check_waits(self.rpm_lock)
 
     @in_own_process
@@ -257,7 +257,7 @@ class LockedTest(DatabaseTest):
         self.check_waits(self.database_lock)
 
     @in_own_process
-    def test_the_bar_shows_the_next_step_after_a_wait(self):
+    def test_the_progress_bar_shows_the_next_step_after_the_wait_for_a_lock(self):
         shown = self.prepare()
         self.module("locks").DatabaseLock.FIRST_QUESTION = 600
         self.holder = Holder(self.rpm_lock)
@@ -289,7 +289,7 @@ class LockedTest(DatabaseTest):
         self.check_outdated()
 
     @in_own_process
-    def test_no_other_program_gets_the_lock_during_the_transaction(self):
+    def test_the_transaction_lock_of_rpm_is_already_held_when_dnf_begins_the_transaction(self):
         self.started()
         found = []
         before = self.dnf.Base.do_transaction
@@ -311,7 +311,7 @@ class LockedTest(DatabaseTest):
         self.assertEqual(found, [b"held"])
 
     @in_own_process
-    def test_a_transaction_that_rpm_refuses_is_not_reported_as_interrupted(self):
+    def test_a_transaction_that_rpm_refuses_to_start_is_not_reported_as_interrupted(self):
         self.started()
 
         def refuse(base, cb):

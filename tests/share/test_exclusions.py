@@ -40,7 +40,7 @@ class ExcludedTest(ScenarioTest):
         self.assertEqual(self.excluded, [])
 
     @in_own_process
-    def test_disabled_exclusions_have_no_effect(self):
+    def test_exclusions_have_no_effect_if_disable_excludes_is_set(self):
         self.started_without("exclude=oldpost", "disable_excludes=all")
         self.assertEqual(self.excluded, [])
         self.assertEqual(self.changes(self.apply, removes=["oldpost"]), (set(), {"oldpost-1.8-1.x86_64"}))
@@ -89,7 +89,7 @@ class ExcludedTest(ScenarioTest):
 
 class ItemsTest(ScenarioTest):
     @in_own_process
-    def test_a_changed_reason_is_an_item_with_its_own_name(self):
+    def test_a_changed_installation_reason_is_a_transaction_item_called_reason_change(self):
         self.configure("installonly_limit=2")
         self.started()
         words = []

@@ -27,11 +27,11 @@ class WithoutGroupsTest(ScenarioTest):
             dnf.comps.Comps.groups_iter = crash
 
     @in_own_process
-    def test_unreadable_groups_are_detected_without_a_crash(self):
+    def test_groups_that_would_crash_dnf_are_detected_without_a_crash(self):
         self.assertEqual(self.module("groups").groupsCanBeRead(), not dnfbase.fault_of_groups())
 
     @in_own_process
-    def test_groups_are_readable_if_an_iterator_returns_itself(self):
+    def test_groups_are_readable_only_if_the_iterator_of_the_probe_returns_itself(self):
         names = vars(self.module("groups"))
         check = self.module("groups").groupsCanBeRead.__wrapped__
 

@@ -56,7 +56,7 @@ class OutcomeTest(ScenarioTest):
 class HistoryTest(OutcomeTest):
     @needs_groups
     @in_own_process
-    def test_a_transaction_has_a_command_line_a_user_and_a_return_code(self):
+    def test_a_recorded_transaction_has_a_command_line_a_user_and_a_return_code(self):
         twin = self.twin()
         self.assertEqual(self.command(twin, "install", "astrolabe"), 0)
         expected = self.transactions(twin.root)[-1]
@@ -74,7 +74,7 @@ class HistoryTest(OutcomeTest):
         self.assertRegex(info, r"Command Line +: vyre: install astrolabe loupe; ")
 
     @in_own_process
-    def test_a_failed_transaction_has_the_return_code_of_dnf(self):
+    def test_a_failed_transaction_is_recorded_with_the_same_return_code_as_by_dnf(self):
         twin = self.twin()
         self.assertEqual(self.command(twin, "install", "brokenlatch"), 1)
         expected = self.transactions(twin.root)[-1]
@@ -86,7 +86,7 @@ class HistoryTest(OutcomeTest):
 
     @needs_groups
     @in_own_process
-    def test_a_transaction_with_only_groups_is_in_the_history(self):
+    def test_a_transaction_that_changes_only_groups_is_recorded_in_the_history(self):
         twin = self.twin()
         for arguments in (("install", "pebble-go", "hedgerow", "orrery"), ("group", "install", "games")):
             self.assertEqual(self.command(twin, *arguments), 0)
@@ -99,7 +99,7 @@ class HistoryTest(OutcomeTest):
         self.assertEqual((line, rest), ("vyre: group install games", list(expected[1:])))
 
     @in_own_process
-    def test_the_comment_and_history_record_options_are_used(self):
+    def test_the_history_follows_the_comment_and_history_record_options(self):
         self.configure("comment=why not")
         self.started()
         before = len(self.transactions())
@@ -111,7 +111,7 @@ class HistoryTest(OutcomeTest):
         self.assertEqual(len(self.transactions()), before + 1)
 
     @in_own_process
-    def test_command_lines_are_shortened_and_printable(self):
+    def test_recorded_command_lines_are_shortened_and_have_no_control_characters(self):
         self.load()
         line = self.module("history").commandLine
         self.assertEqual(line(("install", ["b", "a", "b"]), ("remove", [])), "vyre: install a b")
@@ -152,7 +152,7 @@ class TestOnlyTest(OutcomeTest):
 
     @needs_groups
     @in_own_process
-    def test_a_group_without_packages_is_changed_in_spite_of_the_test_flag(self):
+    def test_a_change_to_groups_alone_is_carried_out_even_if_tsflags_contains_test(self):
         self.started()
         self.apply(removes=["easel", "palette-knife"])
         self.configure("tsflags=test")
@@ -167,7 +167,7 @@ class TestOnlyTest(OutcomeTest):
             ["The group Arts has no packages that can be removed; only its record is removed.\n\n"], []))
 
     @in_own_process
-    def test_an_impossible_test_transaction_fails(self):
+    def test_an_impossible_transaction_is_refused_even_if_tsflags_contains_test(self):
         self.configure("tsflags=test")
         self.started()
         self.assert_refused("libtide", updates=["tidewatch"])
@@ -181,7 +181,7 @@ class TestOnlyTest(OutcomeTest):
         self.assertEqual(announced, [])
 
     @in_own_process
-    def test_the_downloadonly_option_has_no_effect(self):
+    def test_the_downloadonly_option_in_the_configuration_has_no_effect(self):
         self.configure("downloadonly=1")
         twin = self.twin()
         self.assertEqual(self.command(twin, "install", "astrolabe"), 0)
@@ -209,7 +209,7 @@ class DownloadedPackagesTest(OutcomeTest):
         self.assertEqual((self.downloaded(), self.recorded()), (["astrolabe-5.6-1.x86_64.rpm"], []))
 
     @in_own_process
-    def test_the_log_says_how_to_remove_downloaded_packages(self):
+    def test_after_a_failure_the_log_says_how_to_remove_downloaded_packages(self):
         self.started()
         self.run_failing_transaction()
         texts = [text for level, text in self.recording.of("log") if "cache" in text.lower()]
@@ -228,7 +228,7 @@ class DownloadedPackagesTest(OutcomeTest):
         signatures.checkSignatures = kept
 
     @in_own_process
-    def test_downloaded_packages_are_recorded_after_a_failure(self):
+    def test_downloaded_packages_stay_recorded_after_a_failure_until_the_next_success(self):
         self.started()
         self.run_failing_transaction()
         self.assertEqual((self.downloaded(), self.recorded()), (["astrolabe-5.6-1.x86_64.rpm"],) * 2)
@@ -263,7 +263,7 @@ class DownloadedPackagesTest(OutcomeTest):
                          (self.downloaded(twin.root), self.recorded(twin.root)))
 
     @in_own_process
-    def test_unlock_closes_the_base(self):
+    def test_unlock_closes_the_dnf_base(self):
         self.started()
         base = self.yumio.base
         self.yumio.unlock()

@@ -115,11 +115,11 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(self.recording.order(), [])
 
     @in_own_process
-    def test_the_message_about_a_refusal_has_the_mark_the_reason_and_the_result(self):
+    def test_the_message_about_a_refused_mark_gives_the_mark_the_reason_and_the_result(self):
         self.started()
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
             self.apply(updates=["tidewatch"])
-        # At the end of a reason, newer versions of dnf name the repository.
+        # Some versions of dnf name the repository at the end of a reason.
         self.assertEqual(str(caught.exception).replace(" from sandbox-updates", ""),
                          "The marks cannot be applied:\ntidewatch-2.0-1.noarch\n    " + BARRIER +
                          "\nNothing was changed. VYRE keeps all marks.")
@@ -138,7 +138,7 @@ class UpdatesTest(QuestionTest):
 
     def refusal_of(self, **actions):
         """The message with which the actions are refused; nothing may have changed. The result lacks the names of
-        repositories, which only newer versions of dnf add.
+        repositories, which only some versions of dnf add.
         """
         before = self.sandbox.installed()
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
@@ -164,7 +164,7 @@ class UpdatesTest(QuestionTest):
         self.assertNotIn("conflicting requests", text)
 
     @in_own_process
-    def test_one_message_gives_all_reasons_if_the_second_attempt_refuses_another_mark(self):
+    def test_one_message_gives_all_reasons_if_dnf_refuses_another_mark_in_the_second_attempt(self):
         self.started()
         resolving = self.module("resolving")
         mark = resolving.markAll
@@ -182,7 +182,7 @@ class UpdatesTest(QuestionTest):
                          "No match for argument: loom\nNothing was changed. VYRE keeps all marks.")
 
     @in_own_process
-    def test_the_message_names_the_marks_if_a_resolution_fails_without_reasons(self):
+    def test_the_message_names_the_marks_if_dnf_gives_no_reasons(self):
         self.started()
         self.yumio.base.problems = lambda: []
         resolve = self.yumio.base.resolve
@@ -197,7 +197,7 @@ class UpdatesTest(QuestionTest):
                          "Nothing was changed. VYRE keeps all marks.")
 
     @in_own_process
-    def test_the_question_names_only_the_first_of_many_remaining_marks(self):
+    def test_the_question_names_five_of_many_remaining_marks_and_counts_the_others(self):
         self.started()
         names = sorted(set(package.name for package in self.updates) - {"newpost", "tidewatch"})
         self.apply(updates=names + ["tidewatch"], answers=[0])
@@ -205,7 +205,7 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(head, question("%s and %d more" % (", ".join(names[:5]), len(names) - 5)))
 
     @in_own_process
-    def test_left_out_packages_are_known_after_the_confirmation(self):
+    def test_the_reasons_for_left_out_packages_are_available_after_the_confirmation(self):
         self.started()
         self.apply(updates=["tidewatch", "abacus-cli"], answers=[1, 0])
         self.assertEqual(self.yumio.leftOutReasons, "")
@@ -218,7 +218,7 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(self.yumio.leftOutReasons, "")
 
     @in_own_process
-    def test_the_reason_that_names_packages_comes_first(self):
+    def test_of_several_reasons_the_reason_that_names_packages_comes_first(self):
         self.load()
         clearest = self.module("reasons").clearest
         named = "nothing provides x needed by y-1-1.noarch"
@@ -230,7 +230,7 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(clearest([]), [])
 
     @in_own_process
-    def test_the_unspecific_reason_is_left_out_in_other_languages(self):
+    def test_the_reason_conflicting_requests_is_left_out_in_other_languages_too(self):
         os.environ["LANGUAGE"] = "de"
         os.environ["LC_ALL"] = "de_DE.UTF-8"
         self.load()
@@ -292,7 +292,7 @@ class UpdatesTest(QuestionTest):
         self.assertIn("almanac-1.9-1.noarch is not newer", self.recording.printed())
 
     @in_own_process
-    def test_the_activity_is_shown(self):
+    def test_the_progress_bar_shows_that_the_script_looks_for_possible_marks(self):
         self.started()
         shown = []
         self.module("program").changeActivity = shown.append
@@ -319,7 +319,7 @@ class GroupQuestionTest(QuestionTest):
 
     @needs_groups
     @in_own_process
-    def test_the_update_of_a_group_names_the_left_out_packages(self):
+    def test_the_question_about_a_group_update_names_the_left_out_packages(self):
         self.add_impossible_member()
         self.started()
         changed = self.changes(self.apply, group_updates=["weaving"], answers=[1, 1])
@@ -354,7 +354,7 @@ class GroupQuestionTest(QuestionTest):
 
     @needs_groups
     @in_own_process
-    def test_the_installation_of_a_group_names_the_left_out_packages(self):
+    def test_the_question_about_a_group_installation_names_the_left_out_packages(self):
         self.change_comps('<packagereq type="mandatory">pebble-go</packagereq>',
                           '<packagereq type="mandatory">pebble-go</packagereq>'
                           '<packagereq type="mandatory">moonbridge</packagereq>')
@@ -384,17 +384,17 @@ class GroupQuestionTest(QuestionTest):
 
     @needs_groups
     @in_own_process
-    def test_the_question_names_the_reasons_if_strict_is_off(self):
+    def test_the_question_gives_the_reasons_for_left_out_members_if_strict_is_off(self):
         self.check_optional_members("strict=0")
 
     @needs_groups
     @in_own_process
-    def test_the_question_names_the_reasons_if_skip_broken_is_on(self):
+    def test_the_question_gives_the_reasons_for_left_out_members_if_skip_broken_is_on(self):
         self.check_optional_members("skip_broken=1")
 
     @needs_groups
     @in_own_process
-    def test_each_marked_package_that_is_left_out_is_named(self):
+    def test_the_question_names_each_marked_package_that_the_resolution_leaves_out(self):
         self.started()
         # The search for impossible marks finds nothing here, but the resolution leaves a package out.
         self.module("resolving").impossibleMarks = lambda base, marks: []
@@ -421,7 +421,7 @@ class GroupQuestionTest(QuestionTest):
 
     @needs_groups
     @in_own_process
-    def test_a_member_marked_for_removal_is_not_reported_as_left_out(self):
+    def test_a_group_member_that_is_marked_for_removal_is_not_reported_as_left_out(self):
         self.started()
         changed = self.changes(self.apply, group_installs=["office"], group_updates=["weaving"], removes=["shuttle"],
                                answers=[1])
@@ -430,7 +430,7 @@ class GroupQuestionTest(QuestionTest):
 
 class RemovalTest(QuestionTest):
     @in_own_process
-    def test_an_installation_removes_no_conflicting_package_even_together_with_a_removal(self):
+    def test_if_removals_are_marked_too_an_installation_still_removes_no_conflicting_package(self):
         self.started()
         self.assert_installation_is_left_out("sandstone-1.0-1.noarch", installs=["sandstone"], removes=["almanac"])
 
@@ -443,7 +443,7 @@ class RemovalTest(QuestionTest):
         self.assertIn("conflicts with libgranite", self.recording.printed())
 
     @in_own_process
-    def test_dependents_of_a_removed_package_are_removed_together_with_an_installation(self):
+    def test_if_an_installation_is_marked_too_a_removal_still_removes_dependent_packages(self):
         self.started()
         changed = self.changes(self.apply, installs=["astrolabe"], removes=["flint-ssh"])
         self.assertEqual(changed, ({"astrolabe-5.6-1.x86_64"},
@@ -453,7 +453,7 @@ class RemovalTest(QuestionTest):
             "vyre-network-suite-1.0-1.noarch": (REMOVE, DEPENDENCY)})
 
     @in_own_process
-    def test_dependents_are_removed_and_the_conflicting_installation_is_left_out(self):
+    def test_dependent_packages_are_removed_even_if_a_conflicting_installation_is_left_out(self):
         self.started()
         added, gone = self.changes(self.apply, installs=["sandstone", "astrolabe"], removes=["flint-ssh"],
                                    answers=[1, 1])
@@ -463,7 +463,7 @@ class RemovalTest(QuestionTest):
         self.assertEqual(self.left_out(), ["sandstone-1.0-1.noarch"])
 
     @in_own_process
-    def test_unused_dependencies_are_removed_together_with_an_installation(self):
+    def test_if_an_installation_is_marked_too_a_removal_still_removes_unused_dependencies(self):
         self.started()
         self.apply(installs=["astrolabe"], removes=["trellis-editor"])
         self.assertEqual(self.recording.listed()["libtrellis-1.2-1.x86_64"], (REMOVE, CLEAN))
@@ -478,7 +478,7 @@ class RemovalTest(QuestionTest):
         self.assertIn("protected packages", self.recording.printed())
 
     @in_own_process
-    def test_a_protected_package_is_kept_whatever_else_is_marked(self):
+    def test_a_protected_package_is_kept_even_if_an_installation_is_marked_too(self):
         self.configure("protected_packages=vyre-network-suite")
         self.started()
         changed = self.changes(self.apply, installs=["astrolabe"], removes=["flint-ssh"], answers=[1, 1])
@@ -499,7 +499,7 @@ class RemovalTest(QuestionTest):
         self.assertLess(len(counted), 50)
 
     @in_own_process
-    def test_after_too_many_attempts_the_undecided_removals_are_left_out(self):
+    def test_removals_that_are_undecided_after_the_last_attempt_are_left_out(self):
         self.configure("protected_packages=birch-log")
         self.started()
         self.module("resolving").ATTEMPTS = 3
@@ -527,7 +527,7 @@ class RemovalTest(QuestionTest):
         self.assertIn("protected packages", self.recording.printed())
 
     @in_own_process
-    def test_one_of_two_impossible_removals_is_left_out_together_with_an_installation(self):
+    def test_if_an_installation_is_marked_too_one_of_two_removals_that_are_impossible_together_is_left_out(self):
         self.install_protected_package_with_two_providers()
         self.started()
         changed = self.changes(self.apply, removes=["oil-a", "oil-b"], installs=["astrolabe"], answers=[1, 1])
@@ -535,7 +535,7 @@ class RemovalTest(QuestionTest):
         self.assertEqual(self.left_out(), ["oil-b-1.0-1.noarch"])
 
     @in_own_process
-    def test_an_available_provider_does_not_replace_a_removed_provider(self):
+    def test_a_removal_removes_dependent_packages_even_if_an_available_package_could_provide_the_dependency(self):
         """Like dnf, the script removes a dependent package even if an available package could replace the removed
         provider.
         """
@@ -550,7 +550,7 @@ class RemovalTest(QuestionTest):
         self.assertIn("gull-mta", [package.name for package in self.available])
 
     @in_own_process
-    def test_a_marked_provider_keeps_the_dependents_of_a_removed_provider(self):
+    def test_a_removal_keeps_dependent_packages_if_a_marked_package_provides_the_dependency(self):
         self.install_package_with_two_providers()
         self.started()
         changed = self.changes(self.apply, removes=["tern-mta"], installs=["gull-mta"])
@@ -582,7 +582,7 @@ class RemovalTest(QuestionTest):
         self.index("sandbox-file")
 
     @in_own_process
-    def test_reasons_with_markup_are_passed_on_unchanged(self):
+    def test_markup_in_reasons_is_passed_on_unchanged(self):
         self.build("markup", "Requires: libmarkup(<b>&amp;%%1</b>)")
         self.started()
         self.apply(installs=["markup", "astrolabe"], answers=[0])

@@ -54,7 +54,7 @@ class LockTest(ScenarioTest):
         holder.communicate()
 
     @in_own_process
-    def test_a_lock_left_by_a_dead_process_is_taken_over(self):
+    def test_a_lock_that_an_ended_process_left_is_taken_over(self):
         dead = subprocess.Popen(["true"])
         dead.wait()
         self.write("/var/lib/dnf/rpmdb_lock.pid", str(dead.pid))
@@ -69,7 +69,7 @@ class LockTest(ScenarioTest):
         return [args[1] for name, args in self.recording.calls if name == "log" and "lock file" in args[1]]
 
     @in_own_process
-    def test_each_lock_of_a_dead_process_is_reported(self):
+    def test_each_lock_that_an_ended_process_left_is_reported(self):
         dead = subprocess.Popen(["true"])
         dead.wait()
         files = [self.write(path, str(dead.pid)) for path in (
@@ -79,7 +79,7 @@ class LockTest(ScenarioTest):
         self.assertEqual([os.path.exists(path) for path in files], [True, False, False])
 
     @in_own_process
-    def test_a_lock_older_than_the_process_with_its_number_is_taken_over(self):
+    def test_a_lock_file_older_than_the_process_that_it_names_is_taken_over(self):
         """After the machine was started again, another process can have the number that is in the lock file."""
         other = subprocess.Popen(["sleep", "600"])
         try:
@@ -100,7 +100,7 @@ class LockTest(ScenarioTest):
             other.wait()
 
     @in_own_process
-    def test_a_lock_younger_than_the_process_with_its_number_is_kept(self):
+    def test_a_lock_file_newer_than_the_process_that_it_names_is_kept(self):
         other = subprocess.Popen(["sleep", "600"])
         try:
             lock = self.write("/var/lib/dnf/rpmdb_lock.pid", str(other.pid))
@@ -115,7 +115,7 @@ class LockTest(ScenarioTest):
             other.wait()
 
     @in_own_process
-    def test_a_lock_is_kept_if_the_start_of_its_process_is_unknown(self):
+    def test_a_lock_is_kept_if_the_start_time_of_its_process_is_unknown(self):
         other = subprocess.Popen(["sleep", "600"])
         try:
             lock = self.write("/var/lib/dnf/rpmdb_lock.pid", str(other.pid))
@@ -161,7 +161,7 @@ class LockTest(ScenarioTest):
         yumio.lock()
 
     @in_own_process
-    def test_the_lock_can_be_released_and_taken_again(self):
+    def test_a_released_lock_can_be_taken_again(self):
         yumio = self.load()
         yumio.unlock()
         yumio.lock()
@@ -179,7 +179,7 @@ class LockTest(ScenarioTest):
             yumio.unlock()
 
     @in_own_process
-    def test_transactions_on_another_thread_keep_the_lock(self):
+    def test_a_transaction_on_another_thread_does_not_release_the_lock(self):
         self.started()
         failures = []
 
@@ -353,7 +353,7 @@ class WaitTest(ScenarioTest):
         self.check_ended("metadata", self.collect_again, dnf.exceptions.RepoError, lambda: False)
 
     @in_own_process
-    def test_the_end_of_a_wait_after_a_transaction_does_not_say_that_nothing_was_changed(self):
+    def test_if_the_user_ends_a_wait_after_a_transaction_the_message_does_not_claim_that_nothing_was_changed(self):
         self.started()
         self.apply(installs=["loupe"])
         self.hold("metadata")
@@ -455,7 +455,7 @@ class WaitTest(ScenarioTest):
         self.assertEqual(len(tagsoup.changelogs), 3)
 
     @in_own_process
-    def test_a_process_with_an_unreadable_name_is_shown_by_its_number(self):
+    def test_a_process_whose_name_cannot_be_read_is_shown_by_its_number(self):
         self.load()
         self.hold("metadata")
         self.module("locks").nameOfProcess = lambda number: "?"
@@ -465,7 +465,7 @@ class WaitTest(ScenarioTest):
         self.check_waited()
 
     @in_own_process
-    def test_a_malformed_lock_file_ends_the_wait(self):
+    def test_a_malformed_lock_file_causes_an_error_instead_of_a_wait(self):
         self.load()
         lock = self.write("/var/cache/yum/metadata_lock.pid", "what?")
         with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "Malformed lock file"):
@@ -474,7 +474,7 @@ class WaitTest(ScenarioTest):
         self.yumio.setupRepos()
 
     @in_own_process
-    def test_a_lock_is_released_if_the_script_gets_it_when_the_wait_ends(self):
+    def test_a_lock_that_the_script_gets_just_when_the_user_ends_the_wait_is_released(self):
         self.started()
         self.hold("download")
 

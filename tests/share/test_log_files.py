@@ -55,7 +55,7 @@ class LogFilesTest(ScenarioTest):
         self.assertIn("ERROR of dnf.rpm: ...\n", logs["dnf.rpm.log"])
 
     @in_own_process
-    def test_rotated_log_files_have_no_secrets(self):
+    def test_log_files_have_no_secrets_after_rotation(self):
         self.configure("log_size=2k", "log_rotate=9")
         self.load(hideSecrets=self.hide)
         for _ in range(3):
@@ -68,7 +68,7 @@ class LogFilesTest(ScenarioTest):
         self.assertTrue(all(text.endswith("\n") for name, text in logs.items() if name.startswith("dnf.librepo")))
 
     @in_own_process
-    def test_log_files_have_no_secrets_if_only_some_can_be_written(self):
+    def test_log_files_have_no_secrets_even_if_one_log_file_cannot_be_written(self):
         os.makedirs(self.sandbox.root + "/var/log/dnf.librepo.log")
         self.load(hideSecrets=self.hide)
         self.assertIn("VYRE cannot write log files", "\n".join(self.recording.errors()))
@@ -77,12 +77,14 @@ class LogFilesTest(ScenarioTest):
         self.assertNotIn("s3cret", "".join(self.logs().values()))
 
     @in_own_process
-    def test_a_log_file_is_switched_off_if_a_library_writes_it_directly(self):
+    def test_a_log_file_that_a_library_writes_directly_is_switched_off(self):
         import dnf.logging
         setup = dnf.logging.Logging._setup_file_loggers
 
         def older(*arguments):
-            """In older versions, librepo writes its log file itself, so no Python code can hide secrets in it."""
+            """As in old versions of librepo, the library writes its log file directly, so no Python code can hide
+            secrets in it.
+            """
             setup(*arguments)
             logger = dnf.logging.logging.getLogger("librepo")
             logger.handlers[0].close()
@@ -94,7 +96,7 @@ class LogFilesTest(ScenarioTest):
         self.assertNotIn(self.sandbox.root + "/var/log/dnf.librepo.log", opened)
 
     @in_own_process
-    def test_log_files_are_written_unchanged_if_the_program_offers_no_function(self):
+    def test_log_files_are_written_unchanged_if_the_program_offers_no_function_that_hides_secrets(self):
         self.load()
         self.collect()
         self.assertIn("Downloading: http://joe:s3cret@", self.logs()["dnf.librepo.log"])

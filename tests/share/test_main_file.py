@@ -10,7 +10,7 @@ import subprocess
 from recordingmodule import limits
 from scenario import LAYOUT, SOURCES, ScenarioTest, in_own_process, repositories
 
-# The message if the main file does not say whether signatures are checked.
+# The message if the main configuration file does not say whether signatures are checked.
 CHECKED = "VYRE checks package signatures, unless a repository disables this check."
 
 
@@ -66,7 +66,7 @@ class MainFileTest(ScenarioTest):
         self.assertTrue(yumio.base.repos["sandbox-http"].gpgcheck)
 
     @in_own_process
-    def test_options_of_a_main_file_that_the_program_cannot_edit_are_used(self):
+    def test_options_of_a_main_file_that_the_repository_editor_cannot_read_are_used(self):
         options = b"[main]\ngpgcheck=1\nexclude=astrolabe\ndebuglevel=7\n"
         odd = b"[odd]\nname=Odd\nbaseurl=file:///nowhere\n"
         large = b"#" * limits()["repositorySectionLimit"] + b"\n"
@@ -115,28 +115,28 @@ class MainFileTest(ScenarioTest):
         os.unlink(main)
         os.mkfifo(main)
         self.check_unused(self.load(), "it is not a regular file")
-        # After its correction, the main file is used.
+        # After the pipe is replaced by a file, the script uses the main configuration file.
         os.unlink(main)
         self.write("/etc/yum.conf", "[main]\ndebuglevel=7\n")
         self.yumio.reset()
         self.assertEqual((self.yumio.base.conf.debuglevel, self.yumio.base.conf.gpgcheck), (7, False))
 
     @in_own_process
-    def test_the_limit_of_a_repository_does_not_apply_to_the_main_section(self):
+    def test_the_size_limit_of_repository_sections_does_not_apply_to_the_main_section(self):
         self.configure("#" * limits()["repositorySectionLimit"], "[in-main]", "name=x", "baseurl=file:///nowhere")
         yumio = self.load()
         self.assertEqual(repositories(yumio), sorted(LAYOUT + ("in-main",)))
         self.assertEqual(self.recording.errors(), [])
 
     @in_own_process
-    def test_the_configuration_file_in_etc_yum_is_preferred(self):
+    def test_the_file_etc_yum_yum_conf_is_preferred_to_etc_yum_conf(self):
         self.write("/etc/yum/yum.conf", "[main]\ndebuglevel=5\n")
         yumio = self.load()
         self.assertEqual(yumio.base.conf.debuglevel, 5)
         self.assertEqual(yumio.base.conf.config_file_path, self.sandbox.root + "/etc/yum/yum.conf")
 
     @in_own_process
-    def test_the_main_file_is_the_first_that_exists(self):
+    def test_the_main_configuration_file_is_the_first_existing_file_of_the_list(self):
         self.run_without_object()
         tried = 0
         with open(os.path.join(SOURCES, "tests", "support", "main-files")) as lines:
@@ -184,7 +184,7 @@ class MainFileTest(ScenarioTest):
         return done.returncode, done.stdout
 
     @in_own_process
-    def test_all_options_of_dnf_s_own_file_are_used(self):
+    def test_if_dnf_conf_is_the_main_file_all_its_options_are_used(self):
         path = self.use_own_file("gpgcheck=1\nexclude=astrolabe\nproxy=http://127.0.0.1:1/\nkeepcache=1\n"
                                  "install_weak_deps=0\n[in-main]\nname=Main\nbaseurl=file:///nowhere\nenabled=0\n")
         self.write("/etc/dnf/vars/place", "mine\n")
@@ -212,12 +212,12 @@ class MainFileTest(ScenarioTest):
         self.assert_refused("loupe.* is not signed", installs=["loupe"])
 
     @in_own_process
-    def test_an_unsigned_package_is_refused_as_by_dnf_with_its_own_file(self):
+    def test_an_unsigned_package_is_refused_as_by_dnf_if_dnf_conf_is_the_main_file(self):
         self.use_own_file("gpgcheck=1\n")
         self.assert_unsigned_package_is_refused_as_by_dnf()
 
     @in_own_process
-    def test_signatures_are_checked_if_dnf_s_own_file_is_unusable(self):
+    def test_signatures_are_checked_if_dnf_conf_is_unusable(self):
         path = self.use_own_file("")
         for content, reason in (("[main\n", "Parsing file"), (None, "it is not a regular file")):
             os.unlink(path)
@@ -231,7 +231,7 @@ class MainFileTest(ScenarioTest):
             self.assertIn(CHECKED, checked)
 
     @in_own_process
-    def test_an_unusable_main_file_disables_no_check_of_dnf(self):
+    def test_if_the_main_file_is_unusable_the_checks_that_dnf_conf_requires_stay_enabled(self):
         own = self.write("/etc/dnf/dnf.conf", "[main]\nrepo_gpgcheck=1\n")
         main = self.write("/etc/yum.conf", "[main\n")
         yumio = self.load()
@@ -242,7 +242,7 @@ class MainFileTest(ScenarioTest):
                          "VYRE makes these checks too: repo_gpgcheck" % (own, main))
 
     @in_own_process
-    def test_servers_and_keys_are_checked_as_in_dnf(self):
+    def test_tls_certificates_and_dns_keys_are_checked_if_dnf_conf_requires_this(self):
         self.write("/etc/dnf/dnf.conf", "[main]\nsslverifystatus=1\ngpgkey_dns_verification=1\n")
         self.write("/etc/yum.conf", "[main]\nproxy_sslverify=0\n")
         conf = self.load().base.conf
@@ -252,7 +252,7 @@ class MainFileTest(ScenarioTest):
         self.assertTrue(self.yumio.base.repos["sandbox-http"].proxy_sslverify)
 
     @in_own_process
-    def test_another_main_file_disables_no_check_of_dnf(self):
+    def test_the_checks_that_dnf_conf_requires_stay_enabled_even_if_the_main_file_disables_them(self):
         own = self.write("/etc/dnf/dnf.conf", "[main]\ngpgcheck=1\nrepo_gpgcheck=yes\nlocalpkg_gpgcheck=1\n"
                          "exclude=astrolabe\n")
         main = self.write("/etc/yum.conf", "[main]\ngpgcheck=0\nsslverify=0\n")
@@ -300,7 +300,7 @@ class MainFileTest(ScenarioTest):
         subprocess.run(["mount", "--bind", path, self.running_configuration], check=True)
 
     @in_own_process
-    def test_a_root_without_dnf_s_file_gets_the_checks_of_the_running_system(self):
+    def test_if_the_managed_root_lacks_dnf_conf_the_checks_of_the_running_system_apply(self):
         self.use_running_configuration("[main]\ngpgcheck=1\nretries=1\n")
         self.write("/etc/yum.conf", "[main]\ngpgcheck=0\nretries=1\ntimeout=5\n")
         self.assert_unsigned_package_is_refused_as_by_dnf()
@@ -309,7 +309,7 @@ class MainFileTest(ScenarioTest):
                       [text for level, text in self.recording.of("log")])
 
     @in_own_process
-    def test_a_root_without_any_main_file_gets_the_checks_of_the_running_system(self):
+    def test_if_the_managed_root_lacks_all_main_files_the_checks_of_the_running_system_apply(self):
         self.use_running_configuration("[main]\nrepo_gpgcheck=1\n")
         os.unlink(self.sandbox.root + "/etc/yum.conf")
         self.assertTrue(self.load().base.conf.repo_gpgcheck)
@@ -320,13 +320,13 @@ class MainFileTest(ScenarioTest):
         self.assertEqual([text for level, text in self.recording.of("log") if os.devnull in text], [])
 
     @in_own_process
-    def test_the_file_of_the_root_has_priority_over_the_file_of_the_running_system(self):
+    def test_dnf_conf_of_the_managed_root_has_priority_over_dnf_conf_of_the_running_system(self):
         self.use_running_configuration("[main]\nrepo_gpgcheck=1\n")
         self.write("/etc/dnf/dnf.conf", "[main]\n")
         self.assertFalse(self.load().base.conf.repo_gpgcheck)
 
     @in_own_process
-    def test_packages_that_dnf_protects_are_also_protected_with_another_main_file(self):
+    def test_packages_that_dnf_protects_are_protected_even_if_dnf_conf_is_not_the_main_file(self):
         self.write("/etc/dnf/dnf.conf", "[main]\nprotected_packages=almanac\n")
         self.configure("protected_packages=parrot")
         self.started()

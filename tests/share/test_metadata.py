@@ -122,7 +122,7 @@ class MetadataTest(ScenarioTest):
         self.assertEqual(self.remarks(), [])
 
     @in_own_process
-    def test_if_dnf_accepts_a_cache_that_is_older_than_the_package_list_the_list_is_checked_once(self):
+    def test_a_package_list_newer_than_its_solv_cache_is_checked_once(self):
         self.begin()
         self.collect()
         path = self.module("metadata").documentPath(self.yumio.base.repos["sandbox-file"], "primary")
@@ -146,7 +146,7 @@ class MetadataTest(ScenarioTest):
             self.assertRegex(str(caught.exception), "(?s)^" + reason)
             self.yumio.reset()
             self.yumio.base.repos["sandbox-unreachable"].disable()
-        # Without this repository, the other repositories can be read.
+        # After the damaged repository is disabled, the other repositories can be read.
         self.yumio.disableRepo("sandbox-file")
         self.collect()
         self.assertIn("astrolabe", self.names("sandbox-http"))
@@ -163,7 +163,7 @@ class MetadataTest(ScenarioTest):
         self.check_refused("The primary metadata of the repository sandbox-file are damaged: it is html$")
 
     @in_own_process
-    def test_a_damaged_repository_is_left_out_if_it_may_be_skipped(self):
+    def test_a_repository_with_damaged_metadata_is_left_out_if_skip_if_unavailable_is_set(self):
         self.damage("primary", metadata.page)
         with open(self.repository_file("sandbox-file"), "a") as stream:
             stream.write("skip_if_unavailable=1\n")
@@ -176,7 +176,7 @@ class MetadataTest(ScenarioTest):
             "Ignoring repositories: sandbox-file"])
 
     @in_own_process
-    def test_no_packages_of_a_damaged_repository_are_listed(self):
+    def test_packages_of_a_repository_with_damaged_metadata_are_not_listed(self):
         """dnf itself would read those packages of a damaged list that come before the damage."""
         with open(self.repository_file("sandbox-file"), "a") as stream:
             stream.write("skip_if_unavailable=1\n")
@@ -198,7 +198,7 @@ class MetadataTest(ScenarioTest):
         self.assertIn("corkboard", self.names("sandbox-file"))
 
     @in_own_process
-    def test_files_that_cannot_be_unpacked_are_not_checked(self):
+    def test_metadata_with_an_unknown_compression_are_not_checked(self):
         self.load()
         asked = []
         self.module("program").faultOfMetadata = lambda path, element: asked.append(path) or "bad"
@@ -223,7 +223,7 @@ class MetadataTest(ScenarioTest):
     # Groups
 
     @in_own_process
-    def test_groups_are_not_unpacked_into_memory(self):
+    def test_checking_large_compressed_groups_does_not_unpack_them_into_memory(self):
         self.load()
         path = os.path.join(self.directory, "comps.xml.gz")
         with gzip.open(path, "wb", 1) as stream:
@@ -246,7 +246,7 @@ class MetadataTest(ScenarioTest):
 
     @needs_groups
     @in_own_process
-    def test_truncated_compressed_groups_are_left_out(self):
+    def test_groups_are_left_out_if_their_compressed_file_is_truncated(self):
         metadata.alter(self.sandbox.repository("sandbox-http"), "group", metadata.half, packed=True)
         self.begin()
         self.collect()
@@ -259,7 +259,7 @@ class MetadataTest(ScenarioTest):
     # Modules
 
     @in_own_process
-    def test_a_repository_with_damaged_modules_is_left_out(self):
+    def test_a_repository_with_damaged_module_metadata_is_left_out(self):
         """If dnf read these files, its process would crash."""
         original = self.sandbox.repository("sandbox-file")
         shutil.copytree(original, original + ".away")
@@ -283,7 +283,7 @@ class MetadataTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_modules_that_are_too_large_when_unpacked_are_refused(self):
+    def test_module_metadata_that_are_too_large_when_unpacked_are_refused(self):
         self.load()
         path = os.path.join(self.directory, "modules.yaml.gz")
         with gzip.open(path, "wb", 1) as stream:
@@ -293,7 +293,7 @@ class MetadataTest(ScenarioTest):
         self.assertEqual(self.module("metadata").modulesFault(self.yumio.base, path), "it is larger than 64 MB")
 
     @in_own_process
-    def test_undamaged_modules_are_accepted(self):
+    def test_undamaged_module_metadata_are_accepted(self):
         metadata.add_modules(self.sandbox.repository("sandbox-file"), ROWAN, self.directory)
         self.begin()
         self.collect()
@@ -302,7 +302,7 @@ class MetadataTest(ScenarioTest):
         self.assertEqual(self.recording.errors(), [NO_FAULTS_OF_MODULES])
 
     @in_own_process
-    def test_every_compression_is_read(self):
+    def test_modules_are_read_in_every_supported_compression(self):
         plain = os.path.join(self.directory, "document")
         with open(plain, "w") as stream:
             stream.write(ROWAN)
@@ -330,9 +330,9 @@ class MetadataTest(ScenarioTest):
         self.assertIn("corkboard", self.names("sandbox-file"))
 
     @in_own_process
-    def test_damaged_defaults_of_modules_are_refused(self):
+    def test_damaged_default_files_of_modules_are_refused(self):
         self.check_file("/etc/dnf/modules.defaults.d/rowan.yaml", "nonsense: [\n")
 
     @in_own_process
-    def test_a_damaged_state_of_a_module_is_refused(self):
+    def test_a_damaged_state_file_of_a_module_is_refused(self):
         self.check_file("/etc/dnf/modules.d/rowan.module", "nonsense\n")

@@ -32,7 +32,7 @@ class ModuleScenario(ScenarioTest):
 
 class ModulesTest(ModuleScenario):
     @in_own_process
-    def test_the_listing_has_an_enabled_stream_after_the_packages(self):
+    def test_the_listing_names_an_enabled_stream_below_the_packages(self):
         self.started()
         at = []
         self.module("program").addToListing = lambda text: (
@@ -44,7 +44,7 @@ class ModulesTest(ModuleScenario):
         self.assertEqual((self.yumio.outcome["installed"], self.yumio.outcome["modules"]), (2, 1))
 
     @in_own_process
-    def test_answering_no_does_not_change_the_streams(self):
+    def test_refusing_the_listing_does_not_change_the_streams(self):
         self.started()
         before = self.streams()
         self.apply(installs=["grove-cli"], answers=[0])
@@ -68,7 +68,7 @@ class ModulesTest(ModuleScenario):
         self.configure("module_obsoletes=True")
 
     @in_own_process
-    def test_a_switch_is_refused_with_the_text_of_dnf(self):
+    def test_a_stream_switch_is_refused_with_the_text_of_dnf(self):
         self.enable_obsolete_stream()
         self.started()
         before = self.streams()
@@ -84,7 +84,7 @@ class ModulesTest(ModuleScenario):
         self.assertEqual(self.streams(), before)
 
     @in_own_process
-    def test_the_listing_has_an_allowed_switch(self):
+    def test_the_listing_names_a_stream_switch_that_the_configuration_allows(self):
         self.enable_obsolete_stream()
         self.configure("module_stream_switch=True")
         self.started()
@@ -98,7 +98,7 @@ class StreamsTest(ModuleScenario):
         return {package.modulestreams for package in self.available if package.name == name}
 
     @in_own_process
-    def test_a_package_has_the_names_of_its_streams(self):
+    def test_a_package_has_the_names_of_the_streams_that_contain_it(self):
         self.started()
         self.assertEqual(self.streams_of("grove-cli"), {"grove:1"})
         self.assertEqual(self.streams_of("astrolabe"), {""})
@@ -108,7 +108,7 @@ class StreamsTest(ModuleScenario):
         self.assertEqual([package.modulestreams for package in installed], ["grove:1"])
 
     @in_own_process
-    def test_the_names_belong_to_the_last_collection(self):
+    def test_stream_names_are_updated_by_each_collection(self):
         self.started()
         self.assertEqual(self.streams_of("grove-cli"), {"grove:1"})
         for repo in self.yumio.base.repos.iter_enabled():
@@ -118,9 +118,9 @@ class StreamsTest(ModuleScenario):
         self.assertEqual({package.modulestreams for package in self.available + self.installed}, {""})
 
 
-class EndedTest(ModuleScenario):
+class EndingPlugInTest(ModuleScenario):
     def enter(self):
-        super(EndedTest, self).enter()
+        super(EndingPlugInTest, self).enter()
         plugins = os.path.join(self.directory, "plugins")
         os.makedirs(plugins)
         with open(os.path.join(plugins, "crooked.py"), "w") as stream:
@@ -129,7 +129,7 @@ class EndedTest(ModuleScenario):
         self.configure("plugins=1", "pluginpath=" + plugins, "pluginconfpath=" + plugins)
 
     @in_own_process
-    def test_streams_that_were_saved_before_a_plug_in_ends_the_operation_are_named(self):
+    def test_if_a_plug_in_ends_the_operation_the_message_names_the_streams_already_saved(self):
         self.started()
         self.assert_refused("^The plug-in crooked has ended the operation: enough\nNo packages were changed, "
                             "but dnf had already saved these changes:\nEnabling module streams: grove 1$",
@@ -140,7 +140,7 @@ class EndedTest(ModuleScenario):
         self.assertEqual([self.yumio.outcome[name] for name in ("installed", "modules", "failed")], [0, 1, 2])
 
     @in_own_process
-    def test_an_ended_operation_without_streams_has_changed_nothing(self):
+    def test_if_a_plug_in_ends_an_operation_without_streams_nothing_is_reported_as_changed(self):
         self.started()
         self.assert_refused("^The plug-in crooked has ended the operation: enough$", installs=["astrolabe"])
         self.assertFalse(self.yumio.systemChanged)
@@ -153,7 +153,7 @@ class LanguageTest(ModuleScenario):
         super(LanguageTest, self).enter()
 
     @in_own_process
-    def test_the_heading_is_the_translation_of_dnf(self):
+    def test_the_heading_of_the_streams_is_the_translation_by_dnf(self):
         self.started()
         self.apply(installs=["grove-cli"], answers=[0])
         self.assertEqual("".join(self.added), "Activation des flux de modules:\n\tgrove 1\n")

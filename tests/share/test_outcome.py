@@ -30,7 +30,7 @@ class OutcomeTest(ScenarioTest):
 
 class NumbersTest(OutcomeTest):
     @in_own_process
-    def test_packages_are_counted_by_their_change(self):
+    def test_installed_updated_and_removed_packages_are_counted_separately(self):
         self.started()
         self.assertIsNone(self.yumio.outcome)
         self.apply(installs=["astrolabe", "libbough"], updates=["abacus-cli", "quillbase"], removes=["almanac"])
@@ -38,13 +38,13 @@ class NumbersTest(OutcomeTest):
         self.assertEqual(self.outcome(), {"installed": 3, "updated": 2, "removed": 1})
 
     @in_own_process
-    def test_a_replaced_package_counts_as_removed(self):
+    def test_an_obsoleted_package_that_is_replaced_counts_as_removed(self):
         self.started()
         self.apply(installs=["newpost"])
         self.assertEqual(self.outcome(), {"installed": 1, "removed": 1})
 
     @in_own_process
-    def test_a_refused_listing_has_no_outcome(self):
+    def test_a_transaction_has_no_outcome_if_the_user_refuses_the_listing(self):
         self.started()
         self.apply(installs=["astrolabe"])
         self.again()
@@ -54,7 +54,7 @@ class NumbersTest(OutcomeTest):
         self.assertIsNone(self.yumio.outcome)
 
     @in_own_process
-    def test_an_undone_transaction_has_an_outcome(self):
+    def test_the_undo_of_a_transaction_has_an_outcome(self):
         self.started()
         self.apply(installs=["astrolabe"], updates=["abacus-cli"])
         self.again()
@@ -80,14 +80,14 @@ class NumbersTest(OutcomeTest):
         self.assertEqual(self.outcome(), {"groupsRemoved": 1})
 
     @in_own_process
-    def test_a_test_transaction_counts_no_changes(self):
+    def test_a_transaction_counts_no_changes_if_tsflags_contains_test(self):
         self.configure("tsflags=test")
         self.started()
         self.assertIs(self.apply(installs=["astrolabe"], updates=["kernel"]), False)
         self.assertEqual(self.outcome(), {})
 
     @in_own_process
-    def test_a_failure_before_the_first_change_has_no_numbers(self):
+    def test_a_failure_before_the_first_change_counts_no_packages(self):
         self.started()
         self.fails(installs=["inkwell-classic", "inkwell-modern"])  # both contain the same file
         self.assertEqual(self.outcome(), {})
@@ -127,7 +127,7 @@ class FailureTest(OutcomeTest):
         self.assertEqual(self.outcome(), {"installed": 1, "failed": 1, "failedScriptlets": ["stickyburr"]})
 
     @in_own_process
-    def test_the_owner_of_a_failed_trigger_is_named(self):
+    def test_the_package_that_contains_a_failed_trigger_is_named(self):
         """The failed scriptlet belongs to "alarm", but dnf names the package that has caused the trigger."""
         # The package builder writes "%" and this key. It cannot write the argument of a trigger section, so the key
         # contains the whole trigger section, and the name of the next section.
@@ -159,7 +159,7 @@ class RestartTest(OutcomeTest):
         self.assertEqual(self.outcome(), {"removed": 3})
 
     @in_own_process
-    def test_the_list_of_the_plug_in_decides_whether_a_restart_is_needed(self):
+    def test_the_package_list_of_the_needs_restarting_plug_in_decides_whether_a_restart_is_needed(self):
         self.started()
         sys.modules[PLUG_IN] = type(sys)(PLUG_IN)
         sys.modules[PLUG_IN].NEED_REBOOT = ["astrolabe"]
@@ -172,7 +172,7 @@ class RestartTest(OutcomeTest):
         self.assertFalse(self.yumio.outcome["restartNeeded"])
 
     @in_own_process
-    def test_the_settings_of_the_plug_in_add_packages_to_its_list(self):
+    def test_files_in_the_settings_of_the_needs_restarting_plug_in_add_packages_to_the_list(self):
         self.write("/etc/dnf/plugins/needs-restarting.d/ours.conf", "astrolabe\n\n( no name\n")
         self.write("/etc/dnf/plugins/needs-restarting.d/ours.txt", "loupe\n")
         self.started()
@@ -192,7 +192,7 @@ class RestartTest(OutcomeTest):
         self.assertTrue(self.yumio.outcome["restartNeeded"])
 
     @in_own_process
-    def test_our_list_has_all_names_in_the_list_of_the_plug_in(self):
+    def test_the_list_of_vyre_has_all_names_in_the_list_of_the_needs_restarting_plug_in(self):
         """The test reads the file of the plug-in, because the modules that the plug-in imports may be missing."""
         self.started()
         path = os.path.join(os.path.dirname(os.path.dirname(self.dnf.__file__)), "dnf-plugins", "needs_restarting.py")

@@ -28,7 +28,7 @@ class OwnPackageTest(ScenarioTest):
                 for name in names}
 
     @in_own_process
-    def test_all_modules_are_next_to_the_script(self):
+    def test_modules_are_imported_from_the_directory_of_the_script(self):
         elsewhere = os.path.join(self.directory, "elsewhere")
         for name in ("__init__", "paths", "program"):
             os.makedirs(os.path.join(elsewhere, "vyre"), exist_ok=True)
@@ -43,7 +43,7 @@ class OwnPackageTest(ScenarioTest):
                          {os.path.join(os.path.dirname(SCRIPT), "vyre")})
 
     @in_own_process
-    def test_a_package_that_another_program_has_imported_is_not_used(self):
+    def test_a_foreign_package_named_vyre_is_not_used_even_if_it_is_already_imported(self):
         elsewhere = os.path.join(self.directory, "elsewhere")
         os.makedirs(os.path.join(elsewhere, "vyre"))
         for name in ("__init__", "paths"):
@@ -57,7 +57,7 @@ class OwnPackageTest(ScenarioTest):
         self.assertEqual(self.module("paths").inRoot("/x"), self.sandbox.root + "/x")
 
     @in_own_process
-    def test_no_compiled_files_are_left_behind(self):
+    def test_running_the_script_writes_no_compiled_files(self):
         script = self.copy()
         before = self.files(script)
         sys.dont_write_bytecode = False
@@ -73,7 +73,7 @@ class OwnPackageTest(ScenarioTest):
         self.assertNotEqual(self.files(script), before)
 
     @in_own_process
-    def test_a_second_run_reads_all_modules_again(self):
+    def test_a_second_run_of_the_script_reads_all_modules_again(self):
         script = self.copy()
         self.load(script, translations={"one": "eins"})
         first = {name: module for name, module in sys.modules.items() if name.partition(".")[0] == "vyre"}
@@ -91,7 +91,7 @@ class OwnPackageTest(ScenarioTest):
         self.assertEqual(self.recording.errors(), ["a remark"])
 
     @in_own_process
-    def test_a_second_run_replaces_dnf_s_own_classes_again(self):
+    def test_a_second_run_of_the_script_replaces_the_same_classes_of_dnf_again(self):
         import dnf.lock
         import dnf.package
         import dnf.plugin
@@ -136,7 +136,7 @@ class OwnPackageTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_a_traceback_names_the_file(self):
+    def test_a_traceback_names_the_file_of_the_module(self):
         script = self.copy()
         self.change(script, "paths", "raise ValueError('wrong')")
         try:

@@ -24,7 +24,7 @@ class PathsTest(ScenarioTest):
         self.assertIn("sandbox-http.solv", os.listdir(root + "/var/cache/yum"))
 
     @in_own_process
-    def test_nothing_outside_the_managed_root_is_changed(self):
+    def test_a_transaction_changes_nothing_outside_the_managed_root(self):
         self.isolate()
         places = ["/var/cache", "/var/log", "/var/lib/dnf", "/var/lib/rpm", "/usr/lib/sysimage/rpm", "/var/tmp"]
         present = [place for place in places if os.path.isdir(place)]
@@ -58,7 +58,7 @@ class PathsTest(ScenarioTest):
         self.assertTrue(os.path.isfile(place + "/log/dnf.log"))
 
     @in_own_process
-    def test_configured_directories_are_in_the_managed_system(self):
+    def test_configured_directories_are_looked_up_below_the_managed_root(self):
         # The configuration of the managed system names these directories. Both the managed and the running system have
         # them.
         outside = os.path.join(self.directory, "named")

@@ -79,7 +79,7 @@ class PlugInsTest(ScenarioTest):
 
 class HooksTest(PlugInsTest):
     @in_own_process
-    def test_a_plug_in_gets_the_same_calls_as_from_dnf(self):
+    def test_a_plug_in_gets_the_same_calls_from_the_script_as_from_dnf(self):
         self.write_plug_in("probe", PROBE)
         self.command("install", "astrolabe")
         expected = self.recorded_calls()
@@ -113,7 +113,7 @@ class HooksTest(PlugInsTest):
         self.assertEqual([name for name in sys.modules if name.startswith("dnf.plugin.dynamic")], [])
 
     @in_own_process
-    def test_a_second_collection_uses_the_same_plug_ins(self):
+    def test_a_second_collection_does_not_load_plug_ins_again(self):
         self.write_plug_in("probe", PROBE)
         self.started()
         first = self.recorded_calls()
@@ -143,13 +143,13 @@ class HooksTest(PlugInsTest):
             self.assertEqual([line.split()[0] for line in self.recorded_calls()], expected)
 
     @in_own_process
-    def test_disabled_plug_ins_are_not_used(self):
+    def test_plug_ins_that_their_settings_disable_are_not_loaded(self):
         self.write_plug_in("probe", PROBE, "[main]\nenabled=0\n")
         self.started()
         self.assertEqual(self.recorded_calls(), [])
 
     @in_own_process
-    def test_all_plug_ins_can_be_switched_off(self):
+    def test_if_plugins_is_0_no_plug_in_is_loaded(self):
         self.write_plug_in("probe", PROBE)
         self.configure("plugins=0")
         self.started()
@@ -231,7 +231,7 @@ class FailuresTest(PlugInsTest):
     def test_a_plug_in_that_cannot_be_created_is_named(self):
         self.write_plug_in("crooked", raising("__init__", "raise ValueError('wrong')"))
         self.assertEqual(self.failure(), "The plug-in crooked cannot be loaded: wrong")
-        # Without the plug-in, the next collection succeeds.
+        # After the plug-in is removed, the next collection succeeds.
         os.unlink(os.path.join(self.plugins, "crooked.py"))
         self.again()
         self.package(self.available, "astrolabe")
@@ -303,7 +303,7 @@ class FailuresTest(PlugInsTest):
             self.NEEDS_DNF.replace("sack", "config"), self.NEEDS_DNF.replace("crooked", "other")])
 
     @in_own_process
-    def test_another_missing_attribute_is_a_fault_of_the_plug_in(self):
+    def test_any_other_exception_in_a_plug_in_is_reported_as_its_own_fault(self):
         self.load()
         for statement in ("self.cli.demands.resolving = self.base.missing", "self.base.cli.demands",
                           "cli = self.base; cli.demands", "self.other = None; self.other.demands",
@@ -318,7 +318,7 @@ class FailuresTest(PlugInsTest):
             self.assertTrue(text.startswith("The plug-in crooked has failed (sack):\nTraceback"), (statement, text))
 
     @in_own_process
-    def test_the_end_of_the_program_is_not_blamed_on_a_plug_in(self):
+    def test_if_the_program_ends_while_a_plug_in_runs_the_plug_in_is_not_reported(self):
         import functools
         import signal
 
@@ -386,11 +386,11 @@ class RealPlugInsTest(ScenarioTest):
     """Tests of the plug-ins that the distribution has installed."""
 
     @in_own_process
-    def test_all_plug_ins_can_be_loaded(self):
+    def test_all_installed_plug_ins_can_be_loaded(self):
         settings = os.path.join(self.directory, "settings")
         shutil.copytree("/etc/dnf/plugins", settings)
-        # By default, the local plug-in copies every installed package to a directory outside the managed system. So it
-        # gets another directory.
+        # By default, the local plug-in copies every installed package to a directory outside the managed system. So
+        # the test configures another directory.
         with open(os.path.join(settings, "local.conf"), "w") as stream:
             stream.write("[main]\nenabled=1\nrepodir=%s\n[createrepo]\nenabled=0\n" %
                          os.path.join(self.directory, "kept"))
@@ -436,7 +436,7 @@ class RealPlugInsTest(ScenarioTest):
         return set(line.split()[0] for line in lines if len(line.split()) == 3)
 
     @in_own_process
-    def test_a_locked_package_has_no_update(self):
+    def test_a_package_that_the_versionlock_plug_in_locks_has_no_update(self):
         self.started()
         self.package(self.updates, "abacus-cli")
         self.lock_versions("abacus-cli-0:3.2.1-1.*")
@@ -447,7 +447,7 @@ class RealPlugInsTest(ScenarioTest):
         self.assertIn("quillbase.x86_64", self.upgradable())
 
     @in_own_process
-    def test_a_new_lock_has_effect_after_the_next_collection(self):
+    def test_a_new_version_lock_takes_effect_in_the_next_collection(self):
         self.started()
         self.package(self.updates, "abacus-cli")
         self.lock_versions("!astrolabe-0:5.6-1.*")

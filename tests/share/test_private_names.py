@@ -59,7 +59,7 @@ class MissingNamesTest(ScenarioTest):
         return text
 
     @in_own_process
-    def test_the_start_is_refused_if_any_private_name_is_missing(self):
+    def test_the_script_refuses_to_start_if_dnf_lacks_any_private_name_that_it_uses(self):
         from recordingmodule import Recording
         import runpy
 
@@ -74,7 +74,7 @@ class MissingNamesTest(ScenarioTest):
             {name: text.format(dnf.const.VERSION, place.__name__ + "." + name) for place, name, text in names})
 
     @in_own_process
-    def test_private_names_that_our_classes_override_are_listed(self):
+    def test_private_names_of_dnf_that_our_classes_override_are_listed(self):
         self.load()
         names = self.module("privatenames")
         listed = {name for place, name, text in names.PRIVATE_NAMES} | set(names.NEW_NAMES)
@@ -95,7 +95,7 @@ class MissingNamesTest(ScenarioTest):
         self.assertEqual(replaced - listed, set())
 
     @in_own_process
-    def test_names_for_checking_signatures_can_be_missing(self):
+    def test_the_script_starts_even_if_dnf_lacks_the_private_names_for_signature_checks(self):
         import dnf.rpm.miscutils as miscutils
 
         own = miscutils._verifyPackageUsingRpmkeys
@@ -105,7 +105,7 @@ class MissingNamesTest(ScenarioTest):
 
 
 class UsedNamesTest(unittest.TestCase):
-    def test_all_used_private_names_are_listed(self):
+    def test_all_private_names_of_dnf_that_the_script_uses_are_listed(self):
         tree = trees()
         own = {"_"}  # "_" is a public function of dnf.i18n
         classes = {"self", "cls"}
@@ -151,7 +151,7 @@ class UsedNamesTest(unittest.TestCase):
         return {name.value for name in found if isinstance(name, ast.Constant) and isinstance(name.value, str) and
                 name.value.startswith("_") and not name.value.startswith("__")}
 
-    def test_names_in_texts_are_found(self):
+    def test_the_check_finds_private_names_in_string_literals(self):
         for code in ("getattr(a, '_b', 0)", "[hasattr(a, name) for name in ('_b', 'c')]",
                      "for name in ['_b']:\n  setattr(a, name, 1)"):
             function, = ast.parse("def f():\n " + code).body

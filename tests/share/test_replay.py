@@ -34,10 +34,10 @@ class ReplayTest(ScenarioTest):
         return result
 
 
-class ListTest(ReplayTest):
+class TransactionListTest(ReplayTest):
     @needs_groups
     @in_own_process
-    def test_each_transaction_has_its_changes_and_result(self):
+    def test_each_listed_transaction_has_its_changes_and_result(self):
         self.started()
         self.apply(installs=["astrolabe", "libbough"], updates=["abacus-cli"], removes=["almanac"])
         self.again()
@@ -62,14 +62,14 @@ class ListTest(ReplayTest):
         self.assertTrue(chatty[2])
 
     @in_own_process
-    def test_users_have_names(self):
+    def test_user_numbers_are_shown_as_names_if_the_users_are_known(self):
         self.load()
         name = self.module("transactions").userName
         self.assertEqual([name(number, {}) for number in (0, -1, 0xFFFFFFFF, 3999999, 2 ** 70)],
                          ["root", "System <unset>", "System <unset>", "3999999", str(2 ** 70)])
 
     @in_own_process
-    def test_texts_have_no_control_characters(self):
+    def test_texts_from_the_history_are_shown_without_control_characters(self):
         self.started()
         self.apply(installs=["astrolabe"])
         with self.database() as database:
@@ -80,7 +80,7 @@ class ListTest(ReplayTest):
         self.assertIn("Comment: \ufffdA", self.yumio.describeTransaction(self.newest()[0]))
 
     @in_own_process
-    def test_a_missing_history_is_empty_and_is_not_created(self):
+    def test_if_the_history_is_missing_the_list_is_empty_and_no_history_is_created(self):
         self.load()
         self.yumio.base.conf.persistdir = os.path.join(self.directory, "nothing")
         self.yumio.base.history.close()
@@ -171,9 +171,9 @@ class ListTest(ReplayTest):
         self.assertIn("libtwig", self.yumio.describeTransaction(found[0][0]))
 
 
-class DetailsTest(ReplayTest):
+class TransactionDetailsTest(ReplayTest):
     @in_own_process
-    def test_the_details_have_packages_and_output(self):
+    def test_the_details_of_a_transaction_show_its_packages_and_output(self):
         self.started()
         self.apply(installs=["chatterbox"], updates=["abacus-cli"])
         text = self.yumio.describeTransaction(self.newest()[0])
@@ -189,7 +189,7 @@ class DetailsTest(ReplayTest):
         self.assertEqual(self.yumio.describeTransaction(10 ** 9), "")
 
     @in_own_process
-    def test_changes_without_dnf_are_reported(self):
+    def test_the_details_report_package_changes_that_were_made_without_dnf(self):
         self.started()
         self.apply(installs=["astrolabe"])
         self.sandbox.rpm("--erase", "almanac")
@@ -202,7 +202,7 @@ class DetailsTest(ReplayTest):
                       self.yumio.describeTransaction(first))
 
     @in_own_process
-    def test_the_details_of_an_interrupted_transaction_list_the_missing_changes(self):
+    def test_the_details_of_an_interrupted_transaction_list_the_changes_that_redo_completes(self):
         self.started()
         self.apply(installs=["astrolabe", "loupe"], removes=["almanac"])
         with self.database() as database:
@@ -225,7 +225,7 @@ class DetailsTest(ReplayTest):
         self.assertIn("All its packages are in the intended state.", self.yumio.describeTransaction(number))
 
 
-class QuestionsTest(ReplayTest):
+class UndoTest(ReplayTest):
     @in_own_process
     def test_an_installation_and_an_update_are_undone(self):
         self.started()
@@ -245,7 +245,7 @@ class QuestionsTest(ReplayTest):
             self.assertIn(name, names)
 
     @in_own_process
-    def test_a_refused_listing_changes_nothing(self):
+    def test_refusing_the_listing_of_an_undo_changes_nothing(self):
         self.started()
         self.apply(installs=["astrolabe"])
         self.again()
@@ -262,7 +262,7 @@ class QuestionsTest(ReplayTest):
         return self.newest()[0]
 
     @in_own_process
-    def test_impossible_changes_are_named_before_the_listing(self):
+    def test_a_question_names_impossible_changes_of_an_undo_before_the_listing(self):
         number = self.removed_from_two_repositories()
         self.assertEqual(self.changes(self.replay, "undo", number, answers=[0]), (set(), set()))
         question = ("These changes are impossible:\n  Cannot find rpm nevra \"lexicon-en-2023.1-1.noarch\".\n\n"
@@ -277,7 +277,7 @@ class QuestionsTest(ReplayTest):
                          ["almanac"])
 
     @in_own_process
-    def test_the_message_about_an_impossible_transaction_gives_the_reason(self):
+    def test_the_message_about_an_impossible_undo_gives_the_reason(self):
         self.started()
         self.apply(removes=["lexicon-en"])
         os.unlink(self.repository_file("sandbox-file"))
@@ -289,7 +289,7 @@ class QuestionsTest(ReplayTest):
         self.assertEqual(self.recording.of("userconfirm"), [])
 
     @in_own_process
-    def test_the_message_names_a_package_that_another_package_needs(self):
+    def test_the_message_about_an_impossible_undo_names_a_package_that_needs_a_removed_package(self):
         self.started()
         self.apply(installs=["libtwig"])
         self.again()
@@ -300,7 +300,7 @@ class QuestionsTest(ReplayTest):
             self.replay("undo", number)
 
     @in_own_process
-    def test_the_listing_begins_with_dnf_s_warnings(self):
+    def test_the_listing_of_an_undo_begins_with_the_warnings_of_dnf(self):
         self.started()
         self.apply(installs=["astrolabe"])
         self.again()
@@ -330,7 +330,7 @@ class QuestionsTest(ReplayTest):
             self.replay("undo", 10000)
 
     @in_own_process
-    def test_the_message_names_a_version_of_dnf_that_lacks_the_commands(self):
+    def test_if_dnf_lacks_the_history_commands_the_message_names_the_version_of_dnf(self):
         self.started()
         self.apply(installs=["astrolabe"])
         self.again()

@@ -42,7 +42,7 @@ class SignatureTest(ScenarioTest):
         self.assertIn(CANDLE, self.sandbox.installed())
 
     @in_own_process
-    def test_earlier_output_is_cleared_before_the_question(self):
+    def test_output_before_the_question_about_a_key_is_cleared(self):
         self.started()
         self.apply(installs=["wax-tablet"], answers=[1, 1])
         names = [name for name in self.recording.names() if name not in ("log", "errorlog")]
@@ -50,7 +50,7 @@ class SignatureTest(ScenarioTest):
         self.assertEqual(names[last - 2:last], ["gpgsigcheck", "stdoutWrite"])
 
     @in_own_process
-    def test_several_packages_with_the_same_key_cause_one_question(self):
+    def test_several_packages_signed_with_the_same_key_cause_one_question(self):
         self.started()
         self.apply(installs=["wax-tablet", "wax-candle", "wax-polish"], answers=[1, 1])
         self.assertLessEqual({TABLET, CANDLE, "wax-polish-2.0-1.x86_64"}, self.sandbox.installed())
@@ -90,7 +90,7 @@ class SignatureTest(ScenarioTest):
         self.assertNotIn("rpmtransInit", self.recording.names())
 
     @in_own_process
-    def test_a_changed_package_is_refused(self):
+    def test_a_package_that_was_changed_after_it_was_signed_is_refused(self):
         """The metadata contain the digest of the changed file, so only its signature is wrong."""
         path = os.path.join(self.sandbox.repository("sandbox-signed"), TABLET + ".rpm")
         with open(path, "r+b") as stream:
@@ -109,7 +109,7 @@ class SignatureTest(ScenarioTest):
         self.assert_refused("not installed", installs=["wax-tablet"], answers=[1])
 
     @in_own_process
-    def test_a_key_file_that_is_missing_or_contains_no_key_is_an_error(self):
+    def test_a_key_file_that_is_missing_or_contains_no_key_is_reported(self):
         self.started()
         os.rename(self.sandbox.root + KEY_FILE, self.sandbox.root + KEY_FILE + ".away")
         # The message depends on the version of the library that reads the file.
@@ -121,14 +121,14 @@ class SignatureTest(ScenarioTest):
         self.assertIn(TABLET, self.sandbox.installed())
 
     @in_own_process
-    def test_no_question_is_asked_if_signatures_are_not_checked(self):
+    def test_no_question_about_keys_is_asked_if_signatures_are_not_checked(self):
         self.change_repository("sandbox-signed", "gpgcheck=1", "gpgcheck=0")
         self.started()
         self.apply(installs=["wax-tablet", "wax-blank", "wax-forged"], answers=[1])
         self.assertLessEqual({TABLET, "wax-blank-1.0-1.noarch", "wax-forged-1.0-1.noarch"}, self.sandbox.installed())
 
     @in_own_process
-    def test_the_user_is_asked_despite_assumeyes_and_assumeno(self):
+    def test_the_user_is_asked_about_a_key_even_if_assumeyes_or_assumeno_is_set(self):
         self.configure("assumeyes=1")
         self.started()
         self.assert_refused("key", installs=["wax-tablet"], answers=[1, 0])

@@ -15,7 +15,7 @@ class SpaceTest(ScenarioTest):
         super(SpaceTest, self).enter()
 
     @in_own_process
-    def test_no_space_for_metadata_causes_a_repository_error_with_the_free_space(self):
+    def test_if_metadata_do_not_fit_on_the_disk_the_repository_error_states_the_free_space(self):
         self.mount_small("/var/cache", 40)
         self.load()
         self.yumio.lock()
@@ -33,7 +33,7 @@ class SpaceTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_no_space_for_a_download_is_reported_and_changes_nothing(self):
+    def test_a_download_that_does_not_fit_on_the_disk_is_reported_and_changes_nothing(self):
         self.mount_small("/var/cache", PLENTY)
         self.started()
         self.resize("/var/cache", 300)
@@ -44,7 +44,7 @@ class SpaceTest(ScenarioTest):
         self.assertEqual(self.changes(self.apply, installs=["gargantua"]), ({GARGANTUA}, set()))
 
     @in_own_process
-    def test_other_failures_do_not_mention_space(self):
+    def test_messages_about_other_failures_do_not_mention_free_space(self):
         self.started()
         self.server.fault("/sandbox-http/loupe-45.0-1.x86_64.rpm", "status", 404)
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
@@ -58,7 +58,7 @@ class SpaceTest(ScenarioTest):
         self.assertNotIn("left for", str(caught.exception))
 
     @in_own_process
-    def test_no_space_for_the_files_of_a_package_is_found_before_anything_changes(self):
+    def test_package_files_that_do_not_fit_on_the_disk_are_reported_before_anything_changes(self):
         self.mount_small("/usr/share", PLENTY)
         self.started()
         self.resize("/usr/share", 8)
@@ -68,7 +68,7 @@ class SpaceTest(ScenarioTest):
         self.assertEqual(self.changes(self.apply, installs=["gargantua"]), ({GARGANTUA}, set()))
 
     @in_own_process
-    def test_a_removal_fails_if_the_database_does_not_record_it(self):
+    def test_a_removal_that_the_full_package_database_does_not_record_is_reported(self):
         self.mount_small("/var/lib/rpm", PLENTY)
         self.started()
         self.resize("/var/lib/rpm", 0)
@@ -79,7 +79,7 @@ class SpaceTest(ScenarioTest):
         self.assertEqual(self.changes(self.apply, removes=["birch-log"]), (set(), {"birch-log-3.0-1.x86_64"}))
 
     @in_own_process
-    def test_no_space_for_the_history_changes_nothing(self):
+    def test_if_the_history_has_no_space_before_the_transaction_nothing_is_changed(self):
         self.mount_small("/var/lib/dnf", PLENTY)
         self.started()
         self.resize("/var/lib/dnf", 0)
@@ -115,7 +115,7 @@ class SpaceTest(ScenarioTest):
         module.rpmtransProgress = first_progress
 
     @in_own_process
-    def test_no_space_for_the_history_after_the_packages_were_changed_is_reported(self):
+    def test_if_the_history_has_no_space_after_the_packages_were_changed_this_is_reported(self):
         self.mount_small("/var/lib/dnf", PLENTY)
         self.started()
         self.at_first_progress(lambda: self.resize("/var/lib/dnf", 0))
@@ -144,7 +144,7 @@ class SpaceTest(ScenarioTest):
         self.assertNotIn("The transaction history", "\n".join(self.recording.errors()))
 
     @in_own_process
-    def test_a_question_appears_if_scripts_have_no_space(self):
+    def test_a_question_appears_if_the_disk_has_no_space_for_package_scripts(self):
         self.mount_small("/var/tmp", PLENTY)
         self.started()
         self.resize("/var/tmp", 0)
@@ -160,7 +160,7 @@ class SpaceTest(ScenarioTest):
         self.assertEqual(self.yumio.remarks, [])
 
     @in_own_process
-    def test_scripts_that_could_not_be_written_are_reported(self):
+    def test_packages_whose_scripts_could_not_be_written_to_the_full_disk_are_reported(self):
         self.mount_small("/var/tmp", PLENTY)
         self.started()
         self.resize("/var/tmp", 4)
@@ -168,14 +168,14 @@ class SpaceTest(ScenarioTest):
         remark, = self.yumio.remarks
         self.assertRegex(remark, "(?s)^The disk was full, so the scripts of these packages may not have run:\n"
                          "limpgate-1.0-1.noarch\nOnly [0-9]+ kB are free in %s/var/tmp$" % self.sandbox.root)
-        # With enough space, the script of the same package runs.
+        # If the disk has enough space, the script of the same package runs.
         self.resize("/var/tmp", PLENTY)
         self.again()
         self.apply(removes=["limpgate"])
         self.assertEqual(self.yumio.remarks, [])
 
     @in_own_process
-    def test_no_space_for_the_lock_causes_a_lock_error(self):
+    def test_a_full_disk_under_the_lock_directory_causes_a_lock_error(self):
         self.mount_small("/var/lib/dnf", PLENTY)
         self.load()
         self.fill("/var/lib/dnf")
@@ -195,7 +195,7 @@ class SpaceTest(ScenarioTest):
                 pass
 
     @in_own_process
-    def test_no_space_for_log_files_does_not_prevent_transactions(self):
+    def test_transactions_work_even_if_the_disk_has_no_space_for_log_files(self):
         self.mount_small("/var/log", 64)
         self.fill("/var/log")
         self.started()

@@ -92,7 +92,7 @@ class StoppingTest(ScenarioTest):
             self.package(self.available, "astrolabe")
 
     @in_own_process
-    def test_a_stop_does_not_skip_a_repository(self):
+    def test_a_stop_does_not_skip_a_repository_even_if_skip_if_unavailable_is_set(self):
         self.change_repository("sandbox-http", "enabled=1", "enabled=1\nskip_if_unavailable=1")
         self.load_stoppable()
         self.server.fault(REPOMD, "paced", 1)
@@ -103,7 +103,7 @@ class StoppingTest(ScenarioTest):
         self.assertTrue(self.yumio.base.repos["sandbox-http"].enabled)
 
     @in_own_process
-    def test_packages_in_the_cache_are_usable_after_a_stop(self):
+    def test_after_a_stop_packages_of_cached_repositories_can_be_collected(self):
         self.load_stoppable()
         self.collect()
         self.recording.clear()
@@ -129,7 +129,7 @@ class StoppingTest(ScenarioTest):
         self.assertIn(REPOMD, self.server.paths())
 
     @in_own_process
-    def test_installed_packages_are_usable_after_a_stop_without_a_cache(self):
+    def test_after_a_stop_installed_packages_can_be_collected_even_if_no_repository_is_cached(self):
         self.load_stoppable()
         self.server.stop()
         self.yumio.setupCachedRepos()
@@ -162,7 +162,7 @@ class StoppingTest(ScenarioTest):
         self.package(self.installed, "gargantua")
 
     @in_own_process
-    def test_a_stop_prevents_a_later_question(self):
+    def test_if_the_user_stops_the_resolution_no_question_is_asked(self):
         self.load_stoppable()
         self.collect()
         resolve = self.module("resolving").resolveMarks
@@ -176,7 +176,7 @@ class StoppingTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_a_stop_is_possible_until_rpm_begins(self):
+    def test_the_script_leaves_it_to_the_program_to_refuse_stops_during_a_transaction(self):
         self.load_stoppable()
         self.collect()
         self.apply(installs=["loupe"])
@@ -202,7 +202,7 @@ class WithoutRepositoriesTest(ScenarioTest):
             self.write("/etc/yum.repos.d/%s.repo" % name, UNREACHABLE.format(name))
 
     @in_own_process
-    def test_all_repositories_are_read_before_the_first_question(self):
+    def test_all_repositories_are_read_before_the_first_question_about_a_failing_repository(self):
         self.add_unreachable("away", "gone")
         self.server.fault(REPOMD, "status", 401)
         self.load_asking(True, True, True)
@@ -225,7 +225,7 @@ class WithoutRepositoriesTest(ScenarioTest):
         self.apply(installs=["hedgerow"])
 
     @in_own_process
-    def test_the_operation_fails_if_the_user_refuses_to_go_on(self):
+    def test_the_operation_fails_if_the_user_refuses_to_go_on_without_a_repository(self):
         self.add_unreachable("away", "gone")
         self.load_asking(True, False)
         with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "Failed to download metadata") as caught:
@@ -235,7 +235,7 @@ class WithoutRepositoriesTest(ScenarioTest):
         self.assertEqual(len(self.asked), 2)
 
     @in_own_process
-    def test_the_user_can_go_on_without_a_damaged_repository(self):
+    def test_the_user_can_go_on_without_a_repository_with_damaged_metadata(self):
         self.server.fault(REPOMD, "corrupted")
         self.load_asking(True)
         self.collect()
@@ -248,7 +248,7 @@ class WithoutRepositoriesTest(ScenarioTest):
         self.package(self.available, "astrolabe")
 
     @in_own_process
-    def test_installed_packages_are_usable_without_any_network(self):
+    def test_installed_packages_can_be_collected_without_any_network(self):
         self.change_repository("sandbox-file", "enabled=1", "enabled=0")
         self.load_asking(*[True] * 9)
         self.server.stop()
@@ -259,7 +259,7 @@ class WithoutRepositoriesTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_the_bar_shows_what_happens_with_each_repository(self):
+    def test_the_progress_bar_shows_each_step_for_each_repository(self):
         shown = []
         self.load(showReading=lambda *arguments: shown.append(arguments))
         self.collect()

@@ -31,7 +31,7 @@ class InstallTest(ScenarioTest):
                          {"sandbox-http"})
 
     @in_own_process
-    def test_callbacks_of_an_installation_have_the_right_order(self):
+    def test_an_installation_calls_the_functions_of_the_program_in_the_right_order(self):
         self.started()
         self.apply(installs=["chatterbox"])
         self.assertEqual(self.recording.order("rpmtransScriptout"), [
@@ -47,14 +47,14 @@ class InstallTest(ScenarioTest):
         self.assertEqual(self.recording.errors(), [])
 
     @in_own_process
-    def test_the_next_collection_shows_the_result(self):
+    def test_the_next_collection_lists_the_newly_installed_packages(self):
         self.started()
         self.apply(installs=["chatterbox"])
         self.again()
         self.package(self.installed, "chatterbox")
 
     @in_own_process
-    def test_suites_install_their_members(self):
+    def test_the_installation_of_a_suite_installs_its_members(self):
         self.started()
         added, gone = self.changes(self.apply, installs=["vyre-office-suite"])
         self.assertEqual((added, gone), ({
@@ -71,14 +71,14 @@ class InstallTest(ScenarioTest):
         self.assertLessEqual({"libmoss-0.5-1.i686", "libmoss-0.5-1.x86_64"}, self.sandbox.installed())
 
     @in_own_process
-    def test_an_obsoleting_package_replaces_the_old_package(self):
+    def test_a_package_replaces_the_installed_package_that_it_obsoletes(self):
         self.started()
         changed = self.changes(self.apply, installs=["newpost"])
         self.assertEqual(changed, ({"newpost-2.0-1.x86_64"}, {"oldpost-1.8-1.x86_64"}))
         self.assertEqual(self.recording.listed()["oldpost-1.8-1.x86_64"][0], OBSOLETED)
 
     @in_own_process
-    def test_answering_no_changes_nothing(self):
+    def test_answering_no_to_the_listing_changes_nothing(self):
         self.started()
         groups = [] if self.sandbox.without_groups else ["games"]
         changed = self.changes(self.apply, installs=["orchard"], removes=["almanac"], group_installs=groups,
@@ -94,7 +94,7 @@ class InstallTest(ScenarioTest):
         self.assertIsNone(self.yumio.base.history.group.get("games"))
 
     @in_own_process
-    def test_a_second_transaction_has_no_items_of_the_first_transaction(self):
+    def test_a_second_transaction_contains_no_items_of_the_first_transaction(self):
         self.started()
         self.apply(installs=["astrolabe"])
         self.again()
@@ -127,14 +127,14 @@ class UpdateTest(ScenarioTest):
         self.assertEqual(self.recording.listed()["kernel-6.1.31-1.x86_64"][0], INSTALL)
 
     @in_own_process
-    def test_the_oldest_kernel_is_removed_if_the_limit_is_exceeded(self):
+    def test_a_new_kernel_removes_the_oldest_kernel_if_installonly_limit_is_reached(self):
         self.configure("installonly_limit=2")
         self.started()
         changed = self.changes(self.apply, updates=["kernel"])
         self.assertEqual(changed, ({"kernel-6.1.31-1.x86_64"}, {"kernel-6.1.20-1.x86_64"}))
 
     @in_own_process
-    def test_both_architectures_of_an_update_are_updated_together(self):
+    def test_both_installed_architectures_of_a_package_are_updated_together(self):
         self.started()
         pairs = [[new, old] for new in self.updates for old in self.installed
                  if new.name == old.name == "libcairn" and new.arch == old.arch]
@@ -145,7 +145,7 @@ class UpdateTest(ScenarioTest):
         self.assertEqual(gone, {"libcairn-2.1-1.x86_64", "libcairn-2.1-1.i686"})
 
     @in_own_process
-    def test_the_update_of_a_suite_installs_new_members(self):
+    def test_the_update_of_a_suite_installs_its_new_members(self):
         self.started()
         added, gone = self.changes(self.apply, updates=["vyre-network-suite"])
         self.assertEqual(added, {"vyre-network-suite-1.1-1.noarch", "nettle-scan-7.9-1.x86_64"})
@@ -158,7 +158,7 @@ class UpdateTest(ScenarioTest):
         self.assertEqual(self.recording.names().count("listTransaction"), 0)
 
     @in_own_process
-    def test_an_update_keeps_the_reason_for_the_installation(self):
+    def test_an_update_keeps_the_recorded_reason_for_the_installation(self):
         root = self.sandbox.root
         subprocess.run(["dnf", "--assumeyes", "--quiet", "--installroot", root, "-c", root + "/etc/yum.conf",
                         "--setopt=reposdir=%s/etc/yum.repos.d" % root, "mark", "remove", "loomctl"],
@@ -172,7 +172,7 @@ class UpdateTest(ScenarioTest):
         self.assertEqual(reason(self.package(self.installed, "abacus-cli")), USER)
 
     @in_own_process
-    def test_the_installed_version_is_not_an_update(self):
+    def test_an_available_package_of_the_installed_version_is_not_an_update(self):
         self.started()
         pair = [self.package(self.available, "almanac"), self.package(self.installed, "almanac")]
         with self.assertRaisesRegex(self.dnf.exceptions.Error, "almanac-1.9-1.noarch is not newer"):
@@ -181,7 +181,7 @@ class UpdateTest(ScenarioTest):
 
 class RemoveTest(ScenarioTest):
     @in_own_process
-    def test_callbacks_of_a_removal_have_the_right_order(self):
+    def test_a_removal_calls_the_functions_of_the_program_in_the_right_order(self):
         self.started()
         changed = self.changes(self.apply, removes=["parrot"])
         self.assertEqual(changed, (set(), {"parrot-1.0-1.noarch"}))
@@ -193,7 +193,7 @@ class RemoveTest(ScenarioTest):
         self.assertEqual(self.recording.errors(), [])
 
     @in_own_process
-    def test_dependents_are_also_removed(self):
+    def test_a_removal_also_removes_dependent_packages(self):
         self.started()
         changed = self.changes(self.apply, removes=["flint-ssh"])
         self.assertEqual(changed, (set(), {"flint-ssh-8.8-1.x86_64", "vyre-network-suite-1.0-1.noarch"}))
@@ -201,7 +201,7 @@ class RemoveTest(ScenarioTest):
             "flint-ssh-8.8-1.x86_64": (REMOVE, USER), "vyre-network-suite-1.0-1.noarch": (REMOVE, DEPENDENCY)})
 
     @in_own_process
-    def test_unused_dependencies_are_also_removed(self):
+    def test_a_removal_also_removes_unused_dependencies(self):
         self.started()
         changed = self.changes(self.apply, removes=["trellis-editor"])
         self.assertEqual(changed, (set(), {"trellis-editor-1.2-1.x86_64", "libtrellis-1.2-1.x86_64"}))
@@ -209,14 +209,14 @@ class RemoveTest(ScenarioTest):
             "trellis-editor-1.2-1.x86_64": (REMOVE, USER), "libtrellis-1.2-1.x86_64": (REMOVE, CLEAN)})
 
     @in_own_process
-    def test_the_configuration_can_keep_unused_dependencies(self):
+    def test_a_removal_keeps_unused_dependencies_if_clean_requirements_on_remove_is_off(self):
         self.configure("clean_requirements_on_remove=0")
         self.started()
         changed = self.changes(self.apply, removes=["trellis-editor"])
         self.assertEqual(changed, (set(), {"trellis-editor-1.2-1.x86_64"}))
 
     @in_own_process
-    def test_every_installed_version_can_be_removed(self):
+    def test_all_installed_versions_of_a_package_can_be_removed_together(self):
         self.started()
         changed = self.changes(self.apply, removes=["kernel"])
         self.assertEqual(changed, (set(), {"kernel-6.1.20-1.x86_64", "kernel-6.1.25-1.x86_64"}))
@@ -245,7 +245,7 @@ class GroupTest(ScenarioTest):
 
     @needs_groups
     @in_own_process
-    def test_missing_members_of_a_group_are_left_out(self):
+    def test_a_group_is_installed_without_members_that_no_repository_has(self):
         self.started()
         self.assertEqual(self.changes(self.apply, group_installs=["ghosts"]), NOTHING)
         self.assertIn("no-such-package", "\n".join(self.recording.errors()))
@@ -270,7 +270,7 @@ class GroupTest(ScenarioTest):
 
     @needs_groups
     @in_own_process
-    def test_a_sentence_says_that_a_group_has_no_packages(self):
+    def test_a_sentence_before_the_listing_says_that_a_group_has_no_packages(self):
         self.change_comps('<packagereq type="mandatory">lantern-view</packagereq>', "")
         self.started()
         texts = self.introductions()
@@ -288,7 +288,7 @@ class GroupTest(ScenarioTest):
 
     @needs_groups
     @in_own_process
-    def test_a_sentence_says_that_all_packages_of_a_group_are_installed(self):
+    def test_a_sentence_before_the_listing_says_that_all_packages_of_a_group_are_installed(self):
         self.started()
         texts = self.introductions()
         self.assertEqual(self.changes(self.apply, group_installs=["ghosts"], installs=["orrery"]),
@@ -298,7 +298,7 @@ class GroupTest(ScenarioTest):
 
     @needs_groups
     @in_own_process
-    def test_each_group_without_packages_has_its_sentence(self):
+    def test_the_listing_has_a_sentence_for_each_group_without_packages(self):
         self.change_comps('<packagereq type="default">shuttle</packagereq>', "")
         self.started()
         texts = self.introductions()
@@ -309,7 +309,7 @@ class GroupTest(ScenarioTest):
 
     @needs_groups
     @in_own_process
-    def test_the_replacement_of_a_member_is_a_package_of_the_group(self):
+    def test_if_another_package_replaces_a_group_member_the_listing_has_no_sentence_about_the_group(self):
         self.change_comps('<packagereq type="mandatory">lantern-view</packagereq>',
                           '<packagereq type="mandatory">oldpost</packagereq>')
         self.started()
@@ -321,7 +321,7 @@ class GroupTest(ScenarioTest):
 
     @needs_groups
     @in_own_process
-    def test_groups_with_packages_have_no_sentence(self):
+    def test_the_listing_has_no_sentence_about_a_group_that_changes_packages(self):
         self.started()
         texts = self.introductions()
         self.apply(group_installs=["games"], group_removes=["arts"])
@@ -329,7 +329,7 @@ class GroupTest(ScenarioTest):
 
     @needs_groups
     @in_own_process
-    def test_a_group_is_removed_with_the_packages_that_it_has_installed(self):
+    def test_the_removal_of_a_group_removes_the_packages_that_were_installed_with_it(self):
         self.started()
         changed = self.changes(self.apply, group_removes=["arts"])
         self.assertEqual(changed, (set(), {"easel-1.1-1.noarch", "palette-knife-1.0-1.noarch"}))
@@ -363,13 +363,13 @@ class GroupTest(ScenarioTest):
 
     @needs_groups
     @in_own_process
-    def test_an_update_that_changes_nothing_is_refused(self):
+    def test_the_update_of_a_group_that_changes_nothing_is_refused(self):
         self.started()
         self.assert_refused("nothing to do", group_updates=["seafaring"])
         self.assertNotIn("userconfirm", self.recording.names())
 
 
-class ReasonTest(ScenarioTest):
+class ExceptionTextTest(ScenarioTest):
     """The program shows the "value" attribute of an exception, so this attribute must be a complete message."""
 
     def check(self, method, raising, arguments=()):
@@ -403,12 +403,12 @@ class ReasonTest(ScenarioTest):
         return raising
 
     @in_own_process
-    def test_exceptions_from_transactions_have_a_complete_text(self):
+    def test_dnf_exceptions_that_leave_a_transaction_have_a_complete_text(self):
         self.started()
         self.check(self.yumio.apply, self.raiser(self.yumio, "_checkCurrent"), ([],) * 6)
 
     @in_own_process
-    def test_exceptions_from_collections_have_a_complete_text(self):
+    def test_dnf_exceptions_that_leave_a_collection_have_a_complete_text(self):
         self.started()
         base = self.yumio.base
         self.check(self.yumio.collectGroups, self.raiser(base, "read_comps"))
@@ -434,7 +434,7 @@ class RefusalTest(ScenarioTest):
         self.assert_refused("libgranite", installs=["sandstone"])
 
     @in_own_process
-    def test_a_package_without_its_dependency_is_refused(self):
+    def test_a_package_whose_dependency_no_repository_has_is_refused(self):
         self.started()
         self.assert_refused("libtide", installs=["moonbridge"])
         # The failure does not affect the next transaction.
@@ -442,7 +442,7 @@ class RefusalTest(ScenarioTest):
         self.assertEqual(changed, ({"astrolabe-5.6-1.x86_64"}, set()))
 
     @in_own_process
-    def test_packages_with_the_same_file_are_refused(self):
+    def test_two_marked_packages_with_different_versions_of_one_file_are_refused(self):
         self.started()
         self.assert_refused("palette.conf", installs=["inkwell-classic", "inkwell-modern"])
         self.assertEqual(self.recording.of("rpmtransInit"), [True])
@@ -454,12 +454,12 @@ class RefusalTest(ScenarioTest):
         self.assertEqual(self.recording.names().count("rpmtransDel"), 2)
 
     @in_own_process
-    def test_a_package_is_refused_if_an_installed_package_has_the_same_file(self):
+    def test_a_package_is_refused_if_an_installed_package_has_another_version_of_its_file(self):
         self.started()
         self.assert_refused("/bin/sh", installs=["vanity-shell"])
 
     @in_own_process
-    def test_the_traceback_of_a_failure_does_not_disturb_the_next_transaction(self):
+    def test_a_kept_exception_of_a_failed_transaction_does_not_disturb_the_next_transaction(self):
         self.started()
         kept = []
         try:
@@ -475,7 +475,7 @@ class RefusalTest(ScenarioTest):
         self.assertIn("no line feed after this", self.recording.output())
 
     @in_own_process
-    def test_a_broken_rpm_of_a_local_repository_is_refused(self):
+    def test_a_damaged_package_file_in_a_local_repository_is_refused(self):
         self.started()
         place = os.path.join(self.sandbox.repository("sandbox-file"), "corkboard-0.7-1.noarch.rpm")
         with open(place, "r+b") as stream:
@@ -486,7 +486,7 @@ class RefusalTest(ScenarioTest):
 
 class ScriptletTest(ScenarioTest):
     @in_own_process
-    def test_output_of_all_scriptlets_is_reported(self):
+    def test_the_output_of_all_scriptlets_is_reported(self):
         self.started()
         self.apply(updates=["parrot"])
         output = self.recording.output()
@@ -496,7 +496,7 @@ class ScriptletTest(ScenarioTest):
             self.assertIn(text, output)
 
     @in_own_process
-    def test_much_output_is_reported_completely(self):
+    def test_long_scriptlet_output_is_reported_completely(self):
         self.started()
         self.apply(installs=["loudhailer"])
         lines = self.recording.output().split("\n")
@@ -505,7 +505,7 @@ class ScriptletTest(ScenarioTest):
             self.assertEqual(numbers, ["%05d" % number for number in range(1, 6001)])
 
     @in_own_process
-    def test_a_line_feed_at_the_end_of_the_output_is_optional_and_makes_no_empty_line(self):
+    def test_a_final_line_feed_of_scriptlet_output_is_optional_and_makes_no_empty_line(self):
         self.started()
         self.apply(installs=["halfline", "chatterbox"])
         texts = [text for text in self.recording.of("rpmtransScriptout") if text]
@@ -516,7 +516,7 @@ class ScriptletTest(ScenarioTest):
         self.assertIn("halfline: nor after this", self.recording.output())
 
     @in_own_process
-    def test_a_failed_pre_scriptlet_makes_the_transaction_fail(self):
+    def test_a_failed_pre_scriptlet_fails_the_transaction(self):
         self.started()
         self.assert_refused("brokenlatch", installs=["brokenlatch"])
         self.assertIn("the latch is stuck", self.recording.output())
@@ -527,7 +527,7 @@ class ScriptletTest(ScenarioTest):
         self.assertEqual(changed, ({"astrolabe-5.6-1.x86_64"}, set()))
 
     @in_own_process
-    def test_a_failure_is_reported_with_the_end_of_much_output(self):
+    def test_a_failed_scriptlet_is_reported_with_the_last_lines_of_its_long_output(self):
         self.started()
         text = b"".join(b"line %d\n" % number for number in range(1, 26))
         # No package in the sandbox prints so many lines before it fails.
@@ -540,7 +540,7 @@ class ScriptletTest(ScenarioTest):
         self.assertNotIn("line 15", errors)
 
     @in_own_process
-    def test_the_report_names_only_the_failed_package_of_several(self):
+    def test_if_one_of_several_packages_fails_the_report_names_only_this_package(self):
         self.started()
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
             self.apply(installs=["brokenlatch", "astrolabe"])
@@ -563,7 +563,7 @@ class ScriptletTest(ScenarioTest):
         self.assertEqual([text for text in self.recording.errors() if "history" in text or "end" in text], [])
 
     @in_own_process
-    def test_a_package_that_cannot_be_removed_makes_the_transaction_fail(self):
+    def test_a_package_that_cannot_be_removed_fails_the_transaction(self):
         self.started()
         self.assert_refused("stickyburr", removes=["stickyburr"])
         self.assertIn("it does not come off", self.recording.output())

@@ -65,7 +65,7 @@ class VersionLocksTest(ScenarioTest):
         return set(package.name for package in self.updates)
 
     @in_own_process
-    def test_no_locks_are_offered_if_the_plug_in_is_missing(self):
+    def test_no_version_locks_are_offered_if_the_plug_in_is_not_loaded(self):
         self.write_settings("versionlock.conf", "[main]\nenabled=0\nlocklist=%s\n" % self.locks)
         self.started()
         self.assertIsNone(self.yumio.versionLocks())
@@ -76,14 +76,14 @@ class VersionLocksTest(ScenarioTest):
         self.assertIsNone(self.yumio.versionLocks())
 
     @in_own_process
-    def test_no_locks_are_offered_if_the_plug_in_lacks_a_name(self):
+    def test_no_version_locks_are_offered_if_the_plug_in_lacks_a_function_that_the_script_uses(self):
         self.started()
         self.assertEqual(self.locked(), {})
         del sys.modules["dnf.plugin.dynamic.versionlock"]._read_locklist
         self.assertIsNone(self.yumio.versionLocks())
 
     @in_own_process
-    def test_the_script_and_dnf_write_the_same_lines(self):
+    def test_the_script_and_dnf_write_the_same_lines_to_the_lock_list(self):
         names = ("abacus-cli", "libcairn", "quillbase", "astrolabe")
         self.started()
         # libcairn is installed in two architectures, which need only one line.
@@ -113,7 +113,7 @@ class VersionLocksTest(ScenarioTest):
         before = self.names_of_updates()
         self.assertLessEqual({"abacus-cli", "quillbase"}, before)
         self.yumio.lockVersions(self.rows("abacus-cli", "quillbase"))
-        # For the new locks, collecting again is enough; the script needs no reset.
+        # The new locks take effect in the next collection; a reset is not necessary.
         self.collect()
         self.assertEqual(before - self.names_of_updates(), {"abacus-cli", "quillbase"})
         self.assertEqual(self.locked()["abacus-cli"], "abacus-cli-0:3.2.1-1.*")
@@ -128,14 +128,14 @@ class VersionLocksTest(ScenarioTest):
         self.assertEqual(set(self.locked()), {"quillbase"})
 
     @in_own_process
-    def test_an_available_package_is_locked_to_the_version_of_its_row(self):
+    def test_locking_an_available_package_locks_the_available_version(self):
         self.started()
         row, = self.rows("astrolabe")
         self.yumio.lockVersions([row])
         self.assertEqual(self.content(), "\n# Added lock on ...\nastrolabe-0:5.6-1.*\n")
 
     @in_own_process
-    def test_lines_that_exclude_versions_are_kept(self):
+    def test_locking_and_unlocking_keep_the_lines_that_exclude_versions(self):
         self.write_locks("!abacus-cli-0:3.3.0-2.*")
         self.started()
         self.assertEqual(self.locked(), {})
@@ -145,7 +145,7 @@ class VersionLocksTest(ScenarioTest):
         self.assertEqual(self.content(), "!abacus-cli-0:3.3.0-2.*\n")
 
     @in_own_process
-    def test_unlocking_a_name_keeps_the_lines_that_exclude_its_versions(self):
+    def test_unlocking_a_package_keeps_the_lines_that_exclude_its_versions(self):
         self.write_locks("abacus-cli", "!abacus-cli-0:3.3.0-2.*")
         self.started()
         self.assertEqual(self.locked(), {"abacus-cli": "abacus-cli"})
@@ -153,7 +153,7 @@ class VersionLocksTest(ScenarioTest):
         self.assertEqual(self.content(), "!abacus-cli-0:3.3.0-2.*\n")
 
     @in_own_process
-    def test_a_line_with_a_pattern_locks_all_its_packages(self):
+    def test_a_line_with_a_pattern_locks_all_matching_packages(self):
         self.write_locks("amberfont-*", "quillbase")
         self.started()
         locked = self.locked()
@@ -169,7 +169,7 @@ class VersionLocksTest(ScenarioTest):
         self.assertEqual(self.content(), "")
 
     @in_own_process
-    def test_an_unreadable_list_locks_nothing_and_has_a_reason(self):
+    def test_if_the_lock_list_cannot_be_decoded_no_package_is_locked_and_the_reason_is_given(self):
         self.started()
         with open(self.locks, "wb") as stream:
             stream.write(b"abacus-cli\xff\n")
@@ -179,7 +179,7 @@ class VersionLocksTest(ScenarioTest):
         self.yumio.collectAdvisories()
 
     @in_own_process
-    def test_a_user_who_cannot_write_the_list_gets_the_reason(self):
+    def test_if_the_user_cannot_write_the_lock_list_the_reason_is_given(self):
         self.started()
         self.assertEqual(self.locked(), {})
         fault = self.module("versionlock").writingFault
@@ -193,7 +193,7 @@ class VersionLocksTest(ScenarioTest):
         self.assertEqual(self.yumio.versionLocks()[0], fault(self.locks))
 
     @in_own_process
-    def test_the_message_about_a_failed_change_gives_the_reason_of_the_system(self):
+    def test_if_the_lock_list_cannot_be_changed_the_message_gives_the_error_of_the_system(self):
         self.started()
         os.unlink(self.locks)
         os.mkdir(self.locks)

@@ -124,7 +124,7 @@ class CatalogueTest(unittest.TestCase):
             built = set(re.findall(r'\bvyre_\w+\.ts\b', stream.read().partition('set(catalogues')[2].partition(')')[0]))
         self.assertEqual(built, set(map(os.path.basename, CATALOGUES)))
 
-    def test_the_catalogues_are_up_to_date(self):
+    def test_the_catalogues_contain_exactly_the_texts_of_the_sources(self):
         for path in CATALOGUES:
             copy, _ = self.updated(path)
             before, now = messages(path), messages(copy)
@@ -132,7 +132,7 @@ class CatalogueTest(unittest.TestCase):
             self.assertEqual(sorted(set(before) - set(now)), [], 'removed texts: run translations/update ' + path)
             self.assertEqual(before, now)
 
-    def test_the_check_finds_new_and_removed_texts(self):
+    def test_updating_a_catalogue_adds_new_texts_and_removes_old_texts(self):
         copy, _ = self.updated(CATALOGUES[0])
         with open(copy, encoding='utf-8') as stream:
             text = stream.read()
@@ -145,7 +145,7 @@ class CatalogueTest(unittest.TestCase):
         self.assertEqual(set(before) - set(now), {('MainWindow', '&Go')})
         self.assertIsNone(now['MainWindow', '&Quit'])
 
-    def test_everything_is_translated(self):
+    def test_every_text_has_a_translation(self):
         for path in CATALOGUES:
             done = subprocess.run([LRELEASE, path, '-qm', os.path.join(self.scratch, 'made.qm')], check=True,
                                   stdout=subprocess.PIPE, stderr=subprocess.STDOUT, universal_newlines=True)
@@ -154,7 +154,7 @@ class CatalogueTest(unittest.TestCase):
             self.assertNotRegex(done.stdout, '(?i)ignored|warning|error')
         self.assertGreater(len(list(self.each())), 400 * len(CATALOGUES))
 
-    def test_every_translatable_text_of_the_sources_is_in_the_catalogues(self):
+    def test_the_catalogues_contain_every_text_that_the_sources_mark_as_translatable(self):
         """lupdate overlooks some texts, for example in a class that it does not know."""
         for path in CATALOGUES:
             known = {source for _, source in messages(path)}
@@ -166,7 +166,7 @@ class CatalogueTest(unittest.TestCase):
                     found += 1
             self.assertGreater(found, 400)
 
-    def test_all_texts_of_the_script_are_listed(self):
+    def test_the_program_lists_all_texts_of_the_script_for_translation(self):
         listed = [text.value for text in sources.all_cpp_texts()
                   if text.place.startswith('yumio/YumIO.cpp') and text.calls[-1:] == [('QT_TRANSLATE_NOOP', 1)]]
         translated = [text for parts in sources.script_files() for text in sources.python_translated(*parts)]
@@ -174,7 +174,7 @@ class CatalogueTest(unittest.TestCase):
         said = {text.value for parts in sources.script_files() for text in sources.python_messages(*parts)}
         self.assertEqual(said - set(listed), set())
 
-    def test_contexts_are_full_names_of_classes(self):
+    def test_the_contexts_of_the_catalogues_are_full_class_names(self):
         """When the program runs, it looks for a text under the full name of its class."""
         declared = set()
         for folder in sources.FOLDERS:
@@ -193,14 +193,14 @@ class CatalogueTest(unittest.TestCase):
             places = [sorted(re.findall(r'%(?:L?\d{1,2}|n|s)|\{\}', text)) for text in (source, translation)]
             self.assertEqual(places[0], places[1])
 
-    def test_translations_have_the_same_lines_and_the_same_blanks_at_both_ends(self):
+    def test_translations_have_the_line_count_and_the_outer_blanks_of_their_texts(self):
         for _, source, translation in self.each():
             self.assertEqual(re.match(r'\s*', translation).group(), re.match(r'\s*', source).group())
             self.assertEqual(re.search(r'\s*$', translation).group(), re.search(r'\s*$', source).group())
             self.assertEqual(translation.count('\n'), source.count('\n'))
             self.assertEqual(translation.count('\t'), source.count('\t'))
 
-    def test_translations_have_the_same_html(self):
+    def test_translations_have_the_same_html_tags_as_their_texts(self):
         for _, source, translation in self.each():
             self.assertEqual(re.findall('<[^>]*>', translation), re.findall('<[^>]*>', source))
 
@@ -209,7 +209,7 @@ class CatalogueTest(unittest.TestCase):
             if context in ('Colors', 'Fonts') or source.startswith('Ctrl+') or NO_WORDS.match(source):
                 self.assertEqual(translation, source)
 
-    def test_internal_errors_begin_with_the_same_word(self):
+    def test_translations_of_internal_errors_begin_with_the_same_word(self):
         for path in CATALOGUES:
             heads = {translation.partition(':')[0] for (_, source), translation in messages(path).items()
                      if source.startswith('Internal error: ')}
@@ -221,7 +221,7 @@ class CatalogueTest(unittest.TestCase):
                 self.assertEqual(mnemonic(translation) is None, mnemonic(source) is None)
                 self.assertLessEqual(translation.count('&'), 1)
 
-    def test_mnemonics_of_one_window_are_different(self):
+    def test_mnemonics_in_one_window_are_different(self):
         everywhere = set(itertools.chain.from_iterable(
             [(context, text) for text in texts] for context, texts in TOGETHER))
         for path in CATALOGUES:
@@ -231,7 +231,7 @@ class CatalogueTest(unittest.TestCase):
                 letters = [mnemonic(found[context, text]) for text in texts]
                 self.assertEqual(sorted(letters), sorted(set(letters)))
 
-    def test_german_texts_differ_from_the_english_ones(self):
+    def test_german_translations_differ_from_the_english_texts(self):
         """A text of several words that is the same in German was not translated."""
         found = messages(os.path.join(TOP, 'translations', 'vyre_de.ts'))
         same = {source for (context, source), translation in found.items()

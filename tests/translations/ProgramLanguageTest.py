@@ -34,7 +34,7 @@ class ProgramLanguageTest(JourneyTest):
             program.process.kill()
             program.wait()
 
-    def test_the_environment_decides_the_language(self):
+    def test_the_locale_variables_of_the_environment_select_the_language(self):
         self.check(GERMAN, LANG='de_DE.UTF-8')
         self.check(GERMAN, LANG='C.UTF-8', LANGUAGE='de')
         self.check(GERMAN, LANG='en_US.UTF-8', LC_MESSAGES='de_AT.UTF-8')
@@ -48,10 +48,10 @@ class ProgramLanguageTest(JourneyTest):
         self.check(ENGLISH, LANG='de_DE.UTF-8', LANGUAGE='en:de')
         self.check(ENGLISH, LANG='de_DE.UTF-8', LC_ALL='en_GB.UTF-8')
 
-    def test_english_is_used_if_the_language_has_no_catalogue(self):
+    def test_english_is_used_if_the_selected_language_has_no_catalogue(self):
         self.check(ENGLISH, LANG='fr_FR.UTF-8')
 
-    def test_german_program_installs_and_updates_packages(self):
+    def test_a_vyre_in_german_installs_and_updates_packages(self):
         # This locale writes numbers with a decimal comma. The program must still read and write decimal points.
         locales = os.path.join(self.scratch, 'locales')
         os.mkdir(locales)
