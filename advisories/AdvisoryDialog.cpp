@@ -43,7 +43,7 @@ AdvisoryDialog::AdvisoryDialog(YumIO* backEnd, QWidget* parent)
     layout->addLayout(row);
     const auto addButton = [this, row](const QString& text, const QString& toolTip, const char* slot) {
         auto* button = new QPushButton(text, this);
-        button->setAutoDefault(false); // Enter acts in the list and in the expression field
+        button->setAutoDefault(false); // Enter must not press this button
         button->setToolTip(Literal::toolTip(toolTip));
         connect(button, SIGNAL(clicked()), this, slot);
         row->addWidget(button);

@@ -60,7 +60,7 @@ private:
     AdvisoryModel* model;
     FilteredList* list;
     HTextEdit* details;
-    PlainLabel* resultLabel; // what the last button marked, or could not mark
+    PlainLabel* resultLabel; // the message about the last use of a button
     QPushButton* markButton;
     QPushButton* securityButton;
 };

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The table of advisories. Each row is one advisory; the newest advisory comes first. An expression is also
-// matched against the CVE and bug numbers, the packages and the description.
+// The table of advisories. Each row is one advisory; the newest advisory comes first. A filter expression
+// also finds the CVE numbers, the bug numbers, the packages and the description of an advisory.
 //
 // It lives on the graphical thread; its Qt parent owns it. It owns a copy of the advisories.
 

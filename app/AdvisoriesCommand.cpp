@@ -23,7 +23,7 @@ void AdvisoriesCommand::run()
         return;
     }
     if (!host.hasPackages()) {
-        // Without the packages, no advisory would seem to concern this system.
+        // If no packages were collected, no advisory would seem to concern this system.
         host.warnAndNotice(tr("VYRE cannot show advisories, because it could not read the packages."));
         return;
     }

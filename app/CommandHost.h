@@ -25,14 +25,14 @@ public:
 
     // The parent of the dialogs.
     virtual QWidget* dialogParent() = 0;
-    // Returns null after the start of the end.
+    // Returns null as soon as the program has begun to end.
     virtual YumIO* backEnd() const = 0;
     // Returns whether the window is closed, or closes at the end of the current operation.
     virtual bool isClosing() const = 0;
     // Returns whether the last collection of packages has succeeded.
     virtual bool hasPackages() const = 0;
 
-    // Disables or enables the controls, before and after an operation.
+    // Disables the controls before an operation, or enables them after the operation.
     virtual void setReady(bool ready) = 0;
     // Hides the outcome of the last transaction, and disables the controls.
     virtual void beginOperation() = 0;

@@ -3,7 +3,7 @@
 // Finds out whether an operation has logged errors. Some errors are reported only in the log, for example an
 // unreachable repository or a failed package script.
 //
-// A function on the graphical thread creates an object before an operation. The log must exist longer.
+// A function on the graphical thread creates an object before an operation. The log must outlive the object.
 
 #ifndef APP_ERRORWATCH_H
 #define APP_ERRORWATCH_H
@@ -17,7 +17,7 @@ public:
 
     // The index of the first entry that was logged after the creation of this object.
     int firstEntry() const { return first; }
-    // Returns whether any of the entries since then is an error.
+    // Returns whether an error was logged after the creation of this object.
     bool hasErrors() const;
 
 private:

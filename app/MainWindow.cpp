@@ -62,7 +62,7 @@ MainWindow::MainWindow()
       logWindow(nullptr), repoEditor(nullptr), aboutBox(nullptr)
 {
     setWindowTitle(Literal::title(tr("VYRE - %1").arg(nodeName())));
-    Execute::keepOutput(); // for a manual that the user opens while a transaction's output is captured
+    Execute::keepOutput(); // a manual viewer must not print into the captured output
     model = new PackageTable::Model(yumIO, this);
     proxy = new PackageTable::SortFilterProxyModel(PackageTable::ViewUpdatable, true, false, yumIO, this);
     proxy->setSourceModel(model);
@@ -127,7 +127,7 @@ void MainWindow::initialize()
     const bool mayChange = geteuid() == 0;
     const QString warning = tr("VYRE cannot change packages, because it does not run as root");
     if (!mayChange) {
-        warnAndNotice(warning); // the user must know this before marking packages
+        warnAndNotice(warning); // the user must know this restriction before marking packages
     }
     const QStringList known = yumIO->knownDirectories();
     if (!known.isEmpty()) {
@@ -250,7 +250,7 @@ void MainWindow::reposChanged()
 
 void MainWindow::yumConfIOChanged()
 {
-    // The files are read often, but each warning is logged only once.
+    // The configuration files are read often, but each warning is logged only once.
     for (const QString& warning : qAsConst(yumConfIO->warnings)) {
         if (!quitting() && !loggedWarnings.contains(warning)) {
             loggedWarnings.insert(warning);
@@ -364,7 +364,7 @@ void MainWindow::recollect(Kept kept)
         // Without this call, the proxy would read the search texts of each record on the graphical thread and
         // block this thread.
         if (!prepareFilterSearch(proxy->filterRegExp().pattern())) {
-            proxy->setFilterRegExp(QString()); // the table has no earlier result for the new records
+            proxy->setFilterRegExp(QString()); // the table has no previous result for the new records
             showNotice(tr("Stopped. The expression does not filter the table."));
         }
     }

@@ -141,13 +141,13 @@ private:
     void createMainArea();
     QBoxLayout* createFilterRow();
     QBoxLayout* createButtonRow();
-    // Reads the texts for a search, and compares the records with the expression, on workers. The state and
-    // the boxes of the filter row are those that the table will use. Returns false if the user has stopped
-    // this; then the table stays as it is.
+    // Reads the texts for a search, and compares the records with the expression. Workers do both.
+    // `expression` and the boxes of the filter row are the settings that the table will get. Returns false if
+    // the user has stopped the search; the table is then unchanged.
     bool prepareFilterSearch(const QString& expression);
-    // Prepares the table for the expression and the filter row, and then calls the function, which changes
-    // the table. If the user stops the preparation, the filter row again shows the settings of the table.
-    // Afterwards, the controls are enabled if `ready` is true.
+    // Compares the records with the settings of the filter row and with `expression`, and then calls
+    // `change`, which changes the table. If the user stops the comparison, the filter row again shows the
+    // settings of the table. At the end, enables the controls if `ready` is true.
     void changeListing(const QString& expression, bool ready, const std::function<void()>& change);
     void showMode(int mode);
     void showAppliedSettings();
@@ -176,7 +176,7 @@ private:
     QList<YumRepoEnabled> repoOverrides;
     QHash<QString, bool> sessionEnabled;
     QSet<QString> loggedWarnings; // warnings about the configuration that are already in the log
-    QString loggedRefusal;        // the last refusal to close that was logged during the current operation
+    QString loggedRefusal;        // the last logged refusal to close during the current operation
     YumIO* yumIO;                 // null after the start of quit()
     YumIO* closing;               // the back end while quit() closes the window
     YumConfIO* yumConfIO;

@@ -198,7 +198,8 @@ void MainWindow::updateEmptyText()
         view->setEmptyText(tr("No package has an update."));
     } else if (modeBox->currentIndex() == searchMode &&
                proxy->filterRegExp().pattern().endsWith(QLatin1Char('$'))) {
-        // The list of files is one field, so "$" is not the end of each path.
+        // The list of files is one field, so "$" matches only the end of the whole list, not the end of each
+        // path.
         view->setEmptyText(tr("No package matches.\nIn a search, \"$\" is the end of a whole field, such as "
                               "the list of files.\nFor the end of one line, write \"([[:space:]]|$)\"."));
     } else {

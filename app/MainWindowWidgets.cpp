@@ -30,7 +30,8 @@
 
 void MainWindow::createMenuBar()
 {
-    // Screen readers find the texts next to the menus only in ordinary widgets, not inside the menu bar.
+    // Screen readers find texts only in ordinary widgets, not inside the menu bar. Therefore the texts next
+    // to the menus are labels of their own.
     auto* row = new QWidget(this);
     auto* layout = new QHBoxLayout(row);
     layout->setContentsMargins(0, 0, 0, 0);

@@ -9,7 +9,7 @@ Notice::Notice(QWidget* parent, int duration) : PlainLabel(parent)
     setPalette(Colors::makeWarning(palette()));
     setAutoFillBackground(true);
     setMargin(2);
-    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred); // the whole text, even in a narrow window
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred); // show the whole text, even in a narrow window
     end.setSingleShot(true);
     end.setInterval(duration);
     connect(&end, SIGNAL(timeout()), this, SLOT(showNext()));

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // The outcome of the last transaction, in one line next to the menus, with a button that opens the log at the
-// beginning of this transaction. It is hidden until the first transaction, and from the next operation on.
+// beginning of this transaction. It is hidden until the first transaction ends. The next operation hides it
+// again.
 //
 // It lives on the graphical thread; its Qt parent owns it.
 

@@ -140,7 +140,7 @@ void ProgramEnd::endWithoutToolkit()
     if (goingOn) {
         Unattended::report(tr("The transaction has ended. VYRE ends."));
     }
-    // Skip the destructors of Qt's objects, because they need the lost display.
+    // Skip the destructors of Qt's objects, because they need the display, which is lost.
     _exit(1);
 }
 

@@ -21,7 +21,7 @@ public:
     explicit StopButton(QWidget* parent);
 
     void showState(StopRequest::State state);
-    // Returns the same size in all states, so that the bars beside the button keep their width.
+    // Returns the same size in all states, so that the bars next to the button keep their width.
     QSize sizeHint() const override;
 };
 

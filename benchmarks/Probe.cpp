@@ -113,7 +113,7 @@ public:
                 windowIsPainting = true;
             }
             if (windowIsPainting) {
-                windowPainted = monotonic(); // until the last widget of the window paints
+                windowPainted = monotonic(); // the last of these times counts
                 rest();
             }
             if (dialogPainted == 0 && window != nullptr && qobject_cast<QDialog*>(window) != nullptr) {
@@ -218,15 +218,16 @@ private Q_SLOTS:
     }
 
 private:
-    // A time in which the graphical thread has served no events, and the thread's CPU time in a stretch.
-    // Other programs affect only the first time. The two times may come from different stretches.
+    // The longest elapsed time in which the graphical thread has served no events, and the most CPU time that
+    // it has used in such a stretch. Other programs affect only the elapsed time. The two values may come
+    // from different stretches.
     struct Stretch
     {
         double seconds = 0;
         double computed = 0;
     };
 
-    // Ends a stretch, and begins the next one.
+    // Ends the current stretch without events, and begins the next one.
     void noteStretch()
     {
         if (watched != nullptr && lastBeat != 0) {
@@ -429,8 +430,9 @@ private:
                                                         {QStringLiteral("widest"), widest}};
     }
 
-    // The first expression makes the program read the texts. The others search again. The last ones are hard:
-    // no fixed text is part of each match, or thousands of places begin like a match.
+    // The first expression makes the program read the texts. The other expressions search the texts that were
+    // read. The last expressions are slow: their matches have no fixed text in common, or thousands of places
+    // begin like a match.
     void searches(bool again)
     {
         timed("search", [this] { modeCombo->setCurrentIndex(0); });

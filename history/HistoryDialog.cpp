@@ -61,7 +61,7 @@ HistoryDialog::HistoryDialog(YumIO* backEnd, QWidget* parent)
     layout->addLayout(row);
     const auto addButton = [this, row](const QString& text, const char* slot) {
         auto* button = new QPushButton(text, this);
-        button->setAutoDefault(false); // Enter acts in the list and in the expression field
+        button->setAutoDefault(false); // Enter must not press this button
         connect(button, SIGNAL(clicked()), this, slot);
         row->addWidget(button);
         return button;

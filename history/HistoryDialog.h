@@ -35,8 +35,8 @@ public:
     // run.
     HistoryDialog(YumIO* backEnd, QWidget* parent);
 
-    // Sets one more reason why no transaction can be undone now. The back end knows all other reasons. An
-    // empty string means that no such reason exists.
+    // Sets a reason why no transaction can be undone now, in addition to the reasons that the back end knows.
+    // An empty string means that no such reason exists.
     void setRefusal(const QString& text) { refusal = text; }
 
     // Both functions return the user's request. They are valid after exec() has returned QDialog::Accepted.

@@ -3,7 +3,7 @@
 // Sets the program's default widget style, unless the user has chosen a style.
 //
 // Only the graphical thread uses it. main() creates it before the application object, because that object
-// removes Qt's option -style from the arguments.
+// removes Qt's -style option from the arguments.
 
 #ifndef APP_BASE_DEFAULTSTYLE_H
 #define APP_BASE_DEFAULTSTYLE_H

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Keeps Qt from loading OpenGL. The program paints without OpenGL, but Qt would load the driver with the
-// first window: this takes a third of the time until the window is painted, and 50 MiB of memory.
+// Keeps Qt from loading OpenGL. The program paints without OpenGL, but Qt would load the OpenGL driver with
+// the first window. Loading the driver would need a third of the time until the window is painted, and 50 MiB
+// of memory.
 //
-// Qt decides when it creates the first window. main() creates an object of this class on the graphical thread
-// before that, and destroys it afterwards. The programs that VYRE starts later do not see the setting.
+// Qt decides when it creates the first window. Therefore main() creates an object of this class on the
+// graphical thread before the first window, and destroys it afterwards. The programs that VYRE starts later
+// do not see the setting.
 
 #ifndef APP_BASE_WITHOUTOPENGL_H
 #define APP_BASE_WITHOUTOPENGL_H
