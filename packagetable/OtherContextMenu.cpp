@@ -20,7 +20,7 @@ void OtherContextMenu::exec(QModelIndex sourceIndex, const QPoint& globalPos)
     clicked = sourceIndex;
     describeAction->setEnabled(sourceIndex.isValid());
     browseAction->setVisible(sourceIndex.column() == RepositoryColumn);
-    // Groups and installed packages have no repository that a browser could open.
+    // Groups and installed packages come from no repository that a browser could open.
     const QString repo = sourceIndex.data().toString();
     browseAction->setEnabled(!repo.isEmpty() && repo != QLatin1String(localRepository));
     QMenu::exec(globalPos);

@@ -21,8 +21,8 @@ namespace {
 // prepareQuickly() gives up after this number of milliseconds.
 constexpr int quickTime = 30;
 
-// The texts of a record that a search compares. Threads that the user has stopped may still read them when
-// the record no longer exists.
+// The texts of a record that are compared with a search expression. After the user has stopped a search, its
+// threads may still read these texts, even if the record no longer exists.
 struct SearchedTexts
 {
     bool group;
@@ -264,8 +264,8 @@ void SortFilterProxyModel::refilter()
 
 void SortFilterProxyModel::map() const
 {
-    // Reading a field may open a message box, which processes paint events. Painting the table calls this
-    // function again.
+    // Reading a field may open a message box, which processes paint events. A paint event of the table calls
+    // this function, so the call must end here while an outer call runs.
     if (mapped || mapping) {
         return;
     }
@@ -568,7 +568,7 @@ void SortFilterProxyModel::keep(const Settings& wanted, bool again, const QVecto
                                 const std::vector<char>& found)
 {
     if (!again) {
-        static qint32 last = 0; // different for all proxies, because the records store only one number
+        static qint32 last = 0; // all proxies share `last`: the records store one number for all
         comparison = ++last;
         comparedMode = wanted.mode;
         comparedExpression = wanted.expression;
@@ -582,7 +582,7 @@ bool SortFilterProxyModel::prepareQuickly(const Settings& given)
 {
     Settings wanted = given;
     wanted.expression = Expression::withoutOuterAny(given.expression);
-    // The time to compare one row has no useful limit if the expression refers to its groups.
+    // If the expression refers to its groups, comparing it with a single row may already take hours.
     static const QRegularExpression reference(QStringLiteral("\\\\[1-9]"));
     if (wanted.mode != Filter || yumIO.isNull() || wanted.expression.contains(reference)) {
         return false;

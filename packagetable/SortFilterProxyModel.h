@@ -69,13 +69,14 @@ public:
     Settings settings() const { return {mode, stateFilter, dups, groups, expression.pattern()}; }
     // Returns the records that a search with these filters examines.
     QVector<Package::Entry*> searched(StateFilter state, bool withDups, bool withGroups) const;
-    // Compares the expression of these settings with all records that the other settings permit. It may start
-    // a worker and serve events. If the proxy then gets the settings, it lists the records at once. Without
-    // this function, the result is the same, but the proxy itself compares the records and serves no events.
-    // Returns false if the user has stopped the worker. Then the results for the present settings are kept.
+    // Compares the expression of these settings with all records that the other settings permit, and stores
+    // the results. It may start a worker and serve events. When the settings are then applied, the proxy
+    // lists the records at once. Without a call of this function, the proxy lists the same records, but
+    // compares them itself and serves no events. Returns false if the user has stopped the worker; the
+    // results for the current settings are then kept.
     bool prepare(const Settings& wanted);
-    // Does the same in Filter mode, on this thread, if it takes only some milliseconds. Otherwise returns
-    // false.
+    // Does the same as prepare() in Filter mode, on the graphical thread, if it takes only some milliseconds.
+    // Otherwise returns false.
     bool prepareQuickly(const Settings& wanted);
     // Marks every listed record for Update that is updatable.
     void setUpdateListed();
@@ -157,11 +158,11 @@ private:
     mutable std::vector<Verdict> verdicts; // the result of the filter, by source row
     QRegExp expression;
     Expression pattern;
-    // The settings of the last comparison of all records, and its number. Package::Entry::match has the
-    // results.
+    // The settings of the last comparison of all records, and the number of this comparison.
+    // Package::Entry::match has the results.
     Mode comparedMode;
     QString comparedExpression;
-    qint32 comparison; // 0 if there has been none
+    qint32 comparison; // 0 before the first comparison
 
     int sortedBy;
     Qt::SortOrder sortedIn;

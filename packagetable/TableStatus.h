@@ -6,7 +6,7 @@
 //
 // It lives on the graphical thread; its Qt parent owns it. It counts the marks of all records only after the
 // marks or the records have changed, and only once for many changes at the same time. If only the selection
-// or the filter changes, it does not count the marks again.
+// or the filter changes, this class does not count the marks again.
 
 #ifndef PACKAGETABLE_TABLESTATUS_H
 #define PACKAGETABLE_TABLESTATUS_H

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The built-in extension module yumIOC. Through this module, the script python/YumIO.py sends progress,
-// output and questions to the program. Each function of the module calls the back end's member function of
-// the same name.
+// The built-in extension module yumIOC. Through this module, the script YumIO.py sends progress, output and
+// questions to the program. Each function of the module calls the back end's member function of the same
+// name.
 //
 // The module's functions run on the thread that runs the script, with the interpreter lock held. The
 // interpreter owns the module. The main window owns the back end.

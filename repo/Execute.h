@@ -16,9 +16,9 @@ class Execute
     Q_DECLARE_TR_FUNCTIONS(Execute)
 
 public:
-    // Saves the current standard output and standard error, which all programs get that execute() starts
-    // later. During an operation, both descriptors are pipes that close when the operation ends. A program
-    // that writes to a closed pipe is killed.
+    // Saves the current standard output and standard error, and gives them to all programs that execute()
+    // starts later. During an operation, both descriptors are pipes that close when the operation ends. A
+    // program that writes to a closed pipe is killed.
     static void keepOutput();
 
     // Runs the program argv[0] (a path) with the other arguments, which a null pointer ends. The function

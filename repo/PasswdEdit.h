@@ -122,9 +122,9 @@ protected:
         showRealSelection();
     }
 
-    // Returns true if the key removes more than one character. In this case, the function first selects in
-    // the visible edit what the key removes, by the word boundaries of the masked text. If the key also
-    // copies, the function copies the masked text to the clipboard.
+    // Returns true if the key removes more than one character. In this case, the function first selects the
+    // text that the key removes. It finds this text in the visible edit, by the word boundaries of the masked
+    // text. If the key also copies, the function copies the masked text to the clipboard.
     virtual bool selectForRemoval(QKeyEvent* event)
     {
         const bool hasSelection = PasswdInner::selection(this).length() > 0;

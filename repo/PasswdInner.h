@@ -16,8 +16,8 @@
 
 class QKeyEvent;
 
-// The hidden widgets make those event functions public that the masking edits call. Assistive programs cannot
-// read the texts of the hidden widgets.
+// In the hidden widgets, the event functions that the masking edits call are public. Assistive programs
+// cannot read the texts of the hidden widgets.
 class PasswdInnerLineEdit : public QLineEdit
 {
     Q_OBJECT

@@ -172,7 +172,7 @@ int Dialog::exec(Repo::Entry* asked)
     authNameField->setFocus();
     setResult(SkipAll);
     // The program asks at its start, and then about one repository after another. A key or a click that is
-    // meant for another window or for the repository before must not answer the question.
+    // meant for another window or for the previous repository must not answer the question.
     const QuestionGuard guard(this);
     show();
     update(); // the guard waits until the window is painted

@@ -39,8 +39,8 @@ public:
     // the configuration cannot be read, the error message appears over `parent`.
     Dialog(YumIO* backEnd, YumConfIO* conf, QWidget* parent);
 
-    // Set this member before each exec(). If it is true, the dialog emits reposChanged() when it closes, even
-    // if nothing has changed.
+    // The caller sets this member before each exec(). If it is true, the dialog emits reposChanged() when it
+    // closes, even if nothing has changed.
     bool reposChangedForced;
 
     // Does not open the window if the configuration cannot be read.

@@ -63,7 +63,7 @@ public:
     // True if each line ends with a carriage return and a line feed.
     bool hasCarriageReturns = false;
     // True if the file has no byte order mark, no bytes beyond ASCII and no carriage return at the end of a
-    // line. If the program reads and writes a plain file, no character changes.
+    // line. If the program reads a plain file and writes it again, no character changes.
     bool isPlain = false;
     FileNumber number;
 

@@ -65,7 +65,7 @@ public:
     bool write(QWidget* window);
 
     // Valid after write() has returned false. True if other programs have changed files and the user wants to
-    // read all files again. `entries` is unchanged.
+    // read all files again. In this case, `entries` is unchanged.
     bool readAgainWanted = false;
     // Valid after write() has returned true. True if other programs have made changes that `entries` does not
     // contain.

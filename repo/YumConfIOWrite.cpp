@@ -165,7 +165,7 @@ QList<YumConfIO::Target> YumConfIO::targets() const
     };
 
     QList<Target> result;
-    QHash<QString, int> byEntryFile; // the values of both maps are indexes into `result`
+    QHash<QString, int> byEntryFile; // both maps contain indexes into `result`
     QHash<QString, int> byPlace;
     QList<Repo::Entry> sorted = entries;
     for (Repo::Entry& entry : sorted) {

@@ -14,7 +14,7 @@ public:
     // functions are called on the graphical thread.
     virtual void stdoutCapturedWrite(const QString& text) = 0;
     virtual void stderrCapturedWrite(const QString& text) = 0;
-    // Called on the graphical thread after the last piece of one capture.
+    // Called on the graphical thread after the last piece of output.
     virtual void captureEnded() {}
     // Reports that the capture could not be started or ended. Called on the operation's thread.
     virtual void error(const QString& text) = 0;

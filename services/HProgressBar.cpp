@@ -10,7 +10,7 @@ void HProgressBar::setActivity(QString text)
 {
     if (activity != text) {
         activity = text;
-        setAccessibleDescription(activity); // assistive programs read only the percentage otherwise
+        setAccessibleDescription(activity); // else assistive programs read only the percentage
         update();
     }
 }

@@ -52,8 +52,8 @@ void EntryList::appendMessage(Kind kind, unsigned int level, const QString& mess
 
 void EntryList::emitAppended()
 {
-    // When the program is unattended, the log window is not visible, and the graphical thread does not return
-    // to its event loop. Therefore nobody would receive the signal.
+    // While the program is unattended, do not emit the signal: the log window is not visible, and the
+    // graphical thread does not return to its event loop.
     if (!Unattended::is()) {
         Q_EMIT appended();
     }

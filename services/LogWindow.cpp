@@ -215,7 +215,7 @@ void Window::timesChanged()
 void Window::save()
 {
     // Do not wait for the answer in a nested event loop: an operation that ends while the dialog is open
-    // could not return through this loop.
+    // could not return, because this loop would be above it on the stack.
     auto* dialog = new QFileDialog(this, tr("Save the Log"), QDir::homePath(), QString());
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setAcceptMode(QFileDialog::AcceptSave);
@@ -304,8 +304,8 @@ bool Window::render()
         return false;
     }
 
-    // With an edit block, Qt lays the document out once instead of once for each line. Inside the block, the
-    // view does not scroll with the text.
+    // Inside an edit block, Qt lays the document out once instead of once for each line, and the view does
+    // not scroll with the text.
     QScrollBar* scrollBar = textEdit->verticalScrollBar();
     const bool atEnd = scrollBar->value() >= scrollBar->maximum();
     QTextCursor block(textEdit->document());

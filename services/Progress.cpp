@@ -410,7 +410,8 @@ void Object::setItemActsThreadValue(unsigned int index, Steps value)
         oldValue = state[index].value;
         state[index].value = value;
     });
-    // The item value is limited to itemMax, so it can be less than `oldValue`. subtract() then returns 0.
+    // The item's value is limited to itemMax, so the sum can be less than `oldValue`. subtract() then returns
+    // 0.
     setItemValue(subtract(itemValue + value, oldValue));
 }
 

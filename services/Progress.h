@@ -144,7 +144,7 @@ public:
     void startItem(QString text, Steps steps, Steps itemMax);
     void changeItemActivity(QString text);
 
-    // Divides the next "steps" of the total bar into "acts" equal parts.
+    // Divides the next "steps" of the total bar into "acts" parts of equal size.
     void setupItemActs(Steps steps, Steps acts);
     void changeItemActs(Steps acts);
     // Starts an item that covers the acts from the end of the previous item up to act "uptoAct".

@@ -27,12 +27,12 @@ protected:
 bool is();
 
 // Makes the program unattended: from now on is() returns true, and all waiters give up. Only the graphical
-// thread may call it. If the display is lost, everything that is logged must be reported. If a signal has
-// asked the program to end, only errors and warnings must be reported.
+// thread may call it. If the display is lost, the caller requests reports of all log entries. If a signal has
+// asked the program to end, the caller requests reports of errors and warnings only.
 enum class Reported { Everything, Faults };
 void begin(Reported what = Reported::Everything);
 
-// Returns whether everything that is logged must be reported.
+// Returns whether all log entries must be reported.
 bool reportsEverything();
 
 // Registers a waiter until remove() is called. If the program is already unattended, returns false without

@@ -103,8 +103,8 @@ void YumIOCapturersMinion::serveAll()
         minion->readStdout();
         minion->readStderr();
         if (minion->finalizing) {
-            // finalize() of this minion is below this call on the stack: its receiver has processed events
-            // and will not return. Therefore end the capture here.
+            // Below this call on the stack, finalize() of this minion runs: its receiver processes events and
+            // does not return. Therefore end the capture here.
             minion->endFinalizing();
         }
     }

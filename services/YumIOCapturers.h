@@ -32,7 +32,7 @@ public:
     // Takes over the read ends of the two pipes, which must be non-blocking. The receiver is the back end,
     // which the main window owns.
     YumIOCapturersMinion(CapturedOutput* textReceiver, int stdoutReadEnd, int stderrReadEnd);
-    // Reads the rest of the output. The worker does not wait until this has happened.
+    // Reads the rest of the output. The worker does not wait for this destructor.
     ~YumIOCapturersMinion() override;
 
     // Does the work of all minions without an event loop: reads the available output, and deactivates each
@@ -57,7 +57,7 @@ private:
 
     CapturedOutput* receiver;
     bool active;
-    bool finalizing; // finalize() runs, and the worker waits until it has ended
+    bool finalizing; // true while finalize() runs and the worker waits for it
     FileDescriptor stdoutFd;
     FileDescriptor stderrFd;
     std::unique_ptr<QSocketNotifier> stdoutNotifier;

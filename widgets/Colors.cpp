@@ -28,7 +28,7 @@ QPalette makeLabel(const QPalette& palette, const QColor& background)
 // text.
 const double darkestLightBackground = 0.179;
 
-// The minimum contrast at which text of an ordinary size is readable.
+// The minimum contrast at which text of an ordinary size is readable on its background.
 const double leastContrast = 4.5;
 
 // Returns the perceived luminance of a colour, from 0 for black to 1 for white.

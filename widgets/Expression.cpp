@@ -119,11 +119,11 @@ QByteArray Expression::requiredText(const QByteArray& expression, bool& whole)
         switch (character) {
         case ')':
         case '|':
-            // The matches of alternatives may have no text in common.
+            // The alternatives need not have any text in common.
             whole = false;
             return QByteArray();
         case '(':
-            // A group may be optional, and its alternatives may have no text in common.
+            // The group may be optional, and its alternatives need not have any text in common.
             endRun();
             at = afterGroup(expression, at);
             if (at < 0) {

@@ -3,9 +3,9 @@
 // A regular expression that filters a table. It is an extended POSIX expression, is case-sensitive, and
 // matches anywhere in a text.
 //
-// For most expressions, every match contains a certain fixed text. A search for a fixed text is much faster
-// than a regular expression. Therefore the regular expression is tried only on texts that contain the fixed
-// text. The results are the same.
+// For most expressions, every match contains a certain fixed text. Searching for a fixed text is much faster
+// than matching a regular expression. Therefore the regular expression is tried only on texts that contain
+// the fixed text. The results are the same.
 //
 // At each position of a text, the C library tries the whole expression again. If the expression contains a
 // repetition without limit, the time grows with the square of the length of the text. Such an expression E is

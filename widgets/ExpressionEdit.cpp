@@ -9,7 +9,8 @@
 
 void ExpressionEdit::showValid(bool valid)
 {
-    // Colour an invalid expression, because the list is as empty as for an expression without matches.
+    // An invalid expression gets a colour, because its list is empty, like the list of an expression without
+    // matches.
     QPalette palette = QApplication::palette(this);
     if (!valid) {
         palette.setColor(QPalette::Base, QColor(Colors::errorBg()));

@@ -22,8 +22,8 @@
 
 namespace {
 
-// Without the focus, a widget shows its selection in another colour. This function sets both colours to the
-// same value, because the find bar has the focus while it selects matches.
+// If a widget has no focus, it shows its selection in another colour than with the focus. This function makes
+// both colours equal, because the find bar has the focus while it selects matches.
 void keepSelectionVisible(QWidget* widget)
 {
     QPalette palette;

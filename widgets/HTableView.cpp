@@ -118,7 +118,7 @@ void HTableView::keyPressEvent(QKeyEvent* event)
     if ((toStart || event->key() == Qt::Key_End) && modifiers == Qt::ControlModifier) {
         const int rows = model() != nullptr ? model()->rowCount(rootIndex()) : 0;
         if (rows > 0) {
-            // Select the cell explicitly, because the base class moves only the current index.
+            // Select the cell explicitly, because the base class only makes it current.
             QItemSelectionModel::SelectionFlags command = QItemSelectionModel::ClearAndSelect;
             if (selectionBehavior() == QAbstractItemView::SelectRows) {
                 command |= QItemSelectionModel::Rows;

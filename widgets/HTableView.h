@@ -77,7 +77,8 @@ private:
     bool isEmpty() const;
 
     QStyleOptionViewItem::Position decorationPosition;
-    // After the first call of sizeHint(), both numbers are equal.
+    // The size hint has space for at least minRows and at most maxRows rows. After the first call of
+    // sizeHint(), both numbers are equal.
     mutable int minRows;
     mutable int maxRows;
     bool oneLineRows;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Prepares a foreign text so that Qt shows it unchanged in tool tips and window titles. Foreign texts come
-// from packages, repositories, files, servers and failures. For labels and message boxes, use PlainLabel and
-// HMessageBox.
+// Prepares a text from outside the program so that Qt shows it unchanged in tool tips and window titles. Such
+// texts come from packages, repositories, files, servers and failures. For labels and message boxes, use
+// PlainLabel and HMessageBox.
 //
 // Any thread may use it. It has no state.
 

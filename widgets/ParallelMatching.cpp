@@ -67,7 +67,7 @@ ParallelMatching::ParallelMatching(const QString& expression, size_t count, Matc
         try {
             std::thread(run).detach();
         } catch (const std::system_error&) {
-            // The system cannot start another thread. If it has started none, use this one.
+            // The system cannot start another thread. If no thread was started, compare on this thread.
             if (i == 0) {
                 run();
             } else {

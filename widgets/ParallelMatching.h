@@ -4,8 +4,8 @@
 //
 // The C library cannot be interrupted while it compares an expression with a text, which may take minutes.
 // Therefore nobody waits for these threads: if the object is deleted earlier, each thread ends after its
-// current item. Until then, the thread uses only data that it shares with no living object, and the function,
-// which must own its data or share data that never change.
+// current item. Until then, the thread uses only its own data and the given function. This function must own
+// its data, or use data that never change.
 //
 // Any thread may create and use an object, but only one thread at a time.
 
