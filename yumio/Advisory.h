@@ -50,7 +50,7 @@ public:
     QStringList bugs; // the bugs with their titles
     QVector<Package> packages;
 
-    // Returns whether all named packages are installed in the named version or a newer version.
+    // Returns whether all named packages are installed in the named versions or in newer versions.
     bool isInstalled() const
     {
         for (const Package& package : packages) {

@@ -80,8 +80,8 @@ public:
     enum Use {
         OfPackages = 1, // ordinary packages and suites have the field
         OfGroups = 2,   // groups have the field
-        // A search compares the expression with the field. The file list and the change log lack this flag,
-        // although a search includes them: it reads these two separately.
+        // A search reads the field in order to compare it with the expression. The file list and the change
+        // log lack this flag: a search reads them separately.
         Searched = 4,
         Described = 8, // the description of a record shows the field
         // The short description of a further installed version shows the field. It has only the fields that

@@ -25,8 +25,8 @@ using Parser = std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)>;
 class Reader
 {
 public:
-    // rootName is the name of the expected root element. Other kinds of metadata files have the same package
-    // elements without the wanted data, so only the root element shows a wrong kind.
+    // rootName is the name of the expected root element. The package elements are the same in all kinds of
+    // metadata files, so only the root element shows that a file is of the wrong kind.
     Reader(const QByteArray& rootName, const Wanted& wantedPackages, std::vector<QByteArray>& result)
         : expectedRoot(rootName), wanted(wantedPackages), texts(result),
           parser(XML_ParserCreate(nullptr), XML_ParserFree), announced(0), found(0), place(-1),

@@ -62,7 +62,7 @@ public:
     quint64 buildTime; // in seconds since the epoch
     QString buildTimeText;
     PyObject* pyObject; // the script's package or group object, a strong reference
-    bool duplicate;     // a record with the same name and another bi-arch class is preferred
+    bool duplicate;     // another record with this name has a preferred bi-arch class
     bool excluded;      // the package is installed, and the package manager's configuration excludes it
     // The result of the proxy's last comparison with an expression: the number of this comparison if the
     // record matches, the negative number if it does not, or 0 if the record has not been compared.

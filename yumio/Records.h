@@ -80,7 +80,8 @@ public:
     // --- Marks
 
     Package::Marks marks() const;
-    // Sets each action again for the record with its key. Skips records that do not permit the action.
+    // Sets each stored action again, for the record with the same key. Skips records that do not permit the
+    // action.
     void restoreMarks(const Package::Marks& marks) const;
 
     // --- Deletion

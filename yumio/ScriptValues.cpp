@@ -299,8 +299,8 @@ const char* ScriptValues::attributeName(PackageAttribute which)
 
 PyObject* ScriptValues::attribute(PyObject* object, PackageAttribute which)
 {
-    // Intern the name: the interpreter caches attribute lookups only for interned names, and otherwise
-    // searches all base classes each time.
+    // Intern the name, because the interpreter caches the lookup of an attribute only if the attribute's name
+    // is interned. Without the cache, it searches all base classes each time.
     PyRef& name = attributeNames[which];
     if (!name) {
         name = PyRef(PyUnicode_InternFromString(attributeName(which)));
@@ -425,7 +425,7 @@ QString ScriptValues::bytesFormat(unsigned long long bytes)
     double value = static_cast<double>(bytes);
     const QString* unit = &smallest;
     for (const auto& candidate : units) {
-        // Use this unit as soon as the number would have four digits in the next smaller unit.
+        // Use this unit if the number would have at least four digits in the next smaller unit.
         if (bytes >= 1000ULL << (candidate.shift - 10)) {
             value /= static_cast<double>(1ULL << candidate.shift);
             unit = &candidate.name;

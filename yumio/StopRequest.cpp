@@ -85,7 +85,7 @@ bool StopRequest::request()
     });
     if (accepted) {
         interruptDownloads();
-        // Repeat this, because librepo clears `lr_interrupt` when it begins a download.
+        // Repeat interruptDownloads(), because librepo clears `lr_interrupt` when it begins a download.
         repetition.start();
     }
     return accepted;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The user's request to stop the running operation. The graphical thread makes the request. The worker checks
-// between its steps whether a request exists, and then ends. Downloads end at once.
+// The user's request to stop the running operation. The graphical thread makes the request. Between its
+// steps, the worker checks whether a request exists, and ends if it does. Downloads end at once.
 //
 // The back end owns the object, which lives on the graphical thread. Only that thread calls begin(), end()
 // and request(). Any thread may call the other functions.
@@ -38,10 +38,10 @@ public:
     bool request();
     // Returns whether the running operation must stop.
     bool isRequested() const { return requested; }
-    // Returns whether the user has requested a stop of the last operation that has ended. Only the graphical
+    // Returns whether the user requested a stop of the most recently ended operation. Only the graphical
     // thread may call it.
     bool wasRequested() const { return requestedBefore; }
-    // Sets whether a request has an effect from now on.
+    // Sets whether a request can stop the operation from now on.
     void setStoppable(bool stoppable);
     // Sets whether the operation is waiting for another program. A request ends this wait.
     void setWaiting(bool waits);

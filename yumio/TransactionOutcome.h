@@ -25,11 +25,11 @@ public:
         Updated,
         Downgraded,
         Reinstalled,
-        Removed, // replaced packages of other names too
+        Removed, // includes replaced packages, whose names may differ
         GroupsInstalled,
         GroupsUpdated,
         GroupsRemoved,
-        Modules, // with changed streams or profiles
+        Modules, // modules with changed streams or profiles
         Failed,
         CountCount
     };
@@ -38,7 +38,7 @@ public:
     static const char* nameOf(Count count);
 
     bool hasFailures() const { return counts[Failed] != 0 || !failedScriptlets.isEmpty(); }
-    // Returns the changes, for example "18 installed, 1 updated"; empty without changes.
+    // Returns the changes, for example "18 installed, 1 updated". Returns an empty string if nothing changed.
     QString changes() const;
     // Returns the whole outcome in one line.
     QString text() const;

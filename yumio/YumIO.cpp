@@ -581,7 +581,7 @@ QString YumIO::expandVariables(QString text)
         PyErr_Clear();
         return text;
     }
-    // If the script lacks this method, replace only these three variables.
+    // If the script has no method that replaces variables, replace only these three variables.
     for (const char* variable : {"basearch", "arch", "releasever"}) {
         const QString name = QLatin1String(variable);
         const QString reference = QLatin1Char('$') + name;

@@ -81,8 +81,8 @@ public:
     // A collection from the cache needs no network and asks no questions. It leaves out the repositories
     // without metadata in the cache.
     enum class Source { Repositories, Cache };
-    // The keys of repoEnable are repository identifiers. The value is true if the repository is used. Unknown
-    // identifiers are ignored.
+    // The keys of repoEnable are repository identifiers. A value is true if the session uses the repository.
+    // Unknown identifiers are ignored.
     bool collect(const QHash<QString, bool>& repoEnable, Source source = Source::Repositories);
     // Returns the identifiers of the failing repositories that the user switched off for this session during
     // the last collection.
@@ -124,7 +124,7 @@ public:
     int count() const { return rebuilding ? 0 : records.count(); }
     Package::Entry* operator[](int row) const { return records.at(row); }
 
-    // --- Extra data. The first two functions load their data at most once, and return whether they are
+    // --- Extra data. The first two functions load their data at most once, and return whether the data are
     // loaded.
 
     bool collectFileLists();
@@ -173,8 +173,8 @@ public:
     // Returns the reason why no transaction can be undone or repeated now, or an empty string. Call
     // readHistory() first.
     QString replayFault() const;
-    // Undoes or repeats a recorded transaction. Everything else is as in apply(), but the marks of the
-    // records are ignored.
+    // Undoes or repeats a recorded transaction. Works like apply() in all other respects, but ignores the
+    // marks of the records.
     bool replay(Replay kind, qint64 number);
 
     // Returns the marks. restoreMarks() sets them again after a new collection.
@@ -192,13 +192,13 @@ public:
 
     // --- Advisories
 
-    // A worker reads the advisories about installed packages, once after each collection. Returns whether the
-    // advisories have been read.
+    // A worker reads the advisories about installed packages. It reads them only once after each collection.
+    // Returns whether the advisories have been read.
     bool collectAdvisories();
     // Returns the advisories, the newest first. The list is empty before collectAdvisories().
     const QVector<Advisory>& advisories() const { return advisoryList; }
-    // Returns the identifiers of the advisories since the installed version, the newest first. If the record
-    // has no update, the list is empty.
+    // Returns the identifiers of the advisories about versions after the installed version, the newest first.
+    // If the record has no update, the list is empty.
     QStringList advisoriesOfUpdate(const Package::Entry& entry) const
     {
         return updateAdvisoryIds.value(&entry);
@@ -434,7 +434,7 @@ private:
     // Returns a new reference or null.
     PyObject* collected(const char* method, const QString& what, bool capture);
     void addCounterparts();
-    // Ignores baseObject, because `repos` belongs to the only base object of the script.
+    // Ignores `baseObject`, because `repos` belongs to the only base object of the script.
     void useRepos(PyObject* baseObject, const QHash<QString, bool>& repoEnable);
     QStringList collectRepos(PyObject* reposDict);
     bool collectField(PyObject* all, const char* field, Package::State state);

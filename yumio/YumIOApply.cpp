@@ -37,8 +37,8 @@ bool YumIO::apply()
     return outcome(thread.result);
 }
 
-// The arguments of the script's functions: the script's objects for the marked records. After a failure, the
-// lists are null.
+// The arguments for the script's method that applies marks: lists of the script's objects for the marked
+// records. After a failure, the lists are null.
 struct YumIO::MarkedObjects
 {
     PyRef installs{PyList_New(0)};
@@ -202,7 +202,7 @@ bool YumIO::carryOut(const std::function<PyObject*()>& method)
     return transaction.txApplied;
 }
 
-// Reads the outcome from the script's object. It is more exact than what the callbacks have reported: a
+// Reads the outcome from the script's object. This outcome is more exact than the reports of the callbacks: a
 // callback may announce a transaction that rpm never begins.
 void YumIO::readOutcome()
 {
@@ -610,7 +610,8 @@ void YumIO::weighUnlisted(PyObject* item, long action)
 bool YumIO::verifyLocalPkg(PyObject* pkg)
 {
     // This function may run inside a longer operation. If that operation fails later, its message must
-    // include all log entries since it began. Therefore its position in the log is restored below.
+    // include all log entries since it began. Therefore the start of that operation in the log is stored here
+    // and restored below.
     const int outerLogStart = exceptLogStart;
     bool valid = false;
     {

@@ -14,8 +14,8 @@
 
 namespace {
 
-// After each block of this number of packages, the collection updates the progress bar and checks whether it
-// must stop.
+// The collection updates the progress bar and checks whether it must stop, each time it has read this number
+// of packages.
 constexpr Steps packagesAtOnce = 256;
 
 // The maximum number of lines of an error in a question. The text may name a hundred mirrors, and a question
@@ -392,7 +392,8 @@ bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
     if (!iterator) {
         return internalError(tr("Internal error: the packages are not iterable"));
     }
-    // Reserve memory, so that the index does not grow step by step. A wrong hint does no harm.
+    // Reserve memory, so that the index does not grow step by step. If the hint is wrong, the index still
+    // grows when necessary.
     const Py_ssize_t hint = PyObject_LengthHint(set, 0);
     if (hint > 0) {
         records.reserve(static_cast<int>(hint));

@@ -21,8 +21,8 @@
 
 namespace {
 
-// Collects the texts of one record, each followed by a zero byte. One object is used for all records in turn,
-// so that its buffer is allocated only once.
+// Collects the texts of one record, each followed by a zero byte. The same object is used for all records in
+// turn, so that its buffer is allocated only once.
 class SearchTextsWriter
 {
 public:
@@ -155,7 +155,7 @@ bool YumIO::findMatchesReal(const QString& expression, size_t count, const Match
     const ParallelMatching matching(expression, count, matches);
     while (!matching.wait(checkInterval)) {
         if (mustGiveUp()) {
-            return false; // without waiting for the threads, which cannot be interrupted
+            return false; // do not wait: the threads cannot be interrupted
         }
         if (!operationScope && running.elapsed() >= shownAfter) {
             operationScope.emplace(*this);
@@ -205,8 +205,8 @@ bool YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
     progress->startTotal(tr("Reading package texts: Total Progress"), steps);
     progress->startItem(tr("Reading packages"), steps, steps);
 
-    // Other threads read the metadata files while this thread reads package objects, because only the latter
-    // needs the interpreter.
+    // Other threads read the metadata files while this thread reads package objects. Only package objects
+    // need the interpreter.
     QHash<QString, RepositoryTexts> repositories;
     const auto fromRepositories =
         std::count_if(wanted.cbegin(), wanted.cend(), [](const Package::Entry* entry) {

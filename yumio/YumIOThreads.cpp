@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The functions with which the graphical thread starts a worker, waits until the worker has ended, and, when
-// the program ends, makes it give up.
+// The functions with which the graphical thread starts a worker and waits until the worker has ended. When
+// the program ends, these functions make the worker give up.
 
 #include "yumio/YumIO.h"
 
