@@ -21,16 +21,16 @@ private Q_SLOTS:
     void cleanup() { dialog.reset(); }
     void cleanupTestCase() { table.reset(); }
     void theListShowsTheAdvisories();
-    void theDetailsDescribeTheCurrentAdvisory();
-    void theCurrentAdvisoryIsStillCurrentAfterALoad();
-    void anEmptyListSaysThatAdvisoriesAreMissing();
-    void selectedAdvisoriesAreMarked();
-    void allSecurityUpdatesAreMarkedByKey();
-    void aMessageNamesThePackagesThatCannotBeMarked();
-    void aButtonIsEnabledOnlyIfAnUpdateIsMissing();
+    void theDetailsPaneDescribesTheCurrentAdvisory();
+    void loadingTheListAgainKeepsTheCurrentAdvisory();
+    void ifNoAdvisoryIsFoundTheEmptyListSaysSo();
+    void theMarkUpdatesButtonMarksTheUpdatesOfTheSelectedAdvisories();
+    void altAndSMarkAllSecurityUpdates();
+    void ifAPackageCannotBeMarkedAMessageNamesItWithTheReason();
+    void theMarkUpdatesButtonIsDisabledIfTheSelectionHasNoMissingUpdate();
     void enterPressesNoButton();
     void escapeClosesTheDialog();
-    void tabReachesAllPartsOfTheDialog();
+    void tabMovesTheFocusThroughAllPartsOfTheDialog();
 
 private:
     QPushButton* button(const QString& text) const
@@ -40,7 +40,7 @@ private:
                 return each;
             }
         }
-        qFatal("there is no button %s", qPrintable(text));
+        qFatal("the button %s is missing", qPrintable(text));
         return nullptr;
     }
     HTableView* view() const { return dialog->findChild<HTableView*>(); }
@@ -121,7 +121,7 @@ void AdvisoryDialogTest::theListShowsTheAdvisories()
     QCOMPARE(listed(), QStringList{"B-2"});
 }
 
-void AdvisoryDialogTest::theDetailsDescribeTheCurrentAdvisory()
+void AdvisoryDialogTest::theDetailsPaneDescribesTheCurrentAdvisory()
 {
     QVERIFY(details().startsWith("A-1: About A-1\n"));
     QVERIFY(details().contains("tool-2-1.x86_64"));
@@ -131,7 +131,7 @@ void AdvisoryDialogTest::theDetailsDescribeTheCurrentAdvisory()
     QCOMPARE(details(), QString());
 }
 
-void AdvisoryDialogTest::theCurrentAdvisoryIsStillCurrentAfterALoad()
+void AdvisoryDialogTest::loadingTheListAgainKeepsTheCurrentAdvisory()
 {
     QTest::keyClick(view(), Qt::Key_Down);
     table->standIn.setAdvisories({StandIn::advisory("Z-9", true, {StandIn::advised("tool", 0)}),
@@ -144,7 +144,7 @@ void AdvisoryDialogTest::theCurrentAdvisoryIsStillCurrentAfterALoad()
     QVERIFY(details().startsWith("B-2: About B-2\n"));
 }
 
-void AdvisoryDialogTest::anEmptyListSaysThatAdvisoriesAreMissing()
+void AdvisoryDialogTest::ifNoAdvisoryIsFoundTheEmptyListSaysSo()
 {
     table->standIn.setAdvisories({});
     table->collectUsual();
@@ -157,7 +157,7 @@ void AdvisoryDialogTest::anEmptyListSaysThatAdvisoriesAreMissing()
     QCOMPARE(details(), QString());
 }
 
-void AdvisoryDialogTest::selectedAdvisoriesAreMarked()
+void AdvisoryDialogTest::theMarkUpdatesButtonMarksTheUpdatesOfTheSelectedAdvisories()
 {
     select({"A-1", "B-2"});
     QTest::mouseClick(button("&Mark Updates"), Qt::LeftButton);
@@ -165,7 +165,7 @@ void AdvisoryDialogTest::selectedAdvisoriesAreMarked()
     QVERIFY(resultIsShown("Packages marked for an update: 2"));
 }
 
-void AdvisoryDialogTest::allSecurityUpdatesAreMarkedByKey()
+void AdvisoryDialogTest::altAndSMarkAllSecurityUpdates()
 {
     QTimer::singleShot(500, dialog.get(), [] {
         if (QWidget* opened = QApplication::activeModalWidget()) {
@@ -173,13 +173,13 @@ void AdvisoryDialogTest::allSecurityUpdatesAreMarkedByKey()
         }
     });
     QTest::keyClick(dialog->windowHandle(), Qt::Key_S, Qt::AltModifier);
-    // The key presses the button, and releases it a moment later. Only the release is a click.
+    // The key press only pushes the button down. The button comes up a moment later, and only then acts.
     QTRY_COMPARE(updatesWanted->count(), 1);
     QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
     QCOMPARE(wanted(), QStringList{"tool"});
 }
 
-void AdvisoryDialogTest::aMessageNamesThePackagesThatCannotBeMarked()
+void AdvisoryDialogTest::ifAPackageCannotBeMarkedAMessageNamesItWithTheReason()
 {
     select({"D-4"});
     QString shown;
@@ -195,7 +195,7 @@ void AdvisoryDialogTest::aMessageNamesThePackagesThatCannotBeMarked()
     QCOMPARE(wanted(), QStringList{"tool"});
 }
 
-void AdvisoryDialogTest::aButtonIsEnabledOnlyIfAnUpdateIsMissing()
+void AdvisoryDialogTest::theMarkUpdatesButtonIsDisabledIfTheSelectionHasNoMissingUpdate()
 {
     select({"C-3"});
     QVERIFY(!button("&Mark Updates")->isEnabled());
@@ -220,7 +220,7 @@ void AdvisoryDialogTest::escapeClosesTheDialog()
     QCOMPARE(wanted(), QStringList());
 }
 
-void AdvisoryDialogTest::tabReachesAllPartsOfTheDialog()
+void AdvisoryDialogTest::tabMovesTheFocusThroughAllPartsOfTheDialog()
 {
     QWidget* const edit = dialog->findChild<QLineEdit*>();
     const QList<QWidget*> order{dialog->findChild<QTextEdit*>(),

@@ -33,7 +33,7 @@ private:
     }
 
 private Q_SLOTS:
-    void rowsShowTheAdvisories()
+    void eachRowShowsOneAdvisory()
     {
         AdvisoryModel model;
         QCOMPARE(model.rowCount(), 0);
@@ -48,7 +48,7 @@ private Q_SLOTS:
         QVERIFY(!model.data(QModelIndex()).isValid());
     }
 
-    void headersNameAndExplainTheColumns()
+    void everyColumnHasATitleAndAToolTip()
     {
         const AdvisoryModel model;
         QStringList titles;
@@ -70,7 +70,7 @@ private Q_SLOTS:
         QVERIFY(!model.index(0, AdvisoryModel::Id).data(FilteredRows::SortRole).isValid());
     }
 
-    void theExpressionAlsoMatchesNumbersPackagesAndDescription()
+    void theExpressionMatchesAlsoTheHiddenTextsOfAnAdvisory()
     {
         AdvisoryModel model;
         model.setAdvisories(some());
@@ -86,7 +86,7 @@ private Q_SLOTS:
         QCOMPARE(rows.rowCount(), 2);
     }
 
-    void missingSecurityUpdatesAreRed()
+    void anAdvisoryWithAMissingSecurityUpdateIsRed()
     {
         AdvisoryModel model;
         QVector<Advisory> advisories = some();
@@ -101,7 +101,7 @@ private Q_SLOTS:
         }
     }
 
-    void theDetailsContainAllPartsOfAnAdvisory()
+    void theDetailsTextContainsAllPartsOfAnAdvisory()
     {
         AdvisoryModel model;
         model.setAdvisories(some());

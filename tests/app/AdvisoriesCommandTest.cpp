@@ -16,12 +16,12 @@ class AdvisoriesCommandTest : public StandInWindow
     Q_OBJECT
 
 private Q_SLOTS:
-    void updatesOfAdvisoriesAreMarked();
-    void advisoriesAreReadAgainAfterACollection();
+    void theButtonInTheAdvisoriesWindowMarksTheSecurityUpdates();
+    void theAdvisoriesAreReadAgainAfterARefresh();
     void advisoriesAreNotShownIfThePackagesCouldNotBeRead();
 };
 
-void AdvisoriesCommandTest::updatesOfAdvisoriesAreMarked()
+void AdvisoriesCommandTest::theButtonInTheAdvisoriesWindowMarksTheSecurityUpdates()
 {
     standIn->setAdvisories({StandIn::advisory("A-1", true, {StandIn::advised("tool", 0)}),
                             StandIn::advisory("B-2", false, {StandIn::advised("many", 0)})});
@@ -40,7 +40,7 @@ void AdvisoriesCommandTest::updatesOfAdvisoriesAreMarked()
     QVERIFY(shown->isReady());
 }
 
-void AdvisoriesCommandTest::advisoriesAreReadAgainAfterACollection()
+void AdvisoriesCommandTest::theAdvisoriesAreReadAgainAfterARefresh()
 {
     standIn->setAdvisories({StandIn::advisory("A-1", true, {StandIn::advised("tool", 0)})});
     shown->start();

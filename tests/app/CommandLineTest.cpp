@@ -125,12 +125,12 @@ private Q_SLOTS:
 
     // --- Options that change a setting
 
-    void anyBeginningOfTheNameSelectsAMode_data()
+    void theModeOptionAcceptsAnyBeginningOfAModeName_data()
     {
         QTest::addColumn<QList<QByteArray>>("options");
         QTest::addColumn<int>("mode");
         using Options = QList<QByteArray>;
-        QTest::newRow("none") << Options() << 0;
+        QTest::newRow("no option") << Options() << 0;
         QTest::newRow("-m filter") << Options{"-m", "filter"} << 0;
         QTest::newRow("-m search") << Options{"-m", "search"} << 1;
         QTest::newRow("-msearch") << Options{"-msearch"} << 1;
@@ -138,12 +138,12 @@ private Q_SLOTS:
         QTest::newRow("--mode=search") << Options{"--mode=search"} << 1;
         QTest::newRow("--mode search") << Options{"--mode", "search"} << 1;
         QTest::newRow("--mode=fil") << Options{"--mode=fil"} << 0;
-        QTest::newRow("--mode= after search") << Options{"-m", "search", "--mode="} << 0;
+        QTest::newRow("-m search --mode=") << Options{"-m", "search", "--mode="} << 0;
         QTest::newRow("--mo=search") << Options{"--mo=search"} << 1;
-        QTest::newRow("the last is used") << Options{"-m", "filter", "--mode=search"} << 1;
+        QTest::newRow("two options") << Options{"-m", "filter", "--mode=search"} << 1;
     }
 
-    void anyBeginningOfTheNameSelectsAMode()
+    void theModeOptionAcceptsAnyBeginningOfAModeName()
     {
         QFETCH(QList<QByteArray>, options);
         QFETCH(int, mode);
@@ -152,23 +152,23 @@ private Q_SLOTS:
         QCOMPARE(shown->filterButton()->text(), QString(mode == 0 ? "Filter" : "Search"));
     }
 
-    void expressionOfTheOptionIsInTheEdit_data()
+    void theExpressionEditShowsTheExpressionOfTheOption_data()
     {
         QTest::addColumn<QList<QByteArray>>("options");
         QTest::addColumn<QString>("expression");
         using Options = QList<QByteArray>;
-        QTest::newRow("none") << Options() << ".*";
+        QTest::newRow("no option") << Options() << ".*";
         QTest::newRow("-e") << Options{"-e", "^a.b$"} << "^a.b$";
-        QTest::newRow("-e like an option") << Options{"-e", "-g"} << "-g";
+        QTest::newRow("-e -g") << Options{"-e", "-g"} << "-g";
         QTest::newRow("--regexp=") << Options{"--regexp=kernel"} << "kernel";
         QTest::newRow("--regexp") << Options{"--regexp", "kernel"} << "kernel";
-        QTest::newRow("empty") << Options{"-e", ""} << "";
-        QTest::newRow("not only ASCII")
+        QTest::newRow("-e with an empty expression") << Options{"-e", ""} << "";
+        QTest::newRow("letters beyond ASCII")
             << Options{"-e", "Gr\xc3\xb6\xc3\x9f"} << QString::fromUtf8("Gr\xc3\xb6\xc3\x9f");
-        QTest::newRow("the last is used") << Options{"-e", "a", "-e", "b"} << "b";
+        QTest::newRow("two options") << Options{"-e", "a", "-e", "b"} << "b";
     }
 
-    void expressionOfTheOptionIsInTheEdit()
+    void theExpressionEditShowsTheExpressionOfTheOption()
     {
         QFETCH(QList<QByteArray>, options);
         QFETCH(QString, expression);
@@ -176,24 +176,24 @@ private Q_SLOTS:
         QCOMPARE(shown->regexpEdit->text(), expression);
     }
 
-    void anyBeginningOfTheNameSelectsAState_data()
+    void theStateOptionAcceptsAnyBeginningOfAStateName_data()
     {
         QTest::addColumn<QList<QByteArray>>("options");
         QTest::addColumn<int>("state");
         using Options = QList<QByteArray>;
-        QTest::newRow("none") << Options() << 0;
+        QTest::newRow("no option") << Options() << 0;
         QTest::newRow("-s updatable") << Options{"-s", "updatable"} << 0;
-        QTest::newRow("-s u after another") << Options{"-s", "all", "-s", "u"} << 0;
+        QTest::newRow("-s all -s u") << Options{"-s", "all", "-s", "u"} << 0;
         QTest::newRow("-s installable") << Options{"-s", "installable"} << 1;
         QTest::newRow("-s i") << Options{"-s", "i"} << 1;
         QTest::newRow("-s removable") << Options{"-s", "removable"} << 2;
         QTest::newRow("--state=rem") << Options{"--state=rem"} << 2;
         QTest::newRow("--state=all") << Options{"--state=all"} << 3;
         QTest::newRow("--state=a") << Options{"--state=a"} << 3;
-        QTest::newRow("empty after another") << Options{"-s", "all", "--state="} << 0;
+        QTest::newRow("-s all --state=") << Options{"-s", "all", "--state="} << 0;
     }
 
-    void anyBeginningOfTheNameSelectsAState()
+    void theStateOptionAcceptsAnyBeginningOfAStateName()
     {
         QFETCH(QList<QByteArray>, options);
         QFETCH(int, state);
@@ -201,21 +201,21 @@ private Q_SLOTS:
         QCOMPARE(shown->stateBox->currentIndex(), state);
     }
 
-    void duplicatesAndGroupsTakeNoArgument_data()
+    void theOptionsForDuplicatesAndGroupsTakeNoArgument_data()
     {
         QTest::addColumn<QList<QByteArray>>("options");
         QTest::addColumn<bool>("duplicates");
         QTest::addColumn<bool>("groups");
         using Options = QList<QByteArray>;
-        QTest::newRow("none") << Options() << true << false;
+        QTest::newRow("no option") << Options() << true << false;
         QTest::newRow("--duplicates") << Options{"--duplicates"} << false << false;
         QTest::newRow("--dup") << Options{"--dup"} << false << false;
         QTest::newRow("-g") << Options{"-g"} << true << true;
         QTest::newRow("--groups") << Options{"--groups"} << true << true;
-        QTest::newRow("letters together") << Options{"-gl", "--duplicates"} << false << true;
+        QTest::newRow("several letters in one argument") << Options{"-gl", "--duplicates"} << false << true;
     }
 
-    void duplicatesAndGroupsTakeNoArgument()
+    void theOptionsForDuplicatesAndGroupsTakeNoArgument()
     {
         QFETCH(QList<QByteArray>, options);
         QFETCH(bool, duplicates);
@@ -226,51 +226,51 @@ private Q_SLOTS:
     }
 
     // A process can start only one main window, so each option needs a test function of its own.
-    void logIsOpenedByTheShortOption() { checkLogIsOpened("-l"); }
-    void logIsOpenedByTheLongOption() { checkLogIsOpened("--log"); }
+    void theShortLogOptionOpensTheLog() { checkLogIsOpened("-l"); }
+    void theLongLogOptionOpensTheLog() { checkLogIsOpened("--log"); }
 
-    void withoutOptionsTheRepositoryFilesDecide()
+    void ifNoRepositoryOptionIsGivenTheRepositoryFilesEnableRepositories()
     {
         QCOMPARE(repositories({}), (QStringList{"disableRepo extras", "enableRepo base"}));
     }
 
-    void repositoriesAreEnabled()
+    void theEnablerepoOptionEnablesARepository()
     {
         QCOMPARE(repositories({"--enablerepo=extras"}),
                  (QStringList{"enableRepo base", "enableRepo extras"}));
     }
 
-    void repositoriesAreDisabledByPattern()
+    void theDisablerepoOptionDisablesTheRepositoriesThatMatchItsPattern()
     {
         QCOMPARE(repositories({"--disablerepo=b?s*"}),
                  (QStringList{"disableRepo base", "disableRepo extras"}));
     }
 
-    void patternsAreCaseSensitive()
+    void patternsOfRepositoryOptionsAreCaseSensitive()
     {
         QCOMPARE(repositories({"--disablerepo=Base", "--enablerepo=EXTRAS"}),
                  (QStringList{"disableRepo extras", "enableRepo base"}));
     }
 
-    void patternsMatchWholeNames()
+    void patternsOfRepositoryOptionsMatchOnlyWholeIdentifiers()
     {
         QCOMPARE(repositories({"--disablerepo=bas", "--enablerepo", "xtras"}),
                  (QStringList{"disableRepo extras", "enableRepo base"}));
     }
 
-    void repositoryOptionsAreStoredInOrder()
+    void repositoryOptionsAreStoredInTheOrderOfTheCommandLine()
     {
         QCOMPARE(repositories({"--disablerepo=*", "--enablerepo=extras"}),
                  (QStringList{"disableRepo base", "enableRepo extras"}));
     }
 
-    void theLastMatchingRepositoryOptionIsUsed()
+    void ifSeveralRepositoryOptionsMatchTheLastDecides()
     {
         QCOMPARE(repositories({"--enablerepo=extras", "--disablerepo=*"}),
                  (QStringList{"disableRepo base", "disableRepo extras"}));
     }
 
-    // --- The real program ends at once
+    // --- Command lines that end the program at once
 
     void helpEndsTheProgramWithStatusOne_data()
     {
@@ -292,7 +292,7 @@ private Q_SLOTS:
         QCOMPARE(ended.status, 1);
     }
 
-    void aMistakeEndsTheProgramWithAMessageAndTheUsage_data()
+    void anInvalidCommandLineEndsTheProgramWithAMessageAndTheUsageText_data()
     {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QString>("message");
@@ -329,7 +329,7 @@ private Q_SLOTS:
         add({"-"}, "vyre: unrecognized argument: -\n");
     }
 
-    void aMistakeEndsTheProgramWithAMessageAndTheUsage()
+    void anInvalidCommandLineEndsTheProgramWithAMessageAndTheUsageText()
     {
         QFETCH(QStringList, arguments);
         QFETCH(QString, message);
@@ -339,7 +339,7 @@ private Q_SLOTS:
         QCOMPARE(ended.status, 1);
     }
 
-    void anInvalidLetterIsShownAsOneReplacementCharacter()
+    void aMessageShowsAnInvalidOptionLetterAsOneReplacementCharacter()
     {
         const QString script = QStringLiteral("exec \"$0\" \"$(printf '%b' '-g\\0351')\" -l");
         const Ended ended = run({"-c", script, VYRE}, "/bin/sh");
@@ -347,7 +347,7 @@ private Q_SLOTS:
         QCOMPARE(ended.status, 1);
     }
 
-    void messagesBeginWithTheNameOfTheCommand()
+    void errorMessagesBeginWithTheCommandName()
     {
         const QString link = runtimeDirectory.filePath("other name");
         QVERIFY(QFile::link(QStringLiteral(VYRE), link));
@@ -357,7 +357,7 @@ private Q_SLOTS:
         QCOMPARE(ended.status, 1);
     }
 
-    void optionsOfQtAreAccepted()
+    void optionsThatQtDefinesAreAccepted()
     {
         const Ended ended = run({"-style=windows", "-style", "windows", "foo"});
         QCOMPARE(ended.err, QString("vyre: unrecognized argument: foo\n"));

@@ -144,10 +144,10 @@ class CredentialsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void passwordsOfUrlsAreFound_data();
-    void passwordsOfUrlsAreFound();
-    void passwordsOfOptionsAreFound_data();
-    void passwordsOfOptionsAreFound();
+    void passwordsInUrlsAreFound_data();
+    void passwordsInUrlsAreFound();
+    void passwordsInOptionsAreFound_data();
+    void passwordsInOptionsAreFound();
     void holdsIsTrueEvenIfThePasswordIsEmpty();
     void holdsPasswordIsFalseIfThePasswordIsEmpty();
     void theScannerFindsTheSamePasswordsAsRegularExpressions_data();
@@ -158,7 +158,7 @@ private Q_SLOTS:
     void theSearchTimeIsLinearInTheLengthOfTheText();
 };
 
-void CredentialsTest::passwordsOfUrlsAreFound_data()
+void CredentialsTest::passwordsInUrlsAreFound_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("expected");
@@ -191,13 +191,13 @@ void CredentialsTest::passwordsOfUrlsAreFound_data()
     add("an option is none", "password = abc", "password = abc");
 }
 
-void CredentialsTest::passwordsOfUrlsAreFound()
+void CredentialsTest::passwordsInUrlsAreFound()
 {
     QFETCH(QString, text);
     QTEST(starred(text, Text::Urls), "expected");
 }
 
-void CredentialsTest::passwordsOfOptionsAreFound_data()
+void CredentialsTest::passwordsInOptionsAreFound_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("expected");
@@ -216,7 +216,7 @@ void CredentialsTest::passwordsOfOptionsAreFound_data()
     add("a vantor URL", "x=/vantor?u=&p=ab&path=", "x=/vantor?u=&p=**&path=");
 }
 
-void CredentialsTest::passwordsOfOptionsAreFound()
+void CredentialsTest::passwordsInOptionsAreFound()
 {
     QFETCH(QString, text);
     QTEST(starred(text, Text::Options), "expected");
@@ -321,8 +321,8 @@ void CredentialsTest::theSearchTimeIsLinearInTheLengthOfTheText_data()
     }
 }
 
-// The second text is eight times as long as the first. If the time is linear, it grows by the factor 8; if
-// quadratic, by 64.
+// The second text is eight times as long as the first text. A linear search needs 8 times as long for it, a
+// quadratic search 64 times as long.
 void CredentialsTest::theSearchTimeIsLinearInTheLengthOfTheText()
 {
     QFETCH(QString, piece);

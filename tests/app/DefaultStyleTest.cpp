@@ -62,7 +62,7 @@ private Q_SLOTS:
         QApplication::setPalette(strange);
     }
 
-    void styleAndItsPaletteAreApplied()
+    void ifTheUserHasChosenNoStyleTheDefaultStyleAndItsPaletteAreApplied()
     {
         styleFor({}).set(*qApp, "Fusion");
         QCOMPARE(currentStyle(), QStringLiteral("fusion"));
@@ -72,23 +72,23 @@ private Q_SLOTS:
         }
     }
 
-    void styleOptionSuppressesTheDefaultStyle_data()
+    void ifTheCommandLineHasAStyleOptionTheDefaultStyleIsNotApplied_data()
     {
         QTest::addColumn<QList<QByteArray>>("options");
         QTest::addColumn<bool>("suppressed");
-        QTest::newRow("none") << QList<QByteArray>() << false;
+        QTest::newRow("no option") << QList<QByteArray>() << false;
         QTest::newRow("-style=") << QList<QByteArray>{"-style=windows"} << true;
         QTest::newRow("-style= without a name") << QList<QByteArray>{"-style="} << true;
         QTest::newRow("-style") << QList<QByteArray>{"-style", "windows"} << true;
         QTest::newRow("after other options") << QList<QByteArray>{"-g", "foo", "-style=windows"} << true;
         QTest::newRow("before other options") << QList<QByteArray>{"-style", "windows", "-g"} << true;
-        QTest::newRow("a longer name") << QList<QByteArray>{"-styles"} << false;
+        QTest::newRow("-styles") << QList<QByteArray>{"-styles"} << false;
         QTest::newRow("-stylesheet") << QList<QByteArray>{"-stylesheet=x"} << false;
-        QTest::newRow("two dashes") << QList<QByteArray>{"--style=windows"} << false;
-        QTest::newRow("within a word") << QList<QByteArray>{"x-style=windows"} << false;
+        QTest::newRow("--style=") << QList<QByteArray>{"--style=windows"} << false;
+        QTest::newRow("x-style=") << QList<QByteArray>{"x-style=windows"} << false;
     }
 
-    void styleOptionSuppressesTheDefaultStyle()
+    void ifTheCommandLineHasAStyleOptionTheDefaultStyleIsNotApplied()
     {
         QFETCH(QList<QByteArray>, options);
         QFETCH(bool, suppressed);
@@ -98,7 +98,7 @@ private Q_SLOTS:
         QCOMPARE(QApplication::palette().color(QPalette::Window) == QColor(Qt::magenta), suppressed);
     }
 
-    void programNamedLikeAStyleOptionHasTheDefaultStyle()
+    void ifOnlyTheProgramNameLooksLikeAStyleOptionTheDefaultStyleIsApplied()
     {
         char name[] = "-style=windows";
         char* arguments[] = {name};
@@ -106,7 +106,7 @@ private Q_SLOTS:
         QCOMPARE(currentStyle(), QStringLiteral("fusion"));
     }
 
-    void settingOfTheSystemDoesNotSuppressTheDefaultStyle()
+    void ifOnlyTheSystemSettingsNameAStyleTheDefaultStyleIsApplied()
     {
         {
             QSettings stored(QSettings::SystemScope, "Trolltech");
@@ -118,7 +118,7 @@ private Q_SLOTS:
         QCOMPARE(currentStyle(), QStringLiteral("fusion"));
     }
 
-    void settingOfTheUserSuppressesTheDefaultStyle()
+    void ifTheUserSettingsNameAStyleTheDefaultStyleIsNotApplied()
     {
         {
             QSettings stored(QSettings::UserScope, "Trolltech");
@@ -128,7 +128,7 @@ private Q_SLOTS:
         QCOMPARE(currentStyle(), QStringLiteral("windows"));
     }
 
-    void otherSettingsOfTheUserDoNotSuppressTheDefaultStyle()
+    void ifTheUserSettingsNameNoQtStyleTheDefaultStyleIsApplied()
     {
         {
             QSettings stored(QSettings::UserScope, "Trolltech");
@@ -142,13 +142,13 @@ private Q_SLOTS:
         QCOMPARE(currentStyle(), QStringLiteral("fusion"));
     }
 
-    void unknownDefaultStyleIsIgnoredIfTheUserHasChosenAStyle()
+    void ifTheUserHasChosenAStyleAnUnknownDefaultStyleIsIgnored()
     {
         styleFor({"-style=windows"}).set(*qApp, "Nonesuch");
         QCOMPARE(currentStyle(), QStringLiteral("windows"));
     }
 
-    void unknownStyleEndsTheProgramWithAListOfTheStyles()
+    void anUnknownStyleEndsTheProgramWithAListOfTheKnownStyles()
     {
         QProcess process;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();

@@ -53,7 +53,7 @@ class FontsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void headerIsBoldHelveticaOfAnyPitch()
+    void theHeaderFontIsBoldAndHasTheHelveticaStyleHint()
     {
         QFont font("Some Family", 10);
         font.setFixedPitch(true);
@@ -65,10 +65,11 @@ private Q_SLOTS:
         QCOMPARE(header.weight(), 75);
         QCOMPARE(header.family(), QStringLiteral("Some Family"));
         QVERIFY(header.italic());
-        QVERIFY2(font.fixedPitch() && font.pointSize() == 10 && !font.bold(), "the given font is left alone");
+        QVERIFY2(font.fixedPitch() && font.pointSize() == 10 && !font.bold(),
+                 "makeHeader() has changed the given font");
     }
 
-    void headerIsOneAndAHalfTimesAsLargeAsTheFont_data()
+    void theHeaderFontIsOneAndAHalfTimesAsLargeAsTheGivenFont_data()
     {
         QTest::addColumn<int>("pixels");
         QTest::addColumn<int>("points");
@@ -80,7 +81,7 @@ private Q_SLOTS:
         QTest::newRow("odd points") << -1 << 9 << -1 << 13;
     }
 
-    void headerIsOneAndAHalfTimesAsLargeAsTheFont()
+    void theHeaderFontIsOneAndAHalfTimesAsLargeAsTheGivenFont()
     {
         QFETCH(int, pixels);
         QFETCH(int, points);
@@ -97,7 +98,7 @@ private Q_SLOTS:
         QCOMPARE(header.pointSize(), headerPoints);
     }
 
-    void fixedFontHasTheFirstExistingFamily_data()
+    void theFixedFontHasTheFirstFamilyInTheListThatIsInstalled_data()
     {
         QTest::addColumn<QStringList>("families");
         QTest::addColumn<QString>("chosen");
@@ -113,7 +114,7 @@ private Q_SLOTS:
                               << "No Such D";
     }
 
-    void fixedFontHasTheFirstExistingFamily()
+    void theFixedFontHasTheFirstFamilyInTheListThatIsInstalled()
     {
         QFETCH(QStringList, families);
         QFETCH(QString, chosen);
@@ -125,7 +126,7 @@ private Q_SLOTS:
         QVERIFY(!fixed.bold());
     }
 
-    void fixedFontHasAWellKnownFamily()
+    void theFixedFontHasTheFirstInstalledFamilyOfTheBuiltInList()
     {
         const QStringList known = {"Bitstream Vera Sans Mono", "DejaVu Sans Mono", "Monospace", "Courier"};
         const QString family = Fonts::makeFixed(QFont("Some Family", 10)).family();
@@ -136,7 +137,7 @@ private Q_SLOTS:
         }
     }
 
-    void boldDoesNotChangeOtherProperties()
+    void makeBoldChangesOnlyTheWeightOfAFont()
     {
         QFont font("Some Family", 9);
         font.setItalic(true);

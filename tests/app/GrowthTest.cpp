@@ -18,16 +18,17 @@ namespace {
 // that does not depend on the machine or on its other programs.
 std::atomic<qint64> executedBlocks{0};
 
-// The test compares this number of packages with four times this number.
+// The smaller number of packages. The test also counts the work for four times this number.
 constexpr int smallNumber = 2000;
 
-// Four times the packages need less than four times the work, because some work does not depend on them, and
-// about 4.7 times the work in a sort. A quadratic loop needs sixteen times the work.
+// The limit for the work with four times as many packages. Most operations need less than four times the
+// work, because some of their work does not depend on the number of packages. A sort needs about 4.7 times
+// the work, and a quadratic loop needs sixteen times the work.
 constexpr double mostGrowth = 5;
 
 } // namespace
 
-// The compiler adds a call of this function to each basic block of the counted code.
+// The compiler adds a call of this function to each basic block in the counted code.
 extern "C" void __sanitizer_cov_trace_pc();
 extern "C" void __sanitizer_cov_trace_pc()
 {
@@ -52,7 +53,8 @@ private Q_SLOTS:
     void workGrowsNoFasterThanTheNumberOfPackages();
 };
 
-// Two packages of five are installed, and one of them has an update. One of ten exists for two architectures.
+// Of five packages, two are installed, and one of these two has an update. Of ten packages, one exists for
+// two architectures.
 void GrowthTest::setPackages(StandIn& standIn, int count)
 {
     QJsonArray updates;

@@ -16,14 +16,15 @@ class HistoryCommandTest : public StandInWindow
     Q_OBJECT
 
 private:
-    // Opens the history, presses this button in it, and gives the answer in each dialog that follows. If the
-    // history opens again, closes it. Returns the titles of all these windows.
+    // Opens the history window, and presses this button in it. Then presses the button `answer` in each
+    // dialog that opens. If the history window opens again, closes it. Returns the titles of all these
+    // windows.
     QStringList replay(const QString& command, const QString& answer);
 
 private Q_SLOTS:
     void undoingATransactionReadsThePackagesAgainAndKeepsTheMarks();
-    void refusingAnUndoShowsTheHistoryAgain();
-    void nothingCanBeUndoneIfThePackagesCouldNotBeRead();
+    void ifTheUserCancelsARedoTheHistoryWindowOpensAgain();
+    void ifThePackagesCouldNotBeReadNoTransactionCanBeUndone();
 };
 
 QStringList HistoryCommandTest::replay(const QString& command, const QString& answer)
@@ -70,7 +71,7 @@ void HistoryCommandTest::undoingATransactionReadsThePackagesAgainAndKeepsTheMark
     QCOMPARE(busyCursor(), QString("none"));
 }
 
-void HistoryCommandTest::refusingAnUndoShowsTheHistoryAgain()
+void HistoryCommandTest::ifTheUserCancelsARedoTheHistoryWindowOpensAgain()
 {
     shown->start();
     standIn->forgetCalls();
@@ -81,7 +82,7 @@ void HistoryCommandTest::refusingAnUndoShowsTheHistoryAgain()
     QCOMPARE(usable(), usableWhenReady);
 }
 
-void HistoryCommandTest::nothingCanBeUndoneIfThePackagesCouldNotBeRead()
+void HistoryCommandTest::ifThePackagesCouldNotBeReadNoTransactionCanBeUndone()
 {
     startWithoutPackages();
     QVERIFY(withHistory([this] { shown->key(Qt::Key_H, Qt::ControlModifier); },

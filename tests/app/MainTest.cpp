@@ -47,11 +47,11 @@ private:
             return -1;
         }
         meanwhile();
-        // While the program works, it ignores the key. Therefore the test presses the key until the program
+        // While the program works, it ignores Ctrl+Q. Therefore the test presses Ctrl+Q until the program
         // ends.
         for (int i = 0; i < 100 && process.state() == QProcess::Running; ++i) {
-            // With one command for both steps, xdotool would leave keys pressed if the window closed between
-            // them.
+            // Activate the window and press the keys in two commands: if the window closed in the middle of a
+            // joint command, xdotool would never release the keys.
             if (QProcess::execute("xdotool", {"search", "--onlyvisible", "--name", "^VYRE - ",
                                               "windowactivate", "--sync"}) == 0) {
                 QProcess::execute("xdotool", {"key", "ctrl+q"});
@@ -76,7 +76,7 @@ private Q_SLOTS:
         }
     }
 
-    void runtimeDirectoryExistsOnlyDuringTheRun()
+    void theRuntimeDirectoryExistsOnlyWhileTheProgramRuns()
     {
         const QString directory = "/tmp/" + runtimeName();
         bool wasThere = false;
@@ -85,7 +85,7 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(directory));
     }
 
-    void runtimeDirectoryIsMadeBelowTMPDIR()
+    void theProgramCreatesItsRuntimeDirectoryInTMPDIR()
     {
         const QString directory = temporary->filePath(runtimeName());
         bool wasThere = false;
@@ -96,7 +96,7 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(directory));
     }
 
-    void runtimeDirectoryIsKeptIfTheCommandLineEndsTheProgram()
+    void theHelpOptionEndsTheProgramButKeepsTheRuntimeDirectory()
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.remove("XDG_RUNTIME_DIR");
@@ -140,7 +140,7 @@ private Q_SLOTS:
         }
     }
 
-    void aMissingDisplayCausesOneMessage_data()
+    void ifNoDisplayCanBeOpenedTheProgramPrintsOneMessage_data()
     {
         QTest::addColumn<QString>("display");
         QTest::addColumn<QStringList>("arguments");
@@ -149,15 +149,15 @@ private Q_SLOTS:
         const QByteArray missing(
             "vyre: the X display :987654 cannot be opened: no server answers there, or it "
             "does not let this user in\n");
-        QTest::newRow("no name") << QString() << QStringList() << unset;
-        QTest::newRow("no server") << ":987654" << QStringList() << missing;
-        QTest::newRow("no server, by Qt's option")
+        QTest::newRow("DISPLAY is not set") << QString() << QStringList() << unset;
+        QTest::newRow("no server at DISPLAY") << ":987654" << QStringList() << missing;
+        QTest::newRow("no server at the -display option")
             << qEnvironmentVariable("DISPLAY") << QStringList{"-display", ":987654"} << missing;
-        QTest::newRow("help without a name") << QString() << QStringList{"-g", "--help"} << unset;
-        QTest::newRow("help without a server") << ":987654" << QStringList{"-h"} << missing;
+        QTest::newRow("--help, DISPLAY is not set") << QString() << QStringList{"-g", "--help"} << unset;
+        QTest::newRow("-h, no server at DISPLAY") << ":987654" << QStringList{"-h"} << missing;
     }
 
-    void aMissingDisplayCausesOneMessage()
+    void ifNoDisplayCanBeOpenedTheProgramPrintsOneMessage()
     {
         QFETCH(QString, display);
         QFETCH(QStringList, arguments);
@@ -181,7 +181,7 @@ private Q_SLOTS:
         QCOMPARE(output.isEmpty(), !help);
     }
 
-    void otherFailuresOfQtAreReportedInItsWords()
+    void anUnknownPlatformEndsTheProgramWithTheMessageOfQt()
     {
         QProcess process;
         process.start(QStringLiteral(VYRE), {"-platform", "nosuch"});
@@ -194,7 +194,7 @@ private Q_SLOTS:
         QVERIFY2(!message.contains("display"), message);
     }
 
-    void messagesOfQtAreShownIfTheStartSucceeds()
+    void ifTheProgramStartsTheWarningsOfQtAreOnStandardError()
     {
         // No session manager exists at this address.
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -209,7 +209,7 @@ private Q_SLOTS:
         QVERIFY(process.readAllStandardOutput().startsWith("usage: vyre "));
     }
 
-    void windowHasTitleAndIcon()
+    void theMainWindowHasATitleAndAnIcon()
     {
         QByteArray properties;
         QCOMPARE(startAndQuit(

@@ -19,33 +19,33 @@ class MainWindowFilterTest : public StandInWindow
 
 private Q_SLOTS:
     void theReturnKeyAppliesTheExpression();
-    void theButtonAppliesTheExpression();
-    void typingAloneDoesNotChangeTheList();
-    void stateBoxSelectsTheListedRows();
-    void duplicatesCanBeHidden();
-    void groupsCanBeIncluded();
-    void theLabelsAndToolTipsDependOnTheMode();
-    void aSearchWithoutAnExpressionLoadsNothing();
+    void theFilterButtonAppliesTheExpression();
+    void typingAnExpressionDoesNotChangeTheListedRows();
+    void theListedRowsHaveTheStateThatTheStateBoxSelects();
+    void clearingTheDuplicatesBoxHidesTheDuplicates();
+    void checkingTheGroupsBoxListsTheGroups();
+    void theLabelsAndToolTipsOfTheFilterRowDependOnTheMode();
+    void aSearchWithoutAnExpressionLoadsNoExtraData();
     void searchFindsTextsInEveryField();
-    void extraDataAreNotReadAgainAfterACollection();
-    void extraDataAreLoadedOnceForTheFirstExpression();
-    void nothingIsFilteredWhileExtraDataAreLoaded();
-    void exactPathOfAFileIsFound();
-    void aSearchForALineEndWithoutMatchesShowsAHint();
-    void invalidExpressionHasTheColourOfErrors();
-    void filtersAreAlsoAppliedInSearchMode();
+    void aSearchAfterACollectionDoesNotLoadTheExtraDataAgain();
+    void beforeTheFirstCollectionOnlyTheFirstSearchLoadsTheExtraData();
+    void theTableIsNotFilteredWhileExtraDataAreLoaded();
+    void aSearchFindsAPackageByTheExactPathOfAFile();
+    void aSearchThatEndsWithADollarSignAndFindsNothingShowsAHint();
+    void anInvalidExpressionHasTheErrorColour();
+    void theStateDuplicatesAndGroupsFiltersAlsoApplyInSearchMode();
     void aWorkerReadsTextsOnlyForASearchExpression();
-    void textsAreReadBeforeNewRecordsAreSearched();
+    void aWorkerReadsTheSearchTextsAgainAfterARefresh();
 
-    void applyIsEnabledWhileAnyRecordIsMarked();
-    void theButtonMarksTheSelectedRows();
-    void theButtonMarksTheListedUpdates();
-    void clearActionsRemovesAllMarks();
+    void theApplyButtonIsEnabledWhileAnyRecordIsMarked();
+    void theSetSelectedButtonMarksTheSelectedRows();
+    void theSetUpdatesButtonMarksTheListedUpdates();
+    void theClearActionsButtonRemovesAllMarks();
     void markingManyRowsSortsTheTableOnce();
-    void aWarningReportsMarkedRowsThatAreNotListed();
+    void ifAMarkedRowIsNotListedAWarningIsShown();
     void everyFilterThatHidesAMarkShowsTheWarning();
     void theWarningAboutUnlistedActionsDoesNotMoveTheControls();
-    void warningHasTheColourOfWarnings();
+    void theWarningAboutUnlistedActionsHasTheWarningColour();
 };
 
 void MainWindowFilterTest::theReturnKeyAppliesTheExpression()
@@ -59,7 +59,7 @@ void MainWindowFilterTest::theReturnKeyAppliesTheExpression()
     QCOMPARE(shown->sorted(), (QStringList{"many", "tool"}));
 }
 
-void MainWindowFilterTest::theButtonAppliesTheExpression()
+void MainWindowFilterTest::theFilterButtonAppliesTheExpression()
 {
     shown->start();
     shown->type("too");
@@ -67,14 +67,14 @@ void MainWindowFilterTest::theButtonAppliesTheExpression()
     QCOMPARE(shown->listed(), QStringList{"tool"});
 }
 
-void MainWindowFilterTest::typingAloneDoesNotChangeTheList()
+void MainWindowFilterTest::typingAnExpressionDoesNotChangeTheListedRows()
 {
     shown->start();
     shown->type("too");
     QCOMPARE(shown->sorted(), (QStringList{"many", "tool"}));
 }
 
-void MainWindowFilterTest::stateBoxSelectsTheListedRows()
+void MainWindowFilterTest::theListedRowsHaveTheStateThatTheStateBoxSelects()
 {
     shown->start();
     const QList<QStringList> expected{
@@ -89,7 +89,7 @@ void MainWindowFilterTest::stateBoxSelectsTheListedRows()
     }
 }
 
-void MainWindowFilterTest::duplicatesCanBeHidden()
+void MainWindowFilterTest::clearingTheDuplicatesBoxHidesTheDuplicates()
 {
     shown->start();
     shown->choose(shown->stateBox, ViewInstallable);
@@ -101,7 +101,7 @@ void MainWindowFilterTest::duplicatesCanBeHidden()
     QCOMPARE(shown->sorted(), (QStringList{"editor", "lib", "lib"}));
 }
 
-void MainWindowFilterTest::groupsCanBeIncluded()
+void MainWindowFilterTest::checkingTheGroupsBoxListsTheGroups()
 {
     shown->start();
     shown->choose(shown->stateBox, ViewInstallable);
@@ -111,7 +111,7 @@ void MainWindowFilterTest::groupsCanBeIncluded()
     QCOMPARE(shown->sorted(), (QStringList{"editor", "lib", "lib"}));
 }
 
-void MainWindowFilterTest::theLabelsAndToolTipsDependOnTheMode()
+void MainWindowFilterTest::theLabelsAndToolTipsOfTheFilterRowDependOnTheMode()
 {
     shown->start();
     for (int round = 0; round < 2; ++round) {
@@ -127,7 +127,7 @@ void MainWindowFilterTest::theLabelsAndToolTipsDependOnTheMode()
     }
 }
 
-void MainWindowFilterTest::aSearchWithoutAnExpressionLoadsNothing()
+void MainWindowFilterTest::aSearchWithoutAnExpressionLoadsNoExtraData()
 {
     shown->start();
     standIn->forgetCalls();
@@ -158,7 +158,7 @@ void MainWindowFilterTest::searchFindsTextsInEveryField()
     QCOMPARE(busyCursor(), QString("none"));
 }
 
-void MainWindowFilterTest::extraDataAreNotReadAgainAfterACollection()
+void MainWindowFilterTest::aSearchAfterACollectionDoesNotLoadTheExtraDataAgain()
 {
     QCOMPARE(shown->modeBox->toolTip(), QString(modeToolTip) + " (Must load extra data.)");
     shown->start();
@@ -174,7 +174,7 @@ void MainWindowFilterTest::extraDataAreNotReadAgainAfterACollection()
     QCOMPARE(shown->modeBox->toolTip(), QString(modeToolTip));
 }
 
-void MainWindowFilterTest::extraDataAreLoadedOnceForTheFirstExpression()
+void MainWindowFilterTest::beforeTheFirstCollectionOnlyTheFirstSearchLoadsTheExtraData()
 {
     // The editor is open at startup, so no package has been collected yet.
     shown->window->setRepoEditorAtStart();
@@ -205,7 +205,7 @@ void MainWindowFilterTest::extraDataAreLoadedOnceForTheFirstExpression()
     QCOMPARE(loads(), (QList<int>{1, 1}));
 }
 
-void MainWindowFilterTest::nothingIsFilteredWhileExtraDataAreLoaded()
+void MainWindowFilterTest::theTableIsNotFilteredWhileExtraDataAreLoaded()
 {
     // The editor is open at startup, so the extra data have not been loaded yet.
     shown->window->setRepoEditorAtStart();
@@ -230,7 +230,7 @@ void MainWindowFilterTest::nothingIsFilteredWhileExtraDataAreLoaded()
     QCOMPARE(filtering, (QList<bool>{true, false, true}));
 }
 
-void MainWindowFilterTest::exactPathOfAFileIsFound()
+void MainWindowFilterTest::aSearchFindsAPackageByTheExactPathOfAFile()
 {
     standIn->setPackages({}, {},
                          {StandIn::package("first", {{"files", QJsonArray{"/usr/bin/a", "/usr/bin/b"}}}),
@@ -247,7 +247,7 @@ void MainWindowFilterTest::exactPathOfAFileIsFound()
     QCOMPARE(shown->sorted(), (QStringList{"first", "last"}));
 }
 
-void MainWindowFilterTest::aSearchForALineEndWithoutMatchesShowsAHint()
+void MainWindowFilterTest::aSearchThatEndsWithADollarSignAndFindsNothingShowsAHint()
 {
     shown->start();
     const auto hinted = [this] { return shown->view->accessibleDescription().contains("([[:space:]]|$)"); };
@@ -262,7 +262,7 @@ void MainWindowFilterTest::aSearchForALineEndWithoutMatchesShowsAHint()
     QCOMPARE(shown->view->accessibleDescription(), QString("No package matches."));
 }
 
-void MainWindowFilterTest::invalidExpressionHasTheColourOfErrors()
+void MainWindowFilterTest::anInvalidExpressionHasTheErrorColour()
 {
     shown->start();
     const QColor usual = shown->regexpEdit->palette().color(QPalette::Base);
@@ -274,7 +274,7 @@ void MainWindowFilterTest::invalidExpressionHasTheColourOfErrors()
     QCOMPARE(shown->regexpEdit->palette().color(QPalette::Base), usual);
 }
 
-void MainWindowFilterTest::filtersAreAlsoAppliedInSearchMode()
+void MainWindowFilterTest::theStateDuplicatesAndGroupsFiltersAlsoApplyInSearchMode()
 {
     shown->start();
     shown->choose(shown->modeBox, Search);
@@ -319,7 +319,7 @@ void MainWindowFilterTest::aWorkerReadsTextsOnlyForASearchExpression()
     QCOMPARE(usable(), usableWhenReady);
 }
 
-void MainWindowFilterTest::textsAreReadBeforeNewRecordsAreSearched()
+void MainWindowFilterTest::aWorkerReadsTheSearchTextsAgainAfterARefresh()
 {
     shown->start();
     shown->choose(shown->modeBox, Search);
@@ -338,7 +338,7 @@ void MainWindowFilterTest::textsAreReadBeforeNewRecordsAreSearched()
     QCOMPARE(unread, 0);
 }
 
-void MainWindowFilterTest::applyIsEnabledWhileAnyRecordIsMarked()
+void MainWindowFilterTest::theApplyButtonIsEnabledWhileAnyRecordIsMarked()
 {
     shown->start();
     const QPushButton* apply = shown->button("&Apply Actions");
@@ -356,7 +356,7 @@ void MainWindowFilterTest::applyIsEnabledWhileAnyRecordIsMarked()
     QVERIFY(!apply->isEnabled());
 }
 
-void MainWindowFilterTest::theButtonMarksTheSelectedRows()
+void MainWindowFilterTest::theSetSelectedButtonMarksTheSelectedRows()
 {
     shown->start();
     listEverything();
@@ -372,7 +372,7 @@ void MainWindowFilterTest::theButtonMarksTheSelectedRows()
     QCOMPARE(standIn->calls("apply"), 0);
 }
 
-void MainWindowFilterTest::theButtonMarksTheListedUpdates()
+void MainWindowFilterTest::theSetUpdatesButtonMarksTheListedUpdates()
 {
     shown->start();
     shown->choose(shown->stateBox, ViewAll);
@@ -386,7 +386,7 @@ void MainWindowFilterTest::theButtonMarksTheListedUpdates()
     QCOMPARE(standIn->calls("apply"), 0);
 }
 
-void MainWindowFilterTest::clearActionsRemovesAllMarks()
+void MainWindowFilterTest::theClearActionsButtonRemovesAllMarks()
 {
     shown->start();
     listEverything();
@@ -426,7 +426,7 @@ void MainWindowFilterTest::markingManyRowsSortsTheTableOnce()
     QCOMPARE(layout.count(), 2);
 }
 
-void MainWindowFilterTest::aWarningReportsMarkedRowsThatAreNotListed()
+void MainWindowFilterTest::ifAMarkedRowIsNotListedAWarningIsShown()
 {
     shown->start();
     shown->click("tool", ActionColumn);
@@ -483,7 +483,7 @@ void MainWindowFilterTest::theWarningAboutUnlistedActionsDoesNotMoveTheControls(
     QCOMPARE(apply->geometry(), button);
 }
 
-void MainWindowFilterTest::warningHasTheColourOfWarnings()
+void MainWindowFilterTest::theWarningAboutUnlistedActionsHasTheWarningColour()
 {
     shown->start();
     const QColor around = shown->area->palette().color(QPalette::Window);

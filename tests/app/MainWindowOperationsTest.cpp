@@ -23,37 +23,37 @@ private:
 
 private Q_SLOTS:
     void controlsAreDisabledWhileAWorkerRuns();
-    void shortcutsDoNothingWhileAWorkerRuns();
+    void theQuitKeyAndTheRefreshButtonDoNothingWhileAWorkerRuns();
     void logCanBeOpenedWhileAWorkerRuns();
     void windowCannotBeClosedWhileTheSystemIsChanged();
-    void quittingIsRefusedWhileTheSystemIsChanged();
-    void theLogHasTheRefusalToCloseOnceForEachOperation();
-    void anOperationCanEndWhileTheAboutWindowIsOpen();
-    void filteredTableHasNoWrongRowsWhileThePackagesAreReadAgain()
+    void theQuitCommandIsRefusedWhileTheSystemIsChanged();
+    void severalRefusalsToCloseInOneOperationCauseOneLogEntry();
+    void anOperationThatEndsWhileTheAboutWindowIsOpenEnablesTheTable();
+    void aFilteredTableListsOnlyMatchingRowsWhileThePackagesAreReadAgain()
     {
         compareReadAgain(Filter, "too", {"tool"});
     }
-    void searchedTableHasNoWrongRowsWhileThePackagesAreReadAgain()
+    void aSearchedTableListsOnlyMatchingRowsWhileThePackagesAreReadAgain()
     {
         compareReadAgain(Search, "needle", {"editor", "many", "tool"});
     }
     void anOperationLeavesTheFocusOnTheTableOrTheExpression();
-    void refreshCollectsThePackagesAgain();
-    void refreshClearsActionsAndTheirWarning();
-    void cleaningDbcacheCollectsAgain() { compareClean("Clean dbcache", "cleanDbcache"); }
-    void cleaningMetadataCollectsAgain() { compareClean("Clean Metadata", "cleanMetadata"); }
-    void cleaningAllCollectsAgain() { compareClean("Clean All", "cleanAll"); }
-    void cleaningPackagesDoesNotChangeTheTable();
-    void warningsAboutTheConfigurationAreLoggedOnce();
-    void menuEntriesForCleaningNameTheCacheDirectory();
-    void theResizeButtonRestoresTheColumnWidths();
+    void theRefreshButtonCollectsThePackagesAgain();
+    void theRefreshButtonClearsTheActionsAndTheWarningAboutThem();
+    void cleaningTheDbcacheCollectsThePackagesAgain() { compareClean("Clean dbcache", "cleanDbcache"); }
+    void cleaningTheMetadataCollectsThePackagesAgain() { compareClean("Clean Metadata", "cleanMetadata"); }
+    void cleaningAllCachedDataCollectsThePackagesAgain() { compareClean("Clean All", "cleanAll"); }
+    void cleaningTheCachedPackagesDoesNotChangeTheTable();
+    void aWarningAboutTheConfigurationIsLoggedOnlyAtItsFirstRead();
+    void theToolTipsOfTheCleanEntriesNameTheCacheDirectory();
+    void theResizeButtonFitsTheColumnsToTheirContents();
     void anApplyChangesTheSystemAndReadsThePackagesAgain();
-    void theNextCollectionUsesTheCredentialsThatTheUserTypesAfterAnApply();
-    void cancellingAnApplyKeepsTheMarks();
-    void aFailureBeforeAnyChangeKeepsTheTable();
-    void aFailureAfterAChangeReadsThePackagesAgain();
-    void possibleMarksAreKeptIfAnotherProgramHasChangedTheSystem();
-    void credentialsAreAskedForIfATransactionAddsARepository();
+    void theCollectionAfterAnApplyUsesTheCredentialsThatTheUserHasTyped();
+    void ifTheUserCancelsAnApplyTheMarksAreKept();
+    void anApplyThatFailsBeforeItsFirstChangeKeepsTheTable();
+    void anApplyThatFailsAfterAChangeReadsThePackagesAgain();
+    void ifAnotherProgramHasChangedTheSystemThePossibleMarksAreKept();
+    void ifATransactionAddsARepositoryTheUserIsAskedForItsCredentials();
 };
 
 void MainWindowOperationsTest::controlsAreDisabledWhileAWorkerRuns()
@@ -68,7 +68,7 @@ void MainWindowOperationsTest::controlsAreDisabledWhileAWorkerRuns()
     QCOMPARE(busyCursor(), QString("none"));
 }
 
-void MainWindowOperationsTest::shortcutsDoNothingWhileAWorkerRuns()
+void MainWindowOperationsTest::theQuitKeyAndTheRefreshButtonDoNothingWhileAWorkerRuns()
 {
     shown->start();
     QVERIFY(inTheMiddle([this] { shown->press("Re&fresh"); },
@@ -126,14 +126,14 @@ void MainWindowOperationsTest::windowCannotBeClosedWhileTheSystemIsChanged()
     });
 }
 
-void MainWindowOperationsTest::quittingIsRefusedWhileTheSystemIsChanged()
+void MainWindowOperationsTest::theQuitCommandIsRefusedWhileTheSystemIsChanged()
 {
     whileTheSystemIsChanged([this] { shown->window->quit(); });
     QCOMPARE(runToTheEnd([this] { shown->window->quit(); }), 0);
     QVERIFY(!shown->window->isVisible());
 }
 
-void MainWindowOperationsTest::theLogHasTheRefusalToCloseOnceForEachOperation()
+void MainWindowOperationsTest::severalRefusalsToCloseInOneOperationCauseOneLogEntry()
 {
     const auto refuse = [this] {
         for (int i = 0; i < 3; ++i) {
@@ -152,7 +152,7 @@ void MainWindowOperationsTest::theLogHasTheRefusalToCloseOnceForEachOperation()
     QCOMPARE(logged(), 2);
 }
 
-void MainWindowOperationsTest::anOperationCanEndWhileTheAboutWindowIsOpen()
+void MainWindowOperationsTest::anOperationThatEndsWhileTheAboutWindowIsOpenEnablesTheTable()
 {
     shown->start();
     QVERIFY(
@@ -250,7 +250,7 @@ void MainWindowOperationsTest::anOperationLeavesTheFocusOnTheTableOrTheExpressio
     QTRY_VERIFY(shown->view->hasFocus()); // the window gets the focus back after the dialog
 }
 
-void MainWindowOperationsTest::refreshCollectsThePackagesAgain()
+void MainWindowOperationsTest::theRefreshButtonCollectsThePackagesAgain()
 {
     shown->start();
     standIn->forgetCalls();
@@ -261,7 +261,7 @@ void MainWindowOperationsTest::refreshCollectsThePackagesAgain()
     QCOMPARE(standIn->calls("setupRepos"), 1);
 }
 
-void MainWindowOperationsTest::refreshClearsActionsAndTheirWarning()
+void MainWindowOperationsTest::theRefreshButtonClearsTheActionsAndTheWarningAboutThem()
 {
     shown->start();
     shown->click("tool", ActionColumn);
@@ -286,7 +286,7 @@ void MainWindowOperationsTest::compareClean(const QString& entry, const char* me
     QCOMPARE(usable(), usableWhenReady);
 }
 
-void MainWindowOperationsTest::cleaningPackagesDoesNotChangeTheTable()
+void MainWindowOperationsTest::cleaningTheCachedPackagesDoesNotChangeTheTable()
 {
     shown->start();
     shown->click("tool", ActionColumn);
@@ -302,7 +302,7 @@ void MainWindowOperationsTest::cleaningPackagesDoesNotChangeTheTable()
     QCOMPARE(usable(), usableWhenReady);
 }
 
-void MainWindowOperationsTest::warningsAboutTheConfigurationAreLoggedOnce()
+void MainWindowOperationsTest::aWarningAboutTheConfigurationIsLoggedOnlyAtItsFirstRead()
 {
     QFile file(standIn->root() + "/etc/yum.repos.d/doubted.repo");
     QVERIFY(file.open(QIODevice::WriteOnly));
@@ -323,7 +323,7 @@ void MainWindowOperationsTest::warningsAboutTheConfigurationAreLoggedOnce()
     QCOMPARE(log.count("doubted.repo, section [doubted]: VYRE reads \"enabled=no\" as enabled"), 1);
 }
 
-void MainWindowOperationsTest::menuEntriesForCleaningNameTheCacheDirectory()
+void MainWindowOperationsTest::theToolTipsOfTheCleanEntriesNameTheCacheDirectory()
 {
     shown->start();
     const auto toolTip = [this](const char* text) { return shown->action("&Cache", text)->toolTip(); };
@@ -339,7 +339,7 @@ void MainWindowOperationsTest::menuEntriesForCleaningNameTheCacheDirectory()
     QCOMPARE(toolTip("Clean All"), QString("Clean all data cached locally in ") + place);
 }
 
-void MainWindowOperationsTest::theResizeButtonRestoresTheColumnWidths()
+void MainWindowOperationsTest::theResizeButtonFitsTheColumnsToTheirContents()
 {
     shown->start();
     const int width = shown->view->columnWidth(NameColumn);
@@ -376,7 +376,7 @@ void MainWindowOperationsTest::anApplyChangesTheSystemAndReadsThePackagesAgain()
     QCOMPARE(busyCursor(), QString("none"));
 }
 
-void MainWindowOperationsTest::theNextCollectionUsesTheCredentialsThatTheUserTypesAfterAnApply()
+void MainWindowOperationsTest::theCollectionAfterAnApplyUsesTheCredentialsThatTheUserHasTyped()
 {
     shown->start();
     shown->choose(shown->stateBox, ViewAll);
@@ -415,7 +415,7 @@ void MainWindowOperationsTest::theNextCollectionUsesTheCredentialsThatTheUserTyp
     QVERIFY(!log.contains("secret"));
 }
 
-void MainWindowOperationsTest::cancellingAnApplyKeepsTheMarks()
+void MainWindowOperationsTest::ifTheUserCancelsAnApplyTheMarksAreKept()
 {
     shown->start();
     shown->click("tool", ActionColumn);
@@ -432,7 +432,7 @@ void MainWindowOperationsTest::cancellingAnApplyKeepsTheMarks()
     QCOMPARE(usable(), usableWhenReady);
 }
 
-void MainWindowOperationsTest::aFailureBeforeAnyChangeKeepsTheTable()
+void MainWindowOperationsTest::anApplyThatFailsBeforeItsFirstChangeKeepsTheTable()
 {
     shown->start();
     shown->click("tool", ActionColumn);
@@ -448,7 +448,7 @@ void MainWindowOperationsTest::aFailureBeforeAnyChangeKeepsTheTable()
     QVERIFY(shown->button("&Apply Actions")->isEnabled());
 }
 
-void MainWindowOperationsTest::aFailureAfterAChangeReadsThePackagesAgain()
+void MainWindowOperationsTest::anApplyThatFailsAfterAChangeReadsThePackagesAgain()
 {
     shown->start();
     shown->click("tool", ActionColumn);
@@ -467,7 +467,7 @@ void MainWindowOperationsTest::aFailureAfterAChangeReadsThePackagesAgain()
     QVERIFY(!shown->button("&Apply Actions")->isEnabled());
 }
 
-void MainWindowOperationsTest::possibleMarksAreKeptIfAnotherProgramHasChangedTheSystem()
+void MainWindowOperationsTest::ifAnotherProgramHasChangedTheSystemThePossibleMarksAreKept()
 {
     shown->start();
     shown->choose(shown->stateBox, ViewAll);
@@ -490,7 +490,7 @@ void MainWindowOperationsTest::possibleMarksAreKeptIfAnotherProgramHasChangedThe
     QVERIFY(shown->button("&Apply Actions")->isEnabled());
 }
 
-void MainWindowOperationsTest::credentialsAreAskedForIfATransactionAddsARepository()
+void MainWindowOperationsTest::ifATransactionAddsARepositoryTheUserIsAskedForItsCredentials()
 {
     shown->start();
     shown->click("tool", ActionColumn);

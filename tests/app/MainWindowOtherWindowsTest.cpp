@@ -25,32 +25,32 @@ class MainWindowOtherWindowsTest : public StandInWindow
 private:
     void compareManuals();
     QString noticeText() const;
-    // Updates "tool"; the script reports this outcome.
+    // Applies an update of "tool", for which the script reports this outcome.
     void applyWithOutcome(const QJsonObject& outcome);
     // The text of the outcome line next to the menus; empty while the line is hidden.
     QString outcomeText() const;
 
 private Q_SLOTS:
-    void currentPackageCanBeDescribed();
-    void describeIsDisabledIfNoRowIsCurrent();
+    void theDescribeCommandDescribesTheCurrentPackage();
+    void theDescribeCommandIsDisabledIfNoRowIsCurrent();
     void errorsThatAreOnlyInTheLogCauseANotice();
     void errorsDuringATransactionCauseASeparateNotice();
-    void theOutcomeIsShownUntilTheNextOperation();
-    void theOutcomeOpensTheLogAtItsTransaction();
-    void aClickOnAnUnmarkableRowShowsTheReason();
-    void manualsAreOpenedInOtherPrograms();
+    void theOutcomeOfATransactionIsShownUntilTheNextOperation();
+    void theButtonOfTheOutcomeLineOpensTheLogAtTheTransaction();
+    void aClickOnARowThatCannotBeMarkedShowsTheReason();
+    void theHelpMenuOpensTheManualsInOtherPrograms();
     void manualsCanBeOpenedWhileAWorkerRuns();
     void aMissingManualCausesANoticeAndNoMessageBox();
-    void shortcutOpensTheLog();
-    void menuOpensTheLog();
-    void aboutShowsTheVersion();
-    void aboutOpensItsPageInTheBrowserOfTheUser();
-    void shortcutQuitsTheProgram();
-    void menuEntryQuitsTheProgram();
+    void controlLOpensTheLogWindow();
+    void theMenuEntryOpensTheLogWindow();
+    void theAboutWindowShowsTheVersion();
+    void aClickOnTheLinkInTheAboutWindowOpensTheBrowserOfTheUser();
+    void controlQQuitsTheProgram();
+    void theMenuEntryQuitsTheProgram();
     void closingTheMainWindowQuitsTheProgram();
 };
 
-void MainWindowOtherWindowsTest::currentPackageCanBeDescribed()
+void MainWindowOtherWindowsTest::theDescribeCommandDescribesTheCurrentPackage()
 {
     shown->start();
     listEverything();
@@ -66,7 +66,7 @@ void MainWindowOtherWindowsTest::currentPackageCanBeDescribed()
     }
 }
 
-void MainWindowOtherWindowsTest::describeIsDisabledIfNoRowIsCurrent()
+void MainWindowOtherWindowsTest::theDescribeCommandIsDisabledIfNoRowIsCurrent()
 {
     shown->start();
     shown->click("tool", NameColumn);
@@ -165,7 +165,7 @@ void MainWindowOtherWindowsTest::errorsThatAreOnlyInTheLogCauseANotice()
 void MainWindowOtherWindowsTest::errorsDuringATransactionCauseASeparateNotice()
 {
     shown->start();
-    standIn->setComplaining(true); // whenever the packages are read
+    standIn->setComplaining(true); // from now on, each collection logs an error
     const auto applyAndRead = [this] {
         shown->click("tool", ActionColumn);
         const Answers answers("OK");
@@ -197,7 +197,7 @@ QString MainWindowOtherWindowsTest::outcomeText() const
     return line->isVisible() ? line->findChild<ElidedLabel*>()->wholeText() : QString();
 }
 
-void MainWindowOtherWindowsTest::theOutcomeIsShownUntilTheNextOperation()
+void MainWindowOtherWindowsTest::theOutcomeOfATransactionIsShownUntilTheNextOperation()
 {
     shown->start();
     QCOMPARE(outcomeText(), QString());
@@ -239,7 +239,7 @@ void MainWindowOtherWindowsTest::theOutcomeIsShownUntilTheNextOperation()
     QCOMPARE(outcomeText(), QString());
 }
 
-void MainWindowOtherWindowsTest::theOutcomeOpensTheLogAtItsTransaction()
+void MainWindowOtherWindowsTest::theButtonOfTheOutcomeLineOpensTheLogAtTheTransaction()
 {
     shown->start();
     applyWithOutcome({{"updated", 1}});
@@ -266,7 +266,7 @@ void MainWindowOtherWindowsTest::theOutcomeOpensTheLogAtItsTransaction()
     QVERIFY(after.contains("Applying: OK"));
 }
 
-void MainWindowOtherWindowsTest::aClickOnAnUnmarkableRowShowsTheReason()
+void MainWindowOtherWindowsTest::aClickOnARowThatCannotBeMarkedShowsTheReason()
 {
     shown->start();
     shown->choose(shown->stateBox, PackageTable::ViewAll);
@@ -298,7 +298,7 @@ void MainWindowOtherWindowsTest::aClickOnAnUnmarkableRowShowsTheReason()
     QVERIFY(logWindow()->findChild<QTextEdit*>()->toPlainText().contains(reason));
 }
 
-void MainWindowOtherWindowsTest::manualsAreOpenedInOtherPrograms()
+void MainWindowOtherWindowsTest::theHelpMenuOpensTheManualsInOtherPrograms()
 {
     shown->start();
     compareManuals();
@@ -311,7 +311,7 @@ void MainWindowOtherWindowsTest::manualsCanBeOpenedWhileAWorkerRuns()
     QTRY_VERIFY(shown->isReady());
 }
 
-void MainWindowOtherWindowsTest::shortcutOpensTheLog()
+void MainWindowOtherWindowsTest::controlLOpensTheLogWindow()
 {
     shown->start();
     shown->key(Qt::Key_L, Qt::ControlModifier);
@@ -330,14 +330,14 @@ void MainWindowOtherWindowsTest::shortcutOpensTheLog()
     QCOMPARE(static_cast<const Log::Window*>(logWindow()), first);
 }
 
-void MainWindowOtherWindowsTest::menuOpensTheLog()
+void MainWindowOtherWindowsTest::theMenuEntryOpensTheLogWindow()
 {
     shown->start();
     shown->choose("&Windows", "&Log");
     QTRY_VERIFY(logIsVisible());
 }
 
-void MainWindowOtherWindowsTest::aboutShowsTheVersion()
+void MainWindowOtherWindowsTest::theAboutWindowShowsTheVersion()
 {
     shown->start();
     shown->key(Qt::Key_F1);
@@ -358,7 +358,7 @@ void MainWindowOtherWindowsTest::aboutShowsTheVersion()
     QVERIFY2(rest.match(text.mid(expected.length())).hasMatch(), qPrintable(text.mid(expected.length())));
 }
 
-void MainWindowOtherWindowsTest::aboutOpensItsPageInTheBrowserOfTheUser()
+void MainWindowOtherWindowsTest::aClickOnTheLinkInTheAboutWindowOpensTheBrowserOfTheUser()
 {
     shown->start();
     shown->choose("&Help", "&About");
@@ -388,19 +388,19 @@ void MainWindowOtherWindowsTest::aboutOpensItsPageInTheBrowserOfTheUser()
     QCOMPARE(page.readAll(), QByteArray("https://vyre.example/\n"));
 }
 
-void MainWindowOtherWindowsTest::shortcutQuitsTheProgram()
+void MainWindowOtherWindowsTest::controlQQuitsTheProgram()
 {
     compareQuit([this] { shown->key(Qt::Key_Q, Qt::ControlModifier); });
 }
 
-void MainWindowOtherWindowsTest::menuEntryQuitsTheProgram()
+void MainWindowOtherWindowsTest::theMenuEntryQuitsTheProgram()
 {
     compareQuit([this] { shown->choose("&Program", "&Quit"); });
 }
 
 void MainWindowOtherWindowsTest::closingTheMainWindowQuitsTheProgram()
 {
-    // The key of the window manager closes the window.
+    // The window manager handles Alt+F4, and asks the window to close.
     compareQuit([] { QCOMPARE(QProcess::execute("xdotool", {"key", "alt+F4"}), 0); });
 }
 

@@ -23,38 +23,38 @@ private:
     void compareAfterTheEditor(Mode mode, const char* expression, const QStringList& listed);
 
 private Q_SLOTS:
-    void aHiddenWindowStartsNoWork();
-    void windowIsPaintedBeforeThePackagesAreCollected();
-    void startListsTheOutdatedPackages();
-    void windowThatIsShownAgainCollectsNothing();
-    void columnsFitTheirContentsAfterTheStart();
-    void settingsMadeBeforeTheWindowIsShownAreUsed();
-    void searchSetBeforeTheWindowIsShownIsUsed();
-    void filterOfTheCommandLineIsUsedAfterTheEditor()
+    void aWindowThatIsNotShownYetCallsNoScriptMethod();
+    void theWindowIsPaintedBeforeThePackagesAreCollected();
+    void afterTheStartTheTableListsTheOutdatedPackages();
+    void showingTheWindowForTheSecondTimeCollectsNothing();
+    void afterTheStartTheColumnsFitTheirContents();
+    void filterSettingsThatAreMadeBeforeTheWindowIsShownSelectItsRows();
+    void aSearchThatIsSetBeforeTheWindowIsShownSelectsItsRows();
+    void whenTheEditorOpensFirstTheFilterOfTheCommandLineIsUsedAfterwards()
     {
         compareAfterTheEditor(Filter, "many|shell", {"many", "shell"});
     }
-    void searchOfTheCommandLineIsUsedAfterTheEditor()
+    void whenTheEditorOpensFirstTheSearchOfTheCommandLineIsUsedAfterwards()
     {
         compareAfterTheEditor(Search, "needle", {"editor", "many", "tool"});
     }
-    void theProgramQuitsIfTheBackEndCannotStart();
-    void logIsShownBeforeTheBackEndStarts();
-    void quittingFromTheQuestionForCredentialsReadsNothing();
-    void enteredCredentialsAreUsedAtOnce();
-    void editedRepositoriesAreReadAgain();
-    void logIsOpenedAtTheStartOnRequest();
-    void logStaysClosedWithoutARequest();
-    void allNoticesOfTheStartAreShown();
+    void ifTheBackEndCannotStartTheProgramQuits();
+    void theLogOptionShowsTheLogBeforeTheBackEndStarts();
+    void theQuitButtonInTheCredentialsDialogPreventsTheFirstCollection();
+    void credentialsThatTheUserEntersAtStartupAreUsedInTheFirstCollection();
+    void theScriptReadsTheRepositoriesAgainAfterTheEditorWasOpenAtStartup();
+    void ifRequestedTheLogOpensWhenTheProgramStarts();
+    void ifNotRequestedTheLogDoesNotOpenWhenTheProgramStarts();
+    void theNoticesAboutMissingRightsAndLoggedErrorsAreShownInTurn();
 
-    void anEmptyTableShowsTheReason();
-    void aFailedCollectionDoesNotReportThatUpdatesAreMissing();
-    void sizeAndColumnsAreSaved();
-    void savedSizeAndColumnsAreRestored();
+    void ifNoRowIsListedTheTableShowsTheReason();
+    void ifACollectionFailsTheTableDoesNotSayThatNoPackageHasAnUpdate();
+    void quittingSavesTheWindowSizeAndTheColumns();
+    void theSavedWindowSizeAndColumnsAreRestored();
     void invalidSavedSettingsChangeNothing();
 };
 
-void MainWindowStartTest::aHiddenWindowStartsNoWork()
+void MainWindowStartTest::aWindowThatIsNotShownYetCallsNoScriptMethod()
 {
     QCOMPARE(usable(), usableWhileBusy);
     QCOMPARE(busyCursor(), QString("busy"));
@@ -66,7 +66,7 @@ void MainWindowStartTest::aHiddenWindowStartsNoWork()
     QVERIFY(!shown->window->isVisible());
 }
 
-void MainWindowStartTest::windowIsPaintedBeforeThePackagesAreCollected()
+void MainWindowStartTest::theWindowIsPaintedBeforeThePackagesAreCollected()
 {
     QStringList seen;
     QImage picture;
@@ -91,7 +91,7 @@ void MainWindowStartTest::windowIsPaintedBeforeThePackagesAreCollected()
     QTRY_VERIFY(shown->isReady());
 }
 
-void MainWindowStartTest::startListsTheOutdatedPackages()
+void MainWindowStartTest::afterTheStartTheTableListsTheOutdatedPackages()
 {
     shown->start();
     QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
@@ -104,7 +104,7 @@ void MainWindowStartTest::startListsTheOutdatedPackages()
     QVERIFY(shown->view->horizontalHeader()->isSortIndicatorShown());
 }
 
-void MainWindowStartTest::windowThatIsShownAgainCollectsNothing()
+void MainWindowStartTest::showingTheWindowForTheSecondTimeCollectsNothing()
 {
     shown->start();
     shown->window->hide();
@@ -114,7 +114,7 @@ void MainWindowStartTest::windowThatIsShownAgainCollectsNothing()
     QCOMPARE(standIn->calls("setupRepos"), 1);
 }
 
-void MainWindowStartTest::columnsFitTheirContentsAfterTheStart()
+void MainWindowStartTest::afterTheStartTheColumnsFitTheirContents()
 {
     const QString longName = QString("name").repeated(15);
     standIn->setPackages({}, {}, {StandIn::package(longName)});
@@ -124,7 +124,7 @@ void MainWindowStartTest::columnsFitTheirContentsAfterTheStart()
     QVERIFY(shown->view->columnWidth(NameColumn) >= shown->view->fontMetrics().horizontalAdvance(longName));
 }
 
-void MainWindowStartTest::settingsMadeBeforeTheWindowIsShownAreUsed()
+void MainWindowStartTest::filterSettingsThatAreMadeBeforeTheWindowIsShownSelectItsRows()
 {
     shown->window->setMode(Filter);
     shown->window->setRegexp("l");
@@ -141,7 +141,7 @@ void MainWindowStartTest::settingsMadeBeforeTheWindowIsShownAreUsed()
     QCOMPARE(shown->sorted(), (QStringList{"Games", "editor", "lib", "many", "shell", "tool"}));
 }
 
-void MainWindowStartTest::searchSetBeforeTheWindowIsShownIsUsed()
+void MainWindowStartTest::aSearchThatIsSetBeforeTheWindowIsShownSelectsItsRows()
 {
     shown->window->setMode(Search);
     shown->window->setRegexp("needle");
@@ -170,7 +170,7 @@ void MainWindowStartTest::compareAfterTheEditor(Mode mode, const char* expressio
     QCOMPARE(shown->listed(), QStringList{"tool"});
 }
 
-void MainWindowStartTest::theProgramQuitsIfTheBackEndCannotStart()
+void MainWindowStartTest::ifTheBackEndCannotStartTheProgramQuits()
 {
     standIn->setRefusing(true);
     shown->window->setLogAtStart();
@@ -188,7 +188,7 @@ void MainWindowStartTest::theProgramQuitsIfTheBackEndCannotStart()
     QCOMPARE(standIn->calls("setupRepos"), 0);
 }
 
-void MainWindowStartTest::logIsShownBeforeTheBackEndStarts()
+void MainWindowStartTest::theLogOptionShowsTheLogBeforeTheBackEndStarts()
 {
     standIn->setRefusing(true);
     shown->window->setLogAtStart();
@@ -204,7 +204,7 @@ void MainWindowStartTest::logIsShownBeforeTheBackEndStarts()
     QCOMPARE(seen, (QStringList{"VYRE Yum Error", "log"}));
 }
 
-void MainWindowStartTest::quittingFromTheQuestionForCredentialsReadsNothing()
+void MainWindowStartTest::theQuitButtonInTheCredentialsDialogPreventsTheFirstCollection()
 {
     const QByteArray repos("[base]\nbaseurl=http://h/vantor?u=&p=&path=/x\n");
     standIn->setRepos(repos);
@@ -218,7 +218,7 @@ void MainWindowStartTest::quittingFromTheQuestionForCredentialsReadsNothing()
     QCOMPARE(file.readAll(), repos);
 }
 
-void MainWindowStartTest::enteredCredentialsAreUsedAtOnce()
+void MainWindowStartTest::credentialsThatTheUserEntersAtStartupAreUsedInTheFirstCollection()
 {
     standIn->setRepos("[base]\nbaseurl=http://h/vantor?u=&p=&path=/x\n");
     const auto dialogTakesInput = [] {
@@ -245,7 +245,7 @@ void MainWindowStartTest::enteredCredentialsAreUsedAtOnce()
              qPrintable(calls.join(';')));
 }
 
-void MainWindowStartTest::editedRepositoriesAreReadAgain()
+void MainWindowStartTest::theScriptReadsTheRepositoriesAgainAfterTheEditorWasOpenAtStartup()
 {
     shown->window->setRepoEditorAtStart();
     const Once once([] { return qobject_cast<QDialog*>(QApplication::activeModalWidget()) != nullptr; },
@@ -258,7 +258,7 @@ void MainWindowStartTest::editedRepositoriesAreReadAgain()
              qPrintable(calls.join(';')));
 }
 
-void MainWindowStartTest::allNoticesOfTheStartAreShown()
+void MainWindowStartTest::theNoticesAboutMissingRightsAndLoggedErrorsAreShownInTurn()
 {
     constexpr char nobody[] = "65534";
     QCOMPARE(QProcess::execute("chown", {"--recursive", nobody, QFile::decodeName(qgetenv("VYRESHARE"))}), 0);
@@ -274,7 +274,7 @@ void MainWindowStartTest::allNoticesOfTheStartAreShown()
     QVERIFY(notice->isVisible());
 }
 
-void MainWindowStartTest::anEmptyTableShowsTheReason()
+void MainWindowStartTest::ifNoRowIsListedTheTableShowsTheReason()
 {
     standIn->setPackages({}, {StandIn::package("shell")}, {});
     shown->start();
@@ -314,11 +314,12 @@ void MainWindowStartTest::anEmptyTableShowsTheReason()
     QCOMPARE(colours(), 1);
 }
 
-void MainWindowStartTest::aFailedCollectionDoesNotReportThatUpdatesAreMissing()
+void MainWindowStartTest::ifACollectionFailsTheTableDoesNotSayThatNoPackageHasAnUpdate()
 {
     standIn->setUnreadable(true);
     const Answers answers("OK");
-    // This test does not wait for the focus of the main window, because the message may get the focus first.
+    // This test does not wait until the main window has the focus, because the error message may get the
+    // focus first.
     shown->window->show();
     QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
     QCOMPARE(shown->view->accessibleDescription(),
@@ -330,7 +331,7 @@ void MainWindowStartTest::aFailedCollectionDoesNotReportThatUpdatesAreMissing()
     QCOMPARE(shown->view->accessibleDescription(), QString("No package matches."));
 }
 
-void MainWindowStartTest::sizeAndColumnsAreSaved()
+void MainWindowStartTest::quittingSavesTheWindowSizeAndTheColumns()
 {
     shown->start();
     const QSize size(shown->window->width() - 20, shown->window->height() - 30);
@@ -351,7 +352,7 @@ void MainWindowStartTest::sizeAndColumnsAreSaved()
     QCOMPARE(kept->value("MainWindow/columnPlaces").toStringList(), QVariant(places).toStringList());
 }
 
-void MainWindowStartTest::savedSizeAndColumnsAreRestored()
+void MainWindowStartTest::theSavedWindowSizeAndColumnsAreRestored()
 {
     QSettings* kept = settings(this);
     kept->setValue("MainWindow/size", QSize(1100, 500));
@@ -410,7 +411,7 @@ void MainWindowStartTest::invalidSavedSettingsChangeNothing()
     QCOMPARE(shown->marks(), QStringList{"tool update"});
 }
 
-void MainWindowStartTest::logIsOpenedAtTheStartOnRequest()
+void MainWindowStartTest::ifRequestedTheLogOpensWhenTheProgramStarts()
 {
     shown->window->setLogAtStart();
     QVERIFY(inTheMiddle([this] { shown->window->show(); }, [] { QVERIFY(logIsVisible()); }));
@@ -418,7 +419,7 @@ void MainWindowStartTest::logIsOpenedAtTheStartOnRequest()
     QVERIFY(logIsVisible());
 }
 
-void MainWindowStartTest::logStaysClosedWithoutARequest()
+void MainWindowStartTest::ifNotRequestedTheLogDoesNotOpenWhenTheProgramStarts()
 {
     shown->start();
     QVERIFY(logWindow() == nullptr);

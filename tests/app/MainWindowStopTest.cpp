@@ -28,32 +28,32 @@ private:
     // Shows the window with the available package "hard". The comparison of its name and of its summary with
     // `hard` takes hours.
     void startWithHardPackage(PackageTable::StateFilter state);
-    // Whether the records are compared, and a stop is possible.
+    // Whether VYRE is comparing the records, and the Stop button is enabled.
     bool isComparing() const;
-    // Calls the function, and presses Escape during the comparison.
+    // Calls the function, which must start a comparison, and presses Escape during this comparison.
     void stopByEscape(const std::function<void()>& act);
     const QString hard = "~(.*)(.*)\\1\\2x";
     // The repositories whose "session" box in the editor is clear.
     QStringList switchedOff() const;
 
 private Q_SLOTS:
-    void aClickOnTheButtonStopsARefresh();
+    void aClickOnTheStopButtonStopsARefresh();
     void escapeStopsARefresh();
-    void theAltKeyStopsARefresh();
-    void aStopWhileTheProgramStartsListsThePackagesInTheCache();
-    void aClosingRequestStopsTheOperation();
-    void quittingStopsTheOperation();
-    void closingDuringAnUndoDoesNotShowTheHistoryAgain();
-    void aStoppedSearchLeavesTheTableAsItIs();
-    void aStoppedFilterLeavesTheTableAsItIs();
-    void aStoppedSearchInAnotherViewRestoresTheView();
-    void aStoppedSearchInAnotherModeRestoresTheMode();
-    void aSearchThatIsStoppedAfterARefreshDoesNotFilterTheTable();
-    void aClosingRequestStopsASearch();
-    void theButtonIsDisabledIfNoOperationRuns();
-    void failingRepositoriesAreSwitchedOffInTheSession();
-    void oneAnswerIsEnoughForAllFailingRepositories();
-    void nothingIsListedIfTheUserKeepsAFailingRepository();
+    void theAltKeyOfTheStopButtonStopsARefresh();
+    void aStopDuringTheFirstCollectionListsThePackagesFromTheCache();
+    void closingTheWindowFirstStopsTheOperation();
+    void theQuitCommandFirstStopsTheOperation();
+    void closingTheWindowDuringAnUndoDoesNotOpenTheHistoryAgain();
+    void aStoppedSearchDoesNotChangeTheListedRows();
+    void aStoppedFilterDoesNotChangeTheListedRows();
+    void ifASearchAfterAChangeOfTheStateBoxIsStoppedTheBoxIsRestored();
+    void ifASearchAfterAChangeOfTheModeBoxIsStoppedTheBoxIsRestored();
+    void ifTheComparisonAfterARefreshIsStoppedTheTableIsNotFiltered();
+    void closingTheWindowFirstStopsTheSearch();
+    void theStopButtonIsDisabledIfNoOperationRuns();
+    void ifTheUserAgreesFailingRepositoriesAreDisabledForTheSession();
+    void yesToAllDisablesAllFailingRepositoriesForTheSession();
+    void ifTheUserKeepsAFailingRepositoryNoPackageIsListed();
 };
 
 QString MainWindowStopTest::notice() const
@@ -102,7 +102,7 @@ void MainWindowStopTest::compareStop(const std::function<void()>& stop)
     QCOMPARE(standIn->calls("setupRepos"), 2);
 }
 
-void MainWindowStopTest::aClickOnTheButtonStopsARefresh()
+void MainWindowStopTest::aClickOnTheStopButtonStopsARefresh()
 {
     compareStop([this] { shown->click(button()); });
 }
@@ -112,12 +112,12 @@ void MainWindowStopTest::escapeStopsARefresh()
     compareStop([this] { shown->key(Qt::Key_Escape); });
 }
 
-void MainWindowStopTest::theAltKeyStopsARefresh()
+void MainWindowStopTest::theAltKeyOfTheStopButtonStopsARefresh()
 {
     compareStop([this] { shown->key(Qt::Key_S, Qt::AltModifier); });
 }
 
-void MainWindowStopTest::aStopWhileTheProgramStartsListsThePackagesInTheCache()
+void MainWindowStopTest::aStopDuringTheFirstCollectionListsThePackagesFromTheCache()
 {
     standIn->setHeld(true);
     const Once once([this] { return button()->isEnabled() && standIn->calls("setupRepos") > 0; },
@@ -127,7 +127,7 @@ void MainWindowStopTest::aStopWhileTheProgramStartsListsThePackagesInTheCache()
     QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
 }
 
-void MainWindowStopTest::aClosingRequestStopsTheOperation()
+void MainWindowStopTest::closingTheWindowFirstStopsTheOperation()
 {
     shown->start();
     standIn->setHeld(true);
@@ -142,7 +142,7 @@ void MainWindowStopTest::aClosingRequestStopsTheOperation()
     QCOMPARE(standIn->calls("setupCachedRepos"), 0);
 }
 
-void MainWindowStopTest::quittingStopsTheOperation()
+void MainWindowStopTest::theQuitCommandFirstStopsTheOperation()
 {
     shown->start();
     standIn->setHeld(true);
@@ -156,7 +156,7 @@ void MainWindowStopTest::quittingStopsTheOperation()
     QVERIFY(!shown->window->isVisible());
 }
 
-void MainWindowStopTest::closingDuringAnUndoDoesNotShowTheHistoryAgain()
+void MainWindowStopTest::closingTheWindowDuringAnUndoDoesNotOpenTheHistoryAgain()
 {
     shown->start();
     int histories = 0;
@@ -209,7 +209,7 @@ void MainWindowStopTest::stopByEscape(const std::function<void()>& act)
     QCOMPARE(log().count("Stopped."), 1);
 }
 
-void MainWindowStopTest::aStoppedSearchLeavesTheTableAsItIs()
+void MainWindowStopTest::aStoppedSearchDoesNotChangeTheListedRows()
 {
     startWithHardPackage(ViewInstallable);
     shown->choose(shown->modeBox, Search);
@@ -228,7 +228,7 @@ void MainWindowStopTest::aStoppedSearchLeavesTheTableAsItIs()
     QCOMPARE(shown->sorted(), (QStringList{"soft", "tool"}));
 }
 
-void MainWindowStopTest::aStoppedFilterLeavesTheTableAsItIs()
+void MainWindowStopTest::aStoppedFilterDoesNotChangeTheListedRows()
 {
     startWithHardPackage(ViewInstallable);
     shown->filter("soft");
@@ -239,7 +239,7 @@ void MainWindowStopTest::aStoppedFilterLeavesTheTableAsItIs()
     QCOMPARE(shown->listed(), QStringList{"soft"});
 }
 
-void MainWindowStopTest::aStoppedSearchInAnotherViewRestoresTheView()
+void MainWindowStopTest::ifASearchAfterAChangeOfTheStateBoxIsStoppedTheBoxIsRestored()
 {
     startWithHardPackage(ViewUpdatable);
     shown->choose(shown->modeBox, Search);
@@ -254,7 +254,7 @@ void MainWindowStopTest::aStoppedSearchInAnotherViewRestoresTheView()
     QCOMPARE(notice(), QString("Stopped. The table shows the same rows as before."));
 }
 
-void MainWindowStopTest::aStoppedSearchInAnotherModeRestoresTheMode()
+void MainWindowStopTest::ifASearchAfterAChangeOfTheModeBoxIsStoppedTheBoxIsRestored()
 {
     using S = StandIn;
     standIn->setPackages({}, {}, {S::package("soft", {{"summary", "~" + QString("ab").repeated(300)}})});
@@ -271,7 +271,7 @@ void MainWindowStopTest::aStoppedSearchInAnotherModeRestoresTheMode()
     QCOMPARE(shown->listed(), QStringList{"soft"});
 }
 
-void MainWindowStopTest::aSearchThatIsStoppedAfterARefreshDoesNotFilterTheTable()
+void MainWindowStopTest::ifTheComparisonAfterARefreshIsStoppedTheTableIsNotFiltered()
 {
     using S = StandIn;
     startWithHardPackage(ViewInstallable);
@@ -292,7 +292,7 @@ void MainWindowStopTest::aSearchThatIsStoppedAfterARefreshDoesNotFilterTheTable(
     QCOMPARE(shown->listed(), QStringList{"other"});
 }
 
-void MainWindowStopTest::aClosingRequestStopsASearch()
+void MainWindowStopTest::closingTheWindowFirstStopsTheSearch()
 {
     startWithHardPackage(ViewInstallable);
     shown->choose(shown->modeBox, Search);
@@ -304,7 +304,7 @@ void MainWindowStopTest::aClosingRequestStopsASearch()
     QVERIFY(!shown->window->isVisible());
 }
 
-void MainWindowStopTest::theButtonIsDisabledIfNoOperationRuns()
+void MainWindowStopTest::theStopButtonIsDisabledIfNoOperationRuns()
 {
     shown->start();
     QVERIFY(!button()->isEnabled());
@@ -337,7 +337,7 @@ QStringList MainWindowStopTest::switchedOff() const
     return found;
 }
 
-void MainWindowStopTest::failingRepositoriesAreSwitchedOffInTheSession()
+void MainWindowStopTest::ifTheUserAgreesFailingRepositoriesAreDisabledForTheSession()
 {
     standIn->setRepos("[base]\nbaseurl=file:///base\n[extras]\nbaseurl=file:///extras\n");
     shown->start();
@@ -360,7 +360,7 @@ void MainWindowStopTest::failingRepositoriesAreSwitchedOffInTheSession()
     QVERIFY(standIn->calls().contains("disableRepo extras"));
 }
 
-void MainWindowStopTest::oneAnswerIsEnoughForAllFailingRepositories()
+void MainWindowStopTest::yesToAllDisablesAllFailingRepositoriesForTheSession()
 {
     standIn->setRepos("[base]\nbaseurl=file:///base\n[extras]\nbaseurl=file:///extras\n");
     shown->start();
@@ -374,7 +374,7 @@ void MainWindowStopTest::oneAnswerIsEnoughForAllFailingRepositories()
     QVERIFY(log().contains("VYRE does not use the repository extras in this session:"));
 }
 
-void MainWindowStopTest::nothingIsListedIfTheUserKeepsAFailingRepository()
+void MainWindowStopTest::ifTheUserKeepsAFailingRepositoryNoPackageIsListed()
 {
     standIn->setRepos("[base]\nbaseurl=file:///base\n[extras]\nbaseurl=file:///extras\n");
     shown->start();

@@ -16,17 +16,17 @@ class MainWindowWidgetsTest : public StandInWindow
     Q_OBJECT
 
 private Q_SLOTS:
-    void titleNamesTheMachine();
-    void menusHaveTheExpectedEntries();
+    void theWindowTitleNamesTheMachine();
+    void menusHaveTheExpectedEntriesAndKeys();
     void menusCanBeTornOff();
     void filterRowHasTheExpectedTexts();
     void stateBoxHasTheEntriesFromUpdatableToAll();
     void buttonsHaveTheExpectedTextsAndToolTips();
-    void partsAreInTheExpectedOrder();
-    void windowIsAtLeast768PixelsWideAndFitsTheScreen();
+    void thePartsOfTheWindowAreInTheExpectedOrder();
+    void theWindowIsAtLeast768PixelsWideAndFitsTheScreen();
 };
 
-void MainWindowWidgetsTest::titleNamesTheMachine()
+void MainWindowWidgetsTest::theWindowTitleNamesTheMachine()
 {
     QProcess uname;
     uname.start("uname", {"-n"});
@@ -34,7 +34,7 @@ void MainWindowWidgetsTest::titleNamesTheMachine()
     QCOMPARE(shown->window->windowTitle(), "VYRE - " + QString::fromLocal8Bit(uname.readAll().trimmed()));
 }
 
-void MainWindowWidgetsTest::menusHaveTheExpectedEntries()
+void MainWindowWidgetsTest::menusHaveTheExpectedEntriesAndKeys()
 {
     QStringList found;
     for (const QAction* action : shown->window->menuBar()->actions()) {
@@ -121,7 +121,7 @@ void MainWindowWidgetsTest::buttonsHaveTheExpectedTextsAndToolTips()
     QVERIFY(!shown->button("&Apply Actions")->isEnabledTo(shown->area));
 }
 
-void MainWindowWidgetsTest::partsAreInTheExpectedOrder()
+void MainWindowWidgetsTest::thePartsOfTheWindowAreInTheExpectedOrder()
 {
     shown->start();
     const auto place = [this](const QWidget* widget) { return widget->mapTo(shown->window, QPoint()); };
@@ -152,7 +152,7 @@ void MainWindowWidgetsTest::partsAreInTheExpectedOrder()
             place(buttonRow.at(2)).x() - place(buttonRow.at(1)).x() - buttonRow.at(1)->width());
 }
 
-void MainWindowWidgetsTest::windowIsAtLeast768PixelsWideAndFitsTheScreen()
+void MainWindowWidgetsTest::theWindowIsAtLeast768PixelsWideAndFitsTheScreen()
 {
     QVERIFY(shown->window->sizeHint().width() >= 768);
     QVERIFY(shown->window->sizeHint().width() >= shown->window->minimumSizeHint().width());

@@ -15,7 +15,7 @@ private:
     EnvironmentVariable managedRoot{"VYREROOT"};
 
 private Q_SLOTS:
-    void theRunningSystemIsManagedByDefault()
+    void ifNoRootIsSetTheRunningSystemIsManaged()
     {
         managedRoot.unset();
         QCOMPARE(ManagedRoot::path(), QString());
@@ -25,7 +25,7 @@ private Q_SLOTS:
         QCOMPARE(ManagedRoot::namedDirectoryOfFiles("/etc"), QStringLiteral("/etc"));
     }
 
-    void namedDirectoriesAreBelowTheRoot()
+    void anAbsolutePathInASettingIsResolvedBelowTheRoot()
     {
         const QTemporaryDir root;
         managedRoot.set(QFile::encodeName(root.path()));
@@ -40,7 +40,7 @@ private Q_SLOTS:
         QCOMPARE(ManagedRoot::namedDirectoryOfFiles("/etc"), root.path() + "/etc");
     }
 
-    void rootIsMadeAbsoluteAndClean_data()
+    void thePathOfTheRootIsMadeAbsoluteAndClean_data()
     {
         QTest::addColumn<QByteArray>("given");
         QTest::addColumn<QString>("root");
@@ -52,10 +52,11 @@ private Q_SLOTS:
         QTest::newRow("slashes at the end") << QByteArray("/srv/image//") << "/srv/image";
         QTest::newRow("detour") << QByteArray("/srv/other/../image/.") << "/srv/image";
         QTest::newRow("relative") << QByteArray("image") << QDir::currentPath() + "/image";
-        QTest::newRow("not only ASCII") << QByteArray("/srv/\xc3\xbc") << QString::fromUtf8("/srv/\xc3\xbc");
+        QTest::newRow("letters beyond ASCII")
+            << QByteArray("/srv/\xc3\xbc") << QString::fromUtf8("/srv/\xc3\xbc");
     }
 
-    void rootIsMadeAbsoluteAndClean()
+    void thePathOfTheRootIsMadeAbsoluteAndClean()
     {
         QFETCH(QByteArray, given);
         QFETCH(QString, root);

@@ -40,7 +40,7 @@ public:
     Pipe()
     {
         if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) {
-            qFatal("no pipe");
+            qFatal("the pipe cannot be created");
         }
     }
     ~Pipe()
@@ -112,7 +112,7 @@ private Q_SLOTS:
         program = programBefore;
     }
 
-    void messagesBeginWithTheNameOfTheProgram()
+    void messagesOfQtBeginWithTheNameOfTheProgram()
     {
         install();
         qWarning("something %d", 7);
@@ -121,7 +121,7 @@ private Q_SLOTS:
         QCOMPARE(written(), QByteArray("tester: something 7\ntester: worse\ntester: plain 1\n"));
     }
 
-    void textsAreWrittenInTheEncodingOfTheSystem()
+    void messagesAreWrittenInTheEncodingOfTheLocale()
     {
         install();
         const QString text = QString::fromUtf8("Gr\xc3\xb6\xc3\x9f"
@@ -142,7 +142,7 @@ private Q_SLOTS:
         QCOMPARE(captured.read(), QByteArray());
     }
 
-    void aFullPipeDoesNotBlockTheProgram()
+    void ifAFullPipeReplacesStandardErrorMessagesStillReachTheTerminal()
     {
         install();
         Pipe captured;
@@ -154,7 +154,7 @@ private Q_SLOTS:
         QCOMPARE(written(), QByteArray("tester: still here\n"));
     }
 
-    void anIdleReaderDoesNotBlockTheProgram()
+    void ifTheTerminalIsAPipeThatNobodyReadsMessagesAreDropped()
     {
         Pipe reader;
         reader.fill();
@@ -166,7 +166,7 @@ private Q_SLOTS:
         QVERIFY(!reader.read().contains("lost"));
     }
 
-    void theWatcherIsCalledForEachMessage()
+    void theWatcherIsCalledForEachMessageUntilItIsRemoved()
     {
         install();
         static QVector<bool> heard;
@@ -200,7 +200,7 @@ private Q_SLOTS:
         QCOMPARE(written(), QByteArray("tester: 0123456789012345678901234567890123456789\n").repeated(800));
     }
 
-    void aFullTerminalDoesNotEndTheProgram()
+    void aFailedWriteToTheTerminalDoesNotEndTheProgram()
     {
         const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
         QVERIFY(full >= 0);
@@ -213,7 +213,7 @@ private Q_SLOTS:
         QCOMPARE(written(), QByteArray());
     }
 
-    void aMissingStandardErrorDoesNotChangeTheHandler()
+    void ifStandardErrorIsClosedTheMessageHandlerIsNotInstalled()
     {
         const int before = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
         close(STDERR_FILENO);

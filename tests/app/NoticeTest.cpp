@@ -16,7 +16,7 @@ private:
 
     // The visible text; empty while the notice is hidden.
     QString text() const { return notice->isVisible() ? notice->text() : QString(); }
-    // Lets the time of the visible text end; returns the text that is visible then.
+    // Ends the display time of the visible text, and returns the text that is visible after that.
     QString textAfterwards()
     {
         return QMetaObject::invokeMethod(notice, "showNext") ? text() : QStringLiteral("(no such slot)");
@@ -34,7 +34,7 @@ private Q_SLOTS:
         QCOMPARE(text(), QString());
     }
 
-    void textDisappearsAfterAWhile()
+    void aNoticeDisappearsAfterItsTime()
     {
         Notice brief(&window, 1);
         brief.showText("a");
@@ -42,7 +42,7 @@ private Q_SLOTS:
         QTRY_VERIFY(!brief.isVisible());
     }
 
-    void replacedTextsAreShownAgain()
+    void textsThatANewerTextReplacedAreShownAfterwards()
     {
         notice->showText("a");
         notice->showText("b");
@@ -53,7 +53,7 @@ private Q_SLOTS:
         QCOMPARE(textAfterwards(), QString());
     }
 
-    void eachTextIsShownOnce()
+    void aTextThatIsShownTwiceAppearsOnce()
     {
         notice->showText("a");
         notice->showText("b");
@@ -64,14 +64,14 @@ private Q_SLOTS:
         QCOMPARE(textAfterwards(), QString());
     }
 
-    void visibleTextEndsWhenAnOperationBegins()
+    void theVisibleTextDisappearsWhenAnOperationBegins()
     {
         notice->beginOperation();
         QCOMPARE(text(), QString());
         notice->showText("There are errors");
         notice->showText("Stopped. Nothing was changed.");
         notice->beginOperation();
-        QCOMPARE(text(), QString("There are errors")); // the user has not had time to read it
+        QCOMPARE(text(), QString("There are errors")); // the user has not had time to read this text
         notice->showText("Stopped.");
         QCOMPARE(textAfterwards(), QString("There are errors"));
         notice->beginOperation();

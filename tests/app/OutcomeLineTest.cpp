@@ -24,7 +24,7 @@ private:
     }
 
 private Q_SLOTS:
-    void lineIsShownUntilItIsCleared()
+    void theLineIsVisibleUntilItIsCleared()
     {
         QWidget window;
         auto* line = new OutcomeLine(&window);
@@ -46,7 +46,7 @@ private Q_SLOTS:
         QVERIFY(!label->autoFillBackground());
     }
 
-    void longTextIsShortenedAndHasAToolTip()
+    void aTextThatIsTooLongIsShortenedAndShownInTheToolTip()
     {
         QWidget window;
         auto* line = new OutcomeLine(&window);
@@ -65,7 +65,7 @@ private Q_SLOTS:
         QVERIFY(button->width() >= button->sizeHint().width());
     }
 
-    void buttonAsksForTheLogOfTheTransaction()
+    void theButtonSignalsTheLogEntryOfTheTransaction()
     {
         QWidget window;
         auto* line = new OutcomeLine(&window);

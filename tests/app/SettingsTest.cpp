@@ -12,10 +12,10 @@ class SettingsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void settingsAreInOneFileOfTheUser();
+    void allSettingsAreStoredInOneFileOfTheUser();
 };
 
-void SettingsTest::settingsAreInOneFileOfTheUser()
+void SettingsTest::allSettingsAreStoredInOneFileOfTheUser()
 {
     const QTemporaryDir directory;
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, directory.path());

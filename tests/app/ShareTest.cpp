@@ -13,14 +13,14 @@ private:
     EnvironmentVariable share{"VYRESHARE"};
 
 private Q_SLOTS:
-    void defaultShareDirectoryIsThatOfTheSystem()
+    void ifTheEnvironmentSetsNoShareDirectoryTheInstalledDirectoryIsUsed()
     {
         share.unset();
         QCOMPARE(Share::absolute("python/YumIO.py"), QStringLiteral("/usr/share/vyre/python/YumIO.py"));
         QCOMPARE(Share::absolute(QString()), QStringLiteral("/usr/share/vyre/"));
     }
 
-    void environmentSetsTheShareDirectory_data()
+    void theEnvironmentVariableSetsTheShareDirectory_data()
     {
         QTest::addColumn<QByteArray>("directory");
         QTest::addColumn<QString>("relative");
@@ -29,17 +29,17 @@ private Q_SLOTS:
                                << "/opt/vyre/icons";
         QTest::newRow("relative directory") << QByteArray("share") << "icons"
                                             << "share/icons";
-        QTest::newRow("slashes are kept") << QByteArray("/opt//vyre/") << "icons"
-                                          << "/opt//vyre//icons";
-        QTest::newRow("empty but set") << QByteArray("") << "icons"
-                                       << "/icons";
+        QTest::newRow("superfluous slashes") << QByteArray("/opt//vyre/") << "icons"
+                                             << "/opt//vyre//icons";
+        QTest::newRow("set to an empty value") << QByteArray("") << "icons"
+                                               << "/icons";
         QTest::newRow("place markers in the directory") << QByteArray("/opt/%2%1") << "icons"
                                                         << "/opt/%2%1/icons";
         QTest::newRow("place markers in the file") << QByteArray("/opt/%1") << "%1/%2"
                                                    << "/opt/%1/%1/%2";
     }
 
-    void environmentSetsTheShareDirectory()
+    void theEnvironmentVariableSetsTheShareDirectory()
     {
         QFETCH(QByteArray, directory);
         QFETCH(QString, relative);

@@ -36,7 +36,7 @@ inline QPushButton* buttonIn(const QWidget* widget, const QString& text)
             return button;
         }
     }
-    qFatal("there is no button %s", qPrintable(text));
+    qFatal("the button %s is missing", qPrintable(text));
     return nullptr;
 }
 
@@ -89,7 +89,7 @@ public:
                 return action->menu();
             }
         }
-        qFatal("there is no menu %s", qPrintable(title));
+        qFatal("the menu %s is missing", qPrintable(title));
         return nullptr;
     }
     QAction* action(const QString& title, const QString& text) const
@@ -99,7 +99,7 @@ public:
                 return entry;
             }
         }
-        qFatal("there is no entry %s", qPrintable(text));
+        qFatal("the entry %s is missing", qPrintable(text));
         return nullptr;
     }
 

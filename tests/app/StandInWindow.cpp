@@ -130,7 +130,7 @@ void StandInWindow::compareQuit(const std::function<void()>& quit)
     QVERIFY(!logIsVisible());
     QCOMPARE(shown->model->rowCount(), 0);
     QCOMPARE(standIn->calls("apply"), 0);
-    // After the end, these calls must have no effect.
+    // After the program has ended, these calls must have no effect.
     shown->window->stateChanged(-1);
     shown->window->quit();
     QTest::qWait(50);

@@ -43,7 +43,7 @@ private Q_SLOTS:
                 struct stat before[3];
                 stat("/dev/null", &null);
                 for (int fd = 0; fd < 3; ++fd) {
-                    // The opened file can be any file except the null device.
+                    // Open any file except the null device, which would hide an unwanted change.
                     dup2(open("/", O_RDONLY), fd);
                     fstat(fd, &before[fd]);
                 }

@@ -12,7 +12,7 @@ class StopButtonTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void stateIsShown_data()
+    void theTextAndTheToolTipShowWhetherAStopIsPossible_data()
     {
         QTest::addColumn<int>("state");
         QTest::addColumn<QString>("text");
@@ -30,7 +30,7 @@ private Q_SLOTS:
                                  << "A stop would leave the system half changed" << false;
     }
 
-    void stateIsShown()
+    void theTextAndTheToolTipShowWhetherAStopIsPossible()
     {
         QFETCH(int, state);
         QFETCH(QString, text);

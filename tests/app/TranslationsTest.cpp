@@ -41,31 +41,33 @@ private Q_SLOTS:
 
     void cleanup()
     {
-        // The application object would otherwise keep the translators for the next test.
+        // Remove the translators. Otherwise the application object would use them in the next test.
         for (QTranslator* translator : qApp->findChildren<QTranslator*>()) {
             delete translator;
         }
     }
 
-    void theFirstLanguageWithACatalogueIsUsed_data()
+    void theFirstRequestedLanguageThatHasACatalogueIsUsed_data()
     {
         QTest::addColumn<QStringList>("languages");
         QTest::addColumn<QString>("file");
-        QTest::newRow("by itself") << QStringList{"de"} << "vyre_de";
-        QTest::newRow("with a country") << QStringList{"de-AT"} << "vyre_de";
-        QTest::newRow("with a script") << QStringList{"de-Latn-DE", "de-DE", "de"} << "vyre_de";
-        QTest::newRow("after one without a catalogue") << QStringList{"xx-XX", "fr-FR", "de-DE"} << "vyre_de";
+        QTest::newRow("language alone") << QStringList{"de"} << "vyre_de";
+        QTest::newRow("language and country") << QStringList{"de-AT"} << "vyre_de";
+        QTest::newRow("language, script and country")
+            << QStringList{"de-Latn-DE", "de-DE", "de"} << "vyre_de";
+        QTest::newRow("after two languages without a catalogue")
+            << QStringList{"xx-XX", "fr-FR", "de-DE"} << "vyre_de";
         QTest::newRow("before English") << QStringList{"de", "en"} << "vyre_de";
         QTest::newRow("after English") << QStringList{"en-GB", "de"} << QString();
         // Qt lists "C" after a language that it does not know.
-        QTest::newRow("after none") << QStringList{"xx", "C", "de"} << "vyre_de";
-        QTest::newRow("none") << QStringList{"C"} << QString();
-        QTest::newRow("unknown") << QStringList{"fr-FR", "fr"} << QString();
-        QTest::newRow("nothing asked for") << QStringList() << QString();
-        QTest::newRow("no language") << QStringList{""} << QString();
+        QTest::newRow("after an unknown language") << QStringList{"xx", "C", "de"} << "vyre_de";
+        QTest::newRow("only the C locale") << QStringList{"C"} << QString();
+        QTest::newRow("language without a catalogue") << QStringList{"fr-FR", "fr"} << QString();
+        QTest::newRow("empty list") << QStringList() << QString();
+        QTest::newRow("empty language") << QStringList{""} << QString();
     }
 
-    void theFirstLanguageWithACatalogueIsUsed()
+    void theFirstRequestedLanguageThatHasACatalogueIsUsed()
     {
         QFETCH(QStringList, languages);
         QFETCH(QString, file);
@@ -74,14 +76,14 @@ private Q_SLOTS:
         QCOMPARE(quit(), file.isEmpty() ? QStringLiteral("&Quit") : QStringLiteral("&Beenden"));
     }
 
-    void qtUsesTheLanguageOfTheProgram()
+    void theTextsOfQtAreInTheLanguageOfTheProgram()
     {
         provide("vyre_de.qm", "vyre_de.qm");
         QCOMPARE(Translations::install(*qApp, {"fr-FR", "de-DE"}), QStringLiteral("vyre_de"));
         QCOMPARE(yes(), QStringLiteral("&Ja"));
     }
 
-    void windowsAreGermanWithoutTheCatalogueOfTheToolkit()
+    void theTextsOfQtAreGermanEvenIfTheCatalogueOfQtIsMissing()
     {
         provide("vyre_de.qm", "vyre_de.qm");
         QCOMPARE(Translations::install(*qApp, {"de-DE"}), QStringLiteral("vyre_de"));
@@ -119,21 +121,21 @@ private Q_SLOTS:
         QCOMPARE(menuOf(edit.createStandardContextMenu()), entries);
     }
 
-    void theToolkitUsesEnglishIfTheProgramUsesEnglish()
+    void ifTheProgramIsEnglishTheTextsOfQtAreEnglish()
     {
         QCOMPARE(Translations::install(*qApp, {"fr-FR"}), QString());
         QCOMPARE(yes(), QStringLiteral("&Yes"));
         QVERIFY(qApp->findChildren<QTranslator*>().isEmpty());
     }
 
-    void theCatalogueOfTheCountryIsPreferred()
+    void aCatalogueForLanguageAndCountryPrecedesOneForTheLanguage()
     {
         provide("vyre_de.qm", "vyre_de.qm");
         provide("vyre_de_AT.qm", "vyre_de.qm");
         QCOMPARE(Translations::install(*qApp, {"de-AT"}), QStringLiteral("vyre_de_AT"));
     }
 
-    void aCatalogueWithoutALanguageIsIgnored()
+    void aCatalogueWhoseNameHasNoLanguageIsIgnored()
     {
         provide("vyre.qm", "vyre_de.qm");
         provide("vyre", "vyre_de.qm");
@@ -152,7 +154,7 @@ private Q_SLOTS:
         QCOMPARE(quit(), QStringLiteral("&Quit"));
     }
 
-    void cataloguesAreInTheShareDirectoryOrNextToTheProgram()
+    void cataloguesAreFoundInTheShareDirectoryAndNextToTheProgram()
     {
         const QString beside = QCoreApplication::applicationDirPath() + "/translations";
         QCOMPARE(Translations::directories(), (QStringList{share->path() + "/translations", beside}));

@@ -16,11 +16,11 @@ class VersionLocksCommandTest : public StandInWindow
     Q_OBJECT
 
 private Q_SLOTS:
-    void lockingAVersionReadsThePackagesAgainAndKeepsOtherMarks();
+    void lockingAPackageReadsThePackagesAgainAndKeepsTheOtherMarks();
     void controlsAreDisabledWhileVersionsAreLocked();
 };
 
-void VersionLocksCommandTest::lockingAVersionReadsThePackagesAgainAndKeepsOtherMarks()
+void VersionLocksCommandTest::lockingAPackageReadsThePackagesAgainAndKeepsTheOtherMarks()
 {
     standIn->setVersionLocks({});
     shown->start();
@@ -51,7 +51,7 @@ void VersionLocksCommandTest::lockingAVersionReadsThePackagesAgainAndKeepsOtherM
     QCOMPARE(standIn->calls("setupRepos"), 1);
     QCOMPARE(standIn->calls("reset"), 0);
 
-    // The row that was current before is still current.
+    // The row that was current before the choice is still current after the collection.
     shown->choose(shown->stateBox, ViewAll);
     choose("tool");
     QTRY_COMPARE(standIn->calls("setupRepos"), 2);

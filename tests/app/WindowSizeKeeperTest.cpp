@@ -40,12 +40,12 @@ private:
 private Q_SLOTS:
     void initTestCase();
     void init();
-    void sizeIsRestoredInAnotherRun();
-    void sizeIsRestoredInTheSameRun();
-    void sizeSetByTheProgramIsNotSaved();
-    void windowFitsTheScreen();
+    void theSizeIsRestoredInTheNextRun();
+    void aWindowThatIsShownAgainHasItsLastSize();
+    void aSizeThatTheProgramSetsIsNotSaved();
+    void aSavedSizeThatIsTooLargeIsReducedToTheScreen();
     void anInvalidSavedSizeChangesNothing();
-    void maximizedWindowDoesNotChangeTheSavedSize();
+    void aMaximizedWindowDoesNotChangeTheSavedSize();
 };
 
 void WindowSizeKeeperTest::initTestCase()
@@ -58,7 +58,7 @@ void WindowSizeKeeperTest::init()
     Settings().clear();
 }
 
-void WindowSizeKeeperTest::sizeIsRestoredInAnotherRun()
+void WindowSizeKeeperTest::theSizeIsRestoredInTheNextRun()
 {
     auto window = makeWindow();
     show(*window);
@@ -71,7 +71,7 @@ void WindowSizeKeeperTest::sizeIsRestoredInAnotherRun()
     QTRY_COMPARE(window->size(), QSize(410, 230));
 }
 
-void WindowSizeKeeperTest::sizeIsRestoredInTheSameRun()
+void WindowSizeKeeperTest::aWindowThatIsShownAgainHasItsLastSize()
 {
     const auto window = makeWindow();
     show(*window);
@@ -82,7 +82,7 @@ void WindowSizeKeeperTest::sizeIsRestoredInTheSameRun()
     QTRY_COMPARE(window->size(), QSize(410, 230));
 }
 
-void WindowSizeKeeperTest::sizeSetByTheProgramIsNotSaved()
+void WindowSizeKeeperTest::aSizeThatTheProgramSetsIsNotSaved()
 {
     const auto window = makeWindow();
     show(*window);
@@ -90,7 +90,7 @@ void WindowSizeKeeperTest::sizeSetByTheProgramIsNotSaved()
     QVERIFY(!Settings().contains("Some/size"));
 }
 
-void WindowSizeKeeperTest::windowFitsTheScreen()
+void WindowSizeKeeperTest::aSavedSizeThatIsTooLargeIsReducedToTheScreen()
 {
     Settings().setValue("Some/size", QSize(100000, 250));
     const auto window = makeWindow();
@@ -109,7 +109,7 @@ void WindowSizeKeeperTest::anInvalidSavedSizeChangesNothing()
     }
 }
 
-void WindowSizeKeeperTest::maximizedWindowDoesNotChangeTheSavedSize()
+void WindowSizeKeeperTest::aMaximizedWindowDoesNotChangeTheSavedSize()
 {
     Settings().setValue("Some/size", QSize(410, 230));
     const auto window = makeWindow();

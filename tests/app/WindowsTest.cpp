@@ -47,7 +47,7 @@ public:
     WatchedPipe()
     {
         if (mkfifo(path().constData(), 0600) != 0) {
-            qFatal("there is no pipe");
+            qFatal("the pipe cannot be created");
         }
         watcher.reset(QThread::create([this] {
             while (!done) {
@@ -92,7 +92,7 @@ private:
     std::unique_ptr<WatchedPipe> watched;
     std::unique_ptr<ShownWindow> shown;
 
-    // Markup before the names and texts that come from outside the program.
+    // The tests put this markup before each name and text that comes from outside the program.
     QByteArray foreign;
 
     QString longText() const
@@ -379,7 +379,7 @@ private Q_SLOTS:
         QCOMPARE(shown->marks(), QStringList{foreign + "tool update"});
     }
 
-    void everyControlIsReachedInReadingOrder()
+    void tabReachesEveryControlInReadingOrder()
     {
         int windows = 0;
         forEachWindow([&windows](const QString& name, QWidget& window) {
@@ -460,7 +460,7 @@ private Q_SLOTS:
         QCOMPARE(watched->reads(), 0);
     }
 
-    void everyMnemonicIsUnique()
+    void everyMnemonicIsUniqueWithinItsWindow()
     {
         forEachWindow([](const QString& name, QWidget& window) {
             QStringList texts;
@@ -481,8 +481,8 @@ private Q_SLOTS:
                 for (const QAction* action : bar->actions()) {
                     QCOMPARE(doubled(mnemonicsOf(textsOf(action->menu()->actions()))), QStringList());
                 }
-                // These two texts are fixed, although they have the same key: a second press of the key
-                // reaches the other control.
+                // These two controls share one key, and their texts must not change. A second press of the
+                // key reaches the second control.
                 both = QStringList{"Alt+C &Cache", "Alt+C &Clear Actions"};
                 QVERIFY(mnemonicsOf(texts).count() > 10);
             }
@@ -509,8 +509,8 @@ private Q_SLOTS:
                              accessible->role() != QAccessible::Client,
                          qPrintable(what));
                 if (qobject_cast<QComboBox*>(stop) != nullptr) {
-                    // A combo box has its current choice as its name, so it also needs a label or a
-                    // description.
+                    // The accessible name of a combo box is its current choice, so the box also needs a label
+                    // or a description.
                     QVERIFY2(!accessible->relations(QAccessible::Label).isEmpty() ||
                                  !accessible->text(QAccessible::Description).isEmpty(),
                              qPrintable(what));
@@ -523,7 +523,7 @@ private Q_SLOTS:
         QVERIFY(controls > 50);
     }
 
-    void everyFieldOfAFormHasItsLabel()
+    void everyFieldOfAFormHasALabel()
     {
         QStringList fields;
         forEachWindow([&fields](const QString& name, QWidget& window) {
@@ -550,7 +550,7 @@ private Q_SLOTS:
                 fields << name;
             }
         });
-        QCOMPARE(fields.count("form"), 9); // two more fields are disabled here
+        QCOMPARE(fields.count("form"), 9); // two further fields of the form are disabled here
         QCOMPARE(fields.count("credentials"), 2);
         QCOMPARE(fields.count("log"), 1);
     }
@@ -589,7 +589,7 @@ private Q_SLOTS:
         });
     }
 
-    void bothMenusOfTheTableAreOpenedByKeyboard()
+    void theKeyboardOpensBothContextMenusOfTheTable()
     {
         // The keys must pass through the window system, which turns the menu key into a menu request. 76 is
         // the code of F10: with some keyboard layouts, xdotool also presses Alt if it gets this key by name.
@@ -619,7 +619,7 @@ private Q_SLOTS:
         }
     }
 
-    void theKeyboardChecksTheBoxesOfTheEditor()
+    void theKeyboardChecksTheBoxesInTheRepositoryEditor()
     {
         QStringList seen;
         withDialog<RepoEditor::Dialog>(
@@ -648,7 +648,7 @@ private Q_SLOTS:
         QCOMPARE(seen, (QStringList{"Yes/Yes", "Yes/Yes", "Yes/No", "No/No"}));
     }
 
-    void iconsOfTheTableHaveNames()
+    void theIconsInThePackageTableHaveAccessibleNames()
     {
         shown->click(shown->groupsBox, QPoint(8, shown->groupsBox->height() / 2));
         const QAccessibleTableInterface* table =

@@ -14,8 +14,8 @@ class WithoutOpenGlTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void windowIsShownWithoutTheLibrariesOfOpenGl();
-    void settingOfTheUserStays();
+    void aWindowIsShownWithoutLoadingTheOpenGlLibraries();
+    void aUserSettingForOpenGlIsNotChanged();
 };
 
 namespace {
@@ -33,7 +33,7 @@ bool hasLoaded(const char* library)
 
 } // namespace
 
-void WithoutOpenGlTest::windowIsShownWithoutTheLibrariesOfOpenGl()
+void WithoutOpenGlTest::aWindowIsShownWithoutLoadingTheOpenGlLibraries()
 {
     qunsetenv(variable);
     std::optional<WithoutOpenGl> withoutOpenGl(std::in_place);
@@ -47,7 +47,7 @@ void WithoutOpenGlTest::windowIsShownWithoutTheLibrariesOfOpenGl()
     QVERIFY(!hasLoaded("libqxcb-egl-integration"));
 }
 
-void WithoutOpenGlTest::settingOfTheUserStays()
+void WithoutOpenGlTest::aUserSettingForOpenGlIsNotChanged()
 {
     qputenv(variable, "xcb_egl");
     std::optional<WithoutOpenGl> withoutOpenGl(std::in_place);

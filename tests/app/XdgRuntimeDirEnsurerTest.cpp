@@ -47,7 +47,7 @@ private Q_SLOTS:
         QVERIFY(temporary->isValid());
     }
 
-    void existingSettingIsNotChanged()
+    void ifXdgRuntimeDirIsSetItIsNotChanged()
     {
         const QByteArray mine = QFile::encodeName(temporary->filePath("mine"));
         QVERIFY(QDir().mkdir(temporary->filePath("mine")));
@@ -61,14 +61,14 @@ private Q_SLOTS:
         QVERIFY(QFileInfo::exists(temporary->filePath("mine")));
     }
 
-    void directoryIsMadeBelowTMPDIR_data()
+    void theRuntimeDirectoryIsCreatedInTMPDIR_data()
     {
         QTest::addColumn<QByteArray>("setting");
         QTest::newRow("unset") << QByteArray();
         QTest::newRow("empty") << QByteArray("");
     }
 
-    void directoryIsMadeBelowTMPDIR()
+    void theRuntimeDirectoryIsCreatedInTMPDIR()
     {
         QFETCH(QByteArray, setting);
         const EnvironmentVariable variable("XDG_RUNTIME_DIR", setting);
@@ -84,14 +84,14 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(runtimeDirectory()));
     }
 
-    void directoryIsMadeBelowTmpByDefault_data()
+    void ifTMPDIRIsNotSetTheRuntimeDirectoryIsCreatedInTmp_data()
     {
         QTest::addColumn<QByteArray>("tmpdir");
         QTest::newRow("TMPDIR unset") << QByteArray();
         QTest::newRow("TMPDIR empty") << QByteArray("");
     }
 
-    void directoryIsMadeBelowTmpByDefault()
+    void ifTMPDIRIsNotSetTheRuntimeDirectoryIsCreatedInTmp()
     {
         QFETCH(QByteArray, tmpdir);
         const QString expected = "/tmp/" + nameFor(geteuid());
@@ -105,7 +105,7 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(expected));
     }
 
-    void everythingInTheDirectoryIsRemoved()
+    void theDestructorRemovesTheDirectoryWithItsContents()
     {
         const EnvironmentVariable variable("XDG_RUNTIME_DIR", QByteArray());
         const EnvironmentVariable base("TMPDIR", QFile::encodeName(temporary->path()));
@@ -119,7 +119,7 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(runtimeDirectory()));
     }
 
-    void linksAreRemovedAndNotFollowed()
+    void theRemovalDeletesLinksButNotTheirTargets()
     {
         const QString outside = temporary->filePath("outside");
         QVERIFY(QDir().mkdir(outside));
@@ -139,7 +139,7 @@ private Q_SLOTS:
         QCOMPARE(kept.readAll(), QByteArray("contents"));
     }
 
-    void existingDirectoryIsUsedAndRemoved()
+    void anExistingPrivateDirectoryIsUsedAndThenRemoved()
     {
         QCOMPARE(mkdir(QFile::encodeName(runtimeDirectory()), 0700), 0);
         writeFile(runtimeDirectory() + "/left-over");
@@ -153,7 +153,7 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(runtimeDirectory()));
     }
 
-    void unsafeExistingFileIsNotUsed_data()
+    void anExistingFileOrUnsafeDirectoryIsNotUsed_data()
     {
         QTest::addColumn<QString>("what");
         for (const char* what :
@@ -162,7 +162,7 @@ private Q_SLOTS:
         }
     }
 
-    void unsafeExistingFileIsNotUsed()
+    void anExistingFileOrUnsafeDirectoryIsNotUsed()
     {
         QFETCH(QString, what);
         const QByteArray path = QFile::encodeName(runtimeDirectory());
@@ -210,7 +210,7 @@ private Q_SLOTS:
         }
     }
 
-    void descriptorsOfTheDirectoryAreClosedAtTheEnd()
+    void theDestructorClosesTheDescriptorsOfTheDirectory()
     {
         QCOMPARE(mkdir(QFile::encodeName(runtimeDirectory()), 0750), 0);
         const EnvironmentVariable variable("XDG_RUNTIME_DIR", QByteArray());
@@ -226,7 +226,7 @@ private Q_SLOTS:
         QCOMPARE(descriptors.entryList(all).size(), before);
     }
 
-    void theModeDoesNotDependOnTheUmask()
+    void theModeOfTheDirectoryDoesNotDependOnTheUmask()
     {
         const EnvironmentVariable variable("XDG_RUNTIME_DIR", QByteArray());
         const EnvironmentVariable base("TMPDIR", QFile::encodeName(temporary->path()));
@@ -240,7 +240,7 @@ private Q_SLOTS:
         QCOMPARE(umask(before), mode_t(0777));
     }
 
-    void aLinkMadeDuringTheRemovalIsNotFollowed()
+    void aLinkThatIsCreatedDuringTheRemovalIsNotFollowed()
     {
         const QString outside = temporary->filePath("outside");
         const QByteArray link = QFile::encodeName(temporary->filePath("link"));
@@ -277,7 +277,7 @@ private Q_SLOTS:
         }
     }
 
-    void contentsOfMountedDirectoriesAreKept()
+    void theRemovalKeepsTheContentsOfMountedFileSystems()
     {
         if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
             QSKIP("only root can mount, and only where \"/\" is a mount point");
@@ -305,7 +305,7 @@ private Q_SLOTS:
         QCOMPARE(umount(again), 0);
     }
 
-    void variableIsSetEvenIfTheDirectoryCannotBeMade()
+    void ifTheDirectoryCannotBeCreatedXdgRuntimeDirStillNamesIt()
     {
         const QString missing = temporary->filePath("missing");
         const EnvironmentVariable variable("XDG_RUNTIME_DIR", QByteArray());
@@ -317,7 +317,7 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(missing));
     }
 
-    void longestPathIsAccepted_data()
+    void onlyAPathWithinTheLengthLimitIsUsed_data()
     {
         QTest::addColumn<int>("length");
         QTest::addColumn<bool>("fits");
@@ -325,7 +325,7 @@ private Q_SLOTS:
         QTest::newRow("one byte more") << 1024 << false;
     }
 
-    void longestPathIsAccepted()
+    void onlyAPathWithinTheLengthLimitIsUsed()
     {
         QFETCH(int, length);
         QFETCH(bool, fits);

@@ -25,19 +25,19 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void allTransactionsAreListedTheNewestFirst();
-    void theDetailsOfTheCurrentTransactionAreShownAsPlainText();
-    void theUserCanSelectAnotherTransactionWhileDetailsAreRead();
+    void theListShowsAllTransactionsWithTheNewestFirst();
+    void theDetailsPaneShowsTheCurrentTransactionAsPlainText();
+    void whileDetailsAreReadTheUserCanSelectAnotherTransaction();
     void theExpressionFindsTransactionsByTheirPackages();
-    void eachButtonReturnsItsCommandAndTheCurrentTransaction_data();
-    void eachButtonReturnsItsCommandAndTheCurrentTransaction();
-    void onlyTheCurrentTransactionIsSelected();
-    void laterTransactionsCannotBeUndoneIfTheNewestIsCurrent();
-    void aRefusalDisablesTheCommandsAndShowsItsReason();
-    void anUnreadableHistoryCausesAMessage();
-    void theWindowClosesAfterTheWorkerHasEnded();
+    void eachCommandButtonReturnsItsCommandAndTheCurrentTransaction_data();
+    void eachCommandButtonReturnsItsCommandAndTheCurrentTransaction();
+    void shiftAndSelectAllSelectOnlyTheCurrentTransaction();
+    void ifTheNewestTransactionIsCurrentUndoAllSinceIsDisabled();
+    void ifTheScriptRefusesReplaysTheCommandsAreDisabledAndTheReasonIsShown();
+    void ifTheHistoryCannotBeReadAMessageIsShown();
+    void theWindowClosesOnlyAfterTheWorkerHasEnded();
     void everyControlCanBeReachedByKeys();
-    void theCurrentTransactionIsStillCurrentWhenTheWindowOpensAgain();
+    void openingTheWindowAgainKeepsTheCurrentTransaction();
     void fiveThousandTransactionsAreListed();
 
 private:
@@ -126,7 +126,7 @@ void HistoryDialogTest::show()
     QTRY_VERIFY(!yumIO->isWorking());
 }
 
-void HistoryDialogTest::allTransactionsAreListedTheNewestFirst()
+void HistoryDialogTest::theListShowsAllTransactionsWithTheNewestFirst()
 {
     show();
     QCOMPARE(dialog->windowTitle(), QString("VYRE History"));
@@ -135,7 +135,7 @@ void HistoryDialogTest::allTransactionsAreListedTheNewestFirst()
     QCOMPARE(table()->accessibleName(), QString("Transactions"));
 }
 
-void HistoryDialogTest::theDetailsOfTheCurrentTransactionAreShownAsPlainText()
+void HistoryDialogTest::theDetailsPaneShowsTheCurrentTransactionAsPlainText()
 {
     show();
     QCOMPARE(details(), detailsOf(3));
@@ -165,7 +165,7 @@ void HistoryDialogTest::whileWorking(const std::function<void()>& act)
     QTRY_VERIFY(done && !yumIO->isWorking());
 }
 
-void HistoryDialogTest::theUserCanSelectAnotherTransactionWhileDetailsAreRead()
+void HistoryDialogTest::whileDetailsAreReadTheUserCanSelectAnotherTransaction()
 {
     show();
     go(1);
@@ -178,7 +178,8 @@ void HistoryDialogTest::theUserCanSelectAnotherTransactionWhileDetailsAreRead()
     });
     QCOMPARE(seen, (QStringList{detailsOf(3), QString()}));
     QTRY_COMPARE(details(), detailsOf(1));
-    // The worker was reading the details of transaction 2 at first. The window has kept them.
+    // When the user selected another transaction, the worker was reading the details of transaction 2. The
+    // window has kept these details.
     go(1);
     QCOMPARE(details(), detailsOf(2));
 }
@@ -198,7 +199,7 @@ void HistoryDialogTest::theExpressionFindsTransactionsByTheirPackages()
     }
 }
 
-void HistoryDialogTest::eachButtonReturnsItsCommandAndTheCurrentTransaction_data()
+void HistoryDialogTest::eachCommandButtonReturnsItsCommandAndTheCurrentTransaction_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<int>("key");
@@ -209,7 +210,7 @@ void HistoryDialogTest::eachButtonReturnsItsCommandAndTheCurrentTransaction_data
     QTest::newRow("redo") << "&Redo" << int(Qt::Key_R) << int(Replay::Redo);
 }
 
-void HistoryDialogTest::eachButtonReturnsItsCommandAndTheCurrentTransaction()
+void HistoryDialogTest::eachCommandButtonReturnsItsCommandAndTheCurrentTransaction()
 {
     QFETCH(QString, text);
     QFETCH(int, key);
@@ -227,7 +228,7 @@ void HistoryDialogTest::eachButtonReturnsItsCommandAndTheCurrentTransaction()
     QVERIFY(!dialog->isVisible());
 }
 
-void HistoryDialogTest::onlyTheCurrentTransactionIsSelected()
+void HistoryDialogTest::shiftAndSelectAllSelectOnlyTheCurrentTransaction()
 {
     show();
     const auto selected = [this] {
@@ -244,7 +245,7 @@ void HistoryDialogTest::onlyTheCurrentTransactionIsSelected()
     QCOMPARE(selected(), QList<int>{1});
 }
 
-void HistoryDialogTest::laterTransactionsCannotBeUndoneIfTheNewestIsCurrent()
+void HistoryDialogTest::ifTheNewestTransactionIsCurrentUndoAllSinceIsDisabled()
 {
     show();
     QVERIFY(!button("Undo All &Since")->isEnabled());
@@ -269,7 +270,7 @@ void HistoryDialogTest::compareRefusal(const QString& reason)
     QVERIFY2(shown.contains(reason), qPrintable(shown.join('\n')));
 }
 
-void HistoryDialogTest::aRefusalDisablesTheCommandsAndShowsItsReason()
+void HistoryDialogTest::ifTheScriptRefusesReplaysTheCommandsAreDisabledAndTheReasonIsShown()
 {
     standIn->setReplayRefused(true);
     show();
@@ -286,7 +287,7 @@ void HistoryDialogTest::aRefusalDisablesTheCommandsAndShowsItsReason()
     QVERIFY(button("&Redo")->isEnabled());
 }
 
-void HistoryDialogTest::anUnreadableHistoryCausesAMessage()
+void HistoryDialogTest::ifTheHistoryCannotBeReadAMessageIsShown()
 {
     standIn->setHistoryBroken(true);
     QString message;
@@ -310,7 +311,7 @@ void HistoryDialogTest::anUnreadableHistoryCausesAMessage()
     QVERIFY(!dialog->isVisible());
 }
 
-void HistoryDialogTest::theWindowClosesAfterTheWorkerHasEnded()
+void HistoryDialogTest::theWindowClosesOnlyAfterTheWorkerHasEnded()
 {
     show();
     go(1);
@@ -339,7 +340,7 @@ void HistoryDialogTest::everyControlCanBeReachedByKeys()
 {
     show();
     QTRY_VERIFY(table()->hasFocus());
-    // In the list and in the expression, Enter presses no button.
+    // If the list or the expression field has the focus, Enter presses no button.
     QTest::keyClick(table(), Qt::Key_Return);
     QVERIFY(dialog->isVisible());
     QTest::keyClick(dialog.get(), Qt::Key_F, Qt::AltModifier);
@@ -363,7 +364,7 @@ void HistoryDialogTest::everyControlCanBeReachedByKeys()
     QCOMPARE(dialog->focusWidget(), table());
 }
 
-void HistoryDialogTest::theCurrentTransactionIsStillCurrentWhenTheWindowOpensAgain()
+void HistoryDialogTest::openingTheWindowAgainKeepsTheCurrentTransaction()
 {
     show();
     go(1);

@@ -12,12 +12,12 @@ class HistoryModelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aRowHasTheTextsOfItsTransaction();
+    void eachRowShowsTheTextsOfItsTransaction();
     void everyColumnHasATitleAndAToolTip();
-    void numbersTimesAndOutputLinesAreSortedByValue();
-    void failedAndInterruptedTransactionsAreColoured();
-    void packageNamesAreSearchedButNotShown();
-    void aTransactionIsFoundByItsNumber();
+    void theNumberTimeAndOutputColumnsAreSortedAsNumbers();
+    void theResultsOfFailedAndInterruptedTransactionsAreColoured();
+    void theExpressionMatchesPackageNamesThatTheRowsDoNotShow();
+    void rowOfFindsATransactionByItsNumber();
 
 private:
     static HistoryRecord record(qint64 number, HistoryRecord::Result result = HistoryRecord::Succeeded);
@@ -41,7 +41,7 @@ HistoryRecord HistoryModelTest::record(qint64 number, HistoryRecord::Result resu
     return made;
 }
 
-void HistoryModelTest::aRowHasTheTextsOfItsTransaction()
+void HistoryModelTest::eachRowShowsTheTextsOfItsTransaction()
 {
     HistoryModel model;
     QCOMPARE(model.rowCount(), 0);
@@ -73,7 +73,7 @@ void HistoryModelTest::everyColumnHasATitleAndAToolTip()
     QVERIFY(!model.headerData(HistoryModel::ColumnCount, Qt::Horizontal).isValid());
 }
 
-void HistoryModelTest::numbersTimesAndOutputLinesAreSortedByValue()
+void HistoryModelTest::theNumberTimeAndOutputColumnsAreSortedAsNumbers()
 {
     HistoryModel model;
     model.setRecords({record(100), record(9), record(20)});
@@ -86,7 +86,7 @@ void HistoryModelTest::numbersTimesAndOutputLinesAreSortedByValue()
     }
 }
 
-void HistoryModelTest::failedAndInterruptedTransactionsAreColoured()
+void HistoryModelTest::theResultsOfFailedAndInterruptedTransactionsAreColoured()
 {
     HistoryModel model;
     model.setRecords({record(3), record(2, HistoryRecord::Failed), record(1, HistoryRecord::Interrupted)});
@@ -101,7 +101,7 @@ void HistoryModelTest::failedAndInterruptedTransactionsAreColoured()
     QCOMPARE(colour(1, HistoryModel::Result), QColor(Colors::readable(Colors::error(), Qt::black)));
 }
 
-void HistoryModelTest::packageNamesAreSearchedButNotShown()
+void HistoryModelTest::theExpressionMatchesPackageNamesThatTheRowsDoNotShow()
 {
     HistoryModel model;
     model.setRecords({record(1)});
@@ -114,7 +114,7 @@ void HistoryModelTest::packageNamesAreSearchedButNotShown()
     }
 }
 
-void HistoryModelTest::aTransactionIsFoundByItsNumber()
+void HistoryModelTest::rowOfFindsATransactionByItsNumber()
 {
     HistoryModel model;
     model.setRecords({record(7), record(5)});

@@ -23,25 +23,25 @@ private Q_SLOTS:
     void cleanup();
     void cleanupTestCase();
     void theMenuListsTheActionsWithTheirIcons();
-    void ifNothingIsSelectedTheMenuOffersTheActionsOfTheClickedRow_data();
-    void ifNothingIsSelectedTheMenuOffersTheActionsOfTheClickedRow();
-    void ifNothingIsSelectedTheClickedRowGetsTheAction_data();
-    void ifNothingIsSelectedTheClickedRowGetsTheAction();
-    void theMenuOffersTheActionsOfAllSelectedRows_data();
-    void theMenuOffersTheActionsOfAllSelectedRows();
-    void anActionIsSetOnlyInRowsThatPermitIt_data();
-    void anActionIsSetOnlyInRowsThatPermitIt();
-    void theActionAppliesToTheSelectionAndNotToTheClickedRow();
-    void theRightButtonSelectsAnUnselectedRow();
+    void ifNoRowIsSelectedTheMenuOffersTheActionsOfTheClickedRow_data();
+    void ifNoRowIsSelectedTheMenuOffersTheActionsOfTheClickedRow();
+    void ifNoRowIsSelectedTheClickedRowGetsTheAction_data();
+    void ifNoRowIsSelectedTheClickedRowGetsTheAction();
+    void theMenuOffersEveryActionThatSomeSelectedRowPermits_data();
+    void theMenuOffersEveryActionThatSomeSelectedRowPermits();
+    void anActionIsSetOnlyInSelectedRowsThatPermitIt_data();
+    void anActionIsSetOnlyInSelectedRowsThatPermitIt();
+    void ifRowsAreSelectedTheyGetTheActionInsteadOfTheClickedRow();
+    void aRightClickOnAnUnselectedRowSelectsThisRow();
     void anActionCanBeChosenWithTheMouse();
-    void escapeChangesNothing();
-    void aRemovedRowGetsNoAction();
-    void allSelectedRowsGetTheActionInATableSortedByAction();
+    void escapeClosesTheMenuWithoutAnAction();
+    void aRowThatIsRemovedWhileTheMenuIsOpenGetsNoAction();
+    void ifTheTableIsSortedByActionAllSelectedRowsStillGetTheAction();
     void theMenuOffersToLockUnlockedRowsAndToUnlockLockedRows_data();
     void theMenuOffersToLockUnlockedRowsAndToUnlockLockedRows();
-    void choosingALockLocksThePackage();
-    void onlyTheLockedRowsOfTheSelectionAreUnlocked();
-    void aUserWhoCannotWriteTheLocksSeesTheReason();
+    void theLockEntrySignalsTheRowsToLock();
+    void theUnlockEntryAppliesOnlyToTheLockedRowsInTheSelection();
+    void ifTheUserCannotWriteLocksTheEntriesAreDisabledWithTheReason();
 
 private:
     // Opens the menu on a row while Control is pressed, so that the selection does not change, and presses a
@@ -109,7 +109,7 @@ void ActionContextMenuTest::theMenuListsTheActionsWithTheirIcons()
     QVERIFY(menu.actions().at(3)->icon().isNull());
 }
 
-void ActionContextMenuTest::ifNothingIsSelectedTheMenuOffersTheActionsOfTheClickedRow_data()
+void ActionContextMenuTest::ifNoRowIsSelectedTheMenuOffersTheActionsOfTheClickedRow_data()
 {
     QTest::addColumn<QStringList>("offered");
     QTest::newRow("tool") << QStringList{"&Update", "&Remove", "&No Action"};
@@ -118,14 +118,14 @@ void ActionContextMenuTest::ifNothingIsSelectedTheMenuOffersTheActionsOfTheClick
     QTest::newRow("Games") << QStringList{"&Install", "&No Action"};
 }
 
-void ActionContextMenuTest::ifNothingIsSelectedTheMenuOffersTheActionsOfTheClickedRow()
+void ActionContextMenuTest::ifNoRowIsSelectedTheMenuOffersTheActionsOfTheClickedRow()
 {
     QFETCH(QStringList, offered);
     QCOMPARE(choose(QTest::currentDataTag(), Qt::Key_Escape), offered);
     QVERIFY(shown->view->selectedRows().isEmpty());
 }
 
-void ActionContextMenuTest::ifNothingIsSelectedTheClickedRowGetsTheAction_data()
+void ActionContextMenuTest::ifNoRowIsSelectedTheClickedRowGetsTheAction_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<int>("key");
@@ -135,7 +135,7 @@ void ActionContextMenuTest::ifNothingIsSelectedTheClickedRowGetsTheAction_data()
     QTest::newRow("remove") << "tool" << int(Qt::Key_R) << int(Package::Remove);
 }
 
-void ActionContextMenuTest::ifNothingIsSelectedTheClickedRowGetsTheAction()
+void ActionContextMenuTest::ifNoRowIsSelectedTheClickedRowGetsTheAction()
 {
     QFETCH(QString, name);
     QFETCH(int, key);
@@ -146,7 +146,7 @@ void ActionContextMenuTest::ifNothingIsSelectedTheClickedRowGetsTheAction()
     QCOMPARE(actions(), Actions());
 }
 
-void ActionContextMenuTest::theMenuOffersTheActionsOfAllSelectedRows_data()
+void ActionContextMenuTest::theMenuOffersEveryActionThatSomeSelectedRowPermits_data()
 {
     QTest::addColumn<QStringList>("selected");
     QTest::addColumn<QStringList>("offered");
@@ -156,11 +156,12 @@ void ActionContextMenuTest::theMenuOffersTheActionsOfAllSelectedRows_data()
         << QStringList{"tool", "shell"} << QStringList{"&Update", "&Remove", "&No Action"};
     QTest::newRow("two available") << QStringList{"editor", "office"}
                                    << QStringList{"&Install", "&No Action"};
-    QTest::newRow("all three") << QStringList{"tool", "editor", "shell"}
-                               << QStringList{"&Update", "&Install", "&Remove", "&No Action"};
+    QTest::newRow("out of date, available and installed")
+        << QStringList{"tool", "editor", "shell"}
+        << QStringList{"&Update", "&Install", "&Remove", "&No Action"};
 }
 
-void ActionContextMenuTest::theMenuOffersTheActionsOfAllSelectedRows()
+void ActionContextMenuTest::theMenuOffersEveryActionThatSomeSelectedRowPermits()
 {
     QFETCH(QStringList, selected);
     QFETCH(QStringList, offered);
@@ -169,22 +170,22 @@ void ActionContextMenuTest::theMenuOffersTheActionsOfAllSelectedRows()
     QCOMPARE(choose(selected.first(), Qt::Key_Escape), offered);
 }
 
-void ActionContextMenuTest::anActionIsSetOnlyInRowsThatPermitIt_data()
+void ActionContextMenuTest::anActionIsSetOnlyInSelectedRowsThatPermitIt_data()
 {
     QTest::addColumn<int>("key");
     QTest::addColumn<Actions>("expected");
     const int u = Package::Update;
     const int i = Package::Install;
     const int r = Package::Remove;
-    // Each row names the marks after the choice. Before the choice, each of the three packages has the mark
-    // that a click on it sets.
+    // Each data row names the marks after the menu choice. Before this choice, a click on each of the three
+    // packages has set its usual mark.
     QTest::newRow("update") << int(Qt::Key_U) << Actions{{"tool", u}, {"editor", i}, {"shell", r}};
     QTest::newRow("install") << int(Qt::Key_I) << Actions{{"tool", u}, {"editor", i}, {"shell", r}};
     QTest::newRow("remove") << int(Qt::Key_R) << Actions{{"tool", r}, {"editor", i}, {"shell", r}};
     QTest::newRow("none") << int(Qt::Key_N) << Actions();
 }
 
-void ActionContextMenuTest::anActionIsSetOnlyInRowsThatPermitIt()
+void ActionContextMenuTest::anActionIsSetOnlyInSelectedRowsThatPermitIt()
 {
     QFETCH(int, key);
     QFETCH(Actions, expected);
@@ -195,7 +196,7 @@ void ActionContextMenuTest::anActionIsSetOnlyInRowsThatPermitIt()
     choose("editor", static_cast<Qt::Key>(key));
     QCOMPARE(actions(), expected);
 
-    // The same choice in rows without marks.
+    // Make the same choice again when no row has a mark.
     shown->model.clearActions();
     choose("editor", static_cast<Qt::Key>(key));
     const Actions set = actions();
@@ -206,14 +207,14 @@ void ActionContextMenuTest::anActionIsSetOnlyInRowsThatPermitIt()
     QCOMPARE(set.keys(), changedRows);
 }
 
-void ActionContextMenuTest::theActionAppliesToTheSelectionAndNotToTheClickedRow()
+void ActionContextMenuTest::ifRowsAreSelectedTheyGetTheActionInsteadOfTheClickedRow()
 {
     shown->select({"editor", "office"});
     QCOMPARE(choose("shell", Qt::Key_I), (QStringList{"&Install", "&No Action"}));
     QCOMPARE(actions(), (Actions{{"editor", Package::Install}, {"office", Package::Install}}));
 }
 
-void ActionContextMenuTest::theRightButtonSelectsAnUnselectedRow()
+void ActionContextMenuTest::aRightClickOnAnUnselectedRowSelectsThisRow()
 {
     shown->select({"editor", "office"});
     QStringList offered;
@@ -237,14 +238,14 @@ void ActionContextMenuTest::anActionCanBeChosenWithTheMouse()
     QCOMPARE(actions(), (Actions{{"tool", Package::Remove}}));
 }
 
-void ActionContextMenuTest::escapeChangesNothing()
+void ActionContextMenuTest::escapeClosesTheMenuWithoutAnAction()
 {
     shown->click("tool", ActionColumn);
     choose("tool", Qt::Key_Escape);
     QCOMPARE(actions(), (Actions{{"tool", Package::Update}}));
 }
 
-void ActionContextMenuTest::aRemovedRowGetsNoAction()
+void ActionContextMenuTest::aRowThatIsRemovedWhileTheMenuIsOpenGetsNoAction()
 {
     QVERIFY(withMenu([this] { shown->click("tool", ActionColumn, Qt::RightButton, Qt::ControlModifier); },
                      [this](QMenu& menu) {
@@ -254,7 +255,7 @@ void ActionContextMenuTest::aRemovedRowGetsNoAction()
     QCOMPARE(actions(), Actions());
 }
 
-void ActionContextMenuTest::allSelectedRowsGetTheActionInATableSortedByAction()
+void ActionContextMenuTest::ifTheTableIsSortedByActionAllSelectedRowsStillGetTheAction()
 {
     shown->view->HTableView::sortByColumn(ActionColumn, Qt::AscendingOrder);
     QSignalSpy layout(&shown->proxy, SIGNAL(layoutChanged()));
@@ -293,7 +294,7 @@ void ActionContextMenuTest::theMenuOffersToLockUnlockedRowsAndToUnlockLockedRows
     QCOMPARE(chosen.count(), 0);
 }
 
-void ActionContextMenuTest::choosingALockLocksThePackage()
+void ActionContextMenuTest::theLockEntrySignalsTheRowsToLock()
 {
     table->standIn.setVersionLocks({});
     table->collectUsual();
@@ -306,7 +307,7 @@ void ActionContextMenuTest::choosingALockLocksThePackage()
     QCOMPARE(actions(), Actions());
 }
 
-void ActionContextMenuTest::onlyTheLockedRowsOfTheSelectionAreUnlocked()
+void ActionContextMenuTest::theUnlockEntryAppliesOnlyToTheLockedRowsInTheSelection()
 {
     table->standIn.setVersionLocks({{"shell", "shell-0:1-1.*"}});
     table->collectUsual();
@@ -333,7 +334,7 @@ void ActionContextMenuTest::onlyTheLockedRowsOfTheSelectionAreUnlocked()
     QCOMPARE(chosen.at(1).at(1), QVariant(false));
 }
 
-void ActionContextMenuTest::aUserWhoCannotWriteTheLocksSeesTheReason()
+void ActionContextMenuTest::ifTheUserCannotWriteLocksTheEntriesAreDisabledWithTheReason()
 {
     table->standIn.setVersionLocks({{"shell", "shell-0:1-1.*"}}, "no <b>right</b>");
     table->collectUsual();

@@ -44,7 +44,7 @@ private Q_SLOTS:
     }
 
     // The value of a cell determines its sort key, and the sort key determines its picture.
-    void everySortKeyHasAValueAndEveryPictureHasASortKey()
+    void everyColumnOfPicturesOrNumbersIsSortedByItsValue()
     {
         for (int column = 0; column < ColumnCount; ++column) {
             const Columns::Row& row = Columns::row(column);
@@ -59,7 +59,7 @@ private Q_SLOTS:
         }
     }
 
-    void columnOfPicturesHasWordsButShowsNoText()
+    void aColumnOfPicturesHasWordsButShowsNoText()
     {
         QCOMPARE(words(ActionColumn), (QStringList{"Update", "Install", "Remove", "No Action"}));
         QCOMPARE(words(StateColumn), (QStringList{"Out-of-date", "Not Installed", "Up-to-date"}));
@@ -72,7 +72,7 @@ private Q_SLOTS:
         }
     }
 
-    void columnOfTextsShowsTheTextsOfTheRecord()
+    void aColumnOfTextsShowsTheTextsOfTheRecord()
     {
         Package::Entry entry;
         entry.name = "tool";

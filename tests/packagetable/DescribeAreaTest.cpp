@@ -13,29 +13,29 @@ class DescribeAreaTest : public ShownDescription
     Q_OBJECT
 
 private Q_SLOTS:
-    void availablePackageShowsEveryField();
+    void theAreaOfAnAvailablePackageShowsEveryField();
     void fieldsWithoutAValueAreNotShown();
-    void installedPackageHasNoDetailsOfItsRepository();
-    void furtherInstalledVersionsHaveShortAreas();
-    void anUpdateShowsTheInstalledVersions();
-    void suiteIsShownAsAPackage();
-    void groupShowsItsMembers();
+    void ifAPackageIsInstalledItsRepositoryHasNoDetailsButton();
+    void eachInstalledVersionAfterTheFirstHasAShortArea();
+    void theDescriptionOfAnUpdateAlsoShowsTheInstalledVersions();
+    void theAreaOfASuiteHasTheFieldsOfAPackage();
+    void theAreaOfAGroupShowsItsMembers();
     void markupIsShownAsPlainText();
-    void valuesCanBeSelectedAndCopied();
-    void filesAreShown();
-    void changeLogIsShown();
-    void windowsRespondWhileAChangeLogIsRead();
+    void theUserCanSelectAndCopyValues();
+    void theFilesButtonShowsTheFileList();
+    void theChangeLogButtonShowsTheChangeLog();
+    void whileAChangeLogIsReadTheWindowsRespond();
     void closingTheDescriptionStopsTheReadingOfAChangeLog();
     void closingTheDescriptionEndsTheWaitForALock();
-    void nameWithAPercentSignIsUnchangedInTheTitles();
-    void anEmptyFileListIsShown();
-    void theButtonsSayThatDataMustBeLoaded();
+    void theTitlesShowAPackageNameWithPercentSignsUnchanged();
+    void ifAPackageHasNoFilesAnEmptyFileListIsShown();
+    void ifExtraDataAreNotLoadedTheShowButtonsSaySo();
     void theFileListsAreLoadedOnlyOnce();
-    void dialogCannotBeClosedWhileFilesAreLoading();
-    void otherButtonsDoNothingWhileFilesAreLoading();
+    void whileFileListsAreLoadedTheDialogCannotBeClosed();
+    void whileFileListsAreLoadedTheButtonsInTheAreasDoNothing();
 };
 
-void DescribeAreaTest::availablePackageShowsEveryField()
+void DescribeAreaTest::theAreaOfAnAvailablePackageShowsEveryField()
 {
     table->standIn.setVersionLocks({{"it", "it-1:2-3.*"}});
     available({{"repoid", "base"},
@@ -130,7 +130,7 @@ void DescribeAreaTest::fieldsWithoutAValueAreNotShown()
     });
 }
 
-void DescribeAreaTest::installedPackageHasNoDetailsOfItsRepository()
+void DescribeAreaTest::ifAPackageIsInstalledItsRepositoryHasNoDetailsButton()
 {
     installed({});
     repo("@System", "a repository that only has the name", "http://h", "");
@@ -142,7 +142,7 @@ void DescribeAreaTest::installedPackageHasNoDetailsOfItsRepository()
     });
 }
 
-void DescribeAreaTest::furtherInstalledVersionsHaveShortAreas()
+void DescribeAreaTest::eachInstalledVersionAfterTheFirstHasAShortArea()
 {
     const QJsonObject more{{"repoid", "@System"}, {"packager", "Someone"}, {"summary", "not told again"}};
     QJsonObject older = more;
@@ -163,7 +163,7 @@ void DescribeAreaTest::furtherInstalledVersionsHaveShortAreas()
     });
 }
 
-void DescribeAreaTest::anUpdateShowsTheInstalledVersions()
+void DescribeAreaTest::theDescriptionOfAnUpdateAlsoShowsTheInstalledVersions()
 {
     table->collectUsual();
     describe("many", [](Dialog& shown) {
@@ -176,7 +176,7 @@ void DescribeAreaTest::anUpdateShowsTheInstalledVersions()
     });
 }
 
-void DescribeAreaTest::suiteIsShownAsAPackage()
+void DescribeAreaTest::theAreaOfASuiteHasTheFieldsOfAPackage()
 {
     table->collectUsual();
     describe("office", [](Dialog& shown) {
@@ -187,7 +187,7 @@ void DescribeAreaTest::suiteIsShownAsAPackage()
     });
 }
 
-void DescribeAreaTest::groupShowsItsMembers()
+void DescribeAreaTest::theAreaOfAGroupShowsItsMembers()
 {
     table->collect({}, {}, {},
                    {S::group("Games", {{"mandatory_packages", QJsonArray{"b", "a"}},
@@ -235,7 +235,7 @@ void DescribeAreaTest::markupIsShownAsPlainText()
     });
 }
 
-void DescribeAreaTest::valuesCanBeSelectedAndCopied()
+void DescribeAreaTest::theUserCanSelectAndCopyValues()
 {
     available({{"url", "http://somewhere/else"}});
     describe("it", [](Dialog& shown) {
@@ -253,7 +253,7 @@ void DescribeAreaTest::valuesCanBeSelectedAndCopied()
     });
 }
 
-void DescribeAreaTest::filesAreShown()
+void DescribeAreaTest::theFilesButtonShowsTheFileList()
 {
     available({{"files", QJsonArray{"/usr/b", "/usr/a", "/usr/a"}}});
     describe("it", [](Dialog& shown) {
@@ -266,7 +266,7 @@ void DescribeAreaTest::filesAreShown()
     });
 }
 
-void DescribeAreaTest::changeLogIsShown()
+void DescribeAreaTest::theChangeLogButtonShowsTheChangeLog()
 {
     available({{"changelogs", QJsonArray{QJsonArray{"Me", "- new"}, QJsonArray{"You", "- old"}}}});
     describe("it", [this](Dialog& shown) {
@@ -276,7 +276,7 @@ void DescribeAreaTest::changeLogIsShown()
     });
 }
 
-void DescribeAreaTest::windowsRespondWhileAChangeLogIsRead()
+void DescribeAreaTest::whileAChangeLogIsReadTheWindowsRespond()
 {
     available({{"waiting", true}});
     describe("it", [this](Dialog& shown) {
@@ -338,7 +338,7 @@ void DescribeAreaTest::closingTheDescriptionEndsTheWaitForALock()
     QCOMPARE(dialog->result(), int(QDialog::Rejected));
 }
 
-void DescribeAreaTest::nameWithAPercentSignIsUnchangedInTheTitles()
+void DescribeAreaTest::theTitlesShowAPackageNameWithPercentSignsUnchanged()
 {
     table->collect({}, {}, {S::package("%2%1", {{"version", "%1"}})});
     describe("%2%1", [](Dialog& shown) {
@@ -347,7 +347,7 @@ void DescribeAreaTest::nameWithAPercentSignIsUnchangedInTheTitles()
     });
 }
 
-void DescribeAreaTest::anEmptyFileListIsShown()
+void DescribeAreaTest::ifAPackageHasNoFilesAnEmptyFileListIsShown()
 {
     available({});
     describe("it", [](Dialog& shown) {
@@ -355,7 +355,7 @@ void DescribeAreaTest::anEmptyFileListIsShown()
     });
 }
 
-void DescribeAreaTest::theButtonsSayThatDataMustBeLoaded()
+void DescribeAreaTest::ifExtraDataAreNotLoadedTheShowButtonsSaySo()
 {
     table->collectUsual();
     setLoaded(false, false);
@@ -389,7 +389,7 @@ void DescribeAreaTest::theFileListsAreLoadedOnlyOnce()
     });
 }
 
-void DescribeAreaTest::dialogCannotBeClosedWhileFilesAreLoading()
+void DescribeAreaTest::whileFileListsAreLoadedTheDialogCannotBeClosed()
 {
     table->collectUsual();
     setLoaded(false, true);
@@ -423,7 +423,7 @@ void DescribeAreaTest::dialogCannotBeClosedWhileFilesAreLoading()
     QCOMPARE(dialog->result(), int(QDialog::Accepted));
 }
 
-void DescribeAreaTest::otherButtonsDoNothingWhileFilesAreLoading()
+void DescribeAreaTest::whileFileListsAreLoadedTheButtonsInTheAreasDoNothing()
 {
     table->collectUsual();
     setLoaded(false, true);

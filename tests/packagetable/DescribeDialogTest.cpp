@@ -16,24 +16,24 @@ class DescribeDialogTest : public ShownDescription
     Q_OBJECT
 
 private Q_SLOTS:
-    void dialogIsModalAndHasTheExpectedTitle();
-    void theHeaderIsThePackageName();
+    void theDialogIsModalAndHasTheExpectedTitle();
+    void theHeaderShowsThePackageName();
     void longTextsAreWrappedAndScrolled();
-    void anEndlessWordDoesNotWidenTheOtherValues();
+    void aWordThatIsTooLongForTheWindowDoesNotWidenOtherValues();
     void linesAreNotWrappedIfTheScreenIsWideEnough();
-    void aDescriptionOfManyVersionsFitsTheScreen();
-    void thousandsOfDependenciesAreShown();
-    void keysScrollALongDescription();
-    void homeAndEndReachTheEndsOfNestedAreas();
-    void anOpenDescriptionDoesNotCallTheScriptAgain();
+    void theDescriptionOfAPackageWithManyVersionsFitsTheScreen();
+    void theDescriptionShowsThousandsOfDependencies();
+    void homeEndAndPageKeysScrollALongDescription();
+    void homeAndEndScrollTheInnerAndTheOuterAreaToTheirEnds();
+    void resizingAnOpenDescriptionDoesNotCallTheScript();
     void theCloseButtonClosesTheDialog();
     void escapeClosesTheDialog();
-    void closedDialogHasNoContents();
-    void secondDescriptionReplacesTheFirst();
-    void dialogIsAsLargeAsItsContents();
+    void closingTheDialogDeletesItsContents();
+    void aSecondDescriptionReplacesTheFirst();
+    void theDialogIsAsLargeAsItsContents();
 };
 
-void DescribeDialogTest::dialogIsModalAndHasTheExpectedTitle()
+void DescribeDialogTest::theDialogIsModalAndHasTheExpectedTitle()
 {
     available({});
     describe("it", [this](Dialog& shown) {
@@ -43,7 +43,7 @@ void DescribeDialogTest::dialogIsModalAndHasTheExpectedTitle()
     });
 }
 
-void DescribeDialogTest::theHeaderIsThePackageName()
+void DescribeDialogTest::theHeaderShowsThePackageName()
 {
     available({});
     describe("it", [](Dialog& shown) {
@@ -79,7 +79,7 @@ void DescribeDialogTest::longTextsAreWrappedAndScrolled()
     });
 }
 
-void DescribeDialogTest::anEndlessWordDoesNotWidenTheOtherValues()
+void DescribeDialogTest::aWordThatIsTooLongForTheWindowDoesNotWidenOtherValues()
 {
     const QString word = QStringLiteral("abcdefghij").repeated(200);
     available({{"description", QStringLiteral("word and word ").repeated(50)},
@@ -109,7 +109,7 @@ void DescribeDialogTest::linesAreNotWrappedIfTheScreenIsWideEnough()
     });
 }
 
-void DescribeDialogTest::aDescriptionOfManyVersionsFitsTheScreen()
+void DescribeDialogTest::theDescriptionOfAPackageWithManyVersionsFitsTheScreen()
 {
     QJsonArray versions;
     for (int i = 0; i < 30; ++i) {
@@ -142,7 +142,7 @@ void DescribeDialogTest::aDescriptionOfManyVersionsFitsTheScreen()
     });
 }
 
-void DescribeDialogTest::thousandsOfDependenciesAreShown()
+void DescribeDialogTest::theDescriptionShowsThousandsOfDependencies()
 {
     QJsonArray names;
     for (int i = 0; i < 20000; ++i) {
@@ -157,7 +157,7 @@ void DescribeDialogTest::thousandsOfDependenciesAreShown()
     });
 }
 
-void DescribeDialogTest::keysScrollALongDescription()
+void DescribeDialogTest::homeEndAndPageKeysScrollALongDescription()
 {
     QJsonArray names;
     for (int i = 0; i < 500; ++i) {
@@ -178,7 +178,7 @@ void DescribeDialogTest::keysScrollALongDescription()
     });
 }
 
-void DescribeDialogTest::homeAndEndReachTheEndsOfNestedAreas()
+void DescribeDialogTest::homeAndEndScrollTheInnerAndTheOuterAreaToTheirEnds()
 {
     QJsonArray names;
     for (int i = 0; i < 500; ++i) {
@@ -215,7 +215,7 @@ void DescribeDialogTest::homeAndEndReachTheEndsOfNestedAreas()
     });
 }
 
-void DescribeDialogTest::anOpenDescriptionDoesNotCallTheScriptAgain()
+void DescribeDialogTest::resizingAnOpenDescriptionDoesNotCallTheScript()
 {
     table->collect({}, {}, {S::package("it", {{"watched", true}})});
     dialog->config(&table->yumIO, table->entry("it"), conf.get());
@@ -251,7 +251,7 @@ void DescribeDialogTest::escapeClosesTheDialog()
     QCOMPARE(dialog->result(), int(QDialog::Rejected));
 }
 
-void DescribeDialogTest::closedDialogHasNoContents()
+void DescribeDialogTest::closingTheDialogDeletesItsContents()
 {
     table->collectUsual();
     repo("updates", "", "http://h", "");
@@ -267,7 +267,7 @@ void DescribeDialogTest::closedDialogHasNoContents()
     QCOMPARE(dialog->findChildren<QPushButton*>().count(), 1);
 }
 
-void DescribeDialogTest::secondDescriptionReplacesTheFirst()
+void DescribeDialogTest::aSecondDescriptionReplacesTheFirst()
 {
     table->collectUsual();
     describe("many", [](Dialog& shown) { QCOMPARE(areasOf(shown).count(), 3); });
@@ -285,7 +285,7 @@ void DescribeDialogTest::secondDescriptionReplacesTheFirst()
     });
 }
 
-void DescribeDialogTest::dialogIsAsLargeAsItsContents()
+void DescribeDialogTest::theDialogIsAsLargeAsItsContents()
 {
     table->collect({}, {}, {S::package("it", {{"description", QStringLiteral("word ").repeated(500)}})},
                    {S::group("Void")});

@@ -15,12 +15,12 @@ class DescribeRepoDialogTest : public ShownDescription
     Q_OBJECT
 
 private Q_SLOTS:
-    void detailsShowTheRepository();
-    void detailsOfAMissingRepositoryCauseAMessage();
-    void detailsHideMarkupAndPasswords();
-    void detailsOfAnotherRepositoryReplaceTheFirst();
-    void theBrowserOpensTheUrlOfTheRepository();
-    void repositoryWithoutUrlCannotBeBrowsed();
+    void theDetailsShowTheRepositoryOfThePackage();
+    void ifTheRepositoryIsNotConfiguredItsDetailsButtonShowsAMessage();
+    void theDetailsMaskPasswordsAndShowMarkupAsPlainText();
+    void openingTheDetailsAgainReplacesTheFormerDetails();
+    void theBrowseButtonOpensTheUrlOfTheRepositoryInTheBrowser();
+    void ifTheRepositoryHasNoUrlTheBrowseButtonShowsAMessage();
 
 private:
     // The texts of all labels in the description of the repository from which the package comes.
@@ -49,7 +49,7 @@ private:
     }
 };
 
-void DescribeRepoDialogTest::detailsShowTheRepository()
+void DescribeRepoDialogTest::theDetailsShowTheRepositoryOfThePackage()
 {
     available({{"repoid", "base"}});
     repo("other", "not this one", "http://other", "");
@@ -75,7 +75,7 @@ void DescribeRepoDialogTest::detailsShowTheRepository()
     });
 }
 
-void DescribeRepoDialogTest::detailsOfAMissingRepositoryCauseAMessage()
+void DescribeRepoDialogTest::ifTheRepositoryIsNotConfiguredItsDetailsButtonShowsAMessage()
 {
     available({{"repoid", "<b>gone</b>"}});
     repo("base", "", "http://one/", "");
@@ -91,7 +91,7 @@ void DescribeRepoDialogTest::detailsOfAMissingRepositoryCauseAMessage()
     });
 }
 
-void DescribeRepoDialogTest::detailsHideMarkupAndPasswords()
+void DescribeRepoDialogTest::theDetailsMaskPasswordsAndShowMarkupAsPlainText()
 {
     available({{"repoid", "base"}});
     repo("base", markup, "https://me:secret@h/\nhttp://h/vantor?u=me&p=hidden&path=x", "http://a:b1@h/");
@@ -114,7 +114,7 @@ void DescribeRepoDialogTest::detailsHideMarkupAndPasswords()
     });
 }
 
-void DescribeRepoDialogTest::detailsOfAnotherRepositoryReplaceTheFirst()
+void DescribeRepoDialogTest::openingTheDetailsAgainReplacesTheFormerDetails()
 {
     available({{"repoid", "base"}});
     repo("base", "", "http://one/", "");
@@ -135,7 +135,7 @@ void DescribeRepoDialogTest::detailsOfAnotherRepositoryReplaceTheFirst()
     });
 }
 
-void DescribeRepoDialogTest::theBrowserOpensTheUrlOfTheRepository()
+void DescribeRepoDialogTest::theBrowseButtonOpensTheUrlOfTheRepositoryInTheBrowser()
 {
     const QString browser = Share::absolute("webbrowser");
     QFile program(browser);
@@ -155,7 +155,7 @@ void DescribeRepoDialogTest::theBrowserOpensTheUrlOfTheRepository()
     QCOMPARE(called.readAll(), QByteArray("http://h/x86_64/\n"));
 }
 
-void DescribeRepoDialogTest::repositoryWithoutUrlCannotBeBrowsed()
+void DescribeRepoDialogTest::ifTheRepositoryHasNoUrlTheBrowseButtonShowsAMessage()
 {
     available({{"repoid", "base"}});
     repo("base", "name", "", "");

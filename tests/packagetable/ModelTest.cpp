@@ -37,50 +37,50 @@ private Q_SLOTS:
     void initTestCase();
     void init();
     void cleanupTestCase();
-    void everyRecordIsARowWithEveryColumn();
-    void theHeaderNamesAndExplainsTheColumns_data();
-    void theHeaderNamesAndExplainsTheColumns();
-    void otherHeaderRolesHaveNoData();
-    void cellsShowTheTextsOfTheRecord();
+    void theModelHasOneRowForEachRecordAndAllColumns();
+    void everyColumnHasATitleAndAToolTip_data();
+    void everyColumnHasATitleAndAToolTip();
+    void forUnsupportedHeaderRolesAndSectionsTheModelHasNoData();
+    void textCellsShowTheTextsOfTheRecord();
     void iconColumnsShowNoText();
-    void theVersionColumnMarksFurtherInstalledVersions_data();
-    void theVersionColumnMarksFurtherInstalledVersions();
-    void theActionIsAnIcon_data();
-    void theActionIsAnIcon();
-    void theStateIsAnIcon();
-    void theKindIsAnIcon();
+    void aStarMarksTheVersionIfFurtherVersionsAreInstalled_data();
+    void aStarMarksTheVersionIfFurtherVersionsAreInstalled();
+    void theActionColumnShowsAnIcon_data();
+    void theActionColumnShowsAnIcon();
+    void theStateColumnShowsAnIcon();
+    void theKindColumnShowsAnIcon();
     void everyTextColumnHasATextForSomePackage();
     void textColumnsHaveNoIcon();
-    void theToolTipNamesTheAction();
-    void theToolTipNamesTheState();
-    void theToolTipOfTheStateNamesTheLock();
-    void theToolTipOfTheStateNamesTheAdvisories();
+    void theToolTipOfTheActionColumnNamesTheAction();
+    void theToolTipOfTheStateColumnNamesTheState();
+    void theToolTipOfTheStateColumnNamesTheVersionLock();
+    void theToolTipOfTheStateColumnNamesTheAdvisories();
     void setUpdatesMarksOnlyUpdatableRecords();
     void anExcludedPackageCannotBeMarked();
-    void theToolTipNamesTheKind();
-    void theToolTipOfTheVersionListsAllVersions();
-    void otherColumnsHaveNoToolTip();
+    void theToolTipOfTheKindColumnNamesTheKind();
+    void theToolTipOfTheVersionColumnListsAllVersions();
+    void cellsOfTheOtherColumnsHaveNoToolTip();
     void theTextColourDependsOnTheState_data();
     void theTextColourDependsOnTheState();
-    void coloursDependOnTheBackground();
+    void theTextColoursDependOnTheBackground();
     void theActionAndStateColumnsHaveNoColour();
-    void theUserRoleReturnsASortKeyOrTheRecord();
-    void otherRolesHaveNoData();
-    void cellsOutsideTheTableHaveNoData();
-    void furtherInstalledVersionsOfAnAvailablePackageAreMarked();
+    void theUserRoleReturnsTheSortKeyOrElseTheRecord();
+    void forUnsupportedRolesTheCellsHaveNoData();
+    void forAnIndexOutsideTheTableTheModelHasNoData();
+    void aStarAlsoMarksTheVersionOfAnAvailablePackage();
     void theModelReturnsTheStateOfARow();
     void setActionStoresEvenAForbiddenAction();
-    void anActionOutsideTheTableIsNotStored();
-    void togglingSelectsTheNextPermittedAction_data();
-    void togglingSelectsTheNextPermittedAction();
-    void selectedRowsAreMarkedForInstallationOrUpdate();
-    void markingTheSelectionOmitsReplacedAndReplacingRows();
-    void selectedInstalledRowsGetNoMark();
-    void clearingRemovesAllActions();
-    void aResetNotifiesTheViews();
-    void describingAMissingRowOpensNothing();
-    void oneDialogDescribesEveryRow();
-    void ifTheModelHasNoBackEndTheTableIsEmpty();
+    void setActionWithAnIndexOutsideTheTableStoresNothing();
+    void togglingAnActionSelectsTheNextPermittedAction_data();
+    void togglingAnActionSelectsTheNextPermittedAction();
+    void setSelectedMarksRowsForInstallationOrUpdate();
+    void setSelectedDoesNotMarkReplacedOrReplacingPackages();
+    void setSelectedDoesNotChangeTheMarksOfInstalledPackages();
+    void clearingTheActionsRemovesAllMarks();
+    void aResetOfTheModelNotifiesTheViews();
+    void describingARowThatDoesNotExistOpensNoDialog();
+    void theSameDialogDescribesEveryRow();
+    void ifTheModelHasNoBackEndItHasNoRows();
 
 private:
     QModelIndex cell(const char* name, int column) const
@@ -118,7 +118,7 @@ void ModelTest::cleanupTestCase()
     table.reset();
 }
 
-void ModelTest::everyRecordIsARowWithEveryColumn()
+void ModelTest::theModelHasOneRowForEachRecordAndAllColumns()
 {
     QCOMPARE(model->rowCount(), 11);
     QCOMPARE(model->columnCount(), int(ColumnCount));
@@ -127,7 +127,7 @@ void ModelTest::everyRecordIsARowWithEveryColumn()
                                                "many", "office", "shell", "tool"}));
 }
 
-void ModelTest::theHeaderNamesAndExplainsTheColumns_data()
+void ModelTest::everyColumnHasATitleAndAToolTip_data()
 {
     QTest::addColumn<int>("column");
     QTest::addColumn<QString>("toolTip");
@@ -152,7 +152,7 @@ void ModelTest::theHeaderNamesAndExplainsTheColumns_data()
     }
 }
 
-void ModelTest::theHeaderNamesAndExplainsTheColumns()
+void ModelTest::everyColumnHasATitleAndAToolTip()
 {
     QFETCH(int, column);
     QFETCH(QString, toolTip);
@@ -161,7 +161,7 @@ void ModelTest::theHeaderNamesAndExplainsTheColumns()
     QCOMPARE(model->headerData(column, Qt::Horizontal, Qt::ToolTipRole), QVariant(toolTip));
 }
 
-void ModelTest::otherHeaderRolesHaveNoData()
+void ModelTest::forUnsupportedHeaderRolesAndSectionsTheModelHasNoData()
 {
     for (const int column : {-1, int(ColumnCount)}) {
         QCOMPARE(model->headerData(column, Qt::Horizontal, Qt::DisplayRole), QVariant());
@@ -173,7 +173,7 @@ void ModelTest::otherHeaderRolesHaveNoData()
     QCOMPARE(model->headerData(3, Qt::Horizontal, Qt::UserRole), QVariant());
 }
 
-void ModelTest::cellsShowTheTextsOfTheRecord()
+void ModelTest::textCellsShowTheTextsOfTheRecord()
 {
     QStringList texts;
     for (const int column : textColumns()) {
@@ -195,7 +195,7 @@ void ModelTest::iconColumnsShowNoText()
     }
 }
 
-void ModelTest::theVersionColumnMarksFurtherInstalledVersions_data()
+void ModelTest::aStarMarksTheVersionIfFurtherVersionsAreInstalled_data()
 {
     QTest::addColumn<QString>("text");
     QTest::newRow("tool") << "2-1";       // out of date, one installed version
@@ -205,14 +205,14 @@ void ModelTest::theVersionColumnMarksFurtherInstalledVersions_data()
     QTest::newRow("editor") << "3:9-4";   // not installed
 }
 
-void ModelTest::theVersionColumnMarksFurtherInstalledVersions()
+void ModelTest::aStarMarksTheVersionIfFurtherVersionsAreInstalled()
 {
     QFETCH(QString, text);
     QCOMPARE(data(QTest::currentDataTag(), 4), QVariant(text));
     QCOMPARE(Columns::text(table->entry(QLatin1String(QTest::currentDataTag())), VersionColumn), text);
 }
 
-void ModelTest::theActionIsAnIcon_data()
+void ModelTest::theActionColumnShowsAnIcon_data()
 {
     QTest::addColumn<int>("action");
     QTest::newRow("updateBox.png") << int(Package::Update);
@@ -221,7 +221,7 @@ void ModelTest::theActionIsAnIcon_data()
     QTest::newRow("noneBox.png") << int(Package::None);
 }
 
-void ModelTest::theActionIsAnIcon()
+void ModelTest::theActionColumnShowsAnIcon()
 {
     QFETCH(int, action);
     table->entry("tool").action = static_cast<Package::Action>(action);
@@ -232,7 +232,7 @@ void ModelTest::theActionIsAnIcon()
     }
 }
 
-void ModelTest::theStateIsAnIcon()
+void ModelTest::theStateColumnShowsAnIcon()
 {
     const QImage outOfDate = picture(data("tool", 1, Qt::DecorationRole).value<QIcon>());
     const QImage upToDate = picture(data("shell", 1, Qt::DecorationRole).value<QIcon>());
@@ -243,7 +243,7 @@ void ModelTest::theStateIsAnIcon()
     QVERIFY(data("editor", 1, Qt::DecorationRole).value<QIcon>().isNull());
 }
 
-void ModelTest::theKindIsAnIcon()
+void ModelTest::theKindColumnShowsAnIcon()
 {
     const QImage ordinary = picture(data("tool", 2, Qt::DecorationRole).value<QIcon>());
     const QImage group = picture(data("Games", 2, Qt::DecorationRole).value<QIcon>());
@@ -273,7 +273,7 @@ void ModelTest::textColumnsHaveNoIcon()
     }
 }
 
-void ModelTest::theToolTipNamesTheAction()
+void ModelTest::theToolTipOfTheActionColumnNamesTheAction()
 {
     Package::Entry& entry = table->entry("tool");
     QCOMPARE(data("tool", 0, Qt::ToolTipRole), QVariant());
@@ -285,7 +285,7 @@ void ModelTest::theToolTipNamesTheAction()
     QCOMPARE(data("tool", 0, Qt::ToolTipRole), QVariant(QStringLiteral("Remove package")));
 }
 
-void ModelTest::theToolTipNamesTheState()
+void ModelTest::theToolTipOfTheStateColumnNamesTheState()
 {
     QCOMPARE(data("editor", 1, Qt::ToolTipRole),
              QVariant(QStringLiteral("Package is available for installation")));
@@ -299,7 +299,7 @@ void ModelTest::theToolTipNamesTheState()
                  "Package is installed; the configuration excludes it from updates and removals")));
 }
 
-void ModelTest::theToolTipOfTheStateNamesTheLock()
+void ModelTest::theToolTipOfTheStateColumnNamesTheVersionLock()
 {
     table->standIn.setVersionLocks({{"shell", "shell-0:1-1.*"}, {"editor", "edi*"}, {"Games", "Games"}});
     table->collectUsual();
@@ -316,7 +316,7 @@ void ModelTest::theToolTipOfTheStateNamesTheLock()
              QVariant(QStringLiteral("Package is available to update an out-of-date version")));
 }
 
-void ModelTest::theToolTipOfTheStateNamesTheAdvisories()
+void ModelTest::theToolTipOfTheStateColumnNamesTheAdvisories()
 {
     using S = StandIn;
     QJsonArray many;
@@ -371,14 +371,14 @@ void ModelTest::anExcludedPackageCannotBeMarked()
     QVERIFY(!data("tool", 0, Qt::ToolTipRole).isValid());
 }
 
-void ModelTest::theToolTipNamesTheKind()
+void ModelTest::theToolTipOfTheKindColumnNamesTheKind()
 {
     QCOMPARE(data("Games", 2, Qt::ToolTipRole), QVariant(QStringLiteral("Group of packages")));
     QCOMPARE(data("tool", 2, Qt::ToolTipRole), QVariant(QStringLiteral("Ordinary package")));
     QCOMPARE(data("office", 2, Qt::ToolTipRole), QVariant(QStringLiteral("Suite of packages")));
 }
 
-void ModelTest::theToolTipOfTheVersionListsAllVersions()
+void ModelTest::theToolTipOfTheVersionColumnListsAllVersions()
 {
     QCOMPARE(data("editor", 4, Qt::ToolTipRole), QVariant(QStringLiteral("Available: 3:9-4")));
     QCOMPARE(data("shell", 4, Qt::ToolTipRole), QVariant(QStringLiteral("Installed: 1-1")));
@@ -389,7 +389,7 @@ void ModelTest::theToolTipOfTheVersionListsAllVersions()
              QVariant(QStringLiteral("Available: 2-1\nInstalled: 0.5-1\nInstalled: 1-1")));
 }
 
-void ModelTest::otherColumnsHaveNoToolTip()
+void ModelTest::cellsOfTheOtherColumnsHaveNoToolTip()
 {
     const QVector<int> others = columns([](const Columns::Row& row) { return row.cellToolTip == nullptr; });
     QVERIFY(others.contains(NameColumn));
@@ -422,7 +422,7 @@ void ModelTest::theTextColourDependsOnTheState()
     }
 }
 
-void ModelTest::coloursDependOnTheBackground()
+void ModelTest::theTextColoursDependOnTheBackground()
 {
     const QColor dark(35, 35, 35);
     const auto colour = [this](const char* name) {
@@ -452,7 +452,7 @@ void ModelTest::theActionAndStateColumnsHaveNoColour()
     }
 }
 
-void ModelTest::theUserRoleReturnsASortKeyOrTheRecord()
+void ModelTest::theUserRoleReturnsTheSortKeyOrElseTheRecord()
 {
     table->entry("editor").action = Package::Install;
     QCOMPARE(data("editor", 0, Qt::UserRole), QVariant(1));
@@ -472,7 +472,7 @@ void ModelTest::theUserRoleReturnsASortKeyOrTheRecord()
     }
 }
 
-void ModelTest::otherRolesHaveNoData()
+void ModelTest::forUnsupportedRolesTheCellsHaveNoData()
 {
     for (int column = 0; column < ColumnCount; ++column) {
         for (const int role : {int(Qt::EditRole), int(Qt::FontRole), int(Qt::BackgroundRole),
@@ -482,7 +482,7 @@ void ModelTest::otherRolesHaveNoData()
     }
 }
 
-void ModelTest::cellsOutsideTheTableHaveNoData()
+void ModelTest::forAnIndexOutsideTheTableTheModelHasNoData()
 {
     // This model makes an index outside its columns, as a faulty proxy could do.
     class Careless : public Model
@@ -499,14 +499,14 @@ void ModelTest::cellsOutsideTheTableHaveNoData()
         QCOMPARE(model->data(model->index(0, ColumnCount), role), QVariant());
         QCOMPARE(careless.data(careless.beyond(), role), QVariant());
     }
-    // After the next collection, the row of this index is missing.
+    // After the next collection, the model has no row for this index.
     const QModelIndex last = model->index(model->rowCount() - 1, 3);
     table->collect({}, {}, {StandIn::package("alone")});
     QVERIFY(last.isValid());
     QCOMPARE(model->data(last), QVariant());
 }
 
-void ModelTest::furtherInstalledVersionsOfAnAvailablePackageAreMarked()
+void ModelTest::aStarAlsoMarksTheVersionOfAnAvailablePackage()
 {
     Package::Entry& lib = table->entry("lib");
     QCOMPARE(lib.state, Package::Available);
@@ -529,7 +529,7 @@ void ModelTest::setActionStoresEvenAForbiddenAction()
     QCOMPARE(changed(spy), QStringList{"shell"});
 }
 
-void ModelTest::anActionOutsideTheTableIsNotStored()
+void ModelTest::setActionWithAnIndexOutsideTheTableStoresNothing()
 {
     const QModelIndex last = model->index(model->rowCount() - 1, 0);
     table->collect({}, {}, {StandIn::package("alone")});
@@ -543,7 +543,7 @@ void ModelTest::anActionOutsideTheTableIsNotStored()
     QCOMPARE(changed(spy), QStringList());
 }
 
-void ModelTest::togglingSelectsTheNextPermittedAction_data()
+void ModelTest::togglingAnActionSelectsTheNextPermittedAction_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<int>("before");
@@ -566,7 +566,7 @@ void ModelTest::togglingSelectsTheNextPermittedAction_data()
     }
 }
 
-void ModelTest::togglingSelectsTheNextPermittedAction()
+void ModelTest::togglingAnActionSelectsTheNextPermittedAction()
 {
     QFETCH(QString, name);
     QFETCH(int, before);
@@ -578,7 +578,7 @@ void ModelTest::togglingSelectsTheNextPermittedAction()
     QCOMPARE(changed(spy), QStringList{name});
 }
 
-void ModelTest::selectedRowsAreMarkedForInstallationOrUpdate()
+void ModelTest::setSelectedMarksRowsForInstallationOrUpdate()
 {
     table->entry("tool").action = Package::Remove;
     QSignalSpy spy(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
@@ -590,7 +590,7 @@ void ModelTest::selectedRowsAreMarkedForInstallationOrUpdate()
     QCOMPARE(changed(spy), (QStringList{"editor", "tool", "Games"}));
 }
 
-void ModelTest::markingTheSelectionOmitsReplacedAndReplacingRows()
+void ModelTest::setSelectedDoesNotMarkReplacedOrReplacingPackages()
 {
     using S = StandIn;
     const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
@@ -617,7 +617,7 @@ void ModelTest::markingTheSelectionOmitsReplacedAndReplacingRows()
     QCOMPARE(table->entry("newpost").action, Package::Install);
 }
 
-void ModelTest::selectedInstalledRowsGetNoMark()
+void ModelTest::setSelectedDoesNotChangeTheMarksOfInstalledPackages()
 {
     table->entry("shell").action = Package::Remove;
     QSignalSpy spy(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
@@ -627,7 +627,7 @@ void ModelTest::selectedInstalledRowsGetNoMark()
     QCOMPARE(spy.count(), 0);
 }
 
-void ModelTest::clearingRemovesAllActions()
+void ModelTest::clearingTheActionsRemovesAllMarks()
 {
     QStringList marked;
     for (int row = 0; row < table->yumIO.count(); row += 3) {
@@ -644,7 +644,7 @@ void ModelTest::clearingRemovesAllActions()
     QCOMPARE(spy.count(), 0);
 }
 
-void ModelTest::aResetNotifiesTheViews()
+void ModelTest::aResetOfTheModelNotifiesTheViews()
 {
     QSignalSpy before(model.get(), SIGNAL(modelAboutToBeReset()));
     QSignalSpy after(model.get(), SIGNAL(modelReset()));
@@ -653,7 +653,7 @@ void ModelTest::aResetNotifiesTheViews()
     QCOMPARE(after.count(), 1);
 }
 
-void ModelTest::describingAMissingRowOpensNothing()
+void ModelTest::describingARowThatDoesNotExistOpensNoDialog()
 {
     QWidget window;
     // For an invalid index, no dialog opens, so these functions return at once.
@@ -662,7 +662,7 @@ void ModelTest::describingAMissingRowOpensNothing()
     QVERIFY(window.findChildren<QDialog*>().isEmpty());
 }
 
-void ModelTest::oneDialogDescribesEveryRow()
+void ModelTest::theSameDialogDescribesEveryRow()
 {
     QWidget window;
     QList<QDialog*> dialogs;
@@ -687,7 +687,7 @@ void ModelTest::oneDialogDescribesEveryRow()
     QCOMPARE(described.last(), QString("shell"));
 }
 
-void ModelTest::ifTheModelHasNoBackEndTheTableIsEmpty()
+void ModelTest::ifTheModelHasNoBackEndItHasNoRows()
 {
     const Model orphan(nullptr);
     QCOMPARE(orphan.rowCount(), 0);

@@ -24,12 +24,12 @@ private Q_SLOTS:
     void cleanupTestCase();
     void onlyTheRepositoryColumnHasTheBrowseEntry_data();
     void onlyTheRepositoryColumnHasTheBrowseEntry();
-    void nothingCanBeChosenOutsideTheRows();
-    void aRowWithoutARepositoryCannotBeBrowsed_data();
-    void aRowWithoutARepositoryCannotBeBrowsed();
-    void describeDescribesTheClickedRow();
-    void browseOpensTheRepositoryOfTheRow();
-    void browseReportsAnUnconfiguredRepository();
+    void ifTheUserClicksBelowTheRowsTheMenuEntriesAreDisabled();
+    void ifARowHasNoRepositoryItsBrowseEntryIsDisabled_data();
+    void ifARowHasNoRepositoryItsBrowseEntryIsDisabled();
+    void theDescribeEntryDescribesTheClickedRow();
+    void theBrowseEntryOpensTheRepositoryOfTheClickedRow();
+    void ifTheRepositoryIsNotConfiguredTheBrowseEntryShowsAMessage();
 
 private:
     // Opens the menu of a cell, and clicks an entry. If the entry opens a window, returns only after this
@@ -82,7 +82,7 @@ void OtherContextMenuTest::onlyTheRepositoryColumnHasTheBrowseEntry()
     QCOMPARE(texts(shown->place("tool", column)), expected);
 }
 
-void OtherContextMenuTest::nothingCanBeChosenOutsideTheRows()
+void OtherContextMenuTest::ifTheUserClicksBelowTheRowsTheMenuEntriesAreDisabled()
 {
     const QPoint below(shown->place("tool", RepositoryColumn).x(), shown->view->viewport()->height() - 10);
     QVERIFY(!shown->view->indexAt(below).isValid());
@@ -93,7 +93,7 @@ void OtherContextMenuTest::nothingCanBeChosenOutsideTheRows()
     QCOMPARE(offered, QStringList());
 }
 
-void OtherContextMenuTest::aRowWithoutARepositoryCannotBeBrowsed_data()
+void OtherContextMenuTest::ifARowHasNoRepositoryItsBrowseEntryIsDisabled_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<bool>("hasOne");
@@ -103,7 +103,7 @@ void OtherContextMenuTest::aRowWithoutARepositoryCannotBeBrowsed_data()
     QTest::newRow("available") << "editor" << true;
 }
 
-void OtherContextMenuTest::aRowWithoutARepositoryCannotBeBrowsed()
+void OtherContextMenuTest::ifARowHasNoRepositoryItsBrowseEntryIsDisabled()
 {
     QFETCH(QString, name);
     QFETCH(bool, hasOne);
@@ -117,7 +117,7 @@ void OtherContextMenuTest::aRowWithoutARepositoryCannotBeBrowsed()
     QCOMPARE(offered, expected);
 }
 
-void OtherContextMenuTest::describeDescribesTheClickedRow()
+void OtherContextMenuTest::theDescribeEntryDescribesTheClickedRow()
 {
     // "editor" is the current row, but the pointer is on "shell".
     shown->click("editor", NameColumn);
@@ -132,7 +132,7 @@ void OtherContextMenuTest::describeDescribesTheClickedRow()
     QCOMPARE(parent, static_cast<QWidget*>(shown->view));
 }
 
-void OtherContextMenuTest::browseOpensTheRepositoryOfTheRow()
+void OtherContextMenuTest::theBrowseEntryOpensTheRepositoryOfTheClickedRow()
 {
     const QString browser = Share::absolute("webbrowser");
     QFile program(browser);
@@ -159,7 +159,7 @@ void OtherContextMenuTest::browseOpensTheRepositoryOfTheRow()
     QCOMPARE(called.readAll(), QByteArray("http://updates/39\n"));
 }
 
-void OtherContextMenuTest::browseReportsAnUnconfiguredRepository()
+void OtherContextMenuTest::ifTheRepositoryIsNotConfiguredTheBrowseEntryShowsAMessage()
 {
     QString text;
     QWidget* parent = nullptr;

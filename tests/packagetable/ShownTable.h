@@ -28,7 +28,7 @@ public:
         window.show();
         QApplication::setActiveWindow(&window);
         if (!QTest::qWaitForWindowActive(&window)) {
-            qFatal("the window does not show");
+            qFatal("the window does not appear");
         }
         view->HTableView::sortByColumn(PackageTable::NameColumn, Qt::AscendingOrder);
         view->setFocus();

@@ -35,19 +35,19 @@ private Q_SLOTS:
     void cleanupTestCase();
     void theStateFilterListsOnlyRecordsInTheChosenState_data();
     void theStateFilterListsOnlyRecordsInTheChosenState();
-    void ifDuplicatesAreDisabledOnlyOneOfThemIsListed();
+    void ifDuplicatesAreDisabledOnlyOneOfTwoArchitecturesIsListed();
     void excludedGroupsAreNotListedEvenIfTheExpressionMatches();
-    void theFiltersOfTheConstructorAreApplied();
-    void wildcardsListEverything_data();
-    void wildcardsListEverything();
-    void surroundingWildcardsAreIgnored_data();
-    void surroundingWildcardsAreIgnored();
+    void theFiltersThatTheConstructorGetsAreApplied();
+    void anExpressionOfWildcardsAloneListsEveryRow_data();
+    void anExpressionOfWildcardsAloneListsEveryRow();
+    void wildcardsAroundAnExpressionAreIgnored_data();
+    void wildcardsAroundAnExpressionAreIgnored();
     void expressionsUseExtendedSyntaxAndAreCaseSensitive();
     void anExpressionThatDoesNotCompileListsNothing_data();
     void anExpressionThatDoesNotCompileListsNothing();
     void aDotMatchesAnyLetter();
     void anExpressionMatchesAcrossColumns();
-    void emptyColumnsAddNoBlanks();
+    void anEmptyColumnAddsNoBlankToTheMatchedText();
     void anExpressionMatchesTheStarAfterTheVersion();
     void theSearchMatchesEachField_data();
     void theSearchMatchesEachField();
@@ -55,39 +55,39 @@ private Q_SLOTS:
     void theSearchMatchesEachListOfAGroup_data();
     void theSearchMatchesEachListOfAGroup();
     void theSearchDoesNotMatchAcrossFields();
-    void theFilterModeMatchesOnlyVisibleTexts();
-    void theStateAndDuplicateFiltersAlsoApplyToMatches();
-    void theSearchOfARecordStopsAtTheFirstMatch();
-    void preparedRecordsAreListedAsOthers_data();
-    void preparedRecordsAreListedAsOthers();
-    void aPreparationAlsoCountsWithOtherFilters();
-    void preparedRecordsAreNotComparedAgain();
-    void aPreparationForOldRecordsIsForgotten();
-    void aPreparationOfAReferenceNeedsAWorker();
+    void theExpressionInFilterModeMatchesOnlyVisibleTexts();
+    void aMatchingRecordIsListedOnlyIfTheOtherFiltersAlsoAcceptIt();
+    void theSearchReadsNoFieldsOfARecordAfterTheFirstMatch();
+    void preparedAndUnpreparedComparisonsListTheSameRecords_data();
+    void preparedAndUnpreparedComparisonsListTheSameRecords();
+    void aPreparedComparisonIsUsedWithAnyStateFilter();
+    void theProxyDoesNotCompareAPreparedRecordAgain();
+    void aResetOfTheModelDiscardsPreparedResults();
+    void anExpressionWithABackReferenceCannotBePreparedQuickly();
     void eachRecordIsSearchedOnlyOnceForTheSameSettings();
-    void aResetClearsTheResults();
-    void aResetOfTheFormerSourceKeepsTheResults();
-    void clearingTheCacheClearsTheResults();
-    void eachChangeOfASettingClearsTheResults();
-    void excludedPackagesAreNotRemovable();
+    void aResetOfTheModelClearsTheStoredResults();
+    void aResetOfTheFormerSourceModelKeepsTheStoredResults();
+    void clearingTheProxyClearsTheStoredResults();
+    void eachChangedFilterSettingClearsTheStoredResults();
+    void theRemovableFilterDoesNotListExcludedPackages();
     void ifFilteringIsDisabledEveryRowIsListed();
-    void settingTheSameValueChangesNothing();
-    void rowsAreSortedByColumn_data();
-    void rowsAreSortedByColumn();
-    void sizesAreComparedAsIntegers();
-    void buildTimesAreComparedAsIntegers();
-    void equalRowsAreSortedByName_data();
-    void equalRowsAreSortedByName();
-    void rowsAreOrderedByTheUserRole_data();
-    void rowsAreOrderedByTheUserRole();
-    void anInvalidIndexPrecedesEveryRow();
-    void listedUpdatesAreMarked();
-    void markingListedUpdatesOmitsReplacedPackages();
-    void markingListedUpdatesOmitsUnlistedUpdates();
-    void sortingByActionUsesActionsThatChangedDuringAnotherSortOrder();
-    void markingListedUpdatesSortsTheTableOnlyAtTheNextChange();
-    void whenASortPauseEndsTheTableIsSortedOnce();
-    void aSortPauseHasNoEffectIfAnotherColumnIsSorted();
+    void settingAFilterToItsPresentValueChangesNothing();
+    void eachColumnSortsTheRowsByItsTextsOrNumbers_data();
+    void eachColumnSortsTheRowsByItsTextsOrNumbers();
+    void sizesAreComparedAsSigned32BitIntegers();
+    void buildTimesAreComparedAsSigned32BitIntegers();
+    void rowsWithEqualValuesAreSortedByName_data();
+    void rowsWithEqualValuesAreSortedByName();
+    void rowsWithASortKeyAreOrderedByThisKey_data();
+    void rowsWithASortKeyAreOrderedByThisKey();
+    void anInvalidIndexIsSortedBeforeEveryRow();
+    void setUpdateListedMarksTheListedUpdates();
+    void setUpdateListedDoesNotMarkReplacedPackages();
+    void setUpdateListedDoesNotMarkUnlistedUpdates();
+    void sortingByActionUsesActionsThatWereSetWhileAnotherColumnWasSorted();
+    void afterMarkingListedUpdatesTheTableIsSortedAtTheNextFilterChange();
+    void atTheEndOfASortPauseTheTableIsSortedOnce();
+    void ifTheTableIsNotSortedByActionASortPauseHasNoEffect();
 
 private:
     void readTexts()
@@ -155,7 +155,7 @@ void SortFilterProxyModelTest::theStateFilterListsOnlyRecordsInTheChosenState()
     QCOMPARE(sortedNames(*proxy), expected);
 }
 
-void SortFilterProxyModelTest::ifDuplicatesAreDisabledOnlyOneOfThemIsListed()
+void SortFilterProxyModelTest::ifDuplicatesAreDisabledOnlyOneOfTwoArchitecturesIsListed()
 {
     const auto architectures = [this] {
         QStringList found;
@@ -186,7 +186,7 @@ void SortFilterProxyModelTest::excludedGroupsAreNotListedEvenIfTheExpressionMatc
     QCOMPARE(listed("Games"), QStringList{"Games"});
 }
 
-void SortFilterProxyModelTest::theFiltersOfTheConstructorAreApplied()
+void SortFilterProxyModelTest::theFiltersThatTheConstructorGetsAreApplied()
 {
     SortFilterProxyModel strict(ViewInstallable, false, false, &table->yumIO);
     strict.setSourceModel(model.get());
@@ -194,7 +194,7 @@ void SortFilterProxyModelTest::theFiltersOfTheConstructorAreApplied()
     QVERIFY(strict.getFilter());
 }
 
-void SortFilterProxyModelTest::wildcardsListEverything_data()
+void SortFilterProxyModelTest::anExpressionOfWildcardsAloneListsEveryRow_data()
 {
     QTest::addColumn<QString>("expression");
     QTest::newRow("empty") << "";
@@ -202,7 +202,7 @@ void SortFilterProxyModelTest::wildcardsListEverything_data()
     QTest::newRow("two wildcards") << ".*.*";
 }
 
-void SortFilterProxyModelTest::wildcardsListEverything()
+void SortFilterProxyModelTest::anExpressionOfWildcardsAloneListsEveryRow()
 {
     QFETCH(QString, expression);
     for (const Mode mode : {Filter, Search}) {
@@ -212,7 +212,7 @@ void SortFilterProxyModelTest::wildcardsListEverything()
     }
 }
 
-void SortFilterProxyModelTest::surroundingWildcardsAreIgnored_data()
+void SortFilterProxyModelTest::wildcardsAroundAnExpressionAreIgnored_data()
 {
     QTest::addColumn<QString>("expression");
     QTest::addColumn<QString>("taken");
@@ -230,7 +230,7 @@ void SortFilterProxyModelTest::surroundingWildcardsAreIgnored_data()
                             << "sh.*ll";
 }
 
-void SortFilterProxyModelTest::surroundingWildcardsAreIgnored()
+void SortFilterProxyModelTest::wildcardsAroundAnExpressionAreIgnored()
 {
     QFETCH(QString, expression);
     QFETCH(QString, taken);
@@ -288,7 +288,7 @@ void SortFilterProxyModelTest::anExpressionMatchesAcrossColumns()
     QCOMPARE(listed('^' + line + '$'), QStringList{"editor"});
 }
 
-void SortFilterProxyModelTest::emptyColumnsAddNoBlanks()
+void SortFilterProxyModelTest::anEmptyColumnAddsNoBlankToTheMatchedText()
 {
     // In the row of a group, only the Name column has a text.
     QCOMPARE(listed("^Games$"), QStringList{"Games"});
@@ -399,7 +399,7 @@ void SortFilterProxyModelTest::theSearchDoesNotMatchAcrossFields()
     QCOMPARE(listed("^noarch$"), QStringList{"editor"});
 }
 
-void SortFilterProxyModelTest::theFilterModeMatchesOnlyVisibleTexts()
+void SortFilterProxyModelTest::theExpressionInFilterModeMatchesOnlyVisibleTexts()
 {
     table->collect({}, {}, {StandIn::package("found", {{"summary", "needle"}})});
     model->reset();
@@ -409,7 +409,7 @@ void SortFilterProxyModelTest::theFilterModeMatchesOnlyVisibleTexts()
     QCOMPARE(sortedNames(*proxy), QStringList());
 }
 
-void SortFilterProxyModelTest::theStateAndDuplicateFiltersAlsoApplyToMatches()
+void SortFilterProxyModelTest::aMatchingRecordIsListedOnlyIfTheOtherFiltersAlsoAcceptIt()
 {
     for (const Mode mode : {Filter, Search}) {
         proxy->setMode(mode);
@@ -422,7 +422,7 @@ void SortFilterProxyModelTest::theStateAndDuplicateFiltersAlsoApplyToMatches()
     }
 }
 
-void SortFilterProxyModelTest::theSearchOfARecordStopsAtTheFirstMatch()
+void SortFilterProxyModelTest::theSearchReadsNoFieldsOfARecordAfterTheFirstMatch()
 {
     table->collect({}, {},
                    {StandIn::package("name", {{"watched", 1}}), StandIn::package("other", {{"watched", 1}})});
@@ -434,7 +434,7 @@ void SortFilterProxyModelTest::theSearchOfARecordStopsAtTheFirstMatch()
              1); // only for "other": the first package already matches by its name
 }
 
-void SortFilterProxyModelTest::preparedRecordsAreListedAsOthers_data()
+void SortFilterProxyModelTest::preparedAndUnpreparedComparisonsListTheSameRecords_data()
 {
     QTest::addColumn<QString>("expression");
     for (const char* expression : {"tool",
@@ -462,7 +462,7 @@ void SortFilterProxyModelTest::preparedRecordsAreListedAsOthers_data()
     }
 }
 
-void SortFilterProxyModelTest::preparedRecordsAreListedAsOthers()
+void SortFilterProxyModelTest::preparedAndUnpreparedComparisonsListTheSameRecords()
 {
     QFETCH(QString, expression);
     for (const Mode mode : {Filter, Search}) {
@@ -479,7 +479,7 @@ void SortFilterProxyModelTest::preparedRecordsAreListedAsOthers()
     }
 }
 
-void SortFilterProxyModelTest::aPreparationAlsoCountsWithOtherFilters()
+void SortFilterProxyModelTest::aPreparedComparisonIsUsedWithAnyStateFilter()
 {
     proxy->setMode(Search);
     readTexts();
@@ -491,9 +491,9 @@ void SortFilterProxyModelTest::aPreparationAlsoCountsWithOtherFilters()
     proxy->setStateFilter(ViewAll);
     const QStringList all = sortedNames(*proxy);
     QVERIFY(all.count() > installable.count());
-    proxy->clear(); // forgets the preparation
+    proxy->clear(); // clear() discards the prepared results
     QCOMPARE(sortedNames(*proxy), all);
-    // Another expression, or another mode, does not use the results.
+    // The proxy does not use these results for another expression or for another mode.
     QVERIFY(proxy->prepare({Search, ViewAll, true, true, "o"}));
     QCOMPARE(listed("nothing has this"), QStringList());
     QCOMPARE(listed("^$").contains("tool"), listed("").contains("tool"));
@@ -502,7 +502,7 @@ void SortFilterProxyModelTest::aPreparationAlsoCountsWithOtherFilters()
     QCOMPARE(listed("^editor "), QStringList{"editor"});
 }
 
-void SortFilterProxyModelTest::preparedRecordsAreNotComparedAgain()
+void SortFilterProxyModelTest::theProxyDoesNotCompareAPreparedRecordAgain()
 {
     proxy->setMode(Search);
     readTexts();
@@ -515,7 +515,7 @@ void SortFilterProxyModelTest::preparedRecordsAreNotComparedAgain()
     QVERIFY(listed("tool").contains("editor"));
 }
 
-void SortFilterProxyModelTest::aPreparationForOldRecordsIsForgotten()
+void SortFilterProxyModelTest::aResetOfTheModelDiscardsPreparedResults()
 {
     QVERIFY(proxy->prepare({Filter, ViewAll, true, true, "tool"}));
     QCOMPARE(listed("^tool"), QStringList{"tool"});
@@ -524,7 +524,7 @@ void SortFilterProxyModelTest::aPreparationForOldRecordsIsForgotten()
     QCOMPARE(listed("tool"), QStringList{"toolbox"});
 }
 
-void SortFilterProxyModelTest::aPreparationOfAReferenceNeedsAWorker()
+void SortFilterProxyModelTest::anExpressionWithABackReferenceCannotBePreparedQuickly()
 {
     QVERIFY(proxy->prepareQuickly({Filter, ViewAll, true, true, "t(o)o"}));
     QVERIFY(!proxy->prepareQuickly({Filter, ViewAll, true, true, "t(o)\\1"}));
@@ -557,7 +557,7 @@ void SortFilterProxyModelTest::eachRecordIsSearchedOnlyOnceForTheSameSettings()
     QCOMPARE(table->standIn.calls("description"), 3);
 }
 
-void SortFilterProxyModelTest::aResetClearsTheResults()
+void SortFilterProxyModelTest::aResetOfTheModelClearsTheStoredResults()
 {
     proxy->setStateFilter(ViewUpdatable);
     QCOMPARE(sortedNames(*proxy), (QStringList{"Tools", "many", "tool"}));
@@ -576,7 +576,7 @@ void SortFilterProxyModelTest::aResetClearsTheResults()
     QCOMPARE(sortedNames(*proxy), QStringList{"one"});
 }
 
-void SortFilterProxyModelTest::aResetOfTheFormerSourceKeepsTheResults()
+void SortFilterProxyModelTest::aResetOfTheFormerSourceModelKeepsTheStoredResults()
 {
     Model second(&table->yumIO);
     proxy->setSourceModel(&second);
@@ -590,7 +590,7 @@ void SortFilterProxyModelTest::aResetOfTheFormerSourceKeepsTheResults()
     proxy->setSourceModel(model.get());
 }
 
-void SortFilterProxyModelTest::clearingTheCacheClearsTheResults()
+void SortFilterProxyModelTest::clearingTheProxyClearsTheStoredResults()
 {
     proxy->setStateFilter(ViewUpdatable);
     const int row = table->row("tool");
@@ -605,7 +605,7 @@ void SortFilterProxyModelTest::clearingTheCacheClearsTheResults()
     QCOMPARE(proxy->rowCount(), 3);
 }
 
-void SortFilterProxyModelTest::eachChangeOfASettingClearsTheResults()
+void SortFilterProxyModelTest::eachChangedFilterSettingClearsTheStoredResults()
 {
     const int row = table->row("tool");
     const auto forgets = [this, row](const std::function<void()>& change) {
@@ -627,7 +627,7 @@ void SortFilterProxyModelTest::eachChangeOfASettingClearsTheResults()
     QVERIFY(!forgets([this] { proxy->setFilterRegExp(QStringLiteral(".*tool.*")); }));
 }
 
-void SortFilterProxyModelTest::excludedPackagesAreNotRemovable()
+void SortFilterProxyModelTest::theRemovableFilterDoesNotListExcludedPackages()
 {
     proxy->setStateFilter(ViewRemovable);
     table->entry("shell").excluded = true;
@@ -658,7 +658,7 @@ void SortFilterProxyModelTest::ifFilteringIsDisabledEveryRowIsListed()
     QCOMPARE(sortedNames(*proxy), QStringList{"tool"});
 }
 
-void SortFilterProxyModelTest::settingTheSameValueChangesNothing()
+void SortFilterProxyModelTest::settingAFilterToItsPresentValueChangesNothing()
 {
     proxy->rowCount();
     QSignalSpy layout(proxy.get(), SIGNAL(layoutChanged()));
@@ -673,7 +673,7 @@ void SortFilterProxyModelTest::settingTheSameValueChangesNothing()
     QVERIFY(reset.count() > 0);
 }
 
-void SortFilterProxyModelTest::rowsAreSortedByColumn_data()
+void SortFilterProxyModelTest::eachColumnSortsTheRowsByItsTextsOrNumbers_data()
 {
     QTest::addColumn<int>("column");
     QTest::addColumn<QStringList>("expected");
@@ -695,7 +695,7 @@ void SortFilterProxyModelTest::rowsAreSortedByColumn_data()
     }
 }
 
-void SortFilterProxyModelTest::rowsAreSortedByColumn()
+void SortFilterProxyModelTest::eachColumnSortsTheRowsByItsTextsOrNumbers()
 {
     QFETCH(int, column);
     QFETCH(QStringList, expected);
@@ -724,7 +724,7 @@ void SortFilterProxyModelTest::rowsAreSortedByColumn()
     QCOMPARE(inOrder(column, Qt::DescendingOrder), expected);
 }
 
-void SortFilterProxyModelTest::sizesAreComparedAsIntegers()
+void SortFilterProxyModelTest::sizesAreComparedAsSigned32BitIntegers()
 {
     // The sizes are compared as signed 32-bit integers, in which 3 000 000 000 is negative, and 4 294 967 297
     // is 1.
@@ -737,7 +737,7 @@ void SortFilterProxyModelTest::sizesAreComparedAsIntegers()
     QCOMPARE(inOrder(SizeColumn), (QStringList{"a", "e", "c", "d", "b", "f"}));
 }
 
-void SortFilterProxyModelTest::buildTimesAreComparedAsIntegers()
+void SortFilterProxyModelTest::buildTimesAreComparedAsSigned32BitIntegers()
 {
     table->collect({}, {},
                    {StandIn::package("a", {{"buildtime", 2147483648.0}}),
@@ -748,7 +748,7 @@ void SortFilterProxyModelTest::buildTimesAreComparedAsIntegers()
     QCOMPARE(inOrder(BuildTimeColumn), (QStringList{"a", "c", "d", "b"}));
 }
 
-void SortFilterProxyModelTest::equalRowsAreSortedByName_data()
+void SortFilterProxyModelTest::rowsWithEqualValuesAreSortedByName_data()
 {
     QTest::addColumn<int>("column");
     for (int column = 0; column < ColumnCount; ++column) {
@@ -756,7 +756,7 @@ void SortFilterProxyModelTest::equalRowsAreSortedByName_data()
     }
 }
 
-void SortFilterProxyModelTest::equalRowsAreSortedByName()
+void SortFilterProxyModelTest::rowsWithEqualValuesAreSortedByName()
 {
     QFETCH(int, column);
     QJsonArray packages;
@@ -773,12 +773,12 @@ void SortFilterProxyModelTest::equalRowsAreSortedByName()
     QCOMPARE(inOrder(column, Qt::DescendingOrder), expected);
 }
 
-void SortFilterProxyModelTest::rowsAreOrderedByTheUserRole_data()
+void SortFilterProxyModelTest::rowsWithASortKeyAreOrderedByThisKey_data()
 {
-    equalRowsAreSortedByName_data();
+    rowsWithEqualValuesAreSortedByName_data();
 }
 
-void SortFilterProxyModelTest::rowsAreOrderedByTheUserRole()
+void SortFilterProxyModelTest::rowsWithASortKeyAreOrderedByThisKey()
 {
     QFETCH(int, column);
     table->entry("tool").action = Package::Remove;
@@ -804,14 +804,14 @@ void SortFilterProxyModelTest::rowsAreOrderedByTheUserRole()
     }
 }
 
-void SortFilterProxyModelTest::anInvalidIndexPrecedesEveryRow()
+void SortFilterProxyModelTest::anInvalidIndexIsSortedBeforeEveryRow()
 {
     QVERIFY(!proxy->lessThan(QModelIndex(), QModelIndex()));
     QVERIFY(!proxy->lessThan(model->index(0, NameColumn), QModelIndex()));
     QVERIFY(proxy->lessThan(QModelIndex(), model->index(0, NameColumn)));
 }
 
-void SortFilterProxyModelTest::listedUpdatesAreMarked()
+void SortFilterProxyModelTest::setUpdateListedMarksTheListedUpdates()
 {
     proxy->sort(NameColumn);
     table->entry("many").action = Package::Remove;
@@ -824,7 +824,7 @@ void SortFilterProxyModelTest::listedUpdatesAreMarked()
     }
 }
 
-void SortFilterProxyModelTest::markingListedUpdatesOmitsReplacedPackages()
+void SortFilterProxyModelTest::setUpdateListedDoesNotMarkReplacedPackages()
 {
     using S = StandIn;
     const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
@@ -839,7 +839,7 @@ void SortFilterProxyModelTest::markingListedUpdatesOmitsReplacedPackages()
     QCOMPARE(table->entry("tool").action, Package::Update);
 }
 
-void SortFilterProxyModelTest::markingListedUpdatesOmitsUnlistedUpdates()
+void SortFilterProxyModelTest::setUpdateListedDoesNotMarkUnlistedUpdates()
 {
     QCOMPARE(listed("many|shell"), (QStringList{"many", "shell"}));
     QSignalSpy spy(proxy.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
@@ -849,7 +849,7 @@ void SortFilterProxyModelTest::markingListedUpdatesOmitsUnlistedUpdates()
     QCOMPARE(table->entry("tool").action, Package::None);
 }
 
-void SortFilterProxyModelTest::sortingByActionUsesActionsThatChangedDuringAnotherSortOrder()
+void SortFilterProxyModelTest::sortingByActionUsesActionsThatWereSetWhileAnotherColumnWasSorted()
 {
     proxy->setGroupsFilter(false);
     QCOMPARE(inOrder(ActionColumn).first(), QStringLiteral("editor"));
@@ -861,7 +861,7 @@ void SortFilterProxyModelTest::sortingByActionUsesActionsThatChangedDuringAnothe
     QCOMPARE(inOrder(ActionColumn).mid(0, 3), (QStringList{"many", "tool", "editor"}));
 }
 
-void SortFilterProxyModelTest::markingListedUpdatesSortsTheTableOnlyAtTheNextChange()
+void SortFilterProxyModelTest::afterMarkingListedUpdatesTheTableIsSortedAtTheNextFilterChange()
 {
     proxy->setGroupsFilter(false);
     const QStringList before = inOrder(ActionColumn);
@@ -874,7 +874,7 @@ void SortFilterProxyModelTest::markingListedUpdatesSortsTheTableOnlyAtTheNextCha
     QCOMPARE(names(*proxy).mid(0, 3), (QStringList{"many", "tool", "editor"}));
 }
 
-void SortFilterProxyModelTest::whenASortPauseEndsTheTableIsSortedOnce()
+void SortFilterProxyModelTest::atTheEndOfASortPauseTheTableIsSortedOnce()
 {
     proxy->setGroupsFilter(false);
     const QStringList before = inOrder(ActionColumn);
@@ -897,7 +897,7 @@ void SortFilterProxyModelTest::whenASortPauseEndsTheTableIsSortedOnce()
     QCOMPARE(names(*proxy).first(), QStringLiteral("kernel"));
 }
 
-void SortFilterProxyModelTest::aSortPauseHasNoEffectIfAnotherColumnIsSorted()
+void SortFilterProxyModelTest::ifTheTableIsNotSortedByActionASortPauseHasNoEffect()
 {
     inOrder(NameColumn);
     QSignalSpy layout(proxy.get(), SIGNAL(layoutChanged()));

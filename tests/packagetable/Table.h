@@ -80,7 +80,7 @@ public:
     {
         const int found = row(name, arch);
         if (found < 0) {
-            qFatal("there is no %s", qPrintable(name));
+            qFatal("the record %s is missing", qPrintable(name));
         }
         return *yumIO[found];
     }

@@ -22,17 +22,17 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void cleanupTestCase() { table.reset(); }
-    void listedRowsAreCounted();
-    void selectedRowsAreCounted();
-    void aChangedFilterClearsTheNumberOfSelectedRows();
-    void marksAreCountedByAction();
-    void marksOfUnlistedRecordsAreCounted();
+    void theStatusLineCountsTheListedRows();
+    void theStatusLineCountsTheSelectedRows();
+    void aChangedFilterResetsTheNumberOfSelectedRowsToZero();
+    void theStatusLineCountsTheMarksOfEachAction();
+    void theStatusLineAlsoCountsTheMarksOfUnlistedRecords();
     void markingTheListedUpdatesChangesTheCounts();
-    void theDownloadSizeCountsOnlyNewPackages();
-    void lockedPackagesAreCountedEvenIfTheyAreNotListed();
-    void theLineSaysHowManySelectedRowsAreLocked();
-    void aNewCollectionResetsTheCounts();
-    void assistiveProgramsReadAStatusBar();
+    void theDownloadSizeIncludesInstallationsAndUpdatesButNoRemovals();
+    void theStatusLineAlsoCountsLockedPackagesThatAreNotListed();
+    void theStatusLineCountsTheLockedRowsInTheSelection();
+    void aNewCollectionResetsAllCounts();
+    void forAssistiveProgramsTheLineIsAStatusBarWithItsText();
     void ifTheTableHasNoRecordsAllCountsAreZero();
 
 private:
@@ -41,7 +41,7 @@ private:
     {
         const bool found = QTest::qWaitFor([this, text] { return label()->wholeText() == text; });
         if (!found) {
-            qWarning("the line is %s", qPrintable(label()->wholeText()));
+            qWarning("the line shows %s", qPrintable(label()->wholeText()));
         }
         return found;
     }
@@ -82,7 +82,7 @@ void TableStatusTest::cleanup()
     table->standIn.removeVersionLocks();
 }
 
-void TableStatusTest::listedRowsAreCounted()
+void TableStatusTest::theStatusLineCountsTheListedRows()
 {
     QVERIFY(shows(QString("Listed: %1   Selected: 0   No marks").arg(shown->proxy.rowCount())));
     shown->proxy.setStateFilter(ViewUpdatable);
@@ -92,7 +92,7 @@ void TableStatusTest::listedRowsAreCounted()
     QVERIFY(shows("Listed: 0   Selected: 0   No marks"));
 }
 
-void TableStatusTest::selectedRowsAreCounted()
+void TableStatusTest::theStatusLineCountsTheSelectedRows()
 {
     const int rows = shown->proxy.rowCount();
     shown->select({"tool", "shell", "office"});
@@ -103,7 +103,7 @@ void TableStatusTest::selectedRowsAreCounted()
     QVERIFY(shows(QString("Listed: %1   Selected: 0   No marks").arg(rows)));
 }
 
-void TableStatusTest::aChangedFilterClearsTheNumberOfSelectedRows()
+void TableStatusTest::aChangedFilterResetsTheNumberOfSelectedRowsToZero()
 {
     shown->select({"tool", "shell"});
     QVERIFY(shows(QString("Listed: %1   Selected: 2   No marks").arg(shown->proxy.rowCount())));
@@ -111,7 +111,7 @@ void TableStatusTest::aChangedFilterClearsTheNumberOfSelectedRows()
     QVERIFY(shows("Listed: 2   Selected: 0   No marks"));
 }
 
-void TableStatusTest::marksAreCountedByAction()
+void TableStatusTest::theStatusLineCountsTheMarksOfEachAction()
 {
     shown->proxy.setStateFilter(ViewUpdatable);
     mark("tool", Package::Update);
@@ -128,7 +128,7 @@ void TableStatusTest::marksAreCountedByAction()
     QVERIFY(shows("Listed: 2   Selected: 0   No marks"));
 }
 
-void TableStatusTest::marksOfUnlistedRecordsAreCounted()
+void TableStatusTest::theStatusLineAlsoCountsTheMarksOfUnlistedRecords()
 {
     shown->proxy.setStateFilter(ViewUpdatable);
     mark("shell", Package::Remove); // the table does not list this record
@@ -144,7 +144,7 @@ void TableStatusTest::markingTheListedUpdatesChangesTheCounts()
         [this] { return label()->wholeText().contains("Marks: 0 Install, 2 Update, 0 Remove"); }));
 }
 
-void TableStatusTest::theDownloadSizeCountsOnlyNewPackages()
+void TableStatusTest::theDownloadSizeIncludesInstallationsAndUpdatesButNoRemovals()
 {
     table->entry("tool").size = 3 * 1024 * 1024;
     table->entry("editor").size = 1024 * 1024;
@@ -157,7 +157,7 @@ void TableStatusTest::theDownloadSizeCountsOnlyNewPackages()
     QVERIFY(shows("Listed: 2   Selected: 0   Marks: 1 Install, 1 Update, 1 Remove   To download: 4.0Mb"));
 }
 
-void TableStatusTest::lockedPackagesAreCountedEvenIfTheyAreNotListed()
+void TableStatusTest::theStatusLineAlsoCountsLockedPackagesThatAreNotListed()
 {
     lock({{"shell", "shell-0:1-1.*"},
           {"kernel", "kernel-0:1-1.*"},
@@ -176,7 +176,7 @@ void TableStatusTest::lockedPackagesAreCountedEvenIfTheyAreNotListed()
     QVERIFY(shows("Listed: 2   Selected: 0   No marks"));
 }
 
-void TableStatusTest::theLineSaysHowManySelectedRowsAreLocked()
+void TableStatusTest::theStatusLineCountsTheLockedRowsInTheSelection()
 {
     lock({{"shell", "shell-0:1-1.*"}, {"kernel", "kernel-0:1-1.*"}});
     shown->proxy.setStateFilter(ViewRemovable);
@@ -191,7 +191,7 @@ void TableStatusTest::theLineSaysHowManySelectedRowsAreLocked()
     QVERIFY(shows("Listed: 2   Selected: 0   No marks   Locked: 2"));
 }
 
-void TableStatusTest::aNewCollectionResetsTheCounts()
+void TableStatusTest::aNewCollectionResetsAllCounts()
 {
     mark("shell", Package::Remove);
     QVERIFY(QTest::qWaitFor([this] { return label()->wholeText().contains("1 Remove"); }));
@@ -203,7 +203,7 @@ void TableStatusTest::aNewCollectionResetsTheCounts()
     QVERIFY(shows("Listed: 1   Selected: 0   No marks"));
 }
 
-void TableStatusTest::assistiveProgramsReadAStatusBar()
+void TableStatusTest::forAssistiveProgramsTheLineIsAStatusBarWithItsText()
 {
     QAccessible::setActive(true);
     QVERIFY(shows(QString("Listed: %1   Selected: 0   No marks").arg(shown->proxy.rowCount())));

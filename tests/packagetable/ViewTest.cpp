@@ -38,50 +38,50 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void cleanupTestCase();
-    void wholeRowsAreShownWithoutGrid();
-    void textsCanBeReadInADarkPalette();
-    void theSizeHintIncludesAtLeastTenRows();
-    void ifTheTableHasElevenRowsTheSizeHintIncludesAllOfThem();
+    void theViewSelectsWholeRowsAndShowsNoGrid();
+    void inADarkPaletteTheTextColoursAreReadable();
+    void theSizeHintHasSpaceForAtLeastTenRows();
+    void ifTheTableHasElevenRowsTheSizeHintHasSpaceForAllOfThem();
     void theTableIsSortedByKindAtFirst();
-    void aClickOnAHeaderSortsAndASecondClickReverses();
+    void aSecondClickOnAHeaderReversesTheSortOrder();
     void ifTheTableIsSortedByKindAClickOnItsHeaderReversesTheOrder();
-    void columnsCanBeMoved();
-    void clickingTheActionSelectsTheNextAction();
-    void clickingTheActionOfAnExcludedPackageShowsTheReason();
+    void theUserCanMoveColumns();
+    void clickingAnActionCellSelectsTheNextAction();
+    void clickingTheActionCellOfAnExcludedPackageShowsTheReason();
     void clickingOtherColumnsSetsNoAction();
-    void theRightButtonSetsNoAction();
-    void theMovedActionColumnStillSetsActions();
-    void aChangeOfTheCurrentRowIsSignalled();
-    void aChangeOfTheCurrentColumnIsNotSignalled();
+    void aClickWithTheRightButtonSetsNoAction();
+    void clicksInAMovedActionColumnStillSetActions();
+    void theViewSignalsAChangeOfTheCurrentRow();
+    void theViewSignalsNoChangeIfOnlyTheCurrentColumnChanges();
     void ifTheCurrentRowIsFilteredOutASignalReportsMinusOne();
     void selectedRowsReturnsIndexesOfTheSourceModel();
-    void spaceSelectsTheNextAction();
-    void tabLeavesTheTable();
-    void theColoursOfADisabledViewDiffer();
-    void theColumnsAlsoFitUnlistedRecords();
+    void theSpaceKeySelectsTheNextActionOfTheCurrentRow();
+    void theTabKeyMovesTheFocusOutOfTheTable();
+    void textsInADisabledViewHaveTheColoursOfDisabledText();
+    void fittedColumnsAreAlsoWideEnoughForUnlistedRecords();
     void fittingTheColumnsKeepsFilterAndSelection();
-    void columnsAreAsWideAsTheirWidestCell_data();
-    void columnsAreAsWideAsTheirWidestCell();
-    void widthOfAColumnIncludesKerning();
-    void widthOfAColumnIncludesTheLastLetter();
-    void widthOfAColumnIncludesLigatures_data();
-    void widthOfAColumnIncludesLigatures();
-    void widthOfAColumnIncludesControlCharactersAsTheyAreShown();
-    void anEmptyColumnHasNoWidth();
-    void theActionColumnHasTheActionMenu();
-    void otherColumnsHaveTheOtherMenu();
-    void theSpaceBelowTheRowsHasTheMenuOfTheOtherColumns();
-    void theHeaderHasNoMenu();
+    void fittedColumnsAreAsWideAsTheirWidestCell_data();
+    void fittedColumnsAreAsWideAsTheirWidestCell();
+    void theWidthOfAFittedColumnIncludesKerning();
+    void theWidthOfAFittedColumnIncludesTheWholeLastLetter();
+    void theWidthOfAFittedColumnTakesLigaturesIntoAccount_data();
+    void theWidthOfAFittedColumnTakesLigaturesIntoAccount();
+    void theWidthOfAFittedColumnIncludesControlCharacters();
+    void ifTheTableIsEmptyTheWidthHintOfEachColumnIsZero();
+    void aRightClickInTheActionColumnOpensTheActionMenu();
+    void aRightClickInAnyOtherColumnOpensTheOtherContextMenu();
+    void aRightClickBelowTheRowsOpensTheOtherContextMenu();
+    void aRightClickOnTheHeaderOpensNoMenu();
     void theMenuKeyOpensTheMenuOfTheCurrentCell();
-    void describeDescribesTheCurrentRow();
-    void enterDescribesTheCurrentRow();
-    void twoClicksDescribeTheRow();
-    void eachOfSeveralQuickClicksOnTheActionCounts_data();
-    void eachOfSeveralQuickClicksOnTheActionCounts();
-    void quickClicksActOnTheRowOfTheFirstClick();
-    void firstAndLastRowAreReachedByKeys();
-    void theFocusDoesNotMakeARowCurrent();
-    void eachMenuIsMadeOnlyOnce();
+    void theDescribeSlotDescribesTheCurrentRow();
+    void theEnterKeyDescribesTheCurrentRow();
+    void aDoubleClickDescribesTheRow();
+    void eachOfSeveralQuickClicksOnAnActionCellChangesTheAction_data();
+    void eachOfSeveralQuickClicksOnAnActionCellChangesTheAction();
+    void severalQuickClicksChangeOnlyTheRowOfTheFirstClick();
+    void controlHomeAndControlEndReachTheFirstAndTheLastRow();
+    void gettingTheFocusDoesNotMakeARowCurrent();
+    void eachContextMenuIsCreatedOnlyOnce();
 
 private:
     void compareWithEveryCellMeasured();
@@ -114,7 +114,7 @@ void ViewTest::cleanupTestCase()
     table.reset();
 }
 
-void ViewTest::textsCanBeReadInADarkPalette()
+void ViewTest::inADarkPaletteTheTextColoursAreReadable()
 {
     const auto colour = [this] {
         const QModelIndex cell = shown->proxy.index(shown->listedRow("editor"), NameColumn);
@@ -130,7 +130,7 @@ void ViewTest::textsCanBeReadInADarkPalette()
     QCOMPARE(colour(), QColor("#8b5a2b"));
 }
 
-void ViewTest::wholeRowsAreShownWithoutGrid()
+void ViewTest::theViewSelectsWholeRowsAndShowsNoGrid()
 {
     OpenView fresh(&shown->model, &shown->proxy);
     QCOMPARE(static_cast<QTableView&>(fresh).model(), &shown->proxy);
@@ -145,7 +145,7 @@ void ViewTest::wholeRowsAreShownWithoutGrid()
     QCOMPARE(fresh.viewOptions().decorationPosition, QStyleOptionViewItem::Left);
 }
 
-void ViewTest::theSizeHintIncludesAtLeastTenRows()
+void ViewTest::theSizeHintHasSpaceForAtLeastTenRows()
 {
     table->collect({}, {}, {StandIn::package("one")});
     shown->model.reset();
@@ -154,7 +154,7 @@ void ViewTest::theSizeHintIncludesAtLeastTenRows()
     QCOMPARE(fresh.sizeHint().height(), 2 * fresh.frameWidth() + header + 10 * fresh.rowHeight(0));
 }
 
-void ViewTest::ifTheTableHasElevenRowsTheSizeHintIncludesAllOfThem()
+void ViewTest::ifTheTableHasElevenRowsTheSizeHintHasSpaceForAllOfThem()
 {
     QCOMPARE(shown->proxy.rowCount(), 11);
     View fresh(&shown->model, &shown->proxy);
@@ -173,7 +173,7 @@ void ViewTest::theTableIsSortedByKindAtFirst()
                                                "lib", "lib", "many", "shell", "tool"}));
 }
 
-void ViewTest::aClickOnAHeaderSortsAndASecondClickReverses()
+void ViewTest::aSecondClickOnAHeaderReversesTheSortOrder()
 {
     QHeaderView* header = view->horizontalHeader();
     for (const int column : {SizeColumn, VersionColumn, StateColumn, ActionColumn}) {
@@ -205,7 +205,7 @@ void ViewTest::ifTheTableIsSortedByKindAClickOnItsHeaderReversesTheOrder()
     QCOMPARE(shown->proxy.sortOrder(), Qt::DescendingOrder);
 }
 
-void ViewTest::columnsCanBeMoved()
+void ViewTest::theUserCanMoveColumns()
 {
     QHeaderView* header = view->horizontalHeader();
     const int y = header->height() / 2;
@@ -223,7 +223,7 @@ void ViewTest::columnsCanBeMoved()
     QVERIFY(header->visualIndex(NameColumn) < header->visualIndex(KindColumn));
 }
 
-void ViewTest::clickingTheActionSelectsTheNextAction()
+void ViewTest::clickingAnActionCellSelectsTheNextAction()
 {
     QSignalSpy spy(view, SIGNAL(stateChanged(int)));
     const auto& action = table->entry("tool").action;
@@ -245,7 +245,7 @@ void ViewTest::clickingTheActionSelectsTheNextAction()
     QCOMPARE(table->entry("editor").action, Package::Install);
 }
 
-void ViewTest::clickingTheActionOfAnExcludedPackageShowsTheReason()
+void ViewTest::clickingTheActionCellOfAnExcludedPackageShowsTheReason()
 {
     QSignalSpy refused(view, SIGNAL(actionRefused(const QString&)));
     shown->click("tool", ActionColumn);
@@ -272,13 +272,13 @@ void ViewTest::clickingOtherColumnsSetsNoAction()
     QCOMPARE(spy.count(), 0);
 }
 
-void ViewTest::theRightButtonSetsNoAction()
+void ViewTest::aClickWithTheRightButtonSetsNoAction()
 {
     QVERIFY(withMenu([this] { shown->click("tool", ActionColumn, Qt::RightButton); }, [](QMenu&) {}));
     QCOMPARE(table->entry("tool").action, Package::None);
 }
 
-void ViewTest::theMovedActionColumnStillSetsActions()
+void ViewTest::clicksInAMovedActionColumnStillSetActions()
 {
     view->horizontalHeader()->moveSection(0, 3);
     shown->click("tool", StateColumn);
@@ -287,7 +287,7 @@ void ViewTest::theMovedActionColumnStillSetsActions()
     QCOMPARE(table->entry("tool").action, Package::Update);
 }
 
-void ViewTest::aChangeOfTheCurrentRowIsSignalled()
+void ViewTest::theViewSignalsAChangeOfTheCurrentRow()
 {
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
     shown->click("office", NameColumn);
@@ -299,7 +299,7 @@ void ViewTest::aChangeOfTheCurrentRowIsSignalled()
     QCOMPARE(spy.count(), 3);
 }
 
-void ViewTest::aChangeOfTheCurrentColumnIsNotSignalled()
+void ViewTest::theViewSignalsNoChangeIfOnlyTheCurrentColumnChanges()
 {
     shown->click("office", NameColumn);
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
@@ -342,7 +342,7 @@ void ViewTest::selectedRowsReturnsIndexesOfTheSourceModel()
     QCOMPARE(chosen, (QStringList{"tool", "editor"}));
 }
 
-void ViewTest::spaceSelectsTheNextAction()
+void ViewTest::theSpaceKeySelectsTheNextActionOfTheCurrentRow()
 {
     QSignalSpy spy(view, SIGNAL(stateChanged(int)));
     shown->click("tool", NameColumn);
@@ -355,7 +355,7 @@ void ViewTest::spaceSelectsTheNextAction()
     QCOMPARE(table->entry("tool").action, Package::Update);
 }
 
-void ViewTest::tabLeavesTheTable()
+void ViewTest::theTabKeyMovesTheFocusOutOfTheTable()
 {
     QLineEdit next(&shown->window);
     next.show();
@@ -366,7 +366,7 @@ void ViewTest::tabLeavesTheTable()
     QVERIFY(!view->hasFocus());
 }
 
-void ViewTest::theColoursOfADisabledViewDiffer()
+void ViewTest::textsInADisabledViewHaveTheColoursOfDisabledText()
 {
     const QModelIndex cell = shown->proxy.index(shown->listedRow("tool"), NameColumn);
     QCOMPARE(cell.data(Qt::ForegroundRole).value<QColor>(), QColor(Colors::error()));
@@ -376,7 +376,7 @@ void ViewTest::theColoursOfADisabledViewDiffer()
     QCOMPARE(cell.data(Qt::ForegroundRole).value<QColor>(), QColor(Colors::error()));
 }
 
-void ViewTest::theColumnsAlsoFitUnlistedRecords()
+void ViewTest::fittedColumnsAreAlsoWideEnoughForUnlistedRecords()
 {
     table->collect({}, {},
                    {StandIn::package("short"), StandIn::package("a-name-much-longer-than-the-other-one")});
@@ -423,7 +423,7 @@ void ViewTest::compareWithEveryCellMeasured()
     QVERIFY(plain.sizeHintForColumn(NameColumn) > 0);
 }
 
-void ViewTest::columnsAreAsWideAsTheirWidestCell_data()
+void ViewTest::fittedColumnsAreAsWideAsTheirWidestCell_data()
 {
     QTest::addColumn<QFont>("font");
     QTest::newRow("default font") << QApplication::font();
@@ -434,7 +434,7 @@ void ViewTest::columnsAreAsWideAsTheirWidestCell_data()
     }
 }
 
-void ViewTest::columnsAreAsWideAsTheirWidestCell()
+void ViewTest::fittedColumnsAreAsWideAsTheirWidestCell()
 {
     QFETCH(QFont, font);
     view->setFont(font);
@@ -462,7 +462,7 @@ void ViewTest::columnsAreAsWideAsTheirWidestCell()
     }
 }
 
-void ViewTest::widthOfAColumnIncludesKerning()
+void ViewTest::theWidthOfAFittedColumnIncludesKerning()
 {
     // The test looks for the pair of letters that kerning moves apart the most. A text that repeats this pair
     // is wider than the sum of its letters.
@@ -504,7 +504,7 @@ void ViewTest::widthOfAColumnIncludesKerning()
     }
 }
 
-void ViewTest::widthOfAColumnIncludesTheLastLetter()
+void ViewTest::theWidthOfAFittedColumnIncludesTheWholeLastLetter()
 {
     // The drawing of a letter may be wider than the distance to the next letter. This makes a text wider only
     // if the letter is its last one.
@@ -519,7 +519,7 @@ void ViewTest::widthOfAColumnIncludesTheLastLetter()
     }
 }
 
-void ViewTest::widthOfAColumnIncludesLigatures_data()
+void ViewTest::theWidthOfAFittedColumnTakesLigaturesIntoAccount_data()
 {
     QTest::addColumn<QFont>("font");
     for (const char* family : {"DejaVu Sans", "DejaVu Serif", "Noto Sans", "Noto Serif"}) {
@@ -527,7 +527,7 @@ void ViewTest::widthOfAColumnIncludesLigatures_data()
     }
 }
 
-void ViewTest::widthOfAColumnIncludesLigatures()
+void ViewTest::theWidthOfAFittedColumnTakesLigaturesIntoAccount()
 {
     QFETCH(QFont, font);
     view->setFont(font);
@@ -558,7 +558,7 @@ void ViewTest::widthOfAColumnIncludesLigatures()
     }
 }
 
-void ViewTest::widthOfAColumnIncludesControlCharactersAsTheyAreShown()
+void ViewTest::theWidthOfAFittedColumnIncludesControlCharacters()
 {
     table->collect(
         {}, {},
@@ -568,7 +568,7 @@ void ViewTest::widthOfAColumnIncludesControlCharactersAsTheyAreShown()
     compareWithEveryCellMeasured();
 }
 
-void ViewTest::anEmptyColumnHasNoWidth()
+void ViewTest::ifTheTableIsEmptyTheWidthHintOfEachColumnIsZero()
 {
     table->collect({}, {}, {});
     shown->model.reset();
@@ -577,7 +577,7 @@ void ViewTest::anEmptyColumnHasNoWidth()
     }
 }
 
-void ViewTest::theActionColumnHasTheActionMenu()
+void ViewTest::aRightClickInTheActionColumnOpensTheActionMenu()
 {
     QSignalSpy spy(view, SIGNAL(stateChanged(int)));
     bool right = false;
@@ -593,7 +593,7 @@ void ViewTest::theActionColumnHasTheActionMenu()
     QCOMPARE(spy.first().first().toInt(), -1);
 }
 
-void ViewTest::otherColumnsHaveTheOtherMenu()
+void ViewTest::aRightClickInAnyOtherColumnOpensTheOtherContextMenu()
 {
     QSignalSpy spy(view, SIGNAL(stateChanged(int)));
     for (int column = StateColumn; column < ColumnCount; ++column) {
@@ -606,7 +606,7 @@ void ViewTest::otherColumnsHaveTheOtherMenu()
     QCOMPARE(spy.count(), 0);
 }
 
-void ViewTest::theSpaceBelowTheRowsHasTheMenuOfTheOtherColumns()
+void ViewTest::aRightClickBelowTheRowsOpensTheOtherContextMenu()
 {
     bool right = false;
     const QPoint below(20, view->viewport()->height() - 10);
@@ -616,7 +616,7 @@ void ViewTest::theSpaceBelowTheRowsHasTheMenuOfTheOtherColumns()
     QVERIFY(right);
 }
 
-void ViewTest::theHeaderHasNoMenu()
+void ViewTest::aRightClickOnTheHeaderOpensNoMenu()
 {
     QHeaderView* header = view->horizontalHeader();
     QVERIFY(!withMenu([this, header] { rightClick(header->viewport(), QPoint(20, header->height() / 2)); },
@@ -630,7 +630,7 @@ void ViewTest::theMenuKeyOpensTheMenuOfTheCurrentCell()
     QCOMPARE(table->entry("shell").action, Package::Remove);
     QStringList offered;
     bool opened = false;
-    // The window system turns this key into the request for a menu, so the test sends the key through the
+    // The window system turns the Menu key into a request for a menu, so the test sends the key through the
     // window system.
     withMenu(
         [&opened] {
@@ -647,7 +647,7 @@ void ViewTest::theMenuKeyOpensTheMenuOfTheCurrentCell()
     QCOMPARE(table->entry("shell").action, Package::None);
 }
 
-void ViewTest::describeDescribesTheCurrentRow()
+void ViewTest::theDescribeSlotDescribesTheCurrentRow()
 {
     view->describe(); // no row is current, so no dialog opens, and the function returns at once
     QVERIFY(view->findChildren<QDialog*>().isEmpty());
@@ -659,7 +659,7 @@ void ViewTest::describeDescribesTheCurrentRow()
     QCOMPARE(described, QString("shell"));
 }
 
-void ViewTest::enterDescribesTheCurrentRow()
+void ViewTest::theEnterKeyDescribesTheCurrentRow()
 {
     shown->click("shell", NameColumn);
     QString described;
@@ -669,7 +669,7 @@ void ViewTest::enterDescribesTheCurrentRow()
     QCOMPARE(described, QString("shell"));
 }
 
-void ViewTest::twoClicksDescribeTheRow()
+void ViewTest::aDoubleClickDescribesTheRow()
 {
     QString described;
     QVERIFY(withDialog<Describe::Dialog>(
@@ -683,7 +683,7 @@ void ViewTest::twoClicksDescribeTheRow()
     QCOMPARE(table->entry("tool").action, Package::None);
 }
 
-void ViewTest::eachOfSeveralQuickClicksOnTheActionCounts_data()
+void ViewTest::eachOfSeveralQuickClicksOnAnActionCellChangesTheAction_data()
 {
     QTest::addColumn<int>("clicks");
     QTest::addColumn<int>("action");
@@ -694,14 +694,15 @@ void ViewTest::eachOfSeveralQuickClicksOnTheActionCounts_data()
     QTest::newRow("five clicks") << 5 << int(Package::Remove);
 }
 
-void ViewTest::eachOfSeveralQuickClicksOnTheActionCounts()
+void ViewTest::eachOfSeveralQuickClicksOnAnActionCellChangesTheAction()
 {
     QFETCH(int, clicks);
     QFETCH(int, action);
     const QPoint place = view->viewport()->mapTo(&shown->window, shown->place("tool", ActionColumn));
     QSignalSpy changed(view, SIGNAL(stateChanged(int)));
     for (int i = 0; i < clicks; ++i) {
-        // Qt may take such quick clicks for double clicks. QTest::mouseClick() would prevent this.
+        // Qt may take such quick clicks for double clicks. QTest::mouseClick() would add delays, which
+        // prevent this.
         QTest::mousePress(shown->window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
         QTest::mouseRelease(shown->window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
     }
@@ -711,7 +712,7 @@ void ViewTest::eachOfSeveralQuickClicksOnTheActionCounts()
     QCOMPARE(changed.count(), clicks);
 }
 
-void ViewTest::quickClicksActOnTheRowOfTheFirstClick()
+void ViewTest::severalQuickClicksChangeOnlyTheRowOfTheFirstClick()
 {
     // The table is sorted by action, so the first click moves another row under the pointer.
     shown->proxy.sort(ActionColumn);
@@ -724,12 +725,12 @@ void ViewTest::quickClicksActOnTheRowOfTheFirstClick()
         QTest::mouseRelease(shown->window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
         QCOMPARE(table->entry("tool").action, action);
     }
-    QCOMPARE(changed.count(), 4); // all other rows are unchanged
+    QCOMPARE(changed.count(), 4); // no click has changed another row
     const QModelIndex under = view->indexAt(inView);
     QVERIFY(under.sibling(under.row(), NameColumn).data().toString() != "tool");
 }
 
-void ViewTest::firstAndLastRowAreReachedByKeys()
+void ViewTest::controlHomeAndControlEndReachTheFirstAndTheLastRow()
 {
     const int last = shown->proxy.rowCount() - 1;
     const auto selected = [this] {
@@ -753,7 +754,7 @@ void ViewTest::firstAndLastRowAreReachedByKeys()
     }
 }
 
-void ViewTest::theFocusDoesNotMakeARowCurrent()
+void ViewTest::gettingTheFocusDoesNotMakeARowCurrent()
 {
     view->clearFocus();
     QSignalSpy current(view, SIGNAL(currentChanged(int, int)));
@@ -776,7 +777,7 @@ void ViewTest::theFocusDoesNotMakeARowCurrent()
     QCOMPARE(view->currentIndex(), chosen);
 }
 
-void ViewTest::eachMenuIsMadeOnlyOnce()
+void ViewTest::eachContextMenuIsCreatedOnlyOnce()
 {
     QCOMPARE(view->findChildren<QMenu*>().count(), 0);
     for (const char* name : {"tool", "shell"}) {

@@ -66,7 +66,7 @@ public:
     {
         return [text](QDialog* dialog) {
             if (!press(dialog, text)) {
-                qFatal("there is no button %s", qPrintable(text));
+                qFatal("the button %s is missing", qPrintable(text));
             }
         };
     }
