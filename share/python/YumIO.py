@@ -323,7 +323,8 @@ class YumIO:
         return biArchOf(self.base, arch)
 
     def isBetterThan(self, a, b):
-        """Whether only package a has the system's bi-arch class, or both or neither have it and a is not older than b.
+        """Whether package a is better than package b: only a has the system's bi-arch class, or neither package has an
+        advantage in this respect and a is not older than b.
         """
         native = self.base.conf.basearch
         aNative = self.getBiArch(a.arch) == native
@@ -419,7 +420,7 @@ class YumIO:
                 signatures.checkSignatures(base, installSet(base))
                 return runTransaction(base, self._checkCurrent)
             finally:
-                # The end closes the history, and so forgets the transaction.
+                # base.end() closes the history, and so forgets the transaction.
                 try:
                     self.outcome = base.outcome.values()
                 finally:

@@ -109,8 +109,8 @@ class SandboxTest(unittest.TestCase):
     def rpm(self, sandbox, *arguments):
         command = ["rpm", "--root", sandbox.root, "--define", "_dbpath /var/lib/rpm"] + list(arguments)
         done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        # On a system with another package manager, rpm first prints advice. Newer versions warn that scriptlets of
-        # another root see the real /tmp.
+        # On a system with another package manager, rpm first prints advice. Some versions of rpm warn that scriptlets
+        # of another root see the real /tmp.
         errors = re.sub(r"(?m)^(rpm: .*|warning: private mounts in chroot not implemented)\n", "", done.stderr.decode())
         return Outcome(done.returncode, done.stdout.decode(), errors)
 
@@ -622,7 +622,7 @@ class SignatureTest(SandboxTest):
         self.assertEqual(len(asked), 1)
         self.assertEqual(base.package_signature_check(packages["wax-tablet"])[0], 1)
 
-        # A base asks only once for the keys of a repository.
+        # A dnf base asks only once for the keys of a repository.
         base = self.base(sandbox)
         packages = self.downloaded(base, names)
         base.package_import_key(packages["wax-tablet"], lambda *key: True)

@@ -13,7 +13,8 @@ from .metadata import documentPath
 from .updates import findUpdates
 from .versionlock import versionLocks
 
-# Selects all advisories about a package, whether they name a newer, the same or an older version.
+# Selects all advisories about a package, whatever version they name: an older version, the version of the package, or
+# a newer version.
 ANY = hawkey.LT | hawkey.EQ | hawkey.GT
 
 # Whether a package of an advisory can be marked for an update, or the reason why not. The program has the sentences.
@@ -89,7 +90,7 @@ class AdvisoryIndex:
 
     def of(self, package):
         """The advisories about the version of a package. If an older version is installed, also the advisories about
-        the versions between.
+        the versions between the two.
         """
         if self._byName is not None and package.name not in self._byName:
             return []
@@ -141,7 +142,9 @@ def advisoriesOf(package):
 
 
 def advisoriesOfUpdates(base, updates):
-    """Pairs of an update and the identifiers of the advisories since the installed version, the newest first."""
+    """Pairs of an update and the identifiers of the advisories about versions after the installed version, the newest
+    first.
+    """
     byName = {}
     for update in updates:
         byName.setdefault(update.name, []).append(update)

@@ -37,7 +37,7 @@ def confirmTransaction(base, sections):
     """Show the listing; return whether the user confirms the transaction."""
     transaction = base.transaction or []
     yumIOC.listTransaction(transaction, sorted(transaction, key=lambda item: (item.name, item.arch, item.action)))
-    # If a transaction changes only groups and streams, dnf changes them although "test" is set.
+    # If a transaction changes only groups and streams, dnf carries it out although "test" is set.
     if transaction and 'test' in base.conf.tsflags:
         introduceListing(tr('This is only a test, because the tsflags option contains test. dnf downloads and '
                             'checks the packages;\n'

@@ -57,7 +57,7 @@ class Base(dnf.Base):
         self.outcome = None  # the Outcome of the confirmed transaction
         # The messages that the program shows after a successful operation, and then removes from this list.
         self.remarks = []
-        self._remarked = set()  # all messages so far; when remark() gets one of them again, it only logs the message
+        self._remarked = set()  # all messages so far: if remark() gets a message again, it only logs this message
         self.onlyCache = False  # whether to read only the metadata in the cache, without the network
         self.failed = []  # the repositories that cannot be read, with the reasons
         self.leftOut = []  # the repositories without metadata in the cache
@@ -214,7 +214,7 @@ class Base(dnf.Base):
         return sack
 
     def fillSackFromCache(self):
-        """Read the installed packages and the metadata in the cache, without the network and without a question. Leave
+        """Read the installed packages and the metadata in the cache, without the network and without questions. Leave
         out each repository whose metadata are not in the cache.
         """
         strategies = [(repo, repo._repo.getSyncStrategy()) for repo in self.repos.iter_enabled()]
@@ -273,7 +273,8 @@ class Base(dnf.Base):
         # dnf reads all documents of new metadata. Check them in the meantime.
         checks = DocumentChecks(repo) if isNew or before is None else None
         try:
-            # Check before the sack gets the packages: disabling the repository afterwards would not remove them.
+            # Check the metadata before the sack gets the packages, because disabling the repository afterwards would
+            # not remove them.
             isNewer = self._isNewerThanCache(repo)
             if isNewer:
                 self._checkPackages(repo)

@@ -56,7 +56,7 @@ def databaseCookie():
     transaction = rpm.TransactionSet(managedRoot())
     try:
         return transaction.dbCookie() if transaction.openDB() == 0 else ''
-    except (AttributeError, rpm.error):  # an old version of rpm, without dbCookie()
+    except (AttributeError, rpm.error):  # an old version of rpm, which lacks dbCookie()
         return ''
     finally:
         transaction.closeDB()

@@ -64,7 +64,7 @@ class DatabaseLock:
     NEXT_QUESTION = 60
 
     def __init__(self, step):
-        """step: the name of the current step, which the bar shows again after a wait."""
+        """step: the name of the current step, which the progress bar shows again after a wait."""
         self._step = step
 
     def __enter__(self):
@@ -326,7 +326,9 @@ class WaitingLock(dnf.lock.ProcessLock):
 
 
 class OptionalLock(WaitingLock):
-    """A lock on dnf's cache for a reader. If another process holds the lock, the reader goes on without the lock."""
+    """A lock on dnf's cache for a process that only reads. If another process holds the lock, the reader goes on
+    without the lock.
+    """
 
     def __enter__(self):
         self._held = False

@@ -20,7 +20,7 @@ import rpm
 from .history import unrecorded
 from .listing import otherSections
 
-# The number that counts an action. A replaced package of another name counts as removed.
+# For each action, the number that counts it. Replacing a package of another name counts as a removal of this package.
 COUNTED = {
     libdnf.transaction.TransactionItemAction_INSTALL: 'installed',
     libdnf.transaction.TransactionItemAction_UPGRADE: 'updated',
@@ -30,7 +30,7 @@ COUNTED = {
     libdnf.transaction.TransactionItemAction_OBSOLETED: 'removed',
 }
 
-# The list of dnf's plug-in needs-restarting, if dnf has not loaded the plug-in.
+# The list of dnf's needs-restarting plug-in, for use if dnf has not loaded the plug-in.
 NEED_REBOOT = ('kernel', 'kernel-core', 'kernel-rt', 'glibc', 'linux-firmware', 'systemd', 'dbus', 'dbus-broker',
                'dbus-daemon', 'microcode_ctl')
 
@@ -98,14 +98,14 @@ def nameOf(package):
 
 
 def restartNeeded(base, packages):
-    """Whether dnf's plug-in needs-restarting asks for a restart because these packages have been installed."""
+    """Whether dnf's needs-restarting plug-in asks for a restart because these packages have been installed."""
     plugIn = sys.modules.get(dnf.plugin.DYNAMIC_PACKAGE + '.needs_restarting')
     names = set(getattr(plugIn, 'NEED_REBOOT', NEED_REBOOT))
     names.update(namesOfFiles(os.path.join(base.conf.installroot, 'etc/dnf/plugins/needs-restarting.d')))
     if any(package.name in names for package in packages):
         return True
     try:
-        # Newer versions of the plug-in also accept packages that provide these names.
+        # Some versions of the plug-in also accept packages that provide these names.
         return bool(packages and names and base.sack.query(flags=hawkey.IGNORE_EXCLUDES).filterm(
             pkg=packages).filterm(provides=sorted(names)))
     except (ValueError, hawkey.Exception):  # a file has a line that is no name
@@ -113,7 +113,7 @@ def restartNeeded(base, packages):
 
 
 def namesOfFiles(directory):
-    """The lines of the files in the plug-in's directory: each is the name of a package."""
+    """The lines of the files in the plug-in's directory. Each line is the name of a package."""
     names = []
     for path in glob.glob(os.path.join(glob.escape(directory), '*.conf')):
         try:

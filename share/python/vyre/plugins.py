@@ -61,7 +61,7 @@ def usesCommand(plugIn, error):
     if not isinstance(error, AttributeError) or not str(error).startswith("'NoneType' object has no attribute") or \
             place.tb_frame.f_globals.get('__name__') != type(plugIn).__module__:
         return False
-    # The failed instruction reads an attribute of None. Find out whether the instruction before it has loaded "cli".
+    # The failed instruction reads an attribute of None. Find out whether the previous instruction has loaded "cli".
     earlier = [step.argval for step in dis.get_instructions(place.tb_frame.f_code)
                if step.offset < place.tb_lasti and step.opname not in ('CACHE', 'EXTENDED_ARG')]
     read = earlier[-1] if earlier else None
@@ -91,7 +91,8 @@ class PlugIns(dnf.plugin.Plugins):
     command, as SystemExit does, it ends only the running operation of VYRE.
     """
 
-    # The texts of failures after rpm has changed the packages, when a failure cannot stop the operation any more.
+    # The texts of failures that happened after rpm had changed the packages, when a failure could not stop the
+    # operation any more.
     faults = []
     # Pairs of a plug-in's name and a hook that needs the dnf command. The log gets only one line for each pair.
     _withoutCommand = set()

@@ -55,7 +55,7 @@ def withoutSecrets(text):
 
 MISSING = object()
 
-# A triple for each replaced name, in the order of replacement: the class or module, the name, and the value before.
+# For each replaced name, in the order of the replacements: the class or module, the name, and the former value.
 replaced = []
 
 

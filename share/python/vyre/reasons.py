@@ -27,8 +27,8 @@ def clearest(lines):
 def refusal(failure, marks, objects, problems):
     """Returns the exception that gives the reasons why no mark can be applied.
 
-    failure: the exception that dnf has raised. If it is a MarkingError (dnf has refused a mark), its text is one more
-    problem. If it is a DepsolveError, the problems already contain its text.
+    failure: the exception that dnf has raised. If it is a MarkingError (dnf has refused a mark), its text is added to
+    dnf's problems. If it is a DepsolveError, dnf's problems already contain its text.
     """
     if isinstance(failure, dnf.exceptions.MarkingError):
         text = str(failure)

@@ -64,7 +64,7 @@ def impossibility(lines):
 
 
 def resolveReplay(base, kind, number):
-    """Find the transaction that undoes or repeats a recorded transaction, or undoes all later transactions. If some
+    """Find the transaction that undoes or repeats a recorded transaction, or undoes all transactions after it. If some
     changes are impossible, show them and ask the user whether to go on without them. Return whether to go on.
     """
     missing = lacksReplay()

@@ -15,8 +15,8 @@ def fullName(package):
 
 
 class StreamIndex:
-    """The streams by the full names of their packages. dnf has only the opposite direction. A system without module
-    streams costs nothing, and the index is made when it is first needed.
+    """The streams by the full names of their packages. dnf can only list the packages of a stream. The index is made
+    when it is first needed. If the system has no module streams, no index is made.
     """
 
     def __init__(self):

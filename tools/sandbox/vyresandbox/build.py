@@ -41,7 +41,7 @@ class _SpecFile(object):
         """Whether the package can also be built from this spec file.
 
         One spec file has one build root. So each path can have only one content, and each name only one package. In
-        newer versions of rpm, all packages of a spec file also have the same vendor.
+        some versions of rpm, all packages of a spec file also have the same vendor.
         """
         return package.name not in self.names and all(
             self.files.get(path, content) == content for path, content in package.files.items())

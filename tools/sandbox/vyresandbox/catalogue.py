@@ -243,13 +243,13 @@ def _versions():
         Package("quillbase", "2.4", "Data base of pens", epoch=1, state="user", license="MIT"),
         Package("quillbase", "1.0", "Data base of pens", epoch=2, repo="updates", changelog="update", license="MIT"),
         Package("epochal", "0.1", "Counts the ages", epoch=3, arch="noarch"),
-        # The update of tidewatch needs a library that does not exist.
+        # The update of tidewatch needs a library that no package provides.
         Package("tidewatch", "1.0", "Tide tables", state="user", arch="noarch"),
         Package("tidewatch", "2.0", "Tide tables", repo="updates", changelog="update", arch="noarch",
                 relations=[("Requires", "libtide.so.9()(64bit)")]),
         Package("moonbridge", "1.0", "Crosses to the dark side", arch="noarch",
                 relations=[("Requires", "libtide.so.9()(64bit)"), ("Requires", "gravity >= 6")]),
-        # The newer package replaces the older one.
+        # The newer of these two packages replaces the older package.
         Package("oldpost", "1.8", "Mail transport", state="user", group="System Environment/Daemons"),
         Package("newpost", "2.0", "Mail transport, rewritten", repo="updates", changelog="update",
                 group="System Environment/Daemons",
@@ -281,7 +281,7 @@ def _relations():
                 relations=[("Conflicts", "gull-mta"), ("Provides", "mail-transport")]),
         Package("gull-mta", "1.0", "Mail transport for cliffs", arch="noarch",
                 relations=[("Conflicts", "tern-mta"), ("Provides", "mail-transport")]),
-        # Conflicts with an installed package.
+        # This package conflicts with an installed package.
         Package("sandstone", "1.0", "Soft replacement of granite", arch="noarch",
                 relations=[("Conflicts", "libgranite")]),
     ]
@@ -303,8 +303,8 @@ def _scriptlets():
     sections = ("pre", "post", "preun", "postun")
     talk = {section: _talk("chatterbox", section) for section in sections}
     return [
-        # The first package is not installed; the next is installed and has an update. Their installation, update and
-        # removal print texts.
+        # chatterbox is not installed; parrot is installed and has an update. When these packages are installed,
+        # updated and removed, their scriptlets print texts.
         Package("chatterbox", "1.0", "Tells what it is doing", arch="noarch", scripts=talk),
         Package("parrot", "1.0", "Repeats what it is doing", arch="noarch", state="user",
                 scripts={section: _talk("parrot-1.0", section) for section in sections}),
@@ -360,7 +360,7 @@ def _conflicting_files():
                 files=palette("inkwell-classic")),
         Package("inkwell-modern", "1.0", "Writing program with fresh colours", arch="noarch",
                 files=palette("inkwell-modern")),
-        # Conflicts with a file of the installed package busybox.
+        # This package conflicts with a file of the installed package busybox.
         Package("vanity-shell", "1.0", "A shell that wants to be the only one", arch="noarch",
                 files={"/bin/sh": "#!/bin/busybox\n"}),
     ]

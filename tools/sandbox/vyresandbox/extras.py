@@ -27,7 +27,7 @@ REPOSITORIES = ("extra-modules", "extra-advisories", "extra-zchunk", "extra-zstd
 
 PLATFORM = "platform:larkspur9"
 
-# Packages with the same change log may be built together. Newer versions of rpm then give the module label of one
+# Packages with the same change log may be built together. Some versions of rpm then give the module label of one
 # package to all of them. So the packages of modules have a separate change log.
 CHANGELOGS = {"modular": CATALOGUE_CHANGELOGS["first"]}
 
@@ -103,7 +103,7 @@ _GROVE = {stream: [_modular("grove-cli", version, "Plants groves", "grove", stre
                             relations=[("Requires", "grove-data = %s" % version)]),
                    _modular("grove-data", version, "Seeds of groves", "grove", stream)]
           for stream, version in (("0", "0.9"), ("1", "1.4"), ("2", "2.2"))}
-# The module has no default stream: the packages are available only if the stream is enabled.
+# The module orangery has no default stream: its packages are available only if the stream is enabled.
 _ORANGERY = [_modular("orangery", "5.0", "Keeps oranges warm", "orangery", "5")]
 # The default stream of tidepool needs a stream of grove that is not grove's default stream.
 _TIDEPOOL = [_modular("tidepool", "7.0", "Looks into pools", "tidepool", "7",
@@ -111,10 +111,10 @@ _TIDEPOOL = [_modular("tidepool", "7.0", "Looks into pools", "tidepool", "7",
 _PLAIN_MODULES = [
     # This package has the newest version. An active stream with a package of the same name hides it.
     Package("grove-cli", "3.0", "Plants groves, without a module", repo="extra-modules", arch="noarch"),
-    # Coexists with the packages of the streams.
+    # This package coexists with the packages of the streams.
     Package("grove-map", "1.0", "Shows groves", repo="extra-modules", arch="noarch",
             relations=[("Requires", "grove-cli")]),
-    # Conflicts with the packages of the default stream.
+    # This package conflicts with the packages of the default stream.
     Package("grove-axe", "1.0", "Fells groves", repo="extra-modules", arch="noarch",
             relations=[("Conflicts", "grove-data < 2")]),
 ]
@@ -280,7 +280,7 @@ def make_repositories(sandbox, work):
         os.makedirs(sandbox.repository(name))
     for package in packages():
         shutil.move(os.path.join(work, package.file_name), sandbox.repository(package.repo))
-    # extra-rules and extra-rival have this package.
+    # This package is in both repositories, extra-rules and extra-rival.
     shutil.copy(os.path.join(sandbox.repository("extra-rules"), "steady-2-1.noarch.rpm"),
                 sandbox.repository("extra-rival"))
     for name in REPOSITORIES:

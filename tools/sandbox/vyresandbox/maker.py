@@ -15,7 +15,8 @@ from .build import KeyRing, build_packages, run
 from .dnfbase import bare_base, fault_of_groups
 from .sandbox import CREATEREPO, FILE_REPOSITORIES, HTTP_REPOSITORIES, Sandbox
 
-# The plug-ins of the test machine are off, because one of these plug-ins keeps every installed package.
+# The plug-ins of the test machine are switched off, because one of these plug-ins copies every installed package to
+# another directory.
 _MAIN_CONFIGURATION = """\
 [main]
 gpgcheck=1
@@ -107,7 +108,8 @@ def _write_comps(path):
 
 
 def _populate_root(sandbox, packages):
-    # These files exist before the first package: scriptlets need the devices, dnf and rpm need the directories.
+    # These files must exist before the first package is installed: scriptlets need the devices, dnf and rpm need the
+    # directories.
     for name in ("dev", "tmp", "var/cache", "var/log", "var/lib/rpm", "var/lib/dnf"):
         os.makedirs(os.path.join(sandbox.root, name))
     os.chmod(os.path.join(sandbox.root, "tmp"), 0o1777)
