@@ -3843,6 +3843,30 @@ Ohne sie fortfahren?
         <source>Locked by %1</source>
         <translation>Gesperrt durch %1</translation>
     </message>
+    <message>
+        <source>{}: the version of {} is locked by {}</source>
+        <translation>{}: Die Version von {} ist gesperrt durch {}</translation>
+    </message>
+    <message>
+        <source>{}: the configuration or a plug-in excludes this version</source>
+        <translation>{}: Die Konfiguration oder ein Plug-in schließt diese Version aus</translation>
+    </message>
+    <message>
+        <source>The group {} is not installed: only its installed packages are updated. To install the whole group, mark it for Install after this transaction.</source>
+        <translation>Die Gruppe {} ist nicht installiert: nur ihre installierten Pakete werden aktualisiert. Um die ganze Gruppe zu installieren, merken Sie sie nach dieser Transaktion zum Installieren vor.</translation>
+    </message>
+    <message>
+        <source>This undoes transaction {}.</source>
+        <translation>Dies macht die Transaktion {} rückgängig.</translation>
+    </message>
+    <message>
+        <source>This undoes all transactions after transaction {}.</source>
+        <translation>Dies macht alle Transaktionen nach der Transaktion {} rückgängig.</translation>
+    </message>
+    <message>
+        <source>This repeats transaction {}.</source>
+        <translation>Dies wiederholt die Transaktion {}.</translation>
+    </message>
 </context>
 <context>
     <name>YumIOCapturers</name>

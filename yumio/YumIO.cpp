@@ -204,6 +204,16 @@ const char* const scriptTexts[] = {
                                "VYRE keeps these lines of {}, because they lock other packages too:\n"
                                "{}"),
     QT_TRANSLATE_NOOP("YumIO", "The versionlock plug-in is not loaded."),
+    QT_TRANSLATE_NOOP("YumIO", "{}: the version of {} is locked by {}"),
+    QT_TRANSLATE_NOOP("YumIO", "{}: the configuration or a plug-in excludes this version"),
+    // The following two lines are one text.
+    // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
+    QT_TRANSLATE_NOOP("YumIO",
+                      "The group {} is not installed: only its installed packages are updated. To install "
+                      "the whole group, mark it for Install after this transaction."),
+    QT_TRANSLATE_NOOP("YumIO", "This undoes transaction {}."),
+    QT_TRANSLATE_NOOP("YumIO", "This undoes all transactions after transaction {}."),
+    QT_TRANSLATE_NOOP("YumIO", "This repeats transaction {}."),
     QT_TRANSLATE_NOOP("YumIO",
                       "An interrupted transaction has left several installed versions of these packages:\n"
                       "{}\n\"dnf remove --duplicates\" removes the older versions."),

@@ -83,7 +83,7 @@ with ownPackage():
     from vyre.groups import Group
     from vyre.history import commandLine, refuseHistory, reportLeftovers
     from vyre.image import checkPersistence
-    from vyre.listing import otherSections
+    from vyre.listing import otherSections, remarksAboutUpdates
     from vyre.locks import DatabaseLock, WaitingLock, releaseSessionLock, takeSessionLock
     from vyre.marks import Marks
     from vyre.metadata import checkModuleFiles, documentPath
@@ -361,6 +361,8 @@ class YumIO:
             marks, leftOut, reasons = resolveMarks(
                 self.base, Marks(installs, updates, removes, groupInstalls, groupUpdates, groupRemoves))
             self.leftOut.extend(leftOut)
+            if marks is not None:
+                self.base.introduction += remarksAboutUpdates(self.base, marks.groupUpdates)
             return None if marks is None else (commandLine(
                 ('install', [package.name for package in marks.installs]),
                 ('upgrade', [new.name for new in marks.newVersions()]),
@@ -392,7 +394,7 @@ class YumIO:
         self.systemChanged = base.changed = False
         self.outdated = False
         del self.remarks[:]
-        del self.leftOut[:]
+        del self.leftOut[:], base.introduction[:]
         self.leftOutReasons = ''
         self.outcome = base.outcome = None
         base.historyFault = None

@@ -59,7 +59,9 @@ class GroupsTest(JourneyTest):
             window.mark_listed('Weaving')
             window.wait_action('update', 'Weaving')
             dialog = window.apply()
-            self.check_listing(dialog, ['Upgrade: loomctl 1.1-1 (x86_64) [sandbox-updates]'])
+            self.check_listing(dialog, ['Upgrade: loomctl 1.1-1 (x86_64) [sandbox-updates]'], remark=(
+                'The group Weaving is not installed: only its installed packages are updated. To install the whole '
+                'group, mark it for Install after this transaction.'))
             self.carry_out(window, dialog)
             self.check_changed(new=['loomctl-1.1-1.x86_64'], gone=['loomctl-1.0-1.x86_64'])
             self.check_view(window, 'View Updatable', 'Weaving', False)

@@ -7,6 +7,7 @@ import journey
 from journey import JourneyTest, driver, wait_for
 
 TITLE = 'VYRE History'
+NUMBER = 0
 RESULT = 5
 
 
@@ -62,7 +63,8 @@ class HistoryTest(JourneyTest):
             dialog = window.program.window('Apply')
             self.check_listing(dialog, [
                 'Downgrade: anvil-make 4.1-1 (x86_64) [sandbox-http]', 'Remove: libbough 1.1-1 (x86_64)'],
-                ['Remove: libtwig 1.0-1 (x86_64)'])
+                ['Remove: libtwig 1.0-1 (x86_64)'], remark='This undoes transaction {}.'.format(count))
+            self.picture('undo')
             dialog.click_button('Cancel')
             history = self.history(window)
             self.check_changed(**changed)
@@ -110,11 +112,13 @@ class HistoryTest(JourneyTest):
             driver.type_text('astrolabe')
             wait_for(lambda: history.row_count() == 1, 'the filtered list')
             history.wait_details('Install\tastrolabe-5.6-1.x86_64')
+            number = history.cells(NUMBER)[0]
             history.choose('s')
             dialog = window.program.window('Apply')
             self.check_listing(dialog, [
                 'Install: cinder-backup 1.4-1 (noarch) [sandbox-http]', 'Remove: loupe 45.0-1 (x86_64)',
-                'Downgrade: barometer 1.0-1 (x86_64) [sandbox-http]'])
+                'Downgrade: barometer 1.0-1 (x86_64) [sandbox-http]'],
+                remark='This undoes all transactions after transaction {}.'.format(number))
             window.accept(dialog)
             window.wait_ready()
             self.check_changed(new=['astrolabe-5.6-1.x86_64'])
@@ -135,10 +139,12 @@ class HistoryTest(JourneyTest):
             self.read_dialog(window.program, 'Query', 'Cannot find rpm nevra "lexicon-en-2023.1-1.noarch"',
                              'Go on without them?').click_button('No')
             history = self.history(window)
+            number = history.cells(NUMBER)[0]
             history.choose('u')
             self.read_dialog(window.program, 'Query', 'lexicon-en').click_button('Yes')
             dialog = window.program.window('Apply')
-            self.check_listing(dialog, ['Install: almanac 1.9-1 (noarch) [sandbox-http]'])
+            self.check_listing(dialog, ['Install: almanac 1.9-1 (noarch) [sandbox-http]'],
+                               remark='This undoes transaction {}.'.format(number))
             self.carry_out(window, dialog)
             self.check_changed(gone=['lexicon-en-2023.1-1.noarch'])
 

@@ -163,6 +163,8 @@ def python_messages(*parts):
                     names in (['parts', 'append'], ['sys', 'stdout', 'write'], ['show'], ['askForKey'],
                               ['dnf', 'exceptions', 'Error']):
                 add(_literal(node.args[0]), node)
+            elif names == ['tr'] and (_literal(node.args[0]) or '').startswith('{}: the '):  # a line of a question
+                add(_literal(node.args[0]), node)
             elif names[-1] == 'showReading' and len(node.args) == 2:
                 add(_literal(node.args[1]), node)
             elif names[-1] in ('debug', 'info') or names == ['dnf', 'i18n', '_']:  # the debug log, and texts of dnf

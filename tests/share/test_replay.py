@@ -314,8 +314,30 @@ class UndoTest(ReplayTest):
         self.module("program").addBeforeListing = introduced.append
         self.assertEqual(self.changes(self.replay, "rollback", before),
                          (set(), {"loupe-45.0-1.x86_64", "sextant-1.0-1.x86_64"}))
-        self.assertEqual(introduced, ["Transaction history is incomplete, before %d.\n"
-                                      "Transaction history is incomplete, after %d.\n\n" % (before + 2, before + 1)])
+        self.assertEqual(introduced, ["This undoes all transactions after transaction %d.\n"
+                                      "Transaction history is incomplete, before %d.\n"
+                                      "Transaction history is incomplete, after %d.\n\n"
+                                      % (before, before + 2, before + 1)])
+
+    @in_own_process
+    def test_the_listing_names_the_recorded_transaction(self):
+        self.started()
+        self.apply(installs=["astrolabe"])
+        self.again()
+        number = self.newest()[0]
+        introduced = []
+
+        def introduce(text):
+            # The program accepts such lines only after the listing itself.
+            self.assertEqual(self.recording.names()[-1], "listTransaction")
+            introduced.append(text)
+
+        self.module("program").addBeforeListing = introduce
+        self.replay("undo", number)
+        self.again()
+        self.replay("redo", number)
+        self.assertEqual(introduced, ["This undoes transaction %d.\n\n" % number,
+                                      "This repeats transaction %d.\n\n" % number])
 
     @in_own_process
     def test_an_undo_or_redo_without_changes_is_refused(self):

@@ -341,10 +341,20 @@ class GroupTest(ScenarioTest):
     @in_own_process
     def test_the_update_of_an_uninstalled_group_updates_only_installed_members(self):
         self.started()
+        introduced = []
+        self.module("program").addBeforeListing = introduced.append
         changed = self.changes(self.apply, group_updates=["weaving"])
         self.assertEqual(changed, ({"loomctl-1.1-1.x86_64"}, {"loomctl-1.0-1.x86_64"}))
+        self.assertEqual(introduced, ["The group Weaving is not installed: only its installed packages are updated. To "
+                                      "install the whole group, mark it for Install after this transaction.\n\n"])
         self.again()
         self.assertIsNone(self.group("weaving"))
+        # The sentence gives good advice, and no other listing has it.
+        changed = self.changes(self.apply, group_installs=["weaving"])
+        self.assertEqual(changed, ({"shuttle-1.0-1.x86_64"}, set()))
+        self.again()
+        self.assertIsNotNone(self.group("weaving"))
+        self.assertEqual(len(introduced), 1)
 
     @needs_groups
     @in_own_process

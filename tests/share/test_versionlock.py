@@ -127,6 +127,50 @@ class VersionLocksTest(ScenarioTest):
         self.assertEqual(before - self.names_of_updates(), {"quillbase"})
         self.assertEqual(set(self.locked()), {"quillbase"})
 
+    def updated(self, *names):
+        """Updates these packages; returns the number of the transaction."""
+        self.started()
+        pairs = [[new, old] for new in self.updates for old in self.installed if new.name in names
+                 and old.name == new.name]
+        self.recording.answers = [1]
+        self.yumio.apply([], pairs, [], [], [], [])
+        return self.yumio.transactions()[0][0]
+
+    def assert_undo_fails(self, number, reason):
+        self.again()
+        with self.assertRaises(self.dnf.exceptions.Error) as caught:
+            self.yumio.replay("undo", number)
+        self.assertEqual(str(caught.exception), "The transaction is impossible:\n  %s\nNothing was changed. VYRE keeps "
+                         "all marks." % reason)
+        self.assertEqual(self.recording.of("userconfirm"), [])
+
+    @in_own_process
+    def test_an_undo_that_a_lock_prevents_names_the_lock(self):
+        excluded = "abacus-cli-3.2.1-1.x86_64: the configuration or a plug-in excludes this version"
+        number = self.updated("abacus-cli")
+        self.write_locks("abacus-cli-0:3.3.0-2.*")
+        self.assert_undo_fails(number, "abacus-cli-3.2.1-1.x86_64: the version of abacus-cli is locked by "
+                               "abacus-cli-0:3.3.0-2.*")
+        self.write_locks("!abacus-cli-0:3.2.1-1.*")
+        self.assert_undo_fails(number, excluded)
+        self.write_locks()
+        self.configure("exclude=abacus-cli-3.2.1-1")
+        self.assert_undo_fails(number, excluded)
+
+    @in_own_process
+    def test_the_question_about_an_undo_names_the_lock(self):
+        number = self.updated("abacus-cli", "barometer")
+        self.write_locks("abacus-cli-0:3.3.0-2.*")
+        self.again()
+        self.recording.answers = [0]
+        self.yumio.replay("undo", number)
+        self.assertIn("These changes are impossible:\n  abacus-cli-3.2.1-1.x86_64: the version of abacus-cli is locked "
+                      "by abacus-cli-0:3.3.0-2.*\n\nGo on without them?", self.recording.printed())
+        self.recording.clear()
+        self.recording.answers = [1, 1]
+        self.assertEqual(self.changes(self.yumio.replay, "undo", number),
+                         ({"barometer-1.0-1.x86_64"}, {"barometer-1.1-2.x86_64"}))
+
     @in_own_process
     def test_locking_an_available_package_locks_the_available_version(self):
         self.started()

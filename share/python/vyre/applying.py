@@ -42,9 +42,9 @@ def confirmTransaction(base, sections):
         introduceListing(tr('This is only a test, because the tsflags option contains test. dnf downloads and '
                             'checks the packages;\n'
                             'it installs, updates and removes nothing.\n\n'))
-    remarks = remarksAboutGroups(base)
-    if remarks:
-        introduceListing('\n'.join(remarks) + '\n\n')
+    for lines in (remarksAboutGroups(base), base.introduction):
+        if lines:
+            introduceListing('\n'.join(lines) + '\n\n')
     for heading, lines in sections:
         extendListing(heading + ':\n' + ''.join('\t%s\n' % ' '.join(line.split()) for line in lines))
     installed = installSet(base)

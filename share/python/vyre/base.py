@@ -55,6 +55,7 @@ class Base(dnf.Base):
         self.judge = None  # the function that resolveIf() calls with the solution
         self.withoutSpace = []  # packages whose scripts may not have run because the disk was full
         self.outcome = None  # the Outcome of the confirmed transaction
+        self.introduction = []  # the lines above the listing of the next transaction
         # The messages that the program shows after a successful operation, and then removes from this list.
         self.remarks = []
         self._remarked = set()  # all messages so far: if remark() gets a message again, it only logs this message

@@ -66,6 +66,15 @@ def remarksAboutGroups(base):
     return sorted(remarks)
 
 
+def remarksAboutUpdates(base, groups):
+    """A sentence for each of these groups, marked for an update, that is not installed. The dnf command refuses such an
+    update. The table does not offer the installation of such a group while a member has an update.
+    """
+    return sorted(tr('The group {} is not installed: only its installed packages are updated. To install the whole '
+                     'group, mark it for Install after this transaction.').format(group.name)
+                  for group in groups if base.history.group.get(group.id) is None)
+
+
 def membersOf(group):
     """The names of the packages that dnf installs with a group. group: a group object of dnf's history."""
     types = group.getPackageTypes()

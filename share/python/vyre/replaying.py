@@ -9,9 +9,11 @@ import types
 
 import dnf.exceptions
 import dnf.i18n
+import dnf.subject
+import hawkey
 
+from . import versionlock
 from .listing import otherSections
-from .output import introduceListing
 from .privatenames import lacksReplay
 from .program import tr, yumIOC
 from .reasons import nothingToDo
@@ -56,6 +58,43 @@ def replayed(base, kind, number, skip):
     return command.replay
 
 
+def explained(base, errors):
+    """The texts of dnf's errors. If a repository has the package of an error, but a version lock or the configuration
+    excludes it, a sentence with this reason replaces dnf's text.
+    """
+    _, locks = versionlock.versionLocks(base) or ('', {})
+    return [reasonOfExclusion(base, str(error), locks) or str(error) for error in errors]
+
+
+def reasonOfExclusion(base, text, locks):
+    """Why dnf does not find the package that this text of dnf names; empty if no repository has the package.
+
+    locks: a dictionary from names to the lines that lock their versions.
+    """
+    # This is dnf's text about a package that it cannot find.
+    start, _, end = dnf.i18n._('Cannot find rpm nevra "{nevra}".').partition('{nevra}')
+    if not text.startswith(start) or not text.endswith(end):
+        return ''
+    nevra = text[len(start):len(text) - len(end)]
+    everything = base.sack.query(flags=hawkey.IGNORE_REGULAR_EXCLUDES)
+    found = dnf.subject.Subject(nevra).get_best_query(base.sack, with_nevra=True, with_provides=False,
+                                                      with_filenames=False, query=everything).run()
+    if not found:
+        return ''
+    name = found[0].name
+    if name in locks:
+        return tr('{}: the version of {} is locked by {}').format(nevra, name, locks[name])
+    return tr('{}: the configuration or a plug-in excludes this version').format(nevra)
+
+
+def introduction(kind, number):
+    """The first line of the listing: the name of the recorded transaction."""
+    texts = {UNDO: tr('This undoes transaction {}.'),
+             ROLLBACK: tr('This undoes all transactions after transaction {}.'),
+             REDO: tr('This repeats transaction {}.')}
+    return texts[kind].format(number)
+
+
 def impossibility(lines):
     """Returns an exception with the reasons why a transaction cannot be undone or repeated."""
     return dnf.exceptions.Error(tr('The transaction is impossible:\n'
@@ -71,18 +110,19 @@ def resolveReplay(base, kind, number):
     if missing:
         raise dnf.exceptions.Error(missing)
     from dnf.transaction_sr import TransactionReplayError
-    impossible = []
+    errors, impossible = [], []
     with Notes() as notes:
         try:
             replay = replayed(base, kind, number, False)
         except TransactionReplayError as e:
-            impossible = [str(each) for each in e.errors]
+            errors = [str(each) for each in e.errors]
+            impossible = explained(base, errors)
             del notes.lines[:]
             base.reset(goal=True)
             try:
                 replay = replayed(base, kind, number, True)
             except TransactionReplayError as again:
-                raise impossibility([str(each) for each in again.errors])
+                raise impossibility(explained(base, again.errors))
     try:
         base.resolve()
     except dnf.exceptions.DepsolveError as e:
@@ -98,7 +138,6 @@ def resolveReplay(base, kind, number):
                                 '\n'.join('  ' + line for line in impossible)))
         if yumIOC.userconfirm() != 1:
             return False
-    lines = notes.lines + [line for line in replay.get_warnings() if line not in impossible]
-    if lines:
-        introduceListing('\n'.join(lines) + '\n\n')
+    base.introduction.append(introduction(kind, number))
+    base.introduction += notes.lines + [line for line in replay.get_warnings() if line not in errors]
     return True
