@@ -120,7 +120,11 @@ void MainWindow::initialize()
     if (logAtStart) {
         displayLog();
     }
-    if (!yumIO->initialize()) {
+    const bool started = yumIO->initialize();
+    if (quitting()) {
+        return;
+    }
+    if (!started) {
         quit();
         return;
     }

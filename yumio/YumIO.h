@@ -29,6 +29,7 @@
 #include "yumio/TransactionState.h"
 #include "yumio/VersionLocks.h"
 
+#include <QEventLoop>
 #include <QHash>
 #include <QMutex>
 #include <QObject>
@@ -43,7 +44,6 @@
 
 class Expression;
 class HProgressBar;
-class QEventLoop;
 class QThread;
 class QWidget;
 class YumIOCapturers;
@@ -385,12 +385,15 @@ private:
     void releaseLock();
 
     // Worker threads (YumIOThreads.cpp): the functions that run on a worker, and the classes of the workers.
-    // If `stoppable` is true, a request to stop has an effect from the start.
-    void execWorkThread(QEventLoop& loop, QThread& thread, bool stoppable = false);
+    // If `stoppable` is true, a request to stop has an effect from the start. The loop serves the events that
+    // `flags` selects.
+    void execWorkThread(QEventLoop& loop, QThread& thread, bool stoppable = false,
+                        QEventLoop::ProcessEventsFlags flags = QEventLoop::AllEvents);
     // Returns the result of the operation. If the operation was stopped, logs this.
     bool outcome(bool done);
     // Returns whether the running operation must end, unless it changes the system.
     bool mustGiveUp() const;
+    bool initializeReal();
     bool collectReal(const QHash<QString, bool>& repoEnable, Source source);
     void clearEntriesReal();
     bool collectFileListsReal();
@@ -406,6 +409,7 @@ private:
     bool readHistoryReal(HistoryRecords* found);
     QString describeTransactionReal(qint64 number);
     bool replayReal(Replay kind, qint64 number);
+    using InitializeThread = WorkerThread<&YumIO::initializeReal>;
     using CollectThread = WorkerThread<&YumIO::collectReal>;
     using ClearEntriesThread = WorkerThread<&YumIO::clearEntriesReal>;
     using CollectFileListsThread = WorkerThread<&YumIO::collectFileListsReal>;

@@ -23,7 +23,8 @@ constexpr unsigned long servingInterval = 20;
 
 } // namespace
 
-void YumIO::execWorkThread(QEventLoop& loop, QThread& thread, bool stoppable)
+void YumIO::execWorkThread(QEventLoop& loop, QThread& thread, bool stoppable,
+                           QEventLoop::ProcessEventsFlags flags)
 {
     // Log an unfinished line of output that arrived after the previous operation.
     finishLines();
@@ -41,7 +42,7 @@ void YumIO::execWorkThread(QEventLoop& loop, QThread& thread, bool stoppable)
     // Release the worker only when the event loop runs. Before that, the worker must neither end the loop nor
     // send requests to the graphical thread.
     QTimer::singleShot(0, this, SLOT(blockerRelease()));
-    loop.exec();
+    loop.exec(flags);
     // The loop may have ended before the worker, for example because the application ends. The operation must
     // not be interrupted, so keep answering the worker's requests. Leave user input to the outer event loop.
     while (!thread.isFinished() && !thread.wait(10)) {

@@ -2,11 +2,13 @@
 
 // Starts the back end with the script of VYRESHARE, and prints what the user sees, one item per line. The
 // first argument is Python code that the interpreter runs before the script. If PRINT_LOG is set, the program
-// also prints the log. A second argument starts a collection.
+// also prints the log. If PRINT_EVENTS is set, it also prints whether a timer fired while the back end
+// started. A second argument starts a collection.
 
 #include <cstdio>
 
 #include <QApplication>
+#include <QTimer>
 
 #include "tests/yumio/BackEnd.h"
 
@@ -34,7 +36,15 @@ int main(int argc, char** argv)
             yumIO.startInterpreter();
             yumIO.python().py(argv[1]);
         }
+        bool fired = false;
+        QTimer timer;
+        QObject::connect(&timer, &QTimer::timeout, [&fired] { fired = true; });
+        timer.start(10);
         print(yumIO.initialize() ? "started" : "failed");
+        timer.stop();
+        if (qEnvironmentVariableIsSet("PRINT_EVENTS")) {
+            print(fired ? "events were served" : "no event was served");
+        }
         for (const ShownDialog& each : answers.take()) {
             print(each.title + ": " + each.text);
         }

@@ -103,6 +103,24 @@ private Q_SLOTS:
                  QStringList({"argv ['info'] __main__", "started", "again: started"}));
     }
 
+    void whileTheScriptIsImportedTheWindowServesEvents()
+    {
+        variables.insert("PRINT_EVENTS", "1");
+        QCOMPARE(start("import time\n"
+                       "time.sleep(0.5)\n"
+                       "class YumIO:\n    base = 1\n"),
+                 QStringList({"started", "events were served", "again: started"}));
+    }
+
+    // Python's threading module reports errors at exit if another thread has imported it first.
+    void theGraphicalThreadIsTheMainThreadOfPython()
+    {
+        QCOMPARE(start("import threading as t\n"
+                       "print('main thread', t.main_thread() is t.current_thread(), flush=True)\n"
+                       "class YumIO:\n    base = 1\n"),
+                 QStringList({"main thread False", "started", "again: started"}));
+    }
+
     // Root may start the program in a directory to which other users can write, so the script must not import
     // modules from this directory.
     void theScriptImportsOnlyTheModulesOfItsShareDirectory()
