@@ -148,7 +148,7 @@ class AdministratorTest(unittest.TestCase):
 
     # What root receives
 
-    def test_vyre_runs_as_root_on_the_display_of_the_user_and_inherits_nothing_else(self):
+    def test_vyre_runs_as_root_and_inherits_only_the_display_of_the_user(self):
         cookies = self.system.runtime + '/cookies'
         self.display.write_cookie(cookies, UID)
         hurtful = os.path.join(self.system.home, 'hurtful')
@@ -295,7 +295,7 @@ class AdministratorTest(unittest.TestCase):
         run('setpriv', '--bounding-set=-sys_resource', ADMIN, env={'PKEXEC_UID': str(UID)})
         self.assertIsNotNone(self.system.record())
 
-    def test_vyre_starts_with_closed_standard_streams(self):
+    def test_vyre_starts_if_the_standard_streams_are_closed(self):
         self.record_the_start_of_vyre()
         for closed in ('<&-', '>&-', '2>&-', '<&- >&-', '<&- 2>&-', '>&- 2>&-', '<&- >&- 2>&-'):
             with self.subTest(closed):

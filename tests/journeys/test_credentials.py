@@ -193,10 +193,10 @@ class CredentialsDialogTest(CredentialsTest):
             self.quit(window)
         self.assertEqual({request[2:] for request in self.server.requests}, {(NAME, PASSWORD, 200), ('', '', 403)})
 
-    def test_escape_skips_the_repository_in_question(self):
+    def test_escape_skips_the_repository_that_the_dialog_shows(self):
         self.check_skipped(lambda: driver.key('Escape'))
 
-    def test_closing_the_dialog_skips_the_repository_in_question(self):
+    def test_closing_the_dialog_skips_the_repository_that_it_shows(self):
         self.check_skipped(lambda: driver.key('alt+F4'))
 
     def test_skip_all_saves_no_credentials(self):
@@ -220,7 +220,7 @@ class CredentialsDialogTest(CredentialsTest):
         self.check_file()
         self.check_changed(new=['pergola-6.1-1.x86_64'])
 
-    def test_disable_for_session_disables_the_repository_in_question(self):
+    def test_disable_for_session_disables_the_repository_that_the_dialog_shows(self):
         self.configure()
         with self.program() as program:
             self.question_about(program, 'one').click_button('Disable for Session')

@@ -140,7 +140,7 @@ class DisplayTest(JourneyTest):
         for stream in ('stdout', 'stderr'):
             self.assertEqual(output.count('vyre: loudhailer: {} line '.format(stream)), 6000)
 
-    def test_losing_the_display_does_not_interrupt_the_last_scriptlets(self):
+    def test_losing_the_display_does_not_interrupt_the_last_scriptlets_of_a_transaction(self):
         output = self.check_transaction_completes(self.lose, 'lastword', 'lastword-1.0-1.noarch', ())
         self.assertIn('vyre: lastword: end', output)
 
@@ -168,7 +168,7 @@ class DisplayTest(JourneyTest):
             self.assertEqual(os.listdir(self.temporary), [])
             self.check_unchanged()
 
-    def test_losing_the_display_during_the_question_about_a_key_declines_it(self):
+    def test_losing_the_display_during_the_question_about_a_key_declines_the_key(self):
         """If the user cannot answer, the program does not import the key."""
         with self.started() as program:
             window, dialog = self.mark_and_apply(program, 'wax-tablet')

@@ -124,7 +124,7 @@ class FailureTest(JourneyTest):
             self.check_usable(window)
             self.check_unchanged()
 
-    def test_unreachable_server_is_reported_if_it_stops_before_the_download(self):
+    def test_failure_is_reported_if_the_server_stops_before_the_download(self):
         with self.opened() as window:
             window.mark_listed('pergola')
             dialog = window.apply()
@@ -141,7 +141,7 @@ class FailureTest(JourneyTest):
             self.carry_out(window)
             self.check_changed(new=['pergola-6.1-1.x86_64'])
 
-    def test_unreachable_server_is_reported_if_it_stops_during_the_download(self):
+    def test_failure_is_reported_if_the_server_stops_during_the_download(self):
         gate = Gate()
         self.sandbox.server.faults[PERGOLA] = gate
         with self.opened() as window:

@@ -29,12 +29,12 @@ class DiskTest(StartTest):
         with self.unprivileged():
             self.check_no_lock('Permission denied', directory)
 
-    def test_full_disk_under_the_lock_directory_is_reported(self):
+    def test_lock_directory_on_a_full_disk_is_reported(self):
         directory = os.path.dirname(self.path(DATABASE_LOCK))
         with self.wrapped('mount -t tmpfs -o size=4k none {0}; printf x > {0}/fill'.format(directory)):
             self.check_no_lock('No space left on device')
 
-    def test_full_disk_under_the_cache_directory_is_reported(self):
+    def test_cache_directory_on_a_full_disk_is_reported(self):
         directory = os.path.dirname(self.path('var/cache/yum/x'))
         with self.wrapped('mount -t tmpfs -o size=16k none ' + directory):
             with self.program() as program:
@@ -48,7 +48,7 @@ class DiskTest(StartTest):
                 self.check_refresh_helps(window)
                 self.quit(window)
 
-    def test_program_starts_if_the_disk_under_the_log_directory_is_full(self):
+    def test_program_starts_even_if_the_log_directory_is_on_a_full_disk(self):
         directory = os.path.dirname(self.path('var/log/x'))
         with self.wrapped('mount -t tmpfs -o size=4k none {0}; printf x > {0}/fill'.format(directory)):
             with self.program() as program:

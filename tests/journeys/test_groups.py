@@ -17,7 +17,7 @@ class GroupsTest(JourneyTest):
         window.wait_names([name] if listed else [])
 
     @needs_groups
-    def test_group_is_installed_and_then_removed(self):
+    def test_group_that_the_user_has_installed_can_be_removed(self):
         members = ['hedgerow-4.0-1.noarch', 'orrery-3.7-1.x86_64', 'pebble-go-1.4-1.x86_64']
         with self.opened('--groups') as window:
             window.mark_listed('Games')
@@ -42,7 +42,7 @@ class GroupsTest(JourneyTest):
             self.check_view(window, 'View Installable', 'Games', True)
 
     @needs_groups
-    def test_installed_group_is_removed(self):
+    def test_group_that_dnf_has_installed_can_be_removed(self):
         with self.opened('--groups') as window:
             window.mark_listed('Arts')
             window.wait_action('remove', 'Arts')

@@ -45,7 +45,7 @@ class LockTest(StartTest):
             with open(path) as stream:
                 self.assertEqual(stream.read(), str(os.getpid()))
 
-    def test_a_second_vyre_on_the_same_system_lists_nothing(self):
+    def test_a_second_vyre_on_the_same_system_lists_no_packages(self):
         with self.program() as first:
             first_window = first.ready()
             with self.program() as second:

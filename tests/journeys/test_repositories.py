@@ -44,7 +44,7 @@ class EnablingTest(EditingTest):
             self.check_listed(window, USUAL)
             self.assertEqual(self.files(), files)
 
-    def test_packages_are_read_again_even_if_the_user_reverts_the_change_before_ok(self):
+    def test_packages_are_read_again_even_if_the_user_reverts_the_change_before_pressing_ok(self):
         with self.opened() as window:
             count = self.requests_from_now()
             editor = self.edit(window)
@@ -103,7 +103,7 @@ class EnablingTest(EditingTest):
 
 class DirectoriesTest(EditingTest):
 
-    def test_editor_shows_the_directories_that_this_version_of_dnf_reads(self):
+    def test_editor_lists_the_repositories_of_all_directories_that_the_installed_dnf_reads(self):
         known = subprocess.run(['/usr/bin/python3', '-c', 'import dnf.conf\nconf = dnf.conf.Conf()\n'
                                 'print(*conf.reposdir)'], stdout=subprocess.PIPE, check=True).stdout.decode().split()
         optional = {'distro': '/etc/distro.repos.d', 'newer': '/usr/share/dnf5/repos.d'}

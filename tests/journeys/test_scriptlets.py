@@ -94,7 +94,7 @@ class ProcessTest(JourneyTest):
             nightwatch.let_go()
             wait_for(lambda: not nightwatch.is_waiting(), 'the end of the process of the scriptlet')
 
-    def test_browsers_can_end_during_the_transaction(self):
+    def test_browser_that_the_user_has_opened_can_end_during_the_transaction(self):
         share = os.path.join(self.scratch, 'share')
         shutil.copytree(driver.SHARE, share)
         ending = os.path.join(self.scratch, 'ending')

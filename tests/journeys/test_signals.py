@@ -103,7 +103,7 @@ class SignalTest(StartTest):
             del self.sandbox.server.faults[path]
         self.check_next_transaction()
 
-    def test_sigint_during_a_download_is_reported(self):
+    def test_download_that_sigint_interrupts_is_reported(self):
         """During a download, librepo handles SIGINT itself."""
         with self.program() as program:
             gate = self.wait_download(program, REPOMD)

@@ -81,7 +81,7 @@ class SignatureTest(JourneyTest):
             self.check_unchanged()
             self.quit(window)
 
-    def test_package_signed_with_another_key_is_refused(self):
+    def test_package_that_is_not_signed_with_the_key_of_its_repository_is_refused(self):
         with self.program() as program:
             window = program.ready()
             window.show_all()

@@ -364,7 +364,7 @@ class EnvironmentTest(JourneyTest):
     def test_environment_variables_of_the_python_command_are_ignored(self):
         self.check_starts({'PYTHONHOME': '/nonexistent', 'PYTHONPATH': self.scratch, 'PYTHONSTARTUP': '/nonexistent'})
 
-    def test_program_starts_in_missing_and_non_utf_8_locales(self):
+    def test_program_starts_even_if_the_locale_is_missing_or_not_utf_8(self):
         for locale in ('C', 'POSIX', 'xx_XX.nonsense'):
             with self.subTest(locale=locale), self.program(environment={'LC_ALL': locale}) as program:
                 window = program.ready()
@@ -397,7 +397,7 @@ class EnvironmentTest(JourneyTest):
             self.assertFalse(os.path.lexists(path))
             self.assertEqual(os.listdir(outside), ['file'])
 
-    def test_runtime_directory_is_made_in_tmpdir_if_the_session_has_none(self):
+    def test_missing_runtime_directory_is_created_in_tmpdir(self):
         temporary = os.path.join(self.scratch, 'temporary')
         os.mkdir(temporary)
         path = os.path.join(temporary, self.name())
@@ -405,7 +405,7 @@ class EnvironmentTest(JourneyTest):
         self.check_runtime_directory(path, {'TMPDIR': temporary, 'XDG_RUNTIME_DIR': ''})
         self.assertEqual(os.listdir(temporary), [])
 
-    def test_runtime_directory_is_made_in_tmp_if_tmpdir_is_not_set(self):
+    def test_missing_runtime_directory_is_created_in_tmp_if_tmpdir_is_not_set(self):
         path = os.path.join('/tmp', self.name())
         self.check_runtime_directory(path, unset=['XDG_RUNTIME_DIR', 'TMPDIR'])
         self.check_runtime_directory(path, {'TMPDIR': ''}, ['XDG_RUNTIME_DIR'])
@@ -417,7 +417,7 @@ class EnvironmentTest(JourneyTest):
         os.chmod(path, 0o700)
         self.check_runtime_directory(path, {'TMPDIR': temporary}, ['XDG_RUNTIME_DIR'])
 
-    def test_runtime_directory_of_a_session_is_kept(self):
+    def test_runtime_directory_that_the_session_provides_is_kept(self):
         temporary = os.path.join(self.scratch, 'temporary')
         session = os.path.join(self.scratch, 'session')
         for directory in (temporary, session):

@@ -77,7 +77,7 @@ class CleanTest(ScenarioTest):
             self.assertTrue(getattr(self.yumio, method)())
 
     @in_own_process
-    def test_packages_of_a_local_repository_are_kept(self):
+    def test_cleaning_keeps_the_packages_of_a_local_repository(self):
         self.started()
         before = sorted(os.listdir(self.sandbox.repository("sandbox-file")))
         self.yumio.cleanAll()

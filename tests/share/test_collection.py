@@ -122,7 +122,7 @@ class SetupTest(ScenarioTest):
         self.assertTrue(self.yumio.base.sack.query().filter(name="wax-tablet"))
 
     @in_own_process
-    def test_an_unreachable_repository_causes_a_repository_error(self):
+    def test_an_unreachable_repository_causes_a_repository_error_if_skip_if_unavailable_is_not_set(self):
         self.change_repository("sandbox-unreachable", "skip_if_unavailable=1", "skip_if_unavailable=0")
         self.load()
         with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "sandbox-unreachable"):
@@ -340,7 +340,7 @@ class CollectionTest(ScenarioTest):
             self.assertEqual(package.buildhost, "builder7.larkspur.example")
 
     @in_own_process
-    def test_installed_and_available_packages_have_all_texts(self):
+    def test_installed_and_available_packages_have_vendor_licence_and_other_texts(self):
         self.started()
         suite = self.package(self.installed, "vyre-network-suite")
         self.assertEqual(suite.group, "Suite")
@@ -410,7 +410,7 @@ class CollectionTest(ScenarioTest):
         self.assertEqual(len(self.package(self.available, "tagsoup").changelogs), 3)
 
     @in_own_process
-    def test_change_logs_are_readable_after_the_next_collection(self):
+    def test_change_logs_can_be_read_again_after_another_collection(self):
         self.started()
         self.again()
         self.assertEqual(len(self.package(self.available, "tagsoup").changelogs), 3)

@@ -119,7 +119,7 @@ class ConfigurationTest(ScenarioTest):
                                                           if directory != "/etc/distro.repos.d"])
 
     @in_own_process
-    def test_repositories_come_from_the_main_configuration_file_and_both_directories(self):
+    def test_repositories_come_from_the_main_configuration_file_and_both_default_directories(self):
         self.configure("[in-main]", "name=Main", "baseurl=file:///nowhere")
         self.write("/etc/yum/repos.d/second.repo", "[second]\nname=Second\nbaseurl=file:///nowhere\n")
         yumio = self.load()

@@ -69,7 +69,7 @@ class ExcludedTest(ScenarioTest):
         self.assertEqual(self.recording.listed()["oldpost-1.8-1.x86_64"][0], OBSOLETED)
 
     @in_own_process
-    def test_a_removal_is_refused_if_an_excluded_package_needs_the_package(self):
+    def test_a_removal_is_refused_if_an_excluded_package_needs_the_removed_package(self):
         self.started_without("exclude=vyre-network-suite")
         self.assertIn("problem with installed package vyre-network-suite", self.command("remove", "flint-ssh"))
         self.assert_refused("problem with installed package vyre-network-suite", removes=["flint-ssh"])

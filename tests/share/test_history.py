@@ -201,7 +201,7 @@ class DownloadedPackagesTest(OutcomeTest):
         self.assertEqual((self.downloaded(), self.recorded()), ([], []))
 
     @in_own_process
-    def test_the_configuration_can_keep_downloaded_packages(self):
+    def test_downloaded_packages_are_kept_if_keepcache_is_set(self):
         self.configure("keepcache=1")
         self.started()
         self.apply(installs=["astrolabe"])
@@ -240,7 +240,7 @@ class DownloadedPackagesTest(OutcomeTest):
         self.assertEqual((self.downloaded(), self.recorded()), ([], []))
 
     @in_own_process
-    def test_vyre_and_dnf_remove_the_packages_that_the_other_has_downloaded(self):
+    def test_vyre_and_dnf_each_remove_the_packages_that_the_other_program_has_downloaded(self):
         self.started()
         self.run_failing_transaction()
         self.yumio.unlock()
@@ -253,7 +253,7 @@ class DownloadedPackagesTest(OutcomeTest):
         self.assertEqual((self.downloaded(), self.recorded()), ([], []))
 
     @in_own_process
-    def test_vyre_and_dnf_keep_the_same_downloads_after_a_failed_package(self):
+    def test_vyre_and_dnf_keep_the_same_downloads_after_a_package_has_failed(self):
         twin = self.twin()
         self.assertEqual(self.command(twin, "install", "brokenlatch"), 1)
         self.started()

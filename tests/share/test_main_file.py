@@ -300,7 +300,7 @@ class MainFileTest(ScenarioTest):
         subprocess.run(["mount", "--bind", path, self.running_configuration], check=True)
 
     @in_own_process
-    def test_if_the_managed_root_lacks_dnf_conf_the_checks_of_the_running_system_apply(self):
+    def test_if_the_managed_root_lacks_dnf_conf_the_signature_checks_of_the_running_system_apply(self):
         self.use_running_configuration("[main]\ngpgcheck=1\nretries=1\n")
         self.write("/etc/yum.conf", "[main]\ngpgcheck=0\nretries=1\ntimeout=5\n")
         self.assert_unsigned_package_is_refused_as_by_dnf()
@@ -309,7 +309,7 @@ class MainFileTest(ScenarioTest):
                       [text for level, text in self.recording.of("log")])
 
     @in_own_process
-    def test_if_the_managed_root_lacks_all_main_files_the_checks_of_the_running_system_apply(self):
+    def test_if_the_managed_root_lacks_all_main_files_the_signature_checks_of_the_running_system_apply(self):
         self.use_running_configuration("[main]\nrepo_gpgcheck=1\n")
         os.unlink(self.sandbox.root + "/etc/yum.conf")
         self.assertTrue(self.load().base.conf.repo_gpgcheck)

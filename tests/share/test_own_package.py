@@ -43,7 +43,7 @@ class OwnPackageTest(ScenarioTest):
                          {os.path.join(os.path.dirname(SCRIPT), "vyre")})
 
     @in_own_process
-    def test_a_foreign_package_named_vyre_is_not_used_even_if_it_is_already_imported(self):
+    def test_another_package_named_vyre_is_not_used_even_if_it_is_already_imported(self):
         elsewhere = os.path.join(self.directory, "elsewhere")
         os.makedirs(os.path.join(elsewhere, "vyre"))
         for name in ("__init__", "paths"):

@@ -303,7 +303,7 @@ class FailuresTest(PlugInsTest):
             self.NEEDS_DNF.replace("sack", "config"), self.NEEDS_DNF.replace("crooked", "other")])
 
     @in_own_process
-    def test_any_other_exception_in_a_plug_in_is_reported_as_its_own_fault(self):
+    def test_an_exception_not_caused_by_the_missing_dnf_command_is_reported_as_a_fault_of_the_plug_in(self):
         self.load()
         for statement in ("self.cli.demands.resolving = self.base.missing", "self.base.cli.demands",
                           "cli = self.base; cli.demands", "self.other = None; self.other.demands",
@@ -366,7 +366,7 @@ class FailuresTest(PlugInsTest):
         self.assertIn("wrong", "".join(text for text, in self.recording.of("stderrWrite")))
 
     @in_own_process
-    def test_a_plug_in_that_reads_input_fails(self):
+    def test_a_plug_in_that_reads_standard_input_fails(self):
         self.write_plug_in("crooked", raising("sack", "input('why? ')"))
         self.load()
         self.collect()

@@ -42,7 +42,7 @@ SCENARIOS = [
              "^libcairn ^libcairn.i686", update="libcairn", dnf="upgrade libcairn"),
     Scenario("an_update_of_one_architecture_updates_the_other_too", "^twin ^twin.i686", repos=RULES,
              before=["install twin-1-1.x86_64 twin-1-1.i686"], update="twin.x86_64", dnf="upgrade twin.x86_64"),
-    Scenario("an_update_also_updates_its_subpackage", "^leading ^leading-part", repos=RULES,
+    Scenario("an_update_of_a_package_also_updates_its_subpackage", "^leading ^leading-part", repos=RULES,
              before=["install leading-1 leading-part-1"], update="leading", dnf="upgrade leading"),
     Scenario("an_update_of_a_suite_installs_its_new_member", "^vyre-network-suite +nettle-scan",
              update="vyre-network-suite", dnf="upgrade vyre-network-suite"),

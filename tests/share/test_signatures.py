@@ -42,7 +42,7 @@ class SignatureTest(ScenarioTest):
         self.assertIn(CANDLE, self.sandbox.installed())
 
     @in_own_process
-    def test_output_before_the_question_about_a_key_is_cleared(self):
+    def test_captured_output_is_cleared_before_the_question_about_a_key(self):
         self.started()
         self.apply(installs=["wax-tablet"], answers=[1, 1])
         names = [name for name in self.recording.names() if name not in ("log", "errorlog")]
@@ -56,7 +56,7 @@ class SignatureTest(ScenarioTest):
         self.assertLessEqual({TABLET, CANDLE, "wax-polish-2.0-1.x86_64"}, self.sandbox.installed())
 
     @in_own_process
-    def test_a_declined_key_stops_the_transaction_and_is_asked_for_again(self):
+    def test_a_declined_key_stops_the_transaction_and_the_next_transaction_asks_for_it_again(self):
         self.started()
         self.assert_refused("key", installs=["wax-tablet", "astrolabe"], answers=[1, 0])
         self.assertEqual(self.questions(), 2)

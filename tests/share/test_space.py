@@ -175,7 +175,7 @@ class SpaceTest(ScenarioTest):
         self.assertEqual(self.yumio.remarks, [])
 
     @in_own_process
-    def test_a_full_disk_under_the_lock_directory_causes_a_lock_error(self):
+    def test_a_lock_directory_on_a_full_disk_causes_a_lock_error(self):
         self.mount_small("/var/lib/dnf", PLENTY)
         self.load()
         self.fill("/var/lib/dnf")
