@@ -80,8 +80,8 @@ void Dialog::config(YumIO* yumIO, const Package::Entry& entry, YumConfIO* yumCon
 void Dialog::keyPressEvent(QKeyEvent* event)
 {
     // A button has the focus, but the keys that scroll must act on the text. In a small window, the first
-    // area and the area around it both have a scroll bar: Home and End move both, the other keys only the
-    // outer one.
+    // area and the area around it both have a scroll bar: Home and End move both scroll bars, the other keys
+    // move only the outer one.
     const bool toAnEnd = event->key() == Qt::Key_Home || event->key() == Qt::Key_End;
     bool scrolled = false;
     for (HScrollArea* area : findChildren<HScrollArea*>()) {

@@ -17,8 +17,8 @@ enum Mode : qint32 {
 
 enum StateFilter : qint32 { ViewUpdatable = 0, ViewInstallable = 1, ViewRemovable = 2, ViewAll = 3 };
 
-// The columns, in the order of the rows in Columns. A saved table layout uses these numbers too. It is
-// discarded if the number of columns has changed.
+// The columns, in the order of the rows in Columns. A saved table layout uses these numbers too. If the
+// number of columns has changed, a saved layout is discarded.
 enum Column : int {
     ActionColumn = 0,
     StateColumn,

@@ -356,7 +356,7 @@ void View::focusInEvent(QFocusEvent* event)
     const bool hadCurrent = currentIndex().isValid();
     HTableView::focusInEvent(event);
     if (!hadCurrent && currentIndex().isValid()) {
-        // The base class has made the first row current without selecting it. Undo that, because Space or
+        // The base class has made the first row current without selecting it. Undo this, because Space or
         // Enter would act on a row that does not look selected.
         selectionModel()->clearCurrentIndex();
     }

@@ -162,8 +162,8 @@ void Window::appended()
         return;
     }
     if (painting) {
-        // Painting serves events, so this function may be called while it still runs. Without this check, a
-        // fast writer would cause endless recursion.
+        // Painting serves events, so this function may be called again before it has returned. Without this
+        // check, a program that writes fast would cause endless recursion.
         askedAgain = true;
         return;
     }
@@ -221,7 +221,7 @@ void Window::save()
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setFileMode(QFileDialog::AnyFile);
     dialog->setOption(QFileDialog::DontUseNativeDialog);
-    dialog->setOption(QFileDialog::DontConfirmOverwrite); // saveInto() asks instead
+    dialog->setOption(QFileDialog::DontConfirmOverwrite); // saveInto() asks before it replaces a file
     dialog->selectFile(QStringLiteral("vyre-log.txt"));
     // The dialog's own size does not depend on the font, so at 192 dpi its columns would be cut off.
     const QFontMetrics metrics = dialog->fontMetrics();

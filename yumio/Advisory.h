@@ -19,7 +19,7 @@ public:
     // the same numbers.
     enum Obstacle : int {
         Possible = 0,
-        IsInstalled = 1, // this version or a newer version is installed
+        IsInstalled = 1, // the named version or a newer version is installed
         NotOffered = 2,  // no repository offers the update
         Older = 3,       // the update on offer is older than the version that the advisory names
         Locked = 4,      // a version lock excludes the update

@@ -3,7 +3,7 @@
 // Sets SIGCHLD to its default disposition for a scope, because rpm and its scripts wait for their children.
 //
 // During a transaction, the worker has one object on its stack. The destructor restores the former
-// disposition. If a change fails, the back end reports this to the user.
+// disposition. If a change of the disposition fails, the back end reports this to the user.
 
 #ifndef YUMIO_CHILDSIGNAL_H
 #define YUMIO_CHILDSIGNAL_H
@@ -23,8 +23,8 @@ public:
     ChildSignal(const ChildSignal&) = delete;
     ChildSignal& operator=(const ChildSignal&) = delete;
 
-    // Sets the disposition. Call this function once. The constructor does not do this, because the object
-    // must exist before the output capture begins.
+    // Sets the disposition. Call this function once. The constructor does not set it, because the object must
+    // exist before the output capture begins.
     void disable() { disabled = backEnd.sigchldDisable(); }
 
 private:

@@ -29,7 +29,7 @@ using HistoryRecords = QVector<HistoryRecord>;
 // The operations on a recorded transaction.
 enum class Replay {
     UndoThis,
-    UndoAllSince, // undo all newer transactions
+    UndoAllSince, // undo all transactions after this one
     Redo
 };
 

@@ -208,7 +208,7 @@ private:
     std::vector<QByteArray> paths;
 };
 
-// A base of Checker, because these objects must exist before Reader refers to them.
+// A base class of Checker: its members must exist before Reader refers to them.
 struct NothingWanted
 {
     const Wanted nothing;

@@ -6,7 +6,7 @@
 //
 // Any thread may create an object, but only one object may exist at a time. An ignored signal stays ignored.
 // A fault of the program itself, or an abort, still ends the process at once, because the process cannot
-// continue after these two. Child programs that start during the scope have the usual signal actions.
+// continue. Child programs that start during the scope have the usual signal actions.
 
 #ifndef YUMIO_SIGNALRECORDER_H
 #define YUMIO_SIGNALRECORDER_H

@@ -482,8 +482,8 @@ QString YumIO::expandVariables(QString text)
 
 QString YumIO::getBiArch(const QString& arch)
 {
-    // Store each answer: only a few architectures exist, and the script always gives the same answer for one
-    // of them.
+    // Store each answer: only a few architectures exist, and the script always gives the same answer for the
+    // same architecture.
     auto known = biArchByArch.constFind(arch);
     if (known == biArchByArch.constEnd()) {
         const PyRef answer(pyMethodCall(yumIO.get(), "getBiArch", "(s)", arch.toUtf8().constData()));

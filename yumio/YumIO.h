@@ -181,7 +181,8 @@ public:
     Marks marks() const { return records.marks(); }
     // Returns the marks that the last apply() left out, because they cannot be carried out.
     const Marks& leftOutMarks() const { return transaction.leftOut; }
-    // Sets each mark again for the record with its key. Skips records that do not permit the action.
+    // Sets each of these marks again, for the record with the same key. Skips records that do not permit the
+    // action.
     void restoreMarks(const Marks& marks) { records.restoreMarks(marks); }
 
     // In each function, a worker removes files from the package manager's cache.

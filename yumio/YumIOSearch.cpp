@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Collects the texts for a search in every field. A worker reads them once, and the records store them. Then
-// several threads compare them with an expression.
+// Collects the texts for a search in every field. A worker reads these texts once, and the records store
+// them. Then several threads compare the texts with an expression.
 
 #include "yumio/YumIO.h"
 

@@ -449,7 +449,7 @@ class AdministratorTest(unittest.TestCase):
         code = 'import os\nif os.geteuid() == 0:\n    open({!r}, "w").close()\n'
         for name in ('sitecustomize.py', 'usercustomize.py', 'struct.py', 'python/YumIO.py'):
             write(os.path.join(hurtful, name), code.format(os.path.join(hurtful, os.path.basename(name)) + '.0'))
-        # Without pkexec, vyre-admin runs as the user, who may load any library into this process.
+        # If pkexec does not start vyre-admin, vyre-admin runs as the user, who may load any library into this process.
         cookies = self.trusted_cookies()
         for command in ((ADMIN, '-style=marking'), PKEXEC + (ADMIN, '-style', 'marking')):
             with self.subTest(command):

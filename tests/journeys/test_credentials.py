@@ -283,7 +283,7 @@ class WrongPasswordTest(CredentialsTest):
 
     def test_error_message_does_not_show_the_wrong_password(self):
         self.server.users = {NAME: 'another one'}
-        # Without the skip_if_unavailable option, dnf must report that the repository cannot be read.
+        # If skip_if_unavailable is off, dnf must report that the repository cannot be read.
         self.write_repo('vantor.repo', '[one]\nbaseurl={}\ngpgcheck=0\n'.format(self.url('one')))
         with self.program() as program:
             self.answer(program, 'one', 'OK')

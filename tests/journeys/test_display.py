@@ -135,8 +135,8 @@ class DisplayTest(JourneyTest):
 
     def test_losing_the_display_does_not_interrupt_a_transaction(self):
         output = self.check_transaction_completes(self.lose)
-        # Without a display, the captured output goes to standard error. The 600,000 bytes of this scriptlet are more
-        # than a pipe can hold.
+        # After the loss of the display, the captured output goes to standard error. The 600,000 bytes of this
+        # scriptlet are more than a pipe can hold.
         for stream in ('stdout', 'stderr'):
             self.assertEqual(output.count('vyre: loudhailer: {} line '.format(stream)), 6000)
 

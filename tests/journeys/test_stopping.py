@@ -30,7 +30,7 @@ class StoppingTest(StartTest):
         begin = time.monotonic()
         act()
         window.wait_ready()
-        # Without the stop, the answer of the server would take much longer.
+        # If the program did not stop, the answer of the server would take much longer.
         self.assertLess(time.monotonic() - begin, 60)
         self.assertEqual(window.program.titles(), [driver.main_title()])
 

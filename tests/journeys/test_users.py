@@ -104,7 +104,8 @@ class UserTest(JourneyTest):
             window = program.ready()
             window.show_all()
             window.choose(0, 'Search')
-            # After Enter, the program first reads the file lists, and ignores keys until it has read them.
+            # When the user presses Enter, the program first reads the file lists. It ignores keys until it has read
+            # them.
             window.type_expression('/usr/share/doc/orchard/README')
             driver.key('Return')
             window.wait_names(['orchard'])

@@ -103,8 +103,8 @@ class AdvisoriesTest(ScenarioTest):
         self.assertEqual(found["LSA-5"][-1], [("almanac", "noarch", "2.0-1", 2, "")])
         self.assertEqual(found["LSA-9"][-1], [("kernel", "x86_64", "6.1.25-1", 1, ""),
                                               ("kernel", "x86_64", "6.1.31-1", 0, "6.1.31-1")])
-        # The versionlock plug-in hides all other versions of a locked package, and the configuration hides excluded
-        # versions.
+        # The versionlock plug-in hides all versions of a locked package except the locked version, and the
+        # configuration hides excluded versions.
         settings = os.path.join(self.directory, "settings")
         os.makedirs(settings)
         for name, content in (("versionlock.conf", "[main]\nenabled=1\nlocklist=%s/locks\n" % settings),

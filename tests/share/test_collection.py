@@ -71,7 +71,7 @@ class InterruptedTransactionTest(ScenarioTest):
         self.assertEqual(self.reports(), ["The last transaction, begun on %s, was interrupted.\n"
                                           "Mark and apply its remaining changes again."
                                           % time.ctime(86400)])
-        # After another transaction, the interrupted one is no longer the last, so it is not reported.
+        # After another transaction, the interrupted transaction is no longer the last one, so it is not reported.
         self.apply(installs=["astrolabe"])
         self.collect_again()
         self.assertEqual(self.reports(), [])
@@ -445,7 +445,7 @@ class CollectionTest(ScenarioTest):
                 self.assertEqual(package.buildhost, "builder7.larkspur.example")
                 self.assertGreater(len(package.changelogs), 0)
         self.assertEqual(looked_up, ["gallivant", "almanac", "gallivant"])
-        # After a transaction, the script looks the header up again.
+        # After a transaction, the script looks up the header of the package again.
         del looked_up[:]
         self.apply(installs=["chatterbox"], answers=[0])
         self.assertEqual(gallivant.buildhost, "builder7.larkspur.example")

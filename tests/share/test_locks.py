@@ -121,7 +121,7 @@ class LockTest(ScenarioTest):
             lock = self.write("/var/lib/dnf/rpmdb_lock.pid", str(other.pid))
             os.utime(lock, (time.time() - 86400,) * 2)
             yumio = self.load()
-            # Without the start time of the system, the script cannot calculate the start times of processes.
+            # If the script cannot read the start time of the system, it cannot calculate the start times of processes.
             self.isolate()
             statistics = os.path.join(self.directory, "statistics")
             with open(statistics, "w") as stream:
@@ -133,7 +133,7 @@ class LockTest(ScenarioTest):
         finally:
             other.kill()
             other.wait()
-        # Even so, the script detects that the process has ended.
+        # Even if the script cannot calculate start times, it detects that the process has ended.
         yumio.lock()
         self.assertEqual(self.reports(), [self.LEFT.format(other.pid, lock)])
 

@@ -140,8 +140,8 @@ class SignatureTest(ScenarioTest):
 
     @in_own_process
     def test_signatures_are_checked_with_the_keys_of_the_managed_system(self):
-        """Only the script itself sets the path of rpm's database: neither the home directory nor the managed root has a
-        file that does.
+        """Only the script itself sets the path of rpm's database: neither the home directory nor the managed root has
+        a file that sets this path.
         """
         shutil.rmtree(self.sandbox.root + "/root")
         self.started()

@@ -180,7 +180,7 @@ class StoppingTest(ScenarioTest):
         self.load_stoppable()
         self.collect()
         self.apply(installs=["loupe"])
-        # The program refuses requests to stop as soon as rpm begins, so the script need not do this.
+        # The program refuses requests to stop as soon as rpm begins, so the script need not refuse them.
         self.assertFalse(self.stop.refused)
 
 

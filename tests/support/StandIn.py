@@ -157,7 +157,9 @@ class YumIO:
                                                                      releasever='39'))
 
     def __getattribute__(self, name):
-        """Record the name of a method when the program looks the method up, because it does so only to call it."""
+        """Record the name of a method when the program looks up the method, because the program looks up a method only
+        to call it.
+        """
         value = object.__getattribute__(self, name)
         if callable(value) and name not in ('getBiArch', 'isBetterThan', 'readOutcome', 'versionLocks', 'wait'):
             note(name)

@@ -128,7 +128,7 @@ def installedBefore(package):
 
 
 def newestBefore(package, installed):
-    """The newest of these installed versions of an available package that is older than the package, or None."""
+    """The newest of these installed versions that is older than the available package, or None."""
     if package._from_system:
         return None
     return max((each for each in installed if each.evr_lt(package)), default=None)

@@ -32,7 +32,7 @@ def readConfiguration():
     # This call must follow Conf(), which makes rpm read rpm's configuration again, and so would undo the call.
     useDatabaseOfRoot()
     conf._set_value('installroot', managedRoot(), dnf.conf.PRIO_COMMANDLINE)
-    # With False, dnf waits for the locks on its cache. WaitingLock lets the user end such a wait.
+    # If this option is false, dnf waits for the locks on its cache. WaitingLock lets the user end such a wait.
     conf._set_value('exit_on_lock', False, dnf.conf.PRIO_COMMANDLINE)
     # VYRE shows every question to the user.
     conf._set_value('assumeyes', False, dnf.conf.PRIO_COMMANDLINE)

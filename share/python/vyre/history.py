@@ -50,7 +50,8 @@ def reportLeftovers(base):
                                 '\n'.join('  ' + ', '.join(str(package) for package in packages)
                                           for packages in several)))
     except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError) as e:
-        # VYRE can show the packages all the same, so this failure must not end the operation.
+        # The failure must not end the operation, because VYRE can show the packages even if the history cannot be
+        # read.
         logging.getLogger('dnf').debug('It is not known how the last transaction ended: %s', e)
     if parts:
         logging.getLogger('dnf').warning('%s', '\n'.join(parts))

@@ -67,8 +67,10 @@ def remarksAboutGroups(base):
 
 
 def remarksAboutUpdates(base, groups):
-    """A sentence for each of these groups, marked for an update, that is not installed. The dnf command refuses such an
-    update. The table does not offer the installation of such a group while a member has an update.
+    """A sentence for each of these groups that is not installed. groups: the groups that are marked for an update.
+
+    The dnf command refuses to update a group that is not installed. While a member has an update, the table does not
+    offer the installation of the group.
     """
     return sorted(tr('The group {} is not installed: only its installed packages are updated. To install the whole '
                      'group, mark it for Install after this transaction.').format(group.name)
