@@ -83,7 +83,7 @@ void MainWindow::showAppliedSettings()
 
 bool MainWindow::prepareFilterSearch(const QString& expression)
 {
-    // Before the window is shown, no data can be loaded. initialize() calls this function later.
+    // Before the window is shown, no data can be loaded. initialize() calls this function again.
     if (!scheduled) {
         return true;
     }
@@ -96,7 +96,7 @@ bool MainWindow::prepareFilterSearch(const QString& expression)
     }
     const QString regexp = regexpEdit->text();
     const bool wanted = !regexp.isEmpty() && regexp != QLatin1String(".*");
-    // An earlier expression may still filter the table, although the edit contains another expression.
+    // The expression that filters the table may differ from the expression in the edit.
     if (!wanted && proxy->filterRegExp().isEmpty()) {
         return true;
     }

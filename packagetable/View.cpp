@@ -326,8 +326,8 @@ void View::mousePressEvent(QMouseEvent* event)
 
 void View::mouseReleaseEvent(QMouseEvent* event)
 {
-    // Skip the base class after a handled press. It compares the row under the pointer with the row of an
-    // earlier press, and could emit clicked().
+    // Skip the base class after a handled press. The base class compares the row under the pointer with the
+    // row of an earlier press, and could emit clicked().
     if (!pressIsHandled) {
         HTableView::mouseReleaseEvent(event);
     }

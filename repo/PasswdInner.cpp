@@ -118,8 +118,8 @@ void show(QLineEdit* edit, const QString& masked)
     edit->setText(masked);
 }
 
-// Shows the masked text. Replaces only the part that differs, because replacing the whole text would scroll
-// the view.
+// Shows the masked text. Replaces only the part that differs from the old text, because replacing the whole
+// text would scroll the view.
 void show(QTextEdit* edit, const QString& masked)
 {
     replace(edit, Difference(text(edit), masked), masked);

@@ -16,8 +16,8 @@
 
 #include "services/Unattended.h"
 
-// Runs the dialogs on the graphical thread. A YumIODialogs creates this object; the graphical thread deletes
-// it later. A QuestionGuard protects each dialog from input that is meant for something else.
+// Runs the dialogs on the graphical thread. A YumIODialogs creates this object, and the graphical thread
+// deletes it. A QuestionGuard protects each dialog from input that is meant for something else.
 class YumIODialogsMinion : public QObject
 {
     Q_OBJECT

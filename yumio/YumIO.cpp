@@ -193,8 +193,8 @@ const char* const scriptTexts[] = {
                       "{}\n\"dnf remove --duplicates\" removes the older versions."),
 };
 
-// A global function of the script, which calls it before it writes text to its log files. Returns a new
-// string without passwords.
+// A global function for the script. The script calls this function before it writes text to its log files.
+// Returns a new string without passwords.
 PyObject* hideSecrets(PyObject*, PyObject* given)
 {
     if (PyUnicode_Check(given) == 0) {

@@ -375,8 +375,8 @@ class YumIO:
 
     @withReason
     def replay(self, kind, number):
-        """Undo a recorded transaction ("undo"), undo all later transactions ("rollback"), or repeat the transaction
-        ("redo"). The steps after resolving, the result and the exceptions are the same as for apply().
+        """Undo a recorded transaction ("undo"), undo all transactions after it ("rollback"), or repeat it ("redo"). The
+        steps after resolving, the result and the exceptions are the same as for apply().
         """
         def resolve():
             goesOn = resolveReplay(self.base, kind, number)

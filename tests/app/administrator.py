@@ -318,7 +318,8 @@ class Agent(threading.Thread):
                     self.text += os.read(self.terminal, 4096).decode('utf-8', 'replace')
                 except OSError:
                     break
-            # The terminal would discard a password that arrives before it hides typed text, so wait until it does.
+            # While the terminal still shows typed text, it would discard the password, so wait until it hides typed
+            # text.
             if self.text[answered:].rstrip().lower().endswith('password:') and \
                     not termios.tcgetattr(self.terminal)[3] & termios.ECHO:
                 answered = len(self.text)

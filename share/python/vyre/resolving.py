@@ -296,7 +296,9 @@ def missingMarks(base, marks):
 
 
 def missingMembers(base, marks):
-    """Pairs of a marked group and a package that the group should install or update, but the transaction does not."""
+    """Pairs of a marked group and a package that the transaction should install or update for this group, but does
+    not.
+    """
     if not marks.groupInstalls and not marks.groupUpdates:
         return []
     transaction = list(base.transaction or [])
