@@ -40,7 +40,7 @@ private Q_SLOTS:
         Py_CLEAR(object);
     }
 
-    void aReferenceIsEmptyByDefaultAndForNull()
+    void aPyRefWithoutAnObjectIsEmpty()
     {
         QVERIFY(!PyRef());
         QVERIFY(PyRef().get() == nullptr);
@@ -48,7 +48,7 @@ private Q_SLOTS:
         QVERIFY(!PyRef::borrow(nullptr));
     }
 
-    void constructorTakesOverANewReference()
+    void theConstructorTakesOverANewReference()
     {
         Py_INCREF(object);
         {
@@ -60,12 +60,12 @@ private Q_SLOTS:
         QCOMPARE(added(), Py_ssize_t(0));
     }
 
-    void borrowTakesAnAdditionalReference()
+    void borrowAddsAReferenceOfItsOwn()
     {
         const PyRef ref = PyRef::borrow(object);
         QVERIFY(ref.get() == object);
         QCOMPARE(added(), Py_ssize_t(1));
-        // cleanup() checks that `ref` has released its reference.
+        // cleanup() checks that the destructor of `ref` has released the reference.
     }
 
     void releasePassesTheReferenceToTheCaller()
@@ -81,7 +81,7 @@ private Q_SLOTS:
         Py_DECREF(released);
     }
 
-    void movingMovesTheReference()
+    void movingAPyRefLeavesTheSourceEmpty()
     {
         PyRef first = PyRef::borrow(object);
         const PyRef second(std::move(first));
@@ -92,7 +92,7 @@ private Q_SLOTS:
         QCOMPARE(added(), Py_ssize_t(1));
     }
 
-    void assignmentReleasesTheFormerObject()
+    void assigningToAPyRefReleasesItsFormerObject()
     {
         PyRef ref = PyRef::borrow(object);
         ref = PyRef(PyList_New(0));

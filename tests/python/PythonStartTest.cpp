@@ -77,8 +77,8 @@ private:
 private Q_SLOTS:
     void init()
     {
-        // The test framework handles these signals, and the interpreter keeps an existing handler. The
-        // default lets the interpreter set its own.
+        // The test framework handles these signals, and the interpreter keeps existing handlers. The default
+        // actions let the interpreter set handlers of its own.
         std::signal(SIGINT, SIG_DFL);
         std::signal(SIGPIPE, SIG_DFL);
         QVERIFY(!Python::initialized);
@@ -86,7 +86,7 @@ private Q_SLOTS:
         QVERIFY(!Py_IsInitialized());
     }
 
-    void startHoldsTheInterpreterLock()
+    void initializeLeavesTheInterpreterLockHeld()
     {
         RecordingPython python;
         QVERIFY(python.initialize());
@@ -111,7 +111,7 @@ private Q_SLOTS:
                  QStringLiteral("True"));
     }
 
-    void writingToABrokenPipeDoesNotEndTheProgram()
+    void theProgramContinuesIfPythonCodeWritesToABrokenPipe()
     {
         RecordingPython python;
         QVERIFY(python.initialize());
@@ -127,7 +127,7 @@ private Q_SLOTS:
         QCOMPARE(python.text("broken"), QStringLiteral("True"));
     }
 
-    void aSecondInitializeDoesNotChangeTheInterpreter()
+    void initializeDoesNotChangeARunningInterpreter()
     {
         RecordingPython python;
         QVERIFY(python.initialize());
@@ -144,7 +144,7 @@ private Q_SLOTS:
         QVERIFY2(!Py_IsInitialized(), "the interpreter ends with any of its wrappers");
     }
 
-    void destructorEndsTheInterpreter()
+    void theDestructorEndsTheInterpreter()
     {
         {
             RecordingPython python;
@@ -156,7 +156,7 @@ private Q_SLOTS:
         QVERIFY(Python::main_dict == nullptr);
     }
 
-    void ifTheInterpreterWasNotStartedTheDestructorDoesNothing()
+    void theDestructorDoesNothingIfTheInterpreterWasNotStarted()
     {
         {
             RecordingPython python;
@@ -187,7 +187,7 @@ private Q_SLOTS:
         QVERIFY(python.takeErrors().isEmpty());
     }
 
-    void missingMainDictionaryIsReported()
+    void aMainModuleWithoutADictionaryIsReported()
     {
         startWithHookOnImportOfMain("sys.modules[name] = 42; return 42");
         RecordingPython python;
@@ -196,7 +196,7 @@ private Q_SLOTS:
         QVERIFY(PyErr_Occurred() == nullptr);
     }
 
-    void moduleCannotBeRegisteredWhileTheInterpreterRuns()
+    void noModuleCanBeRegisteredWhileTheInterpreterRuns()
     {
         RecordingPython python;
         QVERIFY(python.initialize());
@@ -214,7 +214,7 @@ private Q_SLOTS:
         QCOMPARE(lines[4], QStringLiteral("['']"));
     }
 
-    void textsAreUtf8InEveryLocale()
+    void pythonUsesUtf8InEveryLocale()
     {
         for (const char* locale : {"C", "POSIX", "C.UTF-8"}) {
             QProcessEnvironment environment = plainEnvironment();
@@ -225,7 +225,7 @@ private Q_SLOTS:
         }
     }
 
-    void environmentDoesNotSelectAnotherInstallation_data()
+    void environmentVariablesDoNotSelectAnotherPythonInstallation_data()
     {
         QTest::addColumn<QString>("variable");
         QTest::addColumn<QString>("subdirectory");
@@ -237,7 +237,7 @@ private Q_SLOTS:
                                     << "lib/modules";
     }
 
-    void environmentDoesNotSelectAnotherInstallation()
+    void environmentVariablesDoNotSelectAnotherPythonInstallation()
     {
         QFETCH(QString, variable);
         QFETCH(QString, subdirectory);

@@ -46,8 +46,8 @@ private:
 
     QString printed() { return python->text("sys.stderr.getvalue()"); }
 
-    // Returns from an ExceptScope while an exception is pending. The result says whether the exception has
-    // the expected type.
+    // Leaves an ExceptScope by `return` while an exception is pending. Returns whether the exception has the
+    // expected type.
     bool failsAsExpected(PyObject* type)
     {
         Python::ExceptScope scope(*python, {type});
@@ -99,7 +99,7 @@ private Q_SLOTS:
 
     // ---- running statements and expressions
 
-    void statementsAreRun()
+    void pyRunsStatements()
     {
         QCOMPARE(python->py("x = 6 * 7"), 0);
         QCOMPARE(python->text("x"), QStringLiteral("42"));
@@ -111,7 +111,7 @@ private Q_SLOTS:
         QVERIFY(printed().contains("ZeroDivisionError"));
     }
 
-    void aTracebackForTheOriginalStandardErrorIsAlsoReported()
+    void tracebacksAreReportedIfTheScriptUsesTheOriginalStandardError()
     {
         python->tracebacks.clear();
         QVERIFY(python->pyr("nothing_of_this_name") == nullptr);
@@ -127,13 +127,13 @@ private Q_SLOTS:
         QVERIFY(python->tracebacks[1].contains("ValueError: "));
     }
 
-    void expressionsAreEvaluated()
+    void pyrReturnsTheValueOfAnExpression()
     {
         const PyRef value(python->pyr("'a' + 'b'"));
         QCOMPARE(taken(python->pyString(value.get())), QStringLiteral("ab"));
     }
 
-    void failedExpressionIsReportedOnceAndCleared()
+    void theExceptionOfAFailedExpressionIsReportedOnceAndCleared()
     {
         QVERIFY(python->pyr("nothing_of_this_name") == nullptr);
         QVERIFY(PyErr_Occurred() == nullptr);
@@ -141,7 +141,7 @@ private Q_SLOTS:
         QVERIFY(printed().contains("NameError"));
     }
 
-    void textIsFormattedBeforeItRuns()
+    void pyfAndPyrfFormatTheirTextBeforeTheyRunIt()
     {
         QCOMPARE(python->pyf("x = %d; y = '%s'", 7, "seven"), 0);
         QCOMPARE(python->text("(x, y)"), QStringLiteral("(7, 'seven')"));
@@ -149,7 +149,7 @@ private Q_SLOTS:
         QCOMPARE(PyLong_AsLong(value.get()), 42L);
     }
 
-    void aTextOfTheLargestSizeRunsCompletely()
+    void aFormattedTextOfTheLargestSizeRunsCompletely()
     {
         const QByteArray comment(10239 - 7, '#');
         QCOMPARE(python->pyf("x = 99 %s", comment.constData()), 0);
@@ -158,7 +158,7 @@ private Q_SLOTS:
         QCOMPARE(PyLong_AsLong(value.get()), 100L);
     }
 
-    void tooLongTextIsReportedAndNotRun()
+    void aFormattedTextThatIsTooLongIsReportedAndNotRun()
     {
         const QByteArray comment(10239 - 6, '#');
         QCOMPARE(python->py("x = 1"), 0);
@@ -171,7 +171,7 @@ private Q_SLOTS:
 
     // ---- looking up names
 
-    void lookupFindsGlobalsModulesAndKeys_data()
+    void pyLookupFindsGlobalsModulesAndDictionaryKeys_data()
     {
         QTest::addColumn<QByteArray>("dotted");
         QTest::addColumn<QByteArray>("expression");
@@ -179,14 +179,14 @@ private Q_SLOTS:
         QTest::newRow("module of a global name") << QByteArray("sys.path") << QByteArray("sys.path");
         QTest::newRow("module to import")
             << QByteArray("fractions.Fraction") << QByteArray("__import__('fractions').Fraction");
-        QTest::newRow("module alone") << QByteArray("colorsys") << QByteArray("__import__('colorsys')");
+        QTest::newRow("name of a module") << QByteArray("colorsys") << QByteArray("__import__('colorsys')");
         QTest::newRow("submodule") << QByteArray("os.path.join") << QByteArray("__import__('os').path.join");
         QTest::newRow("builtin") << QByteArray("__builtins__.str") << QByteArray("str");
         QTest::newRow("key") << QByteArray("table.inner.deep") << QByteArray("table['inner']['deep']");
         QTest::newRow("module under a key") << QByteArray("table.module.path") << QByteArray("sys.path");
     }
 
-    void lookupFindsGlobalsModulesAndKeys()
+    void pyLookupFindsGlobalsModulesAndDictionaryKeys()
     {
         QFETCH(QByteArray, dotted);
         QFETCH(QByteArray, expression);
@@ -196,7 +196,7 @@ private Q_SLOTS:
         QVERIFY(found == wanted.get());
     }
 
-    void lookupReturnsABorrowedReference()
+    void pyLookupReturnsABorrowedReference()
     {
         const PyRef wanted(python->pyr("thing"));
         const Py_ssize_t before = Py_REFCNT(wanted.get());
@@ -204,14 +204,14 @@ private Q_SLOTS:
         QCOMPARE(Py_REFCNT(wanted.get()), before);
     }
 
-    void lookupOfAMissingNameIsReported_data()
+    void pyLookupReportsAMissingName_data()
     {
         QTest::addColumn<QByteArray>("dotted");
         QTest::addColumn<QString>("text");
         QTest::newRow("first piece")
             << QByteArray("no_such_module.a.b")
             << "Internal error: pyLookup no_such_module.a.b: no_such_module not found\n";
-        QTest::newRow("further piece")
+        QTest::newRow("middle piece")
             << QByteArray("sys.nonesuch.b") << "Internal error: pyLookup nonesuch.b: nonesuch not found\n";
         QTest::newRow("last piece") << QByteArray("sys.nonesuch")
                                     << "Internal error: pyLookup nonesuch: nonesuch not found\n";
@@ -224,7 +224,7 @@ private Q_SLOTS:
                                      << "Internal error: pyLookup .path:  not found\n";
     }
 
-    void lookupOfAMissingNameIsReported()
+    void pyLookupReportsAMissingName()
     {
         QFETCH(QByteArray, dotted);
         QFETCH(QString, text);
@@ -238,7 +238,7 @@ private Q_SLOTS:
         QVERIFY(PyErr_Occurred() == nullptr);
     }
 
-    void lookupImportsAndClearsAPendingException()
+    void pyLookupImportsAModuleAndClearsAPendingException()
     {
         PyErr_SetString(PyExc_ValueError, "from before");
         PyObject* found = python->pyLookup("no_such_module", true);
@@ -250,14 +250,14 @@ private Q_SLOTS:
         QVERIFY(PyErr_Occurred() == nullptr);
     }
 
-    void lookupOfInvalidUtf8FindsNothing()
+    void pyLookupFindsNothingForANameThatIsNotUtf8()
     {
         QVERIFY(python->pyLookup("sys.\xff", true) == nullptr);
         QVERIFY(python->pyLookup("\xff", true) == nullptr);
         QVERIFY(PyErr_Occurred() == nullptr);
     }
 
-    void moduleWithoutDictionaryIsReported()
+    void pyLookupReportsAModuleWithoutADictionary()
     {
         const PyRef hollow(hollowModule("hollow"));
         python->pyAssignGlobal("hollow", hollow.get());
@@ -276,7 +276,7 @@ private Q_SLOTS:
         QCOMPARE(python->py("del hollow"), 0);
     }
 
-    void longInternalErrorTextsAreTruncated()
+    void internalErrorsAreTruncatedTo1023Bytes()
     {
         const QByteArray name(3000, 'x');
         QVERIFY(python->pyLookup(name.constData(), false) == nullptr);
@@ -287,7 +287,7 @@ private Q_SLOTS:
 
     // ---- values and assignment
 
-    void pyValueReturnsAnItemOfAModuleOrDictionary()
+    void pyValueReturnsTheValueOfANameInAModuleOrDictionary()
     {
         PyObject* version = python->pyValue("sys", "hexversion");
         QVERIFY(version != nullptr);
@@ -296,21 +296,24 @@ private Q_SLOTS:
         QVERIFY(python->pyStringEqual(deep, "found"));
     }
 
-    void missingValueIsNullWithoutAReport() { QVERIFY(python->pyValue("sys", "nonesuch") == nullptr); }
+    void pyValueReturnsNullWithoutAReportForAMissingName()
+    {
+        QVERIFY(python->pyValue("sys", "nonesuch") == nullptr);
+    }
 
-    void valueOfAMissingModuleIsReported()
+    void pyValueReportsAMissingModule()
     {
         QVERIFY(python->pyValue("no_such_module", "a") == nullptr);
         QCOMPARE(python->takeErrors(), QStringList("Internal error: no_such_module not found\n"));
     }
 
-    void lookupOfAValueInANonDictionaryCausesAnException()
+    void pyValueRaisesAnExceptionIfTheContainerIsNoDictionary()
     {
         QVERIFY(python->pyValue("thing", "number") == nullptr);
         QCOMPARE(python->takeErrors(), QStringList(walkbackText()));
     }
 
-    void valuesAreAssignedInModulesAndDictionaries()
+    void pyAssignSetsValuesInModulesAndDictionaries()
     {
         const PyRef value(python->pyr("object()"));
         const Py_ssize_t before = Py_REFCNT(value.get());
@@ -323,7 +326,7 @@ private Q_SLOTS:
         QCOMPARE(python->py("del sys.vyre_assigned, vyre_global"), 0);
     }
 
-    void assignmentToAMissingModuleIsReported()
+    void pyAssignReportsAMissingModule()
     {
         python->pyAssign("no_such_module", "a", Py_None);
         QCOMPARE(python->takeErrors(), QStringList("Internal error: no_such_module not found\n"));
@@ -336,7 +339,7 @@ private Q_SLOTS:
         QCOMPARE(python->text("thing.number"), QStringLiteral("42"));
     }
 
-    void assignmentOfNullIsReported()
+    void pyAssignReportsANullValue()
     {
         python->pyAssign("sys", "vyre_nothing", nullptr);
         python->pyAssignGlobal("vyre_nothing", nullptr);
@@ -345,7 +348,7 @@ private Q_SLOTS:
                               "Internal error: cannot assign __main__.vyre_nothing\n"}));
     }
 
-    void versionIsTheVersionOfTheInterpreter()
+    void theVersionIsThatOfTheRunningInterpreter()
     {
         QCOMPARE(python->pyVersion(), long(PY_VERSION_HEX));
         QCOMPARE(QString::number(python->pyVersion()), python->text("sys.hexversion"));
@@ -353,7 +356,7 @@ private Q_SLOTS:
 
     // ---- calls
 
-    void callPassesItsArguments()
+    void pyCallPassesItsArguments()
     {
         const PyRef result(python->pyCall("record", "(s,i,O)", "text", 5, Py_None));
         QCOMPARE(PyLong_AsLong(result.get()), 3L);
@@ -362,7 +365,7 @@ private Q_SLOTS:
         QCOMPARE(PyLong_AsLong(none.get()), 0L);
     }
 
-    void callReleasesTheReferencesToItsArguments()
+    void pyCallReleasesTheReferencesToItsArguments()
     {
         const PyRef argument(PyList_New(0));
         const PyRef callable(python->pyr("fail"));
@@ -376,14 +379,14 @@ private Q_SLOTS:
         QCOMPARE(Py_REFCNT(callable.get()), beforeCallable);
     }
 
-    void callableMayDeleteItsOwnName()
+    void aFunctionThatDeletesItsOwnNameStillReturnsItsValue()
     {
         QCOMPARE(python->py("def suicidal():\n    global suicidal\n    del suicidal\n    return 'alive'"), 0);
         const PyRef result(python->pyCall("suicidal", "()"));
         QVERIFY(python->pyStringEqual(result.get(), "alive"));
     }
 
-    void callOfAMissingNameIsReported()
+    void pyCallReportsAMissingName()
     {
         QVERIFY(python->pyCall("no_such_name", "()") == nullptr);
         QCOMPARE(python->takeErrors(),
@@ -391,13 +394,13 @@ private Q_SLOTS:
                               "Internal error: no_such_name not found\n"}));
     }
 
-    void callOfANonCallableIsReported()
+    void pyCallReportsAnObjectThatIsNotCallable()
     {
         QVERIFY(python->pyCall("table.inner", "()") == nullptr);
         QCOMPARE(python->takeErrors(), QStringList("Internal error: table.inner not callable\n"));
     }
 
-    void argumentsThatCannotBeBuiltAreHandledAsAnException()
+    void pyCallReportsAnExceptionIfItsArgumentsCannotBeBuilt()
     {
         PyObject* nothing = nullptr;
         QVERIFY(python->pyCall("record", "(O)", nothing) == nullptr);
@@ -407,21 +410,21 @@ private Q_SLOTS:
         QCOMPARE(python->text("called"), QStringLiteral("[]"));
     }
 
-    void methodCallPassesItsArguments()
+    void pyMethodCallPassesItsArguments()
     {
         const PyRef thing(python->pyr("thing"));
         const PyRef result(python->pyMethodCall(thing.get(), "twice", "(i)", 21));
         QCOMPARE(PyLong_AsLong(result.get()), 42L);
     }
 
-    void methodCallOnNullIsReported()
+    void aMethodCallOnNullIsReported()
     {
         QVERIFY(python->pyMethodCall(nullptr, "twice", "(i)", 21) == nullptr);
         QCOMPARE(python->takeErrors(),
                  QStringList("Internal error: method twice call attemped with NULL self\n"));
     }
 
-    void missingMethodIsReportedAndItsExceptionStaysPending()
+    void aMissingMethodIsReportedAndItsExceptionStaysPending()
     {
         const PyRef thing(python->pyr("thing"));
         QVERIFY(python->pyMethodCall(thing.get(), "nonesuch", "()") == nullptr);
@@ -430,14 +433,14 @@ private Q_SLOTS:
         PyErr_Clear();
     }
 
-    void methodThatIsNotCallableIsReported()
+    void aMethodThatIsNotCallableIsReported()
     {
         const PyRef thing(python->pyr("thing"));
         QVERIFY(python->pyMethodCall(thing.get(), "number", "()") == nullptr);
         QCOMPARE(python->takeErrors(), QStringList("Internal error: method number not callable\n"));
     }
 
-    void failingMethodIsReportedWithItsTraceback()
+    void theTracebackOfAFailedMethodIsReported()
     {
         const PyRef thing(python->pyr("thing"));
         QVERIFY(python->pyMethodCall(thing.get(), "fail", "(s)", "for a reason") == nullptr);
@@ -449,7 +452,7 @@ private Q_SLOTS:
 
     // ---- strings
 
-    void stringIsUtf8()
+    void pyStringReturnsUtf8()
     {
         const PyRef text(python->pyr("'gr\\u00fcn \\u20ac'"));
         char* copy = python->pyString(text.get());
@@ -459,14 +462,14 @@ private Q_SLOTS:
         QVERIFY(!python->pyStringEqual(text.get(), "gr\xc3\xbcn"));
     }
 
-    void stringOfNoneIsNullWithoutAReport()
+    void pyStringReturnsNullWithoutAReportForNone()
     {
         QVERIFY(python->pyString(Py_None) == nullptr);
         QVERIFY(!python->pyStringEqual(Py_None, "None"));
         QVERIFY(!python->pyStringEqual(Py_None, ""));
     }
 
-    void stringOfNullIsReported()
+    void pyStringReportsAnErrorForNull()
     {
         QVERIFY(python->pyString(nullptr) == nullptr);
         QCOMPARE(python->takeErrors(), QStringList("Internal error: pyString passed NULL python object\n"));
@@ -475,7 +478,7 @@ private Q_SLOTS:
                  QStringList("Internal error: pyStringEqual passed NULL python object\n"));
     }
 
-    void stringThatCannotBeEncodedIsHandledAsAnException_data()
+    void pyStringReportsAnExceptionIfTheStringCannotBeEncoded_data()
     {
         QTest::addColumn<QByteArray>("expression");
         QTest::newRow("lone surrogate") << QByteArray("'\\ud800'");
@@ -483,7 +486,7 @@ private Q_SLOTS:
         QTest::newRow("bytes") << QByteArray("b'abc'");
     }
 
-    void stringThatCannotBeEncodedIsHandledAsAnException()
+    void pyStringReportsAnExceptionIfTheStringCannotBeEncoded()
     {
         QFETCH(QByteArray, expression);
         const PyRef object(python->pyr(expression.constData()));
@@ -500,7 +503,7 @@ private Q_SLOTS:
 
     // ---- exceptions
 
-    void expectedExceptionStaysPendingWithoutAReport()
+    void anExpectedExceptionIsNotReportedAndStaysPending()
     {
         python->pyExceptStart();
         python->pyExceptExpect(PyExc_ValueError);
@@ -519,7 +522,7 @@ private Q_SLOTS:
         QVERIFY(!python->pyExceptMatches(nullptr, PyExc_KeyError));
     }
 
-    void unexpectedExceptionIsReportedOnceAndCleared()
+    void anUnexpectedExceptionIsReportedOnceAndCleared()
     {
         const Python::ExceptScope scope(*python, {PyExc_ValueError});
         QVERIFY(python->pyCall("fail", "(O,s)", PyExc_KeyError, "k") == nullptr);
@@ -530,7 +533,7 @@ private Q_SLOTS:
         QCOMPARE(printed().count("KeyError"), 1);
     }
 
-    void onlyTheInnermostExceptScopeHasAnEffect()
+    void onlyTheInnermostExceptScopeDecidesWhichExceptionsAreExpected()
     {
         const Python::ExceptScope outer(*python, {PyExc_KeyError});
         {
@@ -552,14 +555,14 @@ private Q_SLOTS:
 
     void anExceptScopeEndsEvenIfTheFunctionReturnsEarly()
     {
-        // If this call leaves its ExceptScope open, cleanup() fails.
+        // cleanup() fails if the ExceptScope in this function is still open.
         QVERIFY(failsAsExpected(PyExc_KeyError));
         QVERIFY(PyErr_Occurred() == nullptr);
         QVERIFY(python->pyCall("fail", "(O)", PyExc_KeyError) == nullptr);
         QCOMPARE(python->takeErrors(), QStringList(walkbackText()));
     }
 
-    void aNullExceptionTypeIsReportedAndMatchesNoException()
+    void anExceptionTypeThatIsNullIsReportedAndMatchesNoException()
     {
         Python::ExceptScope scope(*python, {nullptr, PyExc_KeyError});
         QCOMPARE(python->takeErrors(), QStringList("Internal error: pyExceptExpect called with NULL\n"));
@@ -570,7 +573,7 @@ private Q_SLOTS:
         QVERIFY(!python->pyExceptMatches(nullptr, nullptr));
     }
 
-    void handlingAnExceptionIsReportedIfNoneIsPending()
+    void handlingAnExceptionReportsAnErrorIfNoneIsPending()
     {
         python->handleException();
         QCOMPARE(
@@ -578,13 +581,13 @@ private Q_SLOTS:
             QStringList("Internal error: python exception occurred, but exception information was empty."));
     }
 
-    void exitRequestFromACallDoesNotEndTheProgram()
+    void theProgramContinuesIfACalledFunctionCallsSysExit()
     {
         QVERIFY(python->pyCall("sys.exit", "(i)", 3) == nullptr);
         QCOMPARE(python->takeErrors(), QStringList(walkbackText()));
     }
 
-    void exceptionValueLeavesTheExceptionPending()
+    void pyExceptValueLeavesTheExceptionPending()
     {
         const Python::ExceptScope scope(*python, {PyExc_ValueError});
         QVERIFY(python->pyCall("fail", "(O,s)", PyExc_ValueError, "the text") == nullptr);
@@ -599,7 +602,7 @@ private Q_SLOTS:
         QVERIFY(traceback);
     }
 
-    void exceptionValueIsNormalised()
+    void pyExceptValueReturnsAnInstanceOfTheExceptionClass()
     {
         const Python::ExceptScope scope(*python, {PyExc_ValueError});
         PyErr_SetString(PyExc_ValueError, "set from C");
@@ -607,13 +610,13 @@ private Q_SLOTS:
         QVERIFY(PyObject_TypeCheck(value.get(), reinterpret_cast<PyTypeObject*>(PyExc_ValueError)));
     }
 
-    void ifNoExceptionIsPendingTheExceptionValueIsNull()
+    void pyExceptValueReturnsNullIfNoExceptionIsPending()
     {
         QVERIFY(python->pyExceptValue() == nullptr);
         QVERIFY(python->pyExceptValuef() == nullptr);
     }
 
-    void theDisplayableValueIsTheValueAttribute()
+    void pyExceptValuefReturnsTheValueAttributeOfTheException()
     {
         QCOMPARE(python->py("class Valued(Exception):\n    value = 'what to show'"), 0);
         const PyRef type(python->pyr("Valued"));
@@ -624,7 +627,7 @@ private Q_SLOTS:
         QVERIFY(python->pyExceptMatches(nullptr, type.get()));
     }
 
-    void theDisplayableValueIsTheTextIfTheAttributeIsMissing()
+    void pyExceptValuefReturnsTheTextIfTheValueAttributeIsMissing()
     {
         const Python::ExceptScope scope(*python, {PyExc_ValueError});
         QVERIFY(python->pyCall("fail", "(O,s)", PyExc_ValueError, "shown") == nullptr);
@@ -633,7 +636,7 @@ private Q_SLOTS:
         QVERIFY(python->pyExceptMatches(nullptr, PyExc_ValueError));
     }
 
-    void aFailureOfTheDisplayableValueKeepsTheException()
+    void theFirstExceptionStaysPendingIfPyExceptValuefFails()
     {
         QCOMPARE(
             python->py("class Mute(Exception):\n    def __str__(self):\n        raise TypeError('mute')"), 0);
@@ -668,7 +671,7 @@ private Q_SLOTS:
 
     // ---- the interpreter lock
 
-    void lockWrapperCanBeNested()
+    void pyGILStateWrappersCanBeNested()
     {
         QCOMPARE(PyGILState_Check(), 1);
         {
@@ -682,7 +685,7 @@ private Q_SLOTS:
         QCOMPARE(PyGILState_Check(), 1);
     }
 
-    void lockWrapperLocksOnlyOnRequest()
+    void aPyGILStateWrapperTakesTheLockOnlyIfRequested()
     {
         const Python::PyThreadStateWrapper away;
         QCOMPARE(PyGILState_Check(), 0);
@@ -708,7 +711,7 @@ private Q_SLOTS:
         QCOMPARE(PyGILState_Check(), 0);
     }
 
-    void threadStateWrapperLetsAnotherThreadRun()
+    void aPyThreadStateWrapperLetsAnotherThreadTakeTheLock()
     {
         std::future<QString> worker = std::async(std::launch::async, [this] {
             const Python::PyGILStateWrapper lock(true);
@@ -746,7 +749,7 @@ private Q_SLOTS:
         QVERIFY(entered);
     }
 
-    void theModulesOfDnfAndRpmCanBeUsed()
+    void theInterpreterCanImportTheModulesOfDnfAndRpm()
     {
         QCOMPARE(python->py("import rpm"), 0);
         QVERIFY(python->pyLookup("rpm.RPMTAG_NAME", false) != nullptr);

@@ -111,7 +111,7 @@ public:
     }
 
     QStringList calls;
-    PyObject* lastModule = nullptr; // borrowed; the module whose function was called last
+    PyObject* lastModule = nullptr; // borrowed reference to the module whose function was called last
 
 private:
     static QString shown(PyObject* object)
@@ -209,7 +209,7 @@ private Q_SLOTS:
         target.reset();
     }
 
-    void moduleHasNineteenFunctionsTwoLimitsAndNoDescription()
+    void yumIOCHasNineteenFunctionsTwoLimitsAndNoDocstring()
     {
         QCOMPARE(python->text("yumIOC.__name__"), QStringLiteral("yumIOC"));
         QCOMPARE(python->text("yumIOC.__doc__"), QStringLiteral("None"));
@@ -222,7 +222,7 @@ private Q_SLOTS:
                                 "repositoryFileLimit repositorySectionLimit"));
     }
 
-    void moduleHasTheLimitsOfRepositoryFiles()
+    void yumIOCHasTheSizeLimitsOfRepositoryFiles()
     {
         QCOMPARE(python->text("yumIOC.repositoryFileLimit"), QString::number(repositoryFileLimit));
         QCOMPARE(python->text("yumIOC.repositorySectionLimit"), QString::number(repositorySectionLimit));
@@ -311,7 +311,7 @@ private Q_SLOTS:
         QCOMPARE(target->calls, QStringList());
     }
 
-    void wrongArgumentsCanBeCaughtInTheScript()
+    void theScriptCanCatchTheExceptionAboutWrongArguments()
     {
         QCOMPARE(python->py("try:\n"
                             "    yumIOC.downloadStart('many', 2, 3)\n"
@@ -321,7 +321,7 @@ private Q_SLOTS:
         QCOMPARE(python->text("caught"), QStringLiteral("TypeError"));
     }
 
-    void importingTwiceYieldsTheSameModule()
+    void importingYumIOCTwiceReturnsTheSameModule()
     {
         QCOMPARE(python->py("import importlib\n"
                             "first = yumIOC\n"
@@ -335,7 +335,7 @@ private Q_SLOTS:
         QCOMPARE(target->calls, QStringList("stdoutWrite still there"));
     }
 
-    void moduleCallsTheLatestBackEnd()
+    void yumIOCCallsTheSecondBackEndAfterASecondInitialize()
     {
         RecordingTarget other;
         QCOMPARE(YumIOC::initialize(&other), 0);
@@ -346,14 +346,14 @@ private Q_SLOTS:
         QCOMPARE(other.calls.size(), 2);
     }
 
-    void callsAfterTheEndOfTheBackEndRaiseAnException()
+    void callsRaiseAnExceptionIfTheBackEndHasEnded()
     {
         target.reset();
         QCOMPARE(raised("yumIOC.rpmtransDel()"),
                  QStringLiteral("RuntimeError: yumIOC: the back end is gone"));
     }
 
-    void endOfAFormerBackEndDoesNotAffectTheCurrentBackEnd()
+    void deletingAFormerBackEndKeepsTheConnectionToTheCurrentBackEnd()
     {
         {
             RecordingTarget former;
@@ -364,7 +364,7 @@ private Q_SLOTS:
         QCOMPARE(target->calls, QStringList("stdoutWrite x"));
     }
 
-    void interpreterCanBeStartedAgain()
+    void yumIOCWorksAgainAfterARestartOfTheInterpreter()
     {
         python.reset();
         target.reset();
