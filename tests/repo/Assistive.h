@@ -38,7 +38,8 @@ inline void recordReport(QAccessibleEvent* event)
     }
 }
 
-// Checks that assistive programs have received texts if an accessibility bus runs, and no texts otherwise.
+// Checks the recorded texts: if an accessibility bus runs, assistive programs must have received texts;
+// otherwise none.
 inline bool reportsAsExpected()
 {
     const bool expected = qEnvironmentVariableIsSet("QT_LINUX_ACCESSIBILITY_ALWAYS_ON");

@@ -39,7 +39,7 @@ public:
         if (setrlimit(RLIMIT_NPROC, &limit) != 0) {
             qFatal("setrlimit: %s", strerror(errno));
         }
-        // RLIMIT_NPROC does not limit root.
+        // RLIMIT_NPROC does not limit root, so the process becomes another user.
         if (getuid() == 0 && setresuid(65533, 65533, 0) != 0) {
             qFatal("setresuid: %s", strerror(errno));
         }
@@ -69,7 +69,7 @@ public:
     StandardError() : saved(dup(STDERR_FILENO))
     {
         if (!file.open()) {
-            qFatal("no temporary file");
+            qFatal("the temporary file cannot be created");
         }
         fchmod(file.handle(), 0666);
         dup2(file.handle(), STDERR_FILENO);
@@ -119,15 +119,15 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void theProgramGetsItsArguments();
+    void theStartedProgramGetsItsArguments();
     void executeReturnsWithoutWaitingForTheProgram();
     void theStartedProgramIsNoChildOfThisProcess();
-    void theProgramHasItsOwnSession();
-    void onlyTheStandardDescriptorsAreInherited_data();
-    void onlyTheStandardDescriptorsAreInherited();
+    void theStartedProgramHasASessionOfItsOwn();
+    void theStartedProgramInheritsOnlyTheStandardDescriptors_data();
+    void theStartedProgramInheritsOnlyTheStandardDescriptors();
     void startedProgramsWriteToTheSavedStandardStreams();
-    void signalsAreNotBlockedForTheProgram();
-    void signalsAreNotIgnoredForTheProgram();
+    void signalsThatAreBlockedHereAreNotBlockedInTheStartedProgram();
+    void signalsThatAreIgnoredHereAreNotIgnoredInTheStartedProgram();
     void startingAProgramKeepsTheSignalSettingsOfThisProcess();
     void aMissingProgramIsReportedOnStandardError();
     void aFailedForkCausesAMessageBox();
@@ -148,7 +148,7 @@ private:
     }
     QString path(const char* name) const { return directory->filePath(QLatin1String(name)); }
     QByteArray quoted(const char* name) const { return '\'' + QFile::encodeName(path(name)) + '\''; }
-    // Waits until the program has completed a file, and returns its contents.
+    // Waits until the started program has completed a file, and returns the contents of this file.
     QByteArray read(const char* name) const
     {
         QFile file(path(name));
@@ -175,7 +175,7 @@ void ExecuteTest::cleanup()
     directory.reset();
 }
 
-void ExecuteTest::theProgramGetsItsArguments()
+void ExecuteTest::theStartedProgramGetsItsArguments()
 {
     run("printf '%s\\n' \"$@\" > " + quoted("part") + " && mv " + quoted("part") + ' ' + quoted("whole"),
         {"one", "two words", "", "$three; 'four'"});
@@ -211,7 +211,7 @@ void ExecuteTest::theStartedProgramIsNoChildOfThisProcess()
     close(gate);
 }
 
-void ExecuteTest::theProgramHasItsOwnSession()
+void ExecuteTest::theStartedProgramHasASessionOfItsOwn()
 {
     // The sixth field of /proc/PID/stat is the session. The second field, the name "cut", has no blanks that
     // would change the number of fields.
@@ -222,18 +222,18 @@ void ExecuteTest::theProgramHasItsOwnSession()
     QVERIFY(session != int(getsid(0)));
 }
 
-void ExecuteTest::onlyTheStandardDescriptorsAreInherited_data()
+void ExecuteTest::theStartedProgramInheritsOnlyTheStandardDescriptors_data()
 {
     QTest::addColumn<bool>("oldSystem");
     QTest::newRow("close_range() exists") << false;
     QTest::newRow("close_range() is missing") << true;
 }
 
-void ExecuteTest::onlyTheStandardDescriptorsAreInherited()
+void ExecuteTest::theStartedProgramInheritsOnlyTheStandardDescriptors()
 {
     QFETCH(bool, oldSystem);
-    // The descriptors lack FD_CLOEXEC, so only execute() can close them. Some numbers are low, and one is
-    // high.
+    // These descriptors lack FD_CLOEXEC, so only execute() can close them. Some of their numbers are low, and
+    // one is high.
     const int low = open("/dev/null", O_RDONLY);
     const int high = fcntl(low, F_DUPFD, 900);
     int pipeEnds[2];
@@ -292,7 +292,7 @@ void ExecuteTest::startedProgramsWriteToTheSavedStandardStreams()
     QCOMPARE(read("later"), QByteArray());
 }
 
-void ExecuteTest::signalsAreNotIgnoredForTheProgram()
+void ExecuteTest::signalsThatAreIgnoredHereAreNotIgnoredInTheStartedProgram()
 {
     struct sigaction ignored
     {
@@ -338,7 +338,7 @@ void ExecuteTest::startingAProgramKeepsTheSignalSettingsOfThisProcess()
     QVERIFY(disposition.sa_handler == SIG_IGN);
 }
 
-void ExecuteTest::signalsAreNotBlockedForTheProgram()
+void ExecuteTest::signalsThatAreBlockedHereAreNotBlockedInTheStartedProgram()
 {
     sigset_t blocked;
     sigset_t saved;
@@ -402,8 +402,8 @@ void ExecuteTest::aFailedSecondForkIsReportedOnStandardError()
             }
         }
         if (!shown) {
-            // No box was shown, so the first fork() has succeeded. Its child has written its error and has
-            // ended.
+            // No box was shown, so the first fork() has succeeded. The child of this fork() has written the
+            // error and has ended.
             text = errors.text();
             break;
         }

@@ -129,13 +129,13 @@ public:
         for (Widget* each : window->findChildren<Widget*>()) {
             if (each->toolTip() == QLatin1String(toolTip)) {
                 if (found != nullptr) {
-                    qFatal("two widgets with the tool tip %s", toolTip);
+                    qFatal("two widgets have the tool tip %s", toolTip);
                 }
                 found = each;
             }
         }
         if (found == nullptr) {
-            qFatal("no widget with the tool tip %s", toolTip);
+            qFatal("no widget has the tool tip %s", toolTip);
         }
         return found;
     }
@@ -147,7 +147,7 @@ public:
                 return each;
             }
         }
-        qFatal("no button %s", text);
+        qFatal("the button %s is missing", text);
     }
 
     QLineEdit* id;

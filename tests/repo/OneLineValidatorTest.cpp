@@ -12,13 +12,13 @@ class OneLineValidatorTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void lineBreaksAreRemoved_data();
-    void lineBreaksAreRemoved();
+    void lineBreaksAreRemovedOrReplacedByBlanks_data();
+    void lineBreaksAreRemovedOrReplacedByBlanks();
     void pastedTextBecomesOneLine();
-    void theCursorIsNeverBeyondTheShortenedText();
+    void theCursorStaysWithinTheTextWhenTheTextIsShortened();
 };
 
-void OneLineValidatorTest::lineBreaksAreRemoved_data()
+void OneLineValidatorTest::lineBreaksAreRemovedOrReplacedByBlanks_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("oneLine");
@@ -32,7 +32,7 @@ void OneLineValidatorTest::lineBreaksAreRemoved_data()
                                        << "";
     QTest::newRow("line breaks between words") << "a\nb\rc"
                                                << "a b c";
-    QTest::newRow("other line breaks")
+    QTest::newRow("Unicode line and paragraph separators")
         << QStringLiteral("a") + QChar(0x2028) + QStringLiteral("b") + QChar(0x2029) << "a b";
     QTest::newRow("a line break before a blank") << "a\n  b"
                                                  << "a\n  b";
@@ -42,7 +42,7 @@ void OneLineValidatorTest::lineBreaksAreRemoved_data()
                                        << "a  ";
 }
 
-void OneLineValidatorTest::lineBreaksAreRemoved()
+void OneLineValidatorTest::lineBreaksAreRemovedOrReplacedByBlanks()
 {
     QFETCH(QString, text);
     QTEST(OneLineValidator::oneLine(text), "oneLine");
@@ -60,7 +60,7 @@ void OneLineValidatorTest::pastedTextBecomesOneLine()
     QCOMPARE(edit.text(), QStringLiteral("main-updates2"));
 }
 
-void OneLineValidatorTest::theCursorIsNeverBeyondTheShortenedText()
+void OneLineValidatorTest::theCursorStaysWithinTheTextWhenTheTextIsShortened()
 {
     const OneLineValidator validator;
     QString text = QStringLiteral("updates\n\n");

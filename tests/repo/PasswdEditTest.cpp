@@ -52,7 +52,7 @@ QWidget* PasswdEditTest::hiddenEdit() const
             return each;
         }
     }
-    qFatal("there is no hidden edit");
+    qFatal("the hidden edit is missing");
 }
 
 void PasswdEditTest::compareReal(const QString& insertedPassword) const
@@ -145,7 +145,7 @@ void PasswdEditTest::thePasswordIsMasked()
              QChar(edit->style()->styleHint(QStyle::SH_LineEdit_PasswordCharacter, nullptr, edit)));
 }
 
-void PasswdEditTest::textWithoutAMatchIsShown()
+void PasswdEditTest::aTextWithoutAPasswordIsShownUnmasked()
 {
     const QString unfinished = QStringLiteral("http://a/vantor?u=bob&p=secret&pat");
     setRealText(unfinished);
@@ -158,8 +158,8 @@ void PasswdEditTest::textWithoutAMatchIsShown()
 
 void PasswdEditTest::everyPasswordOfAUrlIsMasked()
 {
-    // The expression of the edit matches none of these URLs: the edit also masks passwords that the
-    // expression does not match.
+    // The edit's own expression matches none of these URLs. The edit masks their passwords all the same,
+    // because the class Credentials finds them.
     const QString urls = QStringLiteral("http://bob:secret@a/ http://a/?password=secret&x=y "
                                         "http://a/vantor?u=bob&p=sec ret&path=/x");
     setRealText(urls);
@@ -173,7 +173,7 @@ void PasswdEditTest::everyPasswordOfAUrlIsMasked()
     QVERIFY(shownText().startsWith(QString::fromUtf8("http://bob:●●●●●●●●@a/")));
 }
 
-void PasswdEditTest::theHiddenEditHasTheSameParentPlaceAndFont()
+void PasswdEditTest::theHiddenEditHasTheParentGeometryAndFontOfTheShownEdit()
 {
     QCOMPARE(textOf(hiddenEdit()), text());
     QVERIFY(!hiddenEdit()->isVisible());
@@ -189,7 +189,7 @@ void PasswdEditTest::theHiddenEditHasTheSameParentPlaceAndFont()
     QCOMPARE(hiddenEdit()->geometry(), edit->geometry());
 }
 
-void PasswdEditTest::theHiddenEditGetsTheSameNewParent()
+void PasswdEditTest::theHiddenEditFollowsTheShownEditToANewParent()
 {
     const std::unique_ptr<QWidget> moved(makeEdit(nullptr));
     setRealText(moved.get(), text());
@@ -216,7 +216,7 @@ void PasswdEditTest::theHiddenEditIsDeletedWithTheShownEdit()
     QVERIFY(other.isNull());
 }
 
-void PasswdEditTest::theEditAcceptsNoDropsAndHasNoMenu()
+void PasswdEditTest::theShownEditAcceptsNoDropsAndHasNoContextMenu()
 {
     QVERIFY(!edit->acceptDrops());
     QVERIFY(!mouseTarget()->acceptDrops());
@@ -227,7 +227,7 @@ void PasswdEditTest::theEditAcceptsNoDropsAndHasNoMenu()
     QVERIFY(QApplication::activePopupWidget() == nullptr);
 }
 
-void PasswdEditTest::changesAreSignalled()
+void PasswdEditTest::eachChangeOfTheTextIsSignalled()
 {
     setRealText(QStringLiteral("x"));
     QCOMPARE(changes->size(), 1);
@@ -269,7 +269,7 @@ void PasswdEditTest::typedTextReplacesASelectedPartOfThePassword()
     press(Qt::Key_Right, Qt::ShiftModifier, 4);
     type(QStringLiteral("0"));
     compareReal(QStringLiteral("s0t"));
-    // Here the cursor is before the anchor.
+    // In this selection, the cursor is before the anchor.
     press(Qt::Key_Left, Qt::ShiftModifier, 2);
     type(QStringLiteral("ab"));
     compareReal(QStringLiteral("abt"));
@@ -287,7 +287,7 @@ void PasswdEditTest::backspaceAndDeleteChangeThePassword()
     compareReal(QString());
 }
 
-void PasswdEditTest::controlDeleteDeletesAWordOfTheShownText()
+void PasswdEditTest::controlDeleteDeletesAWordAsInTheShownText()
 {
     setRealText(textWith(QStringLiteral("ab-cd+ef")));
     goTo(passwordBegin);
@@ -327,7 +327,7 @@ void PasswdEditTest::theCursorGoesThroughThePasswordCharacterByCharacter()
     QCOMPARE(changes->size(), 0);
 }
 
-void PasswdEditTest::aKeyWithoutAnEffectKeepsTheSelection()
+void PasswdEditTest::aFunctionKeyKeepsTheSelection()
 {
     goTo(passwordBegin + 4);
     press(Qt::Key_Left, Qt::ShiftModifier, 3);
@@ -359,13 +359,13 @@ void PasswdEditTest::undoAndRedoRestoreThePassword()
     compareReal(QStringLiteral("secret"));
     press(QKeySequence::Redo, 4);
     compareReal(QStringLiteral("newsecr"));
-    // A newly set text clears the undo history.
+    // Setting a new text clears the undo history.
     setRealText(QStringLiteral("other"));
     press(QKeySequence::Undo);
     QCOMPARE(realText(), QStringLiteral("other"));
 }
 
-void PasswdEditTest::undoneTextIsMasked()
+void PasswdEditTest::aPasswordThatUndoRestoresIsMasked()
 {
     press(QKeySequence::SelectAll);
     press(Qt::Key_Delete);
@@ -382,7 +382,7 @@ void PasswdEditTest::undoneTextIsMasked()
     compareReal(password);
 }
 
-void PasswdEditTest::aClickSetsTheCursor()
+void PasswdEditTest::aClickMovesTheCursorToTheClickedCharacter()
 {
     for (const int clicked :
          {3, passwordBegin, passwordBegin + 2, passwordBegin + 6, text().size() - 2, text().size()}) {
@@ -412,7 +412,7 @@ void PasswdEditTest::aDoubleClickSelectsTheVisibleWord()
     QCOMPARE(realText(), text().remove(begin, length));
 }
 
-void PasswdEditTest::aClickInAScrolledTextSetsTheCursor()
+void PasswdEditTest::aClickInAScrolledTextMovesTheCursorToTheClickedCharacter()
 {
     setRealText(longText());
     press(Qt::Key_End, wholeText());
@@ -424,7 +424,7 @@ void PasswdEditTest::aClickInAScrolledTextSetsTheCursor()
     QCOMPARE(realText(), longText().insert(clicked, QLatin1Char('Q')));
 }
 
-void PasswdEditTest::surrogatePairsAreNotSplit()
+void PasswdEditTest::typingAndDeletingNeverSplitASurrogatePair()
 {
     const QString key = QString::fromUtf8("\xf0\x9f\x94\x91");
     const QString keys = textWith(key + key);
@@ -445,7 +445,7 @@ void PasswdEditTest::surrogatePairsAreNotSplit()
 }
 
 // An ordinary edit gets the same keys, and supplies the expected text.
-void PasswdEditTest::randomEditingKeepsTheRealText()
+void PasswdEditTest::randomEditingHasTheSameResultAsInAnOrdinaryEdit()
 {
     QWidget* ordinary = makeOrdinaryEdit(window.get());
     ordinary->setFont(edit->font());
@@ -494,7 +494,7 @@ void PasswdEditTest::randomEditingKeepsTheRealText()
     }
 }
 
-void PasswdEditTest::randomEditingCanBeUndone()
+void PasswdEditTest::undoRestoresTheTextBeforeRandomEditing()
 {
     Random random;
     for (int round = 0; round < 40; ++round) {
@@ -538,7 +538,7 @@ void PasswdEditTest::randomEditingCanBeUndone()
 
 // --- The clipboard.
 
-void PasswdEditTest::pastingChangesTheRealText()
+void PasswdEditTest::pastedTextIsInsertedIntoThePassword()
 {
     QGuiApplication::clipboard()->setText(QStringLiteral("12"));
     goTo(passwordBegin + 3);
@@ -552,7 +552,7 @@ void PasswdEditTest::pastingChangesTheRealText()
     compareReal(QStringLiteral("s12ret"));
 }
 
-void PasswdEditTest::copiedTextIsMaskedForOtherPrograms()
+void PasswdEditTest::copiedPasswordsAreMaskedOnTheClipboard()
 {
     press(QKeySequence::SelectAll);
     press(QKeySequence::Copy);
@@ -570,7 +570,7 @@ void PasswdEditTest::copiedTextIsMaskedForOtherPrograms()
     QCOMPARE(textOf(other.get()), maskedText());
 }
 
-void PasswdEditTest::cutAndPasteKeepThePassword()
+void PasswdEditTest::cuttingAndPastingInTheSameEditKeepsThePassword()
 {
     press(QKeySequence::SelectAll);
     press(QKeySequence::Cut);
@@ -580,7 +580,7 @@ void PasswdEditTest::cutAndPasteKeepThePassword()
     compareReal(password);
 }
 
-void PasswdEditTest::theSelectionIsMaskedForOtherPrograms()
+void PasswdEditTest::selectedPasswordsAreMaskedInThePrimarySelection()
 {
     QVERIFY(QGuiApplication::clipboard()->supportsSelection());
     drag(0, text().size());
@@ -606,7 +606,7 @@ void PasswdEditTest::theMiddleButtonPastesTheSelection()
 
 // --- Input methods.
 
-void PasswdEditTest::composedTextIsInsertedIntoTheRealText()
+void PasswdEditTest::textComposedWithAnInputMethodIsInsertedIntoThePassword()
 {
     goTo(passwordBegin + 3);
     commit(QString::fromUtf8("\xc3\xa4\xe6\xbc\xa2"));
@@ -614,7 +614,7 @@ void PasswdEditTest::composedTextIsInsertedIntoTheRealText()
     QCOMPARE(position(), passwordBegin + 5);
 }
 
-void PasswdEditTest::composingReplacesTheSelection()
+void PasswdEditTest::textComposedWithAnInputMethodReplacesTheSelectedText()
 {
     goTo(passwordBegin + 1);
     press(Qt::Key_Right, Qt::ShiftModifier, 4);
@@ -624,7 +624,7 @@ void PasswdEditTest::composingReplacesTheSelection()
     compareReal(QString::fromUtf8("s\xe3\x81\x8bt"));
 }
 
-void PasswdEditTest::theInputMethodMayReplaceText()
+void PasswdEditTest::anInputMethodCanReplaceTextNextToTheCursor()
 {
     goTo(passwordBegin + 3);
     commit(QStringLiteral("C"), -1, 1);
@@ -684,7 +684,7 @@ void PasswdEditTest::assistiveProgramsCanEditTheText()
     QVERIFY(!shownText().contains(QStringLiteral("12")));
 }
 
-void PasswdEditTest::settingTheShownTextSetsTheRealText()
+void PasswdEditTest::settingTheTextOfTheShownEditAlsoSetsTheRealText()
 {
     setText(edit, textWith(QStringLiteral("new")));
     compareReal(QStringLiteral("new"));
@@ -693,7 +693,7 @@ void PasswdEditTest::settingTheShownTextSetsTheRealText()
     QCOMPARE(shownText(), QString());
 }
 
-void PasswdEditTest::theWindowReceivesEscapeOnlyOnce()
+void PasswdEditTest::oneEscapeKeyPressClosesTheWindowOnce()
 {
     QSignalSpy finished(window.get(), SIGNAL(finished(int)));
     press(Qt::Key_Escape);

@@ -20,46 +20,46 @@ private Q_SLOTS:
     void cleanup();
 
     void thePasswordIsMasked();
-    void textWithoutAMatchIsShown();
+    void aTextWithoutAPasswordIsShownUnmasked();
     void everyPasswordOfAUrlIsMasked();
-    void theHiddenEditHasTheSameParentPlaceAndFont();
-    void theHiddenEditGetsTheSameNewParent();
+    void theHiddenEditHasTheParentGeometryAndFontOfTheShownEdit();
+    void theHiddenEditFollowsTheShownEditToANewParent();
     void theHiddenEditIsDeletedWithTheShownEdit();
-    void theEditAcceptsNoDropsAndHasNoMenu();
-    void changesAreSignalled();
+    void theShownEditAcceptsNoDropsAndHasNoContextMenu();
+    void eachChangeOfTheTextIsSignalled();
     void aChangeIsSignalledEvenIfTheShownTextIsUnchanged();
 
     void typedTextIsInsertedIntoThePassword();
     void typedTextReplacesASelectedPartOfThePassword();
     void backspaceAndDeleteChangeThePassword();
-    void controlDeleteDeletesAWordOfTheShownText();
+    void controlDeleteDeletesAWordAsInTheShownText();
     void theCursorGoesThroughThePasswordCharacterByCharacter();
-    void aKeyWithoutAnEffectKeepsTheSelection();
+    void aFunctionKeyKeepsTheSelection();
     void undoAndRedoRestoreThePassword();
-    void undoneTextIsMasked();
-    void aClickSetsTheCursor();
+    void aPasswordThatUndoRestoresIsMasked();
+    void aClickMovesTheCursorToTheClickedCharacter();
     void draggingTheMouseSelectsText();
     void aDoubleClickSelectsTheVisibleWord();
-    void aClickInAScrolledTextSetsTheCursor();
-    void surrogatePairsAreNotSplit();
-    void randomEditingKeepsTheRealText();
-    void randomEditingCanBeUndone();
+    void aClickInAScrolledTextMovesTheCursorToTheClickedCharacter();
+    void typingAndDeletingNeverSplitASurrogatePair();
+    void randomEditingHasTheSameResultAsInAnOrdinaryEdit();
+    void undoRestoresTheTextBeforeRandomEditing();
 
-    void pastingChangesTheRealText();
-    void copiedTextIsMaskedForOtherPrograms();
-    void cutAndPasteKeepThePassword();
-    void theSelectionIsMaskedForOtherPrograms();
+    void pastedTextIsInsertedIntoThePassword();
+    void copiedPasswordsAreMaskedOnTheClipboard();
+    void cuttingAndPastingInTheSameEditKeepsThePassword();
+    void selectedPasswordsAreMaskedInThePrimarySelection();
     void theMiddleButtonPastesTheSelection();
 
-    void composedTextIsInsertedIntoTheRealText();
-    void composingReplacesTheSelection();
-    void theInputMethodMayReplaceText();
+    void textComposedWithAnInputMethodIsInsertedIntoThePassword();
+    void textComposedWithAnInputMethodReplacesTheSelectedText();
+    void anInputMethodCanReplaceTextNextToTheCursor();
     void theInputMethodDoesNotGetThePassword();
 
     void assistiveProgramsDoNotGetThePassword();
     void assistiveProgramsCanEditTheText();
-    void settingTheShownTextSetsTheRealText();
-    void theWindowReceivesEscapeOnlyOnce();
+    void settingTheTextOfTheShownEditAlsoSetsTheRealText();
+    void oneEscapeKeyPressClosesTheWindowOnce();
 
 protected:
     // The position of the password in the text with which every test starts.

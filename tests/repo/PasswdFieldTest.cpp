@@ -12,14 +12,14 @@ class PasswdFieldTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void typedTextIsNotShown();
-    void pastedLineBreaksAreDropped();
-    void aLongPasswordIsKept();
-    void theFieldCopiesNothing();
+    void theFieldShowsDotsInsteadOfTheTypedText();
+    void lineBreaksInPastedTextAreDropped();
+    void aLongPasswordIsStoredCompletely();
+    void copyAndCutKeysDoNotChangeTheClipboard();
     void assistiveProgramsDoNotGetThePassword();
 };
 
-void PasswdFieldTest::typedTextIsNotShown()
+void PasswdFieldTest::theFieldShowsDotsInsteadOfTheTypedText()
 {
     PasswdField field;
     QTest::keyClicks(&field, QStringLiteral("secret"));
@@ -27,7 +27,7 @@ void PasswdFieldTest::typedTextIsNotShown()
     QCOMPARE(field.displayText(), QString(6, QChar(0x25cf)));
 }
 
-void PasswdFieldTest::pastedLineBreaksAreDropped()
+void PasswdFieldTest::lineBreaksInPastedTextAreDropped()
 {
     PasswdField field;
     QGuiApplication::clipboard()->setText(QStringLiteral("secret\n"));
@@ -35,14 +35,14 @@ void PasswdFieldTest::pastedLineBreaksAreDropped()
     QCOMPARE(field.text(), QStringLiteral("secret"));
 }
 
-void PasswdFieldTest::aLongPasswordIsKept()
+void PasswdFieldTest::aLongPasswordIsStoredCompletely()
 {
     PasswdField field;
     field.setText(QString(40000, QLatin1Char('x')));
     QCOMPARE(field.text().size(), 40000);
 }
 
-void PasswdFieldTest::theFieldCopiesNothing()
+void PasswdFieldTest::copyAndCutKeysDoNotChangeTheClipboard()
 {
     PasswdField field;
     field.show();

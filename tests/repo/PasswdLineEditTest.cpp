@@ -10,14 +10,14 @@ class PasswdLineEditTest : public PasswdEditTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void aSignalReportsTheNewText();
-    void aLongTextIsKept();
-    void theDeletedRestOfTheLineIsMaskedOnTheClipboard();
-    void theDeletedTextIsMaskedOnTheClipboard();
-    void insertedLineBreaksAreDropped();
-    void composingWithinThePasswordIsMasked();
+    void aSignalReportsTheTypedTextWithItsPassword();
+    void aLongTextIsStoredCompletely();
+    void deletingToTheEndOfTheLinePutsTheMaskedRestOnTheClipboard();
+    void deletingTheWholeLinePutsTheMaskedTextOnTheClipboard();
+    void lineBreaksInInsertedTextAreDropped();
+    void textComposedWithinThePasswordIsMasked();
     void textComposedOutsideThePasswordIsVisible();
-    void theWindowReceivesReturn();
+    void theReturnKeyPressesTheDefaultButtonOfTheWindow();
 
 protected:
     QString textWith(const QString& insertedPassword) const override
@@ -86,7 +86,7 @@ private:
     PasswdLineEdit* line() const { return static_cast<PasswdLineEdit*>(edit); }
 };
 
-void PasswdLineEditTest::aSignalReportsTheNewText()
+void PasswdLineEditTest::aSignalReportsTheTypedTextWithItsPassword()
 {
     type(QStringLiteral("yz"));
     QCOMPARE(changes->size(), 2);
@@ -95,7 +95,7 @@ void PasswdLineEditTest::aSignalReportsTheNewText()
     QCOMPARE(changes->size(), 2);
 }
 
-void PasswdLineEditTest::aLongTextIsKept()
+void PasswdLineEditTest::aLongTextIsStoredCompletely()
 {
     const QString longOne = QString(40000, QLatin1Char('a'));
     setRealText(longOne);
@@ -105,7 +105,7 @@ void PasswdLineEditTest::aLongTextIsKept()
     QCOMPARE(shownText().size(), 39999);
 }
 
-void PasswdLineEditTest::theDeletedRestOfTheLineIsMaskedOnTheClipboard()
+void PasswdLineEditTest::deletingToTheEndOfTheLinePutsTheMaskedRestOnTheClipboard()
 {
     goTo(passwordBegin + 3);
     press(QKeySequence::DeleteEndOfLine);
@@ -113,7 +113,7 @@ void PasswdLineEditTest::theDeletedRestOfTheLineIsMaskedOnTheClipboard()
     QCOMPARE(QGuiApplication::clipboard()->text(), QString::fromUtf8("●●●&path=/x"));
 }
 
-void PasswdLineEditTest::theDeletedTextIsMaskedOnTheClipboard()
+void PasswdLineEditTest::deletingTheWholeLinePutsTheMaskedTextOnTheClipboard()
 {
     goTo(passwordBegin + 3);
     press(QKeySequence::DeleteCompleteLine);
@@ -122,7 +122,7 @@ void PasswdLineEditTest::theDeletedTextIsMaskedOnTheClipboard()
     QCOMPARE(QGuiApplication::clipboard()->text(), maskedText());
 }
 
-void PasswdLineEditTest::insertedLineBreaksAreDropped()
+void PasswdLineEditTest::lineBreaksInInsertedTextAreDropped()
 {
     press(QKeySequence::SelectAll);
     QGuiApplication::clipboard()->setText(text() + QStringLiteral("\n"));
@@ -134,7 +134,7 @@ void PasswdLineEditTest::insertedLineBreaksAreDropped()
     QCOMPARE(shownText(), QStringLiteral("one two"));
 }
 
-void PasswdLineEditTest::composingWithinThePasswordIsMasked()
+void PasswdLineEditTest::textComposedWithinThePasswordIsMasked()
 {
     goTo(passwordBegin + 3);
     compose(QStringLiteral("kan"));
@@ -158,7 +158,7 @@ void PasswdLineEditTest::textComposedOutsideThePasswordIsVisible()
     QCOMPARE(realText(), text());
 }
 
-void PasswdLineEditTest::theWindowReceivesReturn()
+void PasswdLineEditTest::theReturnKeyPressesTheDefaultButtonOfTheWindow()
 {
     auto* button = new QPushButton(window.get());
     button->setDefault(true);

@@ -9,21 +9,21 @@ class PasswdMaskTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void everyPasswordOfUrlsIsHidden_data();
-    void everyPasswordOfUrlsIsHidden();
-    void passwordsOfOptionsAreHidden();
+    void everyPasswordInUrlsIsHidden_data();
+    void everyPasswordInUrlsIsHidden();
+    void passwordsInOptionsAreHidden();
     void aTextWithoutPasswordsIsNotChanged();
-    void theMaskedTextOfTheSameTextIsReused();
-    void everyMatchIsHidden();
-    void anExpressionForWholeTextsHidesNothingInLongerTexts();
+    void maskingTheSameTextAgainReturnsTheCachedResult();
+    void everyMatchOfAnExpressionIsHidden();
+    void anExpressionForWholeTextsDoesNotMatchAPartOfAText();
     void eachOfSeveralExpressionsHidesItsMatches();
-    void eachCharacterIsReplacedByExactlyOneCharacter();
-    void aMatchWithoutCaptureHidesNothing();
-    void anEmptyMatchIsSkipped();
+    void eachPasswordCharacterIsReplacedByExactlyOneMaskCharacter();
+    void aMatchThatCapturesNothingHidesNothing();
+    void aMatchOfTheEmptyTextHidesNothing();
     void overlappingPasswordsAreHidden();
 };
 
-void PasswdMaskTest::everyPasswordOfUrlsIsHidden_data()
+void PasswdMaskTest::everyPasswordInUrlsIsHidden_data()
 {
     QTest::addColumn<QString>("urls");
     QTest::addColumn<QString>("masked");
@@ -44,13 +44,13 @@ void PasswdMaskTest::everyPasswordOfUrlsIsHidden_data()
                                  << "http://h:80/a:b@c http://me@h/ file:///srv";
 }
 
-void PasswdMaskTest::everyPasswordOfUrlsIsHidden()
+void PasswdMaskTest::everyPasswordInUrlsIsHidden()
 {
     QFETCH(QString, urls);
     QTEST(PasswdMask().masked(urls, QLatin1Char('*')), "masked");
 }
 
-void PasswdMaskTest::passwordsOfOptionsAreHidden()
+void PasswdMaskTest::passwordsInOptionsAreHidden()
 {
     const QString options = QStringLiteral("proxy_password = ab\n  c\nproxy=http://me:abc@h/\nretries=1\n");
     const QString masked = QStringLiteral("proxy_password = **\n  *\nproxy=http://me:***@h/\nretries=1\n");
@@ -66,7 +66,7 @@ void PasswdMaskTest::aTextWithoutPasswordsIsNotChanged()
     QVERIFY(!mask.hides(QStringLiteral("abc"), 1));
 }
 
-void PasswdMaskTest::theMaskedTextOfTheSameTextIsReused()
+void PasswdMaskTest::maskingTheSameTextAgainReturnsTheCachedResult()
 {
     PasswdMask mask;
     const QString first = mask.masked(QStringLiteral("http://me:abc@h/"), QLatin1Char('*'));
@@ -82,7 +82,7 @@ void PasswdMaskTest::theMaskedTextOfTheSameTextIsReused()
              QStringLiteral("http://me:##@#/"));
 }
 
-void PasswdMaskTest::everyMatchIsHidden()
+void PasswdMaskTest::everyMatchOfAnExpressionIsHidden()
 {
     PasswdMask mask;
     mask.hideEverywhere(QRegExp(QStringLiteral("p=([a-z]*);")));
@@ -90,7 +90,7 @@ void PasswdMaskTest::everyMatchIsHidden()
              QStringLiteral("p=***; p=; x=abc; p=*; p=e"));
 }
 
-void PasswdMaskTest::anExpressionForWholeTextsHidesNothingInLongerTexts()
+void PasswdMaskTest::anExpressionForWholeTextsDoesNotMatchAPartOfAText()
 {
     PasswdMask mask;
     mask.hideInWholeText(QRegExp(QStringLiteral("p=([a-z]*);")));
@@ -107,7 +107,7 @@ void PasswdMaskTest::eachOfSeveralExpressionsHidesItsMatches()
     QCOMPARE(mask.masked(QStringLiteral("q=abc p=d"), QLatin1Char('*')), QStringLiteral("q=*** p=*"));
 }
 
-void PasswdMaskTest::eachCharacterIsReplacedByExactlyOneCharacter()
+void PasswdMaskTest::eachPasswordCharacterIsReplacedByExactlyOneMaskCharacter()
 {
     PasswdMask mask;
     mask.hideEverywhere(QRegExp(QStringLiteral("p=(.*);")));
@@ -116,7 +116,7 @@ void PasswdMaskTest::eachCharacterIsReplacedByExactlyOneCharacter()
     QCOMPARE(mask.masked(text, QLatin1Char('*')).size(), text.size());
 }
 
-void PasswdMaskTest::aMatchWithoutCaptureHidesNothing()
+void PasswdMaskTest::aMatchThatCapturesNothingHidesNothing()
 {
     PasswdMask mask;
     mask.hideEverywhere(QRegExp(QStringLiteral("p=(a)?")));
@@ -124,7 +124,7 @@ void PasswdMaskTest::aMatchWithoutCaptureHidesNothing()
     QCOMPARE(mask.masked(QStringLiteral("p=b q=a"), QLatin1Char('*')), QStringLiteral("p=b q=a"));
 }
 
-void PasswdMaskTest::anEmptyMatchIsSkipped()
+void PasswdMaskTest::aMatchOfTheEmptyTextHidesNothing()
 {
     PasswdMask mask;
     mask.hideEverywhere(QRegExp(QStringLiteral("(x*)")));

@@ -17,17 +17,17 @@ class PasswdTextEditTest : public PasswdEditTest
 
 private Q_SLOTS:
     void everyPasswordIsMasked();
-    void theTextIsKeptExactly();
-    void theSizeHintFitsTheColumnsAndRows();
+    void lineFeedsBlanksAndNoBreakSpacesAreStoredUnchanged();
+    void theSizeHintHasSpaceForTheRequestedColumnsAndRows();
     void typedTextIsInsertedIntoTheSecondPassword();
-    void linesAreJoinedAndSplit();
+    void returnSplitsALineAndBackspaceJoinsTwoLines();
     void aSelectionMayContainSeveralLines();
-    void theCursorGoesFromLineToLine();
+    void arrowKeysMoveTheCursorFromLineToLine();
     void aSelectionCannotBeDraggedAway();
     void typingDoesNotScrollTheView();
     void richTextIsPastedAsPlainText();
-    void composingWithinThePasswordIsMasked();
-    void theTabKeyMovesTheFocusOnlyIfThisIsEnabled();
+    void textComposedWithinThePasswordIsMasked();
+    void tabMovesTheFocusOnlyIfTabChangesFocusIsTrue();
 
 protected:
     QString textWith(const QString& insertedPassword) const override
@@ -111,7 +111,7 @@ void PasswdTextEditTest::everyPasswordIsMasked()
     QVERIFY(shownText().endsWith(QString::fromUtf8("http://c/vantor?u=bob&p=●●●●&path=y")));
 }
 
-void PasswdTextEditTest::theTextIsKeptExactly()
+void PasswdTextEditTest::lineFeedsBlanksAndNoBreakSpacesAreStoredUnchanged()
 {
     for (const QString& each : {QString(), QStringLiteral("\n"), QStringLiteral(" a\n\nb\n"),
                                 QString::fromLatin1("caf\xc3\xa0 \xa0")}) {
@@ -120,7 +120,7 @@ void PasswdTextEditTest::theTextIsKeptExactly()
     }
 }
 
-void PasswdTextEditTest::theSizeHintFitsTheColumnsAndRows()
+void PasswdTextEditTest::theSizeHintHasSpaceForTheRequestedColumnsAndRows()
 {
     PasswdTextEdit sized(Repo::Vantor::urlsRegExp(), 50, 4);
     HTextEdit plain(50, 4);
@@ -138,7 +138,7 @@ void PasswdTextEditTest::typedTextIsInsertedIntoTheSecondPassword()
     QVERIFY(shownText().endsWith(QString::fromUtf8("http://c/vantor?u=bob&p=●●●●●&path=y")));
 }
 
-void PasswdTextEditTest::linesAreJoinedAndSplit()
+void PasswdTextEditTest::returnSplitsALineAndBackspaceJoinsTwoLines()
 {
     goTo(passwordBegin + 3);
     press(Qt::Key_Return);
@@ -162,7 +162,7 @@ void PasswdTextEditTest::aSelectionMayContainSeveralLines()
     QCOMPARE(shownText(), QString::fromUtf8("http://a/vantor?u=bob&p=●●●●●&path=y"));
 }
 
-void PasswdTextEditTest::theCursorGoesFromLineToLine()
+void PasswdTextEditTest::arrowKeysMoveTheCursorFromLineToLine()
 {
     const auto line = [this] { return textEdit()->textCursor().blockNumber(); };
     goTo(passwordBegin + 4);
@@ -213,7 +213,7 @@ void PasswdTextEditTest::richTextIsPastedAsPlainText()
     QCOMPARE(textEdit()->textCursor().charFormat().fontWeight(), int(QFont::Normal));
 }
 
-void PasswdTextEditTest::composingWithinThePasswordIsMasked()
+void PasswdTextEditTest::textComposedWithinThePasswordIsMasked()
 {
     const auto composed = [this](const QString& preedit) {
         compose(preedit);
@@ -232,7 +232,7 @@ void PasswdTextEditTest::composingWithinThePasswordIsMasked()
     compareReal(QStringLiteral("sec-ret"));
 }
 
-void PasswdTextEditTest::theTabKeyMovesTheFocusOnlyIfThisIsEnabled()
+void PasswdTextEditTest::tabMovesTheFocusOnlyIfTabChangesFocusIsTrue()
 {
     auto* next = new QLineEdit(window.get());
     next->show();

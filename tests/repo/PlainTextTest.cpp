@@ -10,12 +10,12 @@ class PlainTextTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void theTextIsReturnedUnchanged();
-    void lineSeparatorsAreLineFeeds();
-    void positionsAreTheSameAsInTheDocument();
+    void exactReturnsTheTextOfADocumentUnchanged();
+    void exactReturnsLineSeparatorsAsLineFeeds();
+    void charactersHaveTheSamePositionsInTheTextAndInTheDocument();
 };
 
-void PlainTextTest::theTextIsReturnedUnchanged()
+void PlainTextTest::exactReturnsTheTextOfADocumentUnchanged()
 {
     QTextDocument document;
     // The last text ends in a letter whose UTF-8 was read as Latin-1. In Latin-1, the second byte of this
@@ -27,14 +27,14 @@ void PlainTextTest::theTextIsReturnedUnchanged()
     }
 }
 
-void PlainTextTest::lineSeparatorsAreLineFeeds()
+void PlainTextTest::exactReturnsLineSeparatorsAsLineFeeds()
 {
     QTextDocument document;
     document.setPlainText(QStringLiteral("a") + QChar(QChar::LineSeparator) + QStringLiteral("b"));
     QCOMPARE(PlainText::exact(&document), QStringLiteral("a\nb"));
 }
 
-void PlainTextTest::positionsAreTheSameAsInTheDocument()
+void PlainTextTest::charactersHaveTheSamePositionsInTheTextAndInTheDocument()
 {
     QTextDocument document;
     document.setPlainText(QStringLiteral("one\n\ntwo"));

@@ -129,7 +129,8 @@ QByteArray RandomConfiguration::word()
         result += letters[below(usable)];
     }
     if (result.endsWith('\r')) {
-        // If a value ended in a carriage return, the reader would treat it as part of the line end.
+        // If a value ended in a carriage return, the reader would take this character for a part of the line
+        // end.
         result += 'x';
     }
     return result;

@@ -44,29 +44,29 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void theUserIsAskedOnlyAboutUrlsWithoutCredentials();
-    void theUserIsNotAskedAboutUnusedRepositories();
-    void enteredCredentialsAreWritten();
-    void theMirrorListMayNeedCredentials();
-    void okWithoutCredentialsChangesNothing();
-    void aNameWithoutAPasswordIsWritten();
+    void theUserIsAskedOnlyAboutCredentialUrlsWithEmptyCredentials();
+    void theUserIsNotAskedAboutDisabledRepositories();
+    void credentialsThatTheUserEntersAreWrittenToTheFile();
+    void theUserIsAskedForCredentialsThatOnlyTheMirrorListLacks();
+    void nothingIsWrittenIfTheUserClicksOkWithoutTypedCredentials();
+    void aTypedNameIsWrittenEvenIfThePasswordIsEmpty();
     void applyToAllChangesAllEnabledRepositoriesAndEndsTheQuestions();
-    void applyToAllKeepsTheKeysOfEachUrl();
-    void applyToTheHostSetsTheOtherRepositoriesOfTheHost();
-    void applyToTheHostUsesTheHostOfTheMirrorList();
+    void applyToAllKeepsTheKeysInEachUrl();
+    void applyToTheHostSetsTheCredentialsOfAllRepositoriesOnTheHost();
+    void applyToTheHostAlsoSetsCredentialsInMirrorListsOnTheHost();
     void skipAllWritesNothing();
-    void skipAllWritesEarlierAnswers();
-    void disableForSessionDisablesTheRepository();
-    void quitStopsTheCheckAndIsReported();
-    void quitWritesEarlierAnswers();
+    void skipAllWritesTheAnswersToEarlierQuestions();
+    void disableForSessionDisablesTheRepositoryInTheSession();
+    void quitEndsTheQuestionsAndSetsTheQuitFlag();
+    void quitWritesTheAnswersToEarlierQuestions();
     void nothingIsShownOrWrittenIfNoCredentialsAreMissing();
-    void ifAReadFailsNothingIsAskedOrWritten();
+    void nothingIsAskedOrWrittenIfTheFilesCannotBeRead();
     void nothingIsWrittenIfTheUserDeclinesTheQuestionAboutDuplicates();
     void oneDialogAsksAboutAllRepositories();
-    void theCheckerDeletesTheDialog();
+    void theCheckerDeletesTheDialogWhenTheCheckEnds();
     void eachCheckReadsTheFilesAgain();
-    void changesByOtherProgramsAreNotOverwritten();
-    void credentialsAreWrittenTogetherWithChangesByOtherPrograms();
+    void theCheckerDoesNotOverwriteAFileThatAnotherProgramHasChanged();
+    void changesByOtherProgramsAreKeptWhenCredentialsAreWritten();
 
 private:
     // Runs a check in which the user gives these answers. If more dialogs appear, the user clicks "Skip All".
@@ -167,7 +167,7 @@ void RepoAuthCheckerTest::cleanup()
     root.reset();
 }
 
-void RepoAuthCheckerTest::theUserIsAskedOnlyAboutUrlsWithoutCredentials()
+void RepoAuthCheckerTest::theUserIsAskedOnlyAboutCredentialUrlsWithEmptyCredentials()
 {
     put("a.repo", section("none", "http://h" + emptyAuth) + section("plain", "http://h/x") +
                       section("name", "http://h/vantor?u=bob&p=&path=/x") +
@@ -178,7 +178,7 @@ void RepoAuthCheckerTest::theUserIsAskedOnlyAboutUrlsWithoutCredentials()
     QVERIFY(!changed);
 }
 
-void RepoAuthCheckerTest::changesByOtherProgramsAreNotOverwritten()
+void RepoAuthCheckerTest::theCheckerDoesNotOverwriteAFileThatAnotherProgramHasChanged()
 {
     put("a.repo", section("a", "http://h" + emptyAuth));
     put("b.repo", section("b", "http://h/x"));
@@ -196,7 +196,7 @@ void RepoAuthCheckerTest::changesByOtherProgramsAreNotOverwritten()
     QCOMPARE(get("c.repo"), section("c", "http://h/x"));
 }
 
-void RepoAuthCheckerTest::credentialsAreWrittenTogetherWithChangesByOtherPrograms()
+void RepoAuthCheckerTest::changesByOtherProgramsAreKeptWhenCredentialsAreWritten()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://h" + emptyAuth) +
                       section("gone", "http://k" + emptyAuth));
@@ -215,7 +215,7 @@ void RepoAuthCheckerTest::credentialsAreWrittenTogetherWithChangesByOtherProgram
                                        "[a]\nbaseurl=http://h/vantor?u=theirs&p=theirs&path=/x\ncost=1\n"));
 }
 
-void RepoAuthCheckerTest::theUserIsNotAskedAboutUnusedRepositories()
+void RepoAuthCheckerTest::theUserIsNotAskedAboutDisabledRepositories()
 {
     put("a.repo", section("off", "http://h" + emptyAuth, "enabled=0\n") +
                       section("on", "http://h" + emptyAuth) + section("toggled", "http://h" + emptyAuth));
@@ -223,7 +223,7 @@ void RepoAuthCheckerTest::theUserIsNotAskedAboutUnusedRepositories()
     QCOMPARE(check({{"", "", "OK"}}), QStringList{QStringLiteral("on")});
 }
 
-void RepoAuthCheckerTest::enteredCredentialsAreWritten()
+void RepoAuthCheckerTest::credentialsThatTheUserEntersAreWrittenToTheFile()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://k/vantor?n=&w=&path=y"));
     QCOMPARE(check({{"a b&c", "s%t", "OK"}, {"eve", "pw", "OK"}}),
@@ -236,7 +236,7 @@ void RepoAuthCheckerTest::enteredCredentialsAreWritten()
     QCOMPARE(check({}), QStringList());
 }
 
-void RepoAuthCheckerTest::theMirrorListMayNeedCredentials()
+void RepoAuthCheckerTest::theUserIsAskedForCredentialsThatOnlyTheMirrorListLacks()
 {
     put("a.repo", section("a", "http://h/plain", "mirrorlist=http://m" + emptyAuth + '\n'));
     QCOMPARE(check({{"bob", "pw", "OK"}}), QStringList{QStringLiteral("a")});
@@ -244,7 +244,7 @@ void RepoAuthCheckerTest::theMirrorListMayNeedCredentials()
              QByteArray("[a]\nbaseurl=http://h/plain\nmirrorlist=http://m/vantor?u=bob&p=pw&path=/x\n"));
 }
 
-void RepoAuthCheckerTest::okWithoutCredentialsChangesNothing()
+void RepoAuthCheckerTest::nothingIsWrittenIfTheUserClicksOkWithoutTypedCredentials()
 {
     const QByteArray before = "# a comment\n" + section("a", "http://h" + emptyAuth);
     put("a.repo", before);
@@ -253,7 +253,7 @@ void RepoAuthCheckerTest::okWithoutCredentialsChangesNothing()
     QCOMPARE(get("a.repo"), before);
 }
 
-void RepoAuthCheckerTest::aNameWithoutAPasswordIsWritten()
+void RepoAuthCheckerTest::aTypedNameIsWrittenEvenIfThePasswordIsEmpty()
 {
     put("a.repo", section("a", "http://h" + emptyAuth));
     check({{"bob", "", "OK"}});
@@ -275,7 +275,7 @@ void RepoAuthCheckerTest::applyToAllChangesAllEnabledRepositoriesAndEndsTheQuest
     QVERIFY(get("a.repo").contains("http://l/vantor?u=&p=&path=/x"));
 }
 
-void RepoAuthCheckerTest::applyToAllKeepsTheKeysOfEachUrl()
+void RepoAuthCheckerTest::applyToAllKeepsTheKeysInEachUrl()
 {
     put("a.repo",
         section("a", "http://h" + emptyAuth) +
@@ -285,7 +285,7 @@ void RepoAuthCheckerTest::applyToAllKeepsTheKeysOfEachUrl()
     QVERIFY(get("a.repo").contains("mirrorlist=http://k/vantor?o=bob&q=pw&path=/x\n"));
 }
 
-void RepoAuthCheckerTest::applyToTheHostSetsTheOtherRepositoriesOfTheHost()
+void RepoAuthCheckerTest::applyToTheHostSetsTheCredentialsOfAllRepositoriesOnTheHost()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "https://h/sub" + emptyAuth) +
                       section("c", "http://k" + emptyAuth) + section("d", "http://h" + emptyAuth));
@@ -297,7 +297,7 @@ void RepoAuthCheckerTest::applyToTheHostSetsTheOtherRepositoriesOfTheHost()
                                        "[d]\nbaseurl=http://h/vantor?u=bob&p=pw&path=/x\n"));
 }
 
-void RepoAuthCheckerTest::applyToTheHostUsesTheHostOfTheMirrorList()
+void RepoAuthCheckerTest::applyToTheHostAlsoSetsCredentialsInMirrorListsOnTheHost()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + "[b]\nmirrorlist=http://h" + emptyAuth + "\n[c]\n" +
                       "mirrorlist=http://k" + emptyAuth + '\n');
@@ -317,7 +317,7 @@ void RepoAuthCheckerTest::skipAllWritesNothing()
     QCOMPARE(get("a.repo"), before);
 }
 
-void RepoAuthCheckerTest::skipAllWritesEarlierAnswers()
+void RepoAuthCheckerTest::skipAllWritesTheAnswersToEarlierQuestions()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth) +
                       section("c", "http://l" + emptyAuth));
@@ -328,7 +328,7 @@ void RepoAuthCheckerTest::skipAllWritesEarlierAnswers()
     QCOMPARE(get("a.repo").count("u=&p=&"), 2);
 }
 
-void RepoAuthCheckerTest::disableForSessionDisablesTheRepository()
+void RepoAuthCheckerTest::disableForSessionDisablesTheRepositoryInTheSession()
 {
     const QByteArray before = section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth);
     put("a.repo", before);
@@ -340,7 +340,7 @@ void RepoAuthCheckerTest::disableForSessionDisablesTheRepository()
     QCOMPARE(check({}), QStringList{QStringLiteral("b")});
 }
 
-void RepoAuthCheckerTest::quitStopsTheCheckAndIsReported()
+void RepoAuthCheckerTest::quitEndsTheQuestionsAndSetsTheQuitFlag()
 {
     const QByteArray before = section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth);
     put("a.repo", before);
@@ -350,7 +350,7 @@ void RepoAuthCheckerTest::quitStopsTheCheckAndIsReported()
     QCOMPARE(get("a.repo"), before);
 }
 
-void RepoAuthCheckerTest::quitWritesEarlierAnswers()
+void RepoAuthCheckerTest::quitWritesTheAnswersToEarlierQuestions()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth));
     check({{"bob", "pw", "OK"}, {"", "", "Quit"}});
@@ -369,9 +369,10 @@ void RepoAuthCheckerTest::nothingIsShownOrWrittenIfNoCredentialsAreMissing()
     QCOMPARE(get("a.repo"), before);
 }
 
-void RepoAuthCheckerTest::ifAReadFailsNothingIsAskedOrWritten()
+void RepoAuthCheckerTest::nothingIsAskedOrWrittenIfTheFilesCannotBeRead()
 {
-    // Both files have the same error, because the order in which the checker reads them is unknown.
+    // The order in which the checker reads the files is unknown. With the same error in both files, the
+    // result does not depend on this order.
     const QByteArray first =
         section("a", "http://h" + emptyAuth) + section("b", "http://h" + emptyAuth) + "[x\n";
     put("a.repo", first);
@@ -408,7 +409,7 @@ void RepoAuthCheckerTest::oneDialogAsksAboutAllRepositories()
     QCOMPARE(asked, (QStringList{QStringLiteral("a"), QStringLiteral("b")}));
 }
 
-void RepoAuthCheckerTest::theCheckerDeletesTheDialog()
+void RepoAuthCheckerTest::theCheckerDeletesTheDialogWhenTheCheckEnds()
 {
     put("a.repo", section("a", "http://h" + emptyAuth));
     check({{"", "", "OK"}});

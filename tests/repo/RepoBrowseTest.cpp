@@ -22,18 +22,18 @@ private Q_SLOTS:
     void init();
     void cleanupTestCase();
 
-    void browseOpensTheFirstUrlOrElseTheMirrorList_data();
-    void browseOpensTheFirstUrlOrElseTheMirrorList();
-    void variablesAreExpanded_data();
-    void variablesAreExpanded();
-    void browseUsesTheVariablesThatTheScriptKnows();
+    void browseOpensTheFirstUrlAndOtherwiseTheMirrorList_data();
+    void browseOpensTheFirstUrlAndOtherwiseTheMirrorList();
+    void browseReplacesTheVariablesInAUrl_data();
+    void browseReplacesTheVariablesInAUrl();
+    void browseUsesTheResultOfTheScriptIfTheScriptExpandsVariables();
     void theBrowserDoesNotGetCredentials_data();
     void theBrowserDoesNotGetCredentials();
-    void aMissingUrlIsReported_data();
-    void aMissingUrlIsReported();
-    void aRepositoryIsFoundByItsIdentifier();
-    void anUnknownIdentifierCausesAMessage();
-    void aMissingBrowserCausesNoMessageBox();
+    void browseShowsAnErrorIfTheRepositoryHasNoUrl_data();
+    void browseShowsAnErrorIfTheRepositoryHasNoUrl();
+    void browseByIdentifierFindsTheRepository();
+    void browseByAnUnknownIdentifierShowsAMessage();
+    void noMessageBoxOpensIfTheBrowserIsMissing();
 
 private:
     // Calls `open`. Returns the titles and texts of the error messages that appear over the window.
@@ -74,7 +74,7 @@ void RepoBrowseTest::cleanupTestCase()
     backEnd.reset();
 }
 
-void RepoBrowseTest::browseOpensTheFirstUrlOrElseTheMirrorList_data()
+void RepoBrowseTest::browseOpensTheFirstUrlAndOtherwiseTheMirrorList_data()
 {
     QTest::addColumn<QString>("baseurl");
     QTest::addColumn<QString>("mirrorlist");
@@ -98,7 +98,7 @@ void RepoBrowseTest::browseOpensTheFirstUrlOrElseTheMirrorList_data()
                                   << QString::fromUtf8("http://h/\xc3\xa4");
 }
 
-void RepoBrowseTest::browseOpensTheFirstUrlOrElseTheMirrorList()
+void RepoBrowseTest::browseOpensTheFirstUrlAndOtherwiseTheMirrorList()
 {
     QFETCH(QString, baseurl);
     QFETCH(QString, mirrorlist);
@@ -110,7 +110,7 @@ void RepoBrowseTest::browseOpensTheFirstUrlOrElseTheMirrorList()
     QCOMPARE(BackEnd::browsed(), QStringList{opened});
 }
 
-void RepoBrowseTest::variablesAreExpanded_data()
+void RepoBrowseTest::browseReplacesTheVariablesInAUrl_data()
 {
     QTest::addColumn<QString>("url");
     QTest::addColumn<QString>("opened");
@@ -126,7 +126,7 @@ void RepoBrowseTest::variablesAreExpanded_data()
                                       << "http://h/$uuid";
 }
 
-void RepoBrowseTest::variablesAreExpanded()
+void RepoBrowseTest::browseReplacesTheVariablesInAUrl()
 {
     QFETCH(QString, url);
     QFETCH(QString, opened);
@@ -138,7 +138,7 @@ void RepoBrowseTest::variablesAreExpanded()
 
 // If the script has expandVariables(), the script expands the variables, because dnf may know more variables
 // than VYRE.
-void RepoBrowseTest::browseUsesTheVariablesThatTheScriptKnows()
+void RepoBrowseTest::browseUsesTheResultOfTheScriptIfTheScriptExpandsVariables()
 {
     Repo::Entry entry;
     entry.baseurl = QStringLiteral("http://$user:$password@h/$releasever_major");
@@ -178,14 +178,14 @@ void RepoBrowseTest::theBrowserDoesNotGetCredentials()
     QCOMPARE(BackEnd::browsed(), QStringList{opened});
 }
 
-void RepoBrowseTest::aMissingUrlIsReported_data()
+void RepoBrowseTest::browseShowsAnErrorIfTheRepositoryHasNoUrl_data()
 {
     QTest::addColumn<QString>("baseurl");
     QTest::newRow("neither URL nor mirror list") << "";
     QTest::newRow("white space alone") << " \n";
 }
 
-void RepoBrowseTest::aMissingUrlIsReported()
+void RepoBrowseTest::browseShowsAnErrorIfTheRepositoryHasNoUrl()
 {
     QFETCH(QString, baseurl);
     Repo::Entry entry;
@@ -196,7 +196,7 @@ void RepoBrowseTest::aMissingUrlIsReported()
     QVERIFY(!BackEnd::wasBrowsed());
 }
 
-void RepoBrowseTest::aRepositoryIsFoundByItsIdentifier()
+void RepoBrowseTest::browseByIdentifierFindsTheRepository()
 {
     QList<YumRepoEnabled> requests;
     QHash<QString, bool> session;
@@ -211,7 +211,7 @@ void RepoBrowseTest::aRepositoryIsFoundByItsIdentifier()
     QCOMPARE(BackEnd::browsed(), QStringList{QStringLiteral("http://h/first")});
 }
 
-void RepoBrowseTest::anUnknownIdentifierCausesAMessage()
+void RepoBrowseTest::browseByAnUnknownIdentifierShowsAMessage()
 {
     QList<YumRepoEnabled> requests;
     QHash<QString, bool> session;
@@ -227,7 +227,7 @@ void RepoBrowseTest::anUnknownIdentifierCausesAMessage()
 }
 
 // If the browser is missing, the error appears only on standard error.
-void RepoBrowseTest::aMissingBrowserCausesNoMessageBox()
+void RepoBrowseTest::noMessageBoxOpensIfTheBrowserIsMissing()
 {
     QVERIFY(QFile::remove(Share::absolute(QStringLiteral("webbrowser"))));
     Repo::Entry entry;

@@ -13,24 +13,24 @@ class RepoEditorConfigCredentialsTest : public ShownForm
     Q_OBJECT
 
 private Q_SLOTS:
-    void credentialsAreShownInTheirFields();
+    void theFormShowsTheNameAndThePasswordOfTheUrlsInSeparateFields();
     void theFieldsAreDisabledIfTheUrlHasNoCredentials();
-    void theMirrorListMayHaveTheCredentials();
-    void aTypedUrlEnablesTheFields();
-    void aPasswordThatTheUserChangesInTheUrlAppearsInItsField();
+    void theFieldsShowCredentialsThatOnlyTheMirrorListHas();
+    void typingAUrlWithCredentialsEnablesTheFields();
+    void changingThePasswordInTheUrlChangesThePasswordField();
     void aTypedPasswordChangesEveryCredentialUrl();
     void aTypedNameChangesEveryCredentialUrl();
-    void typingCredentialsDoesNotMoveTheCursor();
-    void emptyKeysHaveDefaults();
-    void keysAreNeverRichTextOrShortcuts();
-    void noTextContainsThePassword();
+    void typingAPasswordInTheUrlDoesNotMoveTheCursor();
+    void theLabelsAreNameAndPasswordIfTheKeysInTheUrlAreEmpty();
+    void theLabelsShowTheKeysAsPlainTextWithoutShortcuts();
+    void noVisibleTextOrToolTipContainsThePassword();
     void passwordsInTheUrlsAndTheOptionsAreMasked();
     void optionsWithAPasswordCanBeEdited();
-    void longTextsDoNotBlockTheForm();
+    void typingInFieldsWithHugeTextsDoesNotBlockTheForm();
     void assistiveProgramsDoNotGetThePassword();
 };
 
-void RepoEditorConfigCredentialsTest::credentialsAreShownInTheirFields()
+void RepoEditorConfigCredentialsTest::theFormShowsTheNameAndThePasswordOfTheUrlsInSeparateFields()
 {
     config->setEntry(vantor());
     QCOMPARE(form->authNameLabel->text(), QStringLiteral("user"));
@@ -57,7 +57,7 @@ void RepoEditorConfigCredentialsTest::theFieldsAreDisabledIfTheUrlHasNoCredentia
     QVERIFY(!form->password->isEnabled());
 }
 
-void RepoEditorConfigCredentialsTest::theMirrorListMayHaveTheCredentials()
+void RepoEditorConfigCredentialsTest::theFieldsShowCredentialsThatOnlyTheMirrorListHas()
 {
     Repo::Entry entry = usual();
     entry.mirrorlist = vantorUrl;
@@ -68,7 +68,7 @@ void RepoEditorConfigCredentialsTest::theMirrorListMayHaveTheCredentials()
     QCOMPARE(config->toEntry().baseurl, usual().baseurl);
 }
 
-void RepoEditorConfigCredentialsTest::aTypedUrlEnablesTheFields()
+void RepoEditorConfigCredentialsTest::typingAUrlWithCredentialsEnablesTheFields()
 {
     config->setEntry(Repo::Entry());
     Form::type(form->urls, QStringLiteral("http://h/vantor?u=a%20b&p=pw&path"));
@@ -88,7 +88,7 @@ void RepoEditorConfigCredentialsTest::aTypedUrlEnablesTheFields()
     QCOMPARE(form->authName->text(), QStringLiteral("eve"));
 }
 
-void RepoEditorConfigCredentialsTest::aPasswordThatTheUserChangesInTheUrlAppearsInItsField()
+void RepoEditorConfigCredentialsTest::changingThePasswordInTheUrlChangesThePasswordField()
 {
     config->setEntry(vantor());
     form->urls->setFocus();
@@ -140,7 +140,7 @@ void RepoEditorConfigCredentialsTest::aTypedNameChangesEveryCredentialUrl()
     QCOMPARE(form->password->text(), QStringLiteral("secret"));
 }
 
-void RepoEditorConfigCredentialsTest::typingCredentialsDoesNotMoveTheCursor()
+void RepoEditorConfigCredentialsTest::typingAPasswordInTheUrlDoesNotMoveTheCursor()
 {
     config->setEntry(vantor());
     form->authName->setFocus();
@@ -150,7 +150,7 @@ void RepoEditorConfigCredentialsTest::typingCredentialsDoesNotMoveTheCursor()
     QCOMPARE(form->authName->cursorPosition(), 2);
 }
 
-void RepoEditorConfigCredentialsTest::emptyKeysHaveDefaults()
+void RepoEditorConfigCredentialsTest::theLabelsAreNameAndPasswordIfTheKeysInTheUrlAreEmpty()
 {
     Repo::Entry entry = usual();
     entry.baseurl = QStringLiteral("http://h/vantor?=bob&=secret&path=/x");
@@ -161,7 +161,7 @@ void RepoEditorConfigCredentialsTest::emptyKeysHaveDefaults()
     QVERIFY(form->password->isEnabled());
 }
 
-void RepoEditorConfigCredentialsTest::keysAreNeverRichTextOrShortcuts()
+void RepoEditorConfigCredentialsTest::theLabelsShowTheKeysAsPlainTextWithoutShortcuts()
 {
     Repo::Entry entry = usual();
     entry.baseurl = QStringLiteral("http://h/vantor?<b>u%26x</b>=bob&%26p=secret&path=/x");
@@ -177,7 +177,7 @@ void RepoEditorConfigCredentialsTest::keysAreNeverRichTextOrShortcuts()
     QVERIFY(window->minimumSizeHint().width() < width + 500);
 }
 
-void RepoEditorConfigCredentialsTest::noTextContainsThePassword()
+void RepoEditorConfigCredentialsTest::noVisibleTextOrToolTipContainsThePassword()
 {
     config->setEntry(vantor());
     config->setStatus(conf.get(), label.get());
@@ -238,7 +238,7 @@ void RepoEditorConfigCredentialsTest::optionsWithAPasswordCanBeEdited()
     QCOMPARE(form->options->toPlainText(), QString::fromUtf8("password: ●●\na=b"));
 }
 
-void RepoEditorConfigCredentialsTest::longTextsDoNotBlockTheForm()
+void RepoEditorConfigCredentialsTest::typingInFieldsWithHugeTextsDoesNotBlockTheForm()
 {
     Repo::Entry entry = vantor();
     entry.baseurl += QLatin1Char('\n') + QStringLiteral("/vantor?").repeated(16000);

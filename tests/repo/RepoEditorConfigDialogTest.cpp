@@ -27,23 +27,23 @@ private Q_SLOTS:
     void theFormFitsASmallScreen();
     void theIdentifierHasTheFocusWheneverTheFormOpens();
     void tabGoesThroughTheFieldsInOrder();
-    void theDefaultsComeFromTheMainSection();
-    void okRejectsTheDialogIfNothingHasChanged();
-    void okStoresTheEntryAndTheSessionState_data();
-    void okStoresTheEntryAndTheSessionState();
+    void theBoxesShowTheDefaultsOfTheMainSection();
+    void okReturnsRejectedIfNothingHasChanged();
+    void okStoresTheEditedEntryAndTheSessionState_data();
+    void okStoresTheEditedEntryAndTheSessionState();
     void aNewIdentifierDoesNotChangeTheSessionStateOfTheOldIdentifier();
-    void anUnchangedBoxKeepsTheValueUnspecified();
-    void warningsDoNotPreventOk();
+    void anUnspecifiedValueStaysUnspecifiedIfItsBoxIsNotChanged();
+    void okIsEnabledIfTheStatusIsOnlyAWarning();
     void okIsDisabledIfTheRepositoryCannotBeWritten();
     void cancelStoresNothing();
-    void closingWithoutAChangeAsksNothing_data();
-    void closingWithoutAChangeAsksNothing();
-    void closingWithChangesAsksWhetherToDiscardThem_data();
-    void closingWithChangesAsksWhetherToDiscardThem();
-    void resetRestoresTheFields();
+    void closingAnUnchangedFormAsksNoQuestion_data();
+    void closingAnUnchangedFormAsksNoQuestion();
+    void closingAChangedFormAsksWhetherToDiscardTheChanges_data();
+    void closingAChangedFormAsksWhetherToDiscardTheChanges();
+    void theResetButtonRestoresTheOriginalValues();
     void theReturnKeyInAFieldDoesNotPressOk();
-    void theStatusFollowsTheFields();
-    void theFormCanShowOneRepositoryAfterAnother();
+    void theStatusLineChangesWithTheValuesInTheFields();
+    void theFormCanBeUsedForSeveralRepositoriesInTurn();
 
 private:
     // Opens the dialog for the entry. The function `use` acts as the user, and closes the dialog.
@@ -183,7 +183,7 @@ void RepoEditorConfigDialogTest::tabGoesThroughTheFieldsInOrder()
     });
 }
 
-void RepoEditorConfigDialogTest::theDefaultsComeFromTheMainSection()
+void RepoEditorConfigDialogTest::theBoxesShowTheDefaultsOfTheMainSection()
 {
     run([this] {
         QCOMPARE(form->enabled->currentText(), QStringLiteral("Default (Yes)"));
@@ -197,13 +197,13 @@ void RepoEditorConfigDialogTest::theDefaultsComeFromTheMainSection()
     });
 }
 
-void RepoEditorConfigDialogTest::okRejectsTheDialogIfNothingHasChanged()
+void RepoEditorConfigDialogTest::okReturnsRejectedIfNothingHasChanged()
 {
     QCOMPARE(run([this] { click("OK"); }), int(QDialog::Rejected));
     QCOMPARE(session, (QHash<QString, bool>()));
 }
 
-void RepoEditorConfigDialogTest::okStoresTheEntryAndTheSessionState_data()
+void RepoEditorConfigDialogTest::okStoresTheEditedEntryAndTheSessionState_data()
 {
     QTest::addColumn<int>("enabled");
     QTest::addColumn<bool>("byDefault");
@@ -214,7 +214,7 @@ void RepoEditorConfigDialogTest::okStoresTheEntryAndTheSessionState_data()
     QTest::newRow("not specified, off by default") << 1 << false << false;
 }
 
-void RepoEditorConfigDialogTest::okStoresTheEntryAndTheSessionState()
+void RepoEditorConfigDialogTest::okStoresTheEditedEntryAndTheSessionState()
 {
     QFETCH(int, enabled);
     QFETCH(bool, byDefault);
@@ -248,7 +248,7 @@ void RepoEditorConfigDialogTest::aNewIdentifierDoesNotChangeTheSessionStateOfThe
              (QHash<QString, bool>{{QStringLiteral("updates"), false}, {QStringLiteral("other"), true}}));
 }
 
-void RepoEditorConfigDialogTest::anUnchangedBoxKeepsTheValueUnspecified()
+void RepoEditorConfigDialogTest::anUnspecifiedValueStaysUnspecifiedIfItsBoxIsNotChanged()
 {
     run([this] {
         QCOMPARE(form->enabled->currentText(), QStringLiteral("Default (Yes)"));
@@ -260,7 +260,7 @@ void RepoEditorConfigDialogTest::anUnchangedBoxKeepsTheValueUnspecified()
     QCOMPARE(entry.name, QStringLiteral("Updates"));
 }
 
-void RepoEditorConfigDialogTest::warningsDoNotPreventOk()
+void RepoEditorConfigDialogTest::okIsEnabledIfTheStatusIsOnlyAWarning()
 {
     QCOMPARE(run([this] {
                  Form::type(form->urls, QString());
@@ -300,8 +300,8 @@ void RepoEditorConfigDialogTest::okIsDisabledIfTheRepositoryCannotBeWritten()
              int(QDialog::Accepted));
     QCOMPARE(entry.id, QStringLiteral("new"));
     QCOMPARE(entry.options, QString());
-    // If an invalid entry comes from a file, OK is enabled as long as the user has changed nothing. Then OK
-    // only closes the form.
+    // If an invalid entry comes from a file, and the user has changed nothing, OK is enabled and only closes
+    // the form.
     entry.id = QStringLiteral("a[b");
     QCOMPARE(run([this, okIsEnabled] {
                  QVERIFY(okIsEnabled());
@@ -323,14 +323,14 @@ void RepoEditorConfigDialogTest::cancelStoresNothing()
     QVERIFY(session.isEmpty());
 }
 
-void RepoEditorConfigDialogTest::closingWithoutAChangeAsksNothing_data()
+void RepoEditorConfigDialogTest::closingAnUnchangedFormAsksNoQuestion_data()
 {
     QTest::addColumn<bool>("byEscape");
     QTest::newRow("Escape") << true;
-    QTest::newRow("window manager") << false;
+    QTest::newRow("window closed by the window manager") << false;
 }
 
-void RepoEditorConfigDialogTest::closingWithoutAChangeAsksNothing()
+void RepoEditorConfigDialogTest::closingAnUnchangedFormAsksNoQuestion()
 {
     QFETCH(bool, byEscape);
     for (const bool hasReset : {false, true}) {
@@ -348,12 +348,12 @@ void RepoEditorConfigDialogTest::closingWithoutAChangeAsksNothing()
     }
 }
 
-void RepoEditorConfigDialogTest::closingWithChangesAsksWhetherToDiscardThem_data()
+void RepoEditorConfigDialogTest::closingAChangedFormAsksWhetherToDiscardTheChanges_data()
 {
-    closingWithoutAChangeAsksNothing_data();
+    closingAnUnchangedFormAsksNoQuestion_data();
 }
 
-void RepoEditorConfigDialogTest::closingWithChangesAsksWhetherToDiscardThem()
+void RepoEditorConfigDialogTest::closingAChangedFormAsksWhetherToDiscardTheChanges()
 {
     QFETCH(bool, byEscape);
     QCOMPARE(run([this, byEscape] {
@@ -381,7 +381,7 @@ void RepoEditorConfigDialogTest::closingWithChangesAsksWhetherToDiscardThem()
     QVERIFY(session.isEmpty());
 }
 
-void RepoEditorConfigDialogTest::resetRestoresTheFields()
+void RepoEditorConfigDialogTest::theResetButtonRestoresTheOriginalValues()
 {
     QCOMPARE(run([this] {
                  Form::type(form->id, QString());
@@ -416,7 +416,7 @@ void RepoEditorConfigDialogTest::theReturnKeyInAFieldDoesNotPressOk()
     });
 }
 
-void RepoEditorConfigDialogTest::theStatusFollowsTheFields()
+void RepoEditorConfigDialogTest::theStatusLineChangesWithTheValuesInTheFields()
 {
     run([this] {
         const HFrameLabel* label = dialog->findChild<HFrameLabel*>();
@@ -443,7 +443,7 @@ void RepoEditorConfigDialogTest::theStatusFollowsTheFields()
     });
 }
 
-void RepoEditorConfigDialogTest::theFormCanShowOneRepositoryAfterAnother()
+void RepoEditorConfigDialogTest::theFormCanBeUsedForSeveralRepositoriesInTurn()
 {
     run([this] {
         Form::type(form->id, QStringLiteral("other"));

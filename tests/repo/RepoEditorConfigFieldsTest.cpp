@@ -12,24 +12,24 @@ class RepoEditorConfigFieldsTest : public ShownForm
     Q_OBJECT
 
 private Q_SLOTS:
-    void theFormIsBlankAtFirst();
+    void disablingTheFormClearsItsFields();
     void theFieldsHaveTheExpectedLabels();
-    void theBoxesHaveThreeItems();
-    void theDefaultsAreShown_data();
-    void theDefaultsAreShown();
-    void theSortPositionChangesInWholeSteps();
-    void anEntryFillsTheFields();
-    void settingAnEntrySignalsNoChange();
-    void filledFieldsAreReturnedUnchanged_data();
-    void filledFieldsAreReturnedUnchanged();
-    void everyChangeIsSignalledAndReturned();
-    void optionsAreStoredAsTyped();
-    void aFieldReturnsTheExactOriginalValueUntilItIsChanged();
-    void pastedIdentifiersAreOneLine();
-    void clearedFieldsCanBeSetAgain();
+    void eachComboBoxHasThreeItems();
+    void theDefaultItemOfEachBoxShowsTheDefaultValue_data();
+    void theDefaultItemOfEachBoxShowsTheDefaultValue();
+    void theArrowKeysChangeTheSortPositionInWholeSteps();
+    void setEntryFillsTheFields();
+    void setEntrySignalsNoChange();
+    void toEntryReturnsTheValuesOfSetEntryUnchanged_data();
+    void toEntryReturnsTheValuesOfSetEntryUnchanged();
+    void everyTypedChangeIsSignalledAndReturned();
+    void optionsAreStoredExactlyAsTheUserTypesThem();
+    void toEntryReturnsTheExactOriginalValueOfAnUnchangedField();
+    void aPastedIdentifierBecomesOneLine();
+    void theFormCanBeFilledAgainAfterItWasCleared();
 };
 
-void RepoEditorConfigFieldsTest::theFormIsBlankAtFirst()
+void RepoEditorConfigFieldsTest::disablingTheFormClearsItsFields()
 {
     config->disable();
     QVERIFY(sameFields(config->toEntry(), Repo::Entry()));
@@ -66,7 +66,7 @@ void RepoEditorConfigFieldsTest::theFieldsHaveTheExpectedLabels()
     QCOMPARE(form->password->echoMode(), QLineEdit::Password);
 }
 
-void RepoEditorConfigFieldsTest::theBoxesHaveThreeItems()
+void RepoEditorConfigFieldsTest::eachComboBoxHasThreeItems()
 {
     for (const QComboBox* box : {form->enabled, form->gpgcheck}) {
         QCOMPARE(box->count(), 3);
@@ -77,7 +77,7 @@ void RepoEditorConfigFieldsTest::theBoxesHaveThreeItems()
     }
 }
 
-void RepoEditorConfigFieldsTest::theDefaultsAreShown_data()
+void RepoEditorConfigFieldsTest::theDefaultItemOfEachBoxShowsTheDefaultValue_data()
 {
     QTest::addColumn<bool>("enabled");
     QTest::addColumn<bool>("gpgcheck");
@@ -86,7 +86,7 @@ void RepoEditorConfigFieldsTest::theDefaultsAreShown_data()
     QTest::newRow("no, yes") << false << true << QStringList{"Default (No)", "Default (Yes)"};
 }
 
-void RepoEditorConfigFieldsTest::theDefaultsAreShown()
+void RepoEditorConfigFieldsTest::theDefaultItemOfEachBoxShowsTheDefaultValue()
 {
     QFETCH(bool, enabled);
     QFETCH(bool, gpgcheck);
@@ -100,7 +100,7 @@ void RepoEditorConfigFieldsTest::theDefaultsAreShown()
     QCOMPARE(changes->size(), 0);
 }
 
-void RepoEditorConfigFieldsTest::theSortPositionChangesInWholeSteps()
+void RepoEditorConfigFieldsTest::theArrowKeysChangeTheSortPositionInWholeSteps()
 {
     QCOMPARE(form->position->decimals(), 1);
     QCOMPARE(form->position->singleStep(), 1.0);
@@ -113,7 +113,7 @@ void RepoEditorConfigFieldsTest::theSortPositionChangesInWholeSteps()
     QCOMPARE(config->toEntry().position, 1.5);
 }
 
-void RepoEditorConfigFieldsTest::anEntryFillsTheFields()
+void RepoEditorConfigFieldsTest::setEntryFillsTheFields()
 {
     config->setEntry(usual());
     QCOMPARE(form->id->text(), usual().id);
@@ -131,7 +131,7 @@ void RepoEditorConfigFieldsTest::anEntryFillsTheFields()
     }
 }
 
-void RepoEditorConfigFieldsTest::settingAnEntrySignalsNoChange()
+void RepoEditorConfigFieldsTest::setEntrySignalsNoChange()
 {
     config->setEntry(vantor());
     config->setEntry(usual());
@@ -139,7 +139,7 @@ void RepoEditorConfigFieldsTest::settingAnEntrySignalsNoChange()
     QCOMPARE(changes->size(), 0);
 }
 
-void RepoEditorConfigFieldsTest::filledFieldsAreReturnedUnchanged_data()
+void RepoEditorConfigFieldsTest::toEntryReturnsTheValuesOfSetEntryUnchanged_data()
 {
     QTest::addColumn<QString>("options");
     QTest::addColumn<QString>("url");
@@ -157,7 +157,7 @@ void RepoEditorConfigFieldsTest::filledFieldsAreReturnedUnchanged_data()
     QTest::newRow("separators") << QString(QChar(0x2028)) + QChar(0x2029) << "http://h/x" << 0.0;
 }
 
-void RepoEditorConfigFieldsTest::filledFieldsAreReturnedUnchanged()
+void RepoEditorConfigFieldsTest::toEntryReturnsTheValuesOfSetEntryUnchanged()
 {
     QFETCH(QString, options);
     QFETCH(QString, url);
@@ -172,7 +172,7 @@ void RepoEditorConfigFieldsTest::filledFieldsAreReturnedUnchanged()
     QVERIFY(sameFields(config->toEntry(), entry));
 }
 
-void RepoEditorConfigFieldsTest::everyChangeIsSignalledAndReturned()
+void RepoEditorConfigFieldsTest::everyTypedChangeIsSignalledAndReturned()
 {
     config->setEntry(usual());
     Repo::Entry expected = usual();
@@ -209,14 +209,14 @@ void RepoEditorConfigFieldsTest::everyChangeIsSignalledAndReturned()
     QVERIFY(sameFields(config->toEntry(), expected));
 }
 
-void RepoEditorConfigFieldsTest::optionsAreStoredAsTyped()
+void RepoEditorConfigFieldsTest::optionsAreStoredExactlyAsTheUserTypesThem()
 {
     config->setEntry(Repo::Entry());
     Form::type(form->options, QStringLiteral("a=b\n\n c=<i>d"));
     QCOMPARE(config->toEntry().options, QStringLiteral("a=b\n\n c=<i>d"));
 }
 
-void RepoEditorConfigFieldsTest::aFieldReturnsTheExactOriginalValueUntilItIsChanged()
+void RepoEditorConfigFieldsTest::toEntryReturnsTheExactOriginalValueOfAnUnchangedField()
 {
     Repo::Entry entry = usual();
     entry.options = QString::fromLatin1("a=b\r\n#voil\xc3\xa0\n");
@@ -229,7 +229,7 @@ void RepoEditorConfigFieldsTest::aFieldReturnsTheExactOriginalValueUntilItIsChan
     QVERIFY(sameFields(config->toEntry(), entry));
 }
 
-void RepoEditorConfigFieldsTest::pastedIdentifiersAreOneLine()
+void RepoEditorConfigFieldsTest::aPastedIdentifierBecomesOneLine()
 {
     config->setEntry(Repo::Entry());
     QGuiApplication::clipboard()->setText(QStringLiteral("updates\n"));
@@ -238,7 +238,7 @@ void RepoEditorConfigFieldsTest::pastedIdentifiersAreOneLine()
     QCOMPARE(config->toEntry().id, QStringLiteral("updates"));
 }
 
-void RepoEditorConfigFieldsTest::clearedFieldsCanBeSetAgain()
+void RepoEditorConfigFieldsTest::theFormCanBeFilledAgainAfterItWasCleared()
 {
     config->setEntry(vantor());
     config->disable();

@@ -12,14 +12,14 @@ class RepoEditorConfigStatusTest : public ShownForm
     Q_OBJECT
 
 private Q_SLOTS:
-    void theStatusReportsTheErrors_data();
-    void theStatusReportsTheErrors();
+    void theStatusLineReportsErrorsAndWarnings_data();
+    void theStatusLineReportsErrorsAndWarnings();
     void textsThatAFileCannotRepresentAreRefused_data();
     void textsThatAFileCannotRepresentAreRefused();
     void theFormAcceptsTheMainConfigurationFileAsTheFileOfARepository();
 };
 
-void RepoEditorConfigStatusTest::theStatusReportsTheErrors_data()
+void RepoEditorConfigStatusTest::theStatusLineReportsErrorsAndWarnings_data()
 {
     QTest::addColumn<QString>("id");
     QTest::addColumn<QString>("baseurl");
@@ -30,12 +30,12 @@ void RepoEditorConfigStatusTest::theStatusReportsTheErrors_data()
     const QString url = QStringLiteral("http://h/x");
     const QString good = QStringLiteral("/etc/yum.repos.d/x.repo");
     const QString warning = Colors::warningBg();
-    QTest::newRow("nothing wrong") << "x" << url << "" << good << ""
-                                   << "";
-    QTest::newRow("second directory") << "x"
-                                      << "" << url << "/etc/yum/repos.d/x.repo"
-                                      << ""
-                                      << "";
+    QTest::newRow("complete repository") << "x" << url << "" << good << ""
+                                         << "";
+    QTest::newRow("file in the second directory") << "x"
+                                                  << "" << url << "/etc/yum/repos.d/x.repo"
+                                                  << ""
+                                                  << "";
     QTest::newRow("no file") << "x" << url << ""
                              << ""
                              << ""
@@ -50,12 +50,13 @@ void RepoEditorConfigStatusTest::theStatusReportsTheErrors_data()
                             << ""
                             << "/tmp/x"
                             << "No URLs or Mirror list URL specified" << warning;
-    QTest::newRow("another directory") << "x" << url << ""
-                                       << "/tmp/x.repo"
-                                       << "File is not in any reposdir directory" << warning;
-    QTest::newRow("another directory and no suffix") << "x" << url << ""
-                                                     << "/tmp/x"
-                                                     << "File is not in any reposdir directory" << warning;
+    QTest::newRow("file outside the directories") << "x" << url << ""
+                                                  << "/tmp/x.repo"
+                                                  << "File is not in any reposdir directory" << warning;
+    QTest::newRow("file outside the directories, no suffix")
+        << "x" << url << ""
+        << "/tmp/x"
+        << "File is not in any reposdir directory" << warning;
     QTest::newRow("a directory with the same beginning")
         << "x" << url << ""
         << "/etc/yum.repos.d2/x.repo"
@@ -67,25 +68,29 @@ void RepoEditorConfigStatusTest::theStatusReportsTheErrors_data()
     QTest::newRow("no suffix") << "x" << url << ""
                                << "/etc/yum.repos.d/x"
                                << "File lacks .repo suffix" << warning;
-    QTest::newRow("no name") << "x"
-                             << "http://h/vantor?u=&p=&path="
-                             << "" << good << "No Vantor Authentication Name specified" << warning;
-    QTest::newRow("no password") << "x"
-                                 << "http://h/vantor?u=bob&p=&path="
-                                 << "" << good << "No Vantor Authentication Password specified" << warning;
-    QTest::newRow("no name in the mirror list") << "x" << url << "http://h/vantor?u=&p=pw&path=" << good
-                                                << "No Vantor Authentication Name specified" << warning;
+    QTest::newRow("credential URL without a name")
+        << "x"
+        << "http://h/vantor?u=&p=&path="
+        << "" << good << "No Vantor Authentication Name specified" << warning;
+    QTest::newRow("credential URL without a password")
+        << "x"
+        << "http://h/vantor?u=bob&p=&path="
+        << "" << good << "No Vantor Authentication Password specified" << warning;
+    QTest::newRow("credential mirror list without a name")
+        << "x" << url << "http://h/vantor?u=&p=pw&path=" << good << "No Vantor Authentication Name specified"
+        << warning;
     QTest::newRow("credentials") << "x"
                                  << "http://h/vantor?u=bob&p=pw&path="
                                  << "" << good << ""
                                  << "";
-    QTest::newRow("the URLs decide") << "x"
-                                     << "http://h/vantor?u=bob&p=pw&path="
-                                     << "http://h/vantor?u=&p=&path=" << good << ""
-                                     << "";
+    QTest::newRow("credentials in the URLs but not in the mirror list")
+        << "x"
+        << "http://h/vantor?u=bob&p=pw&path="
+        << "http://h/vantor?u=&p=&path=" << good << ""
+        << "";
 }
 
-void RepoEditorConfigStatusTest::theStatusReportsTheErrors()
+void RepoEditorConfigStatusTest::theStatusLineReportsErrorsAndWarnings()
 {
     QFETCH(QString, id);
     QFETCH(QString, baseurl);

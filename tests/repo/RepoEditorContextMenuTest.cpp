@@ -24,11 +24,11 @@ private Q_SLOTS:
     void init();
     void cleanupTestCase();
 
-    void editSignalsTheRow();
-    void browseOpensTheUrl();
-    void browseShowsMessagesOverTheView();
-    void nothingCanBeChosenOutsideTheRows();
-    void aRemovedRowIsNotEdited();
+    void theEditEntrySignalsTheClickedRow();
+    void theBrowseEntryOpensTheUrlOfTheRepository();
+    void anErrorOfTheBrowseEntryIsShownOverTheView();
+    void theMenuEntriesAreDisabledIfTheUserClicksBelowTheRows();
+    void theEditEntryDoesNothingIfTheRowIsRemovedWhileTheMenuIsOpen();
 
 private:
     // Opens the menu for the index and chooses an entry.
@@ -44,7 +44,7 @@ private:
     std::unique_ptr<YumConfIO> conf;
     std::unique_ptr<Model> model;
     std::unique_ptr<QWidget> view;
-    ContextMenu* menu = nullptr; // the view owns it
+    ContextMenu* menu = nullptr; // the view owns the menu
 };
 
 void RepoEditorContextMenuTest::initTestCase()
@@ -81,7 +81,7 @@ void RepoEditorContextMenuTest::cleanupTestCase()
     backEnd.reset();
 }
 
-void RepoEditorContextMenuTest::editSignalsTheRow()
+void RepoEditorContextMenuTest::theEditEntrySignalsTheClickedRow()
 {
     QSignalSpy edits(menu, SIGNAL(edit(QModelIndex)));
     QVERIFY(run(model->index(1, IdentifierColumn), "Edit"));
@@ -90,7 +90,7 @@ void RepoEditorContextMenuTest::editSignalsTheRow()
     QVERIFY(!BackEnd::wasBrowsed());
 }
 
-void RepoEditorContextMenuTest::browseOpensTheUrl()
+void RepoEditorContextMenuTest::theBrowseEntryOpensTheUrlOfTheRepository()
 {
     QSignalSpy edits(menu, SIGNAL(edit(QModelIndex)));
     QVERIFY(run(model->index(1, NameColumn), "Browse Repository"));
@@ -98,7 +98,7 @@ void RepoEditorContextMenuTest::browseOpensTheUrl()
     QCOMPARE(edits.size(), 0);
 }
 
-void RepoEditorContextMenuTest::browseShowsMessagesOverTheView()
+void RepoEditorContextMenuTest::anErrorOfTheBrowseEntryIsShownOverTheView()
 {
     conf->entries[0].baseurl.clear();
     const AnsweringUser user;
@@ -107,7 +107,7 @@ void RepoEditorContextMenuTest::browseShowsMessagesOverTheView()
     QCOMPARE(user.seen.first().parent, view.get());
 }
 
-void RepoEditorContextMenuTest::nothingCanBeChosenOutsideTheRows()
+void RepoEditorContextMenuTest::theMenuEntriesAreDisabledIfTheUserClicksBelowTheRows()
 {
     QSignalSpy edits(menu, SIGNAL(edit(QModelIndex)));
     QVERIFY(run(QModelIndex(), "Edit"));
@@ -120,7 +120,7 @@ void RepoEditorContextMenuTest::nothingCanBeChosenOutsideTheRows()
     QCOMPARE(edits.size(), 1);
 }
 
-void RepoEditorContextMenuTest::aRemovedRowIsNotEdited()
+void RepoEditorContextMenuTest::theEditEntryDoesNothingIfTheRowIsRemovedWhileTheMenuIsOpen()
 {
     QSignalSpy edits(menu, SIGNAL(edit(QModelIndex)));
     const QModelIndex index = model->index(1, IdentifierColumn);

@@ -14,28 +14,29 @@ class RepoEditorDialogApplyTest : public ShownEditor
     Q_OBJECT
 
 private Q_SLOTS:
-    void okWithoutChangesWritesNothing();
-    void okWritesAndCloses();
-    void okDoesNotCloseTheEditorIfNothingWasWritten();
-    void applyWritesAndDoesNotCloseTheEditor();
-    void anApplyThatTheUserDeclinesKeepsAllEdits();
-    void anApplyThatFailsKeepsAllEdits();
-    void anApplyThatFailsAfterARemovalShowsTheRemainingRepositories();
-    void changesByOtherProgramsAreNotOverwritten();
-    void filesThatOtherProgramsHaveChangedCanBeReadAgain();
-    void anApplyAlsoShowsChangesByOtherPrograms();
+    void okWritesNoFileIfNothingHasChanged();
+    void okWritesTheChangesAndClosesTheEditor();
+    void okDoesNotCloseTheEditorIfTheUserDeclinesToWrite();
+    void applyWritesTheChangesAndKeepsTheEditorOpen();
+    void applyKeepsAllEditsIfTheUserDeclinesToWrite();
+    void applyKeepsAllEditsIfAFileCannotBeWritten();
+    void theListShowsTheRemainingRepositoriesIfApplyFailsAfterARemoval();
+    void okDoesNotOverwriteAFileThatAnotherProgramHasChanged();
+    void theUserCanReadTheFilesAgainIfAnotherProgramHasChangedOne();
+    void theListAlsoShowsChangesByOtherProgramsAfterAnApply();
 };
 
-void RepoEditorDialogApplyTest::okWithoutChangesWritesNothing()
+void RepoEditorDialogApplyTest::okWritesNoFileIfNothingHasChanged()
 {
-    // VYRE writes no blanks around "=". So the test would notice if VYRE wrote this file.
+    // VYRE itself writes no blanks around "=". So the blanks in this file would disappear if VYRE wrote the
+    // file.
     backEnd->putRepo("os.repo", "# comment\n[os]\nenabled = 1\n");
     QCOMPARE(run([this] { click("OK"); }), int(QDialog::Accepted));
     QCOMPARE(backEnd->getRepo("os.repo"), QByteArray("# comment\n[os]\nenabled = 1\n"));
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogApplyTest::okWritesAndCloses()
+void RepoEditorDialogApplyTest::okWritesTheChangesAndClosesTheEditor()
 {
     QCOMPARE(run([this] {
                  click(QStringLiteral("extras"), PermanentColumn);
@@ -47,7 +48,7 @@ void RepoEditorDialogApplyTest::okWritesAndCloses()
     QCOMPARE(reposChangedSpy->size(), 1);
 }
 
-void RepoEditorDialogApplyTest::okDoesNotCloseTheEditorIfNothingWasWritten()
+void RepoEditorDialogApplyTest::okDoesNotCloseTheEditorIfTheUserDeclinesToWrite()
 {
     backEnd->putRepo("double.repo", "[os]\nname=Second\n");
     QVERIFY(run([this] {
@@ -61,7 +62,7 @@ void RepoEditorDialogApplyTest::okDoesNotCloseTheEditorIfNothingWasWritten()
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogApplyTest::applyWritesAndDoesNotCloseTheEditor()
+void RepoEditorDialogApplyTest::applyWritesTheChangesAndKeepsTheEditorOpen()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), PermanentColumn);
@@ -79,7 +80,7 @@ void RepoEditorDialogApplyTest::applyWritesAndDoesNotCloseTheEditor()
     QCOMPARE(reposChangedSpy->size(), 1);
 }
 
-void RepoEditorDialogApplyTest::anApplyThatTheUserDeclinesKeepsAllEdits()
+void RepoEditorDialogApplyTest::applyKeepsAllEditsIfTheUserDeclinesToWrite()
 {
     backEnd->putRepo("double.repo", "[os]\nname=Second\n");
     QVERIFY(run([this] {
@@ -94,7 +95,7 @@ void RepoEditorDialogApplyTest::anApplyThatTheUserDeclinesKeepsAllEdits()
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogApplyTest::anApplyThatFailsKeepsAllEdits()
+void RepoEditorDialogApplyTest::applyKeepsAllEditsIfAFileCannotBeWritten()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"));
@@ -114,7 +115,7 @@ void RepoEditorDialogApplyTest::anApplyThatFailsKeepsAllEdits()
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogApplyTest::anApplyThatFailsAfterARemovalShowsTheRemainingRepositories()
+void RepoEditorDialogApplyTest::theListShowsTheRemainingRepositoriesIfApplyFailsAfterARemoval()
 {
     backEnd->putRepo("double.repo", "[os]\nname=Second\n[zero]\n");
     QVERIFY(run([this] {
@@ -132,7 +133,7 @@ void RepoEditorDialogApplyTest::anApplyThatFailsAfterARemovalShowsTheRemainingRe
             }) >= 0);
 }
 
-void RepoEditorDialogApplyTest::changesByOtherProgramsAreNotOverwritten()
+void RepoEditorDialogApplyTest::okDoesNotOverwriteAFileThatAnotherProgramHasChanged()
 {
     const QByteArray theirs("[os]\nname=Theirs\n");
     QVERIFY(run([this, &theirs] {
@@ -156,7 +157,7 @@ void RepoEditorDialogApplyTest::changesByOtherProgramsAreNotOverwritten()
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogApplyTest::filesThatOtherProgramsHaveChangedCanBeReadAgain()
+void RepoEditorDialogApplyTest::theUserCanReadTheFilesAgainIfAnotherProgramHasChangedOne()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), PermanentColumn);
@@ -176,7 +177,7 @@ void RepoEditorDialogApplyTest::filesThatOtherProgramsHaveChangedCanBeReadAgain(
              QByteArray("[os]\nname=Theirs\n\n[extras]\nname=Theirs too\nenabled=1\n"));
 }
 
-void RepoEditorDialogApplyTest::anApplyAlsoShowsChangesByOtherPrograms()
+void RepoEditorDialogApplyTest::theListAlsoShowsChangesByOtherProgramsAfterAnApply()
 {
     backEnd->putRepo("other.repo", "[other]\nname=Before\n");
     QVERIFY(run([this] {

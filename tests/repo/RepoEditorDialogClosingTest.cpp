@@ -15,18 +15,18 @@ class RepoEditorDialogClosingTest : public ShownEditor
 private Q_SLOTS:
     void resetAllRestoresTheContentsOfTheFiles();
     void resetAllKeepsTheCurrentRepository();
-    void aResetAllThatFailsShowsTheRepositoriesReadSoFar();
-    void aPartlyReadListIsNotWritten();
-    void cancelUndoesAllChangesAndClosesTheEditor();
+    void theListShowsTheRepositoriesThatCouldBeReadIfResetAllFails();
+    void nothingIsWrittenIfTheFilesWereReadOnlyInPart();
+    void cancelDiscardsAllChangesAndClosesTheEditor();
     void cancelAfterAnApplySignalsTheAppliedChange();
-    void closingTheWindowKeepsTheStateOfTheSession();
+    void closingTheWindowKeepsChangesOfTheSessionBoxes();
     void closingTheWindowDiscardsUnappliedChanges();
-    void closingWithUnappliedChangesAsksWhetherToDiscardThem_data();
-    void closingWithUnappliedChangesAsksWhetherToDiscardThem();
-    void closingTheWindowDiscardsEditsButKeepsSwitchedRepositories();
-    void closingWithoutChangesSignalsNothing();
-    void closingWithoutChangesSignalsAChangeIfReposChangedIsForced();
-    void theResetSlotOfTheDialogDiscardsNothing();
+    void closingTheWindowAsksWhetherToDiscardUnappliedChanges_data();
+    void closingTheWindowAsksWhetherToDiscardUnappliedChanges();
+    void closingTheWindowDiscardsEditsButKeepsChangesOfTheSessionBoxes();
+    void closingTheWindowSignalsNothingIfNothingHasChanged();
+    void cancelSignalsAChangeEvenWithoutEditsIfReposChangedIsForced();
+    void theResetSlotOfTheEditorKeepsUnappliedChanges();
 };
 
 void RepoEditorDialogClosingTest::resetAllRestoresTheContentsOfTheFiles()
@@ -73,7 +73,7 @@ void RepoEditorDialogClosingTest::resetAllKeepsTheCurrentRepository()
             }) >= 0);
 }
 
-void RepoEditorDialogClosingTest::aResetAllThatFailsShowsTheRepositoriesReadSoFar()
+void RepoEditorDialogClosingTest::theListShowsTheRepositoriesThatCouldBeReadIfResetAllFails()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("updates"), PermanentColumn);
@@ -88,7 +88,7 @@ void RepoEditorDialogClosingTest::aResetAllThatFailsShowsTheRepositoriesReadSoFa
             }) >= 0);
 }
 
-void RepoEditorDialogClosingTest::aPartlyReadListIsNotWritten()
+void RepoEditorDialogClosingTest::nothingIsWrittenIfTheFilesWereReadOnlyInPart()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("updates"), PermanentColumn);
@@ -118,7 +118,7 @@ void RepoEditorDialogClosingTest::aPartlyReadListIsNotWritten()
     QCOMPARE(backEnd->getRepo("updates.repo"), QByteArray("[goodu]\n"));
 }
 
-void RepoEditorDialogClosingTest::cancelUndoesAllChangesAndClosesTheEditor()
+void RepoEditorDialogClosingTest::cancelDiscardsAllChangesAndClosesTheEditor()
 {
     const QByteArray before = backEnd->getRepo("os.repo");
     QCOMPARE(run([this] {
@@ -147,7 +147,7 @@ void RepoEditorDialogClosingTest::cancelAfterAnApplySignalsTheAppliedChange()
     QCOMPARE(entry(QStringLiteral("os")).enabled, 1);
 }
 
-void RepoEditorDialogClosingTest::closingTheWindowKeepsTheStateOfTheSession()
+void RepoEditorDialogClosingTest::closingTheWindowKeepsChangesOfTheSessionBoxes()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), SessionColumn);
@@ -176,22 +176,22 @@ void RepoEditorDialogClosingTest::closingTheWindowDiscardsUnappliedChanges()
                 QVERIFY(!dialog->isVisible());
             }) == int(QDialog::Rejected));
     QCOMPARE(backEnd->getRepo("os.repo"), before);
-    // The list again has the values from the files. In the session, the repositories are enabled as they were
-    // when VYRE collected the packages.
+    // The list has the values from the files again. The session states are again those of the last
+    // collection.
     QCOMPARE(entry(QStringLiteral("os")).enabled, 1);
     QCOMPARE(entry(QStringLiteral("extras")).baseurl, QStringLiteral("http://h/extras"));
     QCOMPARE(session.value(QStringLiteral("extras")), false);
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogClosingTest::closingWithUnappliedChangesAsksWhetherToDiscardThem_data()
+void RepoEditorDialogClosingTest::closingTheWindowAsksWhetherToDiscardUnappliedChanges_data()
 {
     QTest::addColumn<bool>("byEscape");
     QTest::newRow("Escape") << true;
-    QTest::newRow("window manager") << false;
+    QTest::newRow("window closed by the window manager") << false;
 }
 
-void RepoEditorDialogClosingTest::closingWithUnappliedChangesAsksWhetherToDiscardThem()
+void RepoEditorDialogClosingTest::closingTheWindowAsksWhetherToDiscardUnappliedChanges()
 {
     QFETCH(bool, byEscape);
     const auto closeIt = [this, byEscape] {
@@ -227,7 +227,7 @@ void RepoEditorDialogClosingTest::closingWithUnappliedChangesAsksWhetherToDiscar
             }) == int(QDialog::Rejected));
 }
 
-void RepoEditorDialogClosingTest::closingTheWindowDiscardsEditsButKeepsSwitchedRepositories()
+void RepoEditorDialogClosingTest::closingTheWindowDiscardsEditsButKeepsChangesOfTheSessionBoxes()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), SessionColumn);
@@ -239,14 +239,14 @@ void RepoEditorDialogClosingTest::closingTheWindowDiscardsEditsButKeepsSwitchedR
     QCOMPARE(reposChangedSpy->size(), 1);
 }
 
-void RepoEditorDialogClosingTest::closingWithoutChangesSignalsNothing()
+void RepoEditorDialogClosingTest::closingTheWindowSignalsNothingIfNothingHasChanged()
 {
     QVERIFY(run([this] { dialog->close(); }) == int(QDialog::Rejected));
     QVERIFY(run([this] { click("Cancel"); }) == int(QDialog::Rejected));
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogClosingTest::closingWithoutChangesSignalsAChangeIfReposChangedIsForced()
+void RepoEditorDialogClosingTest::cancelSignalsAChangeEvenWithoutEditsIfReposChangedIsForced()
 {
     dialog->reposChangedForced = true;
     bool hidden = false;
@@ -261,7 +261,7 @@ void RepoEditorDialogClosingTest::closingWithoutChangesSignalsAChangeIfReposChan
     QCOMPARE(reposChangedSpy->size(), 1);
 }
 
-void RepoEditorDialogClosingTest::theResetSlotOfTheDialogDiscardsNothing()
+void RepoEditorDialogClosingTest::theResetSlotOfTheEditorKeepsUnappliedChanges()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), PermanentColumn);

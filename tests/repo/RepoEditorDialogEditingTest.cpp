@@ -17,33 +17,33 @@ class RepoEditorDialogEditingTest : public ShownEditor
     Q_OBJECT
 
 private Q_SLOTS:
-    void twoClicksOnASessionBoxStillSignalAChange();
+    void twoClicksOnASessionBoxSignalAChangeAlthoughTheStateIsRestored();
     void aClickOnASessionBoxTakesEffectWithoutApply();
     void clicksOnThePermanentBoxSwitchOnlyBetweenYesAndNo();
-    void theCurrentRepositoryIsEdited();
+    void theEditButtonEditsTheCurrentRepository();
     void aDoubleClickEditsTheRepository();
-    void aDoubleClickOnABoxTogglesOnce();
-    void theMenuEditsTheRepository();
-    void aMenuBelowTheLastRowEditsNothing();
-    void cancelledEditingChangesNothing();
-    void theListIsStillSortedAfterAnEdit();
-    void anAddedRepositoryIsListed();
+    void aDoubleClickOnABoxTogglesTheBoxOnce();
+    void theEditEntryOfTheMenuEditsTheClickedRepository();
+    void theEditEntryOfAMenuBelowTheLastRowOpensNoForm();
+    void cancellingTheFormKeepsTheRepositoryUnchanged();
+    void anEditedIdentifierMovesTheRepositoryToItsSortedPlace();
+    void theAddButtonListsANewRepository();
     void anAddedRepositoryWithoutAnIdentifierIsShownAsNew();
-    void cancelledAddingChangesNothing();
-    void textsThatTheFormAcceptsAreReadBackUnchanged_data();
-    void textsThatTheFormAcceptsAreReadBackUnchanged();
-    void optionsWithoutALineFeedAtTheEndDoNotJoinTheNextSection();
-    void aCopiedRepositoryIsListed();
-    void aCopyWithoutANewIdentifierIsADuplicate();
-    void aCopyWithoutAnyChangeIsADuplicate();
-    void theEnterKeyAfterACommandLosesNoEdits_data();
-    void theEnterKeyAfterACommandLosesNoEdits();
-    void threeSelectedRowsAreRemoved();
-    void aRowIsRemovedOnceIfSeveralOfItsCellsAreSelected();
-    void ifNoRowIsSelectedRemoveChangesNothing();
+    void cancellingTheFormOfTheAddButtonAddsNoRepository();
+    void textsThatTheFormAcceptsAreWrittenAndReadBackUnchanged_data();
+    void textsThatTheFormAcceptsAreWrittenAndReadBackUnchanged();
+    void optionsWithoutAFinalLineFeedDoNotJoinTheNextSection();
+    void theCopyButtonListsACopyOfTheCurrentRepository();
+    void theStatusReportsADuplicateIfACopyKeepsTheIdentifier();
+    void theStatusReportsADuplicateIfACopyIsUnchanged();
+    void theEnterKeyAfterAButtonClickDoesNotDiscardEdits_data();
+    void theEnterKeyAfterAButtonClickDoesNotDiscardEdits();
+    void theRemoveButtonRemovesAllSelectedRows();
+    void onlyOneRowIsRemovedIfSeveralOfItsCellsAreSelected();
+    void theRemoveButtonChangesNothingIfNoRowIsSelected();
 };
 
-void RepoEditorDialogEditingTest::twoClicksOnASessionBoxStillSignalAChange()
+void RepoEditorDialogEditingTest::twoClicksOnASessionBoxSignalAChangeAlthoughTheStateIsRestored()
 {
     QCOMPARE(run([this] {
                  QCOMPARE(session.value(QStringLiteral("os")), true);
@@ -91,7 +91,7 @@ void RepoEditorDialogEditingTest::clicksOnThePermanentBoxSwitchOnlyBetweenYesAnd
     QCOMPARE(session.value(QStringLiteral("os")), true);
 }
 
-void RepoEditorDialogEditingTest::theCurrentRepositoryIsEdited()
+void RepoEditorDialogEditingTest::theEditButtonEditsTheCurrentRepository()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("updates"));
@@ -130,7 +130,7 @@ void RepoEditorDialogEditingTest::aDoubleClickEditsTheRepository()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::aDoubleClickOnABoxTogglesOnce()
+void RepoEditorDialogEditingTest::aDoubleClickOnABoxTogglesTheBoxOnce()
 {
     QVERIFY(run([this] {
                 QSignalSpy uses(dialog->findChild<Model*>(), SIGNAL(useChanged()));
@@ -147,7 +147,7 @@ void RepoEditorDialogEditingTest::aDoubleClickOnABoxTogglesOnce()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::theMenuEditsTheRepository()
+void RepoEditorDialogEditingTest::theEditEntryOfTheMenuEditsTheClickedRepository()
 {
     QVERIFY(run([this] {
                 QVERIFY(withForm(
@@ -170,7 +170,7 @@ void RepoEditorDialogEditingTest::theMenuEditsTheRepository()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::aMenuBelowTheLastRowEditsNothing()
+void RepoEditorDialogEditingTest::theEditEntryOfAMenuBelowTheLastRowOpensNoForm()
 {
     QVERIFY(run([this] {
                 const QPoint empty(60, view->viewport()->height() - 5);
@@ -189,7 +189,7 @@ void RepoEditorDialogEditingTest::aMenuBelowTheLastRowEditsNothing()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::cancelledEditingChangesNothing()
+void RepoEditorDialogEditingTest::cancellingTheFormKeepsTheRepositoryUnchanged()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("os"));
@@ -208,7 +208,7 @@ void RepoEditorDialogEditingTest::cancelledEditingChangesNothing()
     QVERIFY(!session.contains(QStringLiteral("other")));
 }
 
-void RepoEditorDialogEditingTest::theListIsStillSortedAfterAnEdit()
+void RepoEditorDialogEditingTest::anEditedIdentifierMovesTheRepositoryToItsSortedPlace()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"));
@@ -223,7 +223,7 @@ void RepoEditorDialogEditingTest::theListIsStillSortedAfterAnEdit()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::anAddedRepositoryIsListed()
+void RepoEditorDialogEditingTest::theAddButtonListsANewRepository()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("os"));
@@ -272,7 +272,7 @@ void RepoEditorDialogEditingTest::anAddedRepositoryWithoutAnIdentifierIsShownAsN
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::cancelledAddingChangesNothing()
+void RepoEditorDialogEditingTest::cancellingTheFormOfTheAddButtonAddsNoRepository()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("os"));
@@ -287,7 +287,7 @@ void RepoEditorDialogEditingTest::cancelledAddingChangesNothing()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::textsThatTheFormAcceptsAreReadBackUnchanged_data()
+void RepoEditorDialogEditingTest::textsThatTheFormAcceptsAreWrittenAndReadBackUnchanged_data()
 {
     QTest::addColumn<QString>("id");
     QTest::addColumn<QString>("urls");
@@ -306,7 +306,7 @@ void RepoEditorDialogEditingTest::textsThatTheFormAcceptsAreReadBackUnchanged_da
                                                 << "a=b\n [c]\n\td\n#[e]\n";
 }
 
-void RepoEditorDialogEditingTest::textsThatTheFormAcceptsAreReadBackUnchanged()
+void RepoEditorDialogEditingTest::textsThatTheFormAcceptsAreWrittenAndReadBackUnchanged()
 {
     QFETCH(QString, id);
     QFETCH(QString, urls);
@@ -331,7 +331,7 @@ void RepoEditorDialogEditingTest::textsThatTheFormAcceptsAreReadBackUnchanged()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::optionsWithoutALineFeedAtTheEndDoNotJoinTheNextSection()
+void RepoEditorDialogEditingTest::optionsWithoutAFinalLineFeedDoNotJoinTheNextSection()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("os"));
@@ -348,7 +348,7 @@ void RepoEditorDialogEditingTest::optionsWithoutALineFeedAtTheEndDoNotJoinTheNex
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::aCopiedRepositoryIsListed()
+void RepoEditorDialogEditingTest::theCopyButtonListsACopyOfTheCurrentRepository()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"));
@@ -371,7 +371,7 @@ void RepoEditorDialogEditingTest::aCopiedRepositoryIsListed()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::aCopyWithoutANewIdentifierIsADuplicate()
+void RepoEditorDialogEditingTest::theStatusReportsADuplicateIfACopyKeepsTheIdentifier()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"));
@@ -397,7 +397,7 @@ void RepoEditorDialogEditingTest::aCopyWithoutANewIdentifierIsADuplicate()
     QCOMPARE(backEnd->getRepo("os.repo").count("[extras]"), 1);
 }
 
-void RepoEditorDialogEditingTest::aCopyWithoutAnyChangeIsADuplicate()
+void RepoEditorDialogEditingTest::theStatusReportsADuplicateIfACopyIsUnchanged()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"));
@@ -413,7 +413,7 @@ void RepoEditorDialogEditingTest::aCopyWithoutAnyChangeIsADuplicate()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::theEnterKeyAfterACommandLosesNoEdits_data()
+void RepoEditorDialogEditingTest::theEnterKeyAfterAButtonClickDoesNotDiscardEdits_data()
 {
     QTest::addColumn<QByteArray>("command");
     for (const char* command : {"Remove", "Copy", "Add"}) {
@@ -421,7 +421,7 @@ void RepoEditorDialogEditingTest::theEnterKeyAfterACommandLosesNoEdits_data()
     }
 }
 
-void RepoEditorDialogEditingTest::theEnterKeyAfterACommandLosesNoEdits()
+void RepoEditorDialogEditingTest::theEnterKeyAfterAButtonClickDoesNotDiscardEdits()
 {
     QFETCH(QByteArray, command);
     QVERIFY(run([this, command] {
@@ -453,7 +453,7 @@ void RepoEditorDialogEditingTest::theEnterKeyAfterACommandLosesNoEdits()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::threeSelectedRowsAreRemoved()
+void RepoEditorDialogEditingTest::theRemoveButtonRemovesAllSelectedRows()
 {
     backEnd->putRepo("more.repo", "[a]\n[b]\n[c]\n[d]\n");
     QVERIFY(run([this] {
@@ -473,7 +473,7 @@ void RepoEditorDialogEditingTest::threeSelectedRowsAreRemoved()
     QCOMPARE(backEnd->getRepo("more.repo"), QByteArray("[b]\n\n[c]\n"));
 }
 
-void RepoEditorDialogEditingTest::aRowIsRemovedOnceIfSeveralOfItsCellsAreSelected()
+void RepoEditorDialogEditingTest::onlyOneRowIsRemovedIfSeveralOfItsCellsAreSelected()
 {
     QVERIFY(run([this] {
                 view->setSelectionBehavior(QAbstractItemView::SelectItems);
@@ -484,7 +484,7 @@ void RepoEditorDialogEditingTest::aRowIsRemovedOnceIfSeveralOfItsCellsAreSelecte
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::ifNoRowIsSelectedRemoveChangesNothing()
+void RepoEditorDialogEditingTest::theRemoveButtonChangesNothingIfNoRowIsSelected()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("os"));

@@ -22,20 +22,20 @@ private Q_SLOTS:
     void theButtonsHaveTheExpectedToolTips();
     void theEditorFitsASmallScreen();
     void aLongIdentifierDoesNotWidenTheWindow();
-    void theStatusIsNotCutOff();
-    void noTextContainsThePassword();
+    void theStatusTextIsNotCutOff();
+    void noVisibleTextOrToolTipContainsThePassword();
     void theListIsSortedByIdentifierAtFirst();
     void numbersInIdentifiersAreSortedByValue();
-    void aNewEditorHasNoChangesAndNoCurrentRow();
-    void eachOpeningReadsTheFilesAgain();
-    void aFailedReadShowsNothing();
-    void aFailedReadSignalsNoChange();
+    void nothingIsChangedAndNoRowIsCurrentWheneverTheEditorOpens();
+    void theEditorReadsTheFilesEachTimeItOpens();
+    void theEditorDoesNotOpenIfTheFilesCannotBeRead();
+    void theEditorSignalsNoChangeIfTheFilesCannotBeRead();
     void theReturnKeyDoesNotPressApply();
-    void theButtonsAreEnabledOnlyIfARowIsCurrent();
-    void browseOpensTheUrlOfTheCurrentRepository();
-    void browseReportsAMissingUrl();
-    void theStatusReportsChangesAndErrors();
-    void theStatusNamesTheFirstDuplicate();
+    void theButtonsForOneRowAreEnabledOnlyIfARowIsCurrent();
+    void theBrowseButtonOpensTheUrlOfTheCurrentRepository();
+    void theBrowseButtonShowsAMessageIfTheRepositoryHasNoUrl();
+    void theStatusLineReportsChangesAndErrors();
+    void theStatusNamesTheFirstOfSeveralDuplicateIdentifiers();
     void tenThousandRepositoriesAreShownAndRemoved();
     void aVeryLongTextCanBeEdited_data();
     void aVeryLongTextCanBeEdited();
@@ -119,7 +119,7 @@ void RepoEditorDialogWindowTest::aLongIdentifierDoesNotWidenTheWindow()
             }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::theStatusIsNotCutOff()
+void RepoEditorDialogWindowTest::theStatusTextIsNotCutOff()
 {
     backEnd->putRepo("double.repo", "[sixteen-letters-]\n[sixteen-letters-]\n");
     QVERIFY(run([this] {
@@ -130,7 +130,7 @@ void RepoEditorDialogWindowTest::theStatusIsNotCutOff()
             }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::noTextContainsThePassword()
+void RepoEditorDialogWindowTest::noVisibleTextOrToolTipContainsThePassword()
 {
     backEnd->putRepo("v.repo", "[v]\nname=V\nbaseurl=http://h/vantor?u=bob&p=hidden&path=/x\n"
                                "  http://k/vantor?u=bob&p=hidden&path=y\n"
@@ -186,7 +186,7 @@ void RepoEditorDialogWindowTest::numbersInIdentifiersAreSortedByValue()
     QVERIFY(run([this] { QCOMPARE(listed(), (QStringList{"Repo2", "repo9", "repo10"})); }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::aNewEditorHasNoChangesAndNoCurrentRow()
+void RepoEditorDialogWindowTest::nothingIsChangedAndNoRowIsCurrentWheneverTheEditorOpens()
 {
     for (int time = 0; time < 2; ++time) {
         QVERIFY(run([this] {
@@ -205,14 +205,14 @@ void RepoEditorDialogWindowTest::aNewEditorHasNoChangesAndNoCurrentRow()
     }
 }
 
-void RepoEditorDialogWindowTest::eachOpeningReadsTheFilesAgain()
+void RepoEditorDialogWindowTest::theEditorReadsTheFilesEachTimeItOpens()
 {
     QVERIFY(run([this] { QCOMPARE(listed().size(), 3); }) >= 0);
     backEnd->putRepo("new.repo", "[another]\nbaseurl=http://h/another\n");
     QVERIFY(run([this] { QCOMPARE(listed(), (QStringList{"another", "extras", "os", "updates"})); }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::aFailedReadShowsNothing()
+void RepoEditorDialogWindowTest::theEditorDoesNotOpenIfTheFilesCannotBeRead()
 {
     backEnd->putRepo("updates.repo", "[updates\n");
     for (int time = 0; time < 2; ++time) {
@@ -229,7 +229,7 @@ void RepoEditorDialogWindowTest::aFailedReadShowsNothing()
     QVERIFY(run([this] { QVERIFY(listed().contains(QStringLiteral("updates"))); }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::aFailedReadSignalsNoChange()
+void RepoEditorDialogWindowTest::theEditorSignalsNoChangeIfTheFilesCannotBeRead()
 {
     QVERIFY(run([this] { click(QStringLiteral("os"), SessionColumn); }) >= 0);
     QCOMPARE(reposChangedSpy->size(), 1);
@@ -252,7 +252,7 @@ void RepoEditorDialogWindowTest::theReturnKeyDoesNotPressApply()
     QCOMPARE(backEnd->getRepo("os.repo"), before);
 }
 
-void RepoEditorDialogWindowTest::theButtonsAreEnabledOnlyIfARowIsCurrent()
+void RepoEditorDialogWindowTest::theButtonsForOneRowAreEnabledOnlyIfARowIsCurrent()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("os"));
@@ -266,7 +266,7 @@ void RepoEditorDialogWindowTest::theButtonsAreEnabledOnlyIfARowIsCurrent()
             }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::browseOpensTheUrlOfTheCurrentRepository()
+void RepoEditorDialogWindowTest::theBrowseButtonOpensTheUrlOfTheCurrentRepository()
 {
     backEnd->installBrowser();
     QVERIFY(run([this] {
@@ -276,7 +276,7 @@ void RepoEditorDialogWindowTest::browseOpensTheUrlOfTheCurrentRepository()
             }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::browseReportsAMissingUrl()
+void RepoEditorDialogWindowTest::theBrowseButtonShowsAMessageIfTheRepositoryHasNoUrl()
 {
     backEnd->putRepo("none.repo", "[none]\n");
     QVERIFY(run([this] {
@@ -288,7 +288,7 @@ void RepoEditorDialogWindowTest::browseReportsAMissingUrl()
             }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::theStatusReportsChangesAndErrors()
+void RepoEditorDialogWindowTest::theStatusLineReportsChangesAndErrors()
 {
     QVERIFY(run([this] {
                 QCOMPARE(status(), QString());
@@ -307,7 +307,7 @@ void RepoEditorDialogWindowTest::theStatusReportsChangesAndErrors()
             }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::theStatusNamesTheFirstDuplicate()
+void RepoEditorDialogWindowTest::theStatusNamesTheFirstOfSeveralDuplicateIdentifiers()
 {
     backEnd->removeRepos();
     backEnd->putRepo("x.repo", "[a]\n[c]\n[b]\n[b]\n[c]\n");

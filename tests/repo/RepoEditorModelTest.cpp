@@ -36,29 +36,29 @@ private Q_SLOTS:
     void cleanup();
     void cleanupTestCase();
 
-    void theRowsAreTheEntries();
+    void theModelHasOneRowForEachEntryAndFourColumns();
     void theHeadersHaveTheExpectedTexts();
-    void onlyTheHeadersOfTheFourColumnsHaveTexts();
+    void onlyTheHorizontalHeadersOfTheFourColumnsHaveTexts();
     void theSessionColumnShowsTheSessionState();
     void thePermanentColumnShowsThePermanentState_data();
     void thePermanentColumnShowsThePermanentState();
-    void thePermanentToolTipDependsOnTheSessionState();
+    void theToolTipOfThePermanentColumnDependsOnTheSessionState();
     void theIdentifierAndNameColumnsShowTexts();
     void aNewRepositoryIsShownInItalics();
-    void showingAnUnknownRepositoryRecordsItAsUnused();
-    void cellsOutsideTheTableHaveNoData();
-    void removedRowsHaveNoData();
+    void showingARepositoryWithoutASessionStateStoresTheStateFalse();
+    void theModelHasNoDataForAnIndexOutsideTheTable();
+    void theModelHasNoDataForTheIndexOfARemovedRow();
 
-    void anAddedRowIsSignalled();
-    void aRemovedRowIsSignalled();
-    void aResetIsSignalled();
-    void aChangedRowIsSignalled();
+    void theModelSignalsAnAddedRow();
+    void theModelSignalsARemovedRow();
+    void theModelSignalsAReset();
+    void theModelSignalsAChangedRow();
     void togglingTheSessionBoxChangesTheSessionState();
     void togglingThePermanentBoxChangesThePermanentState_data();
     void togglingThePermanentBoxChangesThePermanentState();
     void togglingAnInvalidIndexDoesNothing();
-    void browseOpensTheUrl();
-    void browsingBeyondTheNumberOfPackagesDoesNothing();
+    void browseOpensTheUrlOfTheRepository();
+    void browseDoesNothingForAnIndexBeyondThePackageTable();
 
 private:
     QVariant data(int row, int column, int role = Qt::DisplayRole) const
@@ -74,7 +74,7 @@ private:
             return true;
         }
         if (shown.isNull() || shown != off.pixmap(16).toImage()) {
-            qFatal("neither icon");
+            qFatal("the cell shows neither of the two icons");
         }
         return false;
     }
@@ -112,7 +112,7 @@ void RepoEditorModelTest::cleanupTestCase()
     backEnd.reset();
 }
 
-void RepoEditorModelTest::theRowsAreTheEntries()
+void RepoEditorModelTest::theModelHasOneRowForEachEntryAndFourColumns()
 {
     QCOMPARE(model->rowCount(), 2);
     QCOMPARE(model->columnCount(), 4);
@@ -139,7 +139,7 @@ void RepoEditorModelTest::theHeadersHaveTheExpectedTexts()
                           "Unique identifier for the repository", "Description of the repository"}));
 }
 
-void RepoEditorModelTest::onlyTheHeadersOfTheFourColumnsHaveTexts()
+void RepoEditorModelTest::onlyTheHorizontalHeadersOfTheFourColumnsHaveTexts()
 {
     QVERIFY(!model->headerData(4, Qt::Horizontal).isValid());
     QVERIFY(!model->headerData(-1, Qt::Horizontal).isValid());
@@ -181,7 +181,7 @@ void RepoEditorModelTest::thePermanentColumnShowsThePermanentState()
     QVERIFY(!data(0, PermanentColumn).isValid());
 }
 
-void RepoEditorModelTest::thePermanentToolTipDependsOnTheSessionState()
+void RepoEditorModelTest::theToolTipOfThePermanentColumnDependsOnTheSessionState()
 {
     conf->entries[0].enabled = 0;
     conf->entries[1].enabled = 2;
@@ -217,7 +217,7 @@ void RepoEditorModelTest::aNewRepositoryIsShownInItalics()
     QVERIFY(!data(0, IdentifierColumn, Qt::FontRole).isValid());
 }
 
-void RepoEditorModelTest::showingAnUnknownRepositoryRecordsItAsUnused()
+void RepoEditorModelTest::showingARepositoryWithoutASessionStateStoresTheStateFalse()
 {
     conf->entries[0].id = QStringLiteral("other");
     QVERIFY(!session.contains(QStringLiteral("other")));
@@ -226,14 +226,14 @@ void RepoEditorModelTest::showingAnUnknownRepositoryRecordsItAsUnused()
     QCOMPARE(session.value(QStringLiteral("other"), true), false);
 }
 
-void RepoEditorModelTest::cellsOutsideTheTableHaveNoData()
+void RepoEditorModelTest::theModelHasNoDataForAnIndexOutsideTheTable()
 {
     QVERIFY(!model->data(QModelIndex()).isValid());
     QVERIFY(!model->data(model->createIndex(0, 4)).isValid());
     QVERIFY(!model->data(model->createIndex(2, IdentifierColumn)).isValid());
 }
 
-void RepoEditorModelTest::removedRowsHaveNoData()
+void RepoEditorModelTest::theModelHasNoDataForTheIndexOfARemovedRow()
 {
     const QModelIndex last = model->index(1, SessionColumn);
     conf->entries.removeLast();
@@ -243,7 +243,7 @@ void RepoEditorModelTest::removedRowsHaveNoData()
     QVERIFY(!model->removeRow(1));
 }
 
-void RepoEditorModelTest::anAddedRowIsSignalled()
+void RepoEditorModelTest::theModelSignalsAnAddedRow()
 {
     QSignalSpy inserted(model.get(), SIGNAL(rowsInserted(QModelIndex, int, int)));
     QCOMPARE(model->addRow(made(QStringLiteral("third"))), 2);
@@ -254,7 +254,7 @@ void RepoEditorModelTest::anAddedRowIsSignalled()
     QCOMPARE(conf->entries.at(2).baseurl, QStringLiteral("http://h/third"));
 }
 
-void RepoEditorModelTest::aRemovedRowIsSignalled()
+void RepoEditorModelTest::theModelSignalsARemovedRow()
 {
     QSignalSpy removed(model.get(), SIGNAL(rowsRemoved(QModelIndex, int, int)));
     QVERIFY(model->removeRow(0));
@@ -267,14 +267,14 @@ void RepoEditorModelTest::aRemovedRowIsSignalled()
     QCOMPARE(removed.size(), 1);
 }
 
-void RepoEditorModelTest::aResetIsSignalled()
+void RepoEditorModelTest::theModelSignalsAReset()
 {
     QSignalSpy resets(model.get(), SIGNAL(modelReset()));
     model->reset();
     QCOMPARE(resets.size(), 1);
 }
 
-void RepoEditorModelTest::aChangedRowIsSignalled()
+void RepoEditorModelTest::theModelSignalsAChangedRow()
 {
     QSignalSpy changes(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex)));
     model->dataChanged(1);
@@ -352,7 +352,7 @@ void RepoEditorModelTest::togglingAnInvalidIndexDoesNothing()
     QCOMPARE(uses.size() + configs.size(), 0);
 }
 
-void RepoEditorModelTest::browseOpensTheUrl()
+void RepoEditorModelTest::browseOpensTheUrlOfTheRepository()
 {
     backEnd->installBrowser();
     model->browse(model->index(1, IdentifierColumn), nullptr);
@@ -362,7 +362,7 @@ void RepoEditorModelTest::browseOpensTheUrl()
     QVERIFY(!BackEnd::wasBrowsed());
 }
 
-void RepoEditorModelTest::browsingBeyondTheNumberOfPackagesDoesNothing()
+void RepoEditorModelTest::browseDoesNothingForAnIndexBeyondThePackageTable()
 {
     backEnd->installBrowser();
     backEnd->collect(1);

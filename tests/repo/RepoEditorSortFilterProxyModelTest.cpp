@@ -16,12 +16,12 @@ class RepoEditorSortFilterProxyModelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void textsAreSortedInNaturalOrder_data();
-    void textsAreSortedInNaturalOrder();
+    void identifiersAreSortedInNaturalOrder_data();
+    void identifiersAreSortedInNaturalOrder();
     void namesAreSortedInNaturalOrder();
-    void equalTextsKeepTheirOrder();
-    void otherColumnsAreSortedAsUsual();
-    void valuesThatAreNotTextAreSortedAsUsual();
+    void textsThatDifferOnlyInZerosKeepTheirOrder();
+    void theColumnsWithBoxesAreSortedByTheirTexts();
+    void numbersAreSortedByValue();
 
 private:
     static QStringList sorted(const QStringList& texts, int column = IdentifierColumn)
@@ -41,25 +41,25 @@ private:
     }
 };
 
-void RepoEditorSortFilterProxyModelTest::textsAreSortedInNaturalOrder_data()
+void RepoEditorSortFilterProxyModelTest::identifiersAreSortedInNaturalOrder_data()
 {
     QTest::addColumn<QStringList>("expected");
     const QString arabicTwo = QString(QChar(0x662));
     QTest::newRow("numbers and letter case") << QStringList{"Repo2", "repo9", "repo10"};
     QTest::newRow("several numbers") << QStringList{"a1b2", "a1b10", "a2b1"};
-    QTest::newRow("no number first") << QStringList{"repo", "repo1"};
+    QTest::newRow("text without a number") << QStringList{"repo", "repo1"};
     QTest::newRow("the text before the number decides") << QStringList{"a10", "aa1", "b"};
     QTest::newRow("numbers alone") << QStringList{"2", "10", "a"};
     QTest::newRow("a shorter text") << QStringList{"a1", "a1b"};
-    QTest::newRow("64 bits") << QStringList{"a9", "a18446744073709551614", "a18446744073709551615"};
-    QTest::newRow("too many digits") << QStringList{"a9", "a99999999999999999999999"};
+    QTest::newRow("number of 64 bits") << QStringList{"a9", "a18446744073709551614", "a18446744073709551615"};
+    QTest::newRow("number of more than 64 bits") << QStringList{"a9", "a99999999999999999999999"};
     QTest::newRow("empty") << QStringList{"", "a"};
-    QTest::newRow("other digits") << QStringList{"a1", QStringLiteral("a") + arabicTwo, "a3"};
+    QTest::newRow("digits beyond ASCII") << QStringList{"a1", QStringLiteral("a") + arabicTwo, "a3"};
     QTest::newRow("a superscript is no digit") << QStringList{"a9", QStringLiteral("a") + QChar(0xb2)};
     QTest::newRow("beyond ASCII by code unit") << QStringList{"z", QString(QChar(0xe4))};
 }
 
-void RepoEditorSortFilterProxyModelTest::textsAreSortedInNaturalOrder()
+void RepoEditorSortFilterProxyModelTest::identifiersAreSortedInNaturalOrder()
 {
     QFETCH(QStringList, expected);
     QStringList texts = expected;
@@ -73,19 +73,19 @@ void RepoEditorSortFilterProxyModelTest::namesAreSortedInNaturalOrder()
     QCOMPARE(sorted({"repo10", "repo9"}, NameColumn), (QStringList{"repo9", "repo10"}));
 }
 
-void RepoEditorSortFilterProxyModelTest::equalTextsKeepTheirOrder()
+void RepoEditorSortFilterProxyModelTest::textsThatDifferOnlyInZerosKeepTheirOrder()
 {
     QCOMPARE(sorted({"a0", "a", "a00"}), (QStringList{"a0", "a", "a00"}));
     QCOMPARE(sorted({"a01", "a1", "a001"}), (QStringList{"a01", "a1", "a001"}));
 }
 
-void RepoEditorSortFilterProxyModelTest::otherColumnsAreSortedAsUsual()
+void RepoEditorSortFilterProxyModelTest::theColumnsWithBoxesAreSortedByTheirTexts()
 {
     QCOMPARE(sorted({"repo10", "repo9"}, SessionColumn), (QStringList{"repo10", "repo9"}));
     QCOMPARE(sorted({"repo9", "repo10"}, PermanentColumn), (QStringList{"repo10", "repo9"}));
 }
 
-void RepoEditorSortFilterProxyModelTest::valuesThatAreNotTextAreSortedAsUsual()
+void RepoEditorSortFilterProxyModelTest::numbersAreSortedByValue()
 {
     QStandardItemModel source(3, ColumnCount);
     const int numbers[] = {10, 9, -1};

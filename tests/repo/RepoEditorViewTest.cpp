@@ -36,27 +36,27 @@ private Q_SLOTS:
     void cleanup();
 
     void theTableHasTheExpectedProperties();
-    void tabLeavesTheTable();
-    void theFocusDoesNotChangeTheCurrentRow();
-    void keysMakeARowCurrent();
-    void clickingAHeaderSortsByIt();
-    void columnsCanBeMoved();
-    void aChangeOfTheCurrentRowIsSignalled();
-    void aChangeOfTheCurrentColumnIsNotSignalled();
-    void aResetSignalsThatNoRowIsCurrent();
+    void theTabKeyMovesTheFocusOutOfTheTable();
+    void gettingTheFocusDoesNotChangeTheCurrentRow();
+    void arrowKeysMakeARowCurrent();
+    void aClickOnAHeaderSortsTheRowsByThisColumn();
+    void theUserCanMoveColumns();
+    void theViewSignalsAChangeOfTheCurrentRow();
+    void theViewSignalsNoChangeIfOnlyTheCurrentColumnChanges();
+    void aResetOfTheModelSignalsThatNoRowIsCurrent();
     void theCurrentRowCanBeSet();
     void selectedRowsReturnsRowsOfTheSourceModel();
     void oneClickTogglesTheSessionState();
     void oneClickTogglesThePermanentState();
-    void clicksOnTheTextToggleNothing();
-    void theRightButtonTogglesNothing();
+    void clicksOnTextCellsToggleNoBox();
+    void aClickWithTheRightButtonTogglesNoBox();
     void aMovedColumnStillReactsToClicks();
-    void aDoubleClickSignalsTheSourceRow();
-    void theTextColumnsHaveAMenu();
-    void theBoxesHaveNoMenu();
-    void theMenuOpensOverEmptySpaceToo();
-    void theHeaderHasNoMenu();
-    void theMenuIsMadeOnlyOnce();
+    void aDoubleClickSignalsTheRowOfTheSourceModel();
+    void aRightClickOnATextCellOpensAMenu();
+    void aRightClickOnABoxOpensNoMenu();
+    void aRightClickBelowTheRowsOpensAMenuWithDisabledEntries();
+    void aRightClickOnTheHeaderOpensNoMenu();
+    void theContextMenuIsCreatedOnlyOnce();
 
 private:
     int listedRow(const QString& id) const
@@ -66,7 +66,7 @@ private:
                 return row;
             }
         }
-        qFatal("no repository %s", qPrintable(id));
+        qFatal("the repository %s is missing", qPrintable(id));
     }
     QPoint place(const QString& id, int column) const
     {
@@ -152,13 +152,13 @@ void RepoEditorViewTest::theTableHasTheExpectedProperties()
     QCOMPARE(fresh.viewOptions().decorationPosition, QStyleOptionViewItem::Left);
 }
 
-void RepoEditorViewTest::tabLeavesTheTable()
+void RepoEditorViewTest::theTabKeyMovesTheFocusOutOfTheTable()
 {
     QTest::keyClick(view, Qt::Key_Tab);
     QVERIFY(qobject_cast<QPushButton*>(QApplication::focusWidget()) != nullptr);
 }
 
-void RepoEditorViewTest::theFocusDoesNotChangeTheCurrentRow()
+void RepoEditorViewTest::gettingTheFocusDoesNotChangeTheCurrentRow()
 {
     QCOMPARE(view->currentRow(), -1);
     QTest::keyClick(view, Qt::Key_Tab);
@@ -172,7 +172,7 @@ void RepoEditorViewTest::theFocusDoesNotChangeTheCurrentRow()
     QCOMPARE(view->currentRow(), 1);
 }
 
-void RepoEditorViewTest::keysMakeARowCurrent()
+void RepoEditorViewTest::arrowKeysMakeARowCurrent()
 {
     QTest::keyClick(view, Qt::Key_Down);
     QCOMPARE(view->currentRow(), 1);
@@ -181,7 +181,7 @@ void RepoEditorViewTest::keysMakeARowCurrent()
     QCOMPARE(view->currentRow(), 2);
 }
 
-void RepoEditorViewTest::clickingAHeaderSortsByIt()
+void RepoEditorViewTest::aClickOnAHeaderSortsTheRowsByThisColumn()
 {
     QHeaderView* header = view->horizontalHeader();
     const QPoint name(header->sectionViewportPosition(NameColumn) + 5, header->height() / 2);
@@ -196,14 +196,14 @@ void RepoEditorViewTest::clickingAHeaderSortsByIt()
     QCOMPARE(listed(), (QStringList{"base", "extras", "updates"}));
 }
 
-void RepoEditorViewTest::columnsCanBeMoved()
+void RepoEditorViewTest::theUserCanMoveColumns()
 {
     view->horizontalHeader()->moveSection(NameColumn, 0);
     QCOMPARE(view->horizontalHeader()->visualIndex(NameColumn), 0);
     QCOMPARE(listed(), (QStringList{"base", "extras", "updates"}));
 }
 
-void RepoEditorViewTest::aChangeOfTheCurrentRowIsSignalled()
+void RepoEditorViewTest::theViewSignalsAChangeOfTheCurrentRow()
 {
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
     click(QStringLiteral("updates"), IdentifierColumn);
@@ -216,7 +216,7 @@ void RepoEditorViewTest::aChangeOfTheCurrentRowIsSignalled()
     QCOMPARE(rows, (QList<QPair<int, int>>{{0, -1}, {1, 0}, {-1, 1}}));
 }
 
-void RepoEditorViewTest::aChangeOfTheCurrentColumnIsNotSignalled()
+void RepoEditorViewTest::theViewSignalsNoChangeIfOnlyTheCurrentColumnChanges()
 {
     click(QStringLiteral("updates"), IdentifierColumn);
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
@@ -225,7 +225,7 @@ void RepoEditorViewTest::aChangeOfTheCurrentColumnIsNotSignalled()
     QCOMPARE(spy.size(), 0);
 }
 
-void RepoEditorViewTest::aResetSignalsThatNoRowIsCurrent()
+void RepoEditorViewTest::aResetOfTheModelSignalsThatNoRowIsCurrent()
 {
     click(QStringLiteral("extras"), IdentifierColumn);
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
@@ -283,7 +283,7 @@ void RepoEditorViewTest::oneClickTogglesThePermanentState()
     QCOMPARE(conf->entries.at(0).enabled, 1);
 }
 
-void RepoEditorViewTest::clicksOnTheTextToggleNothing()
+void RepoEditorViewTest::clicksOnTextCellsToggleNoBox()
 {
     QSignalSpy uses(model.get(), SIGNAL(useChanged()));
     QSignalSpy configs(model.get(), SIGNAL(configChanged()));
@@ -293,7 +293,7 @@ void RepoEditorViewTest::clicksOnTheTextToggleNothing()
     QCOMPARE(uses.size() + configs.size(), 0);
 }
 
-void RepoEditorViewTest::theRightButtonTogglesNothing()
+void RepoEditorViewTest::aClickWithTheRightButtonTogglesNoBox()
 {
     QSignalSpy uses(model.get(), SIGNAL(useChanged()));
     click(QStringLiteral("base"), SessionColumn, Qt::RightButton);
@@ -309,7 +309,7 @@ void RepoEditorViewTest::aMovedColumnStillReactsToClicks()
     QCOMPARE(uses.size(), 1);
 }
 
-void RepoEditorViewTest::aDoubleClickSignalsTheSourceRow()
+void RepoEditorViewTest::aDoubleClickSignalsTheRowOfTheSourceModel()
 {
     QSignalSpy activated(view, SIGNAL(activated(const QModelIndex&)));
     const QPoint where = view->viewport()->mapTo(window.get(), place(QStringLiteral("updates"), NameColumn));
@@ -320,7 +320,7 @@ void RepoEditorViewTest::aDoubleClickSignalsTheSourceRow()
     QCOMPARE(index.row(), 0);
 }
 
-void RepoEditorViewTest::theTextColumnsHaveAMenu()
+void RepoEditorViewTest::aRightClickOnATextCellOpensAMenu()
 {
     QSignalSpy edits(view->getContextMenu(), SIGNAL(edit(QModelIndex)));
     for (int column : {int(IdentifierColumn), int(NameColumn)}) {
@@ -340,7 +340,7 @@ void RepoEditorViewTest::theTextColumnsHaveAMenu()
     QCOMPARE(edits.at(0).at(0).toModelIndex().model(), model.get());
 }
 
-void RepoEditorViewTest::theBoxesHaveNoMenu()
+void RepoEditorViewTest::aRightClickOnABoxOpensNoMenu()
 {
     for (int column : {int(SessionColumn), int(PermanentColumn)}) {
         QVERIFY(!withMenu([this, column] { click(QStringLiteral("updates"), column, Qt::RightButton); },
@@ -348,7 +348,7 @@ void RepoEditorViewTest::theBoxesHaveNoMenu()
     }
 }
 
-void RepoEditorViewTest::theMenuOpensOverEmptySpaceToo()
+void RepoEditorViewTest::aRightClickBelowTheRowsOpensAMenuWithDisabledEntries()
 {
     QSignalSpy edits(view->getContextMenu(), SIGNAL(edit(QModelIndex)));
     const QPoint empty(60, view->viewport()->height() - 5);
@@ -363,7 +363,7 @@ void RepoEditorViewTest::theMenuOpensOverEmptySpaceToo()
     QCOMPARE(edits.size(), 0);
 }
 
-void RepoEditorViewTest::theHeaderHasNoMenu()
+void RepoEditorViewTest::aRightClickOnTheHeaderOpensNoMenu()
 {
     QHeaderView* header = view->horizontalHeader();
     QVERIFY(!withMenu(
@@ -374,7 +374,7 @@ void RepoEditorViewTest::theHeaderHasNoMenu()
         [](QMenu&) {}));
 }
 
-void RepoEditorViewTest::theMenuIsMadeOnlyOnce()
+void RepoEditorViewTest::theContextMenuIsCreatedOnlyOnce()
 {
     const QList<QMenu*> before = view->findChildren<QMenu*>();
     const ContextMenu* menu = view->getContextMenu();

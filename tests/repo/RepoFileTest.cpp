@@ -24,15 +24,15 @@ class RepoFileTest : public QObject
 private Q_SLOTS:
     void init();
 
-    void theContentsOfAFileAreRead_data();
-    void theContentsOfAFileAreRead();
-    void readTextIsWrittenUnchanged_data() { theContentsOfAFileAreRead_data(); }
-    void readTextIsWrittenUnchanged();
+    void theTextAndThePropertiesOfAFileAreRead_data();
+    void theTextAndThePropertiesOfAFileAreRead();
+    void aTextThatWasReadIsWrittenUnchanged_data() { theTextAndThePropertiesOfAFileAreRead_data(); }
+    void aTextThatWasReadIsWrittenUnchanged();
     void aFileMayBeAsLargeAsTheLimit();
     void aRepositoryMayBeAsLargeAsTheLimit();
-    void filesThatCannotBeReadAsTextHaveTheExpectedState();
-    void readingNeverBlocks();
-    void allNamesOfAFileHaveTheSameFileNumber();
+    void aFileThatCannotBeReadAsTextHasTheStateForItsReason();
+    void readingAPipeDoesNotBlock();
+    void linksToAFileHaveTheSameFileNumberAsTheFile();
     void pathsAreMadeCanonical_data();
     void pathsAreMadeCanonical();
 
@@ -43,7 +43,7 @@ private:
     {
         QFile file(path("x"));
         if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size()) {
-            qFatal("cannot write");
+            qFatal("the file cannot be written");
         }
     }
 
@@ -56,7 +56,7 @@ void RepoFileTest::init()
     QVERIFY(root->isValid());
 }
 
-void RepoFileTest::theContentsOfAFileAreRead_data()
+void RepoFileTest::theTextAndThePropertiesOfAFileAreRead_data()
 {
     QTest::addColumn<QByteArray>("contents");
     QTest::addColumn<QString>("text");
@@ -75,23 +75,24 @@ void RepoFileTest::theContentsOfAFileAreRead_data()
         << QByteArray("a\nb\r\n") << QString("a\nb\n") << QString("A");
     QTest::newRow("carriage return at the end of the file")
         << QByteArray("a\r") << QString("a") << QString("RA");
-    QTest::newRow("within a line") << QByteArray("a\rb\n") << QString("a\rb\n") << QString("AP");
-    QTest::newRow("a mark") << QByteArray("\xEF\xBB\xBF"
-                                          "a\n")
-                            << QString("a\n") << QString("MA");
-    QTest::newRow("only a mark") << QByteArray("\xEF\xBB\xBF") << QString("") << QString("MA");
-    QTest::newRow("two marks") << QByteArray("\xEF\xBB\xBF\xEF\xBB\xBF")
-                               << QString::fromLatin1("\xEF\xBB\xBF") << QString("M");
-    QTest::newRow("a mark and carriage returns") << QByteArray("\xEF\xBB\xBF"
-                                                               "a\r\n")
-                                                 << QString("a\n") << QString("MRA");
+    QTest::newRow("carriage return within a line")
+        << QByteArray("a\rb\n") << QString("a\rb\n") << QString("AP");
+    QTest::newRow("a byte order mark") << QByteArray("\xEF\xBB\xBF"
+                                                     "a\n")
+                                       << QString("a\n") << QString("MA");
+    QTest::newRow("only a byte order mark") << QByteArray("\xEF\xBB\xBF") << QString("") << QString("MA");
+    QTest::newRow("two byte order marks")
+        << QByteArray("\xEF\xBB\xBF\xEF\xBB\xBF") << QString::fromLatin1("\xEF\xBB\xBF") << QString("M");
+    QTest::newRow("a byte order mark and carriage returns") << QByteArray("\xEF\xBB\xBF"
+                                                                          "a\r\n")
+                                                            << QString("a\n") << QString("MRA");
     QTest::newRow("letters") << QByteArray("\xE9\xC3\xA9\n") << QString::fromLatin1("\xE9\xC3\xA9\n")
                              << QString("");
     QTest::newRow("control characters")
         << QByteArray("\x1B\f\x7F\n") << QString("\x1B\f\x7F\n") << QString("AP");
 }
 
-void RepoFileTest::theContentsOfAFileAreRead()
+void RepoFileTest::theTextAndThePropertiesOfAFileAreRead()
 {
     QFETCH(QByteArray, contents);
     put(contents);
@@ -104,7 +105,7 @@ void RepoFileTest::theContentsOfAFileAreRead()
           "kind");
 }
 
-void RepoFileTest::readTextIsWrittenUnchanged()
+void RepoFileTest::aTextThatWasReadIsWrittenUnchanged()
 {
     QFETCH(QByteArray, contents);
     QFETCH(QString, text);
@@ -138,7 +139,7 @@ void RepoFileTest::aRepositoryMayBeAsLargeAsTheLimit()
     QCOMPARE(stateOf(whole + '#'), int(File::LeftAlone));
     QCOMPARE(stateOf(whole + '#' + whole), int(File::LeftAlone));
     QCOMPARE(stateOf("[a]\n" + whole + "\n[b]\n"), int(File::LeftAlone));
-    // Text above the first repository section does not count for the size of a repository.
+    // The size limit of a repository does not include the text above the first repository section.
     QCOMPARE(stateOf("#" + whole + '#'), int(File::Text));
     QCOMPARE(stateOf("[main]\n#" + whole), int(File::Text));
     QCOMPARE(stateOf("#\n[main]\n[main]\n#" + whole + "[main]\n"), int(File::Text));
@@ -146,7 +147,7 @@ void RepoFileTest::aRepositoryMayBeAsLargeAsTheLimit()
     QCOMPARE(stateOf("[a]\n[main]\n#" + whole), int(File::LeftAlone));
 }
 
-void RepoFileTest::filesThatCannotBeReadAsTextHaveTheExpectedState()
+void RepoFileTest::aFileThatCannotBeReadAsTextHasTheStateForItsReason()
 {
     QCOMPARE(int(File::read(path("x")).state), int(File::Missing));
     QCOMPARE(int(File::read(path("none/x")).state), int(File::Missing));
@@ -174,7 +175,7 @@ void RepoFileTest::filesThatCannotBeReadAsTextHaveTheExpectedState()
     QVERIFY(!File::read(QStringLiteral("/proc/self/stat")).bytes.isEmpty());
 }
 
-void RepoFileTest::readingNeverBlocks()
+void RepoFileTest::readingAPipeDoesNotBlock()
 {
     QCOMPARE(mkfifo(localPath("pipe").constData(), 0644), 0);
     QCOMPARE(int(File::read(path("pipe")).state), int(File::LeftAlone));
@@ -189,7 +190,7 @@ void RepoFileTest::readingNeverBlocks()
     close(writer);
 }
 
-void RepoFileTest::allNamesOfAFileHaveTheSameFileNumber()
+void RepoFileTest::linksToAFileHaveTheSameFileNumberAsTheFile()
 {
     put("a");
     QCOMPARE(symlink("x", localPath("y").constData()), 0);
@@ -212,8 +213,8 @@ void RepoFileTest::pathsAreMadeCanonical_data()
                                       << "/real/x";
     QTest::newRow("a link") << "/link/x"
                             << "/real/x";
-    QTest::newRow("behind a link") << "/deep/../x"
-                                   << "/real/x";
+    QTest::newRow("a file behind a link") << "/deep/../x"
+                                          << "/real/x";
     QTest::newRow("a directory") << "/link/"
                                  << "/real";
     QTest::newRow("a new file") << "/link/new"

@@ -59,33 +59,33 @@ class RepoVantorTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void credentialsAreFound_data();
-    void credentialsAreFound();
-    void thePiecesAreEmptyIfCredentialsAreMissing();
-    void ifUrlsAndMirrorListHaveCredentialsThoseOfTheUrlsAreUsed();
+    void theCredentialsInAUrlAreFound_data();
+    void theCredentialsInAUrlAreFound();
+    void thePiecesOfTheCredentialsAreEmptyIfARepositoryHasNone();
+    void theCredentialsInTheUrlsPrecedeThoseInTheMirrorList();
     void theMirrorListIsSearchedIfTheUrlsHaveNoCredentials();
     void aNameWithBlankAndAmpersandIsEncoded();
     void everySpecialCharacterIsEncodedInLowerCase_data();
     void everySpecialCharacterIsEncodedInLowerCase();
-    void ordinaryCharactersAreNotChanged();
+    void ordinaryCharactersAreNotEncoded();
     void writtenCredentialsAreReadBack_data();
     void writtenCredentialsAreReadBack();
     void escapesInUpperOrLowerCaseAreDecoded();
-    void brokenEscapesAreNotChanged();
+    void incompleteEscapesAreNotDecoded();
     void everyCredentialUrlGetsTheSameCredentials();
-    void newCredentialsKeepTheKeys();
-    void aNewPasswordKeepsTheName();
-    void aTextWithoutCredentialsIsNotChanged();
-    void theExpressionsHaveTheExpectedTexts();
-    void theExpressionForOneUrlCapturesThePassword();
+    void replacingTheCredentialsKeepsTheKeys();
+    void replacingThePasswordKeepsTheName();
+    void replaceAuthDoesNotChangeATextWithoutCredentials();
+    void theRegularExpressionsHaveTheExpectedPatterns();
+    void theExpressionForOneUrlCapturesItsPassword();
     void theExpressionForUrlsCapturesEachPassword();
-    void theFirstSecretPlaceOfAUrlIsItsPassword_data();
-    void theFirstSecretPlaceOfAUrlIsItsPassword();
+    void theFirstPlaceInACredentialUrlIsItsPassword_data();
+    void theFirstPlaceInACredentialUrlIsItsPassword();
     void theExpressionsCaptureOnlyPasswords();
     void exactlyTheMatchesOfTheExpressionAreReplaced();
 };
 
-void RepoVantorTest::credentialsAreFound_data()
+void RepoVantorTest::theCredentialsInAUrlAreFound_data()
 {
     QTest::addColumn<QString>("url");
     QTest::addColumn<bool>("found");
@@ -110,7 +110,7 @@ void RepoVantorTest::credentialsAreFound_data()
     QTest::newRow("no path") << "http://h/vantor?u=bob&p=secret" << false << none;
 }
 
-void RepoVantorTest::credentialsAreFound()
+void RepoVantorTest::theCredentialsInAUrlAreFound()
 {
     QFETCH(QString, url);
     const Auth auth = authOf(url);
@@ -118,12 +118,12 @@ void RepoVantorTest::credentialsAreFound()
     QTEST(auth.pieces, "pieces");
 }
 
-void RepoVantorTest::thePiecesAreEmptyIfCredentialsAreMissing()
+void RepoVantorTest::thePiecesOfTheCredentialsAreEmptyIfARepositoryHasNone()
 {
     QCOMPARE(authOf(Entry()).pieces, (QStringList{QString(), QString(), QString(), QString()}));
 }
 
-void RepoVantorTest::ifUrlsAndMirrorListHaveCredentialsThoseOfTheUrlsAreUsed()
+void RepoVantorTest::theCredentialsInTheUrlsPrecedeThoseInTheMirrorList()
 {
     Entry entry;
     entry.baseurl = base;
@@ -170,7 +170,7 @@ void RepoVantorTest::everySpecialCharacterIsEncodedInLowerCase()
     QCOMPARE(password(Vantor::replaceAuth(base, character)), character);
 }
 
-void RepoVantorTest::ordinaryCharactersAreNotChanged()
+void RepoVantorTest::ordinaryCharactersAreNotEncoded()
 {
     const QString ordinary = QString::fromUtf8("azAZ09-_.!*'()`\xc3\xa4\xe2\x82\xac");
     QCOMPARE(Vantor::replaceAuth(base, ordinary),
@@ -200,7 +200,7 @@ void RepoVantorTest::escapesInUpperOrLowerCaseAreDecoded()
     QCOMPARE(password(QStringLiteral("/vantor?u=&p=%2F%2f%c3%C3&path=")), QString::fromLatin1("//\xc3\xc3"));
 }
 
-void RepoVantorTest::brokenEscapesAreNotChanged()
+void RepoVantorTest::incompleteEscapesAreNotDecoded()
 {
     QCOMPARE(password(QStringLiteral("/vantor?u=&p=%g1%1g%%20%&path=")), QStringLiteral("%g1%1g% %"));
     QCOMPARE(password(QStringLiteral("/vantor?u=&p=%4&path=")), QStringLiteral("%4"));
@@ -216,20 +216,20 @@ void RepoVantorTest::everyCredentialUrlGetsTheSameCredentials()
                             "http://c/vantor?u=eve&p=pw&path=/2"));
 }
 
-void RepoVantorTest::newCredentialsKeepTheKeys()
+void RepoVantorTest::replacingTheCredentialsKeepsTheKeys()
 {
     QCOMPARE(Vantor::replaceAuth(QStringLiteral("/vantor?login=&key%20word=&path="), QStringLiteral("eve"),
                                  QStringLiteral("pw")),
              QStringLiteral("/vantor?login=eve&key%20word=pw&path="));
 }
 
-void RepoVantorTest::aNewPasswordKeepsTheName()
+void RepoVantorTest::replacingThePasswordKeepsTheName()
 {
     QCOMPARE(Vantor::replaceAuth(base, QStringLiteral("pw")),
              QStringLiteral("http://h/vantor?u=bob&p=pw&path=/x"));
 }
 
-void RepoVantorTest::aTextWithoutCredentialsIsNotChanged()
+void RepoVantorTest::replaceAuthDoesNotChangeATextWithoutCredentials()
 {
     const QString url = QStringLiteral("http://h/x?u=bob&p=secret&path=/x");
     QCOMPARE(Vantor::replaceAuth(url, QStringLiteral("pw")), url);
@@ -239,7 +239,7 @@ void RepoVantorTest::aTextWithoutCredentialsIsNotChanged()
              url);
 }
 
-void RepoVantorTest::theExpressionsHaveTheExpectedTexts()
+void RepoVantorTest::theRegularExpressionsHaveTheExpectedPatterns()
 {
     QCOMPARE(Vantor::oneUrlRegExp().pattern(),
              QStringLiteral("^.*/vantor\\?[^&\\s]*=[^&\\s]*&[^&\\s]*=([^&\\s]*)&path=.*$"));
@@ -252,7 +252,7 @@ void RepoVantorTest::theExpressionsHaveTheExpectedTexts()
     QCOMPARE(Vantor::urlsRegExp().caseSensitivity(), Qt::CaseSensitive);
 }
 
-void RepoVantorTest::theExpressionForOneUrlCapturesThePassword()
+void RepoVantorTest::theExpressionForOneUrlCapturesItsPassword()
 {
     const QRegExp expression = Vantor::oneUrlRegExp();
     QVERIFY(expression.exactMatch(base));
@@ -270,7 +270,7 @@ void RepoVantorTest::theExpressionForUrlsCapturesEachPassword()
     QCOMPARE(expression.cap(1), QStringLiteral("two"));
 }
 
-void RepoVantorTest::theFirstSecretPlaceOfAUrlIsItsPassword_data()
+void RepoVantorTest::theFirstPlaceInACredentialUrlIsItsPassword_data()
 {
     QTest::addColumn<QString>("url");
     QTest::addColumn<QString>("captured");
@@ -289,7 +289,7 @@ void RepoVantorTest::theFirstSecretPlaceOfAUrlIsItsPassword_data()
                               << "one";
 }
 
-void RepoVantorTest::theFirstSecretPlaceOfAUrlIsItsPassword()
+void RepoVantorTest::theFirstPlaceInACredentialUrlIsItsPassword()
 {
     QFETCH(QString, url);
     const QVector<Credentials::Place> places = Credentials::places(url, Credentials::Text::Urls);

@@ -90,24 +90,24 @@ class SafeFileTest : public QObject
 private Q_SLOTS:
     void init();
 
-    void aFileIsReplaced();
+    void replaceGivesAFileItsNewText();
     void aNewFileIsCreated();
     void aReplacedFileKeepsOwnerModeAndAttributes();
-    void aReplacementCanRemoveTheRightsOfOtherUsers();
+    void replaceCanRemoveTheRightsOfOtherUsers();
     void theTargetOfALinkIsReplacedAndNotTheLink();
-    void allNamesOfAFileGetTheNewText();
+    void bothNamesOfAFileGetTheNewText();
     void aFileInAReadOnlyDirectoryIsReplaced();
     void aFileThatAnotherProgramHasChangedIsNotOverwritten();
     void aFileThatChangesDuringTheReplacementIsNotOverwritten();
     void aFileThatAnotherProgramHasCreatedIsNotOverwritten();
-    void anUncommittedFileIsRemoved();
-    void theTextIsOnTheDiskBeforeItsNameChanges();
+    void aNewFileThatIsNotCommittedIsRemoved();
+    void theNewTextIsOnTheDiskBeforeTheFileGetsItsName();
     void theOldTextIsKeptIfTheDiskIsFull_data();
     void theOldTextIsKeptIfTheDiskIsFull();
-    void aKilledProgramLeavesEitherTheOldOrTheNewText_data();
-    void aKilledProgramLeavesEitherTheOldOrTheNewText();
-    void aKilledProgramLeavesNoNewFileOrACompleteOne();
-    void leftoversOfRunningProgramsAndOtherUsersAreKept();
+    void theFileHasEitherTheOldOrTheNewTextIfTheProgramIsKilled_data();
+    void theFileHasEitherTheOldOrTheNewTextIfTheProgramIsKilled();
+    void theNewFileIsEitherMissingOrCompleteIfTheProgramIsKilled();
+    void removeLeftoversKeepsFilesOfRunningProgramsAndOfOtherUsers();
     void leftoversAreNotReadAsRepositoryFiles();
 
 private:
@@ -129,7 +129,7 @@ struct stat SafeFileTest::statusOf(const QString& absolute)
 {
     struct stat status;
     if (lstat(QFile::encodeName(absolute).constData(), &status) != 0) {
-        qFatal("no file %s", qPrintable(absolute));
+        qFatal("the file %s is missing", qPrintable(absolute));
     }
     return status;
 }
@@ -144,7 +144,7 @@ void SafeFileTest::init()
     put(path(QStringLiteral("x.repo")), oldText);
 }
 
-void SafeFileTest::aFileIsReplaced()
+void SafeFileTest::replaceGivesAFileItsNewText()
 {
     const QString file = path(QStringLiteral("x.repo"));
     for (const QByteArray& text : {newText, QByteArray(), QByteArray(300000, 'x'), oldText}) {
@@ -192,7 +192,7 @@ void SafeFileTest::aReplacedFileKeepsOwnerModeAndAttributes()
     QCOMPARE(QByteArray(value, 4), QByteArray("kept"));
 }
 
-void SafeFileTest::aReplacementCanRemoveTheRightsOfOtherUsers()
+void SafeFileTest::replaceCanRemoveTheRightsOfOtherUsers()
 {
     const QString file = path(QStringLiteral("x.repo"));
     SafeFile safe;
@@ -226,7 +226,7 @@ void SafeFileTest::theTargetOfALinkIsReplacedAndNotTheLink()
     QVERIFY(S_ISLNK(statusOf(path(QStringLiteral("z.repo"))).st_mode));
 }
 
-void SafeFileTest::allNamesOfAFileGetTheNewText()
+void SafeFileTest::bothNamesOfAFileGetTheNewText()
 {
     const QByteArray other = QFile::encodeName(path(QStringLiteral("other")));
     QCOMPARE(link(QFile::encodeName(path(QStringLiteral("x.repo"))).constData(), other.constData()), 0);
@@ -297,7 +297,7 @@ void SafeFileTest::aFileThatAnotherProgramHasCreatedIsNotOverwritten()
     QCOMPARE(get(path(QStringLiteral("x.repo"))), oldText);
 }
 
-void SafeFileTest::anUncommittedFileIsRemoved()
+void SafeFileTest::aNewFileThatIsNotCommittedIsRemoved()
 {
     {
         SafeFile replaced;
@@ -310,7 +310,7 @@ void SafeFileTest::anUncommittedFileIsRemoved()
     QCOMPARE(get(path(QStringLiteral("x.repo"))), oldText);
 }
 
-void SafeFileTest::theTextIsOnTheDiskBeforeItsNameChanges()
+void SafeFileTest::theNewTextIsOnTheDiskBeforeTheFileGetsItsName()
 {
     const QString file = path(QStringLiteral("x.repo"));
     QList<quint64> calls;
@@ -361,7 +361,7 @@ void SafeFileTest::theOldTextIsKeptIfTheDiskIsFull_data()
 void SafeFileTest::theOldTextIsKeptIfTheDiskIsFull()
 {
     if (!SmallDisk::possible()) {
-        QSKIP("only root has a file system of its own, and only where \"/\" is a mount point");
+        QSKIP("only root can mount a small file system, and only where \"/\" is a mount point");
     }
     QFETCH(bool, inPlace);
     const QByteArray small(SmallDisk::blockSize, 'o');
@@ -394,14 +394,14 @@ void SafeFileTest::theOldTextIsKeptIfTheDiskIsFull()
     QVERIFY2(failures >= 4 && successes >= 2, QByteArray::number(failures));
 }
 
-void SafeFileTest::aKilledProgramLeavesEitherTheOldOrTheNewText_data()
+void SafeFileTest::theFileHasEitherTheOldOrTheNewTextIfTheProgramIsKilled_data()
 {
     QTest::addColumn<bool>("inPlace");
     QTest::newRow("a new file replaces the old file") << false;
     QTest::newRow("the old file is overwritten") << true;
 }
 
-void SafeFileTest::aKilledProgramLeavesEitherTheOldOrTheNewText()
+void SafeFileTest::theFileHasEitherTheOldOrTheNewTextIfTheProgramIsKilled()
 {
     QFETCH(bool, inPlace);
     const QString file = path(QStringLiteral("x.repo"));
@@ -437,7 +437,7 @@ void SafeFileTest::aKilledProgramLeavesEitherTheOldOrTheNewText()
             QCOMPARE(get(left.first()), oldText);
         }
         leftovers += names().size() > (inPlace ? 2 : 1) ? 1 : 0;
-        // VYRE can write the file although leftovers of the killed program exist.
+        // Even if leftovers of the killed program exist, VYRE can write the file.
         SafeFile::removeLeftovers(root->path());
         QCOMPARE(names().size(), (inPlace ? 2 : 1) + left.size());
         QVERIFY(replaceNow(file, found, QByteArray("the next\n")));
@@ -453,7 +453,7 @@ void SafeFileTest::aKilledProgramLeavesEitherTheOldOrTheNewText()
     QCOMPARE(copies > 0, inPlace);
 }
 
-void SafeFileTest::aKilledProgramLeavesNoNewFileOrACompleteOne()
+void SafeFileTest::theNewFileIsEitherMissingOrCompleteIfTheProgramIsKilled()
 {
     const QString file = path(QStringLiteral("y.repo"));
     int before = 0;
@@ -475,7 +475,7 @@ void SafeFileTest::aKilledProgramLeavesNoNewFileOrACompleteOne()
     QVERIFY(before > 5);
 }
 
-void SafeFileTest::leftoversOfRunningProgramsAndOtherUsersAreKept()
+void SafeFileTest::removeLeftoversKeepsFilesOfRunningProgramsAndOfOtherUsers()
 {
     SafeFile living;
     QVERIFY(living.replace(path(QStringLiteral("x.repo")), oldText, newText));

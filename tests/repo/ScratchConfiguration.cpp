@@ -28,7 +28,7 @@ Repo::Entry& ScratchConfiguration::entry(const QString& id)
             return each;
         }
     }
-    qFatal("no repository %s", qPrintable(id));
+    qFatal("the repository %s is missing", qPrintable(id));
 }
 
 Repo::Entry ScratchConfiguration::made(const QString& id)
@@ -53,7 +53,7 @@ mode_t ScratchConfiguration::modeOf(const QString& absolute)
 {
     struct stat status;
     if (lstat(QFile::encodeName(absolute).constData(), &status) != 0) {
-        qFatal("no file %s", qPrintable(absolute));
+        qFatal("the file %s is missing", qPrintable(absolute));
     }
     return status.st_mode & 07777;
 }

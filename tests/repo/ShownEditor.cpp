@@ -68,14 +68,14 @@ QPushButton* ShownEditor::button(const char* text) const
             return each;
         }
     }
-    qFatal("no button %s", text);
+    qFatal("the button %s is missing", text);
 }
 
 int ShownEditor::listedRow(const QString& id) const
 {
     const int row = listed().indexOf(id);
     if (row < 0) {
-        qFatal("no repository %s", qPrintable(id));
+        qFatal("the repository %s is missing", qPrintable(id));
     }
     return row;
 }
@@ -115,7 +115,7 @@ const Repo::Entry& ShownEditor::entry(const QString& id) const
 {
     const int row = ids().lastIndexOf(id);
     if (row < 0) {
-        qFatal("no repository %s", qPrintable(id));
+        qFatal("the repository %s is missing", qPrintable(id));
     }
     return conf->entries.at(row);
 }

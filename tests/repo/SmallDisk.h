@@ -33,7 +33,7 @@ public:
     explicit SmallDisk(const QString& directory) : place(QFile::encodeName(directory))
     {
         if (mount("tmpfs", place.constData(), "tmpfs", 0, "size=256k,mode=755") != 0) {
-            qFatal("no small disk: %s", std::strerror(errno));
+            qFatal("the small disk cannot be mounted: %s", std::strerror(errno));
         }
     }
     ~SmallDisk() { umount2(place.constData(), MNT_DETACH); }

@@ -23,9 +23,9 @@ void YumConfIOAmountsTest::tenThousandRepositoriesAreReadAndWrittenInTime_data()
 {
     QTest::addColumn<int>("files");
     QTest::addColumn<bool>("alike");
-    QTest::newRow("in one file") << 1 << false;
-    QTest::newRow("each in its own file") << 10000 << false;
-    QTest::newRow("with one identifier") << 1 << true;
+    QTest::newRow("all repositories in one file") << 1 << false;
+    QTest::newRow("each repository in its own file") << 10000 << false;
+    QTest::newRow("all repositories with one identifier") << 1 << true;
 }
 
 void YumConfIOAmountsTest::tenThousandRepositoriesAreReadAndWrittenInTime()
@@ -74,7 +74,7 @@ void YumConfIOAmountsTest::hugeFilesAreReadAndWrittenInTime_data()
     QTest::newRow("empty lines") << "[x]\n" + QByteArray(size, '\n');
     QTest::newRow("letters beyond ASCII") << "[x]\n#" + QByteArray(size, '\xE9');
     QTest::newRow("options") << "[x]\n" + repeated("a=b\n");
-    QTest::newRow("half a password") << "[x]\nbaseurl=" + repeated("://a:");
+    QTest::newRow("passwords without an end") << "[x]\nbaseurl=" + repeated("://a:");
     QTest::newRow("credentials without an end") << "[x]\nbaseurl=" + repeated("/vantor?");
     QTest::newRow("carriage returns") << "[x]\n" + QByteArray(size, '\r') + "\n";
     const int whole = repositoryFileLimit - 100;

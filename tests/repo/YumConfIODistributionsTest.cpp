@@ -10,12 +10,12 @@ class YumConfIODistributionsTest : public ScratchConfiguration
     Q_OBJECT
 
 private Q_SLOTS:
-    void filesOfDistributionsKeepTheirContents_data();
-    void filesOfDistributionsKeepTheirContents();
-    void anEditOfOneValueChangesOnlyItsLine();
+    void writingTheFilesOfDistributionsKeepsTheirContents_data();
+    void writingTheFilesOfDistributionsKeepsTheirContents();
+    void editingOneValueInAFileOfADistributionChangesOnlyItsLine();
 };
 
-void YumConfIODistributionsTest::filesOfDistributionsKeepTheirContents_data()
+void YumConfIODistributionsTest::writingTheFilesOfDistributionsKeepsTheirContents_data()
 {
     QTest::addColumn<QByteArray>("read");
     QTest::addColumn<QByteArray>("written");
@@ -221,7 +221,7 @@ void YumConfIODistributionsTest::filesOfDistributionsKeepTheirContents_data()
                                                << QStringList({QStringLiteral("depot, 0, 1, 1")});
 }
 
-void YumConfIODistributionsTest::filesOfDistributionsKeepTheirContents()
+void YumConfIODistributionsTest::writingTheFilesOfDistributionsKeepsTheirContents()
 {
     QFETCH(QByteArray, read);
     QFETCH(QByteArray, written);
@@ -248,7 +248,7 @@ void YumConfIODistributionsTest::filesOfDistributionsKeepTheirContents()
     QCOMPARE(get(path(QStringLiteral("etc/dnf/dnf.conf"))), mainText);
 }
 
-void YumConfIODistributionsTest::anEditOfOneValueChangesOnlyItsLine()
+void YumConfIODistributionsTest::editingOneValueInAFileOfADistributionChangesOnlyItsLine()
 {
     putMain("[main]\n# limits\ntimeout=30\n\n[local]\nname=Local\nbaseurl=file:///srv/rpms\n# ours\n");
     putRepo(QStringLiteral("larkspur.repo"),

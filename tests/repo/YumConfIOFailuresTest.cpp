@@ -16,8 +16,8 @@ class YumConfIOFailuresTest : public ScratchConfiguration
     Q_OBJECT
 
 private Q_SLOTS:
-    void changedIsSignalledOnlyAfterASuccessfulRead();
-    void writingDoesNotReadTheFilesAgainAndSignalsNothing();
+    void onlyASuccessfulReadSignalsChanged();
+    void aSuccessfulWriteSignalsNoChange();
     void anUnreadableMainFileIsReported();
     void aMissingMainFileIsReported();
     void aRepositoryFileThatCannotBeExaminedIsReported();
@@ -29,19 +29,19 @@ private Q_SLOTS:
     void aMalformedHeaderIsReportedWithoutPasswords();
     void aMalformedHeaderOfTheMainFileIsReported();
     void markupFromAFileIsShownAsPlainText();
-    void aFailedReadKeepsTheRepositoriesReadSoFar();
+    void aFailedReadKeepsTheRepositoriesBeforeTheError();
     void aFailedReadDoesNotAffectTheNextRead();
-    void aFileThatCannotBeCreatedIsReported();
+    void aRepositoryFileThatCannotBeCreatedIsReported();
     void aMainFileThatCannotBeWrittenIsReported();
-    void aFullDiskIsReported();
-    void aMovedRepositoryIsNotLostWhenItsNewFileCannotBeMade();
-    void aMovedRepositoryIsNotLostWhenItsNewFileCannotBeOverwritten_data();
-    void aMovedRepositoryIsNotLostWhenItsNewFileCannotBeOverwritten();
+    void anErrorIsShownAndNoFileIsChangedIfTheDiskIsFull();
+    void theOldFileOfAMovedRepositoryIsKeptIfTheNewOneCannotBeCreated();
+    void theOldFileOfAMovedRepositoryIsKeptIfTheNewOneCannotBeOverwritten_data();
+    void theOldFileOfAMovedRepositoryIsKeptIfTheNewOneCannotBeOverwritten();
     void aFileThatCannotBeRemovedIsReported();
-    void theErrorIsShownOverTheGivenWindow();
+    void anErrorIsShownOverTheGivenWindow();
 };
 
-void YumConfIOFailuresTest::changedIsSignalledOnlyAfterASuccessfulRead()
+void YumConfIOFailuresTest::onlyASuccessfulReadSignalsChanged()
 {
     QSignalSpy changed(conf.get(), SIGNAL(changed()));
     QVERIFY(conf->read(window.get()));
@@ -52,7 +52,7 @@ void YumConfIOFailuresTest::changedIsSignalledOnlyAfterASuccessfulRead()
     QCOMPARE(changed.size(), 1);
 }
 
-void YumConfIOFailuresTest::writingDoesNotReadTheFilesAgainAndSignalsNothing()
+void YumConfIOFailuresTest::aSuccessfulWriteSignalsNoChange()
 {
     putRepo(QStringLiteral("f.repo"), "[x]\nname=a\n");
     QVERIFY(conf->read(window.get()));
@@ -134,10 +134,10 @@ void YumConfIOFailuresTest::aReadErrorOfARepositoryFileIsReported()
 void YumConfIOFailuresTest::aMalformedHeaderIsReported_data()
 {
     QTest::addColumn<QByteArray>("header");
-    QTest::newRow("no bracket") << QByteArray("[foo");
-    QTest::newRow("only a bracket") << QByteArray("[");
-    QTest::newRow("a blank after the bracket") << QByteArray("[foo] ");
-    QTest::newRow("a comment after the bracket") << QByteArray("[foo] # bar");
+    QTest::newRow("no closing bracket") << QByteArray("[foo");
+    QTest::newRow("only an opening bracket") << QByteArray("[");
+    QTest::newRow("a blank after the closing bracket") << QByteArray("[foo] ");
+    QTest::newRow("a comment after the closing bracket") << QByteArray("[foo] # bar");
     QTest::newRow("a continuation line") << QByteArray("[foo]\n  bar");
 }
 
@@ -183,7 +183,7 @@ void YumConfIOFailuresTest::markupFromAFileIsShownAsPlainText()
     QCOMPARE(box.labelFormat, Qt::PlainText);
 }
 
-void YumConfIOFailuresTest::aFailedReadKeepsTheRepositoriesReadSoFar()
+void YumConfIOFailuresTest::aFailedReadKeepsTheRepositoriesBeforeTheError()
 {
     putMain("[main]\n[a]\n[b]\nname=kept\n[c]\n[d\n[e]\n");
     putRepo(QStringLiteral("f.repo"), "[f]\n");
@@ -207,7 +207,7 @@ void YumConfIOFailuresTest::aFailedReadDoesNotAffectTheNextRead()
     QVERIFY(conf->pendingLines.isEmpty());
 }
 
-void YumConfIOFailuresTest::aFileThatCannotBeCreatedIsReported()
+void YumConfIOFailuresTest::aRepositoryFileThatCannotBeCreatedIsReported()
 {
     putMain("[main]\nretries=1\n");
     putRepo(QStringLiteral("a.repo"), "[a]\n");
@@ -241,10 +241,10 @@ void YumConfIOFailuresTest::aMainFileThatCannotBeWrittenIsReported()
     QCOMPARE(get(mainPath()), QByteArray("[main]\n"));
 }
 
-void YumConfIOFailuresTest::aFullDiskIsReported()
+void YumConfIOFailuresTest::anErrorIsShownAndNoFileIsChangedIfTheDiskIsFull()
 {
     if (!SmallDisk::possible()) {
-        QSKIP("only root has a file system of its own, and only where \"/\" is a mount point");
+        QSKIP("only root can mount a small file system, and only where \"/\" is a mount point");
     }
     const SmallDisk disk(path(QStringLiteral("etc/yum.repos.d")));
     QByteArray text;
@@ -277,7 +277,7 @@ void YumConfIOFailuresTest::aFullDiskIsReported()
     QCOMPARE(get(mainPath()), QByteArray("[main]\nretries=1\n"));
 }
 
-void YumConfIOFailuresTest::aMovedRepositoryIsNotLostWhenItsNewFileCannotBeMade()
+void YumConfIOFailuresTest::theOldFileOfAMovedRepositoryIsKeptIfTheNewOneCannotBeCreated()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n\n[moved]\n");
     QVERIFY(conf->read(window.get()));
@@ -295,17 +295,17 @@ void YumConfIOFailuresTest::aMovedRepositoryIsNotLostWhenItsNewFileCannotBeMade(
 
 // The new file has two names, so VYRE overwrites it in place. Only then does VYRE notice that it cannot write
 // the file.
-void YumConfIOFailuresTest::aMovedRepositoryIsNotLostWhenItsNewFileCannotBeOverwritten_data()
+void YumConfIOFailuresTest::theOldFileOfAMovedRepositoryIsKeptIfTheNewOneCannotBeOverwritten_data()
 {
     QTest::addColumn<QString>("from");
     QTest::addColumn<QString>("to");
-    QTest::newRow("to a later file") << "a.repo"
-                                     << "b.repo";
-    QTest::newRow("to an earlier file") << "b.repo"
-                                        << "a.repo";
+    QTest::newRow("move to a later file") << "a.repo"
+                                          << "b.repo";
+    QTest::newRow("move to an earlier file") << "b.repo"
+                                             << "a.repo";
 }
 
-void YumConfIOFailuresTest::aMovedRepositoryIsNotLostWhenItsNewFileCannotBeOverwritten()
+void YumConfIOFailuresTest::theOldFileOfAMovedRepositoryIsKeptIfTheNewOneCannotBeOverwritten()
 {
     QFETCH(QString, from);
     QFETCH(QString, to);
@@ -354,7 +354,7 @@ void YumConfIOFailuresTest::aFileThatCannotBeRemovedIsReported()
     QCOMPARE(getRepo(QStringLiteral("u.repo")), QByteArray("[u]\n"));
 }
 
-void YumConfIOFailuresTest::theErrorIsShownOverTheGivenWindow()
+void YumConfIOFailuresTest::anErrorIsShownOverTheGivenWindow()
 {
     putRepo(QStringLiteral("f.repo"), "[x\n");
     QWidget other;

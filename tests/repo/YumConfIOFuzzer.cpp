@@ -141,8 +141,8 @@ void check(YumConfIO& conf)
     }
     for (const Repo::Entry& each : qAsConst(conf.entries)) {
         if (each.file == surroundings->files.first() && each.id == QLatin1String("main")) {
-            // The main configuration file has a second main section. If VYRE drops all sections between the
-            // two, the next read takes both for one section.
+            // The main configuration file has two main sections. If VYRE drops all sections between them, the
+            // next read takes both for one section.
             return;
         }
     }

@@ -11,14 +11,14 @@ class YumConfIOIdentifiersTest : public ScratchConfiguration
 
 private Q_SLOTS:
     void theUserIsAskedAboutDuplicateAndMissingIdentifiers();
-    void ifTheUserDeclinesNothingIsWritten_data();
-    void ifTheUserDeclinesNothingIsWritten();
-    void ifTheUserAgreesTheFirstRepositoryWithEachIdentifierIsKept();
-    void ifOnlyIdentifiersAreMissingTheUserIsAskedAboutThem();
-    void ifOnlyIdentifiersAreDuplicateTheUserIsAskedAboutThem();
-    void anIdentifierUsedThreeTimesIsListedThreeTimes();
-    void severalDuplicatesAreListedInOrder();
-    void identifiersInDifferentLetterCaseAreNoDuplicates();
+    void nothingIsWrittenIfTheUserDeclinesToRemoveRepositories_data();
+    void nothingIsWrittenIfTheUserDeclinesToRemoveRepositories();
+    void onlyTheFirstRepositoryWithEachIdentifierIsKeptIfTheUserAgrees();
+    void theQuestionMentionsOnlyMissingIdentifiersIfNoneIsDuplicate();
+    void theQuestionMentionsOnlyDuplicatesIfNoIdentifierIsMissing();
+    void theQuestionListsAnIdentifierAsOftenAsItIsUsed();
+    void theQuestionListsSeveralDuplicatesInOrder();
+    void identifiersThatDifferInLetterCaseAreNoDuplicates();
 };
 
 void YumConfIOIdentifiersTest::theUserIsAskedAboutDuplicateAndMissingIdentifiers()
@@ -40,7 +40,7 @@ void YumConfIOIdentifiersTest::theUserIsAskedAboutDuplicateAndMissingIdentifiers
     QCOMPARE(box.parent, window.get());
 }
 
-void YumConfIOIdentifiersTest::ifTheUserDeclinesNothingIsWritten_data()
+void YumConfIOIdentifiersTest::nothingIsWrittenIfTheUserDeclinesToRemoveRepositories_data()
 {
     QTest::addColumn<int>("key");
     QTest::newRow("No is clicked") << 0;
@@ -48,7 +48,7 @@ void YumConfIOIdentifiersTest::ifTheUserDeclinesNothingIsWritten_data()
     QTest::newRow("Escape") << int(Qt::Key_Escape);
 }
 
-void YumConfIOIdentifiersTest::ifTheUserDeclinesNothingIsWritten()
+void YumConfIOIdentifiersTest::nothingIsWrittenIfTheUserDeclinesToRemoveRepositories()
 {
     QFETCH(int, key);
     putMain("[main]\n\n[a]\n[a]\n[b]");
@@ -66,7 +66,7 @@ void YumConfIOIdentifiersTest::ifTheUserDeclinesNothingIsWritten()
     QCOMPARE(conf->entries.last().file, QString());
 }
 
-void YumConfIOIdentifiersTest::ifTheUserAgreesTheFirstRepositoryWithEachIdentifierIsKept()
+void YumConfIOIdentifiersTest::onlyTheFirstRepositoryWithEachIdentifierIsKeptIfTheUserAgrees()
 {
     putMain("[main]\n[b]\n[a]\nname=first\n[a]\nname=second\n");
     QVERIFY(conf->read(window.get()));
@@ -84,7 +84,7 @@ void YumConfIOIdentifiersTest::ifTheUserAgreesTheFirstRepositoryWithEachIdentifi
     QCOMPARE(getRepo(QStringLiteral("c.repo")), QByteArray("[c]\n"));
 }
 
-void YumConfIOIdentifiersTest::ifOnlyIdentifiersAreMissingTheUserIsAskedAboutThem()
+void YumConfIOIdentifiersTest::theQuestionMentionsOnlyMissingIdentifiersIfNoneIsDuplicate()
 {
     QVERIFY(conf->read(window.get()));
     conf->entries = {made(QString()), made(QString())};
@@ -96,7 +96,7 @@ void YumConfIOIdentifiersTest::ifOnlyIdentifiersAreMissingTheUserIsAskedAboutThe
     QCOMPARE(conf->entries.size(), 0);
 }
 
-void YumConfIOIdentifiersTest::ifOnlyIdentifiersAreDuplicateTheUserIsAskedAboutThem()
+void YumConfIOIdentifiersTest::theQuestionMentionsOnlyDuplicatesIfNoIdentifierIsMissing()
 {
     conf->entries = {made(QStringLiteral("a")), made(QStringLiteral("a"))};
     user->answer = AnsweringUser::click(QMessageBox::No);
@@ -109,7 +109,7 @@ void YumConfIOIdentifiersTest::ifOnlyIdentifiersAreDuplicateTheUserIsAskedAboutT
     QCOMPARE(ids(), QStringList({QStringLiteral("a"), QStringLiteral("a")}));
 }
 
-void YumConfIOIdentifiersTest::anIdentifierUsedThreeTimesIsListedThreeTimes()
+void YumConfIOIdentifiersTest::theQuestionListsAnIdentifierAsOftenAsItIsUsed()
 {
     conf->entries = {made(QStringLiteral("a")), made(QStringLiteral("a")), made(QStringLiteral("a"))};
     user->answer = AnsweringUser::click(QMessageBox::No);
@@ -118,7 +118,7 @@ void YumConfIOIdentifiersTest::anIdentifierUsedThreeTimesIsListedThreeTimes()
     QVERIFY(user->seen.takeFirst().text.contains(QStringLiteral(" a, a, a.  Only")));
 }
 
-void YumConfIOIdentifiersTest::severalDuplicatesAreListedInOrder()
+void YumConfIOIdentifiersTest::theQuestionListsSeveralDuplicatesInOrder()
 {
     conf->entries = {made(QStringLiteral("b")), made(QStringLiteral("a")), made(QStringLiteral("c")),
                      made(QStringLiteral("a")), made(QStringLiteral("b"))};
@@ -128,7 +128,7 @@ void YumConfIOIdentifiersTest::severalDuplicatesAreListedInOrder()
     QVERIFY(user->seen.takeFirst().text.contains(QStringLiteral(" b, a.  Only")));
 }
 
-void YumConfIOIdentifiersTest::identifiersInDifferentLetterCaseAreNoDuplicates()
+void YumConfIOIdentifiersTest::identifiersThatDifferInLetterCaseAreNoDuplicates()
 {
     QVERIFY(conf->read(window.get()));
     conf->entries = {made(QStringLiteral("a")), made(QStringLiteral("A"))};

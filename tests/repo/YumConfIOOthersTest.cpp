@@ -13,21 +13,21 @@ class YumConfIOOthersTest : public ScratchConfiguration
     Q_OBJECT
 
 private Q_SLOTS:
-    void editedFilesThatOtherProgramsHaveChangedAreNotOverwritten_data();
-    void editedFilesThatOtherProgramsHaveChangedAreNotOverwritten();
-    void changedFilesAreReadAgainIfTheUserAgrees();
-    void changesByOtherProgramsToUneditedFilesAreKept();
-    void filesThatOtherProgramsHaveCreatedAreKept();
+    void noFileIsOverwrittenIfAnotherProgramHasChangedAnEditedFile_data();
+    void noFileIsOverwrittenIfAnotherProgramHasChangedAnEditedFile();
+    void filesThatOtherProgramsHaveChangedAreReadAgainIfTheUserAgrees();
+    void aWriteKeepsChangesByOtherProgramsToUneditedFiles();
+    void aWriteKeepsFilesThatOtherProgramsHaveCreated();
     void aNewRepositoryDoesNotOverwriteAFileOfAnotherProgram();
-    void ownWritesDoNotCountAsChangesByOtherPrograms();
-    void nothingIsWrittenIfAMainFileWithPrecedenceAppears();
-    void ifAReadFailsUnreadSectionsAreNotOverwritten();
-    void nothingIsWrittenIfADirectoryReplacesAFile();
-    void aRemovedDirectoryIsNotMadeAgain();
-    void leftoversOfAKilledProgramAreFound();
+    void theWritesOfVyreDoNotCountAsChangesByOtherPrograms();
+    void nothingIsWrittenIfAMainFileOfHigherPrecedenceAppears();
+    void noFileWithUnreadSectionsIsOverwrittenAfterAFailedRead();
+    void nothingIsWrittenIfADirectoryHasReplacedAFile();
+    void aDirectoryThatAnotherProgramHasRemovedIsNotCreatedAgain();
+    void aReadWarnsAboutTheLeftoversOfAKilledProgram();
 };
 
-void YumConfIOOthersTest::editedFilesThatOtherProgramsHaveChangedAreNotOverwritten_data()
+void YumConfIOOthersTest::noFileIsOverwrittenIfAnotherProgramHasChangedAnEditedFile_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<bool>("removed");
@@ -37,7 +37,7 @@ void YumConfIOOthersTest::editedFilesThatOtherProgramsHaveChangedAreNotOverwritt
     QTest::newRow("a repository of the main file is removed") << QStringLiteral("etc/yum.conf") << true;
 }
 
-void YumConfIOOthersTest::editedFilesThatOtherProgramsHaveChangedAreNotOverwritten()
+void YumConfIOOthersTest::noFileIsOverwrittenIfAnotherProgramHasChangedAnEditedFile()
 {
     QFETCH(QString, name);
     QFETCH(bool, removed);
@@ -73,7 +73,7 @@ void YumConfIOOthersTest::editedFilesThatOtherProgramsHaveChangedAreNotOverwritt
     QVERIFY(!get(file).contains("one"));
 }
 
-void YumConfIOOthersTest::changedFilesAreReadAgainIfTheUserAgrees()
+void YumConfIOOthersTest::filesThatOtherProgramsHaveChangedAreReadAgainIfTheUserAgrees()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     QVERIFY(conf->read(window.get()));
@@ -92,7 +92,7 @@ void YumConfIOOthersTest::changedFilesAreReadAgainIfTheUserAgrees()
     QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\nname=mine\n"));
 }
 
-void YumConfIOOthersTest::changesByOtherProgramsToUneditedFilesAreKept()
+void YumConfIOOthersTest::aWriteKeepsChangesByOtherProgramsToUneditedFiles()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     putRepo(QStringLiteral("b.repo"), "[b]\n");
@@ -123,7 +123,7 @@ void YumConfIOOthersTest::changesByOtherProgramsToUneditedFilesAreKept()
     QVERIFY(!QFile::exists(repoPath(QStringLiteral("gone.repo"))));
 }
 
-void YumConfIOOthersTest::filesThatOtherProgramsHaveCreatedAreKept()
+void YumConfIOOthersTest::aWriteKeepsFilesThatOtherProgramsHaveCreated()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     QVERIFY(conf->read(window.get()));
@@ -153,7 +153,7 @@ void YumConfIOOthersTest::aNewRepositoryDoesNotOverwriteAFileOfAnotherProgram()
     QCOMPARE(get(path(QStringLiteral("passwd"))), QByteArray("root\n"));
 }
 
-void YumConfIOOthersTest::ownWritesDoNotCountAsChangesByOtherPrograms()
+void YumConfIOOthersTest::theWritesOfVyreDoNotCountAsChangesByOtherPrograms()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n[b]\n");
     QVERIFY(conf->read(window.get()));
@@ -175,7 +175,7 @@ void YumConfIOOthersTest::ownWritesDoNotCountAsChangesByOtherPrograms()
     QCOMPARE(getRepo(QStringLiteral("new0.repo")), QByteArray("[new0]\n"));
 }
 
-void YumConfIOOthersTest::nothingIsWrittenIfAMainFileWithPrecedenceAppears()
+void YumConfIOOthersTest::nothingIsWrittenIfAMainFileOfHigherPrecedenceAppears()
 {
     putMain("[main]\n[a]\n");
     QVERIFY(conf->read(window.get()));
@@ -189,7 +189,7 @@ void YumConfIOOthersTest::nothingIsWrittenIfAMainFileWithPrecedenceAppears()
     QCOMPARE(get(mainPath()), QByteArray("[main]\n[a]\n"));
 }
 
-void YumConfIOOthersTest::ifAReadFailsUnreadSectionsAreNotOverwritten()
+void YumConfIOOthersTest::noFileWithUnreadSectionsIsOverwrittenAfterAFailedRead()
 {
     putMain("[main]\nretries=1\n[m]\n");
     putRepo(QStringLiteral("a.repo"), "[a]\n[x]\n[b\n[c]\n");
@@ -217,7 +217,7 @@ void YumConfIOOthersTest::ifAReadFailsUnreadSectionsAreNotOverwritten()
     QCOMPARE(get(mainPath()), QByteArray("[main]\nretries=1\n[m\n"));
 }
 
-void YumConfIOOthersTest::nothingIsWrittenIfADirectoryReplacesAFile()
+void YumConfIOOthersTest::nothingIsWrittenIfADirectoryHasReplacedAFile()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     putRepo(QStringLiteral("b.repo"), "[b]\n");
@@ -233,7 +233,7 @@ void YumConfIOOthersTest::nothingIsWrittenIfADirectoryReplacesAFile()
     QVERIFY(QFileInfo(repoPath(QStringLiteral("b.repo"))).isDir());
 }
 
-void YumConfIOOthersTest::aRemovedDirectoryIsNotMadeAgain()
+void YumConfIOOthersTest::aDirectoryThatAnotherProgramHasRemovedIsNotCreatedAgain()
 {
     QVERIFY(QDir(root->path()).mkpath(QStringLiteral("etc/yum/repos.d")));
     const QString file = path(QStringLiteral("etc/yum/repos.d/a.repo"));
@@ -256,7 +256,7 @@ void YumConfIOOthersTest::aRemovedDirectoryIsNotMadeAgain()
     QVERIFY(!QFile::exists(path(QStringLiteral("etc/yum"))));
 }
 
-void YumConfIOOthersTest::leftoversOfAKilledProgramAreFound()
+void YumConfIOOthersTest::aReadWarnsAboutTheLeftoversOfAKilledProgram()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     const QString temporary = repoPath(QStringLiteral(".a.repo.vyre-abcdef"));

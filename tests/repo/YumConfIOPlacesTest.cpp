@@ -17,36 +17,36 @@ class YumConfIOPlacesTest : public ScratchConfiguration
     Q_OBJECT
 
 private Q_SLOTS:
-    void aNewObjectHasReadNothing();
-    void ifNoManagedRootIsSetThePathsHaveNoPrefix();
-    void theFileInEtcYumIsPreferredToTheFileInEtc();
-    void theFileInEtcIsUsedIfEtcYumHasNoFile();
+    void aNewObjectHasNoRepositoriesAndNoMainSettings();
+    void thePathsHaveNoPrefixIfNoManagedRootIsSet();
+    void theMainFileInEtcYumIsPreferredToTheOneInEtc();
+    void theMainFileInEtcIsUsedIfEtcYumHasNone();
     void theFirstExistingMainFileIsUsed();
-    void ifOnlyDnfConfExistsItIsReadAndWritten();
-    void ifTheMainFileIsUnreadableNoOtherMainFileIsUsed();
-    void anExistingDirectoryOfTheDistributionIsRead();
-    void ifTheMainFileIsEmptyTheDefaultsApply();
+    void dnfConfIsReadAndWrittenIfNoOtherMainFileExists();
+    void noOtherMainFileIsUsedIfTheFirstIsUnreadable();
+    void etcDistroReposDIsAlsoReadIfItExists();
+    void theDefaultsApplyIfTheMainFileIsEmpty();
     void configuredDirectoriesAreBelowTheManagedRoot();
-    void aWarningReportsValuesThatThePackageManagerReadsDifferently();
-    void aReadKeepsNoValuesOfThePreviousRead();
-    void theMainValuesAreRead();
+    void aWarningNamesEachValueThatThePackageManagerReadsDifferently();
+    void aSecondReadDiscardsAllValuesOfTheFirst();
+    void theValuesOfTheMainSectionAreRead();
     void theMainHeaderIsNotRequired();
-    void explicitDirectoriesReplaceTheDefaults();
-    void ifReposdirIsEmptyNoDirectoryIsSearched();
-    void bothDefaultDirectoriesAreSearchedInOrder();
+    void configuredDirectoriesReplaceTheDefaultDirectories();
+    void noDirectoryIsSearchedIfReposdirIsEmpty();
+    void repositoriesAreReadFromTheMainFileAndThenFromBothDefaultDirectories();
     void missingDirectoriesAreSkipped();
     void onlyFilesWhoseNamesEndInRepoAreRead();
     void pipesAndDevicesAreNotRead();
     void fileNamesWithLettersBeyondAsciiAreKept();
-    void aDirectoryWithTwoPathsIsReadOnce_data();
-    void aDirectoryWithTwoPathsIsReadOnce();
+    void aDirectoryThatTwoPathsNameIsReadOnce_data();
+    void aDirectoryThatTwoPathsNameIsReadOnce();
     void severalPathsToOneFileAreTreatedAsOneFile_data();
     void severalPathsToOneFileAreTreatedAsOneFile();
-    void allNamesOfARemovedFileAreRemoved();
-    void masksPipesAndDanglingLinksAreLeftAlone();
+    void removingAFileRemovesAllItsNames();
+    void linksToDevicesPipesAndDanglingLinksAreNotReadOrChanged();
 };
 
-void YumConfIOPlacesTest::aNewObjectHasReadNothing()
+void YumConfIOPlacesTest::aNewObjectHasNoRepositoriesAndNoMainSettings()
 {
     QCOMPARE(conf->cachedir, QString());
     QCOMPARE(conf->reposdir, QStringList());
@@ -60,7 +60,7 @@ void YumConfIOPlacesTest::aNewObjectHasReadNothing()
     QCOMPARE(&conf->sessionEnabled, &session);
 }
 
-void YumConfIOPlacesTest::ifNoManagedRootIsSetThePathsHaveNoPrefix()
+void YumConfIOPlacesTest::thePathsHaveNoPrefixIfNoManagedRootIsSet()
 {
     managedRoot.unset();
     QString expected = QStringLiteral("/etc/yum.conf");
@@ -92,7 +92,7 @@ void YumConfIOPlacesTest::ifNoManagedRootIsSetThePathsHaveNoPrefix()
     }
 }
 
-void YumConfIOPlacesTest::theFileInEtcYumIsPreferredToTheFileInEtc()
+void YumConfIOPlacesTest::theMainFileInEtcYumIsPreferredToTheOneInEtc()
 {
     QCOMPARE(YumConfIO::fileName(), mainPath());
     QVERIFY(QDir(root->path()).mkpath(QStringLiteral("etc/yum")));
@@ -109,7 +109,7 @@ void YumConfIOPlacesTest::theFileInEtcYumIsPreferredToTheFileInEtc()
     QCOMPARE(get(mainPath()), QByteArray("[main]\ncachedir=/second\n"));
 }
 
-void YumConfIOPlacesTest::theFileInEtcIsUsedIfEtcYumHasNoFile()
+void YumConfIOPlacesTest::theMainFileInEtcIsUsedIfEtcYumHasNone()
 {
     putMain("[main]\ncachedir=/second\n");
     QVERIFY(conf->read(window.get()));
@@ -165,7 +165,7 @@ void YumConfIOPlacesTest::theFirstExistingMainFileIsUsed()
     QVERIFY(tried > 20);
 }
 
-void YumConfIOPlacesTest::ifOnlyDnfConfExistsItIsReadAndWritten()
+void YumConfIOPlacesTest::dnfConfIsReadAndWrittenIfNoOtherMainFileExists()
 {
     QVERIFY(QFile::remove(mainPath()));
     const QString file = path(QStringLiteral("etc/dnf/dnf.conf"));
@@ -188,7 +188,7 @@ void YumConfIOPlacesTest::ifOnlyDnfConfExistsItIsReadAndWritten()
     QVERIFY(!QFile::exists(path(QStringLiteral("etc/yum"))));
 }
 
-void YumConfIOPlacesTest::ifTheMainFileIsUnreadableNoOtherMainFileIsUsed()
+void YumConfIOPlacesTest::noOtherMainFileIsUsedIfTheFirstIsUnreadable()
 {
     QVERIFY(QDir(root->path()).mkpath(QStringLiteral("etc/dnf")));
     put(path(QStringLiteral("etc/dnf/dnf.conf")), "[main]\n");
@@ -201,7 +201,7 @@ void YumConfIOPlacesTest::ifTheMainFileIsUnreadableNoOtherMainFileIsUsed()
     compareError(withErrno(QStringLiteral("Unable to read yum configuration file ") + mainPath(), EACCES));
 }
 
-void YumConfIOPlacesTest::anExistingDirectoryOfTheDistributionIsRead()
+void YumConfIOPlacesTest::etcDistroReposDIsAlsoReadIfItExists()
 {
     const QString directory = path(QStringLiteral("etc/distro.repos.d"));
     QVERIFY(QDir().mkpath(directory));
@@ -216,18 +216,18 @@ void YumConfIOPlacesTest::anExistingDirectoryOfTheDistributionIsRead()
     QVERIFY(conf->write(window.get()));
     QCOMPARE(get(directory + QStringLiteral("/d.repo")), QByteArray("[d]\nname=E\n"));
     QVERIFY(QFile::exists(repoPath(QStringLiteral("n.repo"))));
-    // If the main configuration file sets `reposdir`, VYRE reads only these directories.
+    // If the main configuration file sets `reposdir`, VYRE reads only the directories in this setting.
     putMain("[main]\nreposdir=/etc/yum.repos.d\n");
     QVERIFY(conf->read(window.get()));
     QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc/yum.repos.d"))}));
-    // VYRE also reads this directory if it exists.
+    // VYRE also reads the directory of newer distributions if this directory exists.
     putMain("");
     const QString newer = path(QStringLiteral("usr/share/dnf5/repos.d"));
     QVERIFY(QDir().mkpath(newer));
     QVERIFY(conf->read(window.get()));
     QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc/yum.repos.d")),
                                           path(QStringLiteral("etc/yum/repos.d")), directory, newer}));
-    // These are the directories that the installed dnf reads. VYRE then reads no other directories.
+    // If it is known which directories the installed dnf reads, VYRE reads no other directory.
     conf->knownDirectories =
         QStringList{QStringLiteral("/etc/yum.repos.d"), QStringLiteral("/etc/distro.repos.d")};
     QVERIFY(conf->read(window.get()));
@@ -235,7 +235,7 @@ void YumConfIOPlacesTest::anExistingDirectoryOfTheDistributionIsRead()
                                           path(QStringLiteral("etc/yum/repos.d")), directory}));
 }
 
-void YumConfIOPlacesTest::ifTheMainFileIsEmptyTheDefaultsApply()
+void YumConfIOPlacesTest::theDefaultsApplyIfTheMainFileIsEmpty()
 {
     putMain("");
     QVERIFY(conf->read(window.get()));
@@ -258,7 +258,7 @@ void YumConfIOPlacesTest::configuredDirectoriesAreBelowTheManagedRoot()
     QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc")), QStringLiteral("/dev")}));
 }
 
-void YumConfIOPlacesTest::aWarningReportsValuesThatThePackageManagerReadsDifferently()
+void YumConfIOPlacesTest::aWarningNamesEachValueThatThePackageManagerReadsDifferently()
 {
     putMain("[main]\nenabled = No\ngpgcheck=0\n[a]\nenabled=0 \ngpgcheck=FALSE\n[b]\nenabled=0\ngpgcheck=1\n"
             "[c]\nenabled=off\nname=Gr\xc3\xb6\xc3\x9f"
@@ -282,7 +282,7 @@ void YumConfIOPlacesTest::aWarningReportsValuesThatThePackageManagerReadsDiffere
     QCOMPARE(conf->warnings, QStringList());
 }
 
-void YumConfIOPlacesTest::aReadKeepsNoValuesOfThePreviousRead()
+void YumConfIOPlacesTest::aSecondReadDiscardsAllValuesOfTheFirst()
 {
     putMain("[main]\ncachedir=/c\nreposdir=/r\nenabled=0\ngpgcheck=1\n[x]\n");
     QVERIFY(conf->read(window.get()));
@@ -297,7 +297,7 @@ void YumConfIOPlacesTest::aReadKeepsNoValuesOfThePreviousRead()
     QCOMPARE(conf->mainText, QStringLiteral("[main]\n"));
 }
 
-void YumConfIOPlacesTest::theMainValuesAreRead()
+void YumConfIOPlacesTest::theValuesOfTheMainSectionAreRead()
 {
     putMain("[main]\ncachedir = /somewhere\nenabled=0\ngpgcheck: yes\n");
     QVERIFY(conf->read(window.get()));
@@ -317,7 +317,7 @@ void YumConfIOPlacesTest::theMainHeaderIsNotRequired()
     QCOMPARE(ids(), QStringList(QStringLiteral("x")));
 }
 
-void YumConfIOPlacesTest::explicitDirectoriesReplaceTheDefaults()
+void YumConfIOPlacesTest::configuredDirectoriesReplaceTheDefaultDirectories()
 {
     putMain("[main]\nreposdir=/a,/b /c\n");
     putRepo(QStringLiteral("x.repo"), "[x]\n");
@@ -337,7 +337,7 @@ void YumConfIOPlacesTest::explicitDirectoriesReplaceTheDefaults()
     QCOMPARE(conf->entries.first().file, path(QStringLiteral("two/file.repo")));
 }
 
-void YumConfIOPlacesTest::ifReposdirIsEmptyNoDirectoryIsSearched()
+void YumConfIOPlacesTest::noDirectoryIsSearchedIfReposdirIsEmpty()
 {
     putMain("[main]\nreposdir=\n");
     putRepo(QStringLiteral("x.repo"), "[x]\n");
@@ -348,7 +348,7 @@ void YumConfIOPlacesTest::ifReposdirIsEmptyNoDirectoryIsSearched()
     QCOMPARE(getRepo(QStringLiteral("x.repo")), QByteArray("[x]\n"));
 }
 
-void YumConfIOPlacesTest::bothDefaultDirectoriesAreSearchedInOrder()
+void YumConfIOPlacesTest::repositoriesAreReadFromTheMainFileAndThenFromBothDefaultDirectories()
 {
     QVERIFY(QDir(root->path()).mkpath(QStringLiteral("etc/yum/repos.d")));
     put(path(QStringLiteral("etc/yum/repos.d/a.repo")), "[second]\n");
@@ -417,7 +417,7 @@ void YumConfIOPlacesTest::fileNamesWithLettersBeyondAsciiAreKept()
     QCOMPARE(getRepo(name), QByteArray("[x]\nname=X\n"));
 }
 
-void YumConfIOPlacesTest::aDirectoryWithTwoPathsIsReadOnce_data()
+void YumConfIOPlacesTest::aDirectoryThatTwoPathsNameIsReadOnce_data()
 {
     QTest::addColumn<QStringList>("names");
     QTest::newRow("a link and its target")
@@ -431,7 +431,7 @@ void YumConfIOPlacesTest::aDirectoryWithTwoPathsIsReadOnce_data()
                         QStringLiteral("etc/../etc//yum.repos.d/.")});
 }
 
-void YumConfIOPlacesTest::aDirectoryWithTwoPathsIsReadOnce()
+void YumConfIOPlacesTest::aDirectoryThatTwoPathsNameIsReadOnce()
 {
     QFETCH(QStringList, names);
     linkTo(QStringLiteral("yum.repos.d"), path(QStringLiteral("etc/link")));
@@ -467,7 +467,7 @@ void YumConfIOPlacesTest::severalPathsToOneFileAreTreatedAsOneFile_data()
     QTest::newRow("two slashes") << plain << plain + QStringLiteral("//x.repo");
     QTest::newRow("a dot") << plain + QStringLiteral("/.") << plain + QStringLiteral("/./x.repo");
     QTest::newRow("two dots") << plain << QStringLiteral("etc/../etc/yum.repos.d/x.repo");
-    QTest::newRow("through a link") << plain << QStringLiteral("etc/link/x.repo");
+    QTest::newRow("path through a link") << plain << QStringLiteral("etc/link/x.repo");
     QTest::newRow("two dots behind a link") << plain << QStringLiteral("etc/far/../yum.repos.d/x.repo");
 }
 
@@ -481,8 +481,8 @@ void YumConfIOPlacesTest::severalPathsToOneFileAreTreatedAsOneFile()
     putMain("[main]\nreposdir=" + QFile::encodeName(path(reposdir)) + "\n");
     putRepo(QStringLiteral("x.repo"), "[x]\n");
     QVERIFY(conf->read(window.get()));
-    // VYRE adds a new section to the existing file, and then also moves the first section to this file, under
-    // another path.
+    // VYRE adds the new section "y" to the existing file. Then it also moves the section "x" to this file,
+    // under another path of the file.
     Repo::Entry added = made(QStringLiteral("y"));
     added.file = path(file);
     added.position = 2.0;
@@ -504,7 +504,7 @@ void YumConfIOPlacesTest::severalPathsToOneFileAreTreatedAsOneFile()
     QCOMPARE(getRepo(QStringLiteral("x.repo")), QByteArray("[x]\n\n[y]\n"));
 }
 
-void YumConfIOPlacesTest::allNamesOfARemovedFileAreRemoved()
+void YumConfIOPlacesTest::removingAFileRemovesAllItsNames()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     QCOMPARE(link(QFile::encodeName(repoPath(QStringLiteral("a.repo"))).constData(),
@@ -529,7 +529,7 @@ void YumConfIOPlacesTest::allNamesOfARemovedFileAreRemoved()
     QCOMPARE(get(path(QStringLiteral("elsewhere.txt"))), QByteArray("[d]\n"));
 }
 
-void YumConfIOPlacesTest::masksPipesAndDanglingLinksAreLeftAlone()
+void YumConfIOPlacesTest::linksToDevicesPipesAndDanglingLinksAreNotReadOrChanged()
 {
     linkTo(QStringLiteral("/dev/null"), repoPath(QStringLiteral("mask.repo")));
     linkTo(QStringLiteral("/nowhere"), repoPath(QStringLiteral("dangling.repo")));

@@ -105,9 +105,9 @@ private Q_SLOTS:
     void init();
 
     void writtenFilesAreReadBackWithTheSameValues();
-    void eachWriteEncodesBytesBeyondAsciiOnceMore();
-    void anEditDoesNotChangeOtherValues();
-    void newFilesWithAPasswordAreReadableOnlyByTheirOwner();
+    void eachWriteAndReadEncodesBytesBeyondAsciiOnceMore();
+    void editingOneValueDoesNotChangeOtherValues();
+    void aNewFileWithAPasswordIsReadableOnlyByItsOwner();
 
 private:
     QString path(const QString& relative) const { return root->path() + QLatin1Char('/') + relative; }
@@ -120,7 +120,7 @@ private:
     QString textOf(const QString& file) const;
     // The expected contents of all files after VYRE has written them.
     QMap<QString, QByteArray> expected() const;
-    // Fills `remembered`.
+    // Stores the present text and contents of each file in `remembered`.
     void remember();
     // Edits each file, so that VYRE writes it.
     void editAll();
@@ -311,7 +311,7 @@ void YumConfIOPropertiesTest::roundTrips(bool ascii)
         }
     }
     qInfo("%u configurations with %u sections", cases, sections);
-    // The random configurations must not be almost empty.
+    // The test is meaningful only if the random configurations contain enough values.
     QVERIFY(sections > 5 * cases);
 }
 
@@ -320,7 +320,7 @@ void YumConfIOPropertiesTest::writtenFilesAreReadBackWithTheSameValues()
     roundTrips(true);
 }
 
-void YumConfIOPropertiesTest::eachWriteEncodesBytesBeyondAsciiOnceMore()
+void YumConfIOPropertiesTest::eachWriteAndReadEncodesBytesBeyondAsciiOnceMore()
 {
     roundTrips(false);
 }
@@ -451,7 +451,7 @@ void YumConfIOPropertiesTest::move(RandomConfiguration& random)
     place(random, entry, section);
 }
 
-void YumConfIOPropertiesTest::anEditDoesNotChangeOtherValues()
+void YumConfIOPropertiesTest::editingOneValueDoesNotChangeOtherValues()
 {
     const quint32 cases = numberOfCases(5000);
     quint32 edits = 0;
@@ -514,7 +514,7 @@ void YumConfIOPropertiesTest::anEditDoesNotChangeOtherValues()
             }
         }
 
-        // Writing changes the list in memory only in one point: new entries get their files.
+        // Writing makes only one change to the list in memory: new entries get their files.
         QVERIFY2(describe(conf->entries) == describe(files),
                  context + differences(describe(conf->entries), describe(files)).toUtf8());
     }
@@ -523,7 +523,7 @@ void YumConfIOPropertiesTest::anEditDoesNotChangeOtherValues()
     QVERIFY(kept > cases && made > cases / 4 && removed > cases / 20);
 }
 
-void YumConfIOPropertiesTest::newFilesWithAPasswordAreReadableOnlyByTheirOwner()
+void YumConfIOPropertiesTest::aNewFileWithAPasswordIsReadableOnlyByItsOwner()
 {
     static const char* const secrets[] = {"https://user:%1@host/", "http://h/vantor?u=n&p=%1&path=/",
                                           "password=%1", "proxy_password : %1", "proxy=http://u:%1@h:8080"};

@@ -13,43 +13,43 @@ class YumConfIOReadTest : public ScratchConfiguration
     Q_OBJECT
 
 private Q_SLOTS:
-    void everyFieldOfASectionIsRead();
+    void everyValueOfASectionIsRead();
     void anEmptySectionSpecifiesNothing();
-    void onlyZeroMeansOff_data();
-    void onlyZeroMeansOff();
-    void optionsAreRecognised_data();
-    void optionsAreRecognised();
+    void onlyTheValueZeroDisablesASetting_data();
+    void onlyTheValueZeroDisablesASetting();
+    void linesThatAreNotFieldsAreReadAsOptions_data();
+    void linesThatAreNotFieldsAreReadAsOptions();
     void theLastValueOfARepeatedKeyIsUsed();
-    void urlsOverSeveralLinesAreNormalised();
-    void namesKeepTrailingBlanks();
-    void identifiersKeepTheirBlanks();
-    void aHeaderCanContinueOnTheNextLine();
+    void urlsSeparatedByBlanksOrLineFeedsAreReadAsOnePerLine();
+    void theReaderKeepsTrailingBlanksOfNames();
+    void theReaderKeepsTheBlanksInIdentifiers();
+    void aSectionHeaderCanContinueOnTheNextLine();
     void aLastLineWithoutLineFeedIsRead_data();
     void aLastLineWithoutLineFeedIsRead();
     void linesAboveTheFirstSectionAreIgnored();
     void continuationLinesBelongToTheLineAbove();
     void anEmptyLineWithAContinuationLineIsAnOption();
-    void carriageReturnsEndLines();
-    void theCarriageReturnsOfAFileAreKept();
-    void aByteOrderMarkIsKept();
-    void aByteOrderMarkDoesNotHideTheMainHeader();
-    void unsupportedFilesAreNotChanged_data();
-    void unsupportedFilesAreNotChanged();
-    void anUnsupportedMainFileIsNotChanged_data();
-    void anUnsupportedMainFileIsNotChanged();
-    void aNewRepositoryDoesNotUseTheFileOfAnUnmanagedRepository();
+    void aCarriageReturnBeforeALineFeedBelongsToTheLineEnd();
+    void aWriteKeepsTheCarriageReturnsOfAFile();
+    void aWriteKeepsTheByteOrderMarkOfAFile();
+    void theMainHeaderAfterAByteOrderMarkIsRead();
+    void aRepositoryFileOfAnUnsupportedKindIsNotChanged_data();
+    void aRepositoryFileOfAnUnsupportedKindIsNotChanged();
+    void aMainFileOfAnUnsupportedKindIsNotChanged_data();
+    void aMainFileOfAnUnsupportedKindIsNotChanged();
+    void aNewRepositoryDoesNotOverwriteAFileThatVyreCannotRead();
     void repositoriesOfTheMainFileAreRead();
-    void positionsAreNumberedWithinAFile();
-    void newIdentifiersAreAddedToTheSessionTable();
+    void repositoriesAreNumberedWithinEachFile();
+    void aReadGivesEachNewIdentifierASessionState();
     void theMainSectionCanDisableRepositoriesByDefault();
-    void knownIdentifiersKeepTheirSessionState();
-    void theLastMatchingRepositoryOptionIsUsed();
+    void aReadKeepsTheSessionStateOfKnownIdentifiers();
+    void theLastMatchingRepositoryOptionDecides();
     void repositoryOptionsMatchWholeIdentifiersCaseSensitively();
-    void theSecondSectionOfAnIdentifierDoesNotSetTheSessionState();
-    void theUsersChoiceIsKeptWhenTheFilesAreReadAgain();
+    void aSecondSectionWithTheSameIdentifierDoesNotSetTheSessionState();
+    void readingTheFilesAgainKeepsTheSessionStateThatTheUserHasSet();
 };
 
-void YumConfIOReadTest::everyFieldOfASectionIsRead()
+void YumConfIOReadTest::everyValueOfASectionIsRead()
 {
     putRepo(QStringLiteral("f.repo"), "[x]\n"
                                       "metadata_expire=6h\n"
@@ -86,15 +86,15 @@ void YumConfIOReadTest::anEmptySectionSpecifiesNothing()
     QCOMPARE(read.gpgcheck, qint32(Qt::PartiallyChecked));
 }
 
-void YumConfIOReadTest::onlyZeroMeansOff_data()
+void YumConfIOReadTest::onlyTheValueZeroDisablesASetting_data()
 {
     QTest::addColumn<QByteArray>("value");
     QTest::addColumn<Qt::CheckState>("state");
     QTest::newRow("zero") << QByteArray("=0") << Qt::Unchecked;
     QTest::newRow("zero after blanks") << QByteArray(" \t= \t0") << Qt::Unchecked;
     QTest::newRow("zero after a colon") << QByteArray(": 0") << Qt::Unchecked;
-    QTest::newRow("zero and a blank") << QByteArray("=0 ") << Qt::Checked;
-    QTest::newRow("zero, continued") << QByteArray("=0\n ") << Qt::Checked;
+    QTest::newRow("zero before a blank") << QByteArray("=0 ") << Qt::Checked;
+    QTest::newRow("zero before a continuation line") << QByteArray("=0\n ") << Qt::Checked;
     QTest::newRow("two zeros") << QByteArray("=00") << Qt::Checked;
     QTest::newRow("no") << QByteArray("=no") << Qt::Checked;
     QTest::newRow("false") << QByteArray("=false") << Qt::Checked;
@@ -103,7 +103,7 @@ void YumConfIOReadTest::onlyZeroMeansOff_data()
     QTest::newRow("no separator") << QByteArray(" 0") << Qt::PartiallyChecked;
 }
 
-void YumConfIOReadTest::onlyZeroMeansOff()
+void YumConfIOReadTest::onlyTheValueZeroDisablesASetting()
 {
     QFETCH(QByteArray, value);
     QFETCH(Qt::CheckState, state);
@@ -117,7 +117,7 @@ void YumConfIOReadTest::onlyZeroMeansOff()
     QCOMPARE(conf->gpgcheck, state == Qt::Checked);
 }
 
-void YumConfIOReadTest::optionsAreRecognised_data()
+void YumConfIOReadTest::linesThatAreNotFieldsAreReadAsOptions_data()
 {
     QTest::addColumn<QByteArray>("line");
     QTest::addColumn<QString>("name");
@@ -148,7 +148,7 @@ void YumConfIOReadTest::optionsAreRecognised_data()
     otherRow("nothing before the separator", "=value");
 }
 
-void YumConfIOReadTest::optionsAreRecognised()
+void YumConfIOReadTest::linesThatAreNotFieldsAreReadAsOptions()
 {
     QFETCH(QByteArray, line);
     QFETCH(QString, name);
@@ -170,7 +170,7 @@ void YumConfIOReadTest::theLastValueOfARepeatedKeyIsUsed()
     QCOMPARE(conf->entries.value(0).mirrorlist, QString());
 }
 
-void YumConfIOReadTest::urlsOverSeveralLinesAreNormalised()
+void YumConfIOReadTest::urlsSeparatedByBlanksOrLineFeedsAreReadAsOnePerLine()
 {
     putRepo(QStringLiteral("f.repo"),
             "[x]\nbaseurl=http://a/   http://b/ \t\n\thttp://c/\n        http://d/\n");
@@ -184,7 +184,7 @@ void YumConfIOReadTest::urlsOverSeveralLinesAreNormalised()
                                                            "        http://d/\n"));
 }
 
-void YumConfIOReadTest::namesKeepTrailingBlanks()
+void YumConfIOReadTest::theReaderKeepsTrailingBlanksOfNames()
 {
     putRepo(QStringLiteral("f.repo"), "[x]\nname=a \t\nmirrorlist=b  \n");
     QVERIFY(conf->read(window.get()));
@@ -192,7 +192,7 @@ void YumConfIOReadTest::namesKeepTrailingBlanks()
     QCOMPARE(conf->entries.value(0).mirrorlist, QStringLiteral("b  "));
 }
 
-void YumConfIOReadTest::identifiersKeepTheirBlanks()
+void YumConfIOReadTest::theReaderKeepsTheBlanksInIdentifiers()
 {
     putRepo(QStringLiteral("f.repo"), "[ foo ]\n");
     QVERIFY(conf->read(window.get()));
@@ -200,7 +200,7 @@ void YumConfIOReadTest::identifiersKeepTheirBlanks()
     QVERIFY(session.contains(QStringLiteral(" foo ")));
 }
 
-void YumConfIOReadTest::aHeaderCanContinueOnTheNextLine()
+void YumConfIOReadTest::aSectionHeaderCanContinueOnTheNextLine()
 {
     putMain("[main]\n[foo\n bar]\nname=x\n");
     QVERIFY(conf->read(window.get()));
@@ -266,7 +266,7 @@ void YumConfIOReadTest::anEmptyLineWithAContinuationLineIsAnOption()
     QCOMPARE(conf->entries.value(0).options, QStringLiteral("\n  y\nretries=1\n"));
 }
 
-void YumConfIOReadTest::carriageReturnsEndLines()
+void YumConfIOReadTest::aCarriageReturnBeforeALineFeedBelongsToTheLineEnd()
 {
     const QByteArray mixed("[x]\nname=a\r\r\nenabled=0\r\n\r\nretries=1\rand more\r\nbaseurl=b\r");
     putRepo(QStringLiteral("f.repo"), mixed);
@@ -283,7 +283,7 @@ void YumConfIOReadTest::carriageReturnsEndLines()
              QByteArray("[x]\nname=c\nbaseurl=b\nenabled=0\nretries=1\rand more\n"));
 }
 
-void YumConfIOReadTest::theCarriageReturnsOfAFileAreKept()
+void YumConfIOReadTest::aWriteKeepsTheCarriageReturnsOfAFile()
 {
     const QByteArray mainText("# ours\r\n\r\n[main]\r\ngpgcheck=1\r\n[m]\r\nname=M\r\n");
     const QByteArray text(
@@ -311,7 +311,7 @@ void YumConfIOReadTest::theCarriageReturnsOfAFileAreKept()
     }
 }
 
-void YumConfIOReadTest::aByteOrderMarkIsKept()
+void YumConfIOReadTest::aWriteKeepsTheByteOrderMarkOfAFile()
 {
     const QByteArray text("\xEF\xBB\xBF[x]\nname=a\n[y]\nname=b\n");
     putRepo(QStringLiteral("f.repo"), text);
@@ -330,7 +330,7 @@ void YumConfIOReadTest::aByteOrderMarkIsKept()
     QVERIFY(!QFile::exists(repoPath(QStringLiteral("f.repo"))));
 }
 
-void YumConfIOReadTest::aByteOrderMarkDoesNotHideTheMainHeader()
+void YumConfIOReadTest::theMainHeaderAfterAByteOrderMarkIsRead()
 {
     putMain("\xEF\xBB\xBF[main]\ngpgcheck=1\n[y]\n");
     QVERIFY(conf->read(window.get()));
@@ -378,12 +378,12 @@ void addFilesThatAreNotUnderstood()
 
 } // namespace
 
-void YumConfIOReadTest::unsupportedFilesAreNotChanged_data()
+void YumConfIOReadTest::aRepositoryFileOfAnUnsupportedKindIsNotChanged_data()
 {
     addFilesThatAreNotUnderstood();
 }
 
-void YumConfIOReadTest::unsupportedFilesAreNotChanged()
+void YumConfIOReadTest::aRepositoryFileOfAnUnsupportedKindIsNotChanged()
 {
     QFETCH(QByteArray, contents);
     QFETCH(QString, reason);
@@ -405,12 +405,12 @@ void YumConfIOReadTest::unsupportedFilesAreNotChanged()
     QVERIFY(get(odd) == contents);
 }
 
-void YumConfIOReadTest::anUnsupportedMainFileIsNotChanged_data()
+void YumConfIOReadTest::aMainFileOfAnUnsupportedKindIsNotChanged_data()
 {
     addFilesThatAreNotUnderstood();
 }
 
-void YumConfIOReadTest::anUnsupportedMainFileIsNotChanged()
+void YumConfIOReadTest::aMainFileOfAnUnsupportedKindIsNotChanged()
 {
     QFETCH(QByteArray, contents);
     QFETCH(QString, reason);
@@ -431,7 +431,7 @@ void YumConfIOReadTest::anUnsupportedMainFileIsNotChanged()
     QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\nname=A\n"));
 }
 
-void YumConfIOReadTest::aNewRepositoryDoesNotUseTheFileOfAnUnmanagedRepository()
+void YumConfIOReadTest::aNewRepositoryDoesNotOverwriteAFileThatVyreCannotRead()
 {
     const QByteArray contents = twoByteText("[x]\n", false, true);
     putRepo(QStringLiteral("x.repo"), contents);
@@ -458,7 +458,7 @@ void YumConfIOReadTest::repositoriesOfTheMainFileAreRead()
     QCOMPARE(conf->entries.at(1).position, 2.0);
 }
 
-void YumConfIOReadTest::positionsAreNumberedWithinAFile()
+void YumConfIOReadTest::repositoriesAreNumberedWithinEachFile()
 {
     putMain("[main]\n[a]\n[b]\n");
     putRepo(QStringLiteral("f.repo"), "# comment\n[c]\n[d]\n\n[e]\n");
@@ -470,7 +470,7 @@ void YumConfIOReadTest::positionsAreNumberedWithinAFile()
     QCOMPARE(entry(QStringLiteral("e")).position, 3.0);
 }
 
-void YumConfIOReadTest::newIdentifiersAreAddedToTheSessionTable()
+void YumConfIOReadTest::aReadGivesEachNewIdentifierASessionState()
 {
     putRepo(QStringLiteral("f.repo"), "[on]\nenabled=1\n[off]\nenabled=0\n[silent]\n");
     QVERIFY(conf->read(window.get()));
@@ -487,7 +487,7 @@ void YumConfIOReadTest::theMainSectionCanDisableRepositoriesByDefault()
              (QHash<QString, bool>{{QStringLiteral("on"), true}, {QStringLiteral("silent"), false}}));
 }
 
-void YumConfIOReadTest::knownIdentifiersKeepTheirSessionState()
+void YumConfIOReadTest::aReadKeepsTheSessionStateOfKnownIdentifiers()
 {
     session = {{QStringLiteral("a"), true}, {QStringLiteral("gone"), false}};
     requests = {YumRepoEnabled(false, QStringLiteral("*"))};
@@ -497,7 +497,7 @@ void YumConfIOReadTest::knownIdentifiersKeepTheirSessionState()
     QCOMPARE(conf->entries.value(0).enabled, qint32(Qt::Unchecked));
 }
 
-void YumConfIOReadTest::theLastMatchingRepositoryOptionIsUsed()
+void YumConfIOReadTest::theLastMatchingRepositoryOptionDecides()
 {
     requests = {YumRepoEnabled(true, QStringLiteral("a*")), YumRepoEnabled(false, QStringLiteral("*b"))};
     putRepo(QStringLiteral("f.repo"), "[a]\nenabled=0\n[ab]\nenabled=1\n[c]\nenabled=0\n");
@@ -520,7 +520,7 @@ void YumConfIOReadTest::repositoryOptionsMatchWholeIdentifiersCaseSensitively()
                                             {QStringLiteral("Base"), true}}));
 }
 
-void YumConfIOReadTest::theSecondSectionOfAnIdentifierDoesNotSetTheSessionState()
+void YumConfIOReadTest::aSecondSectionWithTheSameIdentifierDoesNotSetTheSessionState()
 {
     putRepo(QStringLiteral("f.repo"), "[a]\nenabled=1\n[a]\nenabled=0\n");
     QVERIFY(conf->read(window.get()));
@@ -528,7 +528,7 @@ void YumConfIOReadTest::theSecondSectionOfAnIdentifierDoesNotSetTheSessionState(
     QCOMPARE(ids(), QStringList({QStringLiteral("a"), QStringLiteral("a")}));
 }
 
-void YumConfIOReadTest::theUsersChoiceIsKeptWhenTheFilesAreReadAgain()
+void YumConfIOReadTest::readingTheFilesAgainKeepsTheSessionStateThatTheUserHasSet()
 {
     requests = {YumRepoEnabled(true, QStringLiteral("x")), YumRepoEnabled(false, QStringLiteral("x*"))};
     putRepo(QStringLiteral("f.repo"), "[x]\nenabled=1\n");

@@ -13,14 +13,14 @@ class YumConfIORightsTest : public ScratchConfiguration
     Q_OBJECT
 
 private Q_SLOTS:
-    void existingFilesKeepTheirModeAndOwner();
-    void aFileThatGetsAPasswordIsPrivate();
-    void anEmptyPasswordDoesNotChangeTheFileMode();
-    void theModeOfANewFileDependsOnItsContents_data();
-    void theModeOfANewFileDependsOnItsContents();
+    void aWriteKeepsTheModeAndTheOwnerOfAnExistingFile();
+    void otherUsersLoseTheirRightsToAFileThatGetsAPassword();
+    void theModeOfAFileIsNotChangedIfItGetsAnEmptyPassword();
+    void onlyANewFileWithoutSecretsIsReadableByAllUsers_data();
+    void onlyANewFileWithoutSecretsIsReadableByAllUsers();
 };
 
-void YumConfIORightsTest::existingFilesKeepTheirModeAndOwner()
+void YumConfIORightsTest::aWriteKeepsTheModeAndTheOwnerOfAnExistingFile()
 {
     putRepo(QStringLiteral("x.repo"), "[x]\n");
     const QByteArray file = QFile::encodeName(repoPath(QStringLiteral("x.repo")));
@@ -38,7 +38,7 @@ void YumConfIORightsTest::existingFilesKeepTheirModeAndOwner()
     QVERIFY(getRepo(QStringLiteral("x.repo")).contains("secret"));
 }
 
-void YumConfIORightsTest::aFileThatGetsAPasswordIsPrivate()
+void YumConfIORightsTest::otherUsersLoseTheirRightsToAFileThatGetsAPassword()
 {
     putMain("[main]\n[m]\n");
     const QString known = repoPath(QStringLiteral("known.repo"));
@@ -61,7 +61,8 @@ void YumConfIORightsTest::aFileThatGetsAPasswordIsPrivate()
     QCOMPARE(modeOf(given), mode_t(0660));
     QCOMPARE(QFileInfo(given).ownerId(), uint(owner));
     QCOMPARE(modeOf(other), mode_t(0664));
-    // This file contained its password before, so its owner has chosen the mode, and VYRE keeps it.
+    // This file already contained its password when VYRE read it. So the mode is the owner's choice, and VYRE
+    // keeps this mode.
     QCOMPARE(modeOf(known), mode_t(0664));
     QCOMPARE(modeOf(mainPath()), mode_t(0640));
     QStringList texts;
@@ -78,7 +79,7 @@ void YumConfIORightsTest::aFileThatGetsAPasswordIsPrivate()
     QCOMPARE(noted.size(), 2);
 }
 
-void YumConfIORightsTest::anEmptyPasswordDoesNotChangeTheFileMode()
+void YumConfIORightsTest::theModeOfAFileIsNotChangedIfItGetsAnEmptyPassword()
 {
     const QString file = repoPath(QStringLiteral("a.repo"));
     put(file, "[a]\nbaseurl=http://a/vantor?u=&p=&path=/\npassword=\n");
@@ -97,7 +98,7 @@ void YumConfIORightsTest::anEmptyPasswordDoesNotChangeTheFileMode()
     QCOMPARE(noted.size(), 1);
 }
 
-void YumConfIORightsTest::theModeOfANewFileDependsOnItsContents_data()
+void YumConfIORightsTest::onlyANewFileWithoutSecretsIsReadableByAllUsers_data()
 {
     QTest::addColumn<QString>("baseurl");
     QTest::addColumn<QString>("mirrorlist");
@@ -143,7 +144,7 @@ void YumConfIORightsTest::theModeOfANewFileDependsOnItsContents_data()
                                             << 0600;
 }
 
-void YumConfIORightsTest::theModeOfANewFileDependsOnItsContents()
+void YumConfIORightsTest::onlyANewFileWithoutSecretsIsReadableByAllUsers()
 {
     QFETCH(QString, baseurl);
     QFETCH(QString, mirrorlist);

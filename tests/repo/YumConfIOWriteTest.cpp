@@ -12,27 +12,27 @@ class YumConfIOWriteTest : public ScratchConfiguration
     Q_OBJECT
 
 private Q_SLOTS:
-    void sectionsAreWrittenInAStandardForm();
-    void valuesThatAreNotSpecifiedAreNotWritten();
-    void commentsMoveToTheEndOfTheirSection();
-    void blankLinesAreKeptOnlyInTheMainPart();
+    void sectionsAreWrittenInTheStandardForm();
+    void unspecifiedValuesAreNotWritten();
+    void aWriteMovesCommentsToTheEndOfTheirSection();
+    void aWriteKeepsBlankLinesOnlyInTheMainPart();
     void theMainFileIsRewrittenWithItsRepositories();
     void theMainFileIsWrittenEvenIfItHasNoRepositories();
     void aNewRepositoryGetsItsOwnFile();
-    void aRelativeFileIsPlacedInTheFirstDirectory();
-    void aRelativeFileIsNotChangedIfNoDirectoryIsConfigured();
+    void aRelativePathOfAFileIsResolvedInTheFirstDirectory();
+    void aRelativePathOfAFileIsNotChangedIfNoDirectoryIsConfigured();
     void thePositionDeterminesTheOrderOfSectionsInAFile();
-    void equalPositionsKeepTheReadingOrder();
-    void aRepositoryMovesToAnotherFile();
-    void aFileWithoutRepositoriesIsRemoved();
-    void aFileWithOnlyCommentsIsRemoved();
-    void otherFilesAreNotRemoved();
-    void everyWriteEncodesBytesBeyondAsciiAgain();
-    void uneditedFilesKeepTheirBytes();
-    void theTargetsOfSymbolicLinksAreWritten();
+    void newRepositoriesWithEqualPositionsAreWrittenInListOrder();
+    void aRepositoryWithANewFileNameMovesToThisFile();
+    void removingTheLastRepositoryOfAFileRemovesTheFile();
+    void aWriteRemovesARepositoryFileThatHasOnlyComments();
+    void aWriteKeepsDirectoriesAndFilesThatAreNoRepositoryFiles();
+    void aWriteEncodesBytesBeyondAsciiOnceMore();
+    void aFileWithoutEditsKeepsItsExactBytes();
+    void theTargetOfASymbolicLinkIsWritten();
 };
 
-void YumConfIOWriteTest::sectionsAreWrittenInAStandardForm()
+void YumConfIOWriteTest::sectionsAreWrittenInTheStandardForm()
 {
     putRepo(QStringLiteral("f.repo"), "# lost\n"
                                       "[x]\n"
@@ -62,7 +62,7 @@ void YumConfIOWriteTest::sectionsAreWrittenInAStandardForm()
                                                            "name=The Y\n"));
 }
 
-void YumConfIOWriteTest::valuesThatAreNotSpecifiedAreNotWritten()
+void YumConfIOWriteTest::unspecifiedValuesAreNotWritten()
 {
     putRepo(QStringLiteral("f.repo"), "[x]\nname=\nbaseurl=\nmirrorlist=\n");
     QVERIFY(conf->read(window.get()));
@@ -74,7 +74,7 @@ void YumConfIOWriteTest::valuesThatAreNotSpecifiedAreNotWritten()
     QCOMPARE(getRepo(QStringLiteral("f.repo")), QByteArray("[x]\nenabled=1\ngpgcheck=0\n"));
 }
 
-void YumConfIOWriteTest::commentsMoveToTheEndOfTheirSection()
+void YumConfIOWriteTest::aWriteMovesCommentsToTheEndOfTheirSection()
 {
     putRepo(QStringLiteral("f.repo"), "# above\n[x]\n# inside\n\nname=a\n; also inside\nenabled=1\n");
     QVERIFY(conf->read(window.get()));
@@ -83,7 +83,7 @@ void YumConfIOWriteTest::commentsMoveToTheEndOfTheirSection()
              QByteArray("[x]\nname=a\nenabled=1\n# inside\n; also inside\n"));
 }
 
-void YumConfIOWriteTest::blankLinesAreKeptOnlyInTheMainPart()
+void YumConfIOWriteTest::aWriteKeepsBlankLinesOnlyInTheMainPart()
 {
     putMain("\n# top\n\n[main]\n\nretries=1\n\n\n[x]\n\nname=a\n\n");
     QVERIFY(conf->read(window.get()));
@@ -122,7 +122,7 @@ void YumConfIOWriteTest::aNewRepositoryGetsItsOwnFile()
     QCOMPARE(conf->entries.first().file, repoPath(QStringLiteral("x.repo")));
 }
 
-void YumConfIOWriteTest::aRelativeFileIsPlacedInTheFirstDirectory()
+void YumConfIOWriteTest::aRelativePathOfAFileIsResolvedInTheFirstDirectory()
 {
     QVERIFY(conf->read(window.get()));
     Repo::Entry inside = made(QStringLiteral("x"));
@@ -137,7 +137,7 @@ void YumConfIOWriteTest::aRelativeFileIsPlacedInTheFirstDirectory()
     QCOMPARE(conf->entries.at(1).file, path(QStringLiteral("elsewhere.conf")));
 }
 
-void YumConfIOWriteTest::aRelativeFileIsNotChangedIfNoDirectoryIsConfigured()
+void YumConfIOWriteTest::aRelativePathOfAFileIsNotChangedIfNoDirectoryIsConfigured()
 {
     putMain("[main]\nreposdir=\n");
     QVERIFY(conf->read(window.get()));
@@ -167,7 +167,7 @@ void YumConfIOWriteTest::thePositionDeterminesTheOrderOfSectionsInAFile()
                                  QStringLiteral("between")}));
 }
 
-void YumConfIOWriteTest::equalPositionsKeepTheReadingOrder()
+void YumConfIOWriteTest::newRepositoriesWithEqualPositionsAreWrittenInListOrder()
 {
     QVERIFY(conf->read(window.get()));
     QByteArray expected;
@@ -181,7 +181,7 @@ void YumConfIOWriteTest::equalPositionsKeepTheReadingOrder()
     QCOMPARE(getRepo(QStringLiteral("f.repo")), expected);
 }
 
-void YumConfIOWriteTest::aRepositoryMovesToAnotherFile()
+void YumConfIOWriteTest::aRepositoryWithANewFileNameMovesToThisFile()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n[b]\n");
     putRepo(QStringLiteral("c.repo"), "[c]\n");
@@ -197,7 +197,7 @@ void YumConfIOWriteTest::aRepositoryMovesToAnotherFile()
     QCOMPARE(get(mainPath()), QByteArray("[main]\n[b]\n"));
 }
 
-void YumConfIOWriteTest::aFileWithoutRepositoriesIsRemoved()
+void YumConfIOWriteTest::removingTheLastRepositoryOfAFileRemovesTheFile()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     putRepo(QStringLiteral("b.repo"), "[b]\n");
@@ -208,7 +208,7 @@ void YumConfIOWriteTest::aFileWithoutRepositoriesIsRemoved()
     QCOMPARE(getRepo(QStringLiteral("b.repo")), QByteArray("[b]\n"));
 }
 
-void YumConfIOWriteTest::aFileWithOnlyCommentsIsRemoved()
+void YumConfIOWriteTest::aWriteRemovesARepositoryFileThatHasOnlyComments()
 {
     putRepo(QStringLiteral("comments.repo"), "# nothing here\n");
     QVERIFY(conf->read(window.get()));
@@ -217,7 +217,7 @@ void YumConfIOWriteTest::aFileWithOnlyCommentsIsRemoved()
     QVERIFY(!QFile::exists(repoPath(QStringLiteral("comments.repo"))));
 }
 
-void YumConfIOWriteTest::otherFilesAreNotRemoved()
+void YumConfIOWriteTest::aWriteKeepsDirectoriesAndFilesThatAreNoRepositoryFiles()
 {
     putRepo(QStringLiteral("a.repo.rpmsave"), "[a]\n");
     put(path(QStringLiteral("elsewhere.repo")), "[b]\n");
@@ -229,7 +229,7 @@ void YumConfIOWriteTest::otherFilesAreNotRemoved()
     QVERIFY(QFileInfo(repoPath(QStringLiteral("directory.repo"))).isDir());
 }
 
-void YumConfIOWriteTest::everyWriteEncodesBytesBeyondAsciiAgain()
+void YumConfIOWriteTest::aWriteEncodesBytesBeyondAsciiOnceMore()
 {
     putMain("[main]\n# \xE9\n[m]\n");
     putRepo(QStringLiteral("f.repo"), "[x]\nname=\xC3\xA9\nexclude=\xE9\n");
@@ -252,7 +252,7 @@ void YumConfIOWriteTest::everyWriteEncodesBytesBeyondAsciiAgain()
     QVERIFY(getRepo(QStringLiteral("f.repo")).contains("\nname=\xC3\xA9\n"));
 }
 
-void YumConfIOWriteTest::uneditedFilesKeepTheirBytes()
+void YumConfIOWriteTest::aFileWithoutEditsKeepsItsExactBytes()
 {
     const QByteArray mainText("# \xC3\xA9\n[main]\n");
     const QByteArray utf8("# \xC3\xA9\n[x]\n\nname : \xC3\xA9\n");
@@ -273,7 +273,7 @@ void YumConfIOWriteTest::uneditedFilesKeepTheirBytes()
     QCOMPARE(get(mainPath()), mainText);
 }
 
-void YumConfIOWriteTest::theTargetsOfSymbolicLinksAreWritten()
+void YumConfIOWriteTest::theTargetOfASymbolicLinkIsWritten()
 {
     const QString realMain = path(QStringLiteral("real.conf"));
     const QString realRepo = path(QStringLiteral("real.txt"));

@@ -9,19 +9,19 @@ class YumRepoEnabledTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void theStateAndThePatternAreStored();
-    void thePatternMatchesOnlyWholeIdentifiersAndHasWildcards_data();
-    void thePatternMatchesOnlyWholeIdentifiersAndHasWildcards();
+    void theConstructorStoresTheStateAndThePattern();
+    void aPatternWithWildcardsMatchesOnlyWholeIdentifiers_data();
+    void aPatternWithWildcardsMatchesOnlyWholeIdentifiers();
 };
 
-void YumRepoEnabledTest::theStateAndThePatternAreStored()
+void YumRepoEnabledTest::theConstructorStoresTheStateAndThePattern()
 {
     QVERIFY(YumRepoEnabled(true, QStringLiteral("*")).enabled);
     QVERIFY(!YumRepoEnabled(false, QStringLiteral("*")).enabled);
     QCOMPARE(YumRepoEnabled(true, QStringLiteral("fed?ra*")).pattern.pattern(), QStringLiteral("fed?ra*"));
 }
 
-void YumRepoEnabledTest::thePatternMatchesOnlyWholeIdentifiersAndHasWildcards_data()
+void YumRepoEnabledTest::aPatternWithWildcardsMatchesOnlyWholeIdentifiers_data()
 {
     QTest::addColumn<QString>("pattern");
     QTest::addColumn<QString>("id");
@@ -42,7 +42,7 @@ void YumRepoEnabledTest::thePatternMatchesOnlyWholeIdentifiersAndHasWildcards_da
                                    << "base" << false;
 }
 
-void YumRepoEnabledTest::thePatternMatchesOnlyWholeIdentifiersAndHasWildcards()
+void YumRepoEnabledTest::aPatternWithWildcardsMatchesOnlyWholeIdentifiers()
 {
     QFETCH(QString, pattern);
     QFETCH(QString, id);
