@@ -35,17 +35,17 @@ class HProgressBarTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void textJoinsActivityAndPercentage();
+    void theTextOfTheBarConsistsOfActivityAndPercentage();
     void placeMarkersInAnActivityAreShownUnchanged();
-    void resetRemovesTheActivity();
-    void newActivityIsPainted();
-    void hoveringInTheActiveWindowRequestsATip();
+    void resetRemovesTheActivityAndTheValue();
+    void setActivityPaintsTheBarAgain();
+    void hoveringOverTheBarInAnActiveWindowRequestsATip();
     void theRequestForATipContainsThePosition();
-    void hoveringInAnInactiveWindowRequestsNoTip();
-    void anAttributeAllowsTipsInAnInactiveWindow();
+    void hoveringOverTheBarInAnInactiveWindowRequestsNoTip();
+    void anInactiveWindowAlsoRequestsTipsIfTheToolTipAttributeIsSet();
 };
 
-void HProgressBarTest::textJoinsActivityAndPercentage()
+void HProgressBarTest::theTextOfTheBarConsistsOfActivityAndPercentage()
 {
     HProgressBar bar;
     bar.setRange(0, 100);
@@ -73,7 +73,7 @@ void HProgressBarTest::placeMarkersInAnActivityAreShownUnchanged()
     QCOMPARE(bar.text(), QString("Reading %1 and %2 (40%)"));
 }
 
-void HProgressBarTest::resetRemovesTheActivity()
+void HProgressBarTest::resetRemovesTheActivityAndTheValue()
 {
     HProgressBar bar;
     bar.setRange(0, 100);
@@ -84,7 +84,7 @@ void HProgressBarTest::resetRemovesTheActivity()
     QCOMPARE(bar.value(), -1);
 }
 
-void HProgressBarTest::newActivityIsPainted()
+void HProgressBarTest::setActivityPaintsTheBarAgain()
 {
     CountingBar bar;
     bar.setRange(0, 100);
@@ -97,7 +97,7 @@ void HProgressBarTest::newActivityIsPainted()
     QTRY_VERIFY(bar.paints > before);
 }
 
-void HProgressBarTest::hoveringInTheActiveWindowRequestsATip()
+void HProgressBarTest::hoveringOverTheBarInAnActiveWindowRequestsATip()
 {
     QWidget window;
     QVBoxLayout layout(&window);
@@ -122,7 +122,7 @@ void HProgressBarTest::theRequestForATipContainsThePosition()
     QCOMPARE(spy.at(0).at(0).toPoint(), QPoint(7, 3));
 }
 
-void HProgressBarTest::hoveringInAnInactiveWindowRequestsNoTip()
+void HProgressBarTest::hoveringOverTheBarInAnInactiveWindowRequestsNoTip()
 {
     HProgressBar bar;
     bar.show();
@@ -136,7 +136,7 @@ void HProgressBarTest::hoveringInAnInactiveWindowRequestsNoTip()
     QCOMPARE(spy.count(), 0);
 }
 
-void HProgressBarTest::anAttributeAllowsTipsInAnInactiveWindow()
+void HProgressBarTest::anInactiveWindowAlsoRequestsTipsIfTheToolTipAttributeIsSet()
 {
     QWidget window;
     window.setAttribute(Qt::WA_AlwaysShowToolTips);

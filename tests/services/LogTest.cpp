@@ -13,16 +13,16 @@ class LogTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void eachNonEmptyLineBecomesAnEntry();
+    void eachNonEmptyLineOfAMessageBecomesAnEntry();
     void passwordsInUrlsAreHidden_data();
     void passwordsInUrlsAreHidden();
     void entriesHaveTheKindAndLevelOfTheirMessage();
-    void oneMessageCausesOneNotification();
+    void aMessageOfSeveralLinesCausesOneNotification();
     void readersAreNotifiedAfterTheLogIsUnlocked();
-    void allMessagesOfTwoThreadsAreLogged();
+    void allMessagesAreLoggedIfTwoThreadsWriteAtTheSameTime();
 };
 
-void LogTest::eachNonEmptyLineBecomesAnEntry()
+void LogTest::eachNonEmptyLineOfAMessageBecomesAnEntry()
 {
     Log::EntryList log;
     log.appendMessage(Log::Warning, 3, "first line\n\nsecond line\n");
@@ -83,7 +83,7 @@ void LogTest::entriesHaveTheKindAndLevelOfTheirMessage()
     QCOMPARE(copy.time, log.at(0).time);
 }
 
-void LogTest::oneMessageCausesOneNotification()
+void LogTest::aMessageOfSeveralLinesCausesOneNotification()
 {
     Log::EntryList log;
     QSignalSpy spy(&log, SIGNAL(appended()));
@@ -108,7 +108,7 @@ void LogTest::readersAreNotifiedAfterTheLogIsUnlocked()
     QCOMPARE(free, 1);
 }
 
-void LogTest::allMessagesOfTwoThreadsAreLogged()
+void LogTest::allMessagesAreLoggedIfTwoThreadsWriteAtTheSameTime()
 {
     Log::EntryList log;
     const auto write = [&log] {

@@ -62,45 +62,45 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void windowHasTheExpectedTextsAndRanges();
-    void mainWindowIsNotTheParentOfTheLogWindow();
-    void openedWindowShowsAllEntriesAndIsScrolledToTheEnd();
-    void windowScrollsToAnEntry();
-    void entriesAboveTheLevelAreNotShown();
-    void errorsAreShownOnEveryLevel();
-    void levelsAreComparedAsUnsignedNumbers();
-    void infoHasTheMinorColourFromLevelTenOn();
-    void eachKindHasTheExpectedColour_data();
-    void eachKindHasTheExpectedColour();
-    void coloursAreReadableOnADarkBackground();
+    void theWindowHasTheExpectedTextsAndRanges();
+    void theLogWindowHasNoParent();
+    void anOpenedWindowShowsAllEntriesAndIsScrolledToTheEnd();
+    void showFromScrollsToTheEntry();
+    void entriesAboveTheDetailLevelAreNotShown();
+    void theDetailLevelAlsoAppliesToErrors();
+    void detailLevelsAreComparedAsUnsignedNumbers();
+    void infoEntriesFromDetailLevelTenOnHaveTheMinorColour();
+    void eachKindOfEntryHasTheExpectedColour_data();
+    void eachKindOfEntryHasTheExpectedColour();
+    void theColoursAreReadableOnADarkBackground();
     void anActionIsShownAsAHeading();
     void linesHaveNoSpaceBetweenThem();
     void markupIsShownAsPlainText();
-    void blanksAndTabsAreKept();
+    void blanksAndTabsInALineAreShownUnchanged();
     void htmlProtectEscapesMarkupExceptAmpersands();
     void anOpenWindowShowsNewEntriesOfAllThreads();
     void thePaneScrollsToNewEntriesUnlessTheUserHasScrolledUp();
     void escapeHidesTheWindow_data();
     void escapeHidesTheWindow();
-    void otherKeysDoNotHideTheWindow();
-    void closeButtonHidesTheWindow();
+    void keysOtherThanEscapeDoNotHideTheWindow();
+    void theCloseButtonHidesTheWindow();
     void closingByTheWindowManagerHidesTheWindow();
-    void hiddenWindowHasNoText();
-    void aLateNotificationDoesNotFillAHiddenWindow();
-    void hiddenWindowIsNotConnectedToTheLog();
+    void aHiddenWindowHasNoText();
+    void aNotificationThatArrivesAfterHidingDoesNotFillTheWindow();
+    void aHiddenWindowIsNotConnectedToTheLog();
     void theLogIsLockedWhileTheWindowConnectsOrDisconnects();
-    void reopeningShowsAllEntriesAgain();
+    void openingTheWindowAgainShowsAllEntries();
     void tabMovesTheFocusOutOfThePane();
     void anEntryThatArrivesWhileTheWindowOpensIsShown();
     void noEntryIsLostIfTheWindowOpensWhileAThreadWrites();
-    void aFloodOfMessagesIsShownCompletely();
-    void manyEntriesAreShown();
-    void timesAreShownOnRequest();
-    void theFindBarFindsText();
+    void thousandsOfMessagesThatArriveWhileTheWindowIsOpenAreShown();
+    void theWindowShowsThousandsOfEntries();
+    void theTimesBoxShowsTheTimeOfEachEntry();
+    void theFindBarFindsTextInTheLog();
     void escapeInTheFindBarDoesNotHideTheWindow();
-    void theSavedFileHasTheShownLinesWithTheirTimes();
-    void anExistingFileIsReplacedOnlyAfterAQuestion();
-    void failedSavingIsReported();
+    void theSavedFileContainsTheShownLinesWithTheirTimes();
+    void savingToAnExistingFileFirstAsksWhetherToReplaceIt();
+    void aMessageBoxNamesTheFileIfTheLogCannotBeSaved();
     void hidingTheWindowClosesItsDialogs();
 
 private:
@@ -114,7 +114,7 @@ private:
                 return each;
             }
         }
-        qFatal("there is no button %s", qPrintable(text));
+        qFatal("the button %s is missing", qPrintable(text));
         return nullptr;
     }
     // The text colour of a line; invalid if the line has the pane's own colour.
@@ -168,7 +168,7 @@ QColor LogWindowTest::colourOf(int line) const
     return format.hasProperty(QTextFormat::ForegroundBrush) ? format.foreground().color() : QColor();
 }
 
-void LogWindowTest::windowHasTheExpectedTextsAndRanges()
+void LogWindowTest::theWindowHasTheExpectedTextsAndRanges()
 {
     QCOMPARE(window->windowTitle(), QString("VYRE Log"));
     QCOMPARE(window->findChild<QLabel*>()->text(), QString("Detail level"));
@@ -198,7 +198,7 @@ void LogWindowTest::windowHasTheExpectedTextsAndRanges()
     QVERIFY(level->geometry().right() + window->width() / 3 < close->x());
 }
 
-void LogWindowTest::mainWindowIsNotTheParentOfTheLogWindow()
+void LogWindowTest::theLogWindowHasNoParent()
 {
     QWidget main;
     Log::Window other(*entries, &main);
@@ -206,7 +206,7 @@ void LogWindowTest::mainWindowIsNotTheParentOfTheLogWindow()
     QVERIFY(other.isWindow());
 }
 
-void LogWindowTest::openedWindowShowsAllEntriesAndIsScrolledToTheEnd()
+void LogWindowTest::anOpenedWindowShowsAllEntriesAndIsScrolledToTheEnd()
 {
     for (int i = 0; i < 500; ++i) {
         log(Log::Info, static_cast<unsigned int>(i % 5), QString("message %1").arg(i));
@@ -224,7 +224,7 @@ void LogWindowTest::openedWindowShowsAllEntriesAndIsScrolledToTheEnd()
     QCOMPARE(scrollBar->value(), scrollBar->maximum());
 }
 
-void LogWindowTest::windowScrollsToAnEntry()
+void LogWindowTest::showFromScrollsToTheEntry()
 {
     for (int i = 0; i < 200; ++i) {
         log(Log::Info, i % 2 == 0 ? 0 : 5, QString("line %1").arg(i));
@@ -254,7 +254,7 @@ void LogWindowTest::windowScrollsToAnEntry()
     QCOMPARE(topLine(), QString("line 0"));
 }
 
-void LogWindowTest::entriesAboveTheLevelAreNotShown()
+void LogWindowTest::entriesAboveTheDetailLevelAreNotShown()
 {
     log(Log::Info, 3, "detail");
     log(Log::Info, 2, "rough");
@@ -270,7 +270,7 @@ void LogWindowTest::entriesAboveTheLevelAreNotShown()
     QCOMPARE(lines(), QStringList({"rough"}));
 }
 
-void LogWindowTest::errorsAreShownOnEveryLevel()
+void LogWindowTest::theDetailLevelAlsoAppliesToErrors()
 {
     log(Log::Error, 2, "error");
     log(Log::Error, 3, "error in detail");
@@ -283,7 +283,7 @@ void LogWindowTest::errorsAreShownOnEveryLevel()
     QCOMPARE(lines(), QStringList({"error", "error in detail", "report", "another error"}));
 }
 
-void LogWindowTest::levelsAreComparedAsUnsignedNumbers()
+void LogWindowTest::detailLevelsAreComparedAsUnsignedNumbers()
 {
     log(Log::Info, 4294967295u, "far beyond");
     log(Log::Info, 0, "near");
@@ -292,7 +292,7 @@ void LogWindowTest::levelsAreComparedAsUnsignedNumbers()
     QCOMPARE(lines(), QStringList({"near"}));
 }
 
-void LogWindowTest::infoHasTheMinorColourFromLevelTenOn()
+void LogWindowTest::infoEntriesFromDetailLevelTenOnHaveTheMinorColour()
 {
     log(Log::Info, 9, "nine");
     log(Log::Info, 10, "ten");
@@ -304,7 +304,7 @@ void LogWindowTest::infoHasTheMinorColourFromLevelTenOn()
     QCOMPARE(colourOf(1), QColor(Colors::minor()));
 }
 
-void LogWindowTest::eachKindHasTheExpectedColour_data()
+void LogWindowTest::eachKindOfEntryHasTheExpectedColour_data()
 {
     QTest::addColumn<int>("kind");
     QTest::addColumn<QString>("colour");
@@ -316,7 +316,7 @@ void LogWindowTest::eachKindHasTheExpectedColour_data()
     QTest::newRow("any other") << 17 << Colors::error();
 }
 
-void LogWindowTest::eachKindHasTheExpectedColour()
+void LogWindowTest::eachKindOfEntryHasTheExpectedColour()
 {
     QFETCH(int, kind);
     QFETCH(QString, colour);
@@ -326,7 +326,7 @@ void LogWindowTest::eachKindHasTheExpectedColour()
     QCOMPARE(colourOf(0), colour.isEmpty() ? QColor() : QColor(colour));
 }
 
-void LogWindowTest::coloursAreReadableOnADarkBackground()
+void LogWindowTest::theColoursAreReadableOnADarkBackground()
 {
     log(Log::Action, 0, "some text");
     open();
@@ -380,7 +380,7 @@ void LogWindowTest::markupIsShownAsPlainText()
     QCOMPARE(lines(), QStringList({"a <b>bold</b> <img src=\"x\"> </font> line"}));
 }
 
-void LogWindowTest::blanksAndTabsAreKept()
+void LogWindowTest::blanksAndTabsInALineAreShownUnchanged()
 {
     log(Log::Info, 0, "  two  blanks\tand\t\ttabs ");
     open();
@@ -453,7 +453,7 @@ void LogWindowTest::escapeHidesTheWindow()
     QVERIFY(!window->isVisible());
 }
 
-void LogWindowTest::otherKeysDoNotHideTheWindow()
+void LogWindowTest::keysOtherThanEscapeDoNotHideTheWindow()
 {
     open();
     QTest::keyClick(window.get(), Qt::Key_A);
@@ -461,7 +461,7 @@ void LogWindowTest::otherKeysDoNotHideTheWindow()
     QVERIFY(window->isVisible());
 }
 
-void LogWindowTest::closeButtonHidesTheWindow()
+void LogWindowTest::theCloseButtonHidesTheWindow()
 {
     open();
     QTest::mouseClick(button("&Close"), Qt::LeftButton);
@@ -482,7 +482,7 @@ void LogWindowTest::closingByTheWindowManagerHidesTheWindow()
     QCOMPARE(lines(), QStringList({"text"}));
 }
 
-void LogWindowTest::hiddenWindowHasNoText()
+void LogWindowTest::aHiddenWindowHasNoText()
 {
     log(Log::Info, 0, "before");
     QCOMPARE(pane->toPlainText(), QString());
@@ -496,7 +496,7 @@ void LogWindowTest::hiddenWindowHasNoText()
     QCOMPARE(lines(), QStringList({"before", "while hidden"}));
 }
 
-void LogWindowTest::aLateNotificationDoesNotFillAHiddenWindow()
+void LogWindowTest::aNotificationThatArrivesAfterHidingDoesNotFillTheWindow()
 {
     open();
     std::unique_ptr<QThread> writer(QThread::create([this] { log(Log::Info, 0, "too late"); }));
@@ -507,7 +507,7 @@ void LogWindowTest::aLateNotificationDoesNotFillAHiddenWindow()
     QCOMPARE(pane->toPlainText(), QString());
 }
 
-void LogWindowTest::hiddenWindowIsNotConnectedToTheLog()
+void LogWindowTest::aHiddenWindowIsNotConnectedToTheLog()
 {
     QCOMPARE(entries->listeners(), 0);
     for (int round = 0; round < 3; ++round) {
@@ -526,7 +526,7 @@ void LogWindowTest::theLogIsLockedWhileTheWindowConnectsOrDisconnects()
     QCOMPARE(entries->locked, QList<bool>({true, true}));
 }
 
-void LogWindowTest::reopeningShowsAllEntriesAgain()
+void LogWindowTest::openingTheWindowAgainShowsAllEntries()
 {
     log(Log::Info, 0, "one");
     open();
@@ -582,7 +582,7 @@ void LogWindowTest::noEntryIsLostIfTheWindowOpensWhileAThreadWrites()
     }
 }
 
-void LogWindowTest::aFloodOfMessagesIsShownCompletely()
+void LogWindowTest::thousandsOfMessagesThatArriveWhileTheWindowIsOpenAreShown()
 {
     open();
     const int count = 20000;
@@ -601,7 +601,7 @@ void LogWindowTest::aFloodOfMessagesIsShownCompletely()
     QCOMPARE(pane->verticalScrollBar()->value(), pane->verticalScrollBar()->maximum());
 }
 
-void LogWindowTest::manyEntriesAreShown()
+void LogWindowTest::theWindowShowsThousandsOfEntries()
 {
     const int count = 30000;
     for (int i = 0; i < count; ++i) {
@@ -615,7 +615,7 @@ void LogWindowTest::manyEntriesAreShown()
     QCOMPARE(pane->verticalScrollBar()->value(), pane->verticalScrollBar()->maximum());
 }
 
-void LogWindowTest::timesAreShownOnRequest()
+void LogWindowTest::theTimesBoxShowsTheTimeOfEachEntry()
 {
     const QDateTime before = QDateTime::currentDateTime();
     log(Log::Info, 0, "first");
@@ -643,7 +643,7 @@ void LogWindowTest::timesAreShownOnRequest()
     QCOMPARE(lines(), (QStringList{"first", "Applying", "third"}));
 }
 
-void LogWindowTest::theFindBarFindsText()
+void LogWindowTest::theFindBarFindsTextInTheLog()
 {
     for (int i = 0; i < 300; ++i) {
         log(Log::Info, 0, QString("line %1 of many").arg(i));
@@ -668,7 +668,7 @@ void LogWindowTest::escapeInTheFindBarDoesNotHideTheWindow()
     QVERIFY(window->isVisible());
 }
 
-void LogWindowTest::theSavedFileHasTheShownLinesWithTheirTimes()
+void LogWindowTest::theSavedFileContainsTheShownLinesWithTheirTimes()
 {
     log(Log::Info, 0, "shown <b>");
     log(Log::Info, 5, "detail");
@@ -679,7 +679,8 @@ void LogWindowTest::theSavedFileHasTheShownLinesWithTheirTimes()
     button("&Save...")->click();
     const QPointer<QFileDialog> dialog = window->findChild<QFileDialog*>();
     QVERIFY(dialog != nullptr && QTest::qWaitForWindowActive(dialog));
-    // The dialog's own size does not depend on the font.
+    // Qt's own size for the dialog does not depend on the font, so VYRE sets a minimum size in columns and
+    // rows.
     const QSize screen = Metrics::maxWindowSize();
     const QFontMetrics metrics = dialog->fontMetrics();
     QVERIFY(dialog->width() >= qMin(screen.width(), 85 * Metrics::columnWidth(metrics)));
@@ -700,7 +701,7 @@ void LogWindowTest::theSavedFileHasTheShownLinesWithTheirTimes()
     QCOMPARE(saved.at(2), QString());
 }
 
-void LogWindowTest::anExistingFileIsReplacedOnlyAfterAQuestion()
+void LogWindowTest::savingToAnExistingFileFirstAsksWhetherToReplaceIt()
 {
     log(Log::Info, 0, "new");
     open();
@@ -736,7 +737,7 @@ void LogWindowTest::anExistingFileIsReplacedOnlyAfterAQuestion()
     QVERIFY(contents().endsWith("  new\n"));
 }
 
-void LogWindowTest::failedSavingIsReported()
+void LogWindowTest::aMessageBoxNamesTheFileIfTheLogCannotBeSaved()
 {
     open();
     const QString path = QStringLiteral("/missing-directory/log.txt");

@@ -25,7 +25,7 @@ struct Pumped
             int before[2];
             int behind[2];
             if (pipe2(before, O_CLOEXEC) != 0 || pipe2(behind, O_CLOEXEC) != 0) {
-                qFatal("no pipe");
+                qFatal("the pipe cannot be created");
             }
             fcntl(before[0], F_SETFL, O_NONBLOCK);
             fcntl(behind[0], F_SETFL, O_NONBLOCK);
@@ -71,7 +71,7 @@ class OutputPumpTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void oneThreadCanWriteAndThenReadMuchOutput_data()
+    void aThreadCanWriteMuchOutputBeforeItReadsAny_data()
     {
         QTest::addColumn<int>("way");
         QTest::newRow("standard output") << 0;
@@ -80,7 +80,7 @@ private Q_SLOTS:
 
     // The thread writes all output before it reads any, so the write must not block. The text is larger than
     // the two pipes and the pump's buffer together.
-    void oneThreadCanWriteAndThenReadMuchOutput()
+    void aThreadCanWriteMuchOutputBeforeItReadsAny()
     {
         QFETCH(int, way);
         QByteArray text(2 * OutputPump::fullBuffer, 'x');
@@ -100,7 +100,7 @@ private Q_SLOTS:
         QVERIFY(pumped.readWaiting(1 - way).isEmpty());
     }
 
-    void aStoppedPumpHasForwardedAllOutput()
+    void stopReturnsOnlyAfterThePumpHasForwardedAllOutput()
     {
         Pumped pumped;
         QVERIFY(pumped.started);
@@ -128,7 +128,7 @@ private Q_SLOTS:
         QCOMPARE(err, QByteArray("last words"));
     }
 
-    void writersContinueIfAllReadersAreClosed()
+    void theWritersContinueIfAllReadersAreClosed()
     {
         Pumped pumped;
         QVERIFY(pumped.started);
@@ -140,7 +140,7 @@ private Q_SLOTS:
         pumped.pump.stop();
     }
 
-    void aClosedChannelDoesNotAffectTheOtherChannel()
+    void theOtherChannelStillWorksIfOneChannelIsClosed()
     {
         Pumped pumped;
         QVERIFY(pumped.started);

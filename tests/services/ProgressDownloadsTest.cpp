@@ -16,25 +16,25 @@ class ProgressDownloadsTest : public ShownBars
     Q_OBJECT
 
 private Q_SLOTS:
-    void theItemValueIsTheSumOfTheDownloads();
-    void downloadsUseAllActsExceptTheLast();
-    void theActivityOfASingleDownloadIsItsName();
-    void aRetrySubtractsThePreviousValueOfItsDownload();
-    void aRetryNeverMakesTheSumNegative();
-    void anIndexBeyondTheDownloadsIsIgnored();
+    void theValueOfTheItemBarIsTheSumOfAllDownloads();
+    void downloadsMoveTheTotalBarByAllTheirActsExceptTheLast();
+    void theActivityIsTheNameOfTheDownloadIfThereIsOnlyOne();
+    void aRetryOfADownloadSubtractsItsValueFromTheSum();
+    void aRetryOfADownloadNeverMakesTheSumNegative();
+    void aReportWithAnIndexBeyondTheDownloadsIsIgnored();
     void resetRemovesTheDownloads();
-    void manyReportsAboutDownloadsQueueAtMostOneEvent();
-    void hoveringShowsNothingWithoutDownloads();
-    void hoveringShowsTheDownloads();
-    void theTipShowsEveryStateOfADownload();
-    void tipShowsNamesAsPlainText();
-    void twentyCompleteDownloadsAreListed();
-    void moreThanTwentyCompleteDownloadsShareOneRow();
-    void labelsHaveTheExpectedColours();
-    void tipDisappearsAtTheEndOfTheOperation();
+    void reportsAboutDownloadsQueueAtMostOneEventAtATime();
+    void hoveringShowsNoTipIfThereAreNoDownloads();
+    void hoveringOverTheItemBarShowsATipWithTheDownloads();
+    void theTipShowsTheStateOfEachDownload();
+    void theTipShowsDownloadNamesAsPlainText();
+    void theTipListsUpToTwentyCompleteDownloads();
+    void theTipShowsMoreThanTwentyCompleteDownloadsInOneRow();
+    void theLabelsInTheTipHaveTheExpectedColours();
+    void theTipDisappearsAtTheEndOfTheOperation();
 };
 
-void ProgressDownloadsTest::theItemValueIsTheSumOfTheDownloads()
+void ProgressDownloadsTest::theValueOfTheItemBarIsTheSumOfAllDownloads()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -56,7 +56,7 @@ void ProgressDownloadsTest::theItemValueIsTheSumOfTheDownloads()
     QCOMPARE(item->value(), 320);
 }
 
-void ProgressDownloadsTest::downloadsUseAllActsExceptTheLast()
+void ProgressDownloadsTest::downloadsMoveTheTotalBarByAllTheirActsExceptTheLast()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -72,7 +72,7 @@ void ProgressDownloadsTest::downloadsUseAllActsExceptTheLast()
     QCOMPARE(total->value(), 80);
 }
 
-void ProgressDownloadsTest::theActivityOfASingleDownloadIsItsName()
+void ProgressDownloadsTest::theActivityIsTheNameOfTheDownloadIfThereIsOnlyOne()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -82,7 +82,7 @@ void ProgressDownloadsTest::theActivityOfASingleDownloadIsItsName()
     QCOMPARE(item->text(), QString("Downloading vim (0%)"));
 }
 
-void ProgressDownloadsTest::aRetrySubtractsThePreviousValueOfItsDownload()
+void ProgressDownloadsTest::aRetryOfADownloadSubtractsItsValueFromTheSum()
 {
     Progress::Object progress(total, item);
     QSignalSpy spy(&progress, SIGNAL(updateThreadsStateSig(const ThreadsState&)));
@@ -108,7 +108,7 @@ void ProgressDownloadsTest::aRetrySubtractsThePreviousValueOfItsDownload()
     QCOMPARE(item->value(), 110);
 }
 
-void ProgressDownloadsTest::aRetryNeverMakesTheSumNegative()
+void ProgressDownloadsTest::aRetryOfADownloadNeverMakesTheSumNegative()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -124,7 +124,7 @@ void ProgressDownloadsTest::aRetryNeverMakesTheSumNegative()
     QCOMPARE(item->value(), 0);
 }
 
-void ProgressDownloadsTest::anIndexBeyondTheDownloadsIsIgnored()
+void ProgressDownloadsTest::aReportWithAnIndexBeyondTheDownloadsIsIgnored()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -155,7 +155,7 @@ void ProgressDownloadsTest::resetRemovesTheDownloads()
     QCOMPARE(total->value(), 0);
 }
 
-void ProgressDownloadsTest::manyReportsAboutDownloadsQueueAtMostOneEvent()
+void ProgressDownloadsTest::reportsAboutDownloadsQueueAtMostOneEventAtATime()
 {
     const unsigned int count = 3000;
     int reports = 0;
@@ -198,7 +198,7 @@ void ProgressDownloadsTest::manyReportsAboutDownloadsQueueAtMostOneEvent()
     QVERIFY(currentTip() == nullptr);
 }
 
-void ProgressDownloadsTest::hoveringShowsNothingWithoutDownloads()
+void ProgressDownloadsTest::hoveringShowsNoTipIfThereAreNoDownloads()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 100);
@@ -209,7 +209,7 @@ void ProgressDownloadsTest::hoveringShowsNothingWithoutDownloads()
     QVERIFY(currentTip() == nullptr);
 }
 
-void ProgressDownloadsTest::hoveringShowsTheDownloads()
+void ProgressDownloadsTest::hoveringOverTheItemBarShowsATipWithTheDownloads()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 100);
@@ -228,7 +228,7 @@ void ProgressDownloadsTest::hoveringShowsTheDownloads()
     QVERIFY(currentTip() == nullptr);
 }
 
-void ProgressDownloadsTest::theTipShowsEveryStateOfADownload()
+void ProgressDownloadsTest::theTipShowsTheStateOfEachDownload()
 {
     Progress::Object progress(total, item);
     progress.setupItemActs(100, 10);
@@ -245,7 +245,7 @@ void ProgressDownloadsTest::theTipShowsEveryStateOfADownload()
     QCOMPARE(qobject_cast<QGridLayout*>(currentTip()->layout())->contentsMargins(), QMargins(4, 4, 4, 4));
 }
 
-void ProgressDownloadsTest::tipShowsNamesAsPlainText()
+void ProgressDownloadsTest::theTipShowsDownloadNamesAsPlainText()
 {
     Progress::Object progress(total, item);
     progress.setupItemActsThreads("Downloading", 0, 1, 1, 10);
@@ -255,7 +255,7 @@ void ProgressDownloadsTest::tipShowsNamesAsPlainText()
     QCOMPARE(cell(currentTip(), 0, 0)->text(), QString("<b>vim</b>"));
 }
 
-void ProgressDownloadsTest::twentyCompleteDownloadsAreListed()
+void ProgressDownloadsTest::theTipListsUpToTwentyCompleteDownloads()
 {
     Progress::Object progress(total, item);
     progress.setupItemActsThreads("Downloading", 0, 1, 20, 10);
@@ -268,7 +268,7 @@ void ProgressDownloadsTest::twentyCompleteDownloadsAreListed()
     QCOMPARE(tipRows(), expected);
 }
 
-void ProgressDownloadsTest::moreThanTwentyCompleteDownloadsShareOneRow()
+void ProgressDownloadsTest::theTipShowsMoreThanTwentyCompleteDownloadsInOneRow()
 {
     Progress::Object progress(total, item);
     progress.setupItemActsThreads("Downloading", 0, 1, 23, 10);
@@ -281,7 +281,7 @@ void ProgressDownloadsTest::moreThanTwentyCompleteDownloadsShareOneRow()
              QStringList({"21 downloads: Complete", "package-21: Retrying", "1 downloads: Not Started Yet"}));
 }
 
-void ProgressDownloadsTest::labelsHaveTheExpectedColours()
+void ProgressDownloadsTest::theLabelsInTheTipHaveTheExpectedColours()
 {
     Progress::Object progress(total, item);
     progress.setupItemActsThreads("Downloading", 0, 1, 4, 10);
@@ -303,7 +303,7 @@ void ProgressDownloadsTest::labelsHaveTheExpectedColours()
     }
 }
 
-void ProgressDownloadsTest::tipDisappearsAtTheEndOfTheOperation()
+void ProgressDownloadsTest::theTipDisappearsAtTheEndOfTheOperation()
 {
     {
         Progress::Object progress(total, item);

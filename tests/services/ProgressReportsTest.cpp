@@ -15,15 +15,15 @@ class ProgressReportsTest : public ShownBars
 
 private Q_SLOTS:
     void aSecondItemValueWithinTheIntervalIsStoredButNotSent();
-    void evenTheFinalItemValueIsNotSentWithinTheInterval();
-    void itemValueShortlyAfterAChangeOfTheStepsIsNotSent();
-    void itemValueBeforeAnyStartIsNotSent();
-    void totalValueWithinTheIntervalIsDropped();
+    void theFinalItemValueIsNotSentIfItIsWithinTheInterval();
+    void anItemValueWithinTheIntervalAfterNewStepsIsNotSent();
+    void anItemValueBeforeTheFirstStartIsNotSent();
+    void aTotalValueWithinTheIntervalIsDropped();
     void theMaximumOfTheTotalIsSentOnceWithinTheInterval();
-    void theIntervalAppliesToTotalAndItemValuesTogether();
-    void eventsAreProcessedDuringASynchronousOperation();
-    void workerReportsAreDeliveredInOrder();
-    void aUserObjectSetsAndClearsThePointer();
+    void aTotalValueWithinTheIntervalAfterAnItemValueIsNotSent();
+    void aChangeOfTheActivityProcessesPendingEvents();
+    void reportsOfAWorkerAreDeliveredInOrder();
+    void progressUserSetsThePointerAndClearsItInTheDestructor();
 };
 
 void ProgressReportsTest::aSecondItemValueWithinTheIntervalIsStoredButNotSent()
@@ -58,7 +58,7 @@ void ProgressReportsTest::aSecondItemValueWithinTheIntervalIsStoredButNotSent()
     QCOMPARE(item->value(), 60);
 }
 
-void ProgressReportsTest::evenTheFinalItemValueIsNotSentWithinTheInterval()
+void ProgressReportsTest::theFinalItemValueIsNotSentIfItIsWithinTheInterval()
 {
     Progress::Object progress(total, item);
     QSignalSpy spy(&progress, SIGNAL(setItemValueSig(Steps, Steps)));
@@ -74,7 +74,7 @@ void ProgressReportsTest::evenTheFinalItemValueIsNotSentWithinTheInterval()
     QCOMPARE(item->value(), 0);
 }
 
-void ProgressReportsTest::itemValueShortlyAfterAChangeOfTheStepsIsNotSent()
+void ProgressReportsTest::anItemValueWithinTheIntervalAfterNewStepsIsNotSent()
 {
     Progress::Object progress(total, item);
     QSignalSpy spy(&progress, SIGNAL(setItemValueSig(Steps, Steps)));
@@ -95,7 +95,7 @@ void ProgressReportsTest::itemValueShortlyAfterAChangeOfTheStepsIsNotSent()
     QCOMPARE(spy.count(), 1);
 }
 
-void ProgressReportsTest::itemValueBeforeAnyStartIsNotSent()
+void ProgressReportsTest::anItemValueBeforeTheFirstStartIsNotSent()
 {
     Progress::Object progress(total, item);
     QSignalSpy itemSpy(&progress, SIGNAL(setItemValueSig(Steps, Steps)));
@@ -104,7 +104,7 @@ void ProgressReportsTest::itemValueBeforeAnyStartIsNotSent()
     QCOMPARE(itemSpy.count(), 0);
 }
 
-void ProgressReportsTest::totalValueWithinTheIntervalIsDropped()
+void ProgressReportsTest::aTotalValueWithinTheIntervalIsDropped()
 {
     Progress::Object progress(total, item);
     QSignalSpy spy(&progress, SIGNAL(setTotalValueSig(Steps)));
@@ -121,7 +121,7 @@ void ProgressReportsTest::totalValueWithinTheIntervalIsDropped()
         });
     QCOMPARE(spy.count(), 1);
     QCOMPARE(total->value(), 20);
-    // The dropped value was not stored either.
+    // VYRE has not stored the dropped value.
     progress.changeTotal(200);
     QCOMPARE(total->value(), 20);
     waitForInterval();
@@ -157,7 +157,7 @@ void ProgressReportsTest::theMaximumOfTheTotalIsSentOnceWithinTheInterval()
     QCOMPARE(total->value(), 100);
 }
 
-void ProgressReportsTest::theIntervalAppliesToTotalAndItemValuesTogether()
+void ProgressReportsTest::aTotalValueWithinTheIntervalAfterAnItemValueIsNotSent()
 {
     Progress::Object progress(total, item);
     QSignalSpy totalSpy(&progress, SIGNAL(setTotalValueSig(Steps)));
@@ -178,7 +178,7 @@ void ProgressReportsTest::theIntervalAppliesToTotalAndItemValuesTogether()
     QCOMPARE(totalSpy.count(), 0);
 }
 
-void ProgressReportsTest::eventsAreProcessedDuringASynchronousOperation()
+void ProgressReportsTest::aChangeOfTheActivityProcessesPendingEvents()
 {
     Progress::Object progress(total, item);
     bool processed = false;
@@ -206,7 +206,7 @@ void ProgressReportsTest::eventsAreProcessedDuringASynchronousOperation()
     QVERIFY(processed);
 }
 
-void ProgressReportsTest::workerReportsAreDeliveredInOrder()
+void ProgressReportsTest::reportsOfAWorkerAreDeliveredInOrder()
 {
     QStringList activities;
     const auto record = [&] {
@@ -250,7 +250,7 @@ void ProgressReportsTest::workerReportsAreDeliveredInOrder()
     disconnect(item, nullptr, this, nullptr);
 }
 
-void ProgressReportsTest::aUserObjectSetsAndClearsThePointer()
+void ProgressReportsTest::progressUserSetsThePointerAndClearsItInTheDestructor()
 {
     Progress::Object* slot = nullptr;
     QPointer<Progress::Object> object;

@@ -11,30 +11,30 @@ class ProgressStepsTest : public ShownBars
     Q_OBJECT
 
 private Q_SLOTS:
-    void typesAreRegisteredUnderTheirNames();
-    void threadsStateCanBeCopied();
-    void constructionAndDestructionLeaveTheBarsIdle();
+    void theTypesOfTheSignalsAreRegisteredUnderTheirNames();
+    void aCopyOfAThreadsStateIsIndependentOfTheOriginal();
+    void theBarsAreIdleBeforeAndAfterTheLifeOfAProgress();
     void startTotalEnablesOnlyTheTotalBar();
-    void startItemUsesTheNextPartOfTheTotal();
+    void startItemUsesTheNextPartOfTheTotalBar();
     void changeItemActivityChangesOnlyTheText();
-    void changeTotalReducesTheValueToTheOldMaximum();
+    void changeTotalReducesALargerValueToTheOldMaximum();
     void changeTotalDoesNotChangeASmallerValue();
-    void actsDivideThePartOfAnItemWithoutRoundingErrors();
-    void oneStepCanUseSeveralActs();
-    void anActThatIsTooLongEndsWithTheLastAct();
-    void anItemWithoutActsUsesItsWholePart();
-    void endItemActsMovesTheBarToTheEndOfAllActs();
-    void changeItemActsMovesTheBarToTheNewShare();
-    void changeItemActsToZeroMovesTheBarToTheEndOfTheActs();
-    void changeItemActStepsSetsValueAndMaximum();
-    void twoArgumentFormOfChangeItemActStepsIsNeverSent();
-    void itemMaximumOfZeroFillsThePartOfTheItem();
-    void itemValueIsClamped();
-    void bytesBeyondTheRangeOfABarAreScaled();
-    void theLargestMaximumOfABarIsNotScaled();
+    void theActsOfAnItemTogetherFillExactlyItsPartOfTheTotal();
+    void oneStepOfTheItemBarCanUseSeveralActs();
+    void anActWithMoreStepsThanRemainEndsWithTheLastAct();
+    void anItemWithoutActsFillsItsWholePartOfTheTotal();
+    void endItemActsMovesTheTotalBarToTheEndOfAllActs();
+    void theTotalBarMovesToTheNewShareIfTheNumberOfActsChanges();
+    void theTotalBarMovesToTheEndOfTheActsIfTheirNumberBecomesZero();
+    void changeItemActStepsSetsTheValueAndTheMaximumOfTheItemBar();
+    void changeItemActStepsSendsOnlyTheSignalWithThreeArguments();
+    void thePartOfTheItemIsFullIfTheItemMaximumIsZero();
+    void anItemValueAboveTheMaximumIsReducedToTheMaximum();
+    void theValuesAreScaledIfAMaximumIsBeyondTheRangeOfABar();
+    void theValuesAreNotScaledIfAMaximumIsWithinTheRangeOfABar();
 };
 
-void ProgressStepsTest::typesAreRegisteredUnderTheirNames()
+void ProgressStepsTest::theTypesOfTheSignalsAreRegisteredUnderTheirNames()
 {
     Progress::Object progress(total, item);
     QCOMPARE(QMetaType::type("Steps"), static_cast<int>(QMetaType::ULongLong));
@@ -42,7 +42,7 @@ void ProgressStepsTest::typesAreRegisteredUnderTheirNames()
     QCOMPARE(sizeof(Steps), static_cast<size_t>(8));
 }
 
-void ProgressStepsTest::threadsStateCanBeCopied()
+void ProgressStepsTest::aCopyOfAThreadsStateIsIndependentOfTheOriginal()
 {
     const Progress::ThreadState fresh;
     QVERIFY(fresh.name.isEmpty());
@@ -82,7 +82,7 @@ void ProgressStepsTest::threadsStateCanBeCopied()
     QCOMPARE(emptyCopy.count(), 0u);
 }
 
-void ProgressStepsTest::constructionAndDestructionLeaveTheBarsIdle()
+void ProgressStepsTest::theBarsAreIdleBeforeAndAfterTheLifeOfAProgress()
 {
     const auto idle = [](HProgressBar* bar) {
         return bar->minimum() == 0 && bar->maximum() == 1 && bar->value() == -1 && bar->text().isEmpty() &&
@@ -117,7 +117,7 @@ void ProgressStepsTest::startTotalEnablesOnlyTheTotalBar()
     QVERIFY(!item->isEnabled());
 }
 
-void ProgressStepsTest::startItemUsesTheNextPartOfTheTotal()
+void ProgressStepsTest::startItemUsesTheNextPartOfTheTotalBar()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Collecting", 100);
@@ -145,7 +145,7 @@ void ProgressStepsTest::changeItemActivityChangesOnlyTheText()
     QCOMPARE(total->value(), 15);
 }
 
-void ProgressStepsTest::changeTotalReducesTheValueToTheOldMaximum()
+void ProgressStepsTest::changeTotalReducesALargerValueToTheOldMaximum()
 {
     Progress::Object progress(total, item);
     QSignalSpy spy(&progress, SIGNAL(changeTotalSig(Steps, Steps)));
@@ -170,7 +170,7 @@ void ProgressStepsTest::changeTotalDoesNotChangeASmallerValue()
     QCOMPARE(total->value(), 40);
 }
 
-void ProgressStepsTest::actsDivideThePartOfAnItemWithoutRoundingErrors()
+void ProgressStepsTest::theActsOfAnItemTogetherFillExactlyItsPartOfTheTotal()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -187,7 +187,7 @@ void ProgressStepsTest::actsDivideThePartOfAnItemWithoutRoundingErrors()
     QCOMPARE(total->value(), 117);
 }
 
-void ProgressStepsTest::oneStepCanUseSeveralActs()
+void ProgressStepsTest::oneStepOfTheItemBarCanUseSeveralActs()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 100);
@@ -202,7 +202,7 @@ void ProgressStepsTest::oneStepCanUseSeveralActs()
     QCOMPARE(total->value(), 70);
 }
 
-void ProgressStepsTest::bytesBeyondTheRangeOfABarAreScaled()
+void ProgressStepsTest::theValuesAreScaledIfAMaximumIsBeyondTheRangeOfABar()
 {
     const Steps gigabyte = Q_UINT64_C(1) << 30;
     Progress::Object progress(total, item);
@@ -236,7 +236,7 @@ void ProgressStepsTest::bytesBeyondTheRangeOfABarAreScaled()
     QCOMPARE(item->value(), 7);
 }
 
-void ProgressStepsTest::theLargestMaximumOfABarIsNotScaled()
+void ProgressStepsTest::theValuesAreNotScaledIfAMaximumIsWithinTheRangeOfABar()
 {
     const Steps largest = std::numeric_limits<int>::max();
     Progress::Object progress(total, item);
@@ -254,7 +254,7 @@ void ProgressStepsTest::theLargestMaximumOfABarIsNotScaled()
     QCOMPARE(item->maximum(), int(largest));
 }
 
-void ProgressStepsTest::anActThatIsTooLongEndsWithTheLastAct()
+void ProgressStepsTest::anActWithMoreStepsThanRemainEndsWithTheLastAct()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -269,7 +269,7 @@ void ProgressStepsTest::anActThatIsTooLongEndsWithTheLastAct()
     QCOMPARE(total->value(), 100);
 }
 
-void ProgressStepsTest::anItemWithoutActsUsesItsWholePart()
+void ProgressStepsTest::anItemWithoutActsFillsItsWholePartOfTheTotal()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -280,7 +280,7 @@ void ProgressStepsTest::anItemWithoutActsUsesItsWholePart()
     QCOMPARE(total->value(), 100);
 }
 
-void ProgressStepsTest::endItemActsMovesTheBarToTheEndOfAllActs()
+void ProgressStepsTest::endItemActsMovesTheTotalBarToTheEndOfAllActs()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -294,7 +294,7 @@ void ProgressStepsTest::endItemActsMovesTheBarToTheEndOfAllActs()
     QCOMPARE(total->value(), 150);
 }
 
-void ProgressStepsTest::changeItemActsMovesTheBarToTheNewShare()
+void ProgressStepsTest::theTotalBarMovesToTheNewShareIfTheNumberOfActsChanges()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -310,7 +310,7 @@ void ProgressStepsTest::changeItemActsMovesTheBarToTheNewShare()
     QCOMPARE(total->value(), 87);
 }
 
-void ProgressStepsTest::changeItemActsToZeroMovesTheBarToTheEndOfTheActs()
+void ProgressStepsTest::theTotalBarMovesToTheEndOfTheActsIfTheirNumberBecomesZero()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -323,7 +323,7 @@ void ProgressStepsTest::changeItemActsToZeroMovesTheBarToTheEndOfTheActs()
     QCOMPARE(total->value(), 150);
 }
 
-void ProgressStepsTest::changeItemActStepsSetsValueAndMaximum()
+void ProgressStepsTest::changeItemActStepsSetsTheValueAndTheMaximumOfTheItemBar()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Reading", 100);
@@ -337,7 +337,7 @@ void ProgressStepsTest::changeItemActStepsSetsValueAndMaximum()
     QCOMPARE(total->value(), 40);
 }
 
-void ProgressStepsTest::twoArgumentFormOfChangeItemActStepsIsNeverSent()
+void ProgressStepsTest::changeItemActStepsSendsOnlyTheSignalWithThreeArguments()
 {
     Progress::Object progress(total, item);
     QSignalSpy two(&progress, SIGNAL(changeItemActStepsSig(Steps, Steps)));
@@ -348,7 +348,7 @@ void ProgressStepsTest::twoArgumentFormOfChangeItemActStepsIsNeverSent()
     QCOMPARE(three.count(), 1);
 }
 
-void ProgressStepsTest::itemMaximumOfZeroFillsThePartOfTheItem()
+void ProgressStepsTest::thePartOfTheItemIsFullIfTheItemMaximumIsZero()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Reading", 100);
@@ -361,7 +361,7 @@ void ProgressStepsTest::itemMaximumOfZeroFillsThePartOfTheItem()
     QCOMPARE(total->value(), 80);
 }
 
-void ProgressStepsTest::itemValueIsClamped()
+void ProgressStepsTest::anItemValueAboveTheMaximumIsReducedToTheMaximum()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Reading", 100);

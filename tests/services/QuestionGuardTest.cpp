@@ -54,21 +54,21 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void inputInTheFirstMomentIsIgnored_data();
-    void inputInTheFirstMomentIsIgnored();
-    void inputHasItsEffectAfterTheFirstMoment_data();
-    void inputHasItsEffectAfterTheFirstMoment();
-    void theRepetitionsOfAHeldKeyAreIgnored();
-    void theRepetitionsOfAHeldKeyAreIgnoredEvenIfQtDoesNotRecogniseThem();
-    void aKeyThatIsHeldSinceTheFirstMomentIsIgnored();
+    void inputInTheFirstMomentOfAQuestionIsIgnored_data();
+    void inputInTheFirstMomentOfAQuestionIsIgnored();
+    void inputAfterTheFirstMomentOfAQuestionHasItsUsualEffect_data();
+    void inputAfterTheFirstMomentOfAQuestionHasItsUsualEffect();
+    void repetitionsOfAKeyThatWasHeldWhenTheQuestionOpenedAreIgnored();
+    void keyRepetitionsThatQtDoesNotRecogniseAreIgnoredToo();
+    void aKeyThatIsPressedInTheFirstMomentAndThenHeldIsIgnored();
     void aKeyThatIsPressedAfterTheFirstMomentCanRepeat();
-    void buttonsAreDisabledInTheFirstMoment();
-    void aMouseButtonThatIsPressedTooEarlyPressesNoButton();
+    void theButtonsAreDisabledInTheFirstMoment();
+    void aMouseClickThatBeginsInTheFirstMomentPressesNoButton();
     void theDefaultButtonGetsTheFocusAfterTheFirstMoment_data();
     void theDefaultButtonGetsTheFocusAfterTheFirstMoment();
-    void theQuestionIgnoresInputAgainAfterTheFirstActivationOfItsWindow();
-    void theGuardDoesNotAffectOtherWindows();
-    void windowCanBeClosedAtOnce();
+    void theQuestionIgnoresInputAgainWhenItsWindowFirstBecomesActive();
+    void theGuardDoesNotAffectInputInOtherWindows();
+    void theWindowOfAQuestionCanBeClosedInTheFirstMoment();
 
 private:
     static void addInput();
@@ -116,7 +116,7 @@ void QuestionGuardTest::waitForInput()
     QTRY_VERIFY(takesInput(dialog.get()));
 }
 
-void QuestionGuardTest::inputInTheFirstMomentIsIgnored_data()
+void QuestionGuardTest::inputInTheFirstMomentOfAQuestionIsIgnored_data()
 {
     addInput();
     QTest::newRow("double click") << 7;
@@ -131,10 +131,10 @@ void QuestionGuardTest::addInput()
     QTest::newRow("mnemonic") << 3;
     QTest::newRow("click") << 4;
     QTest::newRow("click on the window") << 5;
-    QTest::newRow("screen reader") << 6;
+    QTest::newRow("press by a screen reader") << 6;
 }
 
-void QuestionGuardTest::inputHasItsEffectAfterTheFirstMoment_data()
+void QuestionGuardTest::inputAfterTheFirstMomentOfAQuestionHasItsUsualEffect_data()
 {
     addInput();
 }
@@ -178,7 +178,7 @@ void give(int input, QDialog* dialog)
 
 } // namespace
 
-void QuestionGuardTest::inputInTheFirstMomentIsIgnored()
+void QuestionGuardTest::inputInTheFirstMomentOfAQuestionIsIgnored()
 {
     QFETCH(int, input);
     show();
@@ -191,7 +191,7 @@ void QuestionGuardTest::inputInTheFirstMomentIsIgnored()
     QVERIFY(dialog->isVisible());
 }
 
-void QuestionGuardTest::inputHasItsEffectAfterTheFirstMoment()
+void QuestionGuardTest::inputAfterTheFirstMomentOfAQuestionHasItsUsualEffect()
 {
     QFETCH(int, input);
     show();
@@ -201,7 +201,7 @@ void QuestionGuardTest::inputHasItsEffectAfterTheFirstMoment()
     QCOMPARE(dialog->result(), input == 1 ? 0 : 1);
 }
 
-void QuestionGuardTest::theRepetitionsOfAHeldKeyAreIgnored()
+void QuestionGuardTest::repetitionsOfAKeyThatWasHeldWhenTheQuestionOpenedAreIgnored()
 {
     show();
     waitForInput();
@@ -215,7 +215,7 @@ void QuestionGuardTest::theRepetitionsOfAHeldKeyAreIgnored()
     QVERIFY(!dialog->isVisible());
 }
 
-void QuestionGuardTest::theRepetitionsOfAHeldKeyAreIgnoredEvenIfQtDoesNotRecogniseThem()
+void QuestionGuardTest::keyRepetitionsThatQtDoesNotRecogniseAreIgnoredToo()
 {
     show();
     waitForInput();
@@ -229,7 +229,7 @@ void QuestionGuardTest::theRepetitionsOfAHeldKeyAreIgnoredEvenIfQtDoesNotRecogni
     QVERIFY(!dialog->isVisible());
 }
 
-void QuestionGuardTest::aKeyThatIsHeldSinceTheFirstMomentIsIgnored()
+void QuestionGuardTest::aKeyThatIsPressedInTheFirstMomentAndThenHeldIsIgnored()
 {
     show();
     sendKey(dialog->windowHandle(), QEvent::KeyPress, Qt::Key_Return, false);
@@ -253,7 +253,7 @@ void QuestionGuardTest::aKeyThatIsPressedAfterTheFirstMomentCanRepeat()
     QVERIFY(ok->hasFocus());
 }
 
-void QuestionGuardTest::buttonsAreDisabledInTheFirstMoment()
+void QuestionGuardTest::theButtonsAreDisabledInTheFirstMoment()
 {
     show();
     for (const QPushButton* each : dialog->findChildren<QPushButton*>()) {
@@ -265,7 +265,7 @@ void QuestionGuardTest::buttonsAreDisabledInTheFirstMoment()
     }
 }
 
-void QuestionGuardTest::aMouseButtonThatIsPressedTooEarlyPressesNoButton()
+void QuestionGuardTest::aMouseClickThatBeginsInTheFirstMomentPressesNoButton()
 {
     show();
     QPushButton* const ok = button(*dialog, "&OK");
@@ -304,7 +304,7 @@ void QuestionGuardTest::theDefaultButtonGetsTheFocusAfterTheFirstMoment()
     QVERIFY(button(*dialog, "&No")->hasFocus());
 }
 
-void QuestionGuardTest::theQuestionIgnoresInputAgainAfterTheFirstActivationOfItsWindow()
+void QuestionGuardTest::theQuestionIgnoresInputAgainWhenItsWindowFirstBecomesActive()
 {
     QWidget other;
     other.show();
@@ -330,7 +330,7 @@ void QuestionGuardTest::theQuestionIgnoresInputAgainAfterTheFirstActivationOfIts
     QVERIFY(takesInput(dialog.get()));
 }
 
-void QuestionGuardTest::theGuardDoesNotAffectOtherWindows()
+void QuestionGuardTest::theGuardDoesNotAffectInputInOtherWindows()
 {
     show();
     QPushButton other("Other");
@@ -343,7 +343,7 @@ void QuestionGuardTest::theGuardDoesNotAffectOtherWindows()
     QCOMPARE(clicks, 2);
 }
 
-void QuestionGuardTest::windowCanBeClosedAtOnce()
+void QuestionGuardTest::theWindowOfAQuestionCanBeClosedInTheFirstMoment()
 {
     show();
     dialog->close();

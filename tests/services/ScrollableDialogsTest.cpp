@@ -62,27 +62,27 @@ class ScrollableDialogsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void confirmHasTwoCentredButtons();
-    void errorHasOneCentredButton();
-    void iconsAreTheSameAsInMessageBoxes();
-    void eachButtonGivesItsAnswer();
+    void theConfirmDialogHasTwoCentredButtons();
+    void theErrorDialogHasOneCentredButton();
+    void theDialogsShowTheIconsOfMessageBoxes();
+    void eachButtonOfTheConfirmDialogGivesItsAnswer();
     void enterAcceptsAndEscapeRejects();
     void enterRejectsIfRejectionIsTheDefault();
-    void closingTheDialogRejects();
-    void textIsShownAsPlainText();
-    void shortTextNeedsNoScrolling();
-    void textThatFitsOnTheScreenIsShownCompletely_data();
-    void textThatFitsOnTheScreenIsShownCompletely();
-    void longTextScrollsInsideTheScreen_data();
-    void longTextScrollsInsideTheScreen();
-    void keysScrollALongText();
-    void keysScrollTheTextWhicheverButtonHasTheFocus();
-    void noticeAndSummaryAreVisibleWithoutScrolling();
-    void textCanBeCopied();
-    void enterInTheFindFieldFindsTextAndDoesNotAccept();
+    void closingTheConfirmDialogRejects();
+    void theDialogsShowTheirTextsAsPlainText();
+    void aShortTextIsShownWithoutScrollBars();
+    void aTextThatFitsOnTheScreenIsShownWithoutScrollBars_data();
+    void aTextThatFitsOnTheScreenIsShownWithoutScrollBars();
+    void aTextThatIsTooLongForTheScreenScrollsInTheDialog_data();
+    void aTextThatIsTooLongForTheScreenScrollsInTheDialog();
+    void navigationKeysScrollALongText();
+    void navigationKeysScrollTheTextEvenIfAButtonHasTheFocus();
+    void theNoticeAndTheSummaryAreVisibleEvenIfTheTextIsLong();
+    void theUserCanSelectAndCopyTheText();
+    void enterFindsTextAndDoesNotAcceptIfTheFindFieldHasTheFocus();
 };
 
-void ScrollableDialogsTest::confirmHasTwoCentredButtons()
+void ScrollableDialogsTest::theConfirmDialogHasTwoCentredButtons()
 {
     ScrollableConfirmDialog dialog("Is this ok?", "&Yes", "&No", nullptr);
     QVERIFY(dialog.testAttribute(Qt::WA_ShowModal));
@@ -102,7 +102,7 @@ void ScrollableDialogsTest::confirmHasTwoCentredButtons()
     QVERIFY(buttons.at(0)->y() >= dialog.findChild<HScrollArea*>()->geometry().bottom());
 }
 
-void ScrollableDialogsTest::errorHasOneCentredButton()
+void ScrollableDialogsTest::theErrorDialogHasOneCentredButton()
 {
     ScrollableErrorDialog dialog("It failed.", nullptr);
     QVERIFY(dialog.testAttribute(Qt::WA_ShowModal));
@@ -116,7 +116,7 @@ void ScrollableDialogsTest::errorHasOneCentredButton()
     QVERIFY(qAbs(buttons.at(0)->geometry().center().x() - dialog.rect().center().x()) <= 1);
 }
 
-void ScrollableDialogsTest::iconsAreTheSameAsInMessageBoxes()
+void ScrollableDialogsTest::theDialogsShowTheIconsOfMessageBoxes()
 {
     const auto shows = [](const QDialog& dialog, QStyle::StandardPixmap icon) {
         const QImage expected = dialog.style()->standardPixmap(icon).toImage();
@@ -134,7 +134,7 @@ void ScrollableDialogsTest::iconsAreTheSameAsInMessageBoxes()
     QVERIFY(!shows(error, QStyle::SP_MessageBoxQuestion));
 }
 
-void ScrollableDialogsTest::eachButtonGivesItsAnswer()
+void ScrollableDialogsTest::eachButtonOfTheConfirmDialogGivesItsAnswer()
 {
     ScrollableConfirmDialog confirm("Is this ok?", "Yes", "No", nullptr);
     confirm.show();
@@ -193,7 +193,7 @@ void ScrollableDialogsTest::enterRejectsIfRejectionIsTheDefault()
     QCOMPARE(dialog.result(), static_cast<int>(QDialog::Accepted));
 }
 
-void ScrollableDialogsTest::closingTheDialogRejects()
+void ScrollableDialogsTest::closingTheConfirmDialogRejects()
 {
     ScrollableConfirmDialog dialog("Is this ok?", "Yes", "No", nullptr);
     dialog.setResult(QDialog::Accepted);
@@ -203,7 +203,7 @@ void ScrollableDialogsTest::closingTheDialogRejects()
     QCOMPARE(dialog.result(), static_cast<int>(QDialog::Rejected));
 }
 
-void ScrollableDialogsTest::textIsShownAsPlainText()
+void ScrollableDialogsTest::theDialogsShowTheirTextsAsPlainText()
 {
     const QString text("<b>bold</b>\n<img src=\"/etc/passwd\"> & <h1>large</h1>");
     ScrollableConfirmDialog confirm(text, "Yes", "No", nullptr);
@@ -214,7 +214,7 @@ void ScrollableDialogsTest::textIsShownAsPlainText()
     QCOMPARE(textLabel(error)->text(), text);
 }
 
-void ScrollableDialogsTest::shortTextNeedsNoScrolling()
+void ScrollableDialogsTest::aShortTextIsShownWithoutScrollBars()
 {
     ScrollableConfirmDialog dialog("Install 3 packages\nRemove 1 package\nIs this ok?", "Yes", "No", nullptr);
     dialog.show();
@@ -224,7 +224,7 @@ void ScrollableDialogsTest::shortTextNeedsNoScrolling()
     QVERIFY(!area->horizontalScrollBar()->isVisible());
 }
 
-void ScrollableDialogsTest::textThatFitsOnTheScreenIsShownCompletely_data()
+void ScrollableDialogsTest::aTextThatFitsOnTheScreenIsShownWithoutScrollBars_data()
 {
     QTest::addColumn<QString>("family");
     QTest::newRow("usual font") << QString();
@@ -237,7 +237,7 @@ void ScrollableDialogsTest::textThatFitsOnTheScreenIsShownCompletely_data()
     }
 }
 
-void ScrollableDialogsTest::textThatFitsOnTheScreenIsShownCompletely()
+void ScrollableDialogsTest::aTextThatFitsOnTheScreenIsShownWithoutScrollBars()
 {
     QFETCH(QString, family);
     const FontScope font(family);
@@ -268,14 +268,14 @@ void ScrollableDialogsTest::textThatFitsOnTheScreenIsShownCompletely()
     QTRY_VERIFY(screen.contains(dialog.frameGeometry()));
 }
 
-void ScrollableDialogsTest::longTextScrollsInsideTheScreen_data()
+void ScrollableDialogsTest::aTextThatIsTooLongForTheScreenScrollsInTheDialog_data()
 {
     QTest::addColumn<bool>("confirm");
     QTest::newRow("confirm") << true;
     QTest::newRow("error") << false;
 }
 
-void ScrollableDialogsTest::longTextScrollsInsideTheScreen()
+void ScrollableDialogsTest::aTextThatIsTooLongForTheScreenScrollsInTheDialog()
 {
     QFETCH(bool, confirm);
     std::unique_ptr<QDialog> dialog;
@@ -306,7 +306,7 @@ void ScrollableDialogsTest::longTextScrollsInsideTheScreen()
     }
 }
 
-void ScrollableDialogsTest::keysScrollALongText()
+void ScrollableDialogsTest::navigationKeysScrollALongText()
 {
     ScrollableConfirmDialog dialog(longText(), "Yes", "No", nullptr);
     dialog.show();
@@ -321,7 +321,7 @@ void ScrollableDialogsTest::keysScrollALongText()
     QVERIFY(dialog.isVisible());
 }
 
-void ScrollableDialogsTest::keysScrollTheTextWhicheverButtonHasTheFocus()
+void ScrollableDialogsTest::navigationKeysScrollTheTextEvenIfAButtonHasTheFocus()
 {
     ScrollableConfirmDialog dialog(longText(), "Yes", "No", nullptr, true);
     dialog.show();
@@ -346,7 +346,7 @@ void ScrollableDialogsTest::keysScrollTheTextWhicheverButtonHasTheFocus()
     QVERIFY(dialog.isVisible());
 }
 
-void ScrollableDialogsTest::noticeAndSummaryAreVisibleWithoutScrolling()
+void ScrollableDialogsTest::theNoticeAndTheSummaryAreVisibleEvenIfTheTextIsLong()
 {
     ScrollableConfirmDialog dialog(longText(), "OK", "Cancel", nullptr, true, "Removals: <b>2</b>",
                                    "Install: 3 <i>");
@@ -371,7 +371,7 @@ void ScrollableDialogsTest::noticeAndSummaryAreVisibleWithoutScrolling()
     QVERIFY(plain.findChild<QLabel*>("summary") == nullptr);
 }
 
-void ScrollableDialogsTest::textCanBeCopied()
+void ScrollableDialogsTest::theUserCanSelectAndCopyTheText()
 {
     QGuiApplication::clipboard()->clear();
     ScrollableErrorDialog dialog("Traceback: line 17", nullptr);
@@ -389,7 +389,7 @@ void ScrollableDialogsTest::textCanBeCopied()
     QTRY_COMPARE(QGuiApplication::clipboard()->text(), QString("Traceback: line 17"));
 }
 
-void ScrollableDialogsTest::enterInTheFindFieldFindsTextAndDoesNotAccept()
+void ScrollableDialogsTest::enterFindsTextAndDoesNotAcceptIfTheFindFieldHasTheFocus()
 {
     ScrollableConfirmDialog dialog(longText(), "OK", "Cancel", nullptr);
     dialog.show();

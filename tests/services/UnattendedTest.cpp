@@ -42,7 +42,7 @@ private Q_SLOTS:
 
     void cleanup() { qInstallMessageHandler(handler); }
 
-    void theLogIsNotWrittenToTheMessagesWhileAUserIsPresent()
+    void logEntriesCauseNoQtMessagesWhileAUserIsPresent()
     {
         QVERIFY(!Unattended::is());
         Log::EntryList log;
@@ -54,7 +54,7 @@ private Q_SLOTS:
     }
 
     // While the worker waits for the answer, the graphical thread cannot close the dialog.
-    void aWaitingWorkerGetsTheSafeAnswer()
+    void aWaitingWorkerGetsTheSafeAnswerIfTheUserDisappears()
     {
         std::atomic<int> answer(-2);
         std::unique_ptr<QThread> worker(QThread::create([&] {
@@ -79,14 +79,14 @@ private Q_SLOTS:
         QVERIFY(Unattended::is());
     }
 
-    void questionsOfAnUnattendedProgramGetTheSafeAnswer_data()
+    void questionsGetTheSafeAnswerIfNoUserIsPresent_data()
     {
         QTest::addColumn<bool>("onWorker");
         QTest::newRow("graphical thread") << false;
         QTest::newRow("worker") << true;
     }
 
-    void questionsOfAnUnattendedProgramGetTheSafeAnswer()
+    void questionsGetTheSafeAnswerIfNoUserIsPresent()
     {
         QFETCH(bool, onWorker);
         int answers[4] = {-2, -2, -2, -2};
@@ -110,7 +110,7 @@ private Q_SLOTS:
         QCOMPARE(answers[3], 0);
     }
 
-    void theLogIsWrittenToTheMessagesIfNoUserIsPresent()
+    void logEntriesAreAlsoQtMessagesIfNoUserIsPresent()
     {
         Log::EntryList log;
         QSignalSpy appended(&log, SIGNAL(appended()));

@@ -63,7 +63,7 @@ public:
     QString out;
     QString err;
     QStringList errors;
-    QStringList ended; // one element for each end of a capture: all output until then
+    QStringList ended; // one element for each end of a capture: all output before this end
     bool otherThread = false;
 
 private:
@@ -155,31 +155,31 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void largeOutputOfAChildArrivesCompletely();
+    void theLargeOutputOfAChildArrivesCompletely();
     void allOutputOfTwoFastWritersArrives();
-    void textIsDeliveredOnTheGraphicalThread();
-    void lastOutputOfAChildArrives();
-    void outputJustBeforeTheEndArrivesBeforeTheDestructorReturns();
-    void theEndOfEachCaptureIsReportedAfterItsLastOutput();
-    void characterSplitBetweenTwoReadsArrivesCompletely();
-    void splitCharactersOfTheStreamsAreNotMixed();
-    void descriptorsAreRestored();
-    void bufferedTextIsWrittenToItsOriginalDescriptor();
-    void backgroundChildDoesNotDelayTheEndOfTheCapture();
-    void backgroundChildThatKeepsWritingDoesNotDelayTheEndOfTheCapture();
-    void fastWriterDoesNotFreezeTheGraphicalThread();
-    void allOutputArrivesIfTheReceiverProcessesEvents();
-    void theWorkerDoesNotWaitIfTheProcessEndsInsideTheReceiver();
+    void capturedTextIsDeliveredOnTheGraphicalThread();
+    void theLastOutputOfAChildArrives();
+    void theDestructorReturnsOnlyAfterTheLastOutputHasArrived();
+    void theReceiverLearnsOfTheEndOfACaptureAfterItsLastOutput();
+    void aCharacterThatIsSplitBetweenTwoReadsArrivesUndamaged();
+    void aSplitCharacterOnOneStreamDoesNotAffectTheOtherStream();
+    void theDestructorRestoresTheDescriptors();
+    void textBufferedBeforeACaptureGoesToTheOriginalDescriptor();
+    void aBackgroundChildDoesNotDelayTheEndOfTheCapture();
+    void aBackgroundChildThatKeepsWritingDoesNotDelayTheEndOfTheCapture();
+    void aFastWriterDoesNotFreezeTheGraphicalThread();
+    void allOutputArrivesEvenIfTheReceiverProcessesEvents();
+    void theWorkerDoesNotWaitIfTheProgramEndsInsideTheReceiver();
     void aCaptureLeaksNoDescriptors();
-    void childrenInheritOnlyTheStandardDescriptors();
-    void outputIsNotRedirectedIfNoPipesCanBeMade_data();
-    void outputIsNotRedirectedIfNoPipesCanBeMade();
-    void descriptorThatCannotBeSavedIsNotReplaced();
-    void aDescriptorThatCannotBeReplacedIsKept_data();
-    void aDescriptorThatCannotBeReplacedIsKept();
-    void aFailedRestoreIsReportedAndTheReaderContinues_data();
-    void aFailedRestoreIsReportedAndTheReaderContinues();
-    void theEndOfANestedUserRestoresTheOuterObject();
+    void childrenInheritOnlyTheStandardDescriptorsDuringACapture();
+    void theOutputIsNotRedirectedIfPipesCannotBeCreated_data();
+    void theOutputIsNotRedirectedIfPipesCannotBeCreated();
+    void aDescriptorThatCannotBeSavedIsNotReplaced();
+    void aDescriptorKeepsItsFileIfItCannotBeReplaced_data();
+    void aDescriptorKeepsItsFileIfItCannotBeReplaced();
+    void aDescriptorThatCannotBeRestoredIsReportedAndReadingContinues_data();
+    void aDescriptorThatCannotBeRestoredIsReportedAndReadingContinues();
+    void thePointerRefersToTheOuterCapturersAgainWhenANestedUserEnds();
 
 private:
     struct stat originalStdout;
@@ -198,7 +198,7 @@ void YumIOCapturersTest::cleanup()
     QVERIFY(sameFile(STDERR_FILENO, originalStderr));
 }
 
-void YumIOCapturersTest::largeOutputOfAChildArrivesCompletely()
+void YumIOCapturersTest::theLargeOutputOfAChildArrivesCompletely()
 {
     Receiver receiver;
     int status = -1;
@@ -259,7 +259,7 @@ void YumIOCapturersTest::allOutputOfTwoFastWritersArrives()
     QCOMPARE(countDescriptors(), descriptors);
 }
 
-void YumIOCapturersTest::textIsDeliveredOnTheGraphicalThread()
+void YumIOCapturersTest::capturedTextIsDeliveredOnTheGraphicalThread()
 {
     Receiver receiver;
     runOnWorker([&] {
@@ -270,7 +270,7 @@ void YumIOCapturersTest::textIsDeliveredOnTheGraphicalThread()
     QVERIFY(!receiver.otherThread);
 }
 
-void YumIOCapturersTest::lastOutputOfAChildArrives()
+void YumIOCapturersTest::theLastOutputOfAChildArrives()
 {
     for (int i = 0; i < 50; ++i) {
         Receiver receiver;
@@ -289,7 +289,7 @@ void YumIOCapturersTest::lastOutputOfAChildArrives()
     }
 }
 
-void YumIOCapturersTest::outputJustBeforeTheEndArrivesBeforeTheDestructorReturns()
+void YumIOCapturersTest::theDestructorReturnsOnlyAfterTheLastOutputHasArrived()
 {
     const QByteArray text(65536, 'x'); // the capacity of a pipe
     for (int i = 0; i < 200; ++i) {
@@ -306,7 +306,7 @@ void YumIOCapturersTest::outputJustBeforeTheEndArrivesBeforeTheDestructorReturns
     }
 }
 
-void YumIOCapturersTest::theEndOfEachCaptureIsReportedAfterItsLastOutput()
+void YumIOCapturersTest::theReceiverLearnsOfTheEndOfACaptureAfterItsLastOutput()
 {
     Receiver receiver;
     for (const char* words : {"one", " two"}) {
@@ -320,7 +320,7 @@ void YumIOCapturersTest::theEndOfEachCaptureIsReportedAfterItsLastOutput()
     QVERIFY(!receiver.otherThread);
 }
 
-void YumIOCapturersTest::characterSplitBetweenTwoReadsArrivesCompletely()
+void YumIOCapturersTest::aCharacterThatIsSplitBetweenTwoReadsArrivesUndamaged()
 {
     Receiver receiver;
     runOnWorker([&] {
@@ -336,7 +336,7 @@ void YumIOCapturersTest::characterSplitBetweenTwoReadsArrivesCompletely()
                                              "b"));
 }
 
-void YumIOCapturersTest::splitCharactersOfTheStreamsAreNotMixed()
+void YumIOCapturersTest::aSplitCharacterOnOneStreamDoesNotAffectTheOtherStream()
 {
     Receiver receiver;
     runOnWorker([&] {
@@ -352,7 +352,7 @@ void YumIOCapturersTest::splitCharactersOfTheStreamsAreNotMixed()
     QCOMPARE(receiver.err, QString("error"));
 }
 
-void YumIOCapturersTest::descriptorsAreRestored()
+void YumIOCapturersTest::theDestructorRestoresTheDescriptors()
 {
     Receiver receiver;
     bool redirected = false;
@@ -368,7 +368,7 @@ void YumIOCapturersTest::descriptorsAreRestored()
     QVERIFY(restored);
 }
 
-void YumIOCapturersTest::bufferedTextIsWrittenToItsOriginalDescriptor()
+void YumIOCapturersTest::textBufferedBeforeACaptureGoesToTheOriginalDescriptor()
 {
     QTemporaryFile file;
     QVERIFY(file.open());
@@ -392,7 +392,7 @@ void YumIOCapturersTest::bufferedTextIsWrittenToItsOriginalDescriptor()
     QCOMPARE(receiver.out, QString("inside"));
 }
 
-void YumIOCapturersTest::backgroundChildDoesNotDelayTheEndOfTheCapture()
+void YumIOCapturersTest::aBackgroundChildDoesNotDelayTheEndOfTheCapture()
 {
     Receiver receiver;
     runOnWorker([&] {
@@ -405,7 +405,7 @@ void YumIOCapturersTest::backgroundChildDoesNotDelayTheEndOfTheCapture()
     QCOMPARE(kill(child, SIGKILL), 0);
 }
 
-void YumIOCapturersTest::backgroundChildThatKeepsWritingDoesNotDelayTheEndOfTheCapture()
+void YumIOCapturersTest::aBackgroundChildThatKeepsWritingDoesNotDelayTheEndOfTheCapture()
 {
     Receiver receiver;
     runOnWorker([&] {
@@ -423,7 +423,7 @@ void YumIOCapturersTest::backgroundChildThatKeepsWritingDoesNotDelayTheEndOfTheC
                 QFile::symLinkTarget(QString("/proc/%1/exe").arg(child)).isEmpty());
 }
 
-void YumIOCapturersTest::fastWriterDoesNotFreezeTheGraphicalThread()
+void YumIOCapturersTest::aFastWriterDoesNotFreezeTheGraphicalThread()
 {
     Receiver receiver;
     std::atomic<int> ticks(0);
@@ -445,7 +445,7 @@ void YumIOCapturersTest::fastWriterDoesNotFreezeTheGraphicalThread()
     QVERIFY(receiver.err.size() > 100);
 }
 
-void YumIOCapturersTest::allOutputArrivesIfTheReceiverProcessesEvents()
+void YumIOCapturersTest::allOutputArrivesEvenIfTheReceiverProcessesEvents()
 {
     for (int i = 0; i < 100; ++i) {
         Receiver receiver;
@@ -464,9 +464,9 @@ void YumIOCapturersTest::allOutputArrivesIfTheReceiverProcessesEvents()
     }
 }
 
-// The process begins to end while the receiver of the last output still processes events. The graphical
+// The program begins to end while the receiver still processes events for the last output. The graphical
 // thread never returns to its event loop, so the worker must not wait for this thread.
-void YumIOCapturersTest::theWorkerDoesNotWaitIfTheProcessEndsInsideTheReceiver()
+void YumIOCapturersTest::theWorkerDoesNotWaitIfTheProgramEndsInsideTheReceiver()
 {
     Receiver receiver;
     bool ended = false;
@@ -506,7 +506,7 @@ void YumIOCapturersTest::aCaptureLeaksNoDescriptors()
     QCOMPARE(receiver.errors, QStringList());
 }
 
-void YumIOCapturersTest::childrenInheritOnlyTheStandardDescriptors()
+void YumIOCapturersTest::childrenInheritOnlyTheStandardDescriptorsDuringACapture()
 {
     Receiver without;
     Receiver with;
@@ -526,7 +526,7 @@ void YumIOCapturersTest::childrenInheritOnlyTheStandardDescriptors()
     QCOMPARE(with.out.trimmed(), without.out.trimmed());
 }
 
-void YumIOCapturersTest::outputIsNotRedirectedIfNoPipesCanBeMade_data()
+void YumIOCapturersTest::theOutputIsNotRedirectedIfPipesCannotBeCreated_data()
 {
     QTest::addColumn<int>("available");
     // The capture needs six descriptors: two saved ones, and two for each of the two pipes.
@@ -535,7 +535,7 @@ void YumIOCapturersTest::outputIsNotRedirectedIfNoPipesCanBeMade_data()
     }
 }
 
-void YumIOCapturersTest::outputIsNotRedirectedIfNoPipesCanBeMade()
+void YumIOCapturersTest::theOutputIsNotRedirectedIfPipesCannotBeCreated()
 {
     QFETCH(int, available);
     Receiver receiver;
@@ -573,7 +573,7 @@ void YumIOCapturersTest::outputIsNotRedirectedIfNoPipesCanBeMade()
     QCOMPARE(after, before);
 }
 
-void YumIOCapturersTest::descriptorThatCannotBeSavedIsNotReplaced()
+void YumIOCapturersTest::aDescriptorThatCannotBeSavedIsNotReplaced()
 {
     Receiver receiver;
     bool unchanged = false;
@@ -596,14 +596,14 @@ void YumIOCapturersTest::descriptorThatCannotBeSavedIsNotReplaced()
     QCOMPARE(after, before);
 }
 
-void YumIOCapturersTest::aDescriptorThatCannotBeReplacedIsKept_data()
+void YumIOCapturersTest::aDescriptorKeepsItsFileIfItCannotBeReplaced_data()
 {
     QTest::addColumn<int>("descriptor");
     QTest::newRow("standard output") << STDOUT_FILENO;
     QTest::newRow("standard error") << STDERR_FILENO;
 }
 
-void YumIOCapturersTest::aDescriptorThatCannotBeReplacedIsKept()
+void YumIOCapturersTest::aDescriptorKeepsItsFileIfItCannotBeReplaced()
 {
     QFETCH(int, descriptor);
     Receiver receiver;
@@ -630,8 +630,8 @@ void YumIOCapturersTest::aDescriptorThatCannotBeReplacedIsKept()
         after = countDescriptors();
     });
     QCOMPARE(receiver.errors, QStringList({"Unable to dup2 pipe to capture rpm transaction output"}));
-    // The capturer replaces standard output first. If it then cannot replace standard error, it restores
-    // standard output only at the end.
+    // The capturer replaces standard output before standard error. If it cannot replace standard error, only
+    // its destructor restores standard output.
     QCOMPARE(stdoutStayed, descriptor == STDOUT_FILENO);
     QVERIFY(stderrStayed);
     QVERIFY(restored);
@@ -639,14 +639,14 @@ void YumIOCapturersTest::aDescriptorThatCannotBeReplacedIsKept()
     QCOMPARE(after, before);
 }
 
-void YumIOCapturersTest::aFailedRestoreIsReportedAndTheReaderContinues_data()
+void YumIOCapturersTest::aDescriptorThatCannotBeRestoredIsReportedAndReadingContinues_data()
 {
     QTest::addColumn<int>("descriptor");
     QTest::newRow("standard output") << 1;
     QTest::newRow("standard error") << 2;
 }
 
-void YumIOCapturersTest::aFailedRestoreIsReportedAndTheReaderContinues()
+void YumIOCapturersTest::aDescriptorThatCannotBeRestoredIsReportedAndReadingContinues()
 {
     QFETCH(int, descriptor);
     // After a failed restore, the reader's thread is never deleted, so its receiver must exist until the
@@ -693,7 +693,7 @@ void YumIOCapturersTest::aFailedRestoreIsReportedAndTheReaderContinues()
     QVERIFY(!stderrRestored);
 }
 
-void YumIOCapturersTest::theEndOfANestedUserRestoresTheOuterObject()
+void YumIOCapturersTest::thePointerRefersToTheOuterCapturersAgainWhenANestedUserEnds()
 {
     Receiver receiver;
     YumIOCapturers* slot = nullptr;

@@ -89,27 +89,27 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void confirmReturnsTheAnswerOfThePressedButton_data();
-    void confirmReturnsTheAnswerOfThePressedButton();
-    void theDefaultButtonOfAQuestionCanReject_data();
-    void theDefaultButtonOfAQuestionCanReject();
-    void confirmClosedByTheWindowButtonIsRejected();
-    void messageReturnsTheNumberOfThePressedButton_data();
-    void messageReturnsTheNumberOfThePressedButton();
+    void theConfirmFunctionReturnsTheAnswerOfThePressedButton_data();
+    void theConfirmFunctionReturnsTheAnswerOfThePressedButton();
+    void theDefaultButtonOfAConfirmationCanReject_data();
+    void theDefaultButtonOfAConfirmationCanReject();
+    void closingAConfirmationByTheWindowButtonRejects();
+    void aMessageBoxReturnsTheNumberOfThePressedButton_data();
+    void aMessageBoxReturnsTheNumberOfThePressedButton();
     void enterPressesTheDefaultButton();
     void escapePressesTheEscapeButton();
-    void escapeDoesNothingWithoutAnEscapeButton();
-    void quittingAnswersWithTheEscapeButton_data();
-    void quittingAnswersWithTheEscapeButton();
-    void boxWithoutButtonTextsHasAnOkButton();
-    void boxLooksLikeTheStandardBox_data();
-    void boxLooksLikeTheStandardBox();
-    void messageTextIsShownAsPlainText();
+    void escapeDoesNothingIfThereIsNoEscapeButton();
+    void quittingTheProgramAnswersWithTheEscapeButton_data();
+    void quittingTheProgramAnswersWithTheEscapeButton();
+    void aBoxWithoutButtonTextsHasAnOkButton();
+    void theBoxLooksAndAnswersLikeAStandardQMessageBox_data();
+    void theBoxLooksAndAnswersLikeAStandardQMessageBox();
+    void messageTextsAreShownAsPlainText();
     void theScrollableDialogShowsTheTextUntilItIsClosed();
     void theWorkerGetsTheAnswerBeforeTheGraphicalThreadReturnsToItsLoop();
-    void oneObjectServesManyRequests();
-    void mainWindowIsTheParentOfTheDialogAndStaysResponsive();
-    void theEndOfANestedUserRestoresTheOuterObject();
+    void oneYumIODialogsObjectServesSeveralRequests();
+    void theMainWindowRespondsWhileAWorkerWaitsForADialog();
+    void thePointerRefersToTheOuterDialogsAgainWhenANestedUserEnds();
 
 private:
     // Runs the request on a worker, lets act() handle the dialog, and returns the answer.
@@ -157,7 +157,7 @@ int YumIODialogsTest::run(std::function<int(YumIODialogs&)> request, std::functi
     return asker.answer;
 }
 
-void YumIODialogsTest::confirmReturnsTheAnswerOfThePressedButton_data()
+void YumIODialogsTest::theConfirmFunctionReturnsTheAnswerOfThePressedButton_data()
 {
     QTest::addColumn<QString>("press");
     QTest::addColumn<int>("answer");
@@ -165,7 +165,7 @@ void YumIODialogsTest::confirmReturnsTheAnswerOfThePressedButton_data()
     QTest::newRow("reject") << "Stop" << 0;
 }
 
-void YumIODialogsTest::confirmReturnsTheAnswerOfThePressedButton()
+void YumIODialogsTest::theConfirmFunctionReturnsTheAnswerOfThePressedButton()
 {
     QFETCH(QString, press);
     QFETCH(int, answer);
@@ -187,14 +187,14 @@ void YumIODialogsTest::confirmReturnsTheAnswerOfThePressedButton()
     QCOMPARE(text, QString("Install <3> packages"));
 }
 
-void YumIODialogsTest::theDefaultButtonOfAQuestionCanReject_data()
+void YumIODialogsTest::theDefaultButtonOfAConfirmationCanReject_data()
 {
     QTest::addColumn<bool>("rejectIsDefault");
     QTest::newRow("reject") << true;
     QTest::newRow("accept") << false;
 }
 
-void YumIODialogsTest::theDefaultButtonOfAQuestionCanReject()
+void YumIODialogsTest::theDefaultButtonOfAConfirmationCanReject()
 {
     QFETCH(bool, rejectIsDefault);
     const int result = run(
@@ -205,7 +205,7 @@ void YumIODialogsTest::theDefaultButtonOfAQuestionCanReject()
     QCOMPARE(result, rejectIsDefault ? 0 : 1);
 }
 
-void YumIODialogsTest::confirmClosedByTheWindowButtonIsRejected()
+void YumIODialogsTest::closingAConfirmationByTheWindowButtonRejects()
 {
     const int result =
         run([](YumIODialogs& dialogs) { return dialogs.confirm("Confirm", "Install", "Yes", "No"); },
@@ -213,20 +213,20 @@ void YumIODialogsTest::confirmClosedByTheWindowButtonIsRejected()
     QCOMPARE(result, 0);
 }
 
-void YumIODialogsTest::messageReturnsTheNumberOfThePressedButton_data()
+void YumIODialogsTest::aMessageBoxReturnsTheNumberOfThePressedButton_data()
 {
     QTest::addColumn<bool>("critical");
     QTest::addColumn<QString>("press");
     QTest::addColumn<int>("answer");
-    QTest::newRow("warning, 0") << false << "Zero" << 0;
-    QTest::newRow("warning, 1") << false << "One" << 1;
-    QTest::newRow("warning, 2") << false << "Two" << 2;
-    QTest::newRow("critical, 0") << true << "Zero" << 0;
-    QTest::newRow("critical, 1") << true << "One" << 1;
-    QTest::newRow("critical, 2") << true << "Two" << 2;
+    QTest::newRow("warning, button 0") << false << "Zero" << 0;
+    QTest::newRow("warning, button 1") << false << "One" << 1;
+    QTest::newRow("warning, button 2") << false << "Two" << 2;
+    QTest::newRow("critical, button 0") << true << "Zero" << 0;
+    QTest::newRow("critical, button 1") << true << "One" << 1;
+    QTest::newRow("critical, button 2") << true << "Two" << 2;
 }
 
-void YumIODialogsTest::messageReturnsTheNumberOfThePressedButton()
+void YumIODialogsTest::aMessageBoxReturnsTheNumberOfThePressedButton()
 {
     QFETCH(bool, critical);
     QFETCH(QString, press);
@@ -263,7 +263,7 @@ void YumIODialogsTest::escapePressesTheEscapeButton()
     QCOMPARE(result, 2);
 }
 
-void YumIODialogsTest::escapeDoesNothingWithoutAnEscapeButton()
+void YumIODialogsTest::escapeDoesNothingIfThereIsNoEscapeButton()
 {
     bool stillOpen = false;
     const int result = run(
@@ -279,14 +279,14 @@ void YumIODialogsTest::escapeDoesNothingWithoutAnEscapeButton()
     QCOMPARE(result, 1);
 }
 
-void YumIODialogsTest::quittingAnswersWithTheEscapeButton_data()
+void YumIODialogsTest::quittingTheProgramAnswersWithTheEscapeButton_data()
 {
     QTest::addColumn<bool>("shown");
     QTest::newRow("while the box is shown") << true;
-    QTest::newRow("before it is shown") << false;
+    QTest::newRow("before the box is shown") << false;
 }
 
-void YumIODialogsTest::quittingAnswersWithTheEscapeButton()
+void YumIODialogsTest::quittingTheProgramAnswersWithTheEscapeButton()
 {
     QFETCH(bool, shown);
     int answer = -1000;
@@ -315,7 +315,7 @@ void YumIODialogsTest::quittingAnswersWithTheEscapeButton()
     QCOMPARE(answer, 1);
 }
 
-void YumIODialogsTest::boxWithoutButtonTextsHasAnOkButton()
+void YumIODialogsTest::aBoxWithoutButtonTextsHasAnOkButton()
 {
     QStringList buttons;
     const auto request = [](YumIODialogs& dialogs) {
@@ -337,7 +337,7 @@ void YumIODialogsTest::boxWithoutButtonTextsHasAnOkButton()
     QCOMPARE(result, 0);
 }
 
-void YumIODialogsTest::boxLooksLikeTheStandardBox_data()
+void YumIODialogsTest::theBoxLooksAndAnswersLikeAStandardQMessageBox_data()
 {
     QTest::addColumn<bool>("critical");
     QTest::addColumn<QStringList>("texts");
@@ -345,17 +345,18 @@ void YumIODialogsTest::boxLooksLikeTheStandardBox_data()
     QTest::addColumn<int>("escapeButton");
     for (const bool critical : {false, true}) {
         const QByteArray icon = critical ? "critical, " : "warning, ";
-        QTest::newRow(icon + "no texts") << critical << QStringList{"", "", ""} << 0 << -1;
-        QTest::newRow(icon + "one") << critical << QStringList{"&Quit", "", ""} << 0 << -1;
-        QTest::newRow(icon + "two") << critical << QStringList{"&Yes", "&No", ""} << 1 << 1;
-        QTest::newRow(icon + "three") << critical << QStringList{"A", "B", "C"} << 2 << 0;
-        QTest::newRow(icon + "hole") << critical << QStringList{"", "B", "C"} << 1 << 0;
-        QTest::newRow(icon + "gap") << critical << QStringList{"A", "", "C"} << 1 << -1;
-        QTest::newRow(icon + "out of range") << critical << QStringList{"A", "B", ""} << 7 << 9;
+        QTest::newRow(icon + "no button texts") << critical << QStringList{"", "", ""} << 0 << -1;
+        QTest::newRow(icon + "one button") << critical << QStringList{"&Quit", "", ""} << 0 << -1;
+        QTest::newRow(icon + "two buttons") << critical << QStringList{"&Yes", "&No", ""} << 1 << 1;
+        QTest::newRow(icon + "three buttons") << critical << QStringList{"A", "B", "C"} << 2 << 0;
+        QTest::newRow(icon + "first button missing") << critical << QStringList{"", "B", "C"} << 1 << 0;
+        QTest::newRow(icon + "second button missing") << critical << QStringList{"A", "", "C"} << 1 << -1;
+        QTest::newRow(icon + "button numbers out of range")
+            << critical << QStringList{"A", "B", ""} << 7 << 9;
     }
 }
 
-void YumIODialogsTest::boxLooksLikeTheStandardBox()
+void YumIODialogsTest::theBoxLooksAndAnswersLikeAStandardQMessageBox()
 {
     QFETCH(bool, critical);
     QFETCH(QStringList, texts);
@@ -401,7 +402,7 @@ void YumIODialogsTest::boxLooksLikeTheStandardBox()
     QCOMPARE(description, expectedDescription);
 }
 
-void YumIODialogsTest::messageTextIsShownAsPlainText()
+void YumIODialogsTest::messageTextsAreShownAsPlainText()
 {
     const QString text("<h1>Large</h1> <a href=\"http://example.com\">package</a>");
     Qt::TextFormat format = Qt::AutoText;
@@ -453,7 +454,7 @@ void YumIODialogsTest::theWorkerGetsTheAnswerBeforeTheGraphicalThreadReturnsToIt
     QTRY_VERIFY(eventsProcessed);
 }
 
-void YumIODialogsTest::oneObjectServesManyRequests()
+void YumIODialogsTest::oneYumIODialogsObjectServesSeveralRequests()
 {
     QList<int> answers;
     Asker asker(mainWindow.get(), [&answers](YumIODialogs& dialogs) {
@@ -478,7 +479,7 @@ void YumIODialogsTest::oneObjectServesManyRequests()
     QCOMPARE(answers, (QList<int>{1, 2, 0}));
 }
 
-void YumIODialogsTest::mainWindowIsTheParentOfTheDialogAndStaysResponsive()
+void YumIODialogsTest::theMainWindowRespondsWhileAWorkerWaitsForADialog()
 {
     QWidget* parent = nullptr;
     int ticks = 0;
@@ -502,7 +503,7 @@ void YumIODialogsTest::mainWindowIsTheParentOfTheDialogAndStaysResponsive()
     QVERIFY(ticks >= 5);
 }
 
-void YumIODialogsTest::theEndOfANestedUserRestoresTheOuterObject()
+void YumIODialogsTest::thePointerRefersToTheOuterDialogsAgainWhenANestedUserEnds()
 {
     YumIODialogs base(mainWindow.get());
     YumIODialogs* slot = &base;

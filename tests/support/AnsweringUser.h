@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Answers message boxes as a user does, and records them; on request, also other dialogs. It works in the
-// program's own event loop and in the test's event loop. It shortens the time for which a worker's question
-// ignores input.
+// Answers message boxes as a user does, and records them. On request, it also answers other dialogs. It works
+// in the program's own event loop and in the test's event loop. To save time, it shortens the first moment in
+// which a worker's question ignores input.
 
 #ifndef TESTS_SUPPORT_ANSWERINGUSER_H
 #define TESTS_SUPPORT_ANSWERINGUSER_H
@@ -101,7 +101,7 @@ public:
 
     // The dialogs that have opened, in order.
     QList<ShownBox> seen;
-    // How the next dialog is answered.
+    // How this object answers the next dialog.
     Answer answer;
 
 private:

@@ -27,8 +27,8 @@ inline QByteArray get(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
 }
 
-// The template for a directory with many files. The directory is in memory if possible, because on a disk a
-// program may have to wait when it truncates and closes a file.
+// The template for the name of a directory with many files. If possible, this directory is in memory: on a
+// disk, a program may have to wait when it truncates and closes a file.
 inline QString scratchTemplate()
 {
     const QFileInfo memory(QStringLiteral("/dev/shm"));

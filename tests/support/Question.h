@@ -10,7 +10,7 @@
 
 #include "services/QuestionGuard.h"
 
-// Every other dialog takes input at once.
+// A dialog without a QuestionGuard takes input at once.
 inline bool takesInput(const QWidget* dialog)
 {
     const QVariant value = dialog->property(QuestionGuard::takesInput);

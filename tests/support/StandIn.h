@@ -41,7 +41,7 @@ public:
     void setBreaking(bool doBreak);
     // Whether an apply reports that another program has changed the system.
     void setOutdated(bool outdated);
-    // The outcome that an apply reports if it has begun its change.
+    // The outcome that an apply reports after it has begun to change the system.
     void setOutcome(const QJsonObject& outcome);
     // Whether collections fail from now on.
     void setUnreadable(bool unreadable);
@@ -60,7 +60,8 @@ public:
     // Sets the contents of the repository file. The script knows two repositories: "base" and "extras".
     void setRepos(const QByteArray& text);
 
-    // An advisory, and the package "NAME-2-1.x86_64" of an advisory. obstacle: a value of Advisory::Obstacle.
+    // These functions return an advisory, and the package "NAME-2-1.x86_64" for an advisory. obstacle: a
+    // value of Advisory::Obstacle.
     static QJsonArray advisory(const QString& id, bool security, const QList<QJsonArray>& packages);
     static QJsonArray advised(const QString& name, int obstacle);
     void setAdvisories(const QList<QJsonArray>& advisories);
