@@ -38,15 +38,15 @@ class ColorsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void eachMeaningHasTheExpectedColour_data();
-    void eachMeaningHasTheExpectedColour();
+    void eachColourFunctionReturnsTheExpectedColour_data();
+    void eachColourFunctionReturnsTheExpectedColour();
     void aTranslationMayChooseAnotherColour();
     void aRequiredFieldIsColouredUnlessItIsDisabled();
-    void theColourOfRequiredFieldsIsReadOnlyOnce();
-    void aStatusLabelIsColouredInEveryState_data();
-    void aStatusLabelIsColouredInEveryState();
-    void textIsWhiteOnDarkAndBlackOnLight_data();
-    void textIsWhiteOnDarkAndBlackOnLight();
+    void theTranslationOfTheRequiredFieldColourIsReadOnlyOnce();
+    void aStatusLabelHasItsColourInEveryColourGroup_data();
+    void aStatusLabelHasItsColourInEveryColourGroup();
+    void textIsWhiteOnADarkColourAndBlackOnALightColour_data();
+    void textIsWhiteOnADarkColourAndBlackOnALightColour();
     void coloursAreUnchangedOnALightBackground();
     void coloursAreReadableOnADarkBackground_data();
     void coloursAreReadableOnADarkBackground();
@@ -58,7 +58,7 @@ using Maker = QPalette (*)(const QPalette&);
 Q_DECLARE_METATYPE(Name)
 Q_DECLARE_METATYPE(Maker)
 
-void ColorsTest::eachMeaningHasTheExpectedColour_data()
+void ColorsTest::eachColourFunctionReturnsTheExpectedColour_data()
 {
     QTest::addColumn<Name>("function");
     QTest::addColumn<QString>("name");
@@ -75,7 +75,7 @@ void ColorsTest::eachMeaningHasTheExpectedColour_data()
     QTest::newRow("okBg") << &Colors::okBg << "lightgreen";
 }
 
-void ColorsTest::eachMeaningHasTheExpectedColour()
+void ColorsTest::eachColourFunctionReturnsTheExpectedColour()
 {
     QFETCH(Name, function);
     QFETCH(QString, name);
@@ -103,7 +103,7 @@ void ColorsTest::aRequiredFieldIsColouredUnlessItIsDisabled()
     QCOMPARE(made.color(QPalette::Active, QPalette::Text), before.color(QPalette::Active, QPalette::Text));
 }
 
-void ColorsTest::theColourOfRequiredFieldsIsReadOnlyOnce()
+void ColorsTest::theTranslationOfTheRequiredFieldColourIsReadOnlyOnce()
 {
     const QPalette first = Colors::makeRequired(QPalette());
     ColorTranslator translator("#fffacd", "#010203");
@@ -111,7 +111,7 @@ void ColorsTest::theColourOfRequiredFieldsIsReadOnlyOnce()
     QCOMPARE(Colors::makeRequired(QPalette()).color(QPalette::Base), first.color(QPalette::Base));
 }
 
-void ColorsTest::aStatusLabelIsColouredInEveryState_data()
+void ColorsTest::aStatusLabelHasItsColourInEveryColourGroup_data()
 {
     QTest::addColumn<Maker>("make");
     QTest::addColumn<QColor>("background");
@@ -120,7 +120,7 @@ void ColorsTest::aStatusLabelIsColouredInEveryState_data()
     QTest::newRow("ok") << &Colors::makeOK << QColor(0x90, 0xee, 0x90);
 }
 
-void ColorsTest::aStatusLabelIsColouredInEveryState()
+void ColorsTest::aStatusLabelHasItsColourInEveryColourGroup()
 {
     QFETCH(Maker, make);
     QFETCH(QColor, background);
@@ -134,7 +134,7 @@ void ColorsTest::aStatusLabelIsColouredInEveryState()
     }
 }
 
-void ColorsTest::textIsWhiteOnDarkAndBlackOnLight_data()
+void ColorsTest::textIsWhiteOnADarkColourAndBlackOnALightColour_data()
 {
     QTest::addColumn<Maker>("make");
     QTest::addColumn<QByteArray>("name");
@@ -143,7 +143,7 @@ void ColorsTest::textIsWhiteOnDarkAndBlackOnLight_data()
     QTest::newRow("ok") << &Colors::makeOK << QByteArray("lightgreen");
 }
 
-void ColorsTest::textIsWhiteOnDarkAndBlackOnLight()
+void ColorsTest::textIsWhiteOnADarkColourAndBlackOnALightColour()
 {
     QFETCH(Maker, make);
     QFETCH(QByteArray, name);

@@ -11,11 +11,11 @@ class ElidedLabelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void fittingTextIsShownWithoutToolTip();
-    void longTextIsShortenedAndInTheToolTip();
+    void aTextThatFitsIsShownWithoutAToolTip();
+    void aTextThatIsTooLongIsShortenedAndShownInTheToolTip();
     void theShownTextDependsOnTheWidthOfTheLabel();
-    void longTextDoesNotWidenTheWindow();
-    void textIsNeverMarkup();
+    void aLongTextDoesNotWidenTheWindow();
+    void markupInTheTextIsShownAsPlainText();
 };
 
 namespace {
@@ -24,7 +24,7 @@ const QString longText = QStringLiteral("a text of many words that does not fit 
 
 } // namespace
 
-void ElidedLabelTest::fittingTextIsShownWithoutToolTip()
+void ElidedLabelTest::aTextThatFitsIsShownWithoutAToolTip()
 {
     ElidedLabel label;
     label.showText("short");
@@ -35,7 +35,7 @@ void ElidedLabelTest::fittingTextIsShownWithoutToolTip()
     QCOMPARE(label.toolTip(), QString());
 }
 
-void ElidedLabelTest::longTextIsShortenedAndInTheToolTip()
+void ElidedLabelTest::aTextThatIsTooLongIsShortenedAndShownInTheToolTip()
 {
     ElidedLabel label;
     label.resize(100, 20);
@@ -63,7 +63,7 @@ void ElidedLabelTest::theShownTextDependsOnTheWidthOfTheLabel()
     QCOMPARE(label->toolTip(), QString());
 }
 
-void ElidedLabelTest::longTextDoesNotWidenTheWindow()
+void ElidedLabelTest::aLongTextDoesNotWidenTheWindow()
 {
     ElidedLabel label;
     const QSize before = label.minimumSizeHint();
@@ -72,7 +72,7 @@ void ElidedLabelTest::longTextDoesNotWidenTheWindow()
     QCOMPARE(label.minimumSizeHint().height(), before.height());
 }
 
-void ElidedLabelTest::textIsNeverMarkup()
+void ElidedLabelTest::markupInTheTextIsShownAsPlainText()
 {
     ElidedLabel label;
     label.resize(40, 20);

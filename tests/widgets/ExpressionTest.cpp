@@ -104,7 +104,7 @@ class ExpressionTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void resultsAreTheSameAsInTheCLibrary_data()
+    void matchesHasTheSameResultsAsTheCLibrary_data()
     {
         QTest::addColumn<quint32>("seed");
         for (quint32 seed = 1; seed <= 10; ++seed) {
@@ -112,7 +112,7 @@ private Q_SLOTS:
         }
     }
 
-    void resultsAreTheSameAsInTheCLibrary()
+    void matchesHasTheSameResultsAsTheCLibrary()
     {
         QFETCH(quint32, seed);
         Generator generator(seed);
@@ -152,7 +152,7 @@ private Q_SLOTS:
         QVERIFY2(found > matched && found < compiled * 20 - 1000, qPrintable(QString::number(found)));
     }
 
-    void anEscapedTextMatchesWhereTheTextOccurs()
+    void anEscapedTextMatchesExactlyTheTextsThatContainIt()
     {
         Generator generator(99);
         for (int i = 0; i < 20000; ++i) {
@@ -173,7 +173,7 @@ private Q_SLOTS:
         }
     }
 
-    void theTextThatEveryMatchContainsIsFound_data()
+    void requiredTextReturnsTheTextThatEveryMatchContains_data()
     {
         QTest::addColumn<QString>("expression");
         QTest::addColumn<QString>("required");
@@ -241,7 +241,7 @@ private Q_SLOTS:
         row("ab\\", "ab");
     }
 
-    void theTextThatEveryMatchContainsIsFound()
+    void requiredTextReturnsTheTextThatEveryMatchContains()
     {
         QFETCH(QString, expression);
         QFETCH(QString, required);
@@ -251,7 +251,7 @@ private Q_SLOTS:
         QCOMPARE(answer, whole);
     }
 
-    void expressionsThatNeedOnePassAreFound_data()
+    void inOnePassConvertsExpressionsThatNeedOnlyOnePass_data()
     {
         QTest::addColumn<QByteArray>("expression");
         QTest::addColumn<QByteArray>("onePass");
@@ -275,7 +275,7 @@ private Q_SLOTS:
         row("a*)|(b", "");
     }
 
-    void expressionsThatNeedOnePassAreFound()
+    void inOnePassConvertsExpressionsThatNeedOnlyOnePass()
     {
         QFETCH(QByteArray, expression);
         QFETCH(QByteArray, onePass);
@@ -283,7 +283,7 @@ private Q_SLOTS:
     }
 
     // In a text that is not UTF-8, "." does not match every byte.
-    void invalidTextsAreMatchedAsInTheCLibrary()
+    void textsThatAreNotUtf8AreMatchedAsInTheCLibrary()
     {
         for (const char* expression : {"a+b", "a.*b", "(a|b)+"}) {
             const Plain plain(expression);
@@ -298,7 +298,7 @@ private Q_SLOTS:
         }
     }
 
-    void ifNoExpressionIsSetNothingMatches()
+    void noTextMatchesIfNoExpressionIsSet()
     {
         Expression none;
         QVERIFY(!none.matches(""));
@@ -306,7 +306,7 @@ private Q_SLOTS:
         QVERIFY(!none.matchesAny(QByteArray("a\0", 2)));
     }
 
-    void expressionThatCannotBeCompiledMatchesNothing()
+    void anExpressionThatCannotBeCompiledMatchesNoText()
     {
         for (const char* text : {"(", "[", "a{2", "\\", "a\\", "[[:nonsense:]]", "kernel[", "kernel("}) {
             Expression broken;
@@ -316,7 +316,7 @@ private Q_SLOTS:
         }
     }
 
-    void aSyntaxErrorIsReported()
+    void faultDescribesASyntaxErrorInTheExpression()
     {
         Expression expression;
         QCOMPARE(expression.fault(), QString());
@@ -328,7 +328,7 @@ private Q_SLOTS:
         QCOMPARE(expression.fault(), QString());
     }
 
-    void anotherExpressionReplacesTheFirst()
+    void aSecondExpressionReplacesTheFirst()
     {
         Expression expression;
         expression.compile("kernel");
@@ -379,7 +379,7 @@ private Q_SLOTS:
         }
     }
 
-    void localeHasMultibyteCharacters()
+    void theLocaleOfTheTestsHasMultibyteCharacters()
     {
         // If the locale had only single-byte characters, the tests above would not test multibyte characters.
         Expression expression;

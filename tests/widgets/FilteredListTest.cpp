@@ -38,20 +38,20 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void theFirstRowIsCurrent();
-    void typingFiltersTheRowsAndShowsTheirNumber();
-    void theCurrentRowIsKeptAsLongAsItIsListed();
-    void anInvalidExpressionIsColouredAndExplained();
-    void anEmptyListShowsTheReason();
-    void newRecordsCauseASignalAboutTheCurrentRow();
-    void selectedRowsAreInTheOrderOfTheList();
-    void aHeaderSortsByItsColumn();
-    void allPartsCanBeReachedByKeyboard();
-    void openingGivesTheFocusToTheList();
-    void enterAndDoubleClickActivateARow();
+    void theFirstRowIsCurrentAfterTheListIsFilled();
+    void typingAnExpressionFiltersTheRowsAndShowsTheirNumber();
+    void theCurrentRowStaysCurrentAsLongAsItIsListed();
+    void anInvalidExpressionHasTheErrorColourAndAnExplanation();
+    void theListShowsTheReasonIfNoRowIsListed();
+    void aSignalReportsTheCurrentRowWhenTheRecordsAreReplaced();
+    void selectedRowsAreReturnedInTheOrderOfTheList();
+    void aClickOnAHeaderSortsTheRowsByThisColumn();
+    void theKeyboardReachesAllPartsOfTheList();
+    void theListGetsTheFocusWhenTheWindowOpens();
+    void theEnterKeyAndADoubleClickActivateTheRow();
     void aCellThatIsTooNarrowShowsItsTextAsToolTip();
     void columnsFitTheirTextsUpToALimit();
-    void detailsAreBelowTheList();
+    void theDetailsPaneIsBelowTheList();
     void tenThousandRowsAreFiltered();
 
 private:
@@ -94,7 +94,7 @@ void FilteredListTest::show()
     QVERIFY(QTest::qWaitForWindowActive(list.get(), 30000));
 }
 
-void FilteredListTest::theFirstRowIsCurrent()
+void FilteredListTest::theFirstRowIsCurrentAfterTheListIsFilled()
 {
     QCOMPARE(list->currentRow(), 0);
     QCOMPARE(list->selectedRows(), QList<int>({0}));
@@ -102,7 +102,7 @@ void FilteredListTest::theFirstRowIsCurrent()
     QCOMPARE(edit()->accessibleName(), QString("Regular expression"));
 }
 
-void FilteredListTest::typingFiltersTheRowsAndShowsTheirNumber()
+void FilteredListTest::typingAnExpressionFiltersTheRowsAndShowsTheirNumber()
 {
     show();
     QCOMPARE(count(), QString("3 of 3 listed"));
@@ -115,7 +115,7 @@ void FilteredListTest::typingFiltersTheRowsAndShowsTheirNumber()
     QCOMPARE(count(), QString("3 of 3 listed"));
 }
 
-void FilteredListTest::theCurrentRowIsKeptAsLongAsItIsListed()
+void FilteredListTest::theCurrentRowStaysCurrentAsLongAsItIsListed()
 {
     QSignalSpy spy(list.get(), SIGNAL(currentChanged(int)));
     list->setCurrentRow(2);
@@ -136,7 +136,7 @@ void FilteredListTest::theCurrentRowIsKeptAsLongAsItIsListed()
     QCOMPARE(spy.takeFirst().at(0).toInt(), -1);
 }
 
-void FilteredListTest::anInvalidExpressionIsColouredAndExplained()
+void FilteredListTest::anInvalidExpressionHasTheErrorColourAndAnExplanation()
 {
     show();
     QTest::keyClicks(edit(), "(");
@@ -149,7 +149,7 @@ void FilteredListTest::anInvalidExpressionIsColouredAndExplained()
     QCOMPARE(emptyText(), QString());
 }
 
-void FilteredListTest::anEmptyListShowsTheReason()
+void FilteredListTest::theListShowsTheReasonIfNoRowIsListed()
 {
     list->setExpression("nothing like this");
     QCOMPARE(emptyText(), QString("Nothing matches."));
@@ -158,7 +158,7 @@ void FilteredListTest::anEmptyListShowsTheReason()
     QCOMPARE(count(), QString("0 of 0 listed"));
 }
 
-void FilteredListTest::newRecordsCauseASignalAboutTheCurrentRow()
+void FilteredListTest::aSignalReportsTheCurrentRowWhenTheRecordsAreReplaced()
 {
     QSignalSpy spy(list.get(), SIGNAL(currentChanged(int)));
     records->reset({{9, "remove shell"}});
@@ -168,7 +168,7 @@ void FilteredListTest::newRecordsCauseASignalAboutTheCurrentRow()
     QCOMPARE(spy.takeFirst().at(0).toInt(), -1);
 }
 
-void FilteredListTest::selectedRowsAreInTheOrderOfTheList()
+void FilteredListTest::selectedRowsAreReturnedInTheOrderOfTheList()
 {
     list->sortBy(0, Qt::AscendingOrder);
     list->tableView()->selectAll();
@@ -179,7 +179,7 @@ void FilteredListTest::selectedRowsAreInTheOrderOfTheList()
     QCOMPARE(list->selectedRows(), QList<int>());
 }
 
-void FilteredListTest::aHeaderSortsByItsColumn()
+void FilteredListTest::aClickOnAHeaderSortsTheRowsByThisColumn()
 {
     show();
     QHeaderView* header = list->tableView()->horizontalHeader();
@@ -196,7 +196,7 @@ void FilteredListTest::aHeaderSortsByItsColumn()
     QCOMPARE(first(), 1); // the transaction "install kernel"
 }
 
-void FilteredListTest::allPartsCanBeReachedByKeyboard()
+void FilteredListTest::theKeyboardReachesAllPartsOfTheList()
 {
     show();
     QVERIFY(list->tableView()->hasFocus());
@@ -212,7 +212,7 @@ void FilteredListTest::allPartsCanBeReachedByKeyboard()
     QTRY_VERIFY(list->tableView()->hasFocus());
 }
 
-void FilteredListTest::openingGivesTheFocusToTheList()
+void FilteredListTest::theListGetsTheFocusWhenTheWindowOpens()
 {
     QWidget window;
     QVBoxLayout layout(&window);
@@ -240,7 +240,7 @@ void FilteredListTest::openingGivesTheFocusToTheList()
     }
 }
 
-void FilteredListTest::enterAndDoubleClickActivateARow()
+void FilteredListTest::theEnterKeyAndADoubleClickActivateTheRow()
 {
     show();
     QSignalSpy spy(list.get(), SIGNAL(activated(int)));
@@ -288,7 +288,7 @@ void FilteredListTest::columnsFitTheirTextsUpToALimit()
     QVERIFY(fitting < limited);
 }
 
-void FilteredListTest::detailsAreBelowTheList()
+void FilteredListTest::theDetailsPaneIsBelowTheList()
 {
     auto* details = new QTextEdit;
     list->setDetails(details);

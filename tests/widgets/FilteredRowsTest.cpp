@@ -9,7 +9,8 @@
 
 namespace {
 
-// A table that searches other values in column 0, and sorts by other values in column 1, than it displays.
+// A table in which a search uses other values than column 0 displays, and sorting uses other values than
+// column 1 displays.
 class Keyed : public FixedTable
 {
 public:
@@ -54,21 +55,21 @@ class FilteredRowsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void ifNoExpressionIsSetEveryRowIsListed();
-    void theExpressionMatchesTheJoinedColumns_data();
-    void theExpressionMatchesTheJoinedColumns();
+    void everyRowIsListedIfNoExpressionIsSet();
+    void theExpressionMatchesTheJoinedTextsOfAllColumns_data();
+    void theExpressionMatchesTheJoinedTextsOfAllColumns();
     void theExpressionAlsoMatchesTextThatIsNotShown();
     void anInvalidExpressionListsNothingAndHasAnErrorText();
-    void rowsAreSortedByNumberTimeAndText();
-    void equalRowsKeepTheirOrder();
-    void rowsAreMappedToTheirSourceAndBack();
+    void numbersTimesAndTextsAreSortedByTheirValues();
+    void rowsWithEqualSortKeysKeepTheirOrder();
+    void rowIndexesAreMappedToTheSourceModelAndBack();
     void rowsAreFilteredAndSortedAgainWhenTheSourceChanges();
     void changedCellsOfListedRowsAreSignalled();
-    void theHeaderIsTheSameAsInTheSourceEvenWithoutRows();
-    void ifNoSourceIsSetNoRowIsListed();
+    void theHeaderIsThatOfTheSourceEvenIfNoRowIsListed();
+    void noRowIsListedIfNoSourceIsSet();
 };
 
-void FilteredRowsTest::ifNoExpressionIsSetEveryRowIsListed()
+void FilteredRowsTest::everyRowIsListedIfNoExpressionIsSet()
 {
     FixedTable table({{"b", 1}, {"a", 2}, {"c", 3}});
     FilteredRows rows;
@@ -82,14 +83,14 @@ void FilteredRowsTest::ifNoExpressionIsSetEveryRowIsListed()
     QCOMPARE(rows.rowCount(rows.index(0, 0)), 0);
 }
 
-void FilteredRowsTest::theExpressionMatchesTheJoinedColumns_data()
+void FilteredRowsTest::theExpressionMatchesTheJoinedTextsOfAllColumns_data()
 {
     QTest::addColumn<QString>("expression");
     QTest::addColumn<QStringList>("expected");
 
     QTest::newRow("a text") << "kernel" << QStringList({"kernel", "kernel-core"});
     QTest::newRow("different letter case") << "Kernel" << QStringList();
-    QTest::newRow("another column") << "bash" << QStringList({"shell"});
+    QTest::newRow("text in another column") << "bash" << QStringList({"shell"});
     QTest::newRow("across columns") << "^kernel 7$" << QStringList({"kernel"});
     QTest::newRow("alternatives") << "^(shell|kernel) " << QStringList({"kernel", "shell"});
     QTest::newRow("wildcards around a text") << ".*core.*" << QStringList({"kernel-core"});
@@ -97,7 +98,7 @@ void FilteredRowsTest::theExpressionMatchesTheJoinedColumns_data()
         << QString::fromUtf8("ü.e") << QStringList({QString::fromUtf8("Prüfen")});
 }
 
-void FilteredRowsTest::theExpressionMatchesTheJoinedColumns()
+void FilteredRowsTest::theExpressionMatchesTheJoinedTextsOfAllColumns()
 {
     QFETCH(QString, expression);
     QFETCH(QStringList, expected);
@@ -135,7 +136,7 @@ void FilteredRowsTest::anInvalidExpressionListsNothingAndHasAnErrorText()
     QCOMPARE(rows.expressionFault(), QString());
 }
 
-void FilteredRowsTest::rowsAreSortedByNumberTimeAndText()
+void FilteredRowsTest::numbersTimesAndTextsAreSortedByTheirValues()
 {
     Keyed table({{10, "Monday", 300}, {9, "Friday", 100}, {100, "Sunday", 200}});
     FilteredRows rows;
@@ -155,7 +156,7 @@ void FilteredRowsTest::rowsAreSortedByNumberTimeAndText()
     QCOMPARE(firstColumn(rows), QStringList({"Alpha", "beta", "gamma"}));
 }
 
-void FilteredRowsTest::equalRowsKeepTheirOrder()
+void FilteredRowsTest::rowsWithEqualSortKeysKeepTheirOrder()
 {
     FixedTable table({{"c", 1}, {"a", 1}, {"b", 0}});
     FilteredRows rows;
@@ -166,7 +167,7 @@ void FilteredRowsTest::equalRowsKeepTheirOrder()
     QCOMPARE(firstColumn(rows), QStringList({"c", "a", "b"}));
 }
 
-void FilteredRowsTest::rowsAreMappedToTheirSourceAndBack()
+void FilteredRowsTest::rowIndexesAreMappedToTheSourceModelAndBack()
 {
     FixedTable table({{"b", 1}, {"x", 2}, {"a", 3}});
     FilteredRows rows;
@@ -209,7 +210,7 @@ void FilteredRowsTest::changedCellsOfListedRowsAreSignalled()
     QCOMPARE(spy.first().at(1).toModelIndex(), rows.index(0, 1));
 }
 
-void FilteredRowsTest::theHeaderIsTheSameAsInTheSourceEvenWithoutRows()
+void FilteredRowsTest::theHeaderIsThatOfTheSourceEvenIfNoRowIsListed()
 {
     Keyed table;
     FilteredRows rows;
@@ -218,7 +219,7 @@ void FilteredRowsTest::theHeaderIsTheSameAsInTheSourceEvenWithoutRows()
     QVERIFY(!rows.headerData(0, Qt::Vertical).isValid());
 }
 
-void FilteredRowsTest::ifNoSourceIsSetNoRowIsListed()
+void FilteredRowsTest::noRowIsListedIfNoSourceIsSet()
 {
     FilteredRows rows;
     QCOMPARE(rows.rowCount(), 0);

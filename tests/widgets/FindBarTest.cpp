@@ -50,7 +50,7 @@ public:
         resize(500, 300);
         show();
         if (!QTest::qWaitForWindowActive(this)) {
-            qFatal("the dialog does not show");
+            qFatal("the dialog does not appear");
         }
         wasVisible = bar->isVisible();
         bar->open(); // the bar makes its contents when it first opens
@@ -111,27 +111,27 @@ private:
     }
 
 private Q_SLOTS:
-    void barIsHiddenUntilItsKeyIsPressed_data() { addRows(); }
-    void barIsHiddenUntilItsKeyIsPressed();
-    void typedTextIsFoundAndShown_data() { addRows(); }
-    void typedTextIsFoundAndShown();
+    void theBarIsHiddenUntilItsKeyIsPressed_data() { addRows(); }
+    void theBarIsHiddenUntilItsKeyIsPressed();
+    void theFirstMatchOfTheTypedTextIsSelectedAndVisible_data() { addRows(); }
+    void theFirstMatchOfTheTypedTextIsSelectedAndVisible();
     void enterGoesToTheNextAndShiftEnterToThePreviousMatch_data() { addRows(); }
     void enterGoesToTheNextAndShiftEnterToThePreviousMatch();
     void keysInTheBarNeverReachTheDefaultButton_data() { addRows(); }
     void keysInTheBarNeverReachTheDefaultButton();
-    void buttonsAndFunctionKeysGoToTheMatches_data() { addRows(); }
-    void buttonsAndFunctionKeysGoToTheMatches();
-    void missingTextIsReported_data() { addRows(); }
-    void missingTextIsReported();
+    void theButtonsAndF3GoToTheNextAndThePreviousMatch_data() { addRows(); }
+    void theButtonsAndF3GoToTheNextAndThePreviousMatch();
+    void theBarReportsThatTheTypedTextIsNotFound_data() { addRows(); }
+    void theBarReportsThatTheTypedTextIsNotFound();
     void tabGoesFromTheTextThroughTheBarToTheButtons_data() { addRows(); }
     void tabGoesFromTheTextThroughTheBarToTheButtons();
     void escapeHidesTheBarAndReturnsTheFocus_data() { addRows(); }
     void escapeHidesTheBarAndReturnsTheFocus();
-    void matchAtTheRightEndOfALongLineIsVisible();
-    void aSmallWindowBecomesWideEnoughForTheField();
+    void aMatchAtTheRightEndOfALongLineIsScrolledIntoView();
+    void aSmallWindowBecomesWideEnoughForTheFieldWhenTheBarOpens();
 };
 
-void FindBarTest::barIsHiddenUntilItsKeyIsPressed()
+void FindBarTest::theBarIsHiddenUntilItsKeyIsPressed()
 {
     QFETCH(bool, inLabel);
     Searched dialog(inLabel);
@@ -143,7 +143,7 @@ void FindBarTest::barIsHiddenUntilItsKeyIsPressed()
     QCOMPARE(dialog.field->accessibleName(), QString("Find"));
 }
 
-void FindBarTest::typedTextIsFoundAndShown()
+void FindBarTest::theFirstMatchOfTheTypedTextIsSelectedAndVisible()
 {
     QFETCH(bool, inLabel);
     Searched dialog(inLabel);
@@ -170,7 +170,7 @@ void FindBarTest::enterGoesToTheNextAndShiftEnterToThePreviousMatch()
     for (int at = text.indexOf("line 39"); at >= 0; at = text.indexOf("line 39", at + 1)) {
         places << at;
     }
-    QCOMPARE(places.size(), 11); // line 39 and the lines 390 to 399
+    QCOMPARE(places.size(), 11); // in line 39 and in the lines 390 to 399
     QCOMPARE(dialog.place(), places.at(0));
     for (int i = 1; i <= places.size(); ++i) {
         QTest::keyClick(dialog.field, Qt::Key_Return);
@@ -207,7 +207,7 @@ void FindBarTest::keysInTheBarNeverReachTheDefaultButton()
     QCOMPARE(clicks.count(), 0);
 }
 
-void FindBarTest::buttonsAndFunctionKeysGoToTheMatches()
+void FindBarTest::theButtonsAndF3GoToTheNextAndThePreviousMatch()
 {
     QFETCH(bool, inLabel);
     Searched dialog(inLabel);
@@ -229,7 +229,7 @@ void FindBarTest::buttonsAndFunctionKeysGoToTheMatches()
     QCOMPARE(dialog.place(), first);
 }
 
-void FindBarTest::missingTextIsReported()
+void FindBarTest::theBarReportsThatTheTypedTextIsNotFound()
 {
     QFETCH(bool, inLabel);
     Searched dialog(inLabel);
@@ -249,7 +249,7 @@ void FindBarTest::tabGoesFromTheTextThroughTheBarToTheButtons()
     QFETCH(bool, inLabel);
     Searched dialog(inLabel);
     dialog.open();
-    QTest::keyClicks(dialog.field, "line"); // enables the buttons
+    QTest::keyClicks(dialog.field, "line"); // the match enables the buttons
     QWidget* text = inLabel ? static_cast<QWidget*>(dialog.area) : dialog.edit;
     if (!inLabel) {
         dialog.edit->setTabChangesFocus(true);
@@ -278,7 +278,7 @@ void FindBarTest::escapeHidesTheBarAndReturnsTheFocus()
     QVERIFY(!dialog.isVisible());
 }
 
-void FindBarTest::matchAtTheRightEndOfALongLineIsVisible()
+void FindBarTest::aMatchAtTheRightEndOfALongLineIsScrolledIntoView()
 {
     Searched dialog(true);
     dialog.label->setText("\tshort\n" + QString(300, 'x') + "wanted\n" + QString(400, 'y'));
@@ -293,7 +293,7 @@ void FindBarTest::matchAtTheRightEndOfALongLineIsVisible()
     QVERIFY(right > left && right < left + dialog.area->viewport()->width());
 }
 
-void FindBarTest::aSmallWindowBecomesWideEnoughForTheField()
+void FindBarTest::aSmallWindowBecomesWideEnoughForTheFieldWhenTheBarOpens()
 {
     Searched dialog(true);
     dialog.resize(dialog.minimumSizeHint());

@@ -88,30 +88,30 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void theCallerFillsTheTip();
+    void theFunctionOfTheCallerFillsTheTipBeforeItIsVisible();
     void theTipIsAsLargeAsItsContents();
     void aTipWithoutLayoutKeepsTheSizeThatItsCallerHasSet();
-    void theTipLooksLikeAToolTip();
+    void theTipIsAWindowWithTheFrameAndTheColoursOfAToolTip();
     void theTipIsPlacedNearThePointer_data();
     void theTipIsPlacedNearThePointer();
     void aSecondTipReplacesTheFirst();
-    void hoveringAWidgetShowsItsTip();
-    void aTipDisappearsAfterSomeTime();
+    void hoveringOverAWidgetShowsItsTip();
+    void aTipThatIsNotStickyDisappearsAfterSomeTime();
     void aStickyTipDoesNotDisappearAfterSomeTime();
-    void aHiddenTipIsDeleted();
+    void aTipIsDeletedAfterItWasHidden();
     void aTipCanBeShownAfterThePreviousTipWasDeleted();
-    void enteringTheTipHidesIt();
-    void mouseMovesDoNotHideTheTip();
+    void movingThePointerIntoTheTipHidesTheTip();
+    void mouseMovesInTheWidgetDoNotHideTheTip();
     void mouseButtonsHideTheTip_data();
     void mouseButtonsHideTheTip();
     void theWheelHidesTheTip();
-    void focusChangesHideTheTip();
-    void activationOfAWindowHidesTheTip_data();
-    void activationOfAWindowHidesTheTip();
-    void leavingAWidgetHidesTheTip();
-    void keysHideTheTip_data();
-    void keysHideTheTip();
-    void theTipConsumesNoEvents();
+    void aChangeOfTheFocusHidesTheTip();
+    void activatingOrDeactivatingAWindowHidesTheTip_data();
+    void activatingOrDeactivatingAWindowHidesTheTip();
+    void movingThePointerOutOfTheWidgetHidesTheTip();
+    void theTipIsHiddenByKeysOtherThanModifiers_data();
+    void theTipIsHiddenByKeysOtherThanModifiers();
+    void inputThatHidesTheTipStillReachesItsWidget();
 };
 
 void GeneralTipTest::initTestCase()
@@ -144,7 +144,7 @@ void GeneralTipTest::cleanup()
     delete currentTip();
 }
 
-void GeneralTipTest::theCallerFillsTheTip()
+void GeneralTipTest::theFunctionOfTheCallerFillsTheTipBeforeItIsVisible()
 {
     struct Call
     {
@@ -180,7 +180,7 @@ void GeneralTipTest::aTipWithoutLayoutKeepsTheSizeThatItsCallerHasSet()
     QCOMPARE(currentTip()->geometry(), QRect(right - 10 + 2 - 154, 316, 150, 40));
 }
 
-void GeneralTipTest::theTipLooksLikeAToolTip()
+void GeneralTipTest::theTipIsAWindowWithTheFrameAndTheColoursOfAToolTip()
 {
     GeneralTip* tip = show(QPoint(500, 300));
     QVERIFY(tip->isWindow());
@@ -256,7 +256,7 @@ void GeneralTipTest::aSecondTipReplacesTheFirst()
     QCOMPARE(second->pos(), QPoint(402, 216));
 }
 
-void GeneralTipTest::hoveringAWidgetShowsItsTip()
+void GeneralTipTest::hoveringOverAWidgetShowsItsTip()
 {
     const QPoint target = owner->mapToGlobal(owner->rect().center());
     QCursor::setPos(target - QPoint(1, 0));
@@ -273,7 +273,7 @@ void GeneralTipTest::hoveringAWidgetShowsItsTip()
     QTRY_VERIFY(currentTip() == nullptr);
 }
 
-void GeneralTipTest::aTipDisappearsAfterSomeTime()
+void GeneralTipTest::aTipThatIsNotStickyDisappearsAfterSomeTime()
 {
     const QPointer<GeneralTip> tip = show(QPoint(500, 300), false);
     QCOMPARE(timers(tip).keys(), QList<int>{10000});
@@ -290,7 +290,7 @@ void GeneralTipTest::aStickyTipDoesNotDisappearAfterSomeTime()
     QVERIFY(tip->isVisible());
 }
 
-void GeneralTipTest::aHiddenTipIsDeleted()
+void GeneralTipTest::aTipIsDeletedAfterItWasHidden()
 {
     const QPointer<GeneralTip> tip = show(QPoint(500, 300));
     tip->hideTip();
@@ -308,7 +308,7 @@ void GeneralTipTest::aTipCanBeShownAfterThePreviousTipWasDeleted()
     QVERIFY(show(QPoint(500, 300))->isVisible());
 }
 
-void GeneralTipTest::enteringTheTipHidesIt()
+void GeneralTipTest::movingThePointerIntoTheTipHidesTheTip()
 {
     const QPointer<GeneralTip> tip = show(QPoint(500, 300));
     QVERIFY(QTest::qWaitForWindowExposed(tip));
@@ -317,7 +317,7 @@ void GeneralTipTest::enteringTheTipHidesIt()
     QTRY_VERIFY(tip.isNull());
 }
 
-void GeneralTipTest::mouseMovesDoNotHideTheTip()
+void GeneralTipTest::mouseMovesInTheWidgetDoNotHideTheTip()
 {
     GeneralTip* tip = show(QPoint(500, 300));
     edit->setMouseTracking(true);
@@ -354,7 +354,7 @@ void GeneralTipTest::theWheelHidesTheTip()
     QVERIFY(!tip->isVisible());
 }
 
-void GeneralTipTest::focusChangesHideTheTip()
+void GeneralTipTest::aChangeOfTheFocusHidesTheTip()
 {
     QPointer<GeneralTip> tip = show(QPoint(500, 300));
     QVERIFY(edit->hasFocus());
@@ -367,14 +367,14 @@ void GeneralTipTest::focusChangesHideTheTip()
     QVERIFY(!tip->isVisible());
 }
 
-void GeneralTipTest::activationOfAWindowHidesTheTip_data()
+void GeneralTipTest::activatingOrDeactivatingAWindowHidesTheTip_data()
 {
     QTest::addColumn<QEvent::Type>("type");
     QTest::newRow("activate") << QEvent::WindowActivate;
     QTest::newRow("deactivate") << QEvent::WindowDeactivate;
 }
 
-void GeneralTipTest::activationOfAWindowHidesTheTip()
+void GeneralTipTest::activatingOrDeactivatingAWindowHidesTheTip()
 {
     QFETCH(QEvent::Type, type);
     GeneralTip* tip = show(QPoint(500, 300));
@@ -383,7 +383,7 @@ void GeneralTipTest::activationOfAWindowHidesTheTip()
     QVERIFY(!tip->isVisible());
 }
 
-void GeneralTipTest::leavingAWidgetHidesTheTip()
+void GeneralTipTest::movingThePointerOutOfTheWidgetHidesTheTip()
 {
     GeneralTip* tip = show(QPoint(500, 300));
     QEvent enter(QEvent::Enter);
@@ -394,7 +394,7 @@ void GeneralTipTest::leavingAWidgetHidesTheTip()
     QVERIFY(!tip->isVisible());
 }
 
-void GeneralTipTest::keysHideTheTip_data()
+void GeneralTipTest::theTipIsHiddenByKeysOtherThanModifiers_data()
 {
     QTest::addColumn<int>("key");
     QTest::addColumn<Qt::KeyboardModifiers>("held");
@@ -423,7 +423,7 @@ void GeneralTipTest::keysHideTheTip_data()
     row("number pad with Control", Qt::Key_5, Qt::KeypadModifier | Qt::ControlModifier, false);
 }
 
-void GeneralTipTest::keysHideTheTip()
+void GeneralTipTest::theTipIsHiddenByKeysOtherThanModifiers()
 {
     QFETCH(int, key);
     QFETCH(Qt::KeyboardModifiers, held);
@@ -437,7 +437,7 @@ void GeneralTipTest::keysHideTheTip()
     }
 }
 
-void GeneralTipTest::theTipConsumesNoEvents()
+void GeneralTipTest::inputThatHidesTheTipStillReachesItsWidget()
 {
     GeneralTip* tip = show(QPoint(500, 300));
     QTest::keyClicks(edit, QStringLiteral("ab"));

@@ -12,11 +12,11 @@ class HAbstractTableModelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void forceSortColumnRediscoveryCausesOneReset();
-    void aViewReadsChangedRowsAgain();
+    void forceSortColumnRediscoverySignalsOneReset();
+    void aViewShowsTheChangedRowsAfterForceSortColumnRediscovery();
 };
 
-void HAbstractTableModelTest::forceSortColumnRediscoveryCausesOneReset()
+void HAbstractTableModelTest::forceSortColumnRediscoverySignalsOneReset()
 {
     FixedTable model({{1, 2}});
     QStringList order;
@@ -26,7 +26,7 @@ void HAbstractTableModelTest::forceSortColumnRediscoveryCausesOneReset()
     QCOMPARE(order, (QStringList{QStringLiteral("about"), QStringLiteral("reset")}));
 }
 
-void HAbstractTableModelTest::aViewReadsChangedRowsAgain()
+void HAbstractTableModelTest::aViewShowsTheChangedRowsAfterForceSortColumnRediscovery()
 {
     FixedTable model({{1, 2}});
     QTableView view;

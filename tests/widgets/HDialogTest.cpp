@@ -10,22 +10,22 @@ class HDialogTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void returnAndEnterDoNotPressTheDefaultButton_data();
-    void returnAndEnterDoNotPressTheDefaultButton();
-    void theDialogDoesNotAcceptTheEventsOfReturnAndEnter_data();
-    void theDialogDoesNotAcceptTheEventsOfReturnAndEnter();
+    void theReturnAndEnterKeysDoNotPressTheDefaultButton_data();
+    void theReturnAndEnterKeysDoNotPressTheDefaultButton();
+    void theDialogIgnoresTheKeyEventsOfReturnAndEnter_data();
+    void theDialogIgnoresTheKeyEventsOfReturnAndEnter();
     void anInputFieldStillReceivesReturn();
-    void escapeStillCancelsTheDialog();
+    void theEscapeKeyStillCancelsTheDialog();
 };
 
-void HDialogTest::returnAndEnterDoNotPressTheDefaultButton_data()
+void HDialogTest::theReturnAndEnterKeysDoNotPressTheDefaultButton_data()
 {
     QTest::addColumn<Qt::Key>("key");
     QTest::newRow("Return") << Qt::Key_Return;
     QTest::newRow("Enter") << Qt::Key_Enter;
 }
 
-void HDialogTest::returnAndEnterDoNotPressTheDefaultButton()
+void HDialogTest::theReturnAndEnterKeysDoNotPressTheDefaultButton()
 {
     QFETCH(Qt::Key, key);
     // The same form in a QDialog shows the difference: there the key presses the button.
@@ -50,12 +50,12 @@ void HDialogTest::returnAndEnterDoNotPressTheDefaultButton()
     }
 }
 
-void HDialogTest::theDialogDoesNotAcceptTheEventsOfReturnAndEnter_data()
+void HDialogTest::theDialogIgnoresTheKeyEventsOfReturnAndEnter_data()
 {
-    returnAndEnterDoNotPressTheDefaultButton_data();
+    theReturnAndEnterKeysDoNotPressTheDefaultButton_data();
 }
 
-void HDialogTest::theDialogDoesNotAcceptTheEventsOfReturnAndEnter()
+void HDialogTest::theDialogIgnoresTheKeyEventsOfReturnAndEnter()
 {
     QFETCH(Qt::Key, key);
     HDialog dialog;
@@ -79,7 +79,7 @@ void HDialogTest::anInputFieldStillReceivesReturn()
     QVERIFY(dialog.isVisible());
 }
 
-void HDialogTest::escapeStillCancelsTheDialog()
+void HDialogTest::theEscapeKeyStillCancelsTheDialog()
 {
     HDialog dialog;
     QSignalSpy rejections(&dialog, &QDialog::rejected);

@@ -23,17 +23,17 @@ class HFrameLabelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aTextIsFramedAndCentered();
+    void aLabelWithTextHasAFrameAndCentredText();
     void aLabelWithoutTextHasNoFrame();
     void anEmptyLabelShowsNothingEvenWithAnErrorPalette();
-    void theColourIsVisibleOnlyIfTheLabelHasAText();
+    void theBackgroundColourIsVisibleOnlyIfTheLabelHasAText();
     void aNewPaletteOfALabelWithTextIsShownAtOnce();
-    void ifNoPaletteIsSetTheTextHasTheNormalColour();
+    void theTextHasTheNormalColourIfNoPaletteIsSet();
     void theSizeHintHasSpaceForTheText();
     void markupIsShownAsPlainText();
 };
 
-void HFrameLabelTest::aTextIsFramedAndCentered()
+void HFrameLabelTest::aLabelWithTextHasAFrameAndCentredText()
 {
     HFrameLabel label(QStringLiteral("Identifier is missing"));
     QCOMPARE(label.text(), QStringLiteral("Identifier is missing"));
@@ -85,7 +85,7 @@ void HFrameLabelTest::anEmptyLabelShowsNothingEvenWithAnErrorPalette()
     QCOMPARE(full.pixelColor(5, full.height() / 2), errorColor);
 }
 
-void HFrameLabelTest::theColourIsVisibleOnlyIfTheLabelHasAText()
+void HFrameLabelTest::theBackgroundColourIsVisibleOnlyIfTheLabelHasAText()
 {
     HFrameLabel label;
     const QColor normal = background(label);
@@ -108,7 +108,7 @@ void HFrameLabelTest::aNewPaletteOfALabelWithTextIsShownAtOnce()
     QCOMPARE(background(label), QColor(Qt::yellow));
 }
 
-void HFrameLabelTest::ifNoPaletteIsSetTheTextHasTheNormalColour()
+void HFrameLabelTest::theTextHasTheNormalColourIfNoPaletteIsSet()
 {
     HFrameLabel label;
     const QColor normal = background(label);

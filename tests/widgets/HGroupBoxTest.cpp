@@ -36,12 +36,12 @@ class HGroupBoxTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void theWholeTitleIsShown_data();
-    void theWholeTitleIsShown();
-    void titleReturnsTheGivenText();
+    void theBoxShowsTheWholeTitle_data();
+    void theBoxShowsTheWholeTitle();
+    void theTitleFunctionReturnsTheGivenText();
 };
 
-void HGroupBoxTest::theWholeTitleIsShown_data()
+void HGroupBoxTest::theBoxShowsTheWholeTitle_data()
 {
     QTest::addColumn<QString>("title");
     for (const char* title :
@@ -51,7 +51,7 @@ void HGroupBoxTest::theWholeTitleIsShown_data()
     }
 }
 
-void HGroupBoxTest::theWholeTitleIsShown()
+void HGroupBoxTest::theBoxShowsTheWholeTitle()
 {
     QFETCH(QString, title);
     const std::unique_ptr<QStyle> style(QStyleFactory::create("Fusion"));
@@ -66,7 +66,7 @@ void HGroupBoxTest::theWholeTitleIsShown()
     QCOMPARE(inkWidth(box, rows), inkWidth(label, rows));
 }
 
-void HGroupBoxTest::titleReturnsTheGivenText()
+void HGroupBoxTest::theTitleFunctionReturnsTheGivenText()
 {
     const HGroupBox box("Title");
     QCOMPARE(box.title(), QString("Title"));

@@ -29,11 +29,11 @@ class HItemDelegateTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void cellsLookTheSameAsWithQtsOwnDelegate();
-    void aToolTipIsShownAsPlainText();
+    void cellsLookTheSameAsWithTheDelegateOfQt();
+    void theToolTipOfACellIsShownAsPlainText();
 };
 
-void HItemDelegateTest::cellsLookTheSameAsWithQtsOwnDelegate()
+void HItemDelegateTest::cellsLookTheSameAsWithTheDelegateOfQt()
 {
     QStandardItemModel model;
     model.appendRow(new QStandardItem(QStringLiteral("several words that need more than one line")));
@@ -48,7 +48,7 @@ void HItemDelegateTest::cellsLookTheSameAsWithQtsOwnDelegate()
     QCOMPARE(unwrapped, paint(plain, index, QStyleOptionViewItem::None));
 }
 
-void HItemDelegateTest::aToolTipIsShownAsPlainText()
+void HItemDelegateTest::theToolTipOfACellIsShownAsPlainText()
 {
     const QString markup = QStringLiteral("Available: <h1>x</h1>\nInstalled: <img src=\"/dev/zero\">");
     QStandardItemModel model;

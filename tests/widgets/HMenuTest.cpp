@@ -33,19 +33,19 @@ private Q_SLOTS:
     void cleanup();
 
     void theMenuCanBeTornOff();
-    void theMenuBarIsTheParent();
+    void theMenuBarIsTheParentOfTheMenu();
     void theToolTipOfAnActionIsShown();
-    void aToolTipIsShownAsPlainText();
-    void theToolTipIsShownAtThePointer();
+    void theToolTipOfAnActionIsShownAsPlainText();
+    void theToolTipOfAnActionIsShownAtThePointer();
     void aToolTipThatOnlyRepeatsTheTextIsNotShown_data();
     void aToolTipThatOnlyRepeatsTheTextIsNotShown();
     void noToolTipIsShownIfNoActionIsActive();
-    void theToolTipOfTheActionInTheOpenSubMenuIsShown();
-    void theToolTipOfTheActionInTheInnermostOpenMenuIsShown();
-    void theTipOfTheEntryIsShownIfItsOpenSubMenuHasNoActiveAction();
-    void theTipOfTheEntryIsShownIfItsSubMenuIsClosed();
-    void theBaseClassShowsTheToolTipOfTheMenu();
-    void hoveringShowsTheToolTip();
+    void theTipOfTheActiveActionInAnOpenSubMenuIsShown();
+    void theTipOfTheActiveActionInTheInnermostOpenMenuIsShown();
+    void theTipOfTheParentEntryIsShownIfItsSubMenuHasNoActiveAction();
+    void theTipOfTheParentEntryIsShownIfItsSubMenuIsClosed();
+    void theToolTipOfTheMenuItselfIsShownIfNoActionIsActive();
+    void hoveringOverAnActionShowsItsToolTip();
 };
 
 void HMenuTest::initTestCase()
@@ -102,7 +102,7 @@ void HMenuTest::theMenuCanBeTornOff()
     menu->hideTearOffMenu();
 }
 
-void HMenuTest::theMenuBarIsTheParent()
+void HMenuTest::theMenuBarIsTheParentOfTheMenu()
 {
     QCOMPARE(menu->title(), QStringLiteral("&Cache"));
     QCOMPARE(menu->parentWidget(), window.menuBar());
@@ -114,7 +114,7 @@ void HMenuTest::theToolTipOfAnActionIsShown()
     QCOMPARE(toolTipOf(menu), QStringLiteral("Clean all data"));
 }
 
-void HMenuTest::aToolTipIsShownAsPlainText()
+void HMenuTest::theToolTipOfAnActionIsShownAsPlainText()
 {
     actionWithTip->setToolTip(QStringLiteral("Clean in /<h1>x</h1>\n<img src=\"/dev/zero\">"));
     menu->setActiveAction(actionWithTip);
@@ -123,7 +123,7 @@ void HMenuTest::aToolTipIsShownAsPlainText()
     QCOMPARE(document.toPlainText(), actionWithTip->toolTip());
 }
 
-void HMenuTest::theToolTipIsShownAtThePointer()
+void HMenuTest::theToolTipOfAnActionIsShownAtThePointer()
 {
     menu->setActiveAction(actionWithTip);
     const QPoint pos = menu->mapToGlobal(QPoint(5, 5));
@@ -178,7 +178,7 @@ void HMenuTest::noToolTipIsShownIfNoActionIsActive()
     QCOMPARE(toolTipOf(menu), QString());
 }
 
-void HMenuTest::theToolTipOfTheActionInTheOpenSubMenuIsShown()
+void HMenuTest::theTipOfTheActiveActionInAnOpenSubMenuIsShown()
 {
     menu->setActiveAction(subMenu->menuAction());
     QTest::keyClick(menu, Qt::Key_Right);
@@ -187,7 +187,7 @@ void HMenuTest::theToolTipOfTheActionInTheOpenSubMenuIsShown()
     QCOMPARE(toolTipOf(menu), QStringLiteral("the inner tip"));
 }
 
-void HMenuTest::theToolTipOfTheActionInTheInnermostOpenMenuIsShown()
+void HMenuTest::theTipOfTheActiveActionInTheInnermostOpenMenuIsShown()
 {
     menu->setActiveAction(subMenu->menuAction());
     QTest::keyClick(menu, Qt::Key_Right);
@@ -202,7 +202,7 @@ void HMenuTest::theToolTipOfTheActionInTheInnermostOpenMenuIsShown()
     QCOMPARE(toolTipOf(innerMenu), QStringLiteral("the deepest tip"));
 }
 
-void HMenuTest::theTipOfTheEntryIsShownIfItsOpenSubMenuHasNoActiveAction()
+void HMenuTest::theTipOfTheParentEntryIsShownIfItsSubMenuHasNoActiveAction()
 {
     menu->setActiveAction(subMenu->menuAction());
     QTest::keyClick(menu, Qt::Key_Right);
@@ -212,7 +212,7 @@ void HMenuTest::theTipOfTheEntryIsShownIfItsOpenSubMenuHasNoActiveAction()
     QCOMPARE(toolTipOf(menu), QStringLiteral("more of it"));
 }
 
-void HMenuTest::theTipOfTheEntryIsShownIfItsSubMenuIsClosed()
+void HMenuTest::theTipOfTheParentEntryIsShownIfItsSubMenuIsClosed()
 {
     menu->setActiveAction(subMenu->menuAction());
     QTest::keyClick(menu, Qt::Key_Right);
@@ -224,7 +224,7 @@ void HMenuTest::theTipOfTheEntryIsShownIfItsSubMenuIsClosed()
     QCOMPARE(toolTipOf(menu), QStringLiteral("more of it"));
 }
 
-void HMenuTest::theBaseClassShowsTheToolTipOfTheMenu()
+void HMenuTest::theToolTipOfTheMenuItselfIsShownIfNoActionIsActive()
 {
     // If no entry is active, QMenu shows the tool tip of the menu itself.
     HMenu plain(QStringLiteral("Plain"));
@@ -235,7 +235,7 @@ void HMenuTest::theBaseClassShowsTheToolTipOfTheMenu()
     QCOMPARE(toolTipOf(&plain), QStringLiteral("tip of the menu"));
 }
 
-void HMenuTest::hoveringShowsTheToolTip()
+void HMenuTest::hoveringOverAnActionShowsItsToolTip()
 {
     const QPoint target = menu->mapToGlobal(menu->actionGeometry(actionWithTip).center());
     // The pointer moves in small steps, as a user moves it.

@@ -16,7 +16,7 @@ private:
     {
         box.show();
         if (!QTest::qWaitForWindowExposed(&box)) {
-            qFatal("the box does not show");
+            qFatal("the box does not appear");
         }
         for (QLabel* label : box.findChildren<QLabel*>()) {
             if (label->text() == box.text()) {
@@ -28,7 +28,7 @@ private:
     }
 
 private Q_SLOTS:
-    void textIsShownAsPlainText()
+    void aMessageBoxShowsItsTextAsPlainText()
     {
         HMessageBox box(QMessageBox::Critical, "Title", "<b>bold</b> &amp;", QMessageBox::Ok, nullptr);
         QCOMPARE(box.textFormat(), Qt::PlainText);

@@ -61,14 +61,14 @@ class HScrollAreaTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void keysScrollToBothEnds_data()
+    void homeAndEndKeysScrollToBothEnds_data()
     {
         QTest::addColumn<bool>("inLabel");
         QTest::newRow("the area has the focus") << false;
         QTest::newRow("a text has the focus") << true;
     }
 
-    void keysScrollToBothEnds()
+    void homeAndEndKeysScrollToBothEnds()
     {
         QFETCH(bool, inLabel);
         HScrollArea area;
@@ -109,27 +109,27 @@ private Q_SLOTS:
         QCOMPARE(vertical->value(), 0);
     }
 
-    void ifNoInnerWidgetIsSetTheSizeHintComesFromTheBaseClass();
-    void theHintHasSpaceForTheInnerWidgetAndBothScrollBars();
-    void theHintIncludesAFrameAroundTheContents();
+    void theSizeHintComesFromTheBaseClassIfNoInnerWidgetIsSet();
+    void theSizeHintHasSpaceForTheInnerWidgetAndBothScrollBars();
+    void theSizeHintIncludesAFrameAroundTheContents();
     void theMaximumSizeLimitsTheSizeHint();
-    void theMaximumSizeCanBeInLetters_data();
-    void theMaximumSizeCanBeInLetters();
+    void theMaximumSizeCanBeGivenInColumnsAndRows_data();
+    void theMaximumSizeCanBeGivenInColumnsAndRows();
     void theScreenLimitsTheSizeHint_data();
     void theScreenLimitsTheSizeHint();
-    void forceResizeFollowsTheInnerWidget();
-    void ifNoInnerWidgetIsSetForceResizeDoesNothing();
+    void forceResizeAdaptsTheAreaToTheInnerWidget();
+    void forceResizeDoesNothingIfNoInnerWidgetIsSet();
     void aLongLabelScrollsInsideItsWindow();
 };
 
-void HScrollAreaTest::ifNoInnerWidgetIsSetTheSizeHintComesFromTheBaseClass()
+void HScrollAreaTest::theSizeHintComesFromTheBaseClassIfNoInnerWidgetIsSet()
 {
     HScrollArea area(QSize(1, 1));
     QCOMPARE(area.sizeHint(), QScrollArea().sizeHint());
     QVERIFY(area.sizeHint() != QSize(1, 1));
 }
 
-void HScrollAreaTest::theHintHasSpaceForTheInnerWidgetAndBothScrollBars()
+void HScrollAreaTest::theSizeHintHasSpaceForTheInnerWidgetAndBothScrollBars()
 {
     FrameStyle style(false);
     HScrollArea area;
@@ -142,7 +142,7 @@ void HScrollAreaTest::theHintHasSpaceForTheInnerWidgetAndBothScrollBars()
     QCOMPARE(area.sizeHint(), QSize(300, 200) + surroundings(area));
 }
 
-void HScrollAreaTest::theHintIncludesAFrameAroundTheContents()
+void HScrollAreaTest::theSizeHintIncludesAFrameAroundTheContents()
 {
     FrameStyle style(true);
     HScrollArea area;
@@ -161,7 +161,7 @@ void HScrollAreaTest::theMaximumSizeLimitsTheSizeHint()
              200 + area.frameOnlyAroundContentsPixels() + surroundings(area).height());
 }
 
-void HScrollAreaTest::theMaximumSizeCanBeInLetters_data()
+void HScrollAreaTest::theMaximumSizeCanBeGivenInColumnsAndRows_data()
 {
     QTest::addColumn<int>("columns");
     QTest::addColumn<int>("rows");
@@ -171,7 +171,7 @@ void HScrollAreaTest::theMaximumSizeCanBeInLetters_data()
     QTest::newRow("neither") << -1 << -1;
 }
 
-void HScrollAreaTest::theMaximumSizeCanBeInLetters()
+void HScrollAreaTest::theMaximumSizeCanBeGivenInColumnsAndRows()
 {
     QFETCH(int, columns);
     QFETCH(int, rows);
@@ -209,7 +209,7 @@ void HScrollAreaTest::theScreenLimitsTheSizeHint()
     }
 }
 
-void HScrollAreaTest::forceResizeFollowsTheInnerWidget()
+void HScrollAreaTest::forceResizeAdaptsTheAreaToTheInnerWidget()
 {
     QWidget window;
     QVBoxLayout* column = new QVBoxLayout(&window);
@@ -228,7 +228,7 @@ void HScrollAreaTest::forceResizeFollowsTheInnerWidget()
     QCOMPARE(window.sizeHint(), before + QSize(300, 220));
 }
 
-void HScrollAreaTest::ifNoInnerWidgetIsSetForceResizeDoesNothing()
+void HScrollAreaTest::forceResizeDoesNothingIfNoInnerWidgetIsSet()
 {
     HScrollArea area;
     area.forceResize();

@@ -10,10 +10,10 @@ class HSeparatorTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void separatorIsASunkenRuleAcrossItsParent();
+    void theSeparatorIsASunkenLineAcrossItsParent();
 };
 
-void HSeparatorTest::separatorIsASunkenRuleAcrossItsParent()
+void HSeparatorTest::theSeparatorIsASunkenLineAcrossItsParent()
 {
     QWidget window;
     QVBoxLayout* column = new QVBoxLayout(&window);

@@ -58,30 +58,30 @@ class HSortFilterProxyModelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void valuesAreComparedByType_data();
-    void valuesAreComparedByType();
-    void theLeftValueDeterminesTheType();
-    void anInvalidIndexPrecedesEveryValidIndex();
-    void equalRowsAreOrderedByTheSecondColumn();
+    void valuesOfEachTypeAreSortedByTheirValue_data();
+    void valuesOfEachTypeAreSortedByTheirValue();
+    void valuesOfDifferentTypesAreComparedAsTheTypeOfTheLeftValue();
+    void anInvalidIndexIsSortedBeforeEveryValidIndex();
+    void rowsWithEqualValuesAreOrderedByTheSecondColumn();
     void equalRowsAreOrderedByTheSecondColumnInDescendingOrderToo();
-    void tiesInTheSecondColumnKeepTheSourceOrder();
-    void aSecondColumnOutsideTheTableHasNoEffect_data();
-    void aSecondColumnOutsideTheTableHasNoEffect();
-    void theSecondaryIndexIsInTheSameRow();
-    void everyFilterChangeSortsAllRowsAgain_data();
-    void everyFilterChangeSortsAllRowsAgain();
-    void aPatternFiltersAndKeepsTheOrder();
-    void aRegExpFiltersAndKeepsTheOrder();
-    void filterChangedAppliesTheFilterAgain();
-    void clearAppliesTheFilterAgain();
+    void rowsThatAreEqualInBothColumnsKeepTheSourceOrder();
+    void aSecondSortColumnOutsideTheTableHasNoEffect_data();
+    void aSecondSortColumnOutsideTheTableHasNoEffect();
+    void theSecondarySortIndexIsInTheSameRow();
+    void everyChangeOfTheFilterSortsAllRowsAgain_data();
+    void everyChangeOfTheFilterSortsAllRowsAgain();
+    void setFilterRegExpWithAPatternFiltersAndKeepsTheOrder();
+    void setFilterRegExpWithAQRegExpFiltersAndKeepsTheOrder();
+    void theFilterChangedFunctionAppliesTheFilterAgain();
+    void theClearFunctionAppliesTheFilterAgain();
     void aProxyThatWasNeverSortedKeepsTheSourceOrder();
-    void theSourceIsAlsoStoredIfItIsSetThroughTheBaseClass();
-    void aModelThatIsNoHAbstractTableModelIsSortedByOneColumn();
-    void ifTheProxyHasNoSourceItDoesNothing();
-    void aDeletedSourceIsNotUsed();
+    void aSourceModelThatIsSetThroughTheBaseClassIsAlsoUsed();
+    void aSourceThatIsNoHAbstractTableModelIsSortedByOneColumnOnly();
+    void theFunctionsOfAProxyWithoutASourceModelDoNothing();
+    void aSourceModelThatWasDeletedIsNotUsed();
 };
 
-void HSortFilterProxyModelTest::valuesAreComparedByType_data()
+void HSortFilterProxyModelTest::valuesOfEachTypeAreSortedByTheirValue_data()
 {
     QTest::addColumn<QVariantList>("given");
     QTest::addColumn<QVariantList>("expected");
@@ -111,7 +111,7 @@ void HSortFilterProxyModelTest::valuesAreComparedByType_data()
     row("no value as empty text", {"a", QVariant(QString())});
 }
 
-void HSortFilterProxyModelTest::valuesAreComparedByType()
+void HSortFilterProxyModelTest::valuesOfEachTypeAreSortedByTheirValue()
 {
     QFETCH(QVariantList, given);
     QFETCH(QVariantList, expected);
@@ -119,7 +119,7 @@ void HSortFilterProxyModelTest::valuesAreComparedByType()
     QCOMPARE(sorted(expected), expected);
 }
 
-void HSortFilterProxyModelTest::theLeftValueDeterminesTheType()
+void HSortFilterProxyModelTest::valuesOfDifferentTypesAreComparedAsTheTypeOfTheLeftValue()
 {
     FixedTable model({{9, 0},
                       {"10", 0},
@@ -137,7 +137,7 @@ void HSortFilterProxyModelTest::theLeftValueDeterminesTheType()
     QVERIFY(proxy.lessThan(model.index(4, 0), model.index(5, 0))); // 21:00 < 22:00
 }
 
-void HSortFilterProxyModelTest::anInvalidIndexPrecedesEveryValidIndex()
+void HSortFilterProxyModelTest::anInvalidIndexIsSortedBeforeEveryValidIndex()
 {
     FixedTable model({{"a", 0}});
     SwitchedProxy proxy(1);
@@ -147,7 +147,7 @@ void HSortFilterProxyModelTest::anInvalidIndexPrecedesEveryValidIndex()
     QVERIFY(!proxy.lessThan(QModelIndex(), QModelIndex()));
 }
 
-void HSortFilterProxyModelTest::equalRowsAreOrderedByTheSecondColumn()
+void HSortFilterProxyModelTest::rowsWithEqualValuesAreOrderedByTheSecondColumn()
 {
     FixedTable model({{1, "pear"}, {0, "zebra"}, {1, "apple"}, {1, "fig"}});
     HSortFilterProxyModel proxy(1);
@@ -165,7 +165,7 @@ void HSortFilterProxyModelTest::equalRowsAreOrderedByTheSecondColumnInDescending
     QCOMPARE(column(proxy, 1), (QVariantList{"pear", "fig", "apple", "zebra"}));
 }
 
-void HSortFilterProxyModelTest::tiesInTheSecondColumnKeepTheSourceOrder()
+void HSortFilterProxyModelTest::rowsThatAreEqualInBothColumnsKeepTheSourceOrder()
 {
     FixedTable model({{2, "b", 0}, {1, "a", 1}, {1, "a", 2}, {2, "b", 3}, {1, "a", 4}}, 3);
     HSortFilterProxyModel proxy(1);
@@ -176,14 +176,14 @@ void HSortFilterProxyModelTest::tiesInTheSecondColumnKeepTheSourceOrder()
     QCOMPARE(column(proxy, 2), (QVariantList{1, 2, 4, 0, 3}));
 }
 
-void HSortFilterProxyModelTest::aSecondColumnOutsideTheTableHasNoEffect_data()
+void HSortFilterProxyModelTest::aSecondSortColumnOutsideTheTableHasNoEffect_data()
 {
     QTest::addColumn<int>("second");
     QTest::newRow("no column") << -1;
     QTest::newRow("beyond the last column") << 9;
 }
 
-void HSortFilterProxyModelTest::aSecondColumnOutsideTheTableHasNoEffect()
+void HSortFilterProxyModelTest::aSecondSortColumnOutsideTheTableHasNoEffect()
 {
     QFETCH(int, second);
     FixedTable model({{1, "b"}, {1, "a"}, {0, "c"}});
@@ -193,7 +193,7 @@ void HSortFilterProxyModelTest::aSecondColumnOutsideTheTableHasNoEffect()
     QCOMPARE(column(proxy, 1), (QVariantList{"c", "b", "a"}));
 }
 
-void HSortFilterProxyModelTest::theSecondaryIndexIsInTheSameRow()
+void HSortFilterProxyModelTest::theSecondarySortIndexIsInTheSameRow()
 {
     FixedTable model({{1, "b"}, {1, "a"}});
     SwitchedProxy proxy(1);
@@ -205,7 +205,7 @@ void HSortFilterProxyModelTest::theSecondaryIndexIsInTheSameRow()
 using Change = void (*)(HSortFilterProxyModel&);
 Q_DECLARE_METATYPE(Change)
 
-void HSortFilterProxyModelTest::everyFilterChangeSortsAllRowsAgain_data()
+void HSortFilterProxyModelTest::everyChangeOfTheFilterSortsAllRowsAgain_data()
 {
     QTest::addColumn<Change>("change");
     const auto row = [](const char* name, Change change) { QTest::newRow(name) << change; };
@@ -215,7 +215,7 @@ void HSortFilterProxyModelTest::everyFilterChangeSortsAllRowsAgain_data()
     row("expression", [](HSortFilterProxyModel& proxy) { proxy.setFilterRegExp(QRegExp()); });
 }
 
-void HSortFilterProxyModelTest::everyFilterChangeSortsAllRowsAgain()
+void HSortFilterProxyModelTest::everyChangeOfTheFilterSortsAllRowsAgain()
 {
     QFETCH(Change, change);
     FixedTable model({{1, "one"}, {2, "two"}, {3, "three"}});
@@ -232,7 +232,7 @@ void HSortFilterProxyModelTest::everyFilterChangeSortsAllRowsAgain()
     QCOMPARE(proxy.sortOrder(), Qt::DescendingOrder);
 }
 
-void HSortFilterProxyModelTest::aPatternFiltersAndKeepsTheOrder()
+void HSortFilterProxyModelTest::setFilterRegExpWithAPatternFiltersAndKeepsTheOrder()
 {
     FixedTable model({{"bc", 0}, {"x", 0}, {"ab", 0}});
     HSortFilterProxyModel proxy(1);
@@ -245,7 +245,7 @@ void HSortFilterProxyModelTest::aPatternFiltersAndKeepsTheOrder()
     QCOMPARE(column(proxy, 0), (QVariantList{"ab", "bc", "x"}));
 }
 
-void HSortFilterProxyModelTest::aRegExpFiltersAndKeepsTheOrder()
+void HSortFilterProxyModelTest::setFilterRegExpWithAQRegExpFiltersAndKeepsTheOrder()
 {
     FixedTable model({{"BC", 0}, {"x", 0}, {"ab", 0}});
     HSortFilterProxyModel proxy(1);
@@ -257,7 +257,7 @@ void HSortFilterProxyModelTest::aRegExpFiltersAndKeepsTheOrder()
     QCOMPARE(column(proxy, 0), (QVariantList{"ab", "BC"}));
 }
 
-void HSortFilterProxyModelTest::filterChangedAppliesTheFilterAgain()
+void HSortFilterProxyModelTest::theFilterChangedFunctionAppliesTheFilterAgain()
 {
     FixedTable model({{3, 0}, {2, 0}, {1, 0}});
     SwitchedProxy proxy(1);
@@ -270,7 +270,7 @@ void HSortFilterProxyModelTest::filterChangedAppliesTheFilterAgain()
     QCOMPARE(column(proxy, 0), (QVariantList{1, 3}));
 }
 
-void HSortFilterProxyModelTest::clearAppliesTheFilterAgain()
+void HSortFilterProxyModelTest::theClearFunctionAppliesTheFilterAgain()
 {
     FixedTable model({{3, 0}, {2, 0}, {1, 0}});
     SwitchedProxy proxy(1);
@@ -291,7 +291,7 @@ void HSortFilterProxyModelTest::aProxyThatWasNeverSortedKeepsTheSourceOrder()
     QCOMPARE(column(proxy, 0), (QVariantList{3, 1, 2}));
 }
 
-void HSortFilterProxyModelTest::theSourceIsAlsoStoredIfItIsSetThroughTheBaseClass()
+void HSortFilterProxyModelTest::aSourceModelThatIsSetThroughTheBaseClassIsAlsoUsed()
 {
     FixedTable model({{1, "b"}, {1, "a"}});
     HSortFilterProxyModel proxy(1);
@@ -304,7 +304,7 @@ void HSortFilterProxyModelTest::theSourceIsAlsoStoredIfItIsSetThroughTheBaseClas
     QCOMPARE(resets.count(), 1);
 }
 
-void HSortFilterProxyModelTest::aModelThatIsNoHAbstractTableModelIsSortedByOneColumn()
+void HSortFilterProxyModelTest::aSourceThatIsNoHAbstractTableModelIsSortedByOneColumnOnly()
 {
     QStandardItemModel model(0, 2);
     model.appendRow({new QStandardItem(QStringLiteral("x")), new QStandardItem(QStringLiteral("b"))});
@@ -318,7 +318,7 @@ void HSortFilterProxyModelTest::aModelThatIsNoHAbstractTableModelIsSortedByOneCo
     QCOMPARE(column(proxy, 1), (QVariantList{"b", "a"}));
 }
 
-void HSortFilterProxyModelTest::ifTheProxyHasNoSourceItDoesNothing()
+void HSortFilterProxyModelTest::theFunctionsOfAProxyWithoutASourceModelDoNothing()
 {
     HSortFilterProxyModel proxy(1);
     proxy.filterChanged();
@@ -328,7 +328,7 @@ void HSortFilterProxyModelTest::ifTheProxyHasNoSourceItDoesNothing()
     QCOMPARE(proxy.filterRegExp().pattern(), QStringLiteral("a"));
 }
 
-void HSortFilterProxyModelTest::aDeletedSourceIsNotUsed()
+void HSortFilterProxyModelTest::aSourceModelThatWasDeletedIsNotUsed()
 {
     HSortFilterProxyModel proxy(1);
     {

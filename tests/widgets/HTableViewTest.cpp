@@ -95,36 +95,36 @@ class HTableViewTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void theHeightOfOneLineRowsDependsOnTheFont();
+    void theHeightOfRowsWithOneLineDependsOnTheFont();
     void shiftF10RequestsTheMenuOfTheCurrentCell();
     void controlHomeSelectsTheFirstRowAndControlEndTheLastRow();
-    void cellsAreDrawnByTheDelegateOfTheView();
-    void theIconIsAtThePlaceThatTheViewWasGiven();
-    void fewRowsRequestTheMinimumNumber();
-    void manyRowsRequestTheMaximumNumber();
-    void aNumberOfRowsBetweenTheLimitsRequestsItsOwnHeight();
-    void addingRowsDoesNotChangeTheHint();
-    void removingRowsDoesNotChangeTheHint();
-    void anEmptyTableRequestsTheMinimumNumberToo();
-    void theSizeHintIsTheSumOfItsParts();
+    void theItemDelegateOfTheViewDrawsTheCells();
+    void theConstructorDeterminesTheSideOfTheIconInACell();
+    void theSizeHintIsForTheMinimumNumberOfRowsIfTheTableHasFewRows();
+    void theSizeHintIsForTheMaximumNumberOfRowsIfTheTableHasManyRows();
+    void theSizeHintIsForAllRowsIfTheirNumberIsBetweenTheLimits();
+    void addingRowsLaterDoesNotChangeTheSizeHint();
+    void removingRowsLaterDoesNotChangeTheSizeHint();
+    void theSizeHintIsForTheMinimumNumberOfRowsIfTheTableIsEmpty();
+    void theSizeHintIsTheSumOfTheRowsTheColumnsAndAllOtherParts();
     void hiddenHeadersNeedNoSpace();
-    void theHintIncludesAFrameAroundTheContents();
+    void theSizeHintIncludesAFrameAroundTheContents();
     void aViewWithoutAModelHasASizeHintButNoColumnWidth();
-    void aColumnIsAsWideAsItsWidestCell();
-    void theHintIncludesAPixelForTheGrid();
-    void aDerivedViewCanComputeItsColumnWidths();
+    void aFittedColumnIsAsWideAsItsWidestCell();
+    void theColumnHintIsOnePixelWiderIfTheGridIsShown();
+    void aDerivedViewCanComputeColumnWidthsOfItsOwn();
     void fittingTheColumnsEnlargesTheWindow();
-    void fittingTheColumnsStaysOnTheScreen();
+    void fittingTheColumnsKeepsTheWindowOnTheScreen();
     void fittingTheColumnsNeverShrinksTheWindow();
-    void fittingTheColumnsUpdatesTheLayoutsOfAllAncestors();
-    void theHeaderShowsTheSortedColumn();
-    void sortingAgainKeepsTheShownOrder();
+    void fittingTheColumnsUpdatesTheLayoutsOfAllParentWidgets();
+    void theHeaderIndicatesTheSortedColumn();
+    void sortByColumnWithoutAnOrderKeepsTheOrderThatTheHeaderShows();
     void clickingAHeaderTwiceReversesTheOrder();
-    void ifTheViewHasNoModelSortingDoesNothing();
-    void selectedRowsAreInTheOrderOfSelection();
-    void unselectableRowsAreNotReturned();
+    void sortingDoesNothingIfTheViewHasNoModel();
+    void selectedRowsAreReturnedInTheOrderOfTheirSelection();
+    void rowsThatCannotBeSelectedAreNotReturned();
     void eachSelectedRowIsReturnedAsItsLeftmostSelectedCell();
-    void ifTheViewHasNoModelOrNoSelectionNoRowIsReturned();
+    void noRowIsReturnedIfTheViewHasNoModelOrNoSelection();
 };
 
 void HTableViewTest::controlHomeSelectsTheFirstRowAndControlEndTheLastRow()
@@ -155,14 +155,14 @@ void HTableViewTest::controlHomeSelectsTheFirstRowAndControlEndTheLastRow()
     QVERIFY(!view.currentIndex().isValid());
 }
 
-void HTableViewTest::cellsAreDrawnByTheDelegateOfTheView()
+void HTableViewTest::theItemDelegateOfTheViewDrawsTheCells()
 {
     View view;
     QVERIFY(qobject_cast<HItemDelegate*>(view.itemDelegate()) != nullptr);
     QCOMPARE(view.itemDelegate()->parent(), &view);
 }
 
-void HTableViewTest::theIconIsAtThePlaceThatTheViewWasGiven()
+void HTableViewTest::theConstructorDeterminesTheSideOfTheIconInACell()
 {
     View view;
     QCOMPARE(view.viewOptions().decorationPosition, QStyleOptionViewItem::Right);
@@ -170,7 +170,7 @@ void HTableViewTest::theIconIsAtThePlaceThatTheViewWasGiven()
     QCOMPARE(view.viewOptions().font, view.font());
 }
 
-void HTableViewTest::fewRowsRequestTheMinimumNumber()
+void HTableViewTest::theSizeHintIsForTheMinimumNumberOfRowsIfTheTableHasFewRows()
 {
     FixedTable model(numbers(3));
     View view(10, 20);
@@ -178,7 +178,7 @@ void HTableViewTest::fewRowsRequestTheMinimumNumber()
     QCOMPARE(rowsIn(view), 10);
 }
 
-void HTableViewTest::manyRowsRequestTheMaximumNumber()
+void HTableViewTest::theSizeHintIsForTheMaximumNumberOfRowsIfTheTableHasManyRows()
 {
     FixedTable model(numbers(30));
     View view(10, 20);
@@ -186,7 +186,7 @@ void HTableViewTest::manyRowsRequestTheMaximumNumber()
     QCOMPARE(rowsIn(view), 20);
 }
 
-void HTableViewTest::aNumberOfRowsBetweenTheLimitsRequestsItsOwnHeight()
+void HTableViewTest::theSizeHintIsForAllRowsIfTheirNumberIsBetweenTheLimits()
 {
     FixedTable model(numbers(15));
     View view(10, anyNumber);
@@ -194,7 +194,7 @@ void HTableViewTest::aNumberOfRowsBetweenTheLimitsRequestsItsOwnHeight()
     QCOMPARE(rowsIn(view), 15);
 }
 
-void HTableViewTest::addingRowsDoesNotChangeTheHint()
+void HTableViewTest::addingRowsLaterDoesNotChangeTheSizeHint()
 {
     FixedTable model(numbers(3));
     View view(10, anyNumber);
@@ -208,7 +208,7 @@ void HTableViewTest::addingRowsDoesNotChangeTheHint()
     QCOMPARE(rowsIn(view), 10);
 }
 
-void HTableViewTest::removingRowsDoesNotChangeTheHint()
+void HTableViewTest::removingRowsLaterDoesNotChangeTheSizeHint()
 {
     FixedTable model(numbers(15));
     View view(10, anyNumber);
@@ -219,7 +219,7 @@ void HTableViewTest::removingRowsDoesNotChangeTheHint()
     QCOMPARE(rowsIn(view), 15);
 }
 
-void HTableViewTest::anEmptyTableRequestsTheMinimumNumberToo()
+void HTableViewTest::theSizeHintIsForTheMinimumNumberOfRowsIfTheTableIsEmpty()
 {
     FixedTable model;
     View view(10, anyNumber);
@@ -231,7 +231,7 @@ void HTableViewTest::anEmptyTableRequestsTheMinimumNumberToo()
     QCOMPARE(view.sizeHint().height(), height);
 }
 
-void HTableViewTest::theSizeHintIsTheSumOfItsParts()
+void HTableViewTest::theSizeHintIsTheSumOfTheRowsTheColumnsAndAllOtherParts()
 {
     FixedTable model(numbers(4));
     View view(2, 9);
@@ -262,7 +262,7 @@ void HTableViewTest::hiddenHeadersNeedNoSpace()
     QCOMPARE(view.sizeHint(), hint - QSize(side, top));
 }
 
-void HTableViewTest::theHintIncludesAFrameAroundTheContents()
+void HTableViewTest::theSizeHintIncludesAFrameAroundTheContents()
 {
     FixedTable model(numbers(4));
     View view(2, 9);
@@ -284,7 +284,7 @@ void HTableViewTest::aViewWithoutAModelHasASizeHintButNoColumnWidth()
                                            10 * view.verticalHeader()->defaultSectionSize());
 }
 
-void HTableViewTest::aColumnIsAsWideAsItsWidestCell()
+void HTableViewTest::aFittedColumnIsAsWideAsItsWidestCell()
 {
     FixedTable model(numbers(500));
     const QString longest = QStringLiteral("a text far below what can be seen");
@@ -304,7 +304,7 @@ void HTableViewTest::aColumnIsAsWideAsItsWidestCell()
     QCOMPARE(view.columnWidth(1), view.sizeHintForColumn(1));
 }
 
-void HTableViewTest::theHintIncludesAPixelForTheGrid()
+void HTableViewTest::theColumnHintIsOnePixelWiderIfTheGridIsShown()
 {
     FixedTable model(numbers(5));
     View view;
@@ -315,7 +315,7 @@ void HTableViewTest::theHintIncludesAPixelForTheGrid()
     QCOMPARE(view.sizeHintForColumn(1), width + 1);
 }
 
-void HTableViewTest::aDerivedViewCanComputeItsColumnWidths()
+void HTableViewTest::aDerivedViewCanComputeColumnWidthsOfItsOwn()
 {
     FixedTable model(numbers(5));
     QuickView view;
@@ -352,7 +352,7 @@ void HTableViewTest::fittingTheColumnsEnlargesTheWindow()
     QCOMPARE(window.pos(), position);
 }
 
-void HTableViewTest::fittingTheColumnsStaysOnTheScreen()
+void HTableViewTest::fittingTheColumnsKeepsTheWindowOnTheScreen()
 {
     FixedTable model(numbers(300));
     model.rows[1][1] = QStringLiteral("wide ").repeated(2000);
@@ -381,7 +381,7 @@ void HTableViewTest::fittingTheColumnsNeverShrinksTheWindow()
     QVERIFY(view.sizeHint().width() < 800);
 }
 
-void HTableViewTest::fittingTheColumnsUpdatesTheLayoutsOfAllAncestors()
+void HTableViewTest::fittingTheColumnsUpdatesTheLayoutsOfAllParentWidgets()
 {
     // A layout caches the size hints of its contents. Here one layout is inside another, and both caches must
     // be updated.
@@ -404,7 +404,7 @@ void HTableViewTest::fittingTheColumnsUpdatesTheLayoutsOfAllAncestors()
     QCOMPARE(window.width(), window.sizeHint().width());
 }
 
-void HTableViewTest::theHeaderShowsTheSortedColumn()
+void HTableViewTest::theHeaderIndicatesTheSortedColumn()
 {
     FixedTable model({{2, "a"}, {10, "b"}, {9, "c"}});
     HSortFilterProxyModel proxy(1);
@@ -421,7 +421,7 @@ void HTableViewTest::theHeaderShowsTheSortedColumn()
     QCOMPARE(view.horizontalHeader()->sortIndicatorOrder(), Qt::AscendingOrder);
 }
 
-void HTableViewTest::sortingAgainKeepsTheShownOrder()
+void HTableViewTest::sortByColumnWithoutAnOrderKeepsTheOrderThatTheHeaderShows()
 {
     FixedTable model({{2, "a"}, {10, "b"}, {9, "c"}});
     HSortFilterProxyModel proxy(1);
@@ -459,7 +459,7 @@ void HTableViewTest::clickingAHeaderTwiceReversesTheOrder()
     QCOMPARE(column(&proxy, 0), (QVariantList{2, 9, 10}));
 }
 
-void HTableViewTest::ifTheViewHasNoModelSortingDoesNothing()
+void HTableViewTest::sortingDoesNothingIfTheViewHasNoModel()
 {
     View view;
     const int section = view.horizontalHeader()->sortIndicatorSection();
@@ -467,7 +467,7 @@ void HTableViewTest::ifTheViewHasNoModelSortingDoesNothing()
     QCOMPARE(view.horizontalHeader()->sortIndicatorSection(), section);
 }
 
-void HTableViewTest::selectedRowsAreInTheOrderOfSelection()
+void HTableViewTest::selectedRowsAreReturnedInTheOrderOfTheirSelection()
 {
     FixedTable model(numbers(9));
     View view;
@@ -488,7 +488,7 @@ void HTableViewTest::selectedRowsAreInTheOrderOfSelection()
     QCOMPARE(rowsOf(rows), (QList<int>{4, 1, 2, 3}));
 }
 
-void HTableViewTest::unselectableRowsAreNotReturned()
+void HTableViewTest::rowsThatCannotBeSelectedAreNotReturned()
 {
     FixedTable model(numbers(5));
     View view;
@@ -510,7 +510,7 @@ void HTableViewTest::eachSelectedRowIsReturnedAsItsLeftmostSelectedCell()
     QCOMPARE(view.selectedRows(), QModelIndexList{model.index(2, 1)});
 }
 
-void HTableViewTest::ifTheViewHasNoModelOrNoSelectionNoRowIsReturned()
+void HTableViewTest::noRowIsReturnedIfTheViewHasNoModelOrNoSelection()
 {
     View view;
     QVERIFY(view.selectedRows().isEmpty());
@@ -519,7 +519,7 @@ void HTableViewTest::ifTheViewHasNoModelOrNoSelectionNoRowIsReturned()
     QVERIFY(view.selectedRows().isEmpty());
 }
 
-void HTableViewTest::theHeightOfOneLineRowsDependsOnTheFont()
+void HTableViewTest::theHeightOfRowsWithOneLineDependsOnTheFont()
 {
     FixedTable model(numbers(3));
     View view;

@@ -20,24 +20,24 @@ class HTextEditTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void theSizeHintIsInLetters_data();
-    void theSizeHintIsInLetters();
-    void ifNoColumnsAndRowsAreSetTheSizeHintComesFromTheBaseClass();
+    void theSizeHintHasSpaceForTheGivenColumnsAndRows_data();
+    void theSizeHintHasSpaceForTheGivenColumnsAndRows();
+    void theSizeHintComesFromTheBaseClassIfNoColumnsAndRowsAreSet();
     void theScreenLimitsTheSizeHint();
-    void theHintDependsOnTheFont();
-    void leavingTheEditEndsEditing();
-    void leavingTheWindowEndsEditing();
-    void aPopupDoesNotEndEditing();
-    void aMenuOfTheEditDoesNotEndEditing();
-    void anotherMenuDoesNotPreventTheEndOfEditing();
-    void theContextMenuDoesNotEndEditing();
+    void theSizeHintDependsOnTheFont();
+    void movingTheFocusOutOfTheEditSignalsEditingFinished();
+    void deactivatingTheWindowSignalsEditingFinished();
+    void openingAMenuDoesNotSignalEditingFinished();
+    void openingAMenuOfTheEditDoesNotSignalEditingFinished();
+    void deactivatingTheWindowSignalsEditingFinishedDespiteAnOpenMenu();
+    void openingTheContextMenuDoesNotSignalEditingFinished();
     void editingFinishedIsSignalledBeforeTheFocusChanges();
     void appendedParagraphsHaveNoMargins();
     void eachAppendedTextIsOneParagraph();
-    void keysReachTheEndsOfAReadOnlyText();
+    void homeAndEndKeysScrollToTheEndsOfAReadOnlyText();
 };
 
-void HTextEditTest::theSizeHintIsInLetters_data()
+void HTextEditTest::theSizeHintHasSpaceForTheGivenColumnsAndRows_data()
 {
     QTest::addColumn<int>("columns");
     QTest::addColumn<int>("rows");
@@ -47,7 +47,7 @@ void HTextEditTest::theSizeHintIsInLetters_data()
     QTest::newRow("zero columns and rows") << 0 << 0;
 }
 
-void HTextEditTest::theSizeHintIsInLetters()
+void HTextEditTest::theSizeHintHasSpaceForTheGivenColumnsAndRows()
 {
     QFETCH(int, columns);
     QFETCH(int, rows);
@@ -62,7 +62,7 @@ void HTextEditTest::theSizeHintIsInLetters()
     QCOMPARE(edit.sizeHint(), expected);
 }
 
-void HTextEditTest::ifNoColumnsAndRowsAreSetTheSizeHintComesFromTheBaseClass()
+void HTextEditTest::theSizeHintComesFromTheBaseClassIfNoColumnsAndRowsAreSet()
 {
     HTextEdit edit;
     QCOMPARE(edit.sizeHint(), QTextEdit().sizeHint());
@@ -76,7 +76,7 @@ void HTextEditTest::theScreenLimitsTheSizeHint()
     QVERIFY(HTextEdit(5000, 2).sizeHint().height() < largest().height());
 }
 
-void HTextEditTest::theHintDependsOnTheFont()
+void HTextEditTest::theSizeHintDependsOnTheFont()
 {
     HTextEdit edit(10, 2);
     QFont font = edit.font();
@@ -88,7 +88,7 @@ void HTextEditTest::theHintDependsOnTheFont()
                                     frame + 2 * metrics.lineSpacing()));
 }
 
-void HTextEditTest::leavingTheEditEndsEditing()
+void HTextEditTest::movingTheFocusOutOfTheEditSignalsEditingFinished()
 {
     QWidget window;
     QVBoxLayout* column = new QVBoxLayout(&window);
@@ -114,7 +114,7 @@ void HTextEditTest::leavingTheEditEndsEditing()
     QCOMPARE(ends.count(), 2);
 }
 
-void HTextEditTest::leavingTheWindowEndsEditing()
+void HTextEditTest::deactivatingTheWindowSignalsEditingFinished()
 {
     HTextEdit edit;
     edit.show();
@@ -127,7 +127,7 @@ void HTextEditTest::leavingTheWindowEndsEditing()
     QTRY_COMPARE(ends.count(), 1);
 }
 
-void HTextEditTest::aPopupDoesNotEndEditing()
+void HTextEditTest::openingAMenuDoesNotSignalEditingFinished()
 {
     QWidget window;
     QVBoxLayout* column = new QVBoxLayout(&window);
@@ -148,7 +148,7 @@ void HTextEditTest::aPopupDoesNotEndEditing()
     QCOMPARE(ends.count(), 0);
 }
 
-void HTextEditTest::aMenuOfTheEditDoesNotEndEditing()
+void HTextEditTest::openingAMenuOfTheEditDoesNotSignalEditingFinished()
 {
     HTextEdit edit;
     edit.show();
@@ -167,7 +167,7 @@ void HTextEditTest::aMenuOfTheEditDoesNotEndEditing()
     QCOMPARE(ends.count(), 1);
 }
 
-void HTextEditTest::anotherMenuDoesNotPreventTheEndOfEditing()
+void HTextEditTest::deactivatingTheWindowSignalsEditingFinishedDespiteAnOpenMenu()
 {
     QWidget window;
     QVBoxLayout* column = new QVBoxLayout(&window);
@@ -186,7 +186,7 @@ void HTextEditTest::anotherMenuDoesNotPreventTheEndOfEditing()
     QCOMPARE(ends.count(), 1);
 }
 
-void HTextEditTest::theContextMenuDoesNotEndEditing()
+void HTextEditTest::openingTheContextMenuDoesNotSignalEditingFinished()
 {
     HTextEdit edit;
     edit.resize(300, 200);
@@ -254,7 +254,7 @@ void HTextEditTest::eachAppendedTextIsOneParagraph()
     QCOMPARE(cursor.charFormat().foreground().color(), QColor(Qt::red));
 }
 
-void HTextEditTest::keysReachTheEndsOfAReadOnlyText()
+void HTextEditTest::homeAndEndKeysScrollToTheEndsOfAReadOnlyText()
 {
     HTextEdit edit(20, 5);
     edit.setReadOnly(true);

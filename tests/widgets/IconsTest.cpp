@@ -21,7 +21,7 @@ class IconsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void anIconOfTheUsualSizeIsItsUnscaledPicture()
+    void anIconOfTheUsualSizeShowsItsPictureUnscaled()
     {
         const QImage drawn(Share::absolute("icons/updateBox.png"));
         QCOMPARE(drawn.size(), QSize(16, 16));

@@ -10,14 +10,14 @@ class LiteralTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aToolTipShowsTheText_data();
-    void aToolTipShowsTheText();
-    void anOrdinaryTextIsUnchanged();
-    void aTitleShowsTheText_data();
-    void aTitleShowsTheText();
+    void aToolTipShowsTheTextLiterally_data();
+    void aToolTipShowsTheTextLiterally();
+    void aTextThatCannotBeTakenForMarkupIsNotChanged();
+    void aWindowTitleShowsTheTextLiterally_data();
+    void aWindowTitleShowsTheTextLiterally();
 };
 
-void LiteralTest::aToolTipShowsTheText_data()
+void LiteralTest::aToolTipShowsTheTextLiterally_data()
 {
     QTest::addColumn<QString>("text");
     const auto row = [](const char* text) { QTest::newRow(text) << QString::fromUtf8(text); };
@@ -33,7 +33,7 @@ void LiteralTest::aToolTipShowsTheText_data()
     row("%1 %2 <b>%3</b>");
 }
 
-void LiteralTest::aToolTipShowsTheText()
+void LiteralTest::aToolTipShowsTheTextLiterally()
 {
     QFETCH(QString, text);
     // Interpret the tool tip as Qt does: as rich text if it looks like rich text.
@@ -47,7 +47,7 @@ void LiteralTest::aToolTipShowsTheText()
     QCOMPARE(shown, text);
 }
 
-void LiteralTest::anOrdinaryTextIsUnchanged()
+void LiteralTest::aTextThatCannotBeTakenForMarkupIsNotChanged()
 {
     for (const char* text : {"", "Update package", "Available: 2-1\nInstalled: 1-1", "a < b & c"}) {
         QCOMPARE(Literal::toolTip(QString::fromLatin1(text)), QString::fromLatin1(text));
@@ -55,7 +55,7 @@ void LiteralTest::anOrdinaryTextIsUnchanged()
     }
 }
 
-void LiteralTest::aTitleShowsTheText_data()
+void LiteralTest::aWindowTitleShowsTheTextLiterally_data()
 {
     QTest::addColumn<QString>("text");
     for (const char* text :
@@ -64,7 +64,7 @@ void LiteralTest::aTitleShowsTheText_data()
     }
 }
 
-void LiteralTest::aTitleShowsTheText()
+void LiteralTest::aWindowTitleShowsTheTextLiterally()
 {
     QFETCH(QString, text);
     QWidget window;

@@ -10,12 +10,12 @@ class MetricsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aWindowMayUseNineTenthsOfTheScreen();
-    void aColumnIsAsWideAsTheLetterN();
+    void theMaximumWindowSizeIsNineTenthsOfTheScreen();
+    void theWidthOfATextColumnIsThatOfTheLetterN();
 };
 
 // The sizes come from Qt, so they also exist on a platform without an X server.
-void MetricsTest::aWindowMayUseNineTenthsOfTheScreen()
+void MetricsTest::theMaximumWindowSizeIsNineTenthsOfTheScreen()
 {
     QCOMPARE(QGuiApplication::platformName(), QStringLiteral("offscreen"));
     const QSize screen = QGuiApplication::primaryScreen()->size();
@@ -23,7 +23,7 @@ void MetricsTest::aWindowMayUseNineTenthsOfTheScreen()
     QCOMPARE(Metrics::maxWindowSize(), QSize(screen.width() * 9 / 10, screen.height() * 9 / 10));
 }
 
-void MetricsTest::aColumnIsAsWideAsTheLetterN()
+void MetricsTest::theWidthOfATextColumnIsThatOfTheLetterN()
 {
     QFont font;
     font.setPixelSize(40);

@@ -50,7 +50,7 @@ private Q_SLOTS:
         }
     }
 
-    void severalThreadsCompareWithTheirOwnExpressions()
+    void eachThreadComparesWithAnExpressionOfItsOwn()
     {
         std::mutex mutex;
         std::set<std::thread::id> threads;
@@ -65,7 +65,8 @@ private Q_SLOTS:
                         return true;
                     }
                 }
-                std::this_thread::sleep_for(std::chrono::milliseconds(1)); // until another thread begins
+                std::this_thread::sleep_for(
+                    std::chrono::milliseconds(1)); // give another thread time to begin
             }
             return false;
         });
@@ -94,13 +95,13 @@ private Q_SLOTS:
             QTRY_VERIFY(state->begun > 0);
             QVERIFY(!matching.wait(1));
         }
-        const int begun = state->begun + 8; // each thread may begin its first item after the deletion
+        const int begun = state->begun + 8; // each of up to 8 threads may be just before its next item
         state->held = false;
-        QTRY_COMPARE(state.use_count(), 1L); // the threads have ended
+        QTRY_COMPARE(state.use_count(), 1L); // true when all threads have ended
         QVERIFY2(state->begun <= begun, qPrintable(QString::number(state->begun)));
     }
 
-    void anInvalidExpressionMatchesNothing()
+    void anInvalidExpressionMatchesNoItem()
     {
         const ParallelMatching matching(
             "(", 3, [](const Expression& expression, size_t) { return expression.matches("("); });

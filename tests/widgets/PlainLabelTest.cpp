@@ -10,7 +10,7 @@ class PlainLabelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void textIsShownUnchanged()
+    void theLabelShowsMarkupAndMnemonicsUnchanged()
     {
         const QString markup = QStringLiteral("<b>bold</b> &amp; <img src=x>");
         const PlainLabel made(markup);
@@ -26,7 +26,7 @@ private Q_SLOTS:
         }
     }
 
-    void parentOwnsTheLabel()
+    void deletingTheParentDeletesTheLabel()
     {
         QPointer<PlainLabel> label;
         {
@@ -37,7 +37,7 @@ private Q_SLOTS:
         QVERIFY(label.isNull());
     }
 
-    void assistiveProgramsAndStyleSheetsRecogniseALabel()
+    void assistiveProgramsAndStyleSheetsTreatTheWidgetAsALabel()
     {
         PlainLabel label(QStringLiteral("text"));
         QAccessibleInterface* found = QAccessible::queryAccessibleInterface(&label);

@@ -13,17 +13,17 @@ class TextDialogTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void theTextIsPlain();
+    void theDialogShowsItsTextAsPlainText();
     void theTextIsReadOnlyAndNotWrapped();
     void tabMovesToTheButton();
     void theCloseButtonClosesTheDialog();
     void theDialogIsModal();
     void theTextHasSpaceFor24RowsOf80Columns();
     void aNewTextReplacesTheOldText();
-    void textIsFound();
+    void theFindBarFindsTextInTheDialog();
 };
 
-void TextDialogTest::theTextIsPlain()
+void TextDialogTest::theDialogShowsItsTextAsPlainText()
 {
     TextDialog dialog;
     const QString text = QStringLiteral("<b>bold</b> &amp; \n/usr/bin/x");
@@ -106,7 +106,7 @@ void TextDialogTest::aNewTextReplacesTheOldText()
     QCOMPARE(dialog.findChild<HTextEdit*>()->toPlainText(), QStringLiteral("two"));
 }
 
-void TextDialogTest::textIsFound()
+void TextDialogTest::theFindBarFindsTextInTheDialog()
 {
     TextDialog dialog;
     dialog.setText("/usr/bin/editor\n/usr/bin/viewer\n");
