@@ -269,7 +269,8 @@ void Expression::compile(const QString& text)
     if (regStatus != 0 || literal) {
         return;
     }
-    // In other encodings with several bytes per character, "." does not match every part of a UTF-8 text.
+    // In an encoding other than UTF-8 with several bytes per character, "." does not match every part of a
+    // UTF-8 text.
     const bool everyByteMatches = MB_CUR_MAX == 1 || std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0;
     const QByteArray faster = everyByteMatches ? inOnePass(expression) : QByteArray();
     hasOnePass = !faster.isEmpty() && regcomp(&onePass, faster.constData(), REG_EXTENDED | REG_NOSUB) == 0;

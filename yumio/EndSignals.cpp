@@ -128,8 +128,8 @@ bool isFault(int number)
 bool wasSent(const siginfo_t& info)
 {
     if (info.si_signo == SIGABRT) {
-        // abort() sends SIGABRT to its own process with these values. The process then ends as soon as the
-        // handler returns.
+        // abort() sends SIGABRT to its own process with the values that are compared here. The process then
+        // ends as soon as the handler returns.
         return !(info.si_code == SI_TKILL && info.si_pid == getpid());
     }
     // A signal for which isFault() is false was always sent, by a process or by the system (for example for a

@@ -256,7 +256,7 @@ class BrowsingTest(DescriptionTest):
 
     def check_browsed(self, program, url):
         """Check that the browser was called once, with only this URL, and that it leaves no process behind."""
-        wait_for(lambda: os.path.exists(self.record), 'the call', 20)
+        wait_for(lambda: os.path.exists(self.record), 'the call of the browser', 20)
         with open(self.record) as stream:
             self.assertEqual(stream.read(), url + '\n')
         os.unlink(self.record)

@@ -71,7 +71,7 @@ class GroupsTest(JourneyTest):
         with self.opened('--groups') as window:
             # The name should be "Office & ...", but libcomps has removed a blank from it.
             window.set_filter('^Office &')
-            journey.wait_for(lambda: len(window.names()) == 1, 'the group alone')
+            journey.wait_for(lambda: len(window.names()) == 1, 'a list with only the group')
             name = window.names()[0]
             # The markup in the name is shown as text.
             self.assertIn('<b>Productivity</b>', name)

@@ -60,7 +60,7 @@ class ItselfTest(JourneyTest):
 
     def find_row(self, window):
         window.set_filter('^vyre ')
-        wait_for(lambda: window.names() == ['vyre'], 'vyre alone')
+        wait_for(lambda: window.names() == ['vyre'], 'a list with only vyre')
         return window.rows()[0]
 
     def test_vyre_shows_describes_updates_and_removes_its_own_package(self):

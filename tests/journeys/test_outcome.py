@@ -47,7 +47,7 @@ class OutcomeTest(JourneyTest):
             log = window.program.window('VYRE Log')
             log.wait_settled()
             self.picture('outcome-log')
-            wait_for(lambda: self.line_at_top(log) == 'Applying', 'the begin of the transaction')
+            wait_for(lambda: self.line_at_top(log) == 'Applying', 'the beginning of the transaction')
             texts = wait_for(lambda: log.find_all(driver.pyatspi.ROLE_TEXT), 'the text of the log')
             whole = max((driver.text_of(each) for each in texts), key=len)
             self.assertEqual(whole.count('The scriptlet of limpgate-1.0-1.noarch failed.'), 1)

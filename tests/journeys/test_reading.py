@@ -18,7 +18,7 @@ class ReadingTest(StartTest):
                    '[large]\nname=Large Collection\nenabled=1\ngpgcheck=0\nbaseurl=file://{}\n'.format(large))
         with self.program() as program:
             window = program.main()
-            bars = wait_for(lambda: window.find_all(driver.pyatspi.ROLE_PROGRESS_BAR), 'the bars')
+            bars = wait_for(lambda: window.find_all(driver.pyatspi.ROLE_PROGRESS_BAR), 'the progress bars')
             self.assertEqual([bar.name for bar in bars], ['Whole operation', 'Current step'])
             step = bars[1]
 

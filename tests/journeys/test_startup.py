@@ -453,7 +453,7 @@ class StyleTest(JourneyTest):
             def settled():
                 pictures.append(driver.pixels(*box))
                 return pictures[-1] == pictures[-2]
-            wait_for(settled, 'a picture that stays')
+            wait_for(settled, 'two equal pictures in a row')
             self.quit(window)
             return pictures[-1]
 

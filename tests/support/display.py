@@ -138,7 +138,7 @@ class VirtualDisplay:
                 self._start([launcher, '--launch-immediately'])
                 break
         else:
-            raise StartError('there is no at-spi-bus-launcher')
+            raise StartError('at-spi-bus-launcher is missing')
         # Programs read the IsEnabled setting only once, when they start.
         self._wait(['dbus-send', '--session', '--print-reply', '--dest=org.a11y.Bus', '/org/a11y/bus',
                     'org.freedesktop.DBus.Properties.Set', 'string:org.a11y.Status', 'string:IsEnabled',

@@ -523,7 +523,7 @@ class MainWindow(Window):
         def caret_at(position):
             return lambda: edit.queryText().caretOffset == position
         key('Home')
-        wait_for(caret_at(0), 'the caret at the begin')
+        wait_for(caret_at(0), 'the caret at the beginning')
         key('End')
         wait_for(caret_at(len(text_of(edit))), 'the caret at the end')
 

@@ -23,7 +23,7 @@ def isolate():
         raise unittest.SkipTest('"/" is no mount point here, as in a bare chroot: what is mounted is seen outside')
     library = ctypes.CDLL(None, use_errno=True)
     if library.unshare(_CLONE_NEWNS) != 0:
-        raise OSError(ctypes.get_errno(), 'no file systems of its own')
+        raise OSError(ctypes.get_errno(), 'the process gets no separate mount name space')
     subprocess.run(['mount', '--make-rprivate', '/'], check=True)
 
 
