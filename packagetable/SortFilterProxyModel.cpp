@@ -6,9 +6,11 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <memory>
 #include <numeric>
+#include <utility>
 
 #include "packagetable/Columns.h"
 #include "widgets/HAbstractTableModel.h"
@@ -21,26 +23,108 @@ namespace {
 // prepareQuickly() gives up after this number of milliseconds.
 constexpr int quickTime = 30;
 
-// The texts of a record that are compared with a search expression. After the user has stopped a search, its
-// threads may still read these texts, even if the record no longer exists.
-struct SearchedTexts
-{
-    bool group;
-    QByteArray texts;
-    QByteArray files;
-    QByteArray changeLog;
+// The texts of a record that a search compares.
+enum TextKind { FieldTexts, FileText, ChangeLogText, TextKindCount };
 
-    bool match(const Expression& pattern) const
-    {
-        return pattern.matchesAny(texts) ||
-               (!group && (pattern.matches(files.constData()) || pattern.matches(changeLog.constData())));
-    }
-};
-
-SearchedTexts searchedTexts(const Package::Entry& entry)
+bool matchesText(const Expression& pattern, TextKind kind, const QByteArray& text)
 {
-    return {entry.kind == Package::Group, entry.searchTexts, entry.searchFiles, entry.searchChangeLog};
+    return kind == FieldTexts ? pattern.matchesAny(text) : pattern.matches(text.constData());
 }
+
+// The texts of many records, in their packed blocks. Several threads may call match() at once. Threads that
+// the user has stopped may still use an object when the records no longer exist.
+class SearchedTexts
+{
+public:
+    explicit SearchedTexts(int records) : found(new std::atomic<bool>[static_cast<size_t>(records)]()) {}
+
+    // Adds the texts of one kind. The fields should come first, because a match in them saves the comparison
+    // of the other texts.
+    template <typename TextOf> void add(TextKind kind, int records, TextOf textOf)
+    {
+        QHash<const char*, size_t> numbers;
+        const char* address = nullptr; // of the last block
+        size_t number = 0;
+        std::vector<size_t> blockOf; // the number of the block of each text
+        std::vector<Text> added;
+        blockOf.reserve(static_cast<size_t>(records));
+        added.reserve(static_cast<size_t>(records));
+        std::vector<size_t> places; // the number of texts in each block, later the place of its next text
+        const size_t firstBlock = blocks.size();
+        for (int record = 0; record < records; ++record) {
+            const PackedText* const text = textOf(record);
+            if (text == nullptr) {
+                continue;
+            }
+            if (text->blockAddress() != address || blockOf.empty()) {
+                address = text->blockAddress();
+                const auto known = numbers.constFind(address);
+                number = known != numbers.constEnd() ? *known : places.size();
+                if (known == numbers.constEnd()) {
+                    numbers.insert(address, number);
+                    places.push_back(0);
+                    blocks.push_back({kind, *text, 0, 0});
+                }
+            }
+            ++places[number];
+            blockOf.push_back(number);
+            added.push_back({record, text->position()});
+        }
+        size_t place = texts.size();
+        for (size_t i = 0; i < places.size(); ++i) {
+            blocks[firstBlock + i].first = place;
+            place = std::exchange(places[i], place) + place;
+            blocks[firstBlock + i].end = place;
+        }
+        texts.resize(place);
+        for (size_t i = 0; i < added.size(); ++i) {
+            texts[places[blockOf[i]]++] = added[i];
+        }
+    }
+
+    size_t blockCount() const { return blocks.size(); }
+
+    // Compares the texts of a block, except those of records that are known to match. Returns whether a text
+    // of the block matches.
+    bool match(const Expression& pattern, size_t index)
+    {
+        thread_local TextUnpacker unpacker; // keeps its memory for the next block
+        const Block& block = blocks[index];
+        bool any = false;
+        for (size_t i = block.first; i < block.end && !stopped; ++i) {
+            std::atomic<bool>& matching = found[static_cast<size_t>(texts[i].record)];
+            if (!matching &&
+                matchesText(pattern, block.kind, unpacker.text(block.packed, texts[i].position))) {
+                matching = true;
+                any = true;
+            }
+        }
+        return any;
+    }
+    // Any later call of match() ends soon, and a current call ends after its current text.
+    void stop() { stopped = true; }
+
+    bool isFound(int record) const { return found[static_cast<size_t>(record)]; }
+
+private:
+    struct Text
+    {
+        int record = 0;
+        qint32 position = 0; // in its block
+    };
+    struct Block
+    {
+        TextKind kind;
+        PackedText packed; // any text of the block
+        size_t first;      // the place of the block's first text
+        size_t end;
+    };
+
+    std::vector<Block> blocks;
+    std::vector<Text> texts;
+    std::unique_ptr<std::atomic<bool>[]> found; // whether a text of each record matches
+    std::atomic<bool> stopped{false};
+};
 
 // Converts the first four characters of a string to a number. Comparing two such numbers gives the same order
 // as comparing the strings.
@@ -627,13 +711,21 @@ bool SortFilterProxyModel::prepare(const Settings& given)
         return true;
     }
     std::function<bool(const Expression&, size_t)> matches;
+    auto count = static_cast<size_t>(rows.count());
+    std::shared_ptr<SearchedTexts> texts;
     if (wanted.mode == Search) {
-        const auto texts = std::make_shared<std::vector<SearchedTexts>>();
-        texts->reserve(static_cast<size_t>(rows.count()));
-        for (const int row : rows) {
-            texts->push_back(searchedTexts(*(*yumIO)[row]));
-        }
-        matches = [texts](const Expression& each, size_t index) { return (*texts)[index].match(each); };
+        texts = std::make_shared<SearchedTexts>(rows.count());
+        const auto addTexts = [this, &rows, &texts](TextKind kind, PackedText Package::Entry::*text) {
+            texts->add(kind, rows.count(), [this, &rows, kind, text](int place) {
+                const Package::Entry* entry = (*yumIO)[rows.at(place)];
+                return kind == FieldTexts || entry->kind != Package::Group ? &(entry->*text) : nullptr;
+            });
+        };
+        addTexts(FieldTexts, &Package::Entry::searchTexts);
+        addTexts(FileText, &Package::Entry::searchFiles);
+        addTexts(ChangeLogText, &Package::Entry::searchChangeLog);
+        count = texts->blockCount();
+        matches = [texts](const Expression& each, size_t index) { return texts->match(each, index); };
     } else {
         if (visibleFrom.empty()) {
             makeTexts();
@@ -648,8 +740,17 @@ bool SortFilterProxyModel::prepare(const Settings& given)
         };
     }
     std::vector<char> found;
-    if (!yumIO->findMatches(wanted.expression, static_cast<size_t>(rows.count()), matches, found)) {
+    if (!yumIO->findMatches(wanted.expression, count, matches, found)) {
+        if (texts) {
+            texts->stop();
+        }
         return false;
+    }
+    if (texts) {
+        found.clear();
+        for (int i = 0; i < rows.count(); ++i) {
+            found.push_back(texts->isFound(i) ? 1 : 0);
+        }
     }
     if (!yumIO.isNull() && yumIO->count() > rows.last()) {
         keep(wanted, again, rows, found);
@@ -670,7 +771,7 @@ bool SortFilterProxyModel::acceptRow(Package::Entry* entry, int row, const QMode
         return entry->match > 0;
     }
     if (mode == Search) {
-        return entry->searchTexts.isNull() ? matchesAnyField(*entry) : searchedTexts(*entry).match(pattern);
+        return entry->searchTexts.isNull() ? matchesAnyField(*entry) : matchesAnyText(*entry);
     }
     if (visibleFrom.empty()) {
         makeTexts();
@@ -708,6 +809,16 @@ void SortFilterProxyModel::prepareTexts()
     if (!yumIO.isNull() && visibleFrom.empty()) {
         makeTexts();
     }
+}
+
+// Compares the texts that a worker has read. If the records are in the order of their blocks, each unpacker
+// unpacks a block only once.
+bool SortFilterProxyModel::matchesAnyText(const Package::Entry& entry) const
+{
+    return matchesText(pattern, FieldTexts, unpackers[FieldTexts].text(entry.searchTexts)) ||
+           (entry.kind != Package::Group &&
+            (matchesText(pattern, FileText, unpackers[FileText].text(entry.searchFiles)) ||
+             matchesText(pattern, ChangeLogText, unpackers[ChangeLogText].text(entry.searchChangeLog))));
 }
 
 bool SortFilterProxyModel::matchesAnyField(const Package::Entry& entry) const

@@ -137,6 +137,7 @@ private:
     static bool passes(const Package::Entry& entry, StateFilter state, bool withDups, bool withGroups);
     QVector<int> unknownRows(const Settings& wanted, bool& again) const;
     void keep(const Settings& wanted, bool again, const QVector<int>& rows, const std::vector<char>& found);
+    bool matchesAnyText(const Package::Entry& entry) const;
     bool matchesAnyField(const Package::Entry& entry) const;
     bool matches(const QString& text) const;
     void makeTexts() const;
@@ -180,6 +181,7 @@ private:
     mutable std::vector<int> nameRanks;
     mutable QByteArray visible;           // the visible texts of all rows; a zero byte ends each row
     mutable std::vector<int> visibleFrom; // the start of each row in `visible`
+    mutable TextUnpacker unpackers[3];    // for the three kinds of search texts
 };
 
 } // namespace PackageTable

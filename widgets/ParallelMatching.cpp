@@ -17,8 +17,12 @@
 
 namespace {
 
-// A thread takes this number of items at once.
-constexpr size_t portion = 64;
+// A thread takes at most this number of items at once.
+constexpr size_t mostAtOnce = 64;
+
+// If the number of items permits it, each thread takes many portions, because some portions take longer than
+// others.
+constexpr size_t portionsOfAll = 256;
 
 constexpr unsigned int mostThreads = 8;
 
@@ -28,6 +32,7 @@ struct ParallelMatching::Shared
 {
     QString expression;
     size_t count = 0;
+    size_t portion = 1; // the number of items that a thread takes at once
     Matches matches;
     std::atomic<size_t> next{0}; // the first item that no thread has taken
     std::atomic<size_t> done{0};
@@ -45,7 +50,8 @@ ParallelMatching::ParallelMatching(const QString& expression, size_t count, Matc
     shared->count = count;
     shared->matches = std::move(matches);
     shared->found.resize(count);
-    const size_t portions = (count + portion - 1) / portion;
+    shared->portion = std::clamp<size_t>(count / portionsOfAll, 1, mostAtOnce);
+    const size_t portions = (count + shared->portion - 1) / shared->portion;
     const unsigned int processors = std::clamp(std::thread::hardware_concurrency(), 2U, mostThreads);
     const auto threads = static_cast<unsigned int>(std::min<size_t>(processors, portions));
     // The threads must not handle signals, because they may exist longer than the operation.
@@ -90,11 +96,11 @@ void ParallelMatching::compare(Shared& shared)
     Expression own;
     own.compile(shared.expression);
     while (!shared.stopped) {
-        const size_t first = shared.next.fetch_add(portion);
+        const size_t first = shared.next.fetch_add(shared.portion);
         if (first >= shared.count) {
             return;
         }
-        const size_t end = std::min(first + portion, shared.count);
+        const size_t end = std::min(first + shared.portion, shared.count);
         for (size_t index = first; index < end && !shared.stopped; ++index) {
             shared.found[index] = shared.matches(own, index) ? 1 : 0;
             ++shared.done;

@@ -3,9 +3,12 @@
 #include "yumio/Metadata.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
 #include <ctime>
 #include <memory>
+#include <string_view>
+#include <vector>
 
 #include <QCoreApplication>
 
@@ -27,14 +30,14 @@ class Reader
 public:
     // rootName is the name of the expected root element. The package elements are the same in all kinds of
     // metadata files, so only the root element shows that a file is of the wrong kind.
-    Reader(const QByteArray& rootName, const Wanted& wantedPackages, std::vector<QByteArray>& result)
-        : expectedRoot(rootName), wanted(wantedPackages), texts(result),
+    Reader(const QByteArray& rootName, const Wanted& wantedPackages, const Take& takeText)
+        : expectedRoot(rootName), wanted(wantedPackages), take(takeText),
           parser(XML_ParserCreate(nullptr), XML_ParserFree), announced(0), found(0), place(-1),
           collecting(false)
     {
         XML_SetUserData(parser.get(), this);
         XML_SetElementHandler(parser.get(), start, end);
-        XML_SetCharacterDataHandler(parser.get(), characters);
+        XML_SetCharacterDataHandler(parser.get(), append);
     }
     virtual ~Reader() = default;
     Reader(const Reader&) = delete;
@@ -77,14 +80,21 @@ public:
     }
 
 protected:
-    // Called at the start of each element inside a wanted package. Returns whether the reader must collect
-    // the element's characters for take().
+    // A part of `collected`.
+    struct Part
+    {
+        size_t begin;
+        size_t end;
+    };
+
+    // Called at the start of each element inside a wanted package. Returns whether the characters of the
+    // element must be appended to `collected`. The function may first append other characters.
     virtual bool begin(const char* name, const char** attributes) = 0;
-    // Called at the end of each element for which begin() has returned true, with all characters of the
-    // element.
-    virtual void take(const QByteArray& characters) = 0;
-    // Called at the end of a wanted package. Returns the text of the package.
-    virtual QByteArray finish() = 0;
+    // Called at the end of a wanted package. Makes the text of the package from the parts of `collected`,
+    // which are in the order of the document.
+    virtual void finish(const std::vector<Part>& parts, std::string& text) = 0;
+
+    std::string& characters() { return collected; }
 
     static const char* value(const char** attributes, const char* name)
     {
@@ -126,16 +136,17 @@ private:
             reader->place =
                 reader->wanted.value(QByteArray::fromRawData(id, static_cast<int>(std::strlen(id))), -1);
         } else if (reader->place >= 0) {
+            // An element inside a collected element ends the collection, without a part.
+            reader->collected.resize(reader->collectedParts.empty() ? 0 : reader->collectedParts.back().end);
             reader->collecting = reader->begin(name, attributes);
-            reader->collected.resize(0);
         }
     }
 
-    static void XMLCALL characters(void* self, const char* text, int length)
+    static void XMLCALL append(void* self, const char* text, int length)
     {
         auto* reader = static_cast<Reader*>(self);
         if (reader->collecting) {
-            reader->collected.append(text, length);
+            reader->collected.append(text, static_cast<size_t>(length));
         }
     }
 
@@ -144,75 +155,109 @@ private:
         auto* reader = static_cast<Reader*>(self);
         if (reader->collecting) {
             reader->collecting = false;
-            reader->take(reader->collected);
+            const size_t begin = reader->collectedParts.empty() ? 0 : reader->collectedParts.back().end;
+            reader->collectedParts.push_back({begin, reader->collected.size()});
         } else if (reader->place >= 0 && std::strcmp(name, "package") == 0) {
-            reader->texts[static_cast<size_t>(reader->place)] = reader->finish();
+            reader->packageText.clear();
+            reader->finish(reader->collectedParts, reader->packageText);
+            reader->take(reader->place, reader->packageText);
+            reader->collectedParts.clear();
+            reader->collected.clear();
             reader->place = -1;
         }
     }
 
     const QByteArray expectedRoot;
     const Wanted& wanted;
-    std::vector<QByteArray>& texts;
+    const Take& take;
     Parser parser;
     QByteArray root;     // null before the root element begins
     long long announced; // the number of packages that the file declares, or 0
     long long found;
-    int place; // the index of the current package in `texts`; -1 if the package is not wanted
+    int place; // the index of the current package; -1 if the package is not wanted
     bool collecting;
-    QByteArray collected;
+    std::string collected; // the collected characters of the current package
+    std::vector<Part> collectedParts;
+    std::string packageText; // a member, so that its memory is allocated only once
 };
 
 class FileListReader : public Reader
 {
 public:
-    FileListReader(const Wanted& wantedPackages, std::vector<QByteArray>& result)
-        : Reader("filelists", wantedPackages, result)
+    FileListReader(const Wanted& wantedPackages, const Take& takeText)
+        : Reader("filelists", wantedPackages, takeText)
     {
     }
 
 protected:
     bool begin(const char* name, const char**) override { return std::strcmp(name, "file") == 0; }
 
-    void take(const QByteArray& path) override { paths.push_back(path); }
-
-    QByteArray finish() override
+    void finish(const std::vector<Part>& parts, std::string& text) override
     {
+        const std::string_view all = characters();
+        paths.clear();
+        for (const Part& part : parts) {
+            paths.push_back(all.substr(part.begin, part.end - part.begin));
+        }
         // The paths must be sorted by UTF-16 code units. Sorting the UTF-8 bytes gives the same order only if
         // all bytes are less than 0xee.
-        const bool sortable = std::all_of(paths.begin(), paths.end(), [](const QByteArray& path) {
-            return std::all_of(path.begin(), path.end(),
-                               [](char byte) { return static_cast<unsigned char>(byte) < 0xee; });
-        });
+        const bool sortable = isAscii(all) || std::all_of(all.begin(), all.end(), [](char byte) {
+                                  return static_cast<unsigned char>(byte) < 0xee;
+                              });
         if (sortable) {
-            std::sort(paths.begin(), paths.end());
+            sortBytes();
         } else {
-            std::sort(paths.begin(), paths.end(), [](const QByteArray& left, const QByteArray& right) {
-                return QString::fromUtf8(left) < QString::fromUtf8(right);
+            std::sort(paths.begin(), paths.end(), [](std::string_view left, std::string_view right) {
+                return QString::fromUtf8(left.data(), static_cast<int>(left.size())) <
+                       QString::fromUtf8(right.data(), static_cast<int>(right.size()));
             });
         }
         paths.erase(std::unique(paths.begin(), paths.end()), paths.end());
-        QByteArray text;
-        for (const QByteArray& path : paths) {
-            if (!text.isEmpty()) {
+        text.reserve(all.size() + paths.size());
+        for (const std::string_view path : paths) {
+            if (!text.empty()) {
                 text += '\n';
             }
             text += path;
         }
-        paths.clear();
-        text.squeeze();
-        return text.isNull() ? QByteArray("") : text;
     }
 
 private:
-    std::vector<QByteArray> paths;
+    static bool isAscii(std::string_view text)
+    {
+        constexpr quint64 highBits = 0x8080808080808080U;
+        size_t at = 0;
+        quint64 found = 0;
+        for (; at + sizeof found <= text.size(); at += sizeof found) {
+            quint64 bytes = 0;
+            std::memcpy(&bytes, text.data() + at, sizeof bytes);
+            found |= bytes;
+        }
+        for (; at < text.size(); ++at) {
+            found |= static_cast<unsigned char>(text[at]);
+        }
+        return (found & highBits) == 0;
+    }
+
+    // Sorts the paths by their bytes. Most documents list the paths of a package in this order, or in the
+    // reverse order.
+    void sortBytes()
+    {
+        if (std::is_sorted(paths.rbegin(), paths.rend())) {
+            std::reverse(paths.begin(), paths.end());
+        } else if (!std::is_sorted(paths.begin(), paths.end())) {
+            std::sort(paths.begin(), paths.end());
+        }
+    }
+
+    std::vector<std::string_view> paths;
 };
 
 // A base class of Checker: its members must exist before Reader refers to them.
 struct NothingWanted
 {
     const Wanted nothing;
-    std::vector<QByteArray> none;
+    const Take none;
 };
 
 // Checks whether a file is well-formed and complete, without collecting texts.
@@ -223,15 +268,14 @@ public:
 
 protected:
     bool begin(const char*, const char**) override { return false; }
-    void take(const QByteArray&) override {}
-    QByteArray finish() override { return QByteArray(); }
+    void finish(const std::vector<Part>&, std::string&) override {}
 };
 
 class ChangeLogReader : public Reader
 {
 public:
-    ChangeLogReader(const Wanted& wantedPackages, std::vector<QByteArray>& result)
-        : Reader("otherdata", wantedPackages, result)
+    ChangeLogReader(const Wanted& wantedPackages, const Take& takeText)
+        : Reader("otherdata", wantedPackages, takeText)
     {
     }
 
@@ -247,45 +291,47 @@ protected:
         static const char* const weekdays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
         static const char* const months[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                              "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-        heading = QByteArray("* ") + weekdays[day.tm_wday] + ' ' + months[day.tm_mon] + ' ' +
-                  QByteArray::number(day.tm_mday) + ' ' + QByteArray::number(day.tm_year + 1900) + ' ' +
-                  value(attributes, "author") + '\n';
+        char number[24];
+        const auto append = [this, &number](long long value) {
+            characters().append(number, std::to_chars(number, number + sizeof number, value).ptr);
+        };
+        characters() += "* ";
+        characters() += weekdays[day.tm_wday];
+        characters() += ' ';
+        characters() += months[day.tm_mon];
+        characters() += ' ';
+        append(day.tm_mday);
+        characters() += ' ';
+        append(1900LL + day.tm_year);
+        characters() += ' ';
+        characters() += value(attributes, "author");
+        characters() += '\n';
         return true;
     }
 
-    void take(const QByteArray& text) override { entries.push_back(heading + text); }
-
-    QByteArray finish() override
+    void finish(const std::vector<Part>& parts, std::string& text) override
     {
-        QByteArray text("");
-        for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry) {
-            if (!text.isEmpty()) {
+        for (auto entry = parts.rbegin(); entry != parts.rend(); ++entry) {
+            if (!text.empty()) {
                 text += "\n\n";
             }
-            text += *entry;
+            text.append(characters(), entry->begin, entry->end - entry->begin);
         }
-        entries.clear();
-        text.squeeze();
-        return text;
     }
-
-private:
-    QByteArray heading;
-    std::vector<QByteArray> entries;
 };
 
 } // namespace
 
-bool readFileLists(const QString& path, const Wanted& wanted, std::vector<QByteArray>& texts,
-                   QString& problem, const std::function<bool()>& stopped)
+bool readFileLists(const QString& path, const Wanted& wanted, const Take& take, QString& problem,
+                   const std::function<bool()>& stopped)
 {
-    return FileListReader(wanted, texts).read(path, problem, stopped);
+    return FileListReader(wanted, take).read(path, problem, stopped);
 }
 
-bool readChangeLogs(const QString& path, const Wanted& wanted, std::vector<QByteArray>& texts,
-                    QString& problem, const std::function<bool()>& stopped)
+bool readChangeLogs(const QString& path, const Wanted& wanted, const Take& take, QString& problem,
+                    const std::function<bool()>& stopped)
 {
-    return ChangeLogReader(wanted, texts).read(path, problem, stopped);
+    return ChangeLogReader(wanted, take).read(path, problem, stopped);
 }
 
 bool check(const QString& path, const QByteArray& rootName, QString& problem)

@@ -12,7 +12,7 @@
 #define YUMIO_METADATA_H
 
 #include <functional>
-#include <vector>
+#include <string>
 
 #include <QByteArray>
 #include <QHash>
@@ -24,17 +24,19 @@ namespace Metadata {
 // of its text.
 using Wanted = QHash<QByteArray, int>;
 
-// The next two functions set texts[index], in UTF-8, for each wanted package in the file, and leave the other
-// texts unchanged. The file may be compressed. Both return true if the file is complete and of the right
-// kind. Otherwise they describe the error in `problem`. Both call `stopped` often; if it returns true, they
-// return false, with an empty description.
+// Receives the index and the text of a package. The text is UTF-8.
+using Take = std::function<void(int index, const std::string& text)>;
+
+// The next two functions call `take` for each wanted package in the file. The file may be compressed. Both
+// return true if the file is complete and of the right kind. Otherwise they describe the error in `problem`.
+// Both call `stopped` often; if it returns true, they return false, with an empty description.
 
 // Each text has one path per line, without duplicates, sorted by character code.
-bool readFileLists(const QString& path, const Wanted& wanted, std::vector<QByteArray>& texts,
-                   QString& problem, const std::function<bool()>& stopped = {});
+bool readFileLists(const QString& path, const Wanted& wanted, const Take& take, QString& problem,
+                   const std::function<bool()>& stopped = {});
 // In each text, the newest entry comes first. Each entry begins with "* ", the date and the author.
-bool readChangeLogs(const QString& path, const Wanted& wanted, std::vector<QByteArray>& texts,
-                    QString& problem, const std::function<bool()>& stopped = {});
+bool readChangeLogs(const QString& path, const Wanted& wanted, const Take& take, QString& problem,
+                    const std::function<bool()>& stopped = {});
 
 // Checks that a document is well-formed, has this root element, and contains as many packages as it declares.
 // The document may be compressed.

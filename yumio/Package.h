@@ -9,7 +9,6 @@
 #ifndef YUMIO_PACKAGE_H
 #define YUMIO_PACKAGE_H
 
-#include <QByteArray>
 #include <QHash>
 #include <QList>
 #include <QMetaType>
@@ -17,6 +16,7 @@
 #include <QStringList>
 
 #include "python/PyObject.h"
+#include "yumio/PackedTexts.h"
 
 namespace Package {
 
@@ -72,9 +72,9 @@ public:
     bool local;      // during a transaction: the cache already has a valid package file
     // The texts that a search reads, in UTF-8. searchTexts contains all of them except the file list and the
     // change log, and a zero byte after each text. It is null until the texts have been read.
-    QByteArray searchTexts;
-    QByteArray searchFiles;
-    QByteArray searchChangeLog;
+    PackedText searchTexts;
+    PackedText searchFiles;
+    PackedText searchChangeLog;
 };
 
 // The key by which the back end finds a record. It includes the kind, because a group and a package may have

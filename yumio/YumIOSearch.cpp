@@ -9,6 +9,8 @@
 #include <functional>
 #include <future>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include <QElapsedTimer>
 
@@ -37,22 +39,31 @@ public:
         texts += text.constData(); // copies only up to a zero byte, where matching would end too
         texts += '\0';
     }
-    // Returns a copy of the collected texts that has no unused memory.
-    QByteArray finish()
+    // Packs the collected texts.
+    void finish(TextPacker& packer, PackedText& target)
     {
         if (hasEmpty) {
             texts += '\0';
         }
-        const QByteArray finished(texts.constData(), texts.size());
-        texts.resize(0);
+        packer.add(target, texts.data(), texts.size());
+        texts.clear();
         hasEmpty = false;
-        return finished;
     }
 
 private:
-    QByteArray texts;
+    std::string texts;
     bool hasEmpty = false;
 };
+
+// Packs the texts that a function reads from metadata files, on any thread.
+template <typename Read> void pack(std::vector<PackedText>& texts, Read read)
+{
+    TextPacker packer;
+    read([&packer, &texts](int index, const std::string& text) {
+        packer.add(texts[static_cast<size_t>(index)], text.data(), text.size());
+    });
+    packer.finish();
+}
 
 // If a search reads the advisories of more packages than this, it first builds an index of all advisories,
 // which is faster.
@@ -219,32 +230,37 @@ bool YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
         i->fileListsPath = metadataPath(i.key(), "filelists");
         i->changeLogsPath = metadataPath(i.key(), "other");
     }
-    std::vector<QByteArray> files(static_cast<size_t>(wanted.count()));
-    std::vector<QByteArray> changeLogs(static_cast<size_t>(wanted.count()));
+    std::vector<PackedText> files(static_cast<size_t>(wanted.count()));
+    std::vector<PackedText> changeLogs(static_cast<size_t>(wanted.count()));
     // If the system cannot start another thread, wait() reads the files on this thread.
     const auto whenPossible = std::launch::async | std::launch::deferred;
     const auto stopWanted = [this] { return mustGiveUp(); };
     const auto readingFiles = std::async(whenPossible, [&repositories, &files, &stopWanted] {
-        for (RepositoryTexts& repository : repositories) {
-            if (!repository.fileListsPath.isEmpty()) {
-                Metadata::readFileLists(repository.fileListsPath, repository.wanted, files,
-                                        repository.filesProblem, stopWanted);
+        pack(files, [&repositories, &stopWanted](const Metadata::Take& take) {
+            for (RepositoryTexts& repository : repositories) {
+                if (!repository.fileListsPath.isEmpty()) {
+                    Metadata::readFileLists(repository.fileListsPath, repository.wanted, take,
+                                            repository.filesProblem, stopWanted);
+                }
             }
-        }
+        });
     });
     const auto readingChangeLogs = std::async(whenPossible, [&repositories, &changeLogs, &stopWanted] {
-        for (RepositoryTexts& repository : repositories) {
-            if (!repository.changeLogsPath.isEmpty()) {
-                Metadata::readChangeLogs(repository.changeLogsPath, repository.wanted, changeLogs,
-                                         repository.changeLogsProblem, stopWanted);
+        pack(changeLogs, [&repositories, &stopWanted](const Metadata::Take& take) {
+            for (RepositoryTexts& repository : repositories) {
+                if (!repository.changeLogsPath.isEmpty()) {
+                    Metadata::readChangeLogs(repository.changeLogsPath, repository.wanted, take,
+                                             repository.changeLogsProblem, stopWanted);
+                }
             }
-        }
+        });
     });
 
     const bool indexed = wanted.count() > fewAdvisoryReads;
     if (indexed) {
         indexAdvisories(true);
     }
+    TextPacker packer;
     SearchTextsWriter writer;
     Steps done = 0;
     for (Package::Entry* entry : inStoredOrder(wanted)) {
@@ -255,7 +271,7 @@ bool YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
             writer.add(text.toUtf8());
             return false; // go on with the next text
         });
-        entry->searchTexts = writer.finish();
+        writer.finish(packer, entry->searchTexts);
         progress->setItemValue(++done);
     }
     if (indexed) {
@@ -278,16 +294,25 @@ bool YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
             continue;
         }
         // Ask the package object for a text that the metadata files do not contain.
-        const QByteArray& itsFiles = files[static_cast<size_t>(place)];
-        entry->searchFiles = itsFiles.isNull() ? getFiles(*entry).toUtf8() : itsFiles;
-        const QByteArray& itsChangeLog = changeLogs[static_cast<size_t>(place)];
-        entry->searchChangeLog = itsChangeLog.isNull() ? getChangeLog(*entry).toUtf8() : itsChangeLog;
+        const auto add = [&packer](PackedText& target, const QString& text) {
+            const QByteArray bytes = text.toUtf8();
+            packer.add(target, bytes.constData(), static_cast<size_t>(bytes.size()));
+        };
+        entry->searchFiles = files[static_cast<size_t>(place)];
+        if (entry->searchFiles.isNull()) {
+            add(entry->searchFiles, getFiles(*entry));
+        }
+        entry->searchChangeLog = changeLogs[static_cast<size_t>(place)];
+        if (entry->searchChangeLog.isNull()) {
+            add(entry->searchChangeLog, getChangeLog(*entry));
+        }
     }
+    packer.finish();
     progress->reset();
     const bool complete = !stopWanted();
     if (!complete) {
         for (Package::Entry* entry : wanted) {
-            entry->searchTexts = entry->searchFiles = entry->searchChangeLog = QByteArray();
+            entry->searchTexts = entry->searchFiles = entry->searchChangeLog = PackedText();
         }
     }
     return complete;

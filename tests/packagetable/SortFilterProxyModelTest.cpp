@@ -507,12 +507,19 @@ void SortFilterProxyModelTest::theProxyDoesNotCompareAPreparedRecordAgain()
     proxy->setMode(Search);
     readTexts();
     QVERIFY(proxy->prepare({Search, ViewAll, true, true, "tool"}));
-    table->entry("tool").searchTexts = QByteArray("other\0", 6);
-    table->entry("editor").searchTexts = QByteArray("tool\0", 5);
+    table->entry("tool").searchTexts = PackedText(QByteArray("other\0", 6));
+    table->entry("editor").searchTexts = PackedText(QByteArray("tool\0", 5));
     QVERIFY(listed("tool").contains("tool"));
     QVERIFY(!listed("tool").contains("editor"));
     proxy->clear();
     QVERIFY(listed("tool").contains("editor"));
+    // The worker compares these texts too, although each of them has a block of its own.
+    QVERIFY(proxy->prepare({Search, ViewAll, true, true, "^other$"}));
+    QCOMPARE(listed("^other$"), QStringList{"tool"});
+    table->entry("editor").searchFiles = PackedText("/only/here");
+    table->entry("tool").searchChangeLog = PackedText("only here");
+    QVERIFY(proxy->prepare({Search, ViewAll, true, true, "only.here$"}));
+    QCOMPARE(listed("only.here$"), (QStringList{"editor", "tool"}));
 }
 
 void SortFilterProxyModelTest::aResetOfTheModelDiscardsPreparedResults()

@@ -39,6 +39,14 @@ QByteArray file(const QByteArray& path)
     return "  <file>" + path + "</file>\n";
 }
 
+// Stores each text at its index.
+Metadata::Take into(std::vector<QByteArray>& texts)
+{
+    return [&texts](int index, const std::string& text) {
+        texts[static_cast<size_t>(index)] = QByteArray(text.data(), static_cast<int>(text.size()));
+    };
+}
+
 } // namespace
 
 class MetadataTest : public QObject
@@ -83,8 +91,8 @@ private:
     {
         std::vector<QByteArray> texts(1);
         QString problem;
-        if (!Metadata::readFileLists(writePlain(fileLists(package("one", contents))), {{"one", 0}}, texts,
-                                     problem)) {
+        if (!Metadata::readFileLists(writePlain(fileLists(package("one", contents))), {{"one", 0}},
+                                     into(texts), problem)) {
             QTest::qFail(qPrintable(problem), __FILE__, __LINE__);
         }
         return texts[0];
@@ -94,8 +102,8 @@ private:
     {
         std::vector<QByteArray> texts(1);
         QString problem;
-        if (!Metadata::readChangeLogs(writePlain(otherData(package("one", contents))), {{"one", 0}}, texts,
-                                      problem)) {
+        if (!Metadata::readChangeLogs(writePlain(otherData(package("one", contents))), {{"one", 0}},
+                                      into(texts), problem)) {
             QTest::qFail(qPrintable(problem), __FILE__, __LINE__);
         }
         return texts[0];
@@ -129,7 +137,7 @@ private Q_SLOTS:
         std::vector<QByteArray> texts(3);
         QString problem;
         const QString path = write(fileLists(package("one", file("/a")) + package("two", many)), name);
-        QVERIFY2(Metadata::readFileLists(path, {{"one", 2}, {"two", 0}}, texts, problem),
+        QVERIFY2(Metadata::readFileLists(path, {{"one", 2}, {"two", 0}}, into(texts), problem),
                  qPrintable(problem));
         QCOMPARE(problem, QString());
         QCOMPARE(texts[2], QByteArray("/a"));
@@ -139,7 +147,7 @@ private Q_SLOTS:
         std::vector<QByteArray> logs(1);
         QVERIFY(Metadata::readChangeLogs(
             write(otherData(package("one", "<changelog author=\"A\" date=\"0\">text</changelog>")), name),
-            {{"one", 0}}, logs, problem));
+            {{"one", 0}}, into(logs), problem));
         QCOMPARE(logs[0], QByteArray("* Thu Jan 1 1970 A\ntext"));
     }
 
@@ -151,10 +159,10 @@ private Q_SLOTS:
         std::vector<QByteArray> texts(2);
         texts[1] = "before";
         QString problem;
-        QVERIFY(Metadata::readFileLists(path, {{"three", 0}, {"elsewhere", 1}}, texts, problem));
+        QVERIFY(Metadata::readFileLists(path, {{"three", 0}, {"elsewhere", 1}}, into(texts), problem));
         QCOMPARE(texts[0], QByteArray("/three"));
         QCOMPARE(texts[1], QByteArray("before"));
-        QVERIFY(Metadata::readFileLists(path, {}, texts, problem));
+        QVERIFY(Metadata::readFileLists(path, {}, into(texts), problem));
         QCOMPARE(texts[0], QByteArray("/three"));
         QCOMPARE(problem, QString());
     }
@@ -163,6 +171,22 @@ private Q_SLOTS:
     {
         QCOMPARE(filesOfOne(file("/usr/z") + file("/usr/a") + file("/usr/z") + file("/Usr") + file("/usr/a")),
                  QByteArray("/Usr\n/usr/a\n/usr/z"));
+        // Paths in order, in reverse order, and in two sequences.
+        QCOMPARE(filesOfOne(file("/a") + file("/b") + file("/b") + file("/c")), QByteArray("/a\n/b\n/c"));
+        QCOMPARE(filesOfOne(file("/c") + file("/b") + file("/b") + file("/a")), QByteArray("/a\n/b\n/c"));
+        QCOMPARE(filesOfOne(file("/b") + file("/d") + file("/a") + file("/c")), QByteArray("/a\n/b\n/c\n/d"));
+        QCOMPARE(filesOfOne(file("/é") + file("/z") + file("/a")), QString::fromUtf8("/a\n/z\n/é").toUtf8());
+    }
+
+    void onlyCharactersOfTheElementsAreCollected()
+    {
+        // A text has no characters of another element, even if the elements are nested.
+        QCOMPARE(
+            filesOfOne("x" + file("/b") + "y<other>/c</other>" + file("/a<inner>/d</inner>/e") + file("/f")),
+            QByteArray("/b\n/f"));
+        QCOMPARE(changeLogOfOne("<changelog author=\"A\" date=\"0\">a<inner>b</inner>c</changelog>"
+                                "<changelog author=\"B\" date=\"0\">d</changelog>"),
+                 QByteArray("* Thu Jan 1 1970 B\nd"));
     }
 
     void directoriesAndGhostsAreFilesToo()
@@ -275,7 +299,7 @@ private Q_SLOTS:
         QVERIFY(Metadata::readChangeLogs(
             writePlain(otherData(package("one", "<changelog author=\"A\" date=\"0\">x</changelog>") +
                                  package("two", "<changelog author=\"B\" date=\"0\">y</changelog>"))),
-            {{"one", 0}, {"two", 1}}, texts, problem));
+            {{"one", 0}, {"two", 1}}, into(texts), problem));
         QCOMPARE(texts[0], QByteArray("* Thu Jan 1 1970 A\nx"));
         QCOMPARE(texts[1], QByteArray("* Thu Jan 1 1970 B\ny"));
     }
@@ -318,12 +342,12 @@ private Q_SLOTS:
         damaged.close();
         std::vector<QByteArray> texts(2);
         QString problem;
-        QVERIFY(!Metadata::readFileLists(path, {{"one", 0}, {"two", 1}}, texts, problem));
+        QVERIFY(!Metadata::readFileLists(path, {{"one", 0}, {"two", 1}}, into(texts), problem));
         QVERIFY(!problem.isEmpty());
         // The package with the damage has no text, rather than an incomplete text.
         QVERIFY(texts[1].isNull());
         problem.clear();
-        QVERIFY(!Metadata::readChangeLogs(path, {{"two", 1}}, texts, problem));
+        QVERIFY(!Metadata::readChangeLogs(path, {{"two", 1}}, into(texts), problem));
         QVERIFY(!problem.isEmpty());
         QVERIFY(texts[1].isNull());
     }
@@ -334,7 +358,7 @@ private Q_SLOTS:
         QString problem;
         QVERIFY(!Metadata::readFileLists(
             writePlain(fileLists(package("one", file("/a")) + "<package pkgid=\"two\"><file>/b</oops>")),
-            {{"one", 0}, {"two", 1}}, texts, problem));
+            {{"one", 0}, {"two", 1}}, into(texts), problem));
         QCOMPARE(texts[0], QByteArray("/a"));
         QVERIFY(texts[1].isNull());
         QCOMPARE(problem, QString("mismatched tag"));
@@ -349,7 +373,7 @@ private Q_SLOTS:
             std::vector<QByteArray> texts(2);
             QString problem;
             const bool fine = (changeLogs ? Metadata::readChangeLogs : Metadata::readFileLists)(
-                writePlain(content), {{"one", 0}, {"two", 1}}, texts, problem, {});
+                writePlain(content), {{"one", 0}, {"two", 1}}, into(texts), problem, {});
             if (fine || !texts[0].isNull() || !texts[1].isNull()) {
                 QTest::qFail(content.constData(), __FILE__, __LINE__);
             }
@@ -404,7 +428,7 @@ private Q_SLOTS:
         for (const QString& path : {directory.filePath("nothing"), directory.path()}) {
             std::vector<QByteArray> texts(1);
             QString problem;
-            QVERIFY(!Metadata::readFileLists(path, {{"one", 0}}, texts, problem));
+            QVERIFY(!Metadata::readFileLists(path, {{"one", 0}}, into(texts), problem));
             QVERIFY(!problem.isEmpty());
             QVERIFY(texts[0].isNull());
         }
@@ -416,7 +440,7 @@ private Q_SLOTS:
         QVERIFY(QFile::rename(writePlain(fileLists(package("one", file("/a")))), path));
         std::vector<QByteArray> texts(1);
         QString problem;
-        QVERIFY2(Metadata::readFileLists(path, {{"one", 0}}, texts, problem), qPrintable(problem));
+        QVERIFY2(Metadata::readFileLists(path, {{"one", 0}}, into(texts), problem), qPrintable(problem));
         QCOMPARE(texts[0], QByteArray("/a"));
     }
 };

@@ -106,7 +106,7 @@ private Q_SLOTS:
         yumIO().collectSearchTexts(all);
         QCOMPARE(backEnd->text("[call for call in it.calls if 'Advisories' in call[0]]"),
                  QString("[('loadAdvisories',), ('forgetAdvisories',)]"));
-        QVERIFY(backEnd->entry("p7")->searchTexts.contains("A-7"));
+        QVERIFY(backEnd->entry("p7")->searchTexts.text().contains("A-7"));
     }
 };
 

@@ -110,9 +110,7 @@ private:
         YumIOProbe::fewPackages = fewPackages;
         const QVector<Package::Entry*> all = allEntries();
         for (Package::Entry* entry : all) {
-            entry->searchTexts = QByteArray();
-            entry->searchFiles = QByteArray();
-            entry->searchChangeLog = QByteArray();
+            entry->searchTexts = entry->searchFiles = entry->searchChangeLog = PackedText();
         }
         yumIO().collectSearchTexts(all);
         YumIOProbe::fewPackages = before;
@@ -120,12 +118,12 @@ private:
         QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
         for (const Package::Entry* entry : all) {
             const QByteArray expected = searchedTexts(*entry);
-            QVERIFY2(entry->searchTexts == expected,
-                     qPrintable(entry->name + "\n" +
-                                QString::fromUtf8(QByteArray(entry->searchTexts).replace('\0', "|")) + "\n" +
-                                QString::fromUtf8(QByteArray(expected).replace('\0', "|"))));
-            QCOMPARE(entry->searchFiles, yumIO().getFiles(*entry).toUtf8());
-            QCOMPARE(entry->searchChangeLog, yumIO().getChangeLog(*entry).toUtf8());
+            const QByteArray found = entry->searchTexts.text();
+            QVERIFY2(found == expected,
+                     qPrintable(entry->name + "\n" + QString::fromUtf8(QByteArray(found).replace('\0', "|")) +
+                                "\n" + QString::fromUtf8(QByteArray(expected).replace('\0', "|"))));
+            QCOMPARE(entry->searchFiles.text(), yumIO().getFiles(*entry).toUtf8());
+            QCOMPARE(entry->searchChangeLog.text(), yumIO().getChangeLog(*entry).toUtf8());
         }
     }
 
@@ -400,18 +398,17 @@ private Q_SLOTS:
         // With this setting, the texts come from the packages, not from the metadata.
         QCOMPARE(backEnd->text("asked"), QString("[]"));
         const Package::Entry& orchard = *backEnd->entry("orchard");
-        QVERIFY(QByteArray(orchard.searchTexts)
-                    .replace('\0', "|")
-                    .startsWith("orchard|3.0-1|sandbox-http|x86_64|"));
-        QVERIFY(orchard.searchTexts.endsWith(QByteArray(2, '\0')));
-        QCOMPARE(orchard.searchFiles, QByteArray("/usr/bin/orchard\n/usr/share/doc/orchard/README"));
-        QVERIFY(orchard.searchChangeLog.startsWith("* "));
+        QVERIFY(
+            orchard.searchTexts.text().replace('\0', "|").startsWith("orchard|3.0-1|sandbox-http|x86_64|"));
+        QVERIFY(orchard.searchTexts.text().endsWith(QByteArray(2, '\0')));
+        QCOMPARE(orchard.searchFiles.text(), QByteArray("/usr/bin/orchard\n/usr/share/doc/orchard/README"));
+        QVERIFY(orchard.searchChangeLog.text().startsWith("* "));
     }
 
     void groupHasTheExpectedSearchTexts()
     {
         SKIP_WITHOUT_GROUPS();
-        QCOMPARE(QByteArray(backEnd->group("Arts")->searchTexts).replace('\0', "|"),
+        QCOMPARE(backEnd->group("Arts")->searchTexts.text().replace('\0', "|"),
                  QByteArray("Arts|easel|palette-knife|brushwork\nvarnish-coat||"));
     }
 
@@ -464,13 +461,13 @@ private Q_SLOTS:
         make("other", "otherdata", "<changelog author=\"Nobody\" date=\"0\">made up</changelog>");
         setMetadataPath("'" + sandbox.filePath("made-") + "' + kind if repoid == '" + entry->repo +
                         "' else None");
-        entry->searchTexts = QByteArray();
+        entry->searchTexts = PackedText();
         const int before = YumIOProbe::fewPackages;
         YumIOProbe::fewPackages = 0;
         yumIO().collectSearchTexts({entry});
         YumIOProbe::fewPackages = before;
-        QCOMPARE(entry->searchFiles, QByteArray("/made/up"));
-        QCOMPARE(entry->searchChangeLog, QByteArray("* Thu Jan 1 1970 Nobody\nmade up"));
+        QCOMPARE(entry->searchFiles.text(), QByteArray("/made/up"));
+        QCOMPARE(entry->searchChangeLog.text(), QByteArray("* Thu Jan 1 1970 Nobody\nmade up"));
     }
 
     void textsComeFromThePackagesIfMetadataAreUnreadable_data()
@@ -516,13 +513,13 @@ private Q_SLOTS:
         QCOMPARE(backEnd->log(logged), QStringList()); // nothing had to be read
         Package::Entry* orchard = backEnd->entry("orchard");
         Package::Entry* easel = backEnd->entry("easel");
-        const QByteArray texts = orchard->searchTexts;
-        orchard->searchTexts = QByteArray();
-        easel->searchTexts = "as it is";
+        const QByteArray texts = orchard->searchTexts.text();
+        orchard->searchTexts = PackedText();
+        easel->searchTexts = PackedText("as it is");
         yumIO().collectSearchTexts(allEntries());
-        QCOMPARE(orchard->searchTexts, texts);
-        QCOMPARE(easel->searchTexts, QByteArray("as it is"));
-        easel->searchTexts = QByteArray();
+        QCOMPARE(orchard->searchTexts.text(), texts);
+        QCOMPARE(easel->searchTexts.text(), QByteArray("as it is"));
+        easel->searchTexts = PackedText();
         // If the file lists or the other data are not loaded, the worker collects no texts.
         for (bool* loaded : {&yumIO().fileListsLoaded, &yumIO().otherDataLoaded}) {
             *loaded = false;
@@ -531,7 +528,7 @@ private Q_SLOTS:
             *loaded = true;
         }
         yumIO().collectSearchTexts({easel});
-        QCOMPARE(easel->searchTexts, searchedTexts(*easel));
+        QCOMPARE(easel->searchTexts.text(), searchedTexts(*easel));
         backEnd->run("YumIO.metadataPath = genuinePath");
     }
 
@@ -540,7 +537,7 @@ private Q_SLOTS:
         for (const int fewPackages : {0, 1 << 30}) {
             YumIOProbe::fewPackages = fewPackages;
             for (Package::Entry* entry : allEntries()) {
-                entry->searchTexts = entry->searchFiles = entry->searchChangeLog = QByteArray();
+                entry->searchTexts = entry->searchFiles = entry->searchChangeLog = PackedText();
             }
             const int logged = backEnd->log().count();
             // The event loop calls this function before it lets the worker begin.

@@ -23,6 +23,7 @@ _LIBRARIES = {
     "python3-libs": ("libpython3.*.so.1.0",),
     "libarchive": ("libarchive.so.13",),
     "expat": ("libexpat.so.1",),
+    "lz4-libs": ("liblz4.so.1",),
     "qt5-qtbase": ("libQt5Core.so.5",),
     "qt5-qtbase-gui": ("libQt5Gui.so.5", "libQt5Widgets.so.5"),
     "qt5-qtx11extras": ("libQt5X11Extras.so.5",),

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include "yumio/PackedTexts.h"
+
+#include <cstring>
+
+#include <lz4.h>
+
+namespace {
+
+// A text begins a new block if the block would otherwise be longer than this number of bytes. Larger blocks
+// are hardly smaller when packed, and do not fit into the cache of a processor.
+constexpr size_t blockSize = 1 << 16;
+
+constexpr size_t lengthSize = sizeof(qint32);
+
+qint32 numberAt(const char* place)
+{
+    qint32 number = 0;
+    std::memcpy(&number, place, sizeof number);
+    return number;
+}
+
+void appendNumber(std::string& text, size_t value)
+{
+    const auto number = static_cast<qint32>(value);
+    text.append(reinterpret_cast<const char*>(&number), sizeof number);
+}
+
+} // namespace
+
+PackedText::PackedText(const QByteArray& text)
+{
+    if (!text.isNull()) {
+        TextPacker packer;
+        packer.add(*this, text.constData(), static_cast<size_t>(text.size()));
+        packer.finish();
+    }
+}
+
+QByteArray PackedText::text() const
+{
+    if (isNull()) {
+        return QByteArray();
+    }
+    TextUnpacker unpacker;
+    const QByteArray found = unpacker.text(*this);
+    return QByteArray(found.constData(), found.size());
+}
+
+void TextPacker::add(PackedText& target, const char* text, size_t size)
+{
+    if (!unpacked.empty() && unpacked.size() + size > blockSize) {
+        finish();
+    }
+    waiting.emplace_back(&target, static_cast<qint32>(unpacked.size()));
+    appendNumber(unpacked, size);
+    unpacked.append(text, size);
+    unpacked += '\0';
+}
+
+void TextPacker::finish()
+{
+    if (waiting.empty()) {
+        return;
+    }
+    const auto size = static_cast<int>(unpacked.size());
+    buffer.resize(lengthSize + static_cast<size_t>(LZ4_compressBound(size)));
+    std::memcpy(buffer.data(), &size, lengthSize);
+    const int packed = LZ4_compress_default(unpacked.data(), buffer.data() + lengthSize, size,
+                                            static_cast<int>(buffer.size() - lengthSize));
+    const QByteArray block(buffer.data(), static_cast<int>(lengthSize) + packed);
+    for (const auto& [target, offset] : waiting) {
+        target->block = block;
+        target->offset = offset;
+    }
+    waiting.clear();
+    unpacked.clear();
+}
+
+QByteArray TextUnpacker::text(const PackedText& sameBlock, qint32 position)
+{
+    if (sameBlock.isNull()) {
+        return QByteArray("");
+    }
+    if (sameBlock.block.constData() != block.constData()) {
+        const qint32 size = numberAt(sameBlock.block.constData());
+        unpacked.resize(static_cast<size_t>(size));
+        if (LZ4_decompress_safe(sameBlock.block.constData() + lengthSize, unpacked.data(),
+                                sameBlock.block.size() - static_cast<int>(lengthSize), size) != size) {
+            qFatal("A block of texts is damaged."); // only an error in this program can damage it
+        }
+        block = sameBlock.block; // nothing else can have its address now
+    }
+    const char* const found = unpacked.data() + position;
+    return QByteArray::fromRawData(found + lengthSize, numberAt(found));
+}

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+// Long texts of many records, in compressed memory.
+//
+// The texts that a search compares need far more memory than all other data of the records. A single text is
+// too short to be compressed well. Therefore a TextPacker compresses blocks of consecutive texts, and each
+// PackedText refers to its block. If a search reads the texts in the order of their blocks, a TextUnpacker
+// unpacks each block only once.
+//
+// Any thread may use these classes, but only one thread at a time may use an object. Texts in different
+// threads may share a block.
+
+#ifndef YUMIO_PACKEDTEXTS_H
+#define YUMIO_PACKEDTEXTS_H
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <QByteArray>
+
+// A text, or no text. The last PackedText of a block releases the block.
+class PackedText
+{
+public:
+    PackedText() = default;
+    // Makes a block that contains only this text. A null array makes no text. Tests use it.
+    explicit PackedText(const QByteArray& text);
+
+    bool isNull() const { return block.isNull(); }
+    // Unpacks the text. For many texts, use a TextUnpacker.
+    QByteArray text() const;
+    // Returns the same address for texts of the same block, or null if it has no text. The texts of a block
+    // are consecutive.
+    const char* blockAddress() const { return block.isNull() ? nullptr : block.constData(); }
+    // Returns the position of the text in its block.
+    qint32 position() const { return offset; }
+
+private:
+    friend class TextPacker;
+    friend class TextUnpacker;
+
+    QByteArray block;  // the unpacked size, then the packed texts
+    qint32 offset = 0; // the position of the text's length in the unpacked block
+};
+
+// Packs texts.
+class TextPacker
+{
+public:
+    TextPacker() = default;
+    TextPacker(const TextPacker&) = delete;
+    TextPacker& operator=(const TextPacker&) = delete;
+
+    // Packs a text, which may contain zero bytes. The target must exist until finish(), which sets it at the
+    // latest. If a text is already added for the target, the new text replaces it.
+    void add(PackedText& target, const char* text, size_t size);
+    void finish();
+
+private:
+    std::string unpacked;
+    std::vector<std::pair<PackedText*, qint32>> waiting; // the texts of this block, and their offsets
+    std::vector<char> buffer;
+};
+
+// Unpacks texts, and keeps the last block.
+class TextUnpacker
+{
+public:
+    TextUnpacker() = default;
+    TextUnpacker(const TextUnpacker&) = delete;
+    TextUnpacker& operator=(const TextUnpacker&) = delete;
+
+    // Returns the text, which a zero byte follows. If the PackedText is null, returns an empty text. The
+    // result refers to memory of this object, and is valid until the next call.
+    QByteArray text(const PackedText& packed) { return text(packed, packed.position()); }
+    // Returns the text at this position of the same block.
+    QByteArray text(const PackedText& sameBlock, qint32 position);
+
+private:
+    QByteArray block;
+    std::vector<char> unpacked;
+};
+
+#endif
