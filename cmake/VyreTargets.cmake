@@ -3,7 +3,7 @@
 # folder uses this file.
 
 add_library(vyre_flags INTERFACE)
-# No Qt keywords: CPython's headers use "slots" as an ordinary identifier.
+# Qt's keywords are switched off, because CPython's headers use "slots" as an ordinary identifier.
 target_compile_definitions(vyre_flags INTERFACE QT_NO_KEYWORDS QT_NO_FOREACH _FILE_OFFSET_BITS=64
     VYRE_VERSION="${PROJECT_VERSION}")
 target_compile_options(vyre_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor

@@ -92,7 +92,7 @@ def lacksReplay():
 
 def requirePrivateNames(*objects):
     """Refuse to start if dnf lacks one of PRIVATE_NAMES. objects: objects of the classes that have NAMES_OF_OBJECTS.
-    Without objects, the function does not check these names.
+    If no objects are given, the function does not check these names.
     """
     for place, name, text in PRIVATE_NAMES:
         made = [each for each in objects if isinstance(place, type) and isinstance(each, place)]

@@ -45,8 +45,8 @@ _COMPS = """\
 def fault_of_groups():
     """The reason why the dnf of this system cannot use groups; empty if dnf can use groups.
 
-    With the libcomps of Debian 13, a process crashes or finds no groups, at random. So this function tries to read a
-    group in a separate process.
+    With the libcomps of Debian 13, a process that reads groups finds no groups or crashes. The result is random. So
+    this function tries to read a group in a separate process.
     """
     with tempfile.NamedTemporaryFile("w", suffix=".xml") as stream:
         stream.write(_COMPS % ("some-group", "some-package"))
