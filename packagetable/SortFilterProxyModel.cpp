@@ -23,7 +23,7 @@ namespace {
 // prepareQuickly() gives up after this number of milliseconds.
 constexpr int quickTime = 30;
 
-// The texts of a record that a search compares.
+// The kinds of texts of a record. A search compares all of them with its expression.
 enum TextKind { FieldTexts, FileText, ChangeLogText, TextKindCount };
 
 bool matchesText(const Expression& pattern, TextKind kind, const QByteArray& text)
@@ -31,8 +31,8 @@ bool matchesText(const Expression& pattern, TextKind kind, const QByteArray& tex
     return kind == FieldTexts ? pattern.matchesAny(text) : pattern.matches(text.constData());
 }
 
-// The texts of many records, in their packed blocks. Several threads may call match() at once. Threads that
-// the user has stopped may still use an object when the records no longer exist.
+// The texts of many records, in their packed blocks. Several threads may call match() at once. After the user
+// has stopped a search, its threads may still use the object, even if the records no longer exist.
 class SearchedTexts
 {
 public:
@@ -43,7 +43,7 @@ public:
     template <typename TextOf> void add(TextKind kind, int records, TextOf textOf)
     {
         QHash<const char*, size_t> numbers;
-        const char* address = nullptr; // of the last block
+        const char* address = nullptr; // the address of the last block
         size_t number = 0;
         std::vector<size_t> blockOf; // the number of the block of each text
         std::vector<Text> added;
@@ -101,7 +101,7 @@ public:
         }
         return any;
     }
-    // Any later call of match() ends soon, and a current call ends after its current text.
+    // Makes all later calls of match() end at once, and each running call end after its current text.
     void stop() { stopped = true; }
 
     bool isFound(int record) const { return found[static_cast<size_t>(record)]; }
@@ -110,7 +110,7 @@ private:
     struct Text
     {
         int record = 0;
-        qint32 position = 0; // in its block
+        qint32 position = 0; // the position of the text in its block
     };
     struct Block
     {

@@ -80,7 +80,7 @@ public:
     }
 
 protected:
-    // A part of `collected`.
+    // A part of `collected`: the characters of one element.
     struct Part
     {
         size_t begin;
@@ -136,7 +136,7 @@ private:
             reader->place =
                 reader->wanted.value(QByteArray::fromRawData(id, static_cast<int>(std::strlen(id))), -1);
         } else if (reader->place >= 0) {
-            // An element inside a collected element ends the collection, without a part.
+            // If a collected element contains an element, the characters collected so far make no part.
             reader->collected.resize(reader->collectedParts.empty() ? 0 : reader->collectedParts.back().end);
             reader->collecting = reader->begin(name, attributes);
         }

@@ -8,8 +8,8 @@
 
 namespace {
 
-// A text begins a new block if the block would otherwise be longer than this number of bytes. Larger blocks
-// are hardly smaller when packed, and do not fit into the cache of a processor.
+// If a text would make its block longer than this number of bytes, the text begins a new block. Larger blocks
+// would hardly improve the compression, and do not fit into the cache of a processor.
 constexpr size_t blockSize = 1 << 16;
 
 constexpr size_t lengthSize = sizeof(qint32);
@@ -90,7 +90,7 @@ QByteArray TextUnpacker::text(const PackedText& sameBlock, qint32 position)
                                 sameBlock.block.size() - static_cast<int>(lengthSize), size) != size) {
             qFatal("A block of texts is damaged."); // only an error in this program can damage it
         }
-        block = sameBlock.block; // nothing else can have its address now
+        block = sameBlock.block; // while this object holds the block, no other block gets its address
     }
     const char* const found = unpacked.data() + position;
     return QByteArray::fromRawData(found + lengthSize, numberAt(found));

@@ -7,8 +7,8 @@
 // PackedText refers to its block. If a search reads the texts in the order of their blocks, a TextUnpacker
 // unpacks each block only once.
 //
-// Any thread may use these classes, but only one thread at a time may use an object. Texts in different
-// threads may share a block.
+// Any thread may use these classes, but only one thread at a time may use an object. Texts that different
+// threads use may share a block.
 
 #ifndef YUMIO_PACKEDTEXTS_H
 #define YUMIO_PACKEDTEXTS_H
@@ -30,8 +30,8 @@ public:
     bool isNull() const { return block.isNull(); }
     // Unpacks the text. For many texts, use a TextUnpacker.
     QByteArray text() const;
-    // Returns the same address for texts of the same block, or null if it has no text. The texts of a block
-    // are consecutive.
+    // Returns the same address for texts of the same block, or null if this object has no text. The texts of
+    // a block are consecutive.
     const char* blockAddress() const { return block.isNull() ? nullptr : block.constData(); }
     // Returns the position of the text in its block.
     qint32 position() const { return offset; }
@@ -52,8 +52,8 @@ public:
     TextPacker(const TextPacker&) = delete;
     TextPacker& operator=(const TextPacker&) = delete;
 
-    // Packs a text, which may contain zero bytes. The target must exist until finish(), which sets it at the
-    // latest. If a text is already added for the target, the new text replaces it.
+    // Packs a text, which may contain zero bytes. The packer sets the target in finish() or earlier, so the
+    // target must exist until then. If a text was already packed for the target, the new text replaces it.
     void add(PackedText& target, const char* text, size_t size);
     void finish();
 
@@ -63,7 +63,7 @@ private:
     std::vector<char> buffer;
 };
 
-// Unpacks texts, and keeps the last block.
+// Unpacks texts. Keeps the block that was unpacked last.
 class TextUnpacker
 {
 public:
@@ -74,7 +74,7 @@ public:
     // Returns the text, which a zero byte follows. If the PackedText is null, returns an empty text. The
     // result refers to memory of this object, and is valid until the next call.
     QByteArray text(const PackedText& packed) { return text(packed, packed.position()); }
-    // Returns the text at this position of the same block.
+    // Returns the text at this position of the block to which `sameBlock` belongs.
     QByteArray text(const PackedText& sameBlock, qint32 position);
 
 private:

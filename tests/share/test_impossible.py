@@ -101,7 +101,7 @@ class UpdatesTest(QuestionTest):
     def test_skip_broken_does_not_prevent_the_question(self):
         self.configure("skip_broken=1")
         self.started()
-        # The option has the effect that it has in dnf: group members become optional.
+        # In VYRE, skip_broken has the same effect as in dnf: group members become optional.
         self.assertFalse(self.yumio.base.conf.strict)
         changed = self.changes(self.apply, installs=["moonbridge", "astrolabe"], answers=[1, 1])
         self.assertEqual(changed, ({"astrolabe-5.6-1.x86_64"}, set()))

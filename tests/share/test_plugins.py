@@ -327,7 +327,7 @@ class FailuresTest(PlugInsTest):
                         raising("sack", call)):
             self.write_plug_in("patient", content)
             self.load()
-            # Like the program's real function, this one has no Python frame.
+            # Like the program's real function, this function has no Python frame.
             self.module("program").changeActivity = functools.partial(signal.default_int_handler, signal.SIGINT)
             with self.assertRaises(KeyboardInterrupt):
                 self.collect()

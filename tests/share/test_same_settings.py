@@ -7,7 +7,7 @@ RULES = ["extra-rules"]
 
 SIGNED = ("sandbox-signed", "gpgcheck=1; gpgkey=file://{root}/etc/pki/rpm-gpg/RPM-GPG-KEY-larkspur")
 
-# All updates except the impossible one, which the scenarios exclude.
+# All updates, without the impossible update of tidewatch, which the scenarios exclude.
 ALL = ("^abacus-cli ^amberfont-sans ^anvil-make ^atrium-web ^barometer ^beacon-dns ^chisel-diff ^doorkeeper +kernel "
        "^libcairn ^libcairn.i686 ^libgranite ^loomctl ^meridian-tz +nettle-scan ^parrot ^quillbase ^sluice-fw "
        "^vyre-network-suite")
