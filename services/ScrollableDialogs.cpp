@@ -69,8 +69,8 @@ void ScrollableDialog::addBelow(QWidget* widget)
 
 void ScrollableDialog::fit()
 {
-    // By default, Qt limits a window to two thirds of the screen. Set the size explicitly, because the dialog
-    // could then truncate lines that would fit on the screen.
+    // By default, Qt limits a window to two thirds of the screen, and the dialog could truncate lines that
+    // would fit on the screen. Therefore set the size explicitly.
     ensurePolished();
     resize(sizeHint().boundedTo(Metrics::maxWindowSize()));
 }

@@ -251,7 +251,7 @@ class YumIO:
         available = query.available().filterm(arch__neq=['src', 'nosrc'])
         try:
             available.filterm(latest_per_arch_by_priority=True)
-        except (ValueError, hawkey.Exception):  # a version of dnf without priorities
+        except (ValueError, hawkey.Exception):  # this version of dnf has no priorities
             available.filterm(latest_per_arch=True)
         # If several versions of a package are installed, the program shows the first of them: the newest.
         return All(sorted(query.installed(), reverse=True), available.run(),

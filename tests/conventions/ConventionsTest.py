@@ -368,7 +368,7 @@ class ConventionsTest(unittest.TestCase):
         self.write('low/__pycache__/Thing.h', 'no guard \n')
         self.assertEqual(self.found(status=0), [])
 
-    def test_option_list_prints_the_kind_of_each_file(self):
+    def test_the_list_option_prints_the_kind_of_each_file(self):
         done = subprocess.run([CHECKER, '--root', self.root, '--list'], stdout=subprocess.PIPE, text=True, check=True)
         self.assertEqual([line for line in done.stdout.splitlines() if line.split()[1] in
                           ('low/Thing.h', 'tools/go', 'CMakeLists.txt', 'tests/journeys/test_first.py')],

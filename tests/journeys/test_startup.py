@@ -70,7 +70,7 @@ class UsageTest(unittest.TestCase):
             self.assertEqual(done.stdout.decode(), USAGE.format(name))
             self.assertEqual(done.returncode, 1)
 
-    def test_option_help_prints_the_usage(self):
+    def test_the_help_option_prints_the_usage(self):
         for arguments in (['-h'], ['-H'], ['--help'], ['--hel'], ['-gh'], ['-g', '-H'],
                           ['-s', 'all', '--help', 'left over']):
             self.check_usage(*arguments)
@@ -79,7 +79,7 @@ class UsageTest(unittest.TestCase):
         self.check_usage('-h', '-s', 'x')
         self.check_usage('-s', 'x', '-h', error='unrecogized argument to -s/--state option: x')
 
-    def test_unknown_value_of_option_mode_is_refused(self):
+    def test_unknown_value_of_the_mode_option_is_refused(self):
         text = 'unrecogized argument to -m/--mode option: '
         for argument in ('x', 'Filter', 'filters', 'searching', ' filter', 'fs'):
             self.check_usage('-m', argument, error=text + argument)
@@ -88,7 +88,7 @@ class UsageTest(unittest.TestCase):
         self.check_usage('--mode', 'x', error=text + 'x')
         self.check_usage('-m', '-g', error=text + '-g')
 
-    def test_unknown_value_of_option_state_is_refused(self):
+    def test_unknown_value_of_the_state_option_is_refused(self):
         text = 'unrecogized argument to -s/--state option: '
         for argument in ('x', 'ALL', 'alls', 'updatables', 'ua', '0'):
             self.check_usage('-s', argument, error=text + argument)
@@ -213,7 +213,7 @@ class OptionsTest(JourneyTest):
     def test_controls_have_their_defaults_if_no_options_are_given(self):
         self.check_settings()
 
-    def test_option_state_selects_the_view(self):
+    def test_the_state_option_selects_the_view(self):
         for argument, state in (('updatable', 'View Updatable'), ('installable', 'View Installable'),
                                 ('removable', 'View Removable'), ('all', 'View All'),
                                 ('u', 'View Updatable'), ('i', 'View Installable'), ('r', 'View Removable'),
@@ -226,7 +226,7 @@ class OptionsTest(JourneyTest):
             groups = arguments[0] == '-gs'
             self.check_settings(*arguments, state='View Removable', groups=groups)
 
-    def test_option_state_decides_which_packages_are_listed(self):
+    def test_the_state_option_decides_which_packages_are_listed(self):
         expression = '^abacus-cli |^pergola |^cinder-backup '
         self.check_settings('-e', expression, expression=expression, names=['abacus-cli'])
         self.check_settings('-si', '-e', expression, expression=expression, state='View Installable',
@@ -236,13 +236,13 @@ class OptionsTest(JourneyTest):
         self.check_settings('-sa', '-e', expression, expression=expression, state='View All',
                             names=['abacus-cli', 'cinder-backup', 'pergola'])
 
-    def test_option_mode_selects_filter_or_search(self):
+    def test_the_mode_option_selects_filter_or_search(self):
         for arguments, mode in ((['-m', 'filter'], 'Filter'), (['-m', 'search'], 'Search'), (['-m', 'f'], 'Filter'),
                                 (['-ms'], 'Search'), (['--mode='], 'Filter'), (['-m', ''], 'Filter'),
                                 (['--mode=sea'], 'Search'), (['--mode', 'search'], 'Search')):
             self.check_settings(*arguments, mode=mode)
 
-    def test_option_regexp_sets_the_expression(self):
+    def test_the_regexp_option_sets_the_expression(self):
         self.check_settings('--regexp=^pergola ', '--state=all', expression='^pergola ', state='View All',
                             names=['pergola'])
         self.check_settings('-e', '', '-sa', expression='', state='View All')
@@ -250,7 +250,7 @@ class OptionsTest(JourneyTest):
         self.check_settings('--regexp', '-sall', expression='-sall', names=[])
         self.check_settings('-e', 'häßlich %s', expression='häßlich %s', names=[])
 
-    def test_option_mode_search_searches_for_the_expression_of_option_regexp(self):
+    def test_if_the_mode_is_search_vyre_searches_for_the_expression_of_the_regexp_option(self):
         # This text is part of a path in one package; no column of the table contains it.
         expression = 'bin/pergola'
         for arguments in (['-m', 'search', '-e', expression], ['-e', expression, '-m', 'search']):
@@ -258,7 +258,7 @@ class OptionsTest(JourneyTest):
                                 names=['pergola'])
         self.check_settings('-e', expression, '-s', 'all', expression=expression, state='View All', names=[])
 
-    def test_option_duplicates_hides_duplicates(self):
+    def test_the_duplicates_option_hides_duplicates(self):
         expression = '^libmoss '
         self.check_settings('-sa', '-e', expression, state='View All', expression=expression,
                             names=['libmoss', 'libmoss'])
@@ -267,7 +267,7 @@ class OptionsTest(JourneyTest):
                                 duplicates=False, names=['libmoss'])
 
     @needs_groups
-    def test_option_groups_lists_groups(self):
+    def test_the_groups_option_lists_groups(self):
         expression = '^Games( |$)'
         self.check_settings('-si', '-e', expression, state='View Installable', expression=expression, names=[])
         for option in ('-g', '--groups', '--gr'):
@@ -288,7 +288,7 @@ class OptionsTest(JourneyTest):
             self.check_settings(*arguments, expression=expression, state='View All', duplicates=False, groups=True,
                                 names=['libmoss', 'Games'])
 
-    def test_option_log_shows_the_log_window(self):
+    def test_the_log_option_shows_the_log_window(self):
         for option in ('-l', '--log', '--lo'):
             with self.subTest(option=option), self.program(option) as program:
                 window = program.main()

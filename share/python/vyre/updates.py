@@ -27,7 +27,7 @@ def findUpdates(base):
     query = base.sack.query()
     try:
         query.filterm(upgrades_by_priority=True)
-    except (ValueError, hawkey.Exception):  # a version of dnf without priorities
+    except (ValueError, hawkey.Exception):  # this version of dnf has no priorities
         query = query.upgrades()
     query.filterm(arch__neq=['src', 'nosrc'])
     return chooseUpdates(base, withoutExcluded(base, query.latest().run()))
