@@ -23,7 +23,7 @@ class ProgramEnd : public QObject
 
 public:
     // `lastCleanUp` is called immediately before the object ends the process. If the program ends normally,
-    // main() does the same work itself.
+    // main() does this work itself.
     ProgramEnd(MainWindow& mainWindow, std::function<void()> lastCleanUp);
     // Runs only if the program ends normally. After that, a lost display or a call of exit() has no effect.
     ~ProgramEnd() override;

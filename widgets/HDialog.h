@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A dialog in which the keys Return and Enter go to the input fields, and do not press the default button.
+// A dialog in which the Return and Enter keys go to the input fields, and do not press the default button.
 //
 // It lives on the graphical thread; its Qt parent owns it.
 

@@ -25,8 +25,9 @@ QString absolute(const QString& pathInRoot);
 // such a directory. A relative path does not change, nor does a path that already begins with the root.
 QString namedDirectory(const QString& directory);
 
-// Does the same for a directory from which VYRE only reads. But if this directory does not exist below the
-// root, the path does not change: the managed system may share the running system's directory.
+// Converts the path of a directory from which VYRE only reads, in the same way as namedDirectory(). But if
+// this directory does not exist below the root, the path does not change: the managed system may share the
+// running system's directory.
 QString namedDirectoryOfFiles(const QString& directory);
 
 } // namespace ManagedRoot
