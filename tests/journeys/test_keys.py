@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The user moves in the table and in every long text with the keys Home and End."""
+"""The user moves in the table and in every long text with the Home and End keys."""
 import journey
 import updateinfo
 from editing import EditingTest
