@@ -4,6 +4,14 @@
 
 #include <QHelpEvent>
 
+namespace {
+
+// The busy look moves once in this number of milliseconds. The style wants to move it 60 times a second, and
+// painting the bars so often needs a twentieth of the processor time of a start.
+constexpr qint64 animationInterval = 100;
+
+} // namespace
+
 HProgressBar::HProgressBar(QWidget* parent) : QProgressBar(parent) {}
 
 void HProgressBar::setActivity(QString text)
@@ -42,6 +50,13 @@ bool HProgressBar::event(QEvent* event)
         Q_EMIT toolTip(static_cast<QHelpEvent*>(event)->pos());
         event->accept();
         return true;
+    }
+    if (event->type() == QEvent::StyleAnimationUpdate) {
+        event->accept(); // otherwise the style would end the animation
+        if (sinceAnimation.isValid() && sinceAnimation.elapsed() < animationInterval) {
+            return true;
+        }
+        sinceAnimation.start();
     }
     // Do not call QProgressBar::event(), which would show a tool tip of its own.
     // NOLINTNEXTLINE(bugprone-parent-virtual-call)

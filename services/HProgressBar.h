@@ -8,6 +8,7 @@
 #ifndef SERVICES_HPROGRESSBAR_H
 #define SERVICES_HPROGRESSBAR_H
 
+#include <QElapsedTimer>
 #include <QProgressBar>
 
 class HProgressBar : public QProgressBar
@@ -33,6 +34,7 @@ protected:
 
 private:
     QString activity;
+    QElapsedTimer sinceAnimation; // since the busy look last moved; invalid before
 };
 
 #endif

@@ -2,6 +2,7 @@
 
 #include "services/HProgressBar.h"
 
+#include <QElapsedTimer>
 #include <QHelpEvent>
 #include <QSignalSpy>
 #include <QTest>
@@ -39,6 +40,7 @@ private Q_SLOTS:
     void placeMarkersInAnActivityAreShownUnchanged();
     void resetRemovesTheActivityAndTheValue();
     void setActivityPaintsTheBarAgain();
+    void aFrameOfTheBusyLookThatComesTooEarlyIsNotPainted();
     void hoveringOverTheBarInAnActiveWindowRequestsATip();
     void theRequestForATipContainsThePosition();
     void hoveringOverTheBarInAnInactiveWindowRequestsNoTip();
@@ -95,6 +97,33 @@ void HProgressBarTest::setActivityPaintsTheBarAgain()
     const int before = bar.paints;
     bar.setActivity("Reading");
     QTRY_VERIFY(bar.paints > before);
+}
+
+void HProgressBarTest::aFrameOfTheBusyLookThatComesTooEarlyIsNotPainted()
+{
+    CountingBar bar;
+    bar.setRange(0, 100);
+    bar.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&bar));
+    const auto paintsOfAFrame = [&bar] {
+        QEvent frame(QEvent::StyleAnimationUpdate);
+        frame.ignore();
+        bar.paints = 0;
+        QCoreApplication::sendEvent(&bar, &frame);
+        QCoreApplication::processEvents();
+        return frame.isAccepted() ? bar.paints : -1; // the style stops the animation at an ignored event
+    };
+    QElapsedTimer sinceFirst;
+    do {
+        QTest::qWait(150); // longer than the interval between two painted frames
+        sinceFirst.start();
+        QCOMPARE(paintsOfAFrame(), 1);
+        const int second = paintsOfAFrame();
+        if (sinceFirst.elapsed() < 90) { // otherwise a busy machine has delayed the second frame
+            QCOMPARE(second, 0);
+            break;
+        }
+    } while (true);
 }
 
 void HProgressBarTest::hoveringOverTheBarInAnActiveWindowRequestsATip()
