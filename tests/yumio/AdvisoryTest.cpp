@@ -22,7 +22,7 @@ private Q_SLOTS:
         }
     }
 
-    void packageHasNameVersionAndArchitecture()
+    void thePackageTextConsistsOfNameVersionAndArchitecture()
     {
         const Advisory::Package package{"tool", "noarch", "1:2-3", Advisory::Possible, QString()};
         QCOMPARE(package.text(), QString("tool-1:2-3.noarch"));

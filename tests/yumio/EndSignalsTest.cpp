@@ -83,7 +83,7 @@ class EndSignalsTest : public QObject
 private Q_SLOTS:
     // Finds the expected value by experiment: sends each signal to a child without handlers, and checks
     // whether the child ends.
-    void endsProcessIsTrueForTheSignalsThatEndAProcess_data()
+    void endsProcessIsTrueForExactlyTheSignalsThatEndAProcess_data()
     {
         QTest::addColumn<int>("number");
         for (int number = 1; number <= SIGRTMAX; ++number) {
@@ -94,12 +94,12 @@ private Q_SLOTS:
         }
     }
 
-    void endsProcessIsTrueForTheSignalsThatEndAProcess()
+    void endsProcessIsTrueForExactlyTheSignalsThatEndAProcess()
     {
         QFETCH(int, number);
         const pid_t child = fork();
         if (child == 0) {
-            setpgid(0, 0); // in an orphaned process group, signals could not stop it
+            setpgid(0, 0); // in an orphaned process group, no signal could stop the child
             std::signal(number, SIG_DFL);
             raise(number);
             _exit(0);
@@ -113,7 +113,7 @@ private Q_SLOTS:
         QCOMPARE(EndSignals::endsProcess(number), bool(WIFSIGNALED(status)));
     }
 
-    void aSignalBecomesARequest_data()
+    void aSignalThatWouldEndTheProcessBecomesARequest_data()
     {
         QTest::addColumn<int>("number");
         for (int number : {SIGTERM, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2, SIGALRM, SIGSEGV, SIGFPE, SIGXCPU,
@@ -122,7 +122,7 @@ private Q_SLOTS:
         }
     }
 
-    void aSignalBecomesARequest()
+    void aSignalThatWouldEndTheProcessBecomesARequest()
     {
         QFETCH(int, number);
         QCOMPARE(inChild([number](int requests) {
@@ -132,7 +132,7 @@ private Q_SLOTS:
                  QStringLiteral("status %1").arg(number));
     }
 
-    void renewMakesTheInterruptARequestAgain()
+    void renewMakesSIGINTARequestAgainAfterAnotherHandlerWasSet()
     {
         QCOMPARE(inChild([](int) {
                      kill(getpid(), SIGINT);
@@ -147,7 +147,7 @@ private Q_SLOTS:
                  QStringLiteral("status %1").arg(SIGINT));
     }
 
-    void renewWithoutInstallChangesNothing()
+    void renewChangesNothingIfNoHandlersAreInstalled()
     {
         struct sigaction before = {};
         struct sigaction after = {};
@@ -157,7 +157,7 @@ private Q_SLOTS:
         QVERIFY(before.sa_handler == after.sa_handler);
     }
 
-    void aSignalOfAProgramErrorEndsTheProcess()
+    void aSignalForAProgramErrorEndsTheProcess()
     {
         QTemporaryDir directory;
         const QByteArray lock = QFile::encodeName(directory.filePath(QStringLiteral("lock.pid")));
@@ -180,7 +180,7 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(QFile::decodeName(lock)));
     }
 
-    void aLockFileOfAnotherProcessIsKept()
+    void theLockFileOfAnotherProcessIsKeptIfThisProcessDies()
     {
         QTemporaryDir directory;
         const QString path = writeLock(directory, "1");
@@ -212,7 +212,7 @@ private Q_SLOTS:
                  QStringLiteral("status 7"));
     }
 
-    void aRecordedSignalBecomesARequest()
+    void aSignalThatTheRecorderHoldsBackBecomesARequestLater()
     {
         for (int number : {SIGTERM, SIGABRT, SIGUSR1, SIGSEGV}) {
             QCOMPARE(inChild([number](int requests) {
@@ -230,7 +230,7 @@ private Q_SLOTS:
         }
     }
 
-    void ignoredSignalsBecomeNoRequests()
+    void aSignalThatTheProcessIgnoresBecomesNoRequest()
     {
         QCOMPARE(inChild([](int requests) {
                      std::signal(SIGHUP, SIG_IGN);
@@ -246,7 +246,7 @@ private Q_SLOTS:
                  QStringLiteral("status 7"));
     }
 
-    void endByEndsTheProcessWithTheSignal()
+    void endByEndsTheProcessWithTheGivenSignal()
     {
         QCOMPARE(inChild([](int) {
                      sigset_t all;

@@ -25,7 +25,7 @@ class FieldsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aPackageDescriptionHasItsFieldsInOrder()
+    void theDescriptionOfAPackageHasTheExpectedFieldsInOrder()
     {
         QCOMPARE(
             labels(Fields::OfPackages | Fields::Described).join("; "),
@@ -36,14 +36,14 @@ private Q_SLOTS:
                     "Files; Change Log"));
     }
 
-    void theShortDescriptionOfAnInstalledVersionHasItsFieldsInOrder()
+    void theShortDescriptionHasTheExpectedFieldsInOrder()
     {
         QCOMPARE(labels(Fields::OfPackages | Fields::InShortDescription).join("; "),
                  QString("Version; Architecture; Size; Build Time; Packager"));
         QCOMPARE(labels(Fields::OfGroups | Fields::InShortDescription), QStringList());
     }
 
-    void aGroupDescriptionHasItsFieldsInOrder()
+    void theDescriptionOfAGroupHasTheExpectedFieldsInOrder()
     {
         QCOMPARE(
             labels(Fields::OfGroups | Fields::Described).join("; "),
@@ -52,7 +52,7 @@ private Q_SLOTS:
 
     // A search reads the name and the fields of the description. It reads file lists and change logs directly
     // from the metadata, not as fields.
-    void theSearchReadsItsFieldsInOrder()
+    void theSearchReadsTheExpectedFieldsInOrder()
     {
         QStringList packages = labels(Fields::OfPackages | Fields::Described);
         QVERIFY(packages.removeOne("Kind") && packages.removeOne("Files") &&
@@ -63,7 +63,7 @@ private Q_SLOTS:
         QCOMPARE(labels(Fields::OfGroups | Fields::Searched), QStringList("the name") + groups);
     }
 
-    void iterationStopsWhenTheFunctionReturnsTrue()
+    void forEachUntilStopsWhenTheFunctionReturnsTrue()
     {
         QList<Fields::Field> given;
         const auto until = [&given](Fields::Field last) {

@@ -113,7 +113,7 @@ private:
     int number = 0;
 
 private Q_SLOTS:
-    void everyCompressionIsRead_data()
+    void metadataWithEverySupportedCompressionAreRead_data()
     {
         QTest::addColumn<QByteArray>("filter");
         QTest::newRow("plain") << QByteArray();
@@ -122,7 +122,7 @@ private Q_SLOTS:
         }
     }
 
-    void everyCompressionIsRead()
+    void metadataWithEverySupportedCompressionAreRead()
     {
         QFETCH(QByteArray, filter);
         const char* name = filter.isEmpty() ? nullptr : filter.constData();
@@ -151,7 +151,7 @@ private Q_SLOTS:
         QCOMPARE(logs[0], QByteArray("* Thu Jan 1 1970 A\ntext"));
     }
 
-    void unwantedPackagesAreSkipped()
+    void packagesThatAreNotWantedAreSkipped()
     {
         const QString path = writePlain(fileLists(
             package("one", file("/one")) + package("two", file("/two")) + "<package name=\"nameless\">" +
@@ -167,7 +167,7 @@ private Q_SLOTS:
         QCOMPARE(problem, QString());
     }
 
-    void pathsAreSortedWithoutDuplicates()
+    void thePathsOfAPackageAreSortedWithoutDuplicates()
     {
         QCOMPARE(filesOfOne(file("/usr/z") + file("/usr/a") + file("/usr/z") + file("/Usr") + file("/usr/a")),
                  QByteArray("/Usr\n/usr/a\n/usr/z"));
@@ -189,7 +189,7 @@ private Q_SLOTS:
                  QByteArray("* Thu Jan 1 1970 B\nd"));
     }
 
-    void directoriesAndGhostsAreFilesToo()
+    void theFileListAlsoContainsDirectoriesAndGhostFiles()
     {
         QCOMPARE(
             filesOfOne("  <file type=\"dir\">/var/lib/x</file>\n  <file type=\"ghost\">/var/log/x</file>\n" +
@@ -197,21 +197,21 @@ private Q_SLOTS:
             QByteArray("/usr/x\n/var/lib/x\n/var/log/x"));
     }
 
-    void packageWithoutFilesHasAnEmptyText()
+    void theTextOfAPackageWithoutFilesIsEmptyButNotNull()
     {
         const QByteArray text = filesOfOne("");
         QVERIFY(!text.isNull());
         QVERIFY(text.isEmpty());
     }
 
-    void entitiesAreReplacedByCharacters()
+    void xmlEntitiesAreReplacedByTheirCharacters()
     {
         QCOMPARE(filesOfOne(file("/a &amp; b/&lt;c&gt;/&quot;&apos;&#x20AC;&#233;")),
                  QString::fromUtf8("/a & b/<c>/\"'€é").toUtf8());
         QCOMPARE(filesOfOne(file("/<![CDATA[a & <b>]]>/c")), QByteArray("/a & <b>/c"));
     }
 
-    void pathAcrossTwoReadsIsComplete()
+    void aPathThatIsSplitBetweenTwoReadsIsComplete()
     {
         // The file consists almost only of paths, so nearly every read ends inside a path.
         const QByteArray part(1000, 'x');
@@ -225,7 +225,7 @@ private Q_SLOTS:
         QVERIFY(filesOfOne(many) == expected);
     }
 
-    void pathsBeyondAsciiAreSortedAsInTheProgram()
+    void pathsBeyondAsciiAreSortedLikeQStrings()
     {
         // QString stores characters beyond U+FFFF as surrogates. So the program sorts them before some
         // characters that come earlier in byte order.
@@ -250,7 +250,7 @@ private Q_SLOTS:
         QVERIFY(paths[0].toUtf8() < paths[1].toUtf8());
     }
 
-    void newestChangeComesFirst()
+    void theNewestChangeComesFirst()
     {
         QCOMPARE(
             changeLogOfOne("<changelog author=\"Ann &lt;a@b&gt; - 1.0-1\" date=\"1693656000\">- one\n- two"
@@ -260,7 +260,7 @@ private Q_SLOTS:
                 "* Tue Feb 20 2024 Bob\n- <three>\n\n* Sat Sep 2 2023 Ann <a@b> - 1.0-1\n- one\n- two"));
     }
 
-    void datesUseUniversalTime()
+    void changeLogDatesAreInUniversalTime()
     {
         const QByteArray zone = qgetenv("TZ");
         for (const char* name : {"UTC", "Pacific/Kiritimati", "Pacific/Pago_Pago"}) {
@@ -285,14 +285,14 @@ private Q_SLOTS:
                     .endsWith(" A\nx"));
     }
 
-    void packageWithoutChangesHasAnEmptyText()
+    void theTextOfAPackageWithoutChangesIsEmptyButNotNull()
     {
         const QByteArray text = changeLogOfOne("");
         QVERIFY(!text.isNull());
         QVERIFY(text.isEmpty());
     }
 
-    void noTextContainsPartsOfAnotherPackage()
+    void theTextOfAPackageContainsNoPartsOfAnotherPackage()
     {
         std::vector<QByteArray> texts(2);
         QString problem;
@@ -352,7 +352,7 @@ private Q_SLOTS:
         QVERIFY(texts[1].isNull());
     }
 
-    void packagesBeforeTheDamageAreRead()
+    void packagesBeforeTheDamageInAFileAreRead()
     {
         std::vector<QByteArray> texts(2);
         QString problem;
@@ -364,7 +364,7 @@ private Q_SLOTS:
         QCOMPARE(problem, QString("mismatched tag"));
     }
 
-    void fileOfAnotherKindHasNoTexts()
+    void aFileOfTheWrongKindYieldsNoTexts()
     {
         // The files for change logs and for file lists name the same packages. If the program reads the wrong
         // file, it must not conclude that the packages have no files or no changes.
@@ -398,23 +398,23 @@ private Q_SLOTS:
         QCOMPARE(problem, QString());
     }
 
-    void errorsOfDocumentsAreFound_data()
+    void invalidDocumentsHaveAnError_data()
     {
         QTest::addColumn<QByteArray>("content");
         QTest::addColumn<QString>("expected");
         const QByteArray one = package("one", "");
-        QTest::newRow("cut off") << "<metadata packages=\"2\">" + one + "<pack"
-                                 << "unclosed token";
+        QTest::newRow("cut off within an element") << "<metadata packages=\"2\">" + one + "<pack"
+                                                   << "unclosed token";
         QTest::newRow("cut off between packages") << "<metadata packages=\"2\">" + one << "no element found";
         QTest::newRow("empty") << QByteArray() << "Unrecognized archive format";
-        QTest::newRow("another document")
+        QTest::newRow("document without metadata")
             << QByteArray("<html><p>Log in</p></html>") << "\"html\" where \"metadata\" is expected";
-        QTest::newRow("no document") << QByteArray("Log in") << "syntax error";
+        QTest::newRow("no XML") << QByteArray("Log in") << "syntax error";
         QTest::newRow("too few packages") << "<metadata packages=\"3\">" + one + one + "</metadata>"
                                           << "2 packages where 3 are announced";
     }
 
-    void errorsOfDocumentsAreFound()
+    void invalidDocumentsHaveAnError()
     {
         QFETCH(QByteArray, content);
         QFETCH(QString, expected);
@@ -423,7 +423,7 @@ private Q_SLOTS:
         QCOMPARE(problem, expected);
     }
 
-    void missingFileAndDirectoryAreReported()
+    void aMissingFileAndADirectoryHaveAnError()
     {
         for (const QString& path : {directory.filePath("nothing"), directory.path()}) {
             std::vector<QByteArray> texts(1);
@@ -434,7 +434,7 @@ private Q_SLOTS:
         }
     }
 
-    void pathWithCharactersBeyondAsciiIsRead()
+    void aMetadataFileWithCharactersBeyondAsciiInItsPathIsRead()
     {
         const QString path = directory.filePath(QString::fromUtf8("dépôt 🌧.xml"));
         QVERIFY(QFile::rename(writePlain(fileLists(package("one", file("/a")))), path));

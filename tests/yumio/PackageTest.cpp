@@ -30,8 +30,8 @@ template <typename Function> QString standardErrorOf(const Function& function)
     return QString::fromUtf8(file.readAll());
 }
 
-// A record whose name shares its memory with the argument. After the record is deleted, isDetached() of the
-// argument is true again.
+// A record whose name shares its memory with the argument. So isDetached() of the argument is false until the
+// record is deleted.
 Package::Entry* named(const QString& name)
 {
     auto* entry = new Package::Entry;
@@ -51,7 +51,7 @@ class PackageTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void enumeratorsHaveTheExpectedNumbers()
+    void theEnumeratorsHaveTheExpectedNumbers()
     {
         QCOMPARE(int(Package::Updatable), 0);
         QCOMPARE(int(Package::Available), 1);
@@ -68,7 +68,7 @@ private Q_SLOTS:
         QCOMPARE(sizeof(Package::Action), size_t(4));
     }
 
-    void newRecordIsEmpty()
+    void aNewRecordIsEmpty()
     {
         const Package::Entry entry;
         for (const QString& text : {entry.name, entry.verRel, entry.repo, entry.arch, entry.biArch,
@@ -81,7 +81,7 @@ private Q_SLOTS:
         QVERIFY(entry.next == nullptr);
     }
 
-    void recordDeletesItsChain()
+    void deletingARecordDeletesTheVersionsInItsChain()
     {
         QStringList names;
         for (int i = 0; i < 4; ++i) {
@@ -100,7 +100,7 @@ private Q_SLOTS:
         }
     }
 
-    void longChainIsDeletedWithoutDeepRecursion()
+    void deletingALongChainNeedsNoDeepRecursion()
     {
         Package::Entry* first = named(uniqueText(0));
         Package::Entry* last = first;
@@ -114,7 +114,7 @@ private Q_SLOTS:
         QVERIFY(name.isDetached());
     }
 
-    void listDeletesItsRecords()
+    void deletingAListDeletesItsRecords()
     {
         const QString name = uniqueText(0);
         const QString chained = uniqueText(1);
@@ -128,7 +128,7 @@ private Q_SLOTS:
         QVERIFY(chained.isDetached());
     }
 
-    void anUnreleasedObjectIsReportedOnceInAProcess()
+    void deletingRecordsWithUnreleasedObjectsIsReportedOnlyOnce()
     {
         // The destructor may run without the interpreter lock, so it must not dereference this pointer.
         auto* object = reinterpret_cast<PyObject*>(quintptr(0x1234));
@@ -145,7 +145,7 @@ private Q_SLOTS:
         QCOMPARE(standardErrorOf([] { delete new Package::Entry; }), QString());
     }
 
-    void packageAndGroupOfTheSameNameHaveDifferentKeys()
+    void aPackageAndAGroupOfTheSameNameHaveDifferentKeys()
     {
         const YumIO::EntryKey package(false, "base", QString());
         const YumIO::EntryKey group(true, "base", QString());
@@ -161,7 +161,7 @@ private Q_SLOTS:
         QCOMPARE(hash.value(YumIO::EntryKey(true, "base", QString())), 2);
     }
 
-    void hashOfAKeyContainsAllParts()
+    void theHashOfAKeyDependsOnAllItsParts()
     {
         const QString name = "kernel";
         const QString arch = "x86_64";

@@ -51,7 +51,7 @@ private Q_SLOTS:
         objects.clear();
     }
 
-    void recordsAreVisibleAfterTheyArePublished()
+    void recordsAreNotVisibleUntilTheyArePublished()
     {
         records->reserve(10);
         Package::Entry* first = add("b", "x86_64");
@@ -66,7 +66,7 @@ private Q_SLOTS:
         QCOMPARE(records->all(), QList<Package::Entry*>({first, second}));
     }
 
-    void keysFindTheirRecords()
+    void eachKeyFindsItsRecord()
     {
         Package::Entry* package = add("a", "x86_64");
         Package::Entry*& place = records->place(Package::EntryKey(true, "a", QString()));
@@ -82,7 +82,7 @@ private Q_SLOTS:
         QVERIFY(records->place(Package::EntryKey(false, "a", "x86_64")) == package);
     }
 
-    void aRecordCanHaveASecondKey()
+    void aSecondKeyFindsTheSameRecordUnlessItIsTaken()
     {
         Package::Entry* record = add("a", "x86_64");
         Package::Entry* other = add("b", "i386");
@@ -95,7 +95,7 @@ private Q_SLOTS:
         QCOMPARE(records->count(), 2);
     }
 
-    void packagesAreFoundInThePreferredClassFirst()
+    void findPackagePrefersTheGivenBiArchClass()
     {
         Package::Entry* narrow = add("lib", "i386");
         Package::Entry* wide = add("lib", "x86_64");
@@ -116,7 +116,7 @@ private Q_SLOTS:
         QVERIFY(records->findPackage("a", QString()) == nullptr);
     }
 
-    void versionsAreChainedInOrder()
+    void installedVersionsAreChainedToAnUpdateInOrder()
     {
         Package::Entry* update = add("a", "x86_64", Package::Updatable);
         QVERIFY(Records::installedEntry(update) == nullptr);
@@ -160,7 +160,7 @@ private Q_SLOTS:
         QCOMPARE(compared, QStringList({"i386 x86_64", "x86_64 s390x"}));
     }
 
-    void sharedTextsHaveOneCopy()
+    void equalSharedTextsUseTheSameMemory()
     {
         const QString first = records->shared(QString("re") + "po");
         const QString second = records->shared(QString("rep") + "o");
@@ -186,7 +186,7 @@ private Q_SLOTS:
         QVERIFY(!records->isLeftToUser(*add("none", "x86_64")));
     }
 
-    void marksAreRestoredIfTheyAreStillPossible()
+    void marksThatAreStillPossibleAreRestored()
     {
         add("install", "x86_64")->action = Package::Install;
         add("remove", "x86_64", Package::Installed)->action = Package::Remove;
@@ -205,7 +205,7 @@ private Q_SLOTS:
         QCOMPARE(removed->action, Package::None);
     }
 
-    void everyReferenceIsReleasedOnce()
+    void clearingReleasesEveryReferenceOnce()
     {
         Package::Entry* update = add("a", "x86_64", Package::Updatable);
         Records::endOfChain(update) = make("a", "x86_64", Package::Installed);
@@ -232,7 +232,7 @@ private Q_SLOTS:
         });
     }
 
-    void clearedRecordsCanBeFilledAgain()
+    void recordsCanBeAddedAgainAfterClear()
     {
         add("a", "x86_64");
         records->publish();

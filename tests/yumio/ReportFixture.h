@@ -16,8 +16,8 @@ protected Q_SLOTS:
     void initTestCase();
 
 protected:
-    // The log from this entry on, without messages of the window system: these also go to standard error, and
-    // so into the log, while an operation captures standard error.
+    // The log from this entry on, without messages of the window system. While an operation captures standard
+    // error, the log also contains such messages.
     QStringList logged(int from);
 };
 

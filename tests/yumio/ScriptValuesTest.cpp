@@ -87,7 +87,7 @@ private Q_SLOTS:
 
     // --- Texts
 
-    void stringsAreConvertedToTexts()
+    void pythonStringsAreConvertedToTexts()
     {
         QCOMPARE(pyString("'plain'"), QString("plain"));
         QCOMPARE(pyString("''"), QString(""));
@@ -98,7 +98,7 @@ private Q_SLOTS:
         QCOMPARE(pyString("type('Text', (str,), {})('subclass')"), QString("subclass"));
     }
 
-    void textOfAnUndecodableFileNameIsNotLost()
+    void aFileNameThatIsNotUtf8IsConvertedWithoutLoss()
     {
         const QString text = pyString("b'/usr/\\xff'.decode('utf-8', 'surrogateescape')");
         QCOMPARE(text.length(), 6);
@@ -164,7 +164,7 @@ private Q_SLOTS:
         QCOMPARE(values->pyLongDec(value("2 ** 31").release()), int(-2147483647 - 1));
     }
 
-    void valuesOfADictionaryAreFoundByTheirKeys()
+    void valuesInADictionaryAreFoundByTheirKeys()
     {
         const PyRef mapping = value("{'key': 'value', 'caf\\u00e9': 'drink'}");
         QCOMPARE(values->pyMappingString(mapping.get(), "key"), QString("value"));
@@ -204,7 +204,7 @@ private Q_SLOTS:
         QCOMPARE(QString(ScriptValues::timeFormat(0)), QString("Thu Jan  1 00:00:00 1970"));
     }
 
-    void timeAndDateHaveSeparateBuffers()
+    void aTextFromTimeFormatIsStillValidAfterACallOfDateFormat()
     {
         const char* time = ScriptValues::timeFormat(0);
         const char* date = ScriptValues::dateFormat(1700000000);
@@ -238,7 +238,7 @@ private Q_SLOTS:
         QCOMPARE(warnings(), QStringList("Internal error: YumIO::pyDate did not understand type: str"));
     }
 
-    void invalidMonthCausesAWarning()
+    void aDateWithAnInvalidMonthCausesAWarning()
     {
         run("class Odd(datetime.datetime):\n    def weekday(self): return 2\n");
         const PyRef date = value("Odd(2023, 9, 2)");
@@ -248,7 +248,7 @@ private Q_SLOTS:
         QCOMPARE(warnings(), QStringList("Internal error: YumIO::pyDate found out-of-bounds month: 13"));
     }
 
-    void invalidWeekdayCausesAWarning()
+    void aDateWithAnInvalidWeekdayCausesAWarning()
     {
         run("class Odd(datetime.datetime):\n    def weekday(self): return Odd.day_of_week\n");
         run("Odd.day_of_week = 7");
@@ -263,7 +263,7 @@ private Q_SLOTS:
                  QStringList("Internal error: YumIO::pyDate did not understand weekday type: str"));
     }
 
-    void descriptionsOfObjectsDependOnTheirTypes()
+    void theDescriptionOfAnObjectDependsOnItsType()
     {
         run("class Named:\n    def __str__(self): return 'name'\n"
             "class Nameless:\n    def __str__(self): raise ValueError\n");
@@ -285,7 +285,7 @@ private Q_SLOTS:
         QCOMPARE(values->simpleString(thing.get(), "list"), QString("(a,\n b)"));
     }
 
-    void aPairIsFoundByItsSecondValue()
+    void findRelationReturnsTheFirstValueOfThePairWithThisSecondValue()
     {
         const PyRef pairs = value("[('x', 'one'), ('y', 'two'), ('z', 'two')]");
         QCOMPARE(values->pyStringDec(values->findRelation(pairs.get(), "two")), QString("y"));
@@ -295,7 +295,7 @@ private Q_SLOTS:
 
     // --- Packages
 
-    void versionsAreFormatted_data()
+    void versionsOfPackagesAreFormatted_data()
     {
         QTest::addColumn<QString>("package");
         QTest::addColumn<QString>("expected");
@@ -313,7 +313,7 @@ private Q_SLOTS:
                                     << "1.2";
     }
 
-    void versionsAreFormatted()
+    void versionsOfPackagesAreFormatted()
     {
         QFETCH(QString, package);
         QFETCH(QString, expected);
@@ -327,7 +327,7 @@ private Q_SLOTS:
         QCOMPARE(values->getVerRelTxitem(value("item(1, 'a', release='')").get()), QString("1.0"));
     }
 
-    void packageSizesAreReadFromNumbersTextsAndFunctions_data()
+    void aPackageSizeMayBeANumberATextOrAFunction_data()
     {
         QTest::addColumn<QString>("size");
         QTest::addColumn<quint64>("expected");
@@ -345,7 +345,7 @@ private Q_SLOTS:
         QTest::newRow("no number") << "None" << quint64(0) << notUnderstood;
     }
 
-    void packageSizesAreReadFromNumbersTextsAndFunctions()
+    void aPackageSizeMayBeANumberATextOrAFunction()
     {
         QFETCH(QString, size);
         QFETCH(quint64, expected);
@@ -354,13 +354,13 @@ private Q_SLOTS:
         QCOMPARE(warnings(), warning.isEmpty() ? QStringList() : QStringList(warning));
     }
 
-    void missingSizeCausesAWarning()
+    void aPackageWithoutASizeCausesAWarning()
     {
         QCOMPARE(values->sizeOf(value("Thing()").get()), quint64(0));
         QCOMPARE(warnings(), QStringList("Internal error: package size not understood"));
     }
 
-    void bytesAreFormatted_data()
+    void numbersOfBytesAreFormattedWithAUnit_data()
     {
         QTest::addColumn<quint64>("bytes");
         QTest::addColumn<QString>("expected");
@@ -384,14 +384,14 @@ private Q_SLOTS:
         row(~0ULL, "16Eb");
     }
 
-    void bytesAreFormatted()
+    void numbersOfBytesAreFormattedWithAUnit()
     {
         QFETCH(quint64, bytes);
         QFETCH(QString, expected);
         QCOMPARE(ScriptValues::bytesFormat(bytes), expected);
     }
 
-    void formattedBytesHaveAPointInEveryLocale()
+    void formattedNumbersOfBytesHaveADecimalPointInEveryLocale()
     {
         QTemporaryDir locales;
         QCOMPARE(
@@ -409,7 +409,7 @@ private Q_SLOTS:
         QCOMPARE(formatted, QString("1.5Kb"));
     }
 
-    void buildTimesAreRead()
+    void buildTimesOfPackagesAreRead()
     {
         QCOMPARE(values->buildTimeOf(value("Thing(buildtime=1700000000)").get()), quint64(1700000000));
         QCOMPARE(values->buildTimeOf(value("Thing()").get()), quint64(0));
@@ -427,7 +427,7 @@ private Q_SLOTS:
 
     // --- The package manager's version
 
-    void versionsAreConvertedToNumbers()
+    void theVersionOfDnfIsConvertedToANumber()
     {
         QCOMPARE(values->splitVersion("4.7.0"), quint64(40700));
         QCOMPARE(values->splitVersion("4.14"), quint64(41400));
@@ -435,7 +435,7 @@ private Q_SLOTS:
         QCOMPARE(values->splitVersion("4.14.3.99"), quint64(41403));
     }
 
-    void invalidVersionCausesOneWarning()
+    void anInvalidVersionOfDnfCausesOneWarning()
     {
         QCOMPARE(values->splitVersion("4.x.3"), quint64(40003));
         const QStringList once = warnings();
@@ -456,7 +456,7 @@ private Q_SLOTS:
         }
     }
 
-    void listsAreSorted()
+    void sortedListsAreJoinedToOneText()
     {
         QStringList list{"b", "a", "B", "b"};
         QCOMPARE(ScriptValues::makeSorted(list), QString("B\na\nb\nb"));
@@ -473,7 +473,7 @@ private Q_SLOTS:
         QCOMPARE(values->getPkgKind(value("Thing()").get()), Package::Ordinary);
     }
 
-    void checksumsAreConvertedToDigits()
+    void checksumsAreConvertedToHexadecimalDigits()
     {
         QCOMPARE(values->checksumOf(value("Thing(chksum=(2, b'\\x01\\xab'))").get()), QByteArray("01ab"));
         for (const char* odd : {"None", "(2,)", "(2, 'text')", "[2, b'x']"}) {
@@ -482,7 +482,7 @@ private Q_SLOTS:
         QCOMPARE(values->checksumOf(value("Thing()").get()), QByteArray());
     }
 
-    void anAttributeFoundByNumberIsTheAttributeFoundByName()
+    void anAttributeHasTheSameValueByItsNumberAndByItsName()
     {
         QCOMPARE(QString(ScriptValues::attributeName(ScriptValues::RepoIdAttribute)), QString("repoid"));
         for (int i = 0; i < ScriptValues::PackageAttributeCount; ++i) {

@@ -56,7 +56,7 @@ class SignalRecorderTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void signalIsDeliveredAtTheEndOfTheScope_data()
+    void aRecordedSignalIsDeliveredAtTheEndOfTheScope_data()
     {
         QTest::addColumn<int>("number");
         QTest::newRow("SIGINT") << SIGINT;
@@ -73,7 +73,7 @@ private Q_SLOTS:
         QTest::newRow("SIGRTMIN") << SIGRTMIN;
     }
 
-    void signalIsDeliveredAtTheEndOfTheScope()
+    void aRecordedSignalIsDeliveredAtTheEndOfTheScope()
     {
         QFETCH(int, number);
         QCOMPARE(inChild([number](int out) {
@@ -87,7 +87,7 @@ private Q_SLOTS:
                  QStringList({"still here", QString("signal %1").arg(number)}));
     }
 
-    void aSignalOfAProgramErrorEndsTheProcessAtOnce()
+    void aSignalForAProgramErrorEndsTheProcessAtOnce()
     {
         QCOMPARE(inChild([](int out) {
                      SignalRecorder recorder;
@@ -105,7 +105,7 @@ private Q_SLOTS:
                  QStringList({"here", QString("signal %1").arg(SIGABRT)}));
     }
 
-    void firstOfSeveralSignalsIsDelivered()
+    void onlyTheFirstOfSeveralRecordedSignalsIsDelivered()
     {
         QCOMPARE(inChild([](int out) {
                      SignalRecorder recorder;
@@ -118,7 +118,7 @@ private Q_SLOTS:
                  QStringList({"still here", QString("signal %1").arg(SIGHUP)}));
     }
 
-    void nothingChangesIfNoSignalArrives()
+    void theRecorderRestoresTheFormerActionsIfNoSignalArrives()
     {
         QCOMPARE(inChild([](int out) {
                      for (int i = 0; i < 2; ++i) {
@@ -145,7 +145,7 @@ private Q_SLOTS:
                  QStringList({"after", "status 0"}));
     }
 
-    void startedProgramsHandleSignalsAsUsual()
+    void programsThatAreStartedInTheScopeHandleSignalsAsUsual()
     {
         QCOMPARE(inChild([](int out) {
                      SignalRecorder recorder;
@@ -161,7 +161,7 @@ private Q_SLOTS:
                  QStringList({"ended", "status 0"}));
     }
 
-    void aReadContinuesAfterASignal()
+    void aReadContinuesAfterARecordedSignal()
     {
         QCOMPARE(inChild([](int out) {
                      int ends[2];

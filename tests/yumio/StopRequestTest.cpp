@@ -12,7 +12,7 @@ class StopRequestTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void nothingCanBeStoppedWithoutAnOperation()
+    void aRequestIsNotAcceptedIfNoOperationRuns()
     {
         StopRequest stop;
         QCOMPARE(stop.state(), State::Idle);
@@ -20,7 +20,7 @@ private Q_SLOTS:
         QVERIFY(!stop.isRequested());
     }
 
-    void aRequestEndsWithItsOperation()
+    void theEndOfAnOperationEndsItsStopRequest()
     {
         StopRequest stop;
         QSignalSpy changes(&stop, SIGNAL(changed()));
@@ -56,7 +56,7 @@ private Q_SLOTS:
         QCOMPARE(stop.state(), State::Requested);
     }
 
-    void aWaitCanBeEnded()
+    void aStopIsPossibleWhileAnOperationWaits()
     {
         StopRequest stop;
         stop.begin(false);
@@ -66,7 +66,7 @@ private Q_SLOTS:
         QCOMPARE(stop.state(), State::Useless);
     }
 
-    void noRequestIsPossibleAfterRequestsWereRefused()
+    void noRequestIsAcceptedAfterRequestsWereRefused()
     {
         StopRequest stop;
         stop.begin(true);
@@ -78,7 +78,7 @@ private Q_SLOTS:
         QCOMPARE(stop.state(), State::Refused);
     }
 
-    void anEarlierRequestPreventsTheRefusal()
+    void requestsCannotBeRefusedIfAStopIsAlreadyRequested()
     {
         StopRequest stop;
         stop.begin(true);

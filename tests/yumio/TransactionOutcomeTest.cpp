@@ -9,7 +9,7 @@ class TransactionOutcomeTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void newOutcomeIsUnknownAndEmpty()
+    void aNewOutcomeIsUnknownAndEmpty()
     {
         const TransactionOutcome outcome;
         QVERIFY(!outcome.known);
@@ -19,7 +19,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.text(), QString("Nothing was changed"));
     }
 
-    void eachNumberHasAName()
+    void eachCountOfAnOutcomeHasAName()
     {
         QSet<QString> names;
         for (int i = 0; i < TransactionOutcome::CountCount; ++i) {
@@ -28,7 +28,7 @@ private Q_SLOTS:
         QCOMPARE(names.size(), int(TransactionOutcome::CountCount));
     }
 
-    void marksThatAreLeftOutAreCounted()
+    void theDescriptionCountsTheMarksThatWereLeftOut()
     {
         TransactionOutcome outcome;
         outcome.leftOut = 2;
@@ -40,7 +40,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.changes(), QString("3 installed"));
     }
 
-    void outcomeIsDescribedInOneLine_data()
+    void theDescriptionOfAnOutcomeIsOneLine_data()
     {
         using O = TransactionOutcome;
         QTest::addColumn<QList<int>>("counts"); // pairs of a Count and its number
@@ -71,7 +71,7 @@ private Q_SLOTS:
             "3 installed; the scriptlets of %2 and 2 more failed");
     }
 
-    void outcomeIsDescribedInOneLine()
+    void theDescriptionOfAnOutcomeIsOneLine()
     {
         QFETCH(QList<int>, counts);
         QFETCH(QStringList, scriptlets);

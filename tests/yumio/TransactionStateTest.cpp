@@ -12,7 +12,7 @@ class TransactionStateTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void newTransactionHasOnlyItsMarks()
+    void beginningATransactionResetsEverythingExceptTheMarks()
     {
         Package::Entry entry;
         TransactionState transaction;
@@ -61,7 +61,7 @@ private Q_SLOTS:
         QVERIFY(transaction.payloadSlots.isEmpty());
     }
 
-    void newPackagesAreCachedOrDownloaded()
+    void newPackagesAreWeighedAsCachedOrDownloaded()
     {
         TransactionState transaction;
         transaction.weighNew(30000, true);
@@ -72,7 +72,7 @@ private Q_SLOTS:
         QCOMPARE(transaction.rpmWeight, quint64(150000));
     }
 
-    void smallPackageHasTheMinimumWeight()
+    void aSmallPackageHasTheMinimumWeight()
     {
         TransactionState transaction;
         transaction.weighNew(1, false);
@@ -83,7 +83,7 @@ private Q_SLOTS:
         QCOMPARE(transaction.remoteWeight, 2 * least);
     }
 
-    void weightOfADeltaIsAThirdLarger()
+    void theWeightOfADeltaIsAThirdLargerThanItsSize()
     {
         TransactionState transaction;
         transaction.weighRemote(90000, false);
@@ -93,7 +93,7 @@ private Q_SLOTS:
         QCOMPARE(transaction.remoteCount, quint32(2));
     }
 
-    void downloadsGetTheirShareOfTheBar()
+    void theStepsOfTheDownloadsAreTheirShareOfTheTotalWeight()
     {
         TransactionState transaction;
         transaction.downloadSteps = 7;
@@ -108,7 +108,7 @@ private Q_SLOTS:
         QCOMPARE(transaction.downloadSteps, quint32(10240 * 24000 / 40240));
     }
 
-    void slotsAreResetWhenDownloadsBeginAndEnd()
+    void theSlotsAreResetWhenTheDownloadsBeginAndEnd()
     {
         TransactionState transaction;
         transaction.weighRemote(20000, false);

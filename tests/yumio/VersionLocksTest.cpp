@@ -9,14 +9,14 @@ class VersionLocksTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void withoutThePlugInNothingIsLocked()
+    void noPackageIsLockedIfThePlugInIsMissing()
     {
         const VersionLocks locks;
         QVERIFY(!locks.offered);
         QVERIFY(!locks.isLocked(Package::Entry()));
     }
 
-    void packagesAreLockedByTheirNames()
+    void aPackageIsLockedIfALockNamesIt()
     {
         VersionLocks locks;
         locks.lines.insert("tool", "tool-0:1-1.*");

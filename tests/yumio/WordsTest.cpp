@@ -24,7 +24,7 @@ class WordsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void actionsHaveTheExpectedWords()
+    void eachActionHasTheExpectedWord()
     {
         QCOMPARE(all<Package::Action>(&Words::of, Package::None),
                  (QStringList{"", "Update", "Install", "Remove", "No Action", ""}));
@@ -32,7 +32,7 @@ private Q_SLOTS:
                  (QStringList{"", "Update package", "Install package", "Remove package", "", ""}));
     }
 
-    void statesHaveTheExpectedWords()
+    void eachStateHasTheExpectedWord()
     {
         QCOMPARE(all<Package::State>(&Words::of, Package::Installed),
                  (QStringList{"", "Out-of-date", "Not Installed", "Up-to-date", ""}));
@@ -44,7 +44,7 @@ private Q_SLOTS:
                               ""}));
     }
 
-    void kindsHaveTheExpectedWords()
+    void eachKindHasTheExpectedWord()
     {
         QCOMPARE(all<Package::Kind>(&Words::of, Package::Ordinary),
                  (QStringList{"", "Suite", "Group", "Package", ""}));

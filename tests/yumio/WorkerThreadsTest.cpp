@@ -46,7 +46,7 @@ class WorkerThreadsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void operationRunsOnTheThreadAndEndsTheLoop()
+    void theOperationRunsOnTheThreadAndThenEndsTheLoop()
     {
         Owner owner;
         QEventLoop loop;
@@ -57,7 +57,7 @@ private Q_SLOTS:
         QVERIFY(thread.result);
     }
 
-    void failureIsTheResult()
+    void theResultIsFalseIfTheOperationFails()
     {
         Owner owner;
         QEventLoop loop;
@@ -67,7 +67,7 @@ private Q_SLOTS:
         QVERIFY(!thread.result);
     }
 
-    void argumentsAreNotCopied()
+    void theOperationGetsReferencesToItsArguments()
     {
         Owner owner;
         QEventLoop loop;

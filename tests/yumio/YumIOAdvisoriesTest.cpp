@@ -48,7 +48,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().advisories().count(), 2);
     }
 
-    void aFailureIsShownAndTheNextAttemptReadsAgain()
+    void theNextAttemptReadsTheAdvisoriesAgainIfReadingThemFails()
     {
         QVERIFY(backEnd->collect());
         backEnd->run("it.raises['collectAdvisories'] = dnf.exceptions.Error('no luck')");
@@ -64,7 +64,7 @@ private Q_SLOTS:
         QVERIFY(yumIO().collectAdvisories());
     }
 
-    void updatesHaveTheirAdvisories()
+    void advisoriesOfUpdateReturnsTheAdvisoriesOfAnUpdate()
     {
         backEnd->run("it.installed = [Package('tool'), Package('lib')]\n"
                      "it.updates = [Package('tool', '2.0'), Package('lib', '2.0')]\n"
@@ -77,7 +77,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().advisoriesOfUpdate(*backEnd->entry("tool")), QStringList());
     }
 
-    void theRecordOfAnAdvisoryPackageIsFound()
+    void recordOfFindsThePackageOfAnAdvisoryByNameAndArchitecture()
     {
         backEnd->run("it.installed = [Package('tool', arch='noarch')]");
         QVERIFY(backEnd->collect());
@@ -85,7 +85,7 @@ private Q_SLOTS:
         QVERIFY(yumIO().recordOf("tool", "i686") == nullptr);
     }
 
-    void aSearchOfManyPackagesHasAnIndexUntilItsEnd()
+    void aSearchOfManyPackagesUsesAnIndexOfTheAdvisoriesUntilItEnds()
     {
         backEnd->run(
             "lists = {name: () for name in ('provides', 'requires', 'requires_pre', 'conflicts', "

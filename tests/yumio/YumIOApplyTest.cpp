@@ -81,7 +81,7 @@ private Q_SLOTS:
 
     // --- Arguments of the script
 
-    void onlyRootCanApply()
+    void applyShowsAnErrorIfTheUserIsNotRoot()
     {
         collect("it.available = [Package('tool')]");
         mark("tool", Package::Install);
@@ -96,7 +96,7 @@ private Q_SLOTS:
         QVERIFY(!wasApplied());
     }
 
-    void scriptGetsSixListsOfMarkedRecords()
+    void theScriptGetsTheMarkedRecordsInSixLists()
     {
         collect("it.updates = [Package('fresh', '2.0')]\n"
                 "it.installed = [Package('fresh', '1.0'), Package('old', '3.0')]\n"
@@ -121,7 +121,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->entry("tool")->txAction, Package::Install);
     }
 
-    void suitesAreUpdatedAndRemovedLikePackages()
+    void theScriptGetsMarkedSuitesInTheListsOfThePackages()
     {
         collect("it.updates = [Package('fresh', '2.0', group='Suite')]\n"
                 "it.installed = [Package('fresh', '1.0', group='Suite'), Package('old', '3.0', "
@@ -132,14 +132,14 @@ private Q_SLOTS:
         QCOMPARE(given(), QString("; fresh-2.0<fresh-1.0; old3.0; ; ; "));
     }
 
-    void withoutMarksTheScriptGetsSixEmptyLists()
+    void theScriptGetsSixEmptyListsIfNothingIsMarked()
     {
         collect("it.available = [Package('tool')]");
         QVERIFY(!apply());
         QCOMPARE(backEnd->text("it.did('apply')"), QString("[([], [], [], [], [], [])]"));
     }
 
-    void anUpdateOfTwoInstalledVersionsIsPassedAsTwoPairs()
+    void theScriptGetsAnUpdateOfTwoInstalledVersionsAsTwoPairs()
     {
         collect("it.updates = [Package('kernel', '6.3')]\n"
                 "it.installed = [Package('kernel', '6.1'), Package('kernel', '6.2')]");
@@ -148,7 +148,7 @@ private Q_SLOTS:
         QCOMPARE(given(), QString("; kernel-6.3<kernel-6.1 kernel-6.3<kernel-6.2; ; ; ; "));
     }
 
-    void everyInstalledVersionIsRemoved()
+    void theScriptGetsAllInstalledVersionsOfAPackageToRemove()
     {
         collect("it.updates = [Package('fresh', '2.0')]\n"
                 "it.installed = [Package('kernel', v) for v in ('6.1', '6.2', '6.3')] + [Package('fresh')]");
@@ -163,7 +163,7 @@ private Q_SLOTS:
         QCOMPARE(given(), QString("; ; fresh1.0; ; ; "));
     }
 
-    void updateWithoutAnInstalledVersionIsReported()
+    void anErrorIsReportedIfAMarkedUpdateHasNoInstalledVersion()
     {
         collect("it.updates = [Package('fresh', '2.0')]");
         mark("fresh", Package::Update);
@@ -172,7 +172,7 @@ private Q_SLOTS:
         QVERIFY(!wasApplied());
     }
 
-    void theApplyStopsIfAListCannotBeMade_data()
+    void theApplyStopsIfAListForTheScriptCannotBeCreated_data()
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<int>("action");
@@ -190,7 +190,7 @@ private Q_SLOTS:
         row("G", Package::Remove, 1, "Unable to add group G to grp_removes list");
     }
 
-    void theApplyStopsIfAListCannotBeMade()
+    void theApplyStopsIfAListForTheScriptCannotBeCreated()
     {
         QFETCH(QString, name);
         QFETCH(int, action);
@@ -215,7 +215,7 @@ private Q_SLOTS:
         QVERIFY(wasApplied());
     }
 
-    void updateWithoutItsOldPackageIsReported()
+    void anErrorIsReportedIfTheOldPackageOfAnUpdateIsMissing()
     {
         collect("it.updates = [Package('fresh', '2.0')]\nit.installed = [Package('fresh')]");
         Package::Entry& old = *backEnd->entry("fresh")->next;
@@ -349,7 +349,7 @@ private Q_SLOTS:
         QVERIFY(wasApplied());
     }
 
-    void aConflictOfARecordWithAnInvalidStateIsReported()
+    void anErrorIsReportedIfARecordInAConflictHasAnInvalidState()
     {
         collect("it.available = [Package('tool')]\nit.groups = [Group('G', 'g')]");
         Package::Entry& tool = *backEnd->entry("tool");
@@ -358,7 +358,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("Internal error: applyGrpConflict unexpected package state\n"));
     }
 
-    void theQuestionAboutAConflictOfUnmarkedRecordsSaysError()
+    void theQuestionAboutAConflictOfUnmarkedRecordsSaysERROR()
     {
         collect("it.available = [Package('tool')]\nit.groups = [Group('G', 'g')]");
         Package::Entry& tool = *backEnd->entry("tool");
@@ -386,7 +386,7 @@ private Q_SLOTS:
 
     // --- Cleaning
 
-    void cleaningReportsItsResult_data()
+    void cleaningTheCacheReportsItsResult_data()
     {
         QTest::addColumn<QString>("method");
         QTest::addColumn<QString>("label");
@@ -400,7 +400,7 @@ private Q_SLOTS:
                              << "All";
     }
 
-    void cleaningReportsItsResult()
+    void cleaningTheCacheReportsItsResult()
     {
         QFETCH(QString, method);
         QFETCH(QString, label);
@@ -422,7 +422,7 @@ private Q_SLOTS:
         QVERIFY(clean());
     }
 
-    void theBarShowsThatCleaningWaitsAndTheWindowIsUsable()
+    void theBarShowsThatCleaningWaitsAndTheWindowResponds()
     {
         backEnd->run("import threading\nworkers = []\n"
                      "def clean():\n"
@@ -440,7 +440,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList());
     }
 
-    void cleaningCanBeStoppedWhileItWaits()
+    void theUserCanStopCleaningWhileItWaits()
     {
         QTimer timer;
         bool ended = false;
@@ -465,7 +465,7 @@ private Q_SLOTS:
                  QStringList({"4 0 Cleaning All", "0 3 The wait was ended", "4 0 Stopped."}));
     }
 
-    void cleaningReportsAHeldLock()
+    void cleaningReportsThatAnotherProcessHoldsTheLock()
     {
         backEnd->run("it.raises['cleanAll'] = dnf.exceptions.LockError('RPMDB already locked by 17')");
         QVERIFY(!yumIO().cleanAll());

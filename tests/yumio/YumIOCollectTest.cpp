@@ -68,7 +68,7 @@ private Q_SLOTS:
         QVERIFY(PyErr_Occurred() == nullptr);
     }
 
-    void recordHasTheValuesOfItsPackage()
+    void aRecordHasTheValuesOfItsPackage()
     {
         backEnd->run(
             "it.available = [Package('tool', '2.3', 'noarch', 'extra', release='4', epoch=1, size=2048,\n"
@@ -98,7 +98,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("sys.getrefcount(it.available[0])").toInt(), references);
     }
 
-    void recordHasTheExpectedTexts()
+    void theGettersReturnTheExpectedTextsOfARecord()
     {
         backEnd->run(
             "it.installed = [Package('tool', relativepath='t/tool.rpm'), Package('other', group='Suite')]");
@@ -127,7 +127,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().getKind(*backEnd->entry("other")), QString("Suite of packages"));
     }
 
-    void scriptIsCalledInOrder()
+    void aCollectionCallsTheMethodsOfTheScriptInOrder()
     {
         const int before = backEnd->log().count();
         QVERIFY(backEnd->collect());
@@ -148,7 +148,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("len(it.did('lock'))"), QString("1"));
     }
 
-    void lockOfAnotherProcessIsReported()
+    void aCollectionReportsThatAnotherProcessHoldsTheLock()
     {
         backEnd->run("def held():\n"
                      "    yumIOC.errorlog(1, 'process 12 has it')\n"
@@ -164,7 +164,7 @@ private Q_SLOTS:
         QVERIFY(backEnd->collect());
     }
 
-    void otherFailureOfTheLockIsReported()
+    void aCollectionReportsAnyOtherReasonWhyTheLockCannotBeTaken()
     {
         backEnd->run("it.raises['lock'] = KeyError('x')");
         QVERIFY(!backEnd->collect());
@@ -172,7 +172,7 @@ private Q_SLOTS:
         QVERIFY(!yumIO().locked);
     }
 
-    void extraDataAreLoadedAfterAnyCollection()
+    void extraDataCountAsLoadedEvenAfterAFailedCollection()
     {
         yumIO().fileListsLoaded = false;
         yumIO().otherDataLoaded = false;
@@ -183,14 +183,14 @@ private Q_SLOTS:
         QVERIFY(yumIO().haveOtherData());
     }
 
-    void missingRepositoriesAreReported()
+    void anErrorIsReportedIfTheScriptHasNoRepositoriesAttribute()
     {
         backEnd->run("del BASE.repos");
         QVERIFY(!backEnd->collect());
         QCOMPARE(errors(), QStringList({generic, "Internal error: yumIO.base.repos not evaluable"}));
     }
 
-    void repositoriesThatAreNoDictionaryAreReported()
+    void anErrorIsReportedIfTheRepositoriesAreNoDictionary()
     {
         backEnd->run("BASE.repos = []");
         QVERIFY(!backEnd->collect());
@@ -220,7 +220,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().enabledRepos, QStringList({"z", "a"}));
     }
 
-    void repositoriesAreEnabledAndDisabled()
+    void aCollectionEnablesAndDisablesRepositoriesAsInTheSession()
     {
         backEnd->run("BASE.repos['second'] = Thing(enabled=0)");
         QVERIFY(backEnd->collect({{"main", false}, {"second", true}, {"not-configured", true}}));
@@ -228,7 +228,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("it.did('disableRepo')"), QString("[('main',)]"));
     }
 
-    void repositoryThatCannotBeEnabledCausesAWarning()
+    void aWarningIsShownIfARepositoryCannotBeEnabled()
     {
         backEnd->run("BASE.repos['second'] = Thing(enabled=0)\n"
                      "it.raises['enableRepo'] = dnf.exceptions.RepoError('no %1 there')");
@@ -239,14 +239,14 @@ private Q_SLOTS:
                                      "unable to setup repository second:\nno %1 there"}));
     }
 
-    void repositoriesThatCannotBeReadAreReported_data()
+    void anErrorIsReportedIfARepositoryCannotBeRead_data()
     {
         QTest::addColumn<QString>("exception");
         QTest::newRow("RepoError") << "dnf.exceptions.RepoError('no mirrors')";
         QTest::newRow("BdbQuit") << "bdb.BdbQuit('no mirrors')";
     }
 
-    void repositoriesThatCannotBeReadAreReported()
+    void anErrorIsReportedIfARepositoryCannotBeRead()
     {
         QFETCH(QString, exception);
         backEnd->run("it.raises['setupRepos'] = " + exception);
@@ -255,14 +255,14 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("it.did('collectUpdates')"), QString("[]"));
     }
 
-    void unexpectedFailureOfTheRepositoriesIsReported()
+    void anErrorIsReportedIfSetupReposFailsUnexpectedly()
     {
         backEnd->run("it.raises['setupRepos'] = KeyError('x')");
         QVERIFY(!backEnd->collect());
         QCOMPARE(errors(), QStringList(generic));
     }
 
-    void failuresAreExplained_data()
+    void aCollectionExplainsTheFailureOfAMethodOfTheScript_data()
     {
         QTest::addColumn<QString>("method");
         QTest::addColumn<QString>("what");
@@ -274,7 +274,7 @@ private Q_SLOTS:
                                 << "collect groups";
     }
 
-    void failuresAreExplained()
+    void aCollectionExplainsTheFailureOfAMethodOfTheScript()
     {
         QFETCH(QString, method);
         QFETCH(QString, what);
@@ -297,7 +297,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().count(), 1);
     }
 
-    void barsShowTheProgressOfACollection()
+    void theBarsShowTheProgressOfACollection()
     {
         backEnd->run(
             "seen = []\n"
@@ -321,7 +321,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
     }
 
-    void progressNamesTheRepositoryAndTheCurrentStep()
+    void theItemBarNamesTheRepositoryAndTheCurrentStep()
     {
         backEnd->run("seen = []\n"
                      "BASE.repos['other'] = Thing(enabled=1)\n"
@@ -347,12 +347,12 @@ private Q_SLOTS:
                      "(54%) 9750/18000', 'Reading repository metadata for other (25%) 50/200'), (" + total +
                      "(83%) 15000/18000', 'Reading the packages of other 0/0')]");
         QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
-        // A report outside of an operation is not shown.
+        // While no operation runs, the bars do not show reports.
         backEnd->run("showReading('main', 'too late')");
         QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
     }
 
-    void aCollectionCanUseOnlyTheCache()
+    void aCollectionFromTheCacheDoesNotUseTheNetwork()
     {
         backEnd->run("it.installed = [Package('old')]");
         QVERIFY(yumIO().collect({}, YumIO::Source::Cache));
@@ -361,7 +361,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().count(), 1);
     }
 
-    void theUserCanStopEachStepOfACollection_data()
+    void theUserCanStopACollectionInEachOfItsSteps_data()
     {
         QTest::addColumn<QString>("method");
         QTest::newRow("repositories") << "setupRepos";
@@ -370,7 +370,7 @@ private Q_SLOTS:
         QTest::newRow("groups") << "collectGroups";
     }
 
-    void theUserCanStopEachStepOfACollection()
+    void theUserCanStopACollectionInEachOfItsSteps()
     {
         QFETCH(QString, method);
         backEnd->run("import time\n"
@@ -398,7 +398,7 @@ private Q_SLOTS:
         QVERIFY(!yumIO().wasStopped());
     }
 
-    void aQuestionNamesEachFailingRepository()
+    void theScriptCanAskTheUserAboutEachFailingRepository()
     {
         backEnd->run("seen = []\n"
                      "def read():\n"
@@ -442,7 +442,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().count(), 1);
     }
 
-    void listsThatCannotBeIteratedAreReported()
+    void anErrorIsReportedIfAListOfPackagesCannotBeIterated()
     {
         backEnd->run("def broken():\n    yield Package('tool')\n    raise KeyError('x')\n"
                      "it.updates = 5");
@@ -462,7 +462,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().count(), 0);
     }
 
-    void aMissingListOfPackagesIsReported()
+    void anErrorIsReportedIfAListOfPackagesIsMissing()
     {
         backEnd->run("it.does['collectAll'] = lambda: Thing(installed=[Package('tool')])");
         QVERIFY(!backEnd->collect());
@@ -474,7 +474,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList({generic, "Internal error: yumIO.collectAll.installed not found"}));
     }
 
-    void outputOfTheScriptIsLogged()
+    void theOutputOfTheScriptDuringACollectionIsLogged()
     {
         backEnd->run("import os\n"
                      "def talk():\n"
@@ -491,7 +491,7 @@ private Q_SLOTS:
         QVERIFY(log.contains("3 0 to descriptor 2"));
     }
 
-    void replacedPackagesAreReportedAndNotMarkedAutomatically()
+    void aWarningNamesReplacedPackagesAndTheyAreNotMarkedAutomatically()
     {
         backEnd->run(
             "old, new = Package('old'), Package('new', '2.0')\n"
@@ -515,7 +515,8 @@ private Q_SLOTS:
                 left.append(name);
             }
         }
-        // "better" is an update that also replaces another package. It is not left to the user.
+        // "better" replaces another package too, but it is an update of an installed package. So VYRE may
+        // mark it automatically.
         QCOMPARE(left, (QStringList{"old", "new", "split"}));
         QCOMPARE(yumIO().replacement(*backEnd->entry("old")).by, QStringList(fresh));
         QCOMPARE(yumIO().replacement(*backEnd->entry("new")).of, QStringList(old));
@@ -527,7 +528,7 @@ private Q_SLOTS:
         QVERIFY(!yumIO().isLeftToUser(*backEnd->entry("old")));
     }
 
-    void recordOfAnUpdateContainsTheInstalledVersion()
+    void theRecordOfAnUpdateIsChainedToTheInstalledVersion()
     {
         backEnd->run("it.updates = [Package('tool', '2.0')]\n"
                      "it.installed = [Package('tool', '1.0', repo='@System')]\n"
@@ -543,7 +544,7 @@ private Q_SLOTS:
         QVERIFY(entry->next->next == nullptr);
     }
 
-    void recordOfAnUpdateContainsInstalledVersionsOfAnotherBiArchClass()
+    void anUpdateIsAlsoChainedToInstalledVersionsOfAnotherBiArchClass()
     {
         backEnd->run(
             "loses, gets = Package('loses', '2.0', arch='noarch'), Package('gets', '2.0', arch='i686')\n"
@@ -566,7 +567,7 @@ private Q_SLOTS:
         QCOMPARE(versions(backEnd->entry("loses")),
                  QStringList({"0 2.0-1 noarch", "2 1.0-1 i686", "2 0.9-1 x86_64"}));
         QCOMPARE(versions(backEnd->entry("gets", "i386")), QStringList({"0 2.0-1 i686", "2 1.0-1 noarch"}));
-        // The listing of a transaction looks for the installed versions in this way.
+        // The listing of a transaction calls findPackage() to find the installed versions.
         QVERIFY(yumIO().findPackage("gets", "noarch") == backEnd->entry("gets", "i386"));
         QVERIFY(yumIO().findPackage("loses", "i686") == backEnd->entry("loses"));
 
@@ -584,7 +585,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("sys.getrefcount(it.installed[0])").toInt(), references);
     }
 
-    void installedVersionsAreChained()
+    void theInstalledVersionsOfAPackageAreOneChain()
     {
         backEnd->run("it.installed = [Package('kernel', v) for v in ('6.1', '6.2', '6.3')]");
         QVERIFY(backEnd->collect());
@@ -602,7 +603,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("[sys.getrefcount(k) for k in kernels][2]").toInt(), references - 1);
     }
 
-    void worseOfTwoArchitecturesIsADuplicate()
+    void theWorseOfTwoArchitecturesIsADuplicate()
     {
         backEnd->run("it.available = [Package('lib', arch='i686'), Package('lib', arch='x86_64'),\n"
                      "                Package('mono', arch='x86_64'), Package('mono', arch='i586')]");
@@ -617,7 +618,7 @@ private Q_SLOTS:
                  QString("[('i686', 'x86_64'), ('x86_64', 'i586')]"));
     }
 
-    void onlyTheResultTrueOfIsBetterThanMeansBetter()
+    void aRecordIsBetterOnlyIfIsBetterThanReturnsExactlyTrue()
     {
         backEnd->run("it.available = [Package('lib', arch='x86_64'), Package('lib', arch='i686')]\n"
                      "it.does['isBetterThan'] = lambda a, b: 1");
@@ -626,7 +627,7 @@ private Q_SLOTS:
         QVERIFY(!backEnd->entry("lib", "i386")->duplicate);
     }
 
-    void failedComparisonPrefersTheNewPackage()
+    void theOlderRecordIsTheDuplicateIfIsBetterThanFails()
     {
         backEnd->run("it.available = [Package('lib', arch='x86_64'), Package('lib', arch='i686')]\n"
                      "it.raises['isBetterThan'] = KeyError('x')");
@@ -636,7 +637,7 @@ private Q_SLOTS:
         QVERIFY(!backEnd->entry("lib", "i386")->duplicate);
     }
 
-    void failedComparisonsAreReportedOnce()
+    void repeatedFailuresOfIsBetterThanAreReportedOnce()
     {
         backEnd->run(
             "it.available = [Package('lib%d' % n, arch=a) for n in range(50) for a in ('x86_64', 'i686')]\n"
@@ -675,21 +676,21 @@ private Q_SLOTS:
         QVERIFY(group.verRel.isEmpty() && group.arch.isEmpty() && group.repo.isEmpty());
     }
 
-    void groupWithoutVisibilityIsSkipped()
+    void aGroupWithoutAVisibilityIsSkipped()
     {
         backEnd->run("it.groups = [Group('G', 'g')]\ndel it.groups[0].uservisible");
         QVERIFY(backEnd->collect());
         QCOMPARE(yumIO().count(), 0);
     }
 
-    void groupWithoutANameIsReported()
+    void aGroupWithoutANameIsReported()
     {
         backEnd->run("it.groups = [Group('G', 'g')]\ndel it.groups[0].name");
         QVERIFY(!backEnd->collect());
         QCOMPARE(errors(), QStringList("Internal error: group without name"));
     }
 
-    void groupAndPackageOfTheSameNameAreTwoRecords()
+    void aGroupAndAPackageOfTheSameNameAreTwoRecords()
     {
         backEnd->run("it.available = [Package('base')]\nit.groups = [Group('base', 'base')]");
         QVERIFY(backEnd->collect());
@@ -697,7 +698,7 @@ private Q_SLOTS:
         QVERIFY(backEnd->group("base") != backEnd->entry("base"));
     }
 
-    void anUnreadableHistoryIsReportedOnce()
+    void anUnreadableHistoryOfGroupsIsReportedOnce()
     {
         backEnd->run("class Damaged(Exception): pass\n"
                      "class Broken:\n"
@@ -729,7 +730,7 @@ private Q_SLOTS:
         QVERIFY(backEnd->answers.takeTexts("VYRE Yum Warning").value(0).contains("history.\nKeyError\nIf"));
     }
 
-    void missingHistoryIsReported()
+    void anErrorIsReportedIfTheHistoryOfGroupsIsMissing()
     {
         backEnd->run("del BASE.history");
         QVERIFY(!backEnd->collect());
@@ -747,7 +748,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->entry("suite")->kind, Package::Ordinary);
     }
 
-    void clearingRemovesEverything()
+    void clearEntriesRemovesAllRecords()
     {
         backEnd->run("it.available = [Package('lib', arch='x86_64'), Package('lib', arch='i686')]\n"
                      "it.groups = [Group('G', 'g')]");
@@ -758,7 +759,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().records.keyCount(), 0);
     }
 
-    void clearingBeforeQuittingReleasesNoReferences()
+    void clearEntriesBeforeQuitReleasesNoReferences()
     {
         backEnd->run("it.installed = [Package('kernel', v) for v in ('6.1', '6.2')]\nkernels = it.installed");
         QVERIFY(backEnd->collect());
@@ -769,7 +770,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().records.keyCount(), 0);
     }
 
-    void resetCallsTheScript()
+    void resetCallsTheResetMethodOfTheScript()
     {
         yumIO().reset();
         QCOMPARE(backEnd->text("it.calls"), QString("[('reset',)]"));
@@ -786,7 +787,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList({generic, "Internal error: conf not evaluable"}));
     }
 
-    void barsShowTheProgressOfTheMetadata()
+    void theBarsShowTheProgressOfTheMetadata()
     {
         backEnd->run("class Payload:\n"
                      "    download_size = 400.0\n"

@@ -41,14 +41,14 @@ private Q_SLOTS:
         QCOMPARE(PyGILState_Check(), 1);
     }
 
-    void extraDataNeedNoLoadingAfterACollection()
+    void extraDataAreNotLoadedAgainAfterACollection()
     {
         QVERIFY(yumIO().collectFileLists());
         QVERIFY(yumIO().collectOtherData());
         QCOMPARE(backEnd->text("it.did('collectFileLists') + it.did('collectOtherData')"), QString("[]"));
     }
 
-    void extraDataAreLoadedOnce_data()
+    void missingExtraDataAreLoadedOnlyOnce_data()
     {
         QTest::addColumn<bool>("files");
         QTest::addColumn<QString>("method");
@@ -65,7 +65,7 @@ private Q_SLOTS:
                                     << "collect miscellaneous data";
     }
 
-    void extraDataAreLoadedOnce()
+    void missingExtraDataAreLoadedOnlyOnce()
     {
         QFETCH(bool, files);
         QFETCH(QString, method);
@@ -109,9 +109,9 @@ private Q_SLOTS:
         QCOMPARE(spy.count(), 1);
     }
 
-    void outputOfLoadingExtraDataIsLogged_data() { extraDataAreLoadedOnce_data(); }
+    void loadingExtraDataLogsTheOutputOfTheScript_data() { missingExtraDataAreLoadedOnlyOnce_data(); }
 
-    void outputOfLoadingExtraDataIsLogged()
+    void loadingExtraDataLogsTheOutputOfTheScript()
     {
         QFETCH(bool, files);
         QFETCH(QString, method);
@@ -133,7 +133,7 @@ private Q_SLOTS:
         QCOMPARE(log, QStringList({"1 0 something odd", "3 0 something wrong"}));
     }
 
-    void outputOfReadingAChangeLogIsLogged()
+    void readingAChangeLogLogsTheOutputOfTheScript()
     {
         backEnd->run("import os\n"
                      "class Loud(Package):\n"
@@ -152,7 +152,7 @@ private Q_SLOTS:
         QCOMPARE(log, QStringList({"1 0 something odd", "3 0 something wrong"}));
     }
 
-    void extraDataAreReadRepositoryByRepository_data() { extraDataAreLoadedOnce_data(); }
+    void extraDataAreReadRepositoryByRepository_data() { missingExtraDataAreLoadedOnlyOnce_data(); }
 
     void extraDataAreReadRepositoryByRepository()
     {
@@ -190,7 +190,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().phase, quint32(YumIOProbe::Idle));
     }
 
-    void repeatedPathIsShownOnce()
+    void aPathThatOccursTwiceIsShownOnce()
     {
         backEnd->run("tool.files = ['/usr/z', '/usr/a', '/usr/z', '/Usr', '/usr/a']");
         QCOMPARE(yumIO().getFiles(tool()), QString("/Usr\n/usr/a\n/usr/z"));
@@ -206,7 +206,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("len(it.did('collectFileLists'))"), QString("1"));
     }
 
-    void aFailureToLoadFileListsIsReported()
+    void anErrorIsReportedIfFileListsCannotBeLoaded()
     {
         yumIO().fileListsLoaded = false;
         backEnd->run("tool.files = ['/usr/bin/tool']\n"
@@ -215,7 +215,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("broken\nUnable to collect filelists"));
     }
 
-    void aPackageOrGroupWithoutAFileListLoadsNoFileLists()
+    void noFileListsAreLoadedForAPackageOrAGroupWithoutAFileList()
     {
         yumIO().fileListsLoaded = false;
         QCOMPARE(yumIO().getFiles(tool()), QString());
@@ -255,7 +255,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("counting.count"), QString("2"));
     }
 
-    void aListThatCannotBeReadIsReported()
+    void anErrorIsReportedIfAListOfAPackageCannotBeRead()
     {
         backEnd->run("class Failing(Package):\n"
                      "    @property\n"
@@ -269,7 +269,7 @@ private Q_SLOTS:
         QVERIFY(!backEnd->log(before).filter("ValueError: broken").isEmpty());
     }
 
-    void anIncompleteListIsNotShown()
+    void aListThatCanBeReadOnlyInPartIsNotShown()
     {
         backEnd->run("def broken():\n"
                      "    yield 'one'\n"
@@ -297,7 +297,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().getDefaultPkgs(group()), QString());
     }
 
-    void aMissingListIsReportedOnce()
+    void aMissingListOfAPackageIsReportedOnce()
     {
         const int before = backEnd->log().count();
         for (int i = 0; i < 3; ++i) {
@@ -318,7 +318,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().getChangeLog(tool()), QString());
     }
 
-    void changeLogHasAParagraphForEachEntry()
+    void aChangeLogHasAParagraphForEachEntry()
     {
         backEnd->run("tool.changelogs = [\n"
                      "    {'timestamp': datetime.datetime(2024, 2, 20), 'author': 'Ann <a@b>', 'text': '- "
@@ -338,7 +338,7 @@ private Q_SLOTS:
                  QStringList("Internal error: YumIO::pyDate did not understand type: NULL"));
     }
 
-    void missingChangeLogIsEmpty()
+    void theTextIsEmptyIfAPackageHasNoChangeLog()
     {
         backEnd->run("tool.changelogs = None");
         QCOMPARE(yumIO().getChangeLog(tool()), QString());
@@ -350,7 +350,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's changelogs"}));
     }
 
-    void changeLogOfAnAvailablePackageIsReadByAWorker()
+    void aWorkerReadsTheChangeLogOfAnAvailablePackage()
     {
         backEnd->run("import threading\n"
                      "readers = []\n"
@@ -380,7 +380,7 @@ private Q_SLOTS:
         yumIO().otherDataLoaded = true;
     }
 
-    void changeLogThatCannotBeLoadedIsReported()
+    void anErrorIsReportedIfAChangeLogCannotBeLoaded()
     {
         yumIO().otherDataLoaded = false;
         backEnd->run(
@@ -392,7 +392,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().getChangeLog(tool()), QString("* Tue Feb 20 2024 A\nT"));
     }
 
-    void dependenciesOfEachKindAreListed()
+    void theDependenciesOfEachKindAreListed()
     {
         using Getter = QString (YumIO::*)(const Package::Entry&);
         const QList<QPair<QString, Getter>> kinds{
@@ -413,7 +413,7 @@ private Q_SLOTS:
         }
     }
 
-    void membersOfAGroupAreListed()
+    void theMembersOfAGroupAreListed()
     {
         QCOMPARE(yumIO().getMandatoryPkgs(group()), QString("member a\nmember b"));
         QCOMPARE(yumIO().getDefaultPkgs(group()), QString("member d"));
@@ -424,7 +424,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("Internal error: group G.mandatory_packages not evaluable"));
     }
 
-    void relocationsOfAnInstalledPackageAreListed()
+    void theRelocationsOfAnInstalledPackageAreListed()
     {
         backEnd->run("tool.hdr = {rpm.RPMTAG_PREFIXES: ['/usr', b'/opt', '/etc']}");
         QCOMPARE(yumIO().getRelocations(tool()), QString("/usr\n/opt\n/etc"));
@@ -440,7 +440,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("getRpmHdrValue called for package with no hdr (i.e. not installed)"));
     }
 
-    void headerValuesAreRead()
+    void getRpmHdrValueReturnsTheValueOfATag()
     {
         backEnd->run("tool.hdr = {rpm.RPMTAG_NAME: 'tool'}");
         const PyRef value(yumIO().getRpmHdrValue(tool().pyObject, "NAME"));
@@ -457,7 +457,7 @@ private Q_SLOTS:
 
     // --- The package manager itself
 
-    void versionOfThePackageManagerIsReadOnce()
+    void theVersionOfDnfIsReadOnlyOnce()
     {
         QCOMPARE(yumIO().dnfVersionStr(), backEnd->text("dnf.__version__"));
         QVERIFY(yumIO().dnfVersion() >= 40000);
@@ -465,7 +465,7 @@ private Q_SLOTS:
         QVERIFY(yumIO().dnfVersion() >= 40000);
     }
 
-    void unknownVersionOfThePackageManagerCausesOneWarning()
+    void anUnknownVersionOfDnfCausesOneWarning()
     {
         const QString known = yumIO().dnfVersionStr();
         yumIO().dnfVersionText.clear();

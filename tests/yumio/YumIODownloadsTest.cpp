@@ -10,7 +10,7 @@ class YumIODownloadsTest : public ReportFixture
     Q_OBJECT
 
 private Q_SLOTS:
-    void remotePayloadsAreWeighed()
+    void theWeightOfThePayloadsDeterminesTheStepsOfTheDownloads()
     {
         collect("it.available = [Package(name, size=100000) for name in 'abcd']");
         QVERIFY(apply("confirmed(item(1, 'a'), item(1, 'b'), item(1, 'c'), item(1, 'd'))\n"
@@ -31,7 +31,7 @@ private Q_SLOTS:
                  QString("(4, %1)").arg(40240 + 60000 + 20000 + 10240 + 10240));
     }
 
-    void payloadOfAnotherArchitectureIsCounted()
+    void aPayloadIsCountedEvenIfItsArchitectureDiffersFromTheRecord()
     {
         collect("it.available = [Package('lib', arch='i686')]");
         QVERIFY(!apply("yumIOC.downloadRemotePayloads([Rpm('lib', 20000, 'i586')])\nseen.append(state())"));
@@ -50,7 +50,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[0]['remoteCount'], seen[0]['remoteWeight']"), QString("(3, 60240)"));
     }
 
-    void aTransactionWithCachedPackagesHasNoDownloads()
+    void aTransactionHasNoDownloadsIfAllPackagesAreCached()
     {
         collect("it.available = [Package('a', size=100000)]\n"
                 "it.does['verifyLocalPkg'] = lambda package: True");
@@ -106,7 +106,7 @@ private Q_SLOTS:
                  QString("['Downloading b.rpm: Complete', 'Downloading a.rpm: Complete']"));
     }
 
-    void aDownloadWithoutProgressHasASlotAndIsCounted()
+    void aDownloadThatEndsWithoutProgressHasASlotAndIsCounted()
     {
         collect("it.available = [Package('a', size=30000), Package('b', size=70000)]");
         QVERIFY(!apply("a, b = Rpm('a', 30000), Rpm('b', 70000)\n"
@@ -128,7 +128,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[4][1]"), QString("Downloading 2 packages (100%) 100000/100000"));
     }
 
-    void deltaWithoutAnyProgressIsStillRebuilt()
+    void theTipShowsARebuiltDeltaEvenIfItReportedNoProgress()
     {
         collect("it.available = [Package('a', size=30000), Package('b', size=70000)]");
         QVERIFY(!apply("a = Delta('a', 30000)\n"
@@ -142,7 +142,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[1][0]"), QString("Downloading a.drpm: Complete"));
     }
 
-    void smallDownloadsHaveTheMinimumWeight()
+    void aSmallDownloadHasTheMinimumWeight()
     {
         collect("it.available = [Package('a', size=100), Package('b', size=100)]");
         QVERIFY(apply("confirmed(item(1, 'a'), item(1, 'b'))\n"
@@ -159,20 +159,20 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[1][1]"), QString("Downloading 2 packages (50%) 10240/20480"));
     }
 
-    void rowShowsTheResultOfAPayload_data()
+    void theTipShowsTheResultOfEachDownload_data()
     {
         QTest::addColumn<QString>("status");
         QTest::addColumn<QString>("state");
         const QString complete = "Downloading a.rpm: Complete";
         QTest::newRow("success") << "None" << complete;
-        QTest::newRow("0") << "0" << complete;
+        QTest::newRow("status 0") << "0" << complete;
         QTest::newRow("failed") << "1" << complete;
-        QTest::newRow("another mirror") << "3" << complete;
-        QTest::newRow("already present") << "2"
-                                         << "Downloading a.rpm: 5000 / 30000 (16.7%)";
+        QTest::newRow("failed, dnf tries another mirror") << "3" << complete;
+        QTest::newRow("package already present") << "2"
+                                                 << "Downloading a.rpm: 5000 / 30000 (16.7%)";
     }
 
-    void rowShowsTheResultOfAPayload()
+    void theTipShowsTheResultOfEachDownload()
     {
         QFETCH(QString, status);
         QFETCH(QString, state);
@@ -191,7 +191,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[1]"), QString(status == "2" ? "1" : "0"));
     }
 
-    void messageOfAFailedDownloadIsLogged()
+    void theMessageOfAFailedDownloadIsLogged()
     {
         collect("it.available = [Package('a', size=30000)]");
         const int before = logLength();
@@ -203,7 +203,7 @@ private Q_SLOTS:
         QCOMPARE(logged(before), QStringList({"4 0 Applying", "0 2 a.rpm: Status code: 404"}));
     }
 
-    void deltaIsCompleteWhenItsPackageIsRebuilt()
+    void theTipShowsADeltaAsCompleteWhenItsPackageIsRebuilt()
     {
         collect("it.available = [Package('a', size=30000), Package('b', size=30000)]");
         QVERIFY(apply("confirmed(item(1, 'a'), item(1, 'b'))\n"
@@ -239,7 +239,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[6]['payloadSlots']"), QString("0"));
     }
 
-    void failedDeltaEndsAtOnce()
+    void theTipShowsAFailedDeltaAsCompleteAtOnce()
     {
         collect("it.available = [Package('a', size=30000), Package('b', size=30000)]");
         QVERIFY(!apply("a, b = Delta('a', 60000), Delta('b', 300)\n"
@@ -253,7 +253,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[1][1]"), QString("Downloading 2 packages (79%) 80000/100480"));
     }
 
-    void payloadsOfOtherTypesCauseAWarning()
+    void aPayloadOfAnUnexpectedTypeCausesAWarning()
     {
         collect("it.available = [Package('a', size=30000)]");
         QVERIFY(!apply("yumIOC.downloadRemotePayloads([Rpm('a', 30000)])\n"
@@ -267,7 +267,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[0]['payloadSlots'], seen[1]['payloadSlots']"), QString("(0, 1)"));
     }
 
-    void downloadWithoutASlotCausesOneWarning()
+    void downloadsWithoutASlotCauseOneWarning()
     {
         collect("it.available = [Package('a', size=30000), Package('b', size=30000)]");
         const QString extra = "yumIOC.downloadRemotePayloads([Rpm('a', 30000)])\n"
@@ -286,7 +286,7 @@ private Q_SLOTS:
         QCOMPARE(warnings(), QStringList());
     }
 
-    void metadataIsReadRepositoryByRepository()
+    void theProgressOfMetadataIsShownForEachRepository()
     {
         backEnd->run("def download():\n"
                      "    one, two = Metadata('one', 400.0), Metadata('two', 100.0)\n"
@@ -323,7 +323,7 @@ private Q_SLOTS:
                                   "'Collecting updatable packages 0/0']"));
     }
 
-    void progressOfMetadataBeyondTwoGigabytesIsCorrect()
+    void theProgressOfMetadataBeyondTwoGigabytesIsCorrect()
     {
         backEnd->run("def download():\n"
                      "    large = Metadata('large', 6.0 * 2 ** 30)\n"

@@ -12,7 +12,7 @@ class YumIOHistoryTest : public ApplyFixture
     Q_OBJECT
 
 private Q_SLOTS:
-    void eachTransactionBecomesARecord()
+    void eachTransactionInTheHistoryBecomesARecord()
     {
         backEnd->run("it.does['transactions'] = lambda: [\n"
                      "    (2, 5000000000, 'me', 'dnf upgrade', 'Upgrade: a', 'a b', 1, 7),\n"
@@ -32,7 +32,7 @@ private Q_SLOTS:
         QCOMPARE(int(found.at(1).result), int(HistoryRecord::Succeeded));
     }
 
-    void aHistoryThatCannotBeReadIsReported()
+    void anErrorIsReportedIfTheHistoryCannotBeRead()
     {
         HistoryRecords found;
         backEnd->run("it.raises['transactions'] = dnf.exceptions.Error('broken')");
@@ -55,7 +55,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList{"broken\nUnable to read the history"});
     }
 
-    void onlyRootCanUndo()
+    void noTransactionCanBeUndoneIfTheUserIsNotRoot()
     {
         HistoryRecords records;
         backEnd->run("it.does['lacksReplay'] = lambda: ''");
@@ -74,7 +74,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("it.did('replay')"), QString("[]"));
     }
 
-    void transactionsAreUndoneAndRepeated_data()
+    void theUserCanUndoAndRepeatTransactions_data()
     {
         QTest::addColumn<int>("kind");
         QTest::addColumn<QString>("called");
@@ -88,7 +88,7 @@ private Q_SLOTS:
                               << "4 0 Repeating transaction 12";
     }
 
-    void transactionsAreUndoneAndRepeated()
+    void theUserCanUndoAndRepeatTransactions()
     {
         QFETCH(int, kind);
         QFETCH(QString, called);
@@ -122,7 +122,7 @@ private Q_SLOTS:
         backEnd->answers.take();
     }
 
-    void anImpossibleTransactionIsReported()
+    void anErrorIsReportedIfTheScriptCannotReplayATransaction()
     {
         collect("it.installed = [Package('a')]");
         backEnd->run("it.raises['replay'] = dnf.exceptions.Error('impossible')");

@@ -53,7 +53,7 @@ private Q_SLOTS:
 
     // --- Messages
 
-    void passwordsAreHiddenInMessages()
+    void messagesHidePasswords()
     {
         const QString text = "404 for http://h/vantor?u=joe&p=secret&path=/x and ftp://joe:secret@h/ %1";
         const QString hidden =
@@ -73,7 +73,7 @@ private Q_SLOTS:
                                                     "2 0 " + hidden, "3 0 " + hidden}));
     }
 
-    void errorIsLoggedAndShown()
+    void anErrorIsLoggedAndShown()
     {
         const int before = logLength();
         yumIO().error(QString("this failed: [Errno 2] No such file\nand <b>that</b>"));
@@ -87,7 +87,7 @@ private Q_SLOTS:
                  QStringList({"3 0 this failed:", "3 0 [Errno 2] No such file", "3 0 and <b>that</b>"}));
     }
 
-    void warningIsLoggedAndShown()
+    void aWarningIsLoggedAndShown()
     {
         const int before = logLength();
         yumIO().warning("careful");
@@ -99,13 +99,13 @@ private Q_SLOTS:
         QCOMPARE(backEnd->log(before), QStringList("2 0 careful"));
     }
 
-    void errorsOfTheInterpreterAreShownToo()
+    void internalErrorsOfTheInterpreterAreAlsoShown()
     {
         QVERIFY(yumIO().python().pyLookup("dnf.nothing", false) == nullptr);
         QCOMPARE(errors(), QStringList("Internal error: pyLookup nothing: nothing not found\n"));
     }
 
-    void exceptionClassesAreFound()
+    void theExceptionClassesOfDnfAreFound()
     {
         const QHash<int, QString> expected{{YumIOProbe::BdbQuit, "bdb.BdbQuit"},
                                            {YumIOProbe::DnfError, "dnf.exceptions.Error"},
@@ -128,7 +128,7 @@ private Q_SLOTS:
         QVERIFY(yumIO().classes[6] == nullptr);
     }
 
-    void pythonExceptionShowsTheErrorsSinceTheExpectation()
+    void pythonExceptionShowsTheErrorsThatWereLoggedSinceTheExpectation()
     {
         yumIO().error(QString("long ago"));
         errors();
@@ -148,7 +148,7 @@ private Q_SLOTS:
         yumIO().logEntries().unlock();
     }
 
-    void pythonExceptionWithoutAnExpectationShowsItsText()
+    void pythonExceptionShowsTheTextOfAnExceptionThatWasNotExpected()
     {
         QCOMPARE(int(yumIO().exceptLogStart), -1);
         backEnd->run("yumIOC.errorlog(0, 'before')");
@@ -156,7 +156,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("It failed"));
     }
 
-    void pythonExceptionShowsItsValue()
+    void pythonExceptionShowsTheValueOfTheException()
     {
         PyErr_SetString(PyExc_ValueError, "the value");
         yumIO().pythonExceptionV("It failed");
@@ -165,7 +165,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("the value\nIt failed"));
     }
 
-    void anExpectationIgnoresEarlierErrorsInTheLog()
+    void pythonExceptionOmitsErrorsThatWereLoggedBeforeTheExpectation()
     {
         Python::ExceptScope scope(yumIO().python());
         yumIO().python().pyExceptExpect(PyExc_ValueError);
@@ -177,7 +177,7 @@ private Q_SLOTS:
 
     // --- The common exceptions
 
-    void inputOutputErrorsAreExplained()
+    void anInputOutputErrorIsExplained()
     {
         const int before = logLength();
         QVERIFY(explain("IOError(2, 'No such file')"));
@@ -189,7 +189,7 @@ private Q_SLOTS:
         QVERIFY2(log.join('\n').contains("in failing"), qPrintable(log.join('\n')));
     }
 
-    void interruptsAreExplained()
+    void anInterruptIsExplained()
     {
         const int before = logLength();
         QVERIFY(explain("KeyboardInterrupt()"));
@@ -201,7 +201,7 @@ private Q_SLOTS:
         QVERIFY(backEnd->log(before).contains("3 0 KeyboardInterrupt"));
     }
 
-    void assertionsAreExplained()
+    void aFailedAssertionIsExplained()
     {
         const int before = logLength();
         QVERIFY(explain("AssertionError('no')"));
@@ -211,7 +211,7 @@ private Q_SLOTS:
         QVERIFY(backEnd->log(before).contains("3 0 AssertionError: no"));
     }
 
-    void runtimeErrorsAreExplained()
+    void aRuntimeErrorIsExplained()
     {
         const int before = logLength();
         QVERIFY(explain("RuntimeError('out of %1')"));
@@ -219,7 +219,7 @@ private Q_SLOTS:
         QVERIFY(!backEnd->log(before).join('\n').contains("Traceback"));
     }
 
-    void lockedDatabaseOfARepositoryIsExplained()
+    void aLockedDatabaseOfARepositoryIsExplained()
     {
         const int before = logLength();
         backEnd->run("def failing():\n"
@@ -237,7 +237,7 @@ private Q_SLOTS:
         QVERIFY(!backEnd->log(before).join('\n').contains("Traceback"));
     }
 
-    void otherRepositoryErrorsAreReportedAsUnexpected()
+    void anyOtherRepositoryErrorIsReportedAsUnexpected()
     {
         for (const char* text : {"no mirrors", "Database is locked"}) {
             const int before = logLength();
@@ -250,7 +250,7 @@ private Q_SLOTS:
         }
     }
 
-    void errorsOfThePackageManagerAreExplained()
+    void anErrorOfDnfIsExplained()
     {
         QVERIFY(explain("dnf.exceptions.DepsolveError('nothing provides x')"));
         QCOMPARE(errors(), QStringList("nothing provides x\nUnable to do something"));
@@ -260,7 +260,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("enough\nUnable to do something"));
     }
 
-    void theFirstMatchingExceptionDeterminesTheMessage()
+    void theFirstMatchingExceptionClassDeterminesTheMessage()
     {
         backEnd->run("class OfBoth(dnf.exceptions.RepoError, IOError): pass\n"
                      "class Odd(dnf.exceptions.Error, RuntimeError): pass\n"
@@ -279,14 +279,14 @@ private Q_SLOTS:
         }
     }
 
-    void theMessageUsesTheValueAttributeOfAnExceptionBeforeItsText()
+    void theMessagePrefersTheValueAttributeOfAnExceptionToItsText()
     {
         backEnd->run("class Valued(bdb.BdbQuit):\n    value = ['a', 'b']\n");
         QVERIFY(explain("Valued('text')"));
         QCOMPARE(errors(), QStringList("(a,\n b)\nUnable to do something"));
     }
 
-    void theCallerHandlesExceptionsOutsideTheTable()
+    void anExceptionThatIsNotInTheTableIsNotExplained()
     {
         const int before = logLength();
         QVERIFY(!explain("KeyError('odd')"));
@@ -295,7 +295,7 @@ private Q_SLOTS:
         QVERIFY(backEnd->log(before).contains("3 0 KeyError: 'odd'"));
     }
 
-    void callWithoutAnExceptionHasNotFailed()
+    void commExceptRaisedReturnsFalseIfNoExceptionIsPending()
     {
         Python::ExceptScope scope(yumIO().python());
         yumIO().commExceptSetup();
@@ -303,7 +303,7 @@ private Q_SLOTS:
         QVERIFY(!yumIO().commExceptRaised(nullptr, "do something"));
     }
 
-    void missingExceptionClassesMatchNothing()
+    void anExceptionClassThatDnfLacksMatchesNoException()
     {
         backEnd->run("class Meta(Exception): pass\n");
         PyObject*& metadata = yumIO().classes[YumIOProbe::MetadataError];
@@ -327,7 +327,7 @@ private Q_SLOTS:
                              "this."));
     }
 
-    void objectsOfAFailedCallAreReleased()
+    void theObjectsOfAFailedCallAreReleasedAfterTheExplanation()
     {
         backEnd->run("import weakref\n"
                      "class Witness: pass\n"
@@ -348,7 +348,7 @@ private Q_SLOTS:
 
     // --- Child processes
 
-    void theChildSignalHasItsDefaultActionWithinTheScope()
+    void disablingTheChildSignalRestoresItsDefaultActionWithinTheScope()
     {
         struct sigaction mine = {};
         mine.sa_handler = SIG_IGN;
@@ -369,7 +369,7 @@ private Q_SLOTS:
         sigaction(SIGCHLD, &original, nullptr);
     }
 
-    void endedChildrenAreReaped()
+    void childrenThatHaveEndedAreReaped()
     {
         const int before = logLength();
         const pid_t child = fork();
@@ -385,7 +385,7 @@ private Q_SLOTS:
         QCOMPARE(errno, ECHILD);
     }
 
-    void runningChildrenAreNotReaped()
+    void childrenThatAreStillRunningAreNotReaped()
     {
         const int before = logLength();
         const pid_t child = fork();

@@ -12,7 +12,7 @@ class YumIOProgressTest : public ReportFixture
 private Q_SLOTS:
     // --- Output
 
-    void unfinishedLineWaitsForItsEnd()
+    void anUnfinishedLineOfOutputIsLoggedWhenItsEndArrives()
     {
         QSignalSpy spy(&yumIO().logEntries(), SIGNAL(appended()));
         const int before = logLength();
@@ -29,7 +29,7 @@ private Q_SLOTS:
         QVERIFY(yumIO().stdoutPending.isEmpty());
     }
 
-    void theTwoStreamsAreNotMixed()
+    void standardOutputAndStandardErrorAreNotMixedInALine()
     {
         const int before = logLength();
         backEnd->run("sys.stdout.write('out')\nsys.stderr.write('err')");
@@ -43,7 +43,7 @@ private Q_SLOTS:
                  QStringList({"3 0 captured err 1", "1 0 captured out 2", "3 0 err 3", "1 0 out 4"}));
     }
 
-    void standardErrorHasItsKindAndLevel()
+    void standardErrorIsLoggedWithTheConfiguredKindAndLevel()
     {
         const Log::Kind kind = yumIO().stderrKind;
         const unsigned int level = yumIO().stderrLevel;
@@ -58,7 +58,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->log(before), QStringList("2 7 mild"));
     }
 
-    void onlyAQuestionWithoutAListingContainsTheOutput()
+    void onlyAQuestionWithoutAListingContainsTheOutputOfTheScript()
     {
         backEnd->run("sys.stdout.write('caf\\u00e9 %1')\nsys.stderr.write('b\\n')");
         QCOMPARE(transaction().txText, QString::fromUtf8("café %1\nb\n\n"));
@@ -71,7 +71,7 @@ private Q_SLOTS:
         QCOMPARE(transaction().txText, QString());
     }
 
-    void messagesKeepTheirLevel()
+    void logMessagesOfTheScriptKeepTheirLevel()
     {
         QSignalSpy spy(&yumIO().logEntries(), SIGNAL(appended()));
         const int before = logLength();
@@ -80,7 +80,7 @@ private Q_SLOTS:
         QCOMPARE(spy.count(), 2);
     }
 
-    void anErrorMarkBeginsANewLine()
+    void aMarkLikeErrno2BeginsANewLineInTheLog()
     {
         const int before = logLength();
         backEnd->run("yumIOC.errorlog(0, 'a: [Errno 2] b: [Errno 13] c')\n"
@@ -93,14 +93,14 @@ private Q_SLOTS:
                               "0 1 a: [Errno x] b", "0 1 a:", "0 1 [Errno ] b", "0 1 a: [Errno 2]"}));
     }
 
-    void outputOfScriptletsIsLogged()
+    void theOutputOfScriptletsIsLogged()
     {
         const int before = logLength();
         backEnd->run("yumIOC.rpmtransScriptout(None)\nyumIOC.rpmtransScriptout('first\\nsecond')");
         QCOMPARE(backEnd->log(before), QStringList({"1 0 first", "1 0 second"}));
     }
 
-    void postTransactionOutputHasNoEffect()
+    void postTransactionOutputAndGpgsigcheckLogNothing()
     {
         const int before = logLength();
         backEnd->run("yumIOC.postTransactionOutput()\nyumIOC.postTransactionOutput(1, 'x')\n"
@@ -110,7 +110,7 @@ private Q_SLOTS:
 
     // --- Wrong calls
 
-    void invalidArgumentsAreReported_data()
+    void invalidArgumentsOfACallAreReported_data()
     {
         QTest::addColumn<QString>("call");
         QTest::addColumn<QString>("function"); // empty if the user gets no message
@@ -142,7 +142,7 @@ private Q_SLOTS:
         row("rpmtransDel, 1", "");
     }
 
-    void invalidArgumentsAreReported()
+    void invalidArgumentsOfACallAreReported()
     {
         QFETCH(QString, call);
         QFETCH(QString, function);
@@ -150,7 +150,7 @@ private Q_SLOTS:
             function.isEmpty()
                 ? QStringList()
                 : QStringList({generic, "Internal error: " + function + ": unable to interpret arguments"});
-        // The call has the same result outside of an operation and during an operation.
+        // The call has the same result when no operation runs and during an operation.
         QCOMPARE(backEnd->text("failure(yumIOC." + call + ")"), QString("TypeError"));
         QCOMPARE(errors(), expected);
         QVERIFY(!apply("seen.append(failure(yumIOC." + call + "))"));
@@ -158,7 +158,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), expected);
     }
 
-    void aWrongCallRaisesAnExceptionInTheScript()
+    void aCallWithWrongArgumentsRaisesAnExceptionInTheScript()
     {
         backEnd->run("def message(function, *arguments):\n"
                      "    try:\n"
@@ -178,7 +178,7 @@ private Q_SLOTS:
                               generic, "Internal error: downloadStart: unable to interpret arguments"}));
     }
 
-    void numbersThatAreTooLargeRaiseNoException()
+    void aStatusNumberThatIsTooLargeRaisesNoException()
     {
         collect("it.available = [Package('a', size=30000)]");
         QVERIFY(!apply("a = Rpm('a', 30000)\n"
@@ -212,7 +212,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("Internal error: " + function + ": download at unexpected time"));
     }
 
-    void unreadablePayloadsAreReported_data()
+    void payloadsThatCannotBeReadAreReported_data()
     {
         QTest::addColumn<QString>("call");
         QTest::addColumn<QString>("message");
@@ -235,7 +235,7 @@ private Q_SLOTS:
             "downloadRemotePayloads: unable to determine payload download_size", false);
     }
 
-    void unreadablePayloadsAreReported()
+    void payloadsThatCannotBeReadAreReported()
     {
         QFETCH(QString, call);
         QFETCH(QString, message);
@@ -252,7 +252,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[1]['remoteCount'], seen[1]['payloadSlots']"), QString("(0, 0)"));
     }
 
-    void exceptionInsideAPayloadReachesTheOperation()
+    void theOperationReportsARuntimeErrorThatAPayloadRaises()
     {
         // The operation must get the exception, because the operation reports the failure to the user.
         backEnd->run("wrong = Wrong()\nwrong.exception = RuntimeError('inside')\n"
@@ -271,7 +271,7 @@ private Q_SLOTS:
 
     // --- The transaction
 
-    void aRemovalWithoutDownloadsStillHasAPreparation()
+    void theBarShowsThePreparationEvenIfNothingIsDownloaded()
     {
         collect("it.installed = [Package('old', size=200000)]");
         QVERIFY(apply("confirmed(item(8, 'old'))\n"
@@ -290,7 +290,7 @@ private Q_SLOTS:
                  QString("Running Transaction: Total Progress (100%) 9100/9100"));
     }
 
-    void barsShowThePreparation()
+    void theBarsShowThePreparationOfTheTransaction()
     {
         collect(
             "it.available = [Package('a', size=30000)]\nit.does['verifyLocalPkg'] = lambda package: True");
@@ -317,7 +317,7 @@ private Q_SLOTS:
                                                    "'Preparing to Run Transaction (0%) 0/1']"));
     }
 
-    void barsShowAPreparationWithoutATest()
+    void theBarShowsThePreparationEvenWithoutATestTransaction()
     {
         QVERIFY(apply("confirmed()\n"
                       "yumIOC.rpmtransInit(False)\n"
@@ -334,7 +334,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen"), QString("[0, 1, 1, 1, 1, 0]"));
     }
 
-    void preparationEndsTheDownloads()
+    void thePreparationOfATransactionEndsTheDownloads()
     {
         collect("it.available = [Package('a', size=30000), Package('b', size=30000)]");
         QVERIFY(apply("confirmed(item(1, 'a'), item(1, 'b'))\n"
@@ -354,7 +354,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[1]"), QString("[]"));
     }
 
-    void barsShowEachActionOfTheTransaction_data()
+    void theBarsShowEachActionOfTheTransaction_data()
     {
         QTest::addColumn<int>("action");
         QTest::addColumn<QString>("text");
@@ -378,7 +378,7 @@ private Q_SLOTS:
         row(103, "Executing scriptlet for pkg", 0, 0);
     }
 
-    void barsShowEachActionOfTheTransaction()
+    void theBarsShowEachActionOfTheTransaction()
     {
         QFETCH(int, action);
         QFETCH(QString, text);
@@ -411,7 +411,7 @@ private Q_SLOTS:
         }
     }
 
-    void weightOfAPackageIsCountedOnce()
+    void theWeightOfAPackageIsCountedOnlyOnce()
     {
         collect("it.available = [Package('a', size=200000), Package('b', size=300000)]");
         QVERIFY(apply(
@@ -429,7 +429,7 @@ private Q_SLOTS:
                                                 "(1500000, 0, 103)]"));
     }
 
-    void packageWithoutARecordHasItsOwnWeight()
+    void aPackageWithoutARecordHasTheWeightOfItsSize()
     {
         const int before = logLength();
         QVERIFY(apply("confirmed()\n"
@@ -441,7 +441,7 @@ private Q_SLOTS:
         QVERIFY(backEnd->log(before).contains("0 1 Installing nobody"));
     }
 
-    void actionsWithoutAPackageShowNoProgress()
+    void anActionWithoutAPackageDoesNotMoveTheBars()
     {
         for (int action : {11, 101, 102}) {
             QVERIFY(!apply(

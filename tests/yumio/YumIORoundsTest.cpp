@@ -126,7 +126,7 @@ private Q_SLOTS:
         QVERIFY(sandbox.stop());
     }
 
-    void repeatedCollectionsLeaveNothingBehind()
+    void repeatedCollectionsLeaveNoDescriptorsThreadsOrMemoryBehind()
     {
         const int rounds = numberOfRounds();
         // In the first rounds, the program may open descriptors and fill caches that later rounds use.
@@ -152,7 +152,7 @@ private Q_SLOTS:
                 QMutexLocker locker(&backEnd->yumIO.logEntries());
                 backEnd->yumIO.logEntries().clear();
             }
-            // The minions of the services are deleted only when the main loop runs.
+            // In the program, the main loop deletes the minion objects of services/.
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
             if (i == warmUp) {
                 open = descriptors();
@@ -182,7 +182,7 @@ private Q_SLOTS:
     }
 
     // The test clears the log, which keeps all messages.
-    void repeatedTransactionsLeaveNothingBehind()
+    void repeatedTransactionsLeaveNoDescriptorsThreadsOrMemoryBehind()
     {
         backEnd->yumIO.clearEntries();
         QVERIFY(backEnd->collect());
@@ -197,7 +197,7 @@ private Q_SLOTS:
             backEnd->entry("astrolabe")->action = installs ? Package::Install : Package::Remove;
             QVERIFY2(backEnd->yumIO.apply(), qPrintable(backEnd->log().join('\n')));
             QCOMPARE(backEnd->answers.takeTexts("Apply").count(), 1);
-            // After a transaction, the program also clears and collects.
+            // As the program does after a transaction, clear the records and collect the packages.
             backEnd->yumIO.clearEntries();
             QVERIFY(backEnd->collect());
             QCOMPARE(backEnd->answers.take().count(), 0);

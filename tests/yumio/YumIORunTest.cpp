@@ -58,7 +58,7 @@ class YumIORunTest : public ApplyFixture
     Q_OBJECT
 
 private Q_SLOTS:
-    void newTransactionResetsAllCounts()
+    void aNewApplyResetsTheStateOfTheFormerTransaction()
     {
         transaction().txText = "text";
         transaction().txListed = true;
@@ -85,7 +85,7 @@ private Q_SLOTS:
                  QString("True"));
     }
 
-    void outputOfTheRunIsLogged()
+    void theOutputOfAnApplyIsLogged()
     {
         const int before = logLength();
         QVERIFY(!apply("import os\nos.write(1, b'from a scriptlet\\n')\nos.write(2, b'its trouble\\n')\n"
@@ -96,7 +96,7 @@ private Q_SLOTS:
         QCOMPARE(log, QStringList({"1 0 from a scriptlet", "1 0 from the script", "3 0 its trouble"}));
     }
 
-    void lastLinesWithoutALineFeedBelongToTheirOperation()
+    void theEndOfAnOperationLogsItsUnfinishedLines()
     {
         int before = logLength();
         QVERIFY(!apply("import os\nos.write(1, b'first\\nlast words')\nos.write(2, b'last trouble')\n"
@@ -115,7 +115,7 @@ private Q_SLOTS:
         QCOMPARE(log, QStringList({"1 0 next", "1 0 next of the script", "3 0 next trouble"}));
     }
 
-    void anUnfinishedLineBeforeAnOperationIsLoggedBeforeTheOperation()
+    void theStartOfAnOperationLogsAnEarlierUnfinishedLine()
     {
         const int before = logLength();
         backEnd->run("sys.stdout.write('idle words')");
@@ -124,7 +124,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->log(before), QStringList({"1 0 idle words", "4 0 Applying", "1 0 words"}));
     }
 
-    void aLineThatIsCapturedInTwoPartsIsOneEntry()
+    void aLineThatArrivesInTwoPartsIsOneLogEntry()
     {
         const int before = logLength();
         QVERIFY(!apply("import os\n"
@@ -139,7 +139,7 @@ private Q_SLOTS:
         QCOMPARE(log, QStringList({"1 0 one line", "3 0 trouble"}));
     }
 
-    void failedCaptureIsReportedAndTheOperationContinues()
+    void theOperationContinuesIfItsOutputCannotBeCaptured()
     {
         const int before = logLength();
         const QString descriptors = "[os.readlink('/proc/self/fd/%d' % fd) for fd in (1, 2)]";
@@ -163,7 +163,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text(descriptors), original);
     }
 
-    void theListOfMarkedRecordsDoesNotOwnTheRecords()
+    void theListOfMarkedRecordsNeitherKeepsNorDeletesTheRecords()
     {
         collect("it.available = [Package('tool')]");
         mark("tool", Package::Install);
@@ -181,7 +181,7 @@ private Q_SLOTS:
         QVERIFY(transaction().actionEntries.isEmpty());
     }
 
-    void failuresAreExplained()
+    void aMessageExplainsWhyAnApplyHasFailed()
     {
         const QString confirmed = "yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n";
         QVERIFY(!apply(confirmed + "raise dnf.exceptions.DepsolveError('nothing provides x')"));
@@ -205,13 +205,13 @@ private Q_SLOTS:
         backEnd->answers.take();
     }
 
-    void linesLoggedBeforeAFailureExplainIt()
+    void theMessageAboutAFailureContainsTheErrorsThatTheScriptHasLogged()
     {
         collect("it.updates = [Package('tool', '2.0')]\nit.installed = [Package('tool')]\n"
                 "it.raises['verifyLocalPkg'] = dnf.exceptions.MiscError('not there')");
         mark("tool", Package::Update);
-        // While the listing is made, the program calls the script too. These calls do not discard the reasons
-        // that were logged before.
+        // While VYRE makes the listing, it also calls the script. These calls do not discard the reasons that
+        // the script has logged before.
         QVERIFY(!apply("yumIOC.errorlog(1, 'the first reason')\n"
                        "yumIOC.listTransaction(None, [item(6, 'tool', version='2.0'), item(7, 'tool')])\n"
                        "yumIOC.errorlog(0, 'the second reason')\n"
@@ -223,7 +223,7 @@ private Q_SLOTS:
                  QStringList("the first reason\nthe second reason\nstopped\nUnable to apply changes"));
     }
 
-    void listsForTheScriptAreReleasedAfterAnApply()
+    void theListsForTheScriptAreReleasedAfterAnApply()
     {
         collect("it.available = [Package('tool')]");
         mark("tool", Package::Install);
@@ -233,7 +233,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("sys.getrefcount(it.available[0])"), references);
     }
 
-    void scriptCanWaitForItsChildren()
+    void theScriptCanWaitForItsChildrenEvenIfVyreIgnoresTheChildSignal()
     {
         struct sigaction mine = {};
         mine.sa_handler = SIG_IGN;
@@ -249,7 +249,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen"), QString("[256]"));
     }
 
-    void childrenThatEndedEarlierAreReaped()
+    void childrenThatHaveEndedBeforeAnApplyAreReaped()
     {
         const pid_t child = fork();
         if (child == 0) {
@@ -263,7 +263,7 @@ private Q_SLOTS:
                  QStringList({"4 0 Applying", QString("2 0 Reaped zombie child %1").arg(child)}));
     }
 
-    void childrenThatCannotBeReapedAreReported()
+    void anErrorIsReportedIfChildrenCannotBeReaped()
     {
         failWaiting = true;
         const bool applied = apply();
@@ -273,7 +273,7 @@ private Q_SLOTS:
         QVERIFY(!wasApplied());
     }
 
-    void failureToSetTheChildSignalIsReported()
+    void anErrorIsReportedIfTheActionOfTheChildSignalCannotBeSet()
     {
         failSettingTheChildSignal = true;
         const bool applied = apply();
@@ -284,7 +284,7 @@ private Q_SLOTS:
         QVERIFY(wasApplied());
     }
 
-    void failureToRestoreTheChildSignalIsReported()
+    void anErrorIsReportedIfTheActionOfTheChildSignalCannotBeRestored()
     {
         failRestoringTheChildSignal = true;
         const bool applied = apply();
@@ -294,7 +294,7 @@ private Q_SLOTS:
                  QStringList("Unable to restore SIGCHLD signal handler; errno=22 (Invalid argument)"));
     }
 
-    void systemChangedReportsWhetherATransactionHasBegun()
+    void systemChangedIsTrueIfTheRealTransactionHasBegun()
     {
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\nyumIOC.rpmtransInit(True)"));
         backEnd->answers.take();
@@ -324,7 +324,7 @@ private Q_SLOTS:
         backEnd->run("del it.systemChanged, it.outdated");
     }
 
-    void theScriptReportsTheOutcome()
+    void theScriptReportsTheOutcomeOfATransaction()
     {
         const QString confirmed = "yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n";
         QVERIFY(apply(confirmed +
@@ -344,7 +344,7 @@ private Q_SLOTS:
         backEnd->run("del it.outcome");
     }
 
-    void messageAboutAFailureBeginsWithTheChanges()
+    void theMessageAboutAFailureBeginsWithTheChangesMadeSoFar()
     {
         const QString changed = "yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
                                 "it.outcome = {'installed': 3, 'updated': 1, 'failed': 1}\n"
@@ -370,7 +370,7 @@ private Q_SLOTS:
         backEnd->run("del it.outcome");
     }
 
-    void remarksAboutASuccessAreShown()
+    void theRemarksOfTheScriptAboutASuccessAreShown()
     {
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
                       "it.remarks = ['No history', 'No script']"));
@@ -381,14 +381,14 @@ private Q_SLOTS:
         backEnd->run("del it.remarks");
     }
 
-    void aTestTransactionKeepsTheMarks()
+    void theMarksAreKeptAfterATestTransaction()
     {
         QVERIFY(!apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
                        "return False"));
         QCOMPARE(backEnd->answers.take().count(), 1);
     }
 
-    void theScriptAddsLinesToTheListing()
+    void theScriptCanAddLinesToTheListing()
     {
         QVERIFY(apply("addToListing('too early')\nyumIOC.listTransaction(None, [])\n"
                       "addToListing('Enabling module streams:\\n\\tgr\\u00f6ve 1\\n')\n"
@@ -400,7 +400,7 @@ private Q_SLOTS:
                          "No downloads; only removals\n"));
     }
 
-    void theScriptAddsLinesBeforeTheListing()
+    void theScriptCanAddLinesBeforeTheListing()
     {
         QVERIFY(apply("addBeforeListing('too early')\nyumIOC.listTransaction(None, [])\n"
                       "addBeforeListing('Only a t\u00e8st\\n\\n')\n"
@@ -411,7 +411,7 @@ private Q_SLOTS:
                                         "No downloads; only removals\n"));
     }
 
-    void theLogListsThePackagesThatATransactionLeftOut()
+    void theLogNamesThePackagesThatATransactionLeftOut()
     {
         const QString confirmed = "yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n";
         int before = logLength();
@@ -429,7 +429,7 @@ private Q_SLOTS:
         backEnd->answers.take();
     }
 
-    void theEnterKeyAcceptsOnlyTheListing()
+    void theEnterKeyAcceptsTheListingButRefusesAnyOtherQuestion()
     {
         backEnd->answers.press("Enter");
         QVERIFY(!apply("seen.append(yumIOC.userconfirm())"));
@@ -441,7 +441,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen"), QString("[1]"));
     }
 
-    void theBarNamesTheLockThatTheScriptWaitsFor()
+    void theItemBarNamesTheLockForWhichTheScriptWaits()
     {
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
                       "changeActivity('Waiting for w\\u00e4scher (17)')\n"
@@ -454,7 +454,7 @@ private Q_SLOTS:
         backEnd->run("changeActivity('later')");
     }
 
-    void theBarShowsAWaitUntilItEnds()
+    void theItemBarShowsAWaitUntilTheWaitEnds()
     {
         QVERIFY(!yumIO().stop());
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
@@ -471,7 +471,7 @@ private Q_SLOTS:
         QVERIFY(!yumIO().stop());
     }
 
-    void aTransactionCanBeStoppedWhileItWaits()
+    void theUserCanStopATransactionWhileItWaitsForALock()
     {
         backEnd->run("import time\nended = []");
         QTimer timer;
@@ -531,7 +531,7 @@ private Q_SLOTS:
                  QStringList({"4 0 Applying", "3 1 seen", "0 3 interrupted", "4 0 Stopped."}));
     }
 
-    void aStopPreventsTheChangeOfTheSystem()
+    void aStopDuringTheTestTransactionPreventsTheChangeOfTheSystem()
     {
         QVERIFY(!stopAfterAWhile("yumIOC.rpmtransInit(True)\nwait()\nyumIOC.rpmtransInit(False)\n"
                                  "seen.append('changed')"));
@@ -542,7 +542,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen"), QString("[]"));
     }
 
-    void aChangeOfTheSystemCannotBeStopped()
+    void aStopIsRefusedWhileTheSystemIsChanged()
     {
         backEnd->run("import time");
         QList<bool> accepted;
@@ -566,7 +566,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().stopState(), StopRequest::State::Idle);
     }
 
-    void theScriptCanRefuseLaterRequestsToStop()
+    void theScriptCanRefuseFurtherRequestsToStop()
     {
         QVERIFY(!stopAfterAWhile("seen.append(stopWanted(True))\ntime.sleep(0.5)\n"
                                  "seen.append(stopWanted(False))\nyumIOC.listTransaction(None, [])"));
@@ -574,7 +574,7 @@ private Q_SLOTS:
         QVERIFY(!yumIO().wasStopped());
     }
 
-    void possibleMarksAreKeptAfterACollection()
+    void aCollectionKeepsTheMarksThatAreStillPossible()
     {
         const QString before("it.updates = [Package('fresh', '2.0'), Package('done', '2.0'), "
                              "Package('both', '2.0', arch='i686'), Package('away', '2.0')]\n"
@@ -595,7 +595,8 @@ private Q_SLOTS:
         const YumIO::Marks marks = yumIO().marks();
         QCOMPARE(marks.count(), 9);
         yumIO().clearEntries();
-        // In the meantime, another program has updated, installed and removed some of these packages.
+        // Since the user marked the packages, another program has updated, installed and removed some of
+        // them.
         collect("it.updates = [Package('fresh', '2.0'), Package('both', '2.0', arch='i686')]\n"
                 "it.installed = [Package('fresh'), Package('done', '2.0'), Package('away', '2.0'), "
                 "Package('both', arch='i686'), Package('old'), Package('there')]\n"
@@ -616,7 +617,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->group("tool")->action, Package::None);
     }
 
-    void signalsAreDelayedWhileTheSystemIsChanged()
+    void signalsToEndAreDelayedWhileTheSystemIsChanged()
     {
         // The test framework has changed the actions for SIGHUP and SIGTERM, so set their default actions.
         const std::array<int, 2> numbers{SIGHUP, SIGTERM};

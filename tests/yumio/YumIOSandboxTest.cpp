@@ -40,7 +40,7 @@ private:
         yumIO().reset();
         QVERIFY(backEnd->collect(repoEnable));
         QCOMPARE(texts(), QStringList());
-        // The minions of the services are deleted only when the main loop runs.
+        // In the program, the main loop deletes the minion objects of services/.
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
@@ -165,7 +165,7 @@ private Q_SLOTS:
 
     // --- Collection
 
-    void collectionSucceeds()
+    void aCollectionWithTheRealScriptSucceeds()
     {
         QVERIFY(backEnd->collect());
         QCOMPARE(texts(), QStringList());
@@ -203,7 +203,7 @@ private Q_SLOTS:
         QCOMPARE(records, installed());
     }
 
-    void installedPackageHasItsValues()
+    void theRecordOfAnInstalledPackageHasItsValues()
     {
         const Package::Entry& entry = *backEnd->entry("gallivant");
         QCOMPARE(yumIO().getName(entry), QString("gallivant"));
@@ -240,7 +240,7 @@ private Q_SLOTS:
         QCOMPARE(texts(), QStringList());
     }
 
-    void availablePackageHasItsValues()
+    void theRecordOfAnAvailablePackageHasItsValues()
     {
         const Package::Entry& entry = *backEnd->entry("orchard");
         const QString file = "orchard-3.0-1.x86_64.rpm";
@@ -275,7 +275,7 @@ private Q_SLOTS:
         QCOMPARE(texts(), QStringList());
     }
 
-    void longFileListIsComplete()
+    void aLongFileListIsComplete()
     {
         const QStringList files = yumIO().getFiles(*backEnd->entry("manyfiles")).split('\n');
         QCOMPARE(files.count(), 2000);
@@ -283,7 +283,7 @@ private Q_SLOTS:
         QCOMPARE(files.last(), QString("/usr/share/manyfiles/19/leaf 1999.txt"));
     }
 
-    void updatablePackagesHaveTheirInstalledVersions()
+    void theRecordsOfUpdatesAreChainedToTheInstalledVersions()
     {
         const Package::Entry& entry = *backEnd->entry("quillbase");
         QCOMPARE(yumIO().getState(entry), QString("Available for update"));
@@ -303,7 +303,7 @@ private Q_SLOTS:
         QCOMPARE(versions, QStringList({"6.1.20-1", "6.1.25-1"}));
     }
 
-    void worseArchitectureIsADuplicate()
+    void theWorseOfTwoArchitecturesIsADuplicate()
     {
         for (const char* name : {"libcairn", "libmoss", "libslate"}) {
             QVERIFY2(!backEnd->entry(name)->duplicate, name);
@@ -354,7 +354,7 @@ private Q_SLOTS:
                  changeLog({"-q", "tagsoup-installed"}));
     }
 
-    void extraDataAreLoadedAfterACollection()
+    void loadingTheExtraDataAgainAfterACollectionDoesNothing()
     {
         QSignalSpy spy(&yumIO(), SIGNAL(collectedExtraData()));
         QVERIFY(yumIO().collectFileLists());
@@ -369,7 +369,7 @@ private Q_SLOTS:
         QCOMPARE(texts(), QStringList());
     }
 
-    void versionAndConfigurationVariablesAreKnown()
+    void theVersionAndTheVariablesOfDnfAreKnown()
     {
         QVERIFY(yumIO().dnfVersion() >= 40000);
         QCOMPARE(yumIO().getYumVar("releasever"), QString("9"));
@@ -377,7 +377,7 @@ private Q_SLOTS:
         QCOMPARE(texts(), QStringList());
     }
 
-    void repositoriesCanBeEnabledAndDisabled()
+    void aCollectionUsesTheRepositoriesThatTheSessionEnables()
     {
         QVERIFY(backEnd->entry("hidden-gem") == nullptr);
         collectAgain({{"sandbox-disabled", true}, {"sandbox-http", false}, {"not-configured", true}});
@@ -391,7 +391,7 @@ private Q_SLOTS:
 
     // --- Texts to search
 
-    void searchTextsAreTheTextsOfTheGetters()
+    void theSearchTextsOfPackagesAreTheTextsOfTheGetters()
     {
         setMetadataPath("genuinePath(self, repoid, kind)");
         checkSearchTexts(1 << 30);
@@ -405,14 +405,14 @@ private Q_SLOTS:
         QVERIFY(orchard.searchChangeLog.text().startsWith("* "));
     }
 
-    void groupHasTheExpectedSearchTexts()
+    void aGroupHasTheExpectedSearchTexts()
     {
         SKIP_WITHOUT_GROUPS();
         QCOMPARE(backEnd->group("Arts")->searchTexts.text().replace('\0', "|"),
                  QByteArray("Arts|easel|palette-knife|brushwork\nvarnish-coat||"));
     }
 
-    void searchTextsFromTheMetadataAreTheTextsOfTheGetters()
+    void searchTextsReadFromTheMetadataAreTheTextsOfTheGetters()
     {
         const int logged = backEnd->log().count();
         const QByteArray zone = qgetenv("TZ");
@@ -432,7 +432,7 @@ private Q_SLOTS:
         QCOMPARE(log.count("4 0 Collecting Texts to Search"), 3);
     }
 
-    void searchTextsComeFromTheMetadata_data()
+    void theSearchReadsFileListsAndChangeLogsFromTheMetadata_data()
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<int>("state");
@@ -440,7 +440,7 @@ private Q_SLOTS:
         QTest::newRow("update") << "loomctl" << int(Package::Updatable);
     }
 
-    void searchTextsComeFromTheMetadata()
+    void theSearchReadsFileListsAndChangeLogsFromTheMetadata()
     {
         QFETCH(QString, name);
         QFETCH(int, state);
@@ -470,21 +470,21 @@ private Q_SLOTS:
         QCOMPARE(entry->searchChangeLog.text(), QByteArray("* Thu Jan 1 1970 Nobody\nmade up"));
     }
 
-    void textsComeFromThePackagesIfMetadataAreUnreadable_data()
+    void searchTextsComeFromThePackagesIfMetadataAreUnreadable_data()
     {
         QTest::addColumn<QString>("expression");
         QTest::addColumn<bool>("warned");
-        QTest::newRow("no metadata") << "None" << false;
+        QTest::newRow("no path") << "None" << false;
         QTest::newRow("a missing file") << "'/nonexistent/metadata.xml.gz'" << true;
         QTest::newRow("a directory") << "'/'" << true;
         QTest::newRow("a file without metadata") << "'/bin/sh'" << true;
         QTest::newRow("metadata of another repository") << "genuinePath(self, 'sandbox-file', kind)" << false;
         QTest::newRow("metadata of another kind")
             << "genuinePath(self, repoid, 'other' if kind == 'filelists' else 'filelists')" << true;
-        QTest::newRow("cut off") << "cutOff(genuinePath(self, repoid, kind))" << true;
+        QTest::newRow("file that is cut off") << "cutOff(genuinePath(self, repoid, kind))" << true;
     }
 
-    void textsComeFromThePackagesIfMetadataAreUnreadable()
+    void searchTextsComeFromThePackagesIfMetadataAreUnreadable()
     {
         QFETCH(QString, expression);
         QFETCH(bool, warned);
@@ -504,7 +504,7 @@ private Q_SLOTS:
                  warned);
     }
 
-    void searchTextsAreReadOnce()
+    void theSearchTextsOfARecordAreReadOnlyOnce()
     {
         setMetadataPath("genuinePath(self, repoid, kind)");
         checkSearchTexts(1 << 30);
@@ -559,7 +559,7 @@ private Q_SLOTS:
 
     // --- Transactions
 
-    void refusedTransactionChangesNothing()
+    void theSystemIsNotChangedIfTheUserRefusesTheListing()
     {
         const QSet<QString> before = installed();
         backEnd->entry("chatterbox")->action = Package::Install;
@@ -571,7 +571,7 @@ private Q_SLOTS:
         backEnd->entry("chatterbox")->action = Package::None;
     }
 
-    void impossibleTransactionIsExplained()
+    void aMessageExplainsWhyATransactionIsImpossible()
     {
         const QSet<QString> before = installed();
         backEnd->entry("moonbridge")->action = Package::Install;
@@ -584,7 +584,7 @@ private Q_SLOTS:
         backEnd->entry("moonbridge")->action = Package::None;
     }
 
-    void packagesAreInstalledUpdatedAndRemoved()
+    void anApplyInstallsUpdatesAndRemovesPackages()
     {
         const QSet<QString> before = installed();
         const int logged = backEnd->log().count();
@@ -642,7 +642,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->entry("almanac")->state, Package::Available);
     }
 
-    void groupIsInstalledWithItsPackages()
+    void aGroupIsInstalledTogetherWithItsPackages()
     {
         SKIP_WITHOUT_GROUPS();
         const QSet<QString> before = installed();
@@ -663,7 +663,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->group("Games")->state, Package::Installed);
     }
 
-    void cleanedCachesAreFilledAgain()
+    void aCollectionFillsTheCachesAgainAfterCleaning()
     {
         const auto metadata = [this] {
             int count = 0;
@@ -688,7 +688,7 @@ private Q_SLOTS:
 
     // --- Plug-ins of the package manager
 
-    void outputOfPlugInsAndTheirProgramsIsInTheLog()
+    void theLogContainsTheOutputOfPlugInsAndTheirPrograms()
     {
         const QString directory = sandbox.filePath("plugins");
         QVERIFY(QDir().mkpath(directory));
@@ -716,7 +716,7 @@ private Q_SLOTS:
         }
     }
 
-    void aPlugInThatEndsTheProgramStopsOnlyTheCollection()
+    void onlyTheCollectionEndsIfAPlugInCallsSysExit()
     {
         QFile plugIn(sandbox.filePath("plugins/ender.py"));
         QVERIFY(plugIn.open(QIODevice::WriteOnly));
@@ -738,7 +738,7 @@ private Q_SLOTS:
 
     // The browser must open the address from which dnf downloads. Newer versions of dnf replace more
     // variables than older ones.
-    void variablesInUrlsAreReplacedAsByDnf()
+    void theBrowserGetsUrlsWithTheVariablesReplacedAsByDnf()
     {
         QVERIFY(QDir().mkpath(root + "/etc/dnf/vars"));
         QFile variable(root + "/etc/dnf/vars/place");

@@ -95,7 +95,7 @@ private Q_SLOTS:
         workingDirectory = QDir::currentPath();
     }
 
-    void scriptOfTheShareDirectoryIsRun()
+    void initializeRunsTheScriptOfTheShareDirectory()
     {
         QCOMPARE(start("import sys\n"
                        "print('argv', sys.argv[1:], __name__, flush=True)\n"
@@ -103,7 +103,7 @@ private Q_SLOTS:
                  QStringList({"argv ['info'] __main__", "started", "again: started"}));
     }
 
-    void whileTheScriptIsImportedTheWindowServesEvents()
+    void theWindowServesEventsWhileTheScriptIsImported()
     {
         variables.insert("PRINT_EVENTS", "1");
         QCOMPARE(start("import time\n"
@@ -147,7 +147,7 @@ private Q_SLOTS:
         QVERIFY2(!found.hasNext(), qPrintable(found.next()));
     }
 
-    void missingModulesAreReported()
+    void anErrorIsReportedIfAModuleOfTheScriptIsMissing()
     {
         const QTemporaryDir share;
         QCOMPARE(startIn(share.path(), contentOf(installedScripts() + "/YumIO.py")),
@@ -156,7 +156,7 @@ private Q_SLOTS:
         QVERIFY2(standardError.contains("FileNotFoundError"), qPrintable(standardError));
     }
 
-    void theScriptCanHidePasswords()
+    void theScriptCanHidePasswordsWithAFunctionOfVyre()
     {
         QCOMPARE(
             start(
@@ -176,7 +176,7 @@ private Q_SLOTS:
                          "TypeError", "started", "again: started"}));
     }
 
-    void theObjectOfTheScriptIsMadeOnlyOnce()
+    void aSecondInitializeDoesNotCreateTheScriptsObjectAgain()
     {
         QCOMPARE(start("class YumIO:\n"
                        "    base = 1\n"
@@ -185,14 +185,14 @@ private Q_SLOTS:
                  QStringList({"made", "started", "again: started"}));
     }
 
-    void missingScriptIsReported()
+    void anErrorIsReportedIfTheScriptIsMissing()
     {
         QCOMPARE(start(QByteArray()),
                  QStringList(
                      {"failed", "VYRE Yum Error: Internal error: unable to open YumIO.py", "again: failed"}));
     }
 
-    void missingRpmModuleIsReported()
+    void anErrorIsReportedIfTheRpmModuleIsMissing()
     {
         QCOMPARE(
             start("class YumIO:\n    base = 1\n", {"import sys; sys.modules['rpm'] = None"}),
@@ -200,7 +200,7 @@ private Q_SLOTS:
                          "again: failed"}));
     }
 
-    void rpmThatIsNoModuleIsReported()
+    void anErrorIsReportedIfTheNameRpmIsNoModule()
     {
         QCOMPARE(
             start("class YumIO:\n    base = 1\n", {"import sys; sys.modules['rpm'] = object()"}),
@@ -208,7 +208,7 @@ private Q_SLOTS:
                          "again: failed"}));
     }
 
-    void aMissingDatetimeModuleIsReported()
+    void anErrorIsReportedIfTheDatetimeModuleIsMissing()
     {
         QCOMPARE(
             start("class YumIO:\n    base = 1\n", {"import sys; sys.modules['datetime'] = None"}),
@@ -216,7 +216,7 @@ private Q_SLOTS:
                          "again: failed"}));
     }
 
-    void exceptionOfTheScriptIsReported()
+    void anExceptionOfTheScriptIsReported()
     {
         QCOMPARE(start("raise ValueError('wrong')\n"),
                  QStringList({"failed", generic, "VYRE Yum Error: Internal error: unable to execute YumIO.py",
@@ -225,7 +225,7 @@ private Q_SLOTS:
         QVERIFY2(standardError.contains("ValueError: wrong"), qPrintable(standardError));
     }
 
-    void tracebackOfAScriptThatFailsEarlyIsInTheLog()
+    void theLogHasTheTracebackOfAScriptThatFailsEarly()
     {
         variables.insert("PRINT_LOG", "1");
         QStringList log =
@@ -246,7 +246,7 @@ private Q_SLOTS:
         QCOMPARE(log, QStringList("log: 3 0 Traceback (most recent call last):"));
     }
 
-    void aMissingRootIsReportedAndNotCreated()
+    void aMissingManagedRootIsReportedAndNotCreated()
     {
         QTemporaryDir directory;
         const QString root = directory.filePath("mistyped");
@@ -264,21 +264,21 @@ private Q_SLOTS:
         QCOMPARE(start("class YumIO:\n    base = 1\n"), QStringList({"started", "again: started"}));
     }
 
-    void scriptThatEndsItselfDoesNotEndTheProgram()
+    void theProgramContinuesIfTheScriptCallsSysExit()
     {
         QCOMPARE(start("raise SystemExit(3)\n"),
                  QStringList({"failed", generic, "VYRE Yum Error: Internal error: unable to execute YumIO.py",
                               "again: failed"}));
     }
 
-    void scriptWithoutTheClassIsReported()
+    void anErrorIsReportedIfTheScriptHasNoClassYumIO()
     {
         QCOMPARE(start("class Other:\n    pass\n"),
                  QStringList({"failed", "VYRE Yum Error: Internal error: cannot find python YumIO",
                               "again: failed"}));
     }
 
-    void constructorThatRefusesToStartIsReported()
+    void theLoggedReasonIsShownIfTheConstructorCallsSysExit()
     {
         QCOMPARE(start("import sys, yumIOC\n"
                        "class YumIO:\n"
@@ -290,9 +290,9 @@ private Q_SLOTS:
                               "again: failed"}));
     }
 
-    void aPackageManagerThatLacksANameIsRefused_data()
+    void theBackEndDoesNotStartIfDnfLacksANameThatTheScriptNeeds_data()
     {
-        QTest::addColumn<QByteArray>("removal"); // must have the same effect if they run twice
+        QTest::addColumn<QByteArray>("removal"); // statements, which run twice
         QTest::addColumn<QString>("use");
         QTest::addColumn<QString>("name");
         const auto remove = [](const QByteArray& module, const QByteArray& place, const QByteArray& name) {
@@ -321,7 +321,7 @@ private Q_SLOTS:
     }
 
     // Runs the installed script with the real dnf: it must show one message, and must not start.
-    void aPackageManagerThatLacksANameIsRefused()
+    void theBackEndDoesNotStartIfDnfLacksANameThatTheScriptNeeds()
     {
         QFETCH(QByteArray, removal);
         QFETCH(QString, use);
@@ -341,21 +341,21 @@ private Q_SLOTS:
         QVERIFY2(!standardError.contains("Traceback"), qPrintable(standardError));
     }
 
-    void constructorThatFailsIsReported()
+    void anErrorIsReportedIfTheConstructorOfTheScriptFails()
     {
         QCOMPARE(start("class YumIO:\n    def __init__(self):\n        raise KeyError('x')\n"),
                  QStringList({"failed", generic, "VYRE Yum Error: Internal error: cannot create python yumIO",
                               "again: failed"}));
     }
 
-    void objectWithoutABaseIsReported()
+    void anErrorIsReportedIfTheObjectOfTheScriptHasNoBaseAttribute()
     {
         QCOMPARE(start("class YumIO:\n    pass\n"),
                  QStringList({"failed", generic, "VYRE Yum Error: Internal error: yumIO.base not evaluable",
                               "again: failed"}));
     }
 
-    void lockIsReleasedWhenTheBackEndEnds()
+    void theLockIsReleasedWhenTheBackEndEnds()
     {
         const QByteArray script = "import sys\n"
                                   "import dnf.exceptions\n"

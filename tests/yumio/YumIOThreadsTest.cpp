@@ -123,7 +123,7 @@ private Q_SLOTS:
 
     void init() { backEnd->renew(); }
 
-    void operationThatFailsAtOnceLeavesTheWindowUsable()
+    void theWindowIsUsableAfterAnOperationThatFailsAtOnce()
     {
         QPushButton button("Press", &backEnd->window);
         button.setGeometry(10, 60, 100, 30);
@@ -153,7 +153,7 @@ private Q_SLOTS:
         }
     }
 
-    void workerBeginsInsideTheLoop()
+    void aWorkerBeginsOnlyInsideTheEventLoop()
     {
         QEventLoop loop;
         bool running = false;
@@ -168,7 +168,7 @@ private Q_SLOTS:
         QVERIFY(!yumIO().isWorking());
     }
 
-    void timersOfTheWindowRunWhileAWorkerWorks()
+    void theTimersOfTheWindowRunWhileAWorkerRuns()
     {
         QSemaphore ticks;
         QTimer timer;
@@ -179,7 +179,7 @@ private Q_SLOTS:
         QVERIFY(ticked);
     }
 
-    void workerHoldsTheInterpreterLock()
+    void aWorkerHoldsTheInterpreterLock()
     {
         QCOMPARE(PyGILState_Check(), 1);
         bool workerTookIt = false;
@@ -199,7 +199,7 @@ private Q_SLOTS:
         QCOMPARE(PyGILState_Check(), 1);
     }
 
-    void lastEventsOfTheWorkerAreDelivered()
+    void eventsThatAWorkerPostsAfterEndingTheLoopAreDelivered()
     {
         QStringList delivered;
         QEventLoop loop;
@@ -216,7 +216,7 @@ private Q_SLOTS:
         QCOMPARE(delivered, QStringList({"before the end", "after the end"}));
     }
 
-    void lastProgressIsDelivered()
+    void theLastProgressReportOfAWorkerIsDelivered()
     {
         QVERIFY(backEnd->collect());
         // The operation makes the bars idle in its last event.
@@ -225,7 +225,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->total.maximum(), 1);
     }
 
-    void clickAfterTheEndOfAnOperationIsLeftForTheMainLoop()
+    void theMainLoopHandlesAClickThatArrivesWhenTheOperationEnds()
     {
         QPushButton button("Press", &backEnd->window);
         button.setGeometry(10, 60, 100, 30);
@@ -268,7 +268,7 @@ private Q_SLOTS:
         backEnd->window.hide();
     }
 
-    void workerHandlesTheChildSignal()
+    void onlyTheGraphicalThreadBlocksTheChildSignalWhileAWorkerRuns()
     {
         QVERIFY(!childSignalIsBlocked());
         bool workers = true;
@@ -287,7 +287,7 @@ private Q_SLOTS:
         QVERIFY(!childSignalIsBlocked());
     }
 
-    void signalMaskIsRestored()
+    void theSignalMaskIsRestoredAfterAnOperation()
     {
         sigset_t child;
         sigemptyset(&child);
@@ -299,7 +299,7 @@ private Q_SLOTS:
         QVERIFY(blocked);
     }
 
-    void interruptAfterARunHasItsDefaultAction()
+    void theActionOfSIGINTIsTheDefaultAfterAnOperation()
     {
         yumIO().python().setEnablePythonSIGINTHandler(true);
         struct sigaction action;
@@ -310,7 +310,7 @@ private Q_SLOTS:
         QVERIFY(action.sa_handler == SIG_DFL);
     }
 
-    void interruptAfterARunEndsTheProgram()
+    void anInterruptEndsTheProgramAfterAnOperation()
     {
         yumIO().python().setEnablePythonSIGINTHandler(true);
         QVERIFY(backEnd->collect());
@@ -325,7 +325,7 @@ private Q_SLOTS:
         QCOMPARE(WTERMSIG(status), SIGINT);
     }
 
-    void programEndsOnlyAfterItsWorker_data()
+    void theProgramEndsOnlyAfterItsWorkerHasEnded_data()
     {
         QTest::addColumn<int>("way");
         QTest::newRow("quit") << 0;
@@ -333,7 +333,7 @@ private Q_SLOTS:
         QTest::newRow("last window closed") << 2;
     }
 
-    void programEndsOnlyAfterItsWorker()
+    void theProgramEndsOnlyAfterItsWorkerHasEnded()
     {
         QFETCH(int, way);
         const auto endProgram = [this, way] {
@@ -381,7 +381,7 @@ private Q_SLOTS:
         QVERIFY(backEnd->collect());
     }
 
-    void dialogsOfAWorkerAppearInTheWindow()
+    void anErrorOfAWorkerIsShownInADialog()
     {
         yumIO().locked = false;
         backEnd->run("it.raises['setupRepos'] = dnf.exceptions.RepoError('no mirrors')");
@@ -391,7 +391,7 @@ private Q_SLOTS:
         QCOMPARE(shown[0].title, QString("VYRE Yum Error"));
     }
 
-    void everyOperationBeginsInsideItsLoop_data()
+    void everyOperationBeginsOnlyInsideItsEventLoop_data()
     {
         using Make = std::function<QThread*(YumIOProbe&, QEventLoop&)>;
         QTest::addColumn<Make>("make");
@@ -421,7 +421,7 @@ private Q_SLOTS:
         add("apply", [](auto& yumIO, auto& loop) { return new YumIOProbe::ApplyThread(&yumIO, loop); });
     }
 
-    void everyOperationBeginsInsideItsLoop()
+    void everyOperationBeginsOnlyInsideItsEventLoop()
     {
         using Make = std::function<QThread*(YumIOProbe&, QEventLoop&)>;
         QFETCH(Make, make);
@@ -456,7 +456,7 @@ private Q_SLOTS:
         backEnd->answers.take();
     }
 
-    void tableSeesNoRecordsWhileTheyAreCollected()
+    void theTableSeesNoRecordsWhileTheyAreCollected()
     {
         // The operation resets the bars at its end. At that moment, the records exist, but the table must not
         // see them yet.
@@ -482,7 +482,7 @@ private Q_SLOTS:
 
     // --- The comparison of many items with an expression
 
-    void itemsAreComparedWithoutTheInterpreter()
+    void theComparingThreadsDoNotHoldTheInterpreterLock()
     {
         const int logged = backEnd->log().count();
         std::vector<char> found;
@@ -503,7 +503,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->log(logged).filter("Stopped."), QStringList());
     }
 
-    void aLongComparisonCanBeStoppedAlthoughItsThreadsGoOn()
+    void aStopEndsALongComparisonAtOnceAlthoughItsThreadsGoOn()
     {
         const auto held = std::make_shared<std::atomic<bool>>(true);
         const auto running = std::make_shared<std::atomic<int>>(0);
@@ -543,7 +543,7 @@ private Q_SLOTS:
         QCOMPARE(found, std::vector<char>(200, 1));
     }
 
-    void aCloseRequestEndsAComparisonFromItsBeginning()
+    void aStopRequestEndsAComparisonEvenAtItsBeginning()
     {
         const auto held = std::make_shared<std::atomic<bool>>(true);
         QTimer::singleShot(0, [this] { QVERIFY(yumIO().stop()); });
@@ -560,7 +560,7 @@ private Q_SLOTS:
         *held = false;
     }
 
-    void tableSeesNoRecordsWhileTheyAreCleared()
+    void theTableSeesNoRecordsWhileTheyAreCleared()
     {
         // The script's object is deleted while its record still exists.
         backEnd->run("seen = []\n"

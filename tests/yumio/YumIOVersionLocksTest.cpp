@@ -39,14 +39,14 @@ private Q_SLOTS:
         QCOMPARE(yumIO().versionLocks().fault, QString());
     }
 
-    void noLocksAreOfferedIfTheScriptsAnswerIsUnusable()
+    void noLocksAreOfferedIfTheAnswerOfTheScriptIsUnusable()
     {
         backEnd->run("it.locks = ('', ['tool'])");
         QVERIFY(backEnd->collect());
         QVERIFY(!yumIO().versionLocks().offered);
     }
 
-    void packagesOfTheRecordsAreLockedAndUnlocked()
+    void aWorkerLocksAndUnlocksThePackagesOfTheRecords()
     {
         const QVector<Package::Entry*> entries = tool();
         QCOMPARE(entries.count(), 1);
@@ -67,7 +67,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("it.calls[1:]"), QString("[('unlockVersions', ['tool'])]"));
     }
 
-    void failureOfThePlugInIsShown()
+    void anErrorIsShownIfThePlugInCannotChangeTheLocks()
     {
         const QVector<Package::Entry*> entries = tool();
         QCOMPARE(entries.count(), 1);
