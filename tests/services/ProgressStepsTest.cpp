@@ -19,7 +19,7 @@ private Q_SLOTS:
     void changeItemActivityChangesOnlyTheText();
     void changeTotalReducesALargerValueToTheOldMaximum();
     void changeTotalDoesNotChangeASmallerValue();
-    void theActsOfAnItemTogetherFillExactlyItsPartOfTheTotal();
+    void theActsTogetherFillExactlyThePartOfTheItem();
     void oneStepOfTheItemBarCanUseSeveralActs();
     void anActWithMoreStepsThanRemainEndsWithTheLastAct();
     void anItemWithoutActsFillsItsWholePartOfTheTotal();
@@ -170,7 +170,7 @@ void ProgressStepsTest::changeTotalDoesNotChangeASmallerValue()
     QCOMPARE(total->value(), 40);
 }
 
-void ProgressStepsTest::theActsOfAnItemTogetherFillExactlyItsPartOfTheTotal()
+void ProgressStepsTest::theActsTogetherFillExactlyThePartOfTheItem()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);

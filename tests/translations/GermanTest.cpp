@@ -220,7 +220,7 @@ private:
                 return action;
             }
         }
-        qFatal("missing entry %s", qPrintable(text));
+        qFatal("the entry %s is missing", qPrintable(text));
         return nullptr;
     }
     static void click(QPushButton* button) { QTest::mouseClick(button, Qt::LeftButton); }
@@ -295,7 +295,7 @@ private Q_SLOTS:
         QCOMPARE(listed->index(0, PackageTable::SizeColumn).data().toString(), QStringLiteral("1.5Kb"));
     }
 
-    void lettersOfTheMainWindowAreUnique()
+    void theGermanMnemonicsOfTheMainWindowAreUnique()
     {
         start();
         QStringList texts;
@@ -320,7 +320,7 @@ private Q_SLOTS:
         QCOMPARE(letters, different);
     }
 
-    void nothingIsCutOffInTheMainWindow()
+    void theMainWindowCutsOffNoGermanText()
     {
         start();
         QCOMPARE(cutOffFinally(window).join('\n'), QString());
@@ -338,7 +338,7 @@ private Q_SLOTS:
         QCOMPARE(cutOffAtAnySize(window).join('\n'), QString());
     }
 
-    void nothingIsCutOffInTheEditorAndTheForm()
+    void theEditorAndItsFormCutOffNoGermanText()
     {
         start();
         standIn->setRepos("[base]\nname=Basis\nbaseurl=http://h/vantor?user=&word=&path=/x\nenabled=1\n");
@@ -380,7 +380,7 @@ private Q_SLOTS:
         QCOMPARE(form.join('\n'), QString());
     }
 
-    void nothingIsCutOffInTheCredentialsDialog()
+    void theCredentialsDialogCutsOffNoGermanText()
     {
         Repo::Entry repository;
         repository.id = "updates";
@@ -409,7 +409,7 @@ private Q_SLOTS:
         QVERIFY(labels.contains("Passwort"));
     }
 
-    void nothingIsCutOffInADescription()
+    void aPackageDescriptionCutsOffNoGermanText()
     {
         start();
         view->selectRow(0);
@@ -435,7 +435,7 @@ private Q_SLOTS:
         }
     }
 
-    void nothingIsCutOffInTheLog()
+    void theLogWindowCutsOffNoGermanText()
     {
         start();
         entry("&Protokoll")->trigger();
@@ -454,7 +454,7 @@ private Q_SLOTS:
         log->hide();
     }
 
-    void nothingIsCutOffInTheHistory()
+    void theHistoryWindowCutsOffNoGermanText()
     {
         start();
         QStringList found;
@@ -468,7 +468,7 @@ private Q_SLOTS:
         QCOMPARE(found.join('\n'), QString());
     }
 
-    void nothingIsCutOffInQuestions()
+    void questionsCutOffNoGermanText()
     {
         ScrollableConfirmDialog listing(QStringLiteral("Auszuführen:\n\tEntfernen: tool 1-1 (x86_64)\n"),
                                         "OK", "Abbrechen", nullptr, true,
@@ -485,7 +485,7 @@ private Q_SLOTS:
         QCOMPARE(cutOffFinally(&question).join('\n'), QString());
     }
 
-    void nothingIsCutOffInTheAdvisories()
+    void theAdvisoriesWindowCutsOffNoGermanText()
     {
         standIn->setAdvisories({StandIn::advisory("LSA-2024-1", true, {StandIn::advised("tool", 0)})});
         start();
@@ -504,7 +504,7 @@ private Q_SLOTS:
     }
 
     // A distribution has 60,000 packages, so a translation for each package would take noticeable time.
-    void theNumberOfTranslationsDoesNotDependOnTheNumberOfPackages()
+    void collectingMorePackagesRequestsNoMoreTranslations()
     {
         start();
         QPushButton* refresh = nullptr;
@@ -536,7 +536,7 @@ private Q_SLOTS:
     }
 
     // The filters compare values, not translated texts.
-    void filtersDoNotDependOnTheLanguage()
+    void filtersListTheSameRowsInEveryLanguage()
     {
         start();
         auto* state = window->findChildren<QComboBox*>().at(1);

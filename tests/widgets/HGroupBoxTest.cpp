@@ -12,7 +12,7 @@
 
 namespace {
 
-// The width in pixels of everything dark in the uppermost `rows` rows of pixels.
+// The width of the dark area, in pixels, within the uppermost `rows` rows of pixels.
 int inkWidth(QWidget& widget, int rows)
 {
     const QImage image = widget.grab().toImage();
