@@ -23,10 +23,10 @@ private Q_SLOTS:
     void theListShowsTheAdvisories();
     void theDetailsPaneDescribesTheCurrentAdvisory();
     void loadingTheListAgainKeepsTheCurrentAdvisory();
-    void ifNoAdvisoryIsFoundTheEmptyListSaysSo();
+    void anEmptyListSaysThatNoAdvisoryWasFound();
     void theMarkUpdatesButtonMarksTheUpdatesOfTheSelectedAdvisories();
-    void altAndSMarkAllSecurityUpdates();
-    void ifAPackageCannotBeMarkedAMessageNamesItWithTheReason();
+    void altSMarksAllSecurityUpdates();
+    void aMessageExplainsWhyAPackageCannotBeMarked();
     void theMarkUpdatesButtonIsDisabledIfTheSelectionHasNoMissingUpdate();
     void enterPressesNoButton();
     void escapeClosesTheDialog();
@@ -144,7 +144,7 @@ void AdvisoryDialogTest::loadingTheListAgainKeepsTheCurrentAdvisory()
     QVERIFY(details().startsWith("B-2: About B-2\n"));
 }
 
-void AdvisoryDialogTest::ifNoAdvisoryIsFoundTheEmptyListSaysSo()
+void AdvisoryDialogTest::anEmptyListSaysThatNoAdvisoryWasFound()
 {
     table->standIn.setAdvisories({});
     table->collectUsual();
@@ -165,7 +165,7 @@ void AdvisoryDialogTest::theMarkUpdatesButtonMarksTheUpdatesOfTheSelectedAdvisor
     QVERIFY(resultIsShown("Packages marked for an update: 2"));
 }
 
-void AdvisoryDialogTest::altAndSMarkAllSecurityUpdates()
+void AdvisoryDialogTest::altSMarksAllSecurityUpdates()
 {
     QTimer::singleShot(500, dialog.get(), [] {
         if (QWidget* opened = QApplication::activeModalWidget()) {
@@ -179,7 +179,7 @@ void AdvisoryDialogTest::altAndSMarkAllSecurityUpdates()
     QCOMPARE(wanted(), QStringList{"tool"});
 }
 
-void AdvisoryDialogTest::ifAPackageCannotBeMarkedAMessageNamesItWithTheReason()
+void AdvisoryDialogTest::aMessageExplainsWhyAPackageCannotBeMarked()
 {
     select({"D-4"});
     QString shown;

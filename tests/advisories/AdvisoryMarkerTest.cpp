@@ -18,8 +18,8 @@ private Q_SLOTS:
     void init() { table->collectUsual(); }
     void cleanupTestCase() { table.reset(); }
     void anUpdateThatTwoAdvisoriesNameIsFoundOnce();
-    void ifAPackageHasNoUsableUpdateARefusalNamesTheReason();
-    void ifTheTableListsNoUpdateOfAPackageThePackageIsRefused();
+    void aRefusalNamesTheReasonIfAPackageHasNoUsableUpdate();
+    void aPackageIsRefusedIfTheTableListsNoUpdateOfIt();
     void aPackageMarkedForRemovalIsRefused();
     void aPackageThatAnotherPackageReplacesIsRefused();
 
@@ -42,7 +42,7 @@ void AdvisoryMarkerTest::anUpdateThatTwoAdvisoriesNameIsFoundOnce()
     QCOMPARE(table->entry("tool").action, Package::None);
 }
 
-void AdvisoryMarkerTest::ifAPackageHasNoUsableUpdateARefusalNamesTheReason()
+void AdvisoryMarkerTest::aRefusalNamesTheReasonIfAPackageHasNoUsableUpdate()
 {
     const Advisory made =
         advisory("A-1", true,
@@ -61,7 +61,7 @@ void AdvisoryMarkerTest::ifAPackageHasNoUsableUpdateARefusalNamesTheReason()
              QString("tool-2-1.x86_64: not installed; the update 2-1 is available"));
 }
 
-void AdvisoryMarkerTest::ifTheTableListsNoUpdateOfAPackageThePackageIsRefused()
+void AdvisoryMarkerTest::aPackageIsRefusedIfTheTableListsNoUpdateOfIt()
 {
     const auto found = find({advisory("A-1", true, {packageOf("shell"), packageOf("nobody")})});
     QCOMPARE(found.entries.count(), 0);

@@ -70,7 +70,7 @@ private Q_SLOTS:
         QVERIFY(!model.index(0, AdvisoryModel::Id).data(FilteredRows::SortRole).isValid());
     }
 
-    void theExpressionMatchesAlsoTheHiddenTextsOfAnAdvisory()
+    void theExpressionAlsoMatchesTextsThatTheRowsDoNotShow()
     {
         AdvisoryModel model;
         model.setAdvisories(some());

@@ -27,14 +27,14 @@ private Q_SLOTS:
 
     void theListShowsAllTransactionsWithTheNewestFirst();
     void theDetailsPaneShowsTheCurrentTransactionAsPlainText();
-    void whileDetailsAreReadTheUserCanSelectAnotherTransaction();
+    void theUserCanSelectAnotherTransactionWhileDetailsAreRead();
     void theExpressionFindsTransactionsByTheirPackages();
     void eachCommandButtonReturnsItsCommandAndTheCurrentTransaction_data();
     void eachCommandButtonReturnsItsCommandAndTheCurrentTransaction();
-    void shiftAndSelectAllSelectOnlyTheCurrentTransaction();
-    void ifTheNewestTransactionIsCurrentUndoAllSinceIsDisabled();
-    void ifTheScriptRefusesReplaysTheCommandsAreDisabledAndTheReasonIsShown();
-    void ifTheHistoryCannotBeReadAMessageIsShown();
+    void theUserCanSelectOnlyOneTransaction();
+    void undoAllSinceIsDisabledIfTheNewestTransactionIsCurrent();
+    void theCommandsAreDisabledWithTheReasonIfTheScriptRefusesThem();
+    void aMessageIsShownIfTheHistoryCannotBeRead();
     void theWindowClosesOnlyAfterTheWorkerHasEnded();
     void everyControlCanBeReachedByKeys();
     void openingTheWindowAgainKeepsTheCurrentTransaction();
@@ -165,7 +165,7 @@ void HistoryDialogTest::whileWorking(const std::function<void()>& act)
     QTRY_VERIFY(done && !yumIO->isWorking());
 }
 
-void HistoryDialogTest::whileDetailsAreReadTheUserCanSelectAnotherTransaction()
+void HistoryDialogTest::theUserCanSelectAnotherTransactionWhileDetailsAreRead()
 {
     show();
     go(1);
@@ -228,7 +228,7 @@ void HistoryDialogTest::eachCommandButtonReturnsItsCommandAndTheCurrentTransacti
     QVERIFY(!dialog->isVisible());
 }
 
-void HistoryDialogTest::shiftAndSelectAllSelectOnlyTheCurrentTransaction()
+void HistoryDialogTest::theUserCanSelectOnlyOneTransaction()
 {
     show();
     const auto selected = [this] {
@@ -245,7 +245,7 @@ void HistoryDialogTest::shiftAndSelectAllSelectOnlyTheCurrentTransaction()
     QCOMPARE(selected(), QList<int>{1});
 }
 
-void HistoryDialogTest::ifTheNewestTransactionIsCurrentUndoAllSinceIsDisabled()
+void HistoryDialogTest::undoAllSinceIsDisabledIfTheNewestTransactionIsCurrent()
 {
     show();
     QVERIFY(!button("Undo All &Since")->isEnabled());
@@ -270,7 +270,7 @@ void HistoryDialogTest::compareRefusal(const QString& reason)
     QVERIFY2(shown.contains(reason), qPrintable(shown.join('\n')));
 }
 
-void HistoryDialogTest::ifTheScriptRefusesReplaysTheCommandsAreDisabledAndTheReasonIsShown()
+void HistoryDialogTest::theCommandsAreDisabledWithTheReasonIfTheScriptRefusesThem()
 {
     standIn->setReplayRefused(true);
     show();
@@ -287,7 +287,7 @@ void HistoryDialogTest::ifTheScriptRefusesReplaysTheCommandsAreDisabledAndTheRea
     QVERIFY(button("&Redo")->isEnabled());
 }
 
-void HistoryDialogTest::ifTheHistoryCannotBeReadAMessageIsShown()
+void HistoryDialogTest::aMessageIsShownIfTheHistoryCannotBeRead()
 {
     standIn->setHistoryBroken(true);
     QString message;

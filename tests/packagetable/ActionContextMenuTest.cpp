@@ -23,25 +23,25 @@ private Q_SLOTS:
     void cleanup();
     void cleanupTestCase();
     void theMenuListsTheActionsWithTheirIcons();
-    void ifNoRowIsSelectedTheMenuOffersTheActionsOfTheClickedRow_data();
-    void ifNoRowIsSelectedTheMenuOffersTheActionsOfTheClickedRow();
-    void ifNoRowIsSelectedTheClickedRowGetsTheAction_data();
-    void ifNoRowIsSelectedTheClickedRowGetsTheAction();
+    void theMenuOffersTheActionsOfTheClickedRowIfNoRowIsSelected_data();
+    void theMenuOffersTheActionsOfTheClickedRowIfNoRowIsSelected();
+    void theClickedRowGetsTheActionIfNoRowIsSelected_data();
+    void theClickedRowGetsTheActionIfNoRowIsSelected();
     void theMenuOffersEveryActionThatSomeSelectedRowPermits_data();
     void theMenuOffersEveryActionThatSomeSelectedRowPermits();
     void anActionIsSetOnlyInSelectedRowsThatPermitIt_data();
     void anActionIsSetOnlyInSelectedRowsThatPermitIt();
-    void ifRowsAreSelectedTheyGetTheActionInsteadOfTheClickedRow();
+    void theSelectedRowsGetTheActionInsteadOfTheClickedRow();
     void aRightClickOnAnUnselectedRowSelectsThisRow();
     void anActionCanBeChosenWithTheMouse();
     void escapeClosesTheMenuWithoutAnAction();
     void aRowThatIsRemovedWhileTheMenuIsOpenGetsNoAction();
-    void ifTheTableIsSortedByActionAllSelectedRowsStillGetTheAction();
+    void allSelectedRowsGetTheActionEvenIfTheTableIsSortedByAction();
     void theMenuOffersToLockUnlockedRowsAndToUnlockLockedRows_data();
     void theMenuOffersToLockUnlockedRowsAndToUnlockLockedRows();
     void theLockEntrySignalsTheRowsToLock();
     void theUnlockEntryAppliesOnlyToTheLockedRowsInTheSelection();
-    void ifTheUserCannotWriteLocksTheEntriesAreDisabledWithTheReason();
+    void theLockEntriesAreDisabledWithTheReasonIfTheUserCannotWriteLocks();
 
 private:
     // Opens the menu on a row while Control is pressed, so that the selection does not change, and presses a
@@ -109,7 +109,7 @@ void ActionContextMenuTest::theMenuListsTheActionsWithTheirIcons()
     QVERIFY(menu.actions().at(3)->icon().isNull());
 }
 
-void ActionContextMenuTest::ifNoRowIsSelectedTheMenuOffersTheActionsOfTheClickedRow_data()
+void ActionContextMenuTest::theMenuOffersTheActionsOfTheClickedRowIfNoRowIsSelected_data()
 {
     QTest::addColumn<QStringList>("offered");
     QTest::newRow("tool") << QStringList{"&Update", "&Remove", "&No Action"};
@@ -118,14 +118,14 @@ void ActionContextMenuTest::ifNoRowIsSelectedTheMenuOffersTheActionsOfTheClicked
     QTest::newRow("Games") << QStringList{"&Install", "&No Action"};
 }
 
-void ActionContextMenuTest::ifNoRowIsSelectedTheMenuOffersTheActionsOfTheClickedRow()
+void ActionContextMenuTest::theMenuOffersTheActionsOfTheClickedRowIfNoRowIsSelected()
 {
     QFETCH(QStringList, offered);
     QCOMPARE(choose(QTest::currentDataTag(), Qt::Key_Escape), offered);
     QVERIFY(shown->view->selectedRows().isEmpty());
 }
 
-void ActionContextMenuTest::ifNoRowIsSelectedTheClickedRowGetsTheAction_data()
+void ActionContextMenuTest::theClickedRowGetsTheActionIfNoRowIsSelected_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<int>("key");
@@ -135,7 +135,7 @@ void ActionContextMenuTest::ifNoRowIsSelectedTheClickedRowGetsTheAction_data()
     QTest::newRow("remove") << "tool" << int(Qt::Key_R) << int(Package::Remove);
 }
 
-void ActionContextMenuTest::ifNoRowIsSelectedTheClickedRowGetsTheAction()
+void ActionContextMenuTest::theClickedRowGetsTheActionIfNoRowIsSelected()
 {
     QFETCH(QString, name);
     QFETCH(int, key);
@@ -207,7 +207,7 @@ void ActionContextMenuTest::anActionIsSetOnlyInSelectedRowsThatPermitIt()
     QCOMPARE(set.keys(), changedRows);
 }
 
-void ActionContextMenuTest::ifRowsAreSelectedTheyGetTheActionInsteadOfTheClickedRow()
+void ActionContextMenuTest::theSelectedRowsGetTheActionInsteadOfTheClickedRow()
 {
     shown->select({"editor", "office"});
     QCOMPARE(choose("shell", Qt::Key_I), (QStringList{"&Install", "&No Action"}));
@@ -255,7 +255,7 @@ void ActionContextMenuTest::aRowThatIsRemovedWhileTheMenuIsOpenGetsNoAction()
     QCOMPARE(actions(), Actions());
 }
 
-void ActionContextMenuTest::ifTheTableIsSortedByActionAllSelectedRowsStillGetTheAction()
+void ActionContextMenuTest::allSelectedRowsGetTheActionEvenIfTheTableIsSortedByAction()
 {
     shown->view->HTableView::sortByColumn(ActionColumn, Qt::AscendingOrder);
     QSignalSpy layout(&shown->proxy, SIGNAL(layoutChanged()));
@@ -334,7 +334,7 @@ void ActionContextMenuTest::theUnlockEntryAppliesOnlyToTheLockedRowsInTheSelecti
     QCOMPARE(chosen.at(1).at(1), QVariant(false));
 }
 
-void ActionContextMenuTest::ifTheUserCannotWriteLocksTheEntriesAreDisabledWithTheReason()
+void ActionContextMenuTest::theLockEntriesAreDisabledWithTheReasonIfTheUserCannotWriteLocks()
 {
     table->standIn.setVersionLocks({{"shell", "shell-0:1-1.*"}}, "no <b>right</b>");
     table->collectUsual();

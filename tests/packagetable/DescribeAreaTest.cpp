@@ -15,7 +15,7 @@ class DescribeAreaTest : public ShownDescription
 private Q_SLOTS:
     void theAreaOfAnAvailablePackageShowsEveryField();
     void fieldsWithoutAValueAreNotShown();
-    void ifAPackageIsInstalledItsRepositoryHasNoDetailsButton();
+    void theRepositoryOfAnInstalledPackageHasNoDetailsButton();
     void eachInstalledVersionAfterTheFirstHasAShortArea();
     void theDescriptionOfAnUpdateAlsoShowsTheInstalledVersions();
     void theAreaOfASuiteHasTheFieldsOfAPackage();
@@ -24,15 +24,15 @@ private Q_SLOTS:
     void theUserCanSelectAndCopyValues();
     void theFilesButtonShowsTheFileList();
     void theChangeLogButtonShowsTheChangeLog();
-    void whileAChangeLogIsReadTheWindowsRespond();
+    void theWindowsRespondWhileAChangeLogIsRead();
     void closingTheDescriptionStopsTheReadingOfAChangeLog();
     void closingTheDescriptionEndsTheWaitForALock();
     void theTitlesShowAPackageNameWithPercentSignsUnchanged();
-    void ifAPackageHasNoFilesAnEmptyFileListIsShown();
-    void ifExtraDataAreNotLoadedTheShowButtonsSaySo();
+    void anEmptyFileListIsShownIfAPackageHasNoFiles();
+    void theShowButtonsSayThatExtraDataMustBeLoaded();
     void theFileListsAreLoadedOnlyOnce();
-    void whileFileListsAreLoadedTheDialogCannotBeClosed();
-    void whileFileListsAreLoadedTheButtonsInTheAreasDoNothing();
+    void theDialogCannotBeClosedWhileFileListsAreLoaded();
+    void theButtonsInTheAreasDoNothingWhileFileListsAreLoaded();
 };
 
 void DescribeAreaTest::theAreaOfAnAvailablePackageShowsEveryField()
@@ -130,7 +130,7 @@ void DescribeAreaTest::fieldsWithoutAValueAreNotShown()
     });
 }
 
-void DescribeAreaTest::ifAPackageIsInstalledItsRepositoryHasNoDetailsButton()
+void DescribeAreaTest::theRepositoryOfAnInstalledPackageHasNoDetailsButton()
 {
     installed({});
     repo("@System", "a repository that only has the name", "http://h", "");
@@ -276,7 +276,7 @@ void DescribeAreaTest::theChangeLogButtonShowsTheChangeLog()
     });
 }
 
-void DescribeAreaTest::whileAChangeLogIsReadTheWindowsRespond()
+void DescribeAreaTest::theWindowsRespondWhileAChangeLogIsRead()
 {
     available({{"waiting", true}});
     describe("it", [this](Dialog& shown) {
@@ -347,7 +347,7 @@ void DescribeAreaTest::theTitlesShowAPackageNameWithPercentSignsUnchanged()
     });
 }
 
-void DescribeAreaTest::ifAPackageHasNoFilesAnEmptyFileListIsShown()
+void DescribeAreaTest::anEmptyFileListIsShownIfAPackageHasNoFiles()
 {
     available({});
     describe("it", [](Dialog& shown) {
@@ -355,7 +355,7 @@ void DescribeAreaTest::ifAPackageHasNoFilesAnEmptyFileListIsShown()
     });
 }
 
-void DescribeAreaTest::ifExtraDataAreNotLoadedTheShowButtonsSaySo()
+void DescribeAreaTest::theShowButtonsSayThatExtraDataMustBeLoaded()
 {
     table->collectUsual();
     setLoaded(false, false);
@@ -389,7 +389,7 @@ void DescribeAreaTest::theFileListsAreLoadedOnlyOnce()
     });
 }
 
-void DescribeAreaTest::whileFileListsAreLoadedTheDialogCannotBeClosed()
+void DescribeAreaTest::theDialogCannotBeClosedWhileFileListsAreLoaded()
 {
     table->collectUsual();
     setLoaded(false, true);
@@ -423,7 +423,7 @@ void DescribeAreaTest::whileFileListsAreLoadedTheDialogCannotBeClosed()
     QCOMPARE(dialog->result(), int(QDialog::Accepted));
 }
 
-void DescribeAreaTest::whileFileListsAreLoadedTheButtonsInTheAreasDoNothing()
+void DescribeAreaTest::theButtonsInTheAreasDoNothingWhileFileListsAreLoaded()
 {
     table->collectUsual();
     setLoaded(false, true);

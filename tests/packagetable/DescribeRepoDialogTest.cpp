@@ -16,11 +16,11 @@ class DescribeRepoDialogTest : public ShownDescription
 
 private Q_SLOTS:
     void theDetailsShowTheRepositoryOfThePackage();
-    void ifTheRepositoryIsNotConfiguredItsDetailsButtonShowsAMessage();
+    void theDetailsButtonShowsAMessageIfTheRepositoryIsNotConfigured();
     void theDetailsMaskPasswordsAndShowMarkupAsPlainText();
     void openingTheDetailsAgainReplacesTheFormerDetails();
     void theBrowseButtonOpensTheUrlOfTheRepositoryInTheBrowser();
-    void ifTheRepositoryHasNoUrlTheBrowseButtonShowsAMessage();
+    void theBrowseButtonShowsAMessageIfTheRepositoryHasNoUrl();
 
 private:
     // The texts of all labels in the description of the repository from which the package comes.
@@ -75,7 +75,7 @@ void DescribeRepoDialogTest::theDetailsShowTheRepositoryOfThePackage()
     });
 }
 
-void DescribeRepoDialogTest::ifTheRepositoryIsNotConfiguredItsDetailsButtonShowsAMessage()
+void DescribeRepoDialogTest::theDetailsButtonShowsAMessageIfTheRepositoryIsNotConfigured()
 {
     available({{"repoid", "<b>gone</b>"}});
     repo("base", "", "http://one/", "");
@@ -155,7 +155,7 @@ void DescribeRepoDialogTest::theBrowseButtonOpensTheUrlOfTheRepositoryInTheBrows
     QCOMPARE(called.readAll(), QByteArray("http://h/x86_64/\n"));
 }
 
-void DescribeRepoDialogTest::ifTheRepositoryHasNoUrlTheBrowseButtonShowsAMessage()
+void DescribeRepoDialogTest::theBrowseButtonShowsAMessageIfTheRepositoryHasNoUrl()
 {
     available({{"repoid", "base"}});
     repo("base", "name", "", "");

@@ -40,7 +40,7 @@ private Q_SLOTS:
     void theModelHasOneRowForEachRecordAndAllColumns();
     void everyColumnHasATitleAndAToolTip_data();
     void everyColumnHasATitleAndAToolTip();
-    void forUnsupportedHeaderRolesAndSectionsTheModelHasNoData();
+    void theModelHasNoDataForUnsupportedHeaderRolesAndSections();
     void textCellsShowTheTextsOfTheRecord();
     void iconColumnsShowNoText();
     void aStarMarksTheVersionIfFurtherVersionsAreInstalled_data();
@@ -65,8 +65,8 @@ private Q_SLOTS:
     void theTextColoursDependOnTheBackground();
     void theActionAndStateColumnsHaveNoColour();
     void theUserRoleReturnsTheSortKeyOrElseTheRecord();
-    void forUnsupportedRolesTheCellsHaveNoData();
-    void forAnIndexOutsideTheTableTheModelHasNoData();
+    void theCellsHaveNoDataForUnsupportedRoles();
+    void theModelHasNoDataForAnIndexOutsideTheTable();
     void aStarAlsoMarksTheVersionOfAnAvailablePackage();
     void theModelReturnsTheStateOfARow();
     void setActionStoresEvenAForbiddenAction();
@@ -80,7 +80,7 @@ private Q_SLOTS:
     void aResetOfTheModelNotifiesTheViews();
     void describingARowThatDoesNotExistOpensNoDialog();
     void theSameDialogDescribesEveryRow();
-    void ifTheModelHasNoBackEndItHasNoRows();
+    void aModelWithoutABackEndHasNoRows();
 
 private:
     QModelIndex cell(const char* name, int column) const
@@ -161,7 +161,7 @@ void ModelTest::everyColumnHasATitleAndAToolTip()
     QCOMPARE(model->headerData(column, Qt::Horizontal, Qt::ToolTipRole), QVariant(toolTip));
 }
 
-void ModelTest::forUnsupportedHeaderRolesAndSectionsTheModelHasNoData()
+void ModelTest::theModelHasNoDataForUnsupportedHeaderRolesAndSections()
 {
     for (const int column : {-1, int(ColumnCount)}) {
         QCOMPARE(model->headerData(column, Qt::Horizontal, Qt::DisplayRole), QVariant());
@@ -472,7 +472,7 @@ void ModelTest::theUserRoleReturnsTheSortKeyOrElseTheRecord()
     }
 }
 
-void ModelTest::forUnsupportedRolesTheCellsHaveNoData()
+void ModelTest::theCellsHaveNoDataForUnsupportedRoles()
 {
     for (int column = 0; column < ColumnCount; ++column) {
         for (const int role : {int(Qt::EditRole), int(Qt::FontRole), int(Qt::BackgroundRole),
@@ -482,7 +482,7 @@ void ModelTest::forUnsupportedRolesTheCellsHaveNoData()
     }
 }
 
-void ModelTest::forAnIndexOutsideTheTableTheModelHasNoData()
+void ModelTest::theModelHasNoDataForAnIndexOutsideTheTable()
 {
     // This model makes an index outside its columns, as a faulty proxy could do.
     class Careless : public Model
@@ -687,7 +687,7 @@ void ModelTest::theSameDialogDescribesEveryRow()
     QCOMPARE(described.last(), QString("shell"));
 }
 
-void ModelTest::ifTheModelHasNoBackEndItHasNoRows()
+void ModelTest::aModelWithoutABackEndHasNoRows()
 {
     const Model orphan(nullptr);
     QCOMPARE(orphan.rowCount(), 0);

@@ -24,12 +24,12 @@ private Q_SLOTS:
     void cleanupTestCase();
     void onlyTheRepositoryColumnHasTheBrowseEntry_data();
     void onlyTheRepositoryColumnHasTheBrowseEntry();
-    void ifTheUserClicksBelowTheRowsTheMenuEntriesAreDisabled();
-    void ifARowHasNoRepositoryItsBrowseEntryIsDisabled_data();
-    void ifARowHasNoRepositoryItsBrowseEntryIsDisabled();
+    void theMenuEntriesAreDisabledIfTheUserClicksBelowTheRows();
+    void theBrowseEntryIsDisabledIfTheRowHasNoRepository_data();
+    void theBrowseEntryIsDisabledIfTheRowHasNoRepository();
     void theDescribeEntryDescribesTheClickedRow();
     void theBrowseEntryOpensTheRepositoryOfTheClickedRow();
-    void ifTheRepositoryIsNotConfiguredTheBrowseEntryShowsAMessage();
+    void theBrowseEntryShowsAMessageIfTheRepositoryIsNotConfigured();
 
 private:
     // Opens the menu of a cell, and clicks an entry. If the entry opens a window, returns only after this
@@ -82,7 +82,7 @@ void OtherContextMenuTest::onlyTheRepositoryColumnHasTheBrowseEntry()
     QCOMPARE(texts(shown->place("tool", column)), expected);
 }
 
-void OtherContextMenuTest::ifTheUserClicksBelowTheRowsTheMenuEntriesAreDisabled()
+void OtherContextMenuTest::theMenuEntriesAreDisabledIfTheUserClicksBelowTheRows()
 {
     const QPoint below(shown->place("tool", RepositoryColumn).x(), shown->view->viewport()->height() - 10);
     QVERIFY(!shown->view->indexAt(below).isValid());
@@ -93,7 +93,7 @@ void OtherContextMenuTest::ifTheUserClicksBelowTheRowsTheMenuEntriesAreDisabled(
     QCOMPARE(offered, QStringList());
 }
 
-void OtherContextMenuTest::ifARowHasNoRepositoryItsBrowseEntryIsDisabled_data()
+void OtherContextMenuTest::theBrowseEntryIsDisabledIfTheRowHasNoRepository_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<bool>("hasOne");
@@ -103,7 +103,7 @@ void OtherContextMenuTest::ifARowHasNoRepositoryItsBrowseEntryIsDisabled_data()
     QTest::newRow("available") << "editor" << true;
 }
 
-void OtherContextMenuTest::ifARowHasNoRepositoryItsBrowseEntryIsDisabled()
+void OtherContextMenuTest::theBrowseEntryIsDisabledIfTheRowHasNoRepository()
 {
     QFETCH(QString, name);
     QFETCH(bool, hasOne);
@@ -159,7 +159,7 @@ void OtherContextMenuTest::theBrowseEntryOpensTheRepositoryOfTheClickedRow()
     QCOMPARE(called.readAll(), QByteArray("http://updates/39\n"));
 }
 
-void OtherContextMenuTest::ifTheRepositoryIsNotConfiguredTheBrowseEntryShowsAMessage()
+void OtherContextMenuTest::theBrowseEntryShowsAMessageIfTheRepositoryIsNotConfigured()
 {
     QString text;
     QWidget* parent = nullptr;

@@ -35,7 +35,7 @@ private Q_SLOTS:
     void cleanupTestCase();
     void theStateFilterListsOnlyRecordsInTheChosenState_data();
     void theStateFilterListsOnlyRecordsInTheChosenState();
-    void ifDuplicatesAreDisabledOnlyOneOfTwoArchitecturesIsListed();
+    void onlyOneOfTwoArchitecturesIsListedIfDuplicatesAreDisabled();
     void excludedGroupsAreNotListedEvenIfTheExpressionMatches();
     void theFiltersThatTheConstructorGetsAreApplied();
     void anExpressionOfWildcardsAloneListsEveryRow_data();
@@ -70,7 +70,7 @@ private Q_SLOTS:
     void clearingTheProxyClearsTheStoredResults();
     void eachChangedFilterSettingClearsTheStoredResults();
     void theRemovableFilterDoesNotListExcludedPackages();
-    void ifFilteringIsDisabledEveryRowIsListed();
+    void everyRowIsListedIfFilteringIsDisabled();
     void settingAFilterToItsPresentValueChangesNothing();
     void eachColumnSortsTheRowsByItsTextsOrNumbers_data();
     void eachColumnSortsTheRowsByItsTextsOrNumbers();
@@ -85,9 +85,9 @@ private Q_SLOTS:
     void setUpdateListedDoesNotMarkReplacedPackages();
     void setUpdateListedDoesNotMarkUnlistedUpdates();
     void sortingByActionUsesActionsThatWereSetWhileAnotherColumnWasSorted();
-    void afterMarkingListedUpdatesTheTableIsSortedAtTheNextFilterChange();
-    void atTheEndOfASortPauseTheTableIsSortedOnce();
-    void ifTheTableIsNotSortedByActionASortPauseHasNoEffect();
+    void theNextFilterChangeSortsTheTableAfterListedUpdatesWereMarked();
+    void theTableIsSortedOnceAtTheEndOfASortPause();
+    void aSortPauseHasNoEffectIfTheTableIsNotSortedByAction();
 
 private:
     void readTexts()
@@ -155,7 +155,7 @@ void SortFilterProxyModelTest::theStateFilterListsOnlyRecordsInTheChosenState()
     QCOMPARE(sortedNames(*proxy), expected);
 }
 
-void SortFilterProxyModelTest::ifDuplicatesAreDisabledOnlyOneOfTwoArchitecturesIsListed()
+void SortFilterProxyModelTest::onlyOneOfTwoArchitecturesIsListedIfDuplicatesAreDisabled()
 {
     const auto architectures = [this] {
         QStringList found;
@@ -651,7 +651,7 @@ void SortFilterProxyModelTest::theRemovableFilterDoesNotListExcludedPackages()
     QCOMPARE(listed("^tool "), QStringList{"tool"});
 }
 
-void SortFilterProxyModelTest::ifFilteringIsDisabledEveryRowIsListed()
+void SortFilterProxyModelTest::everyRowIsListedIfFilteringIsDisabled()
 {
     proxy->setStateFilter(ViewUpdatable);
     proxy->setDupsFilter(false);
@@ -868,7 +868,7 @@ void SortFilterProxyModelTest::sortingByActionUsesActionsThatWereSetWhileAnother
     QCOMPARE(inOrder(ActionColumn).mid(0, 3), (QStringList{"many", "tool", "editor"}));
 }
 
-void SortFilterProxyModelTest::afterMarkingListedUpdatesTheTableIsSortedAtTheNextFilterChange()
+void SortFilterProxyModelTest::theNextFilterChangeSortsTheTableAfterListedUpdatesWereMarked()
 {
     proxy->setGroupsFilter(false);
     const QStringList before = inOrder(ActionColumn);
@@ -881,7 +881,7 @@ void SortFilterProxyModelTest::afterMarkingListedUpdatesTheTableIsSortedAtTheNex
     QCOMPARE(names(*proxy).mid(0, 3), (QStringList{"many", "tool", "editor"}));
 }
 
-void SortFilterProxyModelTest::atTheEndOfASortPauseTheTableIsSortedOnce()
+void SortFilterProxyModelTest::theTableIsSortedOnceAtTheEndOfASortPause()
 {
     proxy->setGroupsFilter(false);
     const QStringList before = inOrder(ActionColumn);
@@ -904,7 +904,7 @@ void SortFilterProxyModelTest::atTheEndOfASortPauseTheTableIsSortedOnce()
     QCOMPARE(names(*proxy).first(), QStringLiteral("kernel"));
 }
 
-void SortFilterProxyModelTest::ifTheTableIsNotSortedByActionASortPauseHasNoEffect()
+void SortFilterProxyModelTest::aSortPauseHasNoEffectIfTheTableIsNotSortedByAction()
 {
     inOrder(NameColumn);
     QSignalSpy layout(proxy.get(), SIGNAL(layoutChanged()));

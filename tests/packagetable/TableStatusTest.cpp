@@ -32,8 +32,8 @@ private Q_SLOTS:
     void theStatusLineAlsoCountsLockedPackagesThatAreNotListed();
     void theStatusLineCountsTheLockedRowsInTheSelection();
     void aNewCollectionResetsAllCounts();
-    void forAssistiveProgramsTheLineIsAStatusBarWithItsText();
-    void ifTheTableHasNoRecordsAllCountsAreZero();
+    void assistiveProgramsReadTheLineAsAStatusBarWithItsText();
+    void allCountsAreZeroIfTheTableHasNoRecords();
 
 private:
     // Waits until the line shows this text. Returns false if the line does not show it in time.
@@ -203,7 +203,7 @@ void TableStatusTest::aNewCollectionResetsAllCounts()
     QVERIFY(shows("Listed: 1   Selected: 0   No marks"));
 }
 
-void TableStatusTest::forAssistiveProgramsTheLineIsAStatusBarWithItsText()
+void TableStatusTest::assistiveProgramsReadTheLineAsAStatusBarWithItsText()
 {
     QAccessible::setActive(true);
     QVERIFY(shows(QString("Listed: %1   Selected: 0   No marks").arg(shown->proxy.rowCount())));
@@ -214,7 +214,7 @@ void TableStatusTest::forAssistiveProgramsTheLineIsAStatusBarWithItsText()
     QCOMPARE(bar->child(0)->text(QAccessible::Name), label()->wholeText());
 }
 
-void TableStatusTest::ifTheTableHasNoRecordsAllCountsAreZero()
+void TableStatusTest::allCountsAreZeroIfTheTableHasNoRecords()
 {
     shown.reset();
     table->yumIO.clearEntries();

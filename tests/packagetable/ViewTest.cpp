@@ -39,12 +39,12 @@ private Q_SLOTS:
     void cleanup();
     void cleanupTestCase();
     void theViewSelectsWholeRowsAndShowsNoGrid();
-    void inADarkPaletteTheTextColoursAreReadable();
+    void theTextColoursAreReadableInADarkPalette();
     void theSizeHintHasSpaceForAtLeastTenRows();
-    void ifTheTableHasElevenRowsTheSizeHintHasSpaceForAllOfThem();
+    void theSizeHintHasSpaceForElevenRowsIfTheTableHasThem();
     void theTableIsSortedByKindAtFirst();
     void aSecondClickOnAHeaderReversesTheSortOrder();
-    void ifTheTableIsSortedByKindAClickOnItsHeaderReversesTheOrder();
+    void aClickOnTheHeaderOfTheSortedColumnReversesTheOrder();
     void theUserCanMoveColumns();
     void clickingAnActionCellSelectsTheNextAction();
     void clickingTheActionCellOfAnExcludedPackageShowsTheReason();
@@ -53,7 +53,7 @@ private Q_SLOTS:
     void clicksInAMovedActionColumnStillSetActions();
     void theViewSignalsAChangeOfTheCurrentRow();
     void theViewSignalsNoChangeIfOnlyTheCurrentColumnChanges();
-    void ifTheCurrentRowIsFilteredOutASignalReportsMinusOne();
+    void aSignalReportsMinusOneIfTheCurrentRowIsFilteredOut();
     void selectedRowsReturnsIndexesOfTheSourceModel();
     void theSpaceKeySelectsTheNextActionOfTheCurrentRow();
     void theTabKeyMovesTheFocusOutOfTheTable();
@@ -67,7 +67,7 @@ private Q_SLOTS:
     void theWidthOfAFittedColumnTakesLigaturesIntoAccount_data();
     void theWidthOfAFittedColumnTakesLigaturesIntoAccount();
     void theWidthOfAFittedColumnIncludesControlCharacters();
-    void ifTheTableIsEmptyTheWidthHintOfEachColumnIsZero();
+    void theWidthHintOfEachColumnIsZeroIfTheTableIsEmpty();
     void aRightClickInTheActionColumnOpensTheActionMenu();
     void aRightClickInAnyOtherColumnOpensTheOtherContextMenu();
     void aRightClickBelowTheRowsOpensTheOtherContextMenu();
@@ -114,7 +114,7 @@ void ViewTest::cleanupTestCase()
     table.reset();
 }
 
-void ViewTest::inADarkPaletteTheTextColoursAreReadable()
+void ViewTest::theTextColoursAreReadableInADarkPalette()
 {
     const auto colour = [this] {
         const QModelIndex cell = shown->proxy.index(shown->listedRow("editor"), NameColumn);
@@ -154,7 +154,7 @@ void ViewTest::theSizeHintHasSpaceForAtLeastTenRows()
     QCOMPARE(fresh.sizeHint().height(), 2 * fresh.frameWidth() + header + 10 * fresh.rowHeight(0));
 }
 
-void ViewTest::ifTheTableHasElevenRowsTheSizeHintHasSpaceForAllOfThem()
+void ViewTest::theSizeHintHasSpaceForElevenRowsIfTheTableHasThem()
 {
     QCOMPARE(shown->proxy.rowCount(), 11);
     View fresh(&shown->model, &shown->proxy);
@@ -196,7 +196,7 @@ void ViewTest::aSecondClickOnAHeaderReversesTheSortOrder()
     }
 }
 
-void ViewTest::ifTheTableIsSortedByKindAClickOnItsHeaderReversesTheOrder()
+void ViewTest::aClickOnTheHeaderOfTheSortedColumnReversesTheOrder()
 {
     view->HTableView::sortByColumn(KindColumn, Qt::AscendingOrder);
     QHeaderView* header = view->horizontalHeader();
@@ -308,7 +308,7 @@ void ViewTest::theViewSignalsNoChangeIfOnlyTheCurrentColumnChanges()
     QCOMPARE(spy.count(), 0);
 }
 
-void ViewTest::ifTheCurrentRowIsFilteredOutASignalReportsMinusOne()
+void ViewTest::aSignalReportsMinusOneIfTheCurrentRowIsFilteredOut()
 {
     shown->click("office", NameColumn);
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
@@ -568,7 +568,7 @@ void ViewTest::theWidthOfAFittedColumnIncludesControlCharacters()
     compareWithEveryCellMeasured();
 }
 
-void ViewTest::ifTheTableIsEmptyTheWidthHintOfEachColumnIsZero()
+void ViewTest::theWidthHintOfEachColumnIsZeroIfTheTableIsEmpty()
 {
     table->collect({}, {}, {});
     shown->model.reset();
