@@ -178,7 +178,7 @@ private Q_SLOTS:
         QCOMPARE(filesOfOne(file("/é") + file("/z") + file("/a")), QString::fromUtf8("/a\n/z\n/é").toUtf8());
     }
 
-    void onlyCharactersOfTheElementsAreCollected()
+    void aTextContainsNoCharactersOfOtherElements()
     {
         // A text has no characters of another element, even if the elements are nested.
         QCOMPARE(

@@ -31,7 +31,7 @@ class PackedTextsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aNewObjectHasNoText()
+    void aNewPackedTextIsNull()
     {
         const PackedText none;
         QVERIFY(none.isNull());
@@ -43,7 +43,7 @@ private Q_SLOTS:
         TextPacker().finish(); // packs nothing
     }
 
-    void textsAreUnpacked_data()
+    void unpackingAPackedTextReturnsTheOriginalText_data()
     {
         QTest::addColumn<QByteArray>("text");
         QTest::newRow("empty") << QByteArray("");
@@ -53,7 +53,7 @@ private Q_SLOTS:
         QTest::newRow("impossible to compress") << noise(200000);
     }
 
-    void textsAreUnpacked()
+    void unpackingAPackedTextReturnsTheOriginalText()
     {
         QFETCH(QByteArray, text);
         const PackedText packed(text);
@@ -76,7 +76,7 @@ private Q_SLOTS:
         }
     }
 
-    void consecutiveTextsShareABlock()
+    void consecutivePackedTextsShareABlock()
     {
         std::vector<PackedText> texts(5000);
         TextPacker packer;
@@ -105,7 +105,7 @@ private Q_SLOTS:
         }
     }
 
-    void aTextExistsAsLongAsOneOfItsCopies()
+    void aPackedTextExistsAsLongAsOneOfItsCopiesExists()
     {
         PackedText copy;
         TextUnpacker unpacker;
@@ -127,7 +127,7 @@ private Q_SLOTS:
         }
     }
 
-    void aTargetHasItsLastText()
+    void aTargetThatIsAddedTwiceHasTheSecondText()
     {
         PackedText target;
         TextPacker packer;
