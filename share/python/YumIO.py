@@ -271,6 +271,10 @@ class YumIO:
         logging.getLogger('dnf').debug('Packages and groups are collected.')
         reportLeftovers(self.base)
         try:
+            self.base.streams.load(self.base)
+        except (hawkey.Exception, libdnf.error.Error, RuntimeError) as e:
+            logging.getLogger('dnf').debug('It is not known which module streams exist: %s', e)
+        try:
             self.replacements = []
             self.replacements = findReplacements(self.base)
         except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError) as e:

@@ -108,6 +108,16 @@ class StreamsTest(ModuleScenario):
         self.assertEqual([package.modulestreams for package in installed], ["grove:1"])
 
     @in_own_process
+    def test_the_description_of_a_package_does_not_make_the_index_of_streams(self):
+        self.started()
+
+        def refuse(base):
+            raise AssertionError("The graphical thread must not make the index.")
+
+        self.module("streams").StreamIndex._load = staticmethod(refuse)
+        self.assertEqual(self.streams_of("grove-cli"), {"grove:1"})
+
+    @in_own_process
     def test_stream_names_are_updated_by_each_collection(self):
         self.started()
         self.assertEqual(self.streams_of("grove-cli"), {"grove:1"})

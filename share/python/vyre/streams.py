@@ -15,8 +15,11 @@ def fullName(package):
 
 
 class StreamIndex:
-    """The streams by the full names of their packages. dnf can only list the packages of a stream. The index is made
-    when it is first needed. If the system has no module streams, no index is made.
+    """The streams by the full names of their packages. dnf can only list the packages of a stream.
+
+    The worker makes the index at the end of each collection, because the graphical thread must not wait for it. For 400
+    streams with 24,000 packages, this takes about a tenth of a second. If the system has no module streams, this takes
+    some microseconds.
     """
 
     def __init__(self):
@@ -25,9 +28,12 @@ class StreamIndex:
     def clear(self):
         self._streams = None
 
-    def of(self, package):
+    def load(self, base):
         if self._streams is None:
-            self._streams = self._load(package.base)
+            self._streams = self._load(base)
+
+    def of(self, package):
+        self.load(package.base)
         return self._streams.get(fullName(package), ()) if self._streams else ()
 
     @staticmethod
