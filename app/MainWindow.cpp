@@ -333,6 +333,7 @@ bool MainWindow::collect()
     }
     const ErrorWatch errors(yumIO->logEntries());
     collectFailed = !yumIO->collect(sessionEnabled);
+    showSkippedRepos();
     showErrors(errors);
     for (const QString& id : yumIO->unwantedRepos()) {
         sessionEnabled.insert(id, false);
@@ -346,10 +347,31 @@ bool MainWindow::collect()
     return stopped;
 }
 
+void MainWindow::showSkippedRepos()
+{
+    const QStringList skipped = yumIO->skippedRepos();
+    if (skipped == reportedSkipped) {
+        return; // for example after a transaction, whose outcome needs the space
+    }
+    reportedSkipped = skipped;
+    if (skipped.count() == 1) {
+        // The notice needs space for the whole text, so the window would become as wide as a long identifier.
+        constexpr int longest = 40;
+        QString id = skipped.first();
+        if (id.length() > longest) {
+            id = id.left(longest - 1) + QChar(0x2026);
+        }
+        notice->showTextAboutLog(tr("The repository %1 is left out: see the log (Ctrl+L)").arg(id));
+    } else if (!skipped.isEmpty()) {
+        notice->showTextAboutLog(
+            tr("%1 repositories are left out: see the log (Ctrl+L)").arg(skipped.count()));
+    }
+}
+
 void MainWindow::showErrors(const ErrorWatch& errors)
 {
     if (errors.hasErrors()) {
-        showNotice(tr("There are errors in the log (Ctrl+L)"));
+        notice->showTextAboutLog(tr("There are errors in the log (Ctrl+L)"));
     }
 }
 
@@ -385,6 +407,7 @@ void MainWindow::resize()
 void MainWindow::refresh()
 {
     beginOperation();
+    reportedSkipped.clear();
     yumIO->reset();
     recollect(NoMarks);
     setReady(true);
@@ -465,7 +488,7 @@ bool MainWindow::carryOut(const std::function<bool()>& operation, Kept kept)
     if (hasErrors && !outcome.hasFailures()) {
         // This notice replaces the notice of the collection: an unreachable repository must not hide a failed
         // package script.
-        showNotice(tr("The transaction has reported errors: see the log (Ctrl+L)"));
+        notice->showTextAboutLog(tr("The transaction has reported errors: see the log (Ctrl+L)"));
     }
     marksChanged();
     if (stopped) {
@@ -570,6 +593,7 @@ void MainWindow::displayLog()
         logWindow = new Log::Window(yumIO->logEntries(), this);
         new WindowSizeKeeper(QStringLiteral("LogWindow"), logWindow);
     }
+    notice->logOpened();
     logWindow->show();
     logWindow->raise();
     logWindow->activateWindow();

@@ -136,6 +136,9 @@ private:
     bool carryOut(const std::function<bool()>& operation, Kept kept) override;
     void marksChanged() override;
     void showErrors(const ErrorWatch& errors) override;
+    // If the last collection left out other repositories without a question than the last notice says, shows
+    // a notice.
+    void showSkippedRepos();
 
     void createMenuBar();
     void createMainArea();
@@ -222,6 +225,7 @@ private:
     RepoEditor::Dialog* repoEditor; // null before the first use
     QMessageBox* aboutBox;          // null before the first use
     Notice* notice;
+    QStringList reportedSkipped; // the repositories in the last notice of showSkippedRepos()
 };
 
 #endif

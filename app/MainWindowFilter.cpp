@@ -196,6 +196,10 @@ void MainWindow::updateEmptyText()
         view->setEmptyText(tr("This is not a valid regular expression:\n%1").arg(proxy->expressionFault()));
     } else if (stateBox->currentIndex() == PackageTable::ViewUpdatable && proxy->filterRegExp().isEmpty()) {
         view->setEmptyText(tr("No package has an update."));
+    } else if (proxy->rowCount() == 0 && proxy->matchesIgnoringCase()) {
+        view->setEmptyText(
+            tr("No package matches.\nThe expression is case-sensitive. Without regard to upper and "
+               "lower case, packages match."));
     } else if (modeBox->currentIndex() == searchMode &&
                proxy->filterRegExp().pattern().endsWith(QLatin1Char('$'))) {
         // The list of files is one field, so "$" matches only the end of the whole list, not the end of each

@@ -2,6 +2,8 @@
 
 #include "app/Notice.h"
 
+#include <algorithm>
+
 #include "widgets/Colors.h"
 
 Notice::Notice(QWidget* parent, int duration) : PlainLabel(parent)
@@ -18,11 +20,33 @@ Notice::Notice(QWidget* parent, int duration) : PlainLabel(parent)
 
 void Notice::showText(const QString& text)
 {
+    showMessage({text, false});
+}
+
+void Notice::showTextAboutLog(const QString& text)
+{
+    showMessage({text, true});
+}
+
+void Notice::showMessage(const Message& message)
+{
     if (!isHidden()) {
-        waiting.append(this->text());
+        waiting.append(current);
     }
-    waiting.removeAll(text);
-    present(text);
+    waiting.erase(std::remove_if(waiting.begin(), waiting.end(),
+                                 [&message](const Message& each) { return each.text == message.text; }),
+                  waiting.end());
+    present(message);
+}
+
+void Notice::logOpened()
+{
+    waiting.erase(
+        std::remove_if(waiting.begin(), waiting.end(), [](const Message& each) { return each.isAboutLog; }),
+        waiting.end());
+    if (!isHidden() && current.isAboutLog) {
+        showNext();
+    }
 }
 
 void Notice::beginOperation()
@@ -32,6 +56,7 @@ void Notice::beginOperation()
 
 void Notice::showNext()
 {
+    end.stop();
     if (waiting.isEmpty()) {
         hide();
     } else {
@@ -39,9 +64,14 @@ void Notice::showNext()
     }
 }
 
-void Notice::present(const QString& text)
+void Notice::present(const Message& message)
 {
-    setText(text);
+    current = message;
+    setText(message.text);
     show();
-    end.start();
+    if (message.isAboutLog) {
+        end.stop();
+    } else {
+        end.start();
+    }
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A message next to the menus that disappears after a while. A message box would interrupt the user.
+// A message next to the menus. A message box would interrupt the user. Most messages disappear after a while.
+// A message about the log stays until the user opens the log or starts an operation.
 //
 // The row of the menus has space for only one text. A new text is visible immediately. The text that it
 // replaces is visible again afterwards, because the user may not have read it yet.
@@ -10,7 +11,8 @@
 #ifndef APP_NOTICE_H
 #define APP_NOTICE_H
 
-#include <QStringList>
+#include <QList>
+#include <QString>
 #include <QTimer>
 
 #include "widgets/PlainLabel.h"
@@ -24,6 +26,10 @@ public:
     explicit Notice(QWidget* parent, int duration = 15000);
 
     void showText(const QString& text);
+    // Shows a text that refers to the log.
+    void showTextAboutLog(const QString& text);
+    // The user has opened the log. All texts that refer to the log end.
+    void logOpened();
     // The user has started an operation. The visible text ends, because it describes the state before the
     // operation. The texts that it has replaced follow.
     void beginOperation();
@@ -32,10 +38,18 @@ private Q_SLOTS:
     void showNext();
 
 private:
-    void present(const QString& text);
+    struct Message
+    {
+        QString text;
+        bool isAboutLog = false;
+    };
+
+    void showMessage(const Message& message);
+    void present(const Message& message);
 
     QTimer end;
-    QStringList waiting; // the replaced texts; the last one is visible next
+    Message current;
+    QList<Message> waiting; // the replaced texts; the last one is visible next
 };
 
 #endif

@@ -12,6 +12,9 @@
 #include <numeric>
 #include <utility>
 
+#include <regex.h>
+#include <string.h>
+
 #include "packagetable/Columns.h"
 #include "widgets/HAbstractTableModel.h"
 #include "yumio/YumIO.h"
@@ -124,6 +127,47 @@ private:
     std::vector<Text> texts;
     std::unique_ptr<std::atomic<bool>[]> found; // whether a text of each record matches
     std::atomic<bool> stopped{false};
+};
+
+// An expression that is not case-sensitive. It cannot be used if it refers to its groups, because comparing
+// such an expression with one text may take hours.
+class CaselessPattern
+{
+public:
+    explicit CaselessPattern(const QString& expression)
+    {
+        static const QRegularExpression reference(QStringLiteral("\\\\[1-9]"));
+        const QByteArray encoded = expression.toUtf8();
+        const QByteArray required = Expression::requiredText(encoded, fixed);
+        if (fixed) {
+            text = required;
+        } else if (!expression.contains(reference)) {
+            compiled = regcomp(&regex, encoded.constData(), REG_EXTENDED | REG_NOSUB | REG_ICASE) == 0;
+        }
+    }
+    ~CaselessPattern()
+    {
+        if (compiled) {
+            regfree(&regex);
+        }
+    }
+    CaselessPattern(const CaselessPattern&) = delete;
+    CaselessPattern& operator=(const CaselessPattern&) = delete;
+
+    bool isUsable() const { return fixed || compiled; }
+    // Returns whether the expression is only a text without blanks.
+    bool isWord() const { return fixed && !text.contains(' '); }
+    bool matches(const char* searched) const
+    {
+        return fixed ? strcasestr(searched, text.constData()) != nullptr
+                     : regexec(&regex, searched, 0, nullptr, 0) == 0;
+    }
+
+private:
+    bool fixed = false; // the expression is only a text
+    QByteArray text;
+    bool compiled = false;
+    regex_t regex = {};
 };
 
 // Converts the first four characters of a string to a number. Comparing two such numbers gives the same order
@@ -756,6 +800,33 @@ bool SortFilterProxyModel::prepare(const Settings& given)
         keep(wanted, again, rows, found);
     }
     return true;
+}
+
+bool SortFilterProxyModel::matchesIgnoringCase() const
+{
+    if (yumIO.isNull() || expression.isEmpty() || !pattern.isValid()) {
+        return false;
+    }
+    const CaselessPattern caseless(expression.pattern());
+    // A search also compares the visible texts, but each field alone. The other texts are packed, and
+    // unpacking them takes too long.
+    if (!caseless.isUsable() || (mode == Search && !caseless.isWord())) {
+        return false;
+    }
+    if (visibleFrom.empty()) {
+        makeTexts();
+    }
+    QElapsedTimer running;
+    running.start();
+    const int rows = yumIO->count();
+    for (int row = 0; row < rows && (row % 64 != 0 || running.elapsed() < quickTime); ++row) {
+        const Package::Entry& entry = *(*yumIO)[row];
+        if (passes(entry, stateFilter, dups, groups) &&
+            caseless.matches(visible.constData() + visibleFrom[static_cast<size_t>(row)])) {
+            return true;
+        }
+    }
+    return false;
 }
 
 bool SortFilterProxyModel::acceptRow(Package::Entry* entry, int row, const QModelIndex&) const

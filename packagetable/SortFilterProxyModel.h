@@ -78,6 +78,9 @@ public:
     // Does the same as prepare() in Filter mode, on the graphical thread, if it takes only some milliseconds.
     // Otherwise returns false.
     bool prepareQuickly(const Settings& wanted);
+    // Returns whether the expression would list at least one record if it were not case-sensitive. Compares
+    // only the visible texts. Gives up, and returns false, after some milliseconds.
+    bool matchesIgnoringCase() const;
     // Marks every listed record for Update that is updatable.
     void setUpdateListed();
     // Filters and sorts again.

@@ -1078,6 +1078,20 @@ Für das Ende einer Zeile schreiben Sie „([[:space:]]|$)“.</translation>
         <source>Stopped. The table shows the same rows as before.</source>
         <translation>Angehalten. Die Tabelle zeigt dieselben Zeilen wie vorher.</translation>
     </message>
+    <message>
+        <source>The repository %1 is left out: see the log (Ctrl+L)</source>
+        <translation>Die Paketquelle %1 ist ausgelassen: siehe Protokoll (Strg+L)</translation>
+    </message>
+    <message>
+        <source>%1 repositories are left out: see the log (Ctrl+L)</source>
+        <translation>%1 Paketquellen sind ausgelassen: siehe Protokoll (Strg+L)</translation>
+    </message>
+    <message>
+        <source>No package matches.
+The expression is case-sensitive. Without regard to upper and lower case, packages match.</source>
+        <translation>Kein Paket entspricht der Auswahl.
+Der Ausdruck unterscheidet Groß- und Kleinschreibung. Ohne diese Unterscheidung passen Pakete.</translation>
+    </message>
 </context>
 <context>
     <name>Manuals</name>

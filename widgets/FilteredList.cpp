@@ -28,8 +28,10 @@
 
 namespace {
 
-// The maximum width of all columns except the last, in letters. The last column gets the remaining width.
+// A column whose texts are wider than this number of letters is narrowed if the list has too little width.
 constexpr int widestColumn = 30;
+// The smallest width of such a column, in letters.
+constexpr int narrowestColumn = 12;
 // The width of a column is measured with only this number of its longest texts.
 constexpr size_t measuredTexts = 8;
 // The value of `reported` if the row is unknown. No row has this number.
@@ -77,7 +79,7 @@ public:
 FilteredList::FilteredList(HAbstractTableModel* records, const QString& name, QWidget* parent)
     : QWidget(parent), model(records), rows(new FilteredRows(this)), edit(new ExpressionEdit(this)),
       countLabel(new PlainLabel(this)), splitter(new QSplitter(Qt::Vertical, this)),
-      table(new Table(splitter)), reported(-1), listing(false)
+      table(new Table(splitter)), reported(-1), listing(false), sharing(false)
 {
     auto* editLabel = new PlainLabel(tr("&Filter"), this);
     editLabel->setBuddy(edit);
@@ -112,6 +114,8 @@ FilteredList::FilteredList(HAbstractTableModel* records, const QString& name, QW
     header->setSortIndicatorShown(true);
     header->setSortIndicator(-1, Qt::AscendingOrder);
     connect(header, SIGNAL(sectionClicked(int)), this, SLOT(handleHeader(int)));
+    connect(header, SIGNAL(sectionResized(int, int, int)), this, SLOT(columnResized(int)));
+    table->viewport()->installEventFilter(this);
     connect(table, SIGNAL(activated(const QModelIndex&)), this, SLOT(handleActivated(const QModelIndex&)));
     connect(table->selectionModel(), SIGNAL(selectionChanged(const QItemSelection&, const QItemSelection&)),
             this, SLOT(handleSelection()));
@@ -149,29 +153,72 @@ void FilteredList::setDetails(QWidget* details)
 
 void FilteredList::fitColumns()
 {
+    textWidths.clear();
+    for (int column = 0; column < model->columnCount(); ++column) {
+        textWidths.push_back(qMax(table->horizontalHeader()->sectionSizeHint(column), widthOfTexts(column)));
+    }
+    shareWidth();
+}
+
+int FilteredList::widthOfTexts(int column) const
+{
     const QFontMetrics metrics = table->fontMetrics();
-    const QHeaderView* header = table->horizontalHeader();
-    const int widest = widestColumn * Metrics::columnWidth(metrics);
     const int count = model->rowCount();
-    const int last = model->columnCount() - 1;
-    // setStretchLastSection() widens the last column to the remaining width. This width is its minimum.
-    table->setColumnWidth(last, header->sectionSizeHint(last));
-    for (int column = 0; column < last; ++column) {
-        std::vector<QString> texts;
-        texts.reserve(static_cast<size_t>(count));
-        for (int row = 0; row < count; ++row) {
-            texts.push_back(model->index(row, column).data().toString());
+    std::vector<QString> texts;
+    texts.reserve(static_cast<size_t>(count));
+    for (int row = 0; row < count; ++row) {
+        texts.push_back(model->index(row, column).data().toString());
+    }
+    const size_t measured = std::min(measuredTexts, texts.size());
+    std::partial_sort(texts.begin(), texts.begin() + static_cast<std::ptrdiff_t>(measured), texts.end(),
+                      [](const QString& l, const QString& r) { return l.length() > r.length(); });
+    int width = 0;
+    for (size_t i = 0; i < measured; ++i) {
+        width = qMax(width, metrics.boundingRect(texts[i]).width());
+    }
+    // Add the margins that the delegate leaves on both sides of a text.
+    return width + 2 * Metrics::columnWidth(metrics);
+}
+
+void FilteredList::shareWidth()
+{
+    const QHeaderView* header = table->horizontalHeader();
+    const int letter = Metrics::columnWidth(table->fontMetrics());
+    std::vector<int> widths = textWidths;
+    std::vector<size_t> narrowed;
+    int free = table->viewport()->width();
+    for (size_t column = 0; column < widths.size(); ++column) {
+        if (widths[column] > widestColumn * letter) {
+            widths[column] =
+                qMax(header->sectionSizeHint(static_cast<int>(column)), narrowestColumn * letter);
+            narrowed.push_back(column);
         }
-        const size_t measured = std::min(measuredTexts, texts.size());
-        std::partial_sort(texts.begin(), texts.begin() + static_cast<std::ptrdiff_t>(measured), texts.end(),
-                          [](const QString& l, const QString& r) { return l.length() > r.length(); });
-        int width = 0;
-        for (size_t i = 0; i < measured; ++i) {
-            width = qMax(width, metrics.boundingRect(texts[i]).width());
-        }
-        // Add the margins that the delegate leaves on both sides of a text.
-        width += 2 * Metrics::columnWidth(metrics);
-        table->setColumnWidth(column, qMax(header->sectionSizeHint(column), qMin(width, widest)));
+        free -= widths[column];
+    }
+    // Begin with the column that lacks least, because its share may be more than it needs.
+    std::sort(narrowed.begin(), narrowed.end(), [this, &widths](size_t l, size_t r) {
+        return textWidths[l] - widths[l] < textWidths[r] - widths[r];
+    });
+    for (size_t i = 0; i < narrowed.size() && free > 0; ++i) {
+        const size_t column = narrowed[i];
+        const int share =
+            qMin(free / static_cast<int>(narrowed.size() - i), textWidths[column] - widths[column]);
+        widths[column] += share;
+        free -= share;
+    }
+    sharing = true;
+    for (size_t column = 0; column < widths.size(); ++column) {
+        // setStretchLastSection() widens the last column to the remaining width. This width is its minimum.
+        table->setColumnWidth(static_cast<int>(column), widths[column]);
+    }
+    sharing = false;
+}
+
+void FilteredList::columnResized(int column)
+{
+    // The last column also changes its width when the list does.
+    if (!sharing && column != model->columnCount() - 1) {
+        textWidths.clear(); // from now on, the user decides
     }
 }
 
@@ -312,6 +359,9 @@ void FilteredList::showEvent(QShowEvent* event)
 
 bool FilteredList::eventFilter(QObject* watched, QEvent* event)
 {
+    if (watched == table->viewport() && event->type() == QEvent::Resize && !textWidths.empty()) {
+        shareWidth();
+    }
     // The Down key in the edit moves the focus to the list.
     if (watched == edit && event->type() == QEvent::KeyPress &&
         static_cast<QKeyEvent*>(event)->key() == Qt::Key_Down) {

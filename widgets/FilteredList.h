@@ -19,6 +19,8 @@
 #include <QString>
 #include <QWidget>
 
+#include <vector>
+
 class ExpressionEdit;
 class FilteredRows;
 class HAbstractTableModel;
@@ -41,7 +43,9 @@ public:
     // list and this widget.
     void setDetails(QWidget* details);
 
-    // Makes each column as wide as its longest texts, up to a limit.
+    // Makes each column as wide as its longest texts. If the list is too narrow for this, columns with long
+    // texts share the width that the other columns leave. The widths follow the width of the list until the
+    // user changes a width.
     void fitColumns();
     void sortBy(int column, Qt::SortOrder order);
 
@@ -77,9 +81,13 @@ private Q_SLOTS:
     void handleSelection();
     void handleHeader(int column);
     void handleActivated(const QModelIndex& index);
+    void columnResized(int column);
 
 private:
     void updateTexts();
+    // Returns the width of the column's longest texts.
+    int widthOfTexts(int column) const;
+    void shareWidth();
     void selectCurrent(int row);
     void reportCurrent();
 
@@ -93,6 +101,9 @@ private:
     QPersistentModelIndex kept; // the row that was current before the list changed
     int reported;               // the row that the last currentChanged() reported
     bool listing;               // true while the list changes; selection signals are then ignored
+    std::vector<int>
+        textWidths; // the widths of the columns' longest texts; empty if shareWidth() does nothing
+    bool sharing;   // true while shareWidth() changes the widths
 };
 
 #endif

@@ -293,9 +293,9 @@ void YumIO::offerTranslations()
 // end of a transaction's listing, and addBeforeListing to its start. changeActivity shows the current
 // activity on the bar of the current step. faultOfMetadata returns the error in a metadata document.
 // goOnWithout asks whether to go on without a failing repository. hideSecrets hides the passwords in a text.
-// showReading shows the current activity for a repository. stopWanted returns whether the user has asked the
-// operation to stop. waitForLock shows the reason for a wait and returns whether the script must continue to
-// wait.
+// logWarning adds a warning to the log. showReading shows the current activity for a repository. stopWanted
+// returns whether the user has asked the operation to stop. waitForLock shows the reason for a wait and
+// returns whether the script must continue to wait.
 void YumIO::offerFunctions()
 {
     static PyMethodDef definitions[] = {
@@ -305,6 +305,7 @@ void YumIO::offerFunctions()
         {"faultOfMetadata", faultOfMetadata, METH_VARARGS, nullptr},
         {"goOnWithout", goOnWithout, METH_VARARGS, nullptr},
         {"hideSecrets", hideSecrets, METH_O, nullptr},
+        {"logWarning", logWarning, METH_VARARGS, nullptr},
         {"showReading", showReading, METH_VARARGS, nullptr},
         {"stopWanted", stopWanted, METH_O, nullptr},
         {"waitForLock", waitForLock, METH_O, nullptr},
@@ -317,6 +318,19 @@ void YumIO::offerFunctions()
         }
     }
     PyErr_Clear();
+}
+
+// The arguments are the level and the text.
+PyObject* YumIO::logWarning(PyObject* capsule, PyObject* args)
+{
+    auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));
+    unsigned int level = 0;
+    const char* text = nullptr;
+    if (yumIO == nullptr || PyArg_ParseTuple(args, "Is", &level, &text) == 0) {
+        return nullptr;
+    }
+    yumIO->log(Log::Warning, level, QString::fromUtf8(text));
+    Py_RETURN_NONE;
 }
 
 PyObject* YumIO::faultOfMetadata(PyObject*, PyObject* args)

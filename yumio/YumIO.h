@@ -87,6 +87,9 @@ public:
     // Returns the identifiers of the failing repositories that the user switched off for this session during
     // the last collection.
     const QStringList& unwantedRepos() const { return unwanted; }
+    // Returns the identifiers of the failing repositories that the package manager left out without a
+    // question during the last collection.
+    const QStringList& skippedRepos() const { return skipped; }
     // Makes the script forget its packages and read the configuration again.
     void reset();
     void clearEntries();
@@ -381,6 +384,7 @@ private:
     static PyObject* waitForLock(PyObject* capsule, PyObject* text);
     static PyObject* stopWanted(PyObject* capsule, PyObject* last);
     static PyObject* showReading(PyObject* capsule, PyObject* args);
+    static PyObject* logWarning(PyObject* capsule, PyObject* args);
     static PyObject* goOnWithout(PyObject* capsule, PyObject* args);
     static PyObject* addBeforeListing(PyObject* capsule, PyObject* text);
     void releaseLock();
@@ -432,6 +436,7 @@ private:
     bool lockPackages();
     bool readConfiguration(const QHash<QString, bool>& repoEnable);
     bool readRepos(Source source);
+    void readSkippedRepos();
     bool collectUpdates();
     bool collectInstalledAndAvailable();
     bool collectAllGroups();
@@ -629,6 +634,7 @@ private:
     PyRef repos;
     QStringList enabledRepos;
     QStringList unwanted;        // the result of unwantedRepos()
+    QStringList skipped;         // the result of skippedRepos()
     bool allUnwanted = false;    // the user has given one answer for all failing repositories
     bool everUnwanted = false;   // the user has switched off a failing repository in this session
     bool readingIsShown = false; // showReading() has named the repository that the script reads

@@ -36,6 +36,7 @@ bool YumIO::collect(const QHash<QString, bool>& repoEnable, Source source)
 {
     FlagScope flag(rebuilding);
     unwanted.clear();
+    skipped.clear();
     QEventLoop loop;
     CollectThread thread(this, loop, repoEnable, source);
     execWorkThread(loop, thread, source == Source::Repositories);
@@ -168,6 +169,7 @@ bool YumIO::readRepos(Source source)
         return stopCollection();
     }
     showRemarks();
+    readSkippedRepos();
     if (pyExceptMatches(result.get(), classes[RepoError]) ||
         pyExceptMatches(result.get(), classes[BdbQuit])) {
         pythonExceptionV(tr("Unable to initialize"));
@@ -177,6 +179,19 @@ bool YumIO::readRepos(Source source)
         return false;
     }
     return true;
+}
+
+void YumIO::readSkippedRepos()
+{
+    PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
+    PyErr_Fetch(&type, &value, &traceback);
+    const PyRef found(attribute(yumIO.get(), "skippedRepos"));
+    if (found && PyList_Check(found.get())) {
+        for (Py_ssize_t i = 0; i < PyList_GET_SIZE(found.get()); ++i) {
+            skipped.append(pyString(PyList_GET_ITEM(found.get(), i)));
+        }
+    }
+    PyErr_Restore(type, value, traceback);
 }
 
 PyObject* YumIO::collected(const char* method, const QString& what, bool capture)

@@ -164,6 +164,12 @@ class YumIO:
         setUpLogFiles(self.base)
         self.base.readReposLater()
 
+    @property
+    def skippedRepos(self):
+        """The identifiers of the repositories that dnf has left out, because they failed and have skip_if_unavailable.
+        """
+        return self.base.skipped
+
     # Configuration
 
     def reset(self):

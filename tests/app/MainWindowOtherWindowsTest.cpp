@@ -34,6 +34,8 @@ private Q_SLOTS:
     void theDescribeCommandDescribesTheCurrentPackage();
     void theDescribeCommandIsDisabledIfNoRowIsCurrent();
     void errorsThatAreOnlyInTheLogCauseANotice();
+    void noticeAboutTheLogEndsWhenTheLogIsOpened();
+    void repositoriesThatAreLeftOutCauseANotice();
     void errorsDuringATransactionCauseASeparateNotice();
     void theOutcomeOfATransactionIsShownUntilTheNextOperation();
     void theButtonOfTheOutcomeLineOpensTheLogAtTheTransaction();
@@ -160,6 +162,43 @@ void MainWindowOtherWindowsTest::errorsThatAreOnlyInTheLogCauseANotice()
     shown->press("Re&fresh");
     QTRY_VERIFY(shown->isReady());
     QCOMPARE(notices(), 1);
+}
+
+void MainWindowOtherWindowsTest::noticeAboutTheLogEndsWhenTheLogIsOpened()
+{
+    shown->start();
+    standIn->setComplaining(true);
+    shown->press("Re&fresh");
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(noticeText(), QString("There are errors in the log (Ctrl+L)"));
+    shown->key(Qt::Key_L, Qt::ControlModifier);
+    QTRY_COMPARE(noticeText(), QString());
+}
+
+void MainWindowOtherWindowsTest::repositoriesThatAreLeftOutCauseANotice()
+{
+    standIn->setSkipped({"extras"});
+    shown->start();
+    QCOMPARE(noticeText(), QString("The repository extras is left out: see the log (Ctrl+L)"));
+    // A transaction does not repeat the notice, because its outcome needs the space.
+    applyWithOutcome({{"updated", 1}});
+    QCOMPARE(noticeText(), QString());
+    shown->press("Re&fresh");
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(noticeText(), QString("The repository extras is left out: see the log (Ctrl+L)"));
+    standIn->setSkipped({"extras", "base"});
+    shown->press("Re&fresh");
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(noticeText(), QString("2 repositories are left out: see the log (Ctrl+L)"));
+    standIn->setSkipped({QString(60, 'x')});
+    shown->press("Re&fresh");
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(noticeText(),
+             QString("The repository %1\u2026 is left out: see the log (Ctrl+L)").arg(QString(39, 'x')));
+    standIn->setSkipped({});
+    shown->press("Re&fresh");
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(noticeText(), QString());
 }
 
 void MainWindowOtherWindowsTest::errorsDuringATransactionCauseASeparateNotice()

@@ -289,6 +289,12 @@ void MainWindowStartTest::ifNoRowIsListedTheTableShowsTheReason()
     shown->filter("shell");
     QCOMPARE(told(), QString("No package matches."));
     shown->choose(shown->stateBox, ViewRemovable);
+    shown->filter("Shell");
+    QCOMPARE(
+        told(),
+        QString("No package matches.\nThe expression is case-sensitive. Without regard to upper and lower "
+                "case, packages match."));
+    shown->filter("shell");
     QCOMPARE(shown->listed(), QStringList{"shell"});
     QCOMPARE(told(), QString());
     shown->filter("nothing");

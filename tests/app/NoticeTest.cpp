@@ -34,6 +34,43 @@ private Q_SLOTS:
         QCOMPARE(text(), QString());
     }
 
+    void aTextAboutTheLogStaysUntilTheLogIsOpened()
+    {
+        Notice brief(&window, 1);
+        brief.showTextAboutLog("errors");
+        QTest::qWait(50);
+        QVERIFY(brief.isVisible());
+        // Another text replaces it only for a while.
+        brief.showText("stopped");
+        QCOMPARE(brief.text(), QString("stopped"));
+        QTRY_COMPARE(brief.text(), QString("errors"));
+        QTest::qWait(50);
+        QVERIFY(brief.isVisible());
+        brief.logOpened();
+        QVERIFY(!brief.isVisible());
+    }
+
+    void openingTheLogEndsOnlyTextsAboutTheLog()
+    {
+        notice->showTextAboutLog("errors");
+        notice->showText("other");
+        notice->logOpened();
+        QCOMPARE(text(), QString("other"));
+        QCOMPARE(textAfterwards(), QString());
+        notice->showText("other");
+        notice->showTextAboutLog("errors");
+        notice->showTextAboutLog("failures");
+        notice->logOpened();
+        QCOMPARE(text(), QString("other"));
+    }
+
+    void aTextAboutTheLogEndsWhenAnOperationBegins()
+    {
+        notice->showTextAboutLog("errors");
+        notice->beginOperation();
+        QCOMPARE(text(), QString());
+    }
+
     void aNoticeDisappearsAfterItsTime()
     {
         Notice brief(&window, 1);

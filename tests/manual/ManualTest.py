@@ -36,7 +36,7 @@ COMPLETING = {('commExceptRaised', 1), ('collected', 1), ('collectExtra', 4), ('
 REPORTING = {'error', 'warning', 'internalError', 'pythonException', 'pythonExceptionV', 'payloadError',
              'badArguments', 'badPhase', 'critical', 'showCritical', 'QMessageBox', 'HMessageBox', 'append',
              'addObject', 'showBox', 'leaveAlone', 'setEmptyText', 'setRefusal', 'log', 'showNotice',
-             'warnAndNotice', 'report',
+             'showTextAboutLog', 'warnAndNotice', 'report',
              'startTotal', 'startItem', 'startItemAct', 'startItemActThread', 'setupItemActsThreads',
              'collectExtra'}
 # Functions that use their arguments as texts in menus and windows.

@@ -56,6 +56,8 @@ private Q_SLOTS:
     void theSearchMatchesEachListOfAGroup();
     void theSearchDoesNotMatchAcrossFields();
     void theExpressionInFilterModeMatchesOnlyVisibleTexts();
+    void theProxyKnowsWhetherOnlyTheCaseDiffers();
+    void theSearchKnowsWhetherOnlyTheCaseDiffers();
     void aMatchingRecordIsListedOnlyIfTheOtherFiltersAlsoAcceptIt();
     void theSearchReadsNoFieldsOfARecordAfterTheFirstMatch();
     void preparedAndUnpreparedComparisonsListTheSameRecords_data();
@@ -397,6 +399,39 @@ void SortFilterProxyModelTest::theSearchDoesNotMatchAcrossFields()
     proxy->setMode(Search);
     QCOMPARE(sortedNames(*proxy), QStringList());
     QCOMPARE(listed("^noarch$"), QStringList{"editor"});
+}
+
+void SortFilterProxyModelTest::theProxyKnowsWhetherOnlyTheCaseDiffers()
+{
+    for (const char* expression : {"SHELL", "^Shell .*NOARCH|^Shell ", "S[A-Z]ELL"}) {
+        QCOMPARE(listed(expression), QStringList());
+        QVERIFY2(proxy->matchesIgnoringCase(), expression);
+    }
+    for (const char* expression : {"SHELLS", "^Shells ", "(S)HELL\\1", "(", ""}) {
+        proxy->setFilterRegExp(expression);
+        QVERIFY2(!proxy->matchesIgnoringCase(), expression);
+    }
+    // The other filters also apply.
+    proxy->setStateFilter(ViewUpdatable);
+    QCOMPARE(listed("SHELL"), QStringList());
+    QVERIFY(!proxy->matchesIgnoringCase());
+    QCOMPARE(listed("TOOL"), QStringList());
+    QVERIFY(proxy->matchesIgnoringCase());
+}
+
+void SortFilterProxyModelTest::theSearchKnowsWhetherOnlyTheCaseDiffers()
+{
+    proxy->setMode(Search);
+    readTexts();
+    for (const char* expression : {"SHELL", "Shell"}) {
+        QCOMPARE(listed(expression), QStringList());
+        QVERIFY2(proxy->matchesIgnoringCase(), expression);
+    }
+    // A search compares each field alone, and no regular expression is compared again.
+    for (const char* expression : {"SHELLS", "NOARCH 4", "^SHELL"}) {
+        QCOMPARE(listed(expression), QStringList());
+        QVERIFY2(!proxy->matchesIgnoringCase(), expression);
+    }
 }
 
 void SortFilterProxyModelTest::theExpressionInFilterModeMatchesOnlyVisibleTexts()

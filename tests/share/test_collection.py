@@ -4,6 +4,7 @@
 import contextlib
 import datetime
 import gc
+import logging
 import os
 import re
 import shutil
@@ -120,6 +121,26 @@ class SetupTest(ScenarioTest):
         self.yumio.setupRepos()
         self.assertIn("sandbox-unreachable", "\n".join(self.recording.errors()))
         self.assertTrue(self.yumio.base.sack.query().filter(name="wax-tablet"))
+
+    @in_own_process
+    def test_dnf_s_warnings_about_a_skipped_repository_are_warnings_in_the_log(self):
+        warnings = []
+        self.load(logWarning=lambda level, text: warnings.append((level, text)))
+        self.yumio.setupRepos()
+        self.assertEqual(self.recording.errors(), [])
+        self.assertEqual(set(level for level, _ in warnings), {0})  # visible at each detail level
+        texts = [text for _, text in warnings]
+        self.assertEqual(texts[-1], "Ignoring repositories: sandbox-unreachable")
+        self.assertTrue(any(text.startswith("Error: Failed to download metadata for repo 'sandbox-unreachable'")
+                            for text in texts), texts)
+        self.assertEqual(self.yumio.skippedRepos, ["sandbox-unreachable"])
+        # Other warnings of dnf are errors in the log.
+        logging.getLogger("dnf").warning("something else")
+        self.assertEqual(self.recording.errors(), ["something else"])
+        self.change_repository("sandbox-unreachable", "enabled=1", "enabled=0")
+        self.yumio.reset()
+        self.yumio.setupRepos()
+        self.assertEqual(self.yumio.skippedRepos, [])
 
     @in_own_process
     def test_an_unreachable_repository_causes_a_repository_error_if_skip_if_unavailable_is_not_set(self):

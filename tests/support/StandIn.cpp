@@ -101,6 +101,11 @@ void StandIn::setComplaining(bool complaining)
     setFlag("complaining", complaining);
 }
 
+void StandIn::setSkipped(const QStringList& repositories)
+{
+    Files::put(path("skipping"), repositories.join(QLatin1Char(' ')).toUtf8());
+}
+
 void StandIn::setHistoryBroken(bool broken)
 {
     setFlag("nohistory", broken);

@@ -50,6 +50,8 @@ public:
     void setLacking(bool lacking);
     // Whether collections from now on log an error, but succeed.
     void setComplaining(bool complaining);
+    // The next collections leave out these repositories without a question.
+    void setSkipped(const QStringList& repositories);
     // The history: whether it cannot be read, whether it has 5,000 transactions, and whether dnf cannot undo
     // a transaction.
     void setHistoryBroken(bool broken);

@@ -284,6 +284,10 @@ class YumIO:
     def setupRepos(self):
         if os.path.exists(os.path.join(SHARE, 'complaining')):
             yumIOC.errorlog(1, 'a repository cannot be reached')
+        self.skippedRepos = []
+        if os.path.exists(os.path.join(SHARE, 'skipping')):
+            with open(os.path.join(SHARE, 'skipping')) as skipped:
+                self.skippedRepos = skipped.read().split()
         if os.path.exists(os.path.join(SHARE, 'unreadable')):
             raise RuntimeError('nothing can be read')
         self.wait()

@@ -56,6 +56,13 @@ TOGETHER = (
     ('QWidgetTextControl', ('&Undo', '&Redo', 'Cu&t', '&Copy', 'Copy &Link Location', '&Paste')),
     ('QAbstractSpinBox', ('&Select All', '&Step up', 'Step &down')),
 )
+# The rows of TOGETHER that are parts of the same window: the menu bar and the buttons of the main window, and windows
+# with a Find bar or a filter. The Stop button shares its letter only with buttons that are disabled at the same time.
+WINDOWS = (
+    ('MainWindow &Program', 'OutcomeLine Show in &Log'),
+    ('Log::Window &Close', 'FindBar &Next'), ('TextDialog &Find...', 'FindBar &Next'),
+    ('AdvisoryDialog &Mark Updates', 'FilteredList &Filter'), ('HistoryDialog &Undo This', 'FilteredList &Filter'),
+)
 # The HTML around log entries. It contains no words that need a translation.
 NO_WORDS = re.compile(r'</?(font|h2)')
 
@@ -230,6 +237,23 @@ class CatalogueTest(unittest.TestCase):
             for context, texts in TOGETHER:
                 letters = [mnemonic(found[context, text]) for text in texts]
                 self.assertEqual(sorted(letters), sorted(set(letters)))
+
+    def test_mnemonics_of_all_parts_of_a_window_are_different(self):
+        rows = {'{} {}'.format(context, texts[0]): (context, texts) for context, texts in TOGETHER}
+        for path in CATALOGUES:
+            found = messages(path)
+            for parts in WINDOWS:
+                keys = [(rows[part][0], text) for part in parts for text in rows[part][1]]
+                for language, shown in (('English', [text for _, text in keys]),
+                                        ('German', [found[key] for key in keys])):
+                    letters = {}
+                    for text in shown:
+                        letters.setdefault(mnemonic(text), []).append(text)
+                    doubled = [texts for texts in letters.values() if len(texts) > 1]
+                    # These two texts must not change. A second press of the key reaches the second of them.
+                    if language == 'English' and parts[0] == 'MainWindow &Program':
+                        doubled.remove(['&Cache', '&Clear Actions'])
+                    self.assertEqual(doubled, [], language)
 
     def test_german_translations_differ_from_the_english_texts(self):
         """A text of several words that is the same in German was not translated."""

@@ -50,7 +50,8 @@ private Q_SLOTS:
     void theListGetsTheFocusWhenTheWindowOpens();
     void theEnterKeyAndADoubleClickActivateTheRow();
     void aCellThatIsTooNarrowShowsItsTextAsToolTip();
-    void columnsFitTheirTextsUpToALimit();
+    void columnsFitTheirTextsIfTheListIsWideEnough();
+    void columnsWithLongTextsShareTheWidthOfTheList();
     void theDetailsPaneIsBelowTheList();
     void tenThousandRowsAreFiltered();
 
@@ -275,17 +276,44 @@ void FilteredListTest::aCellThatIsTooNarrowShowsItsTextAsToolTip()
     QToolTip::hideText();
 }
 
-void FilteredListTest::columnsFitTheirTextsUpToALimit()
+void FilteredListTest::columnsFitTheirTextsIfTheListIsWideEnough()
 {
-    records->reset({{"short", 1}, {QString(3000, 'w'), 2}});
+    const QString text("a text of some length that is longer than thirty letters");
+    records->reset({{text, 1}, {"short", 2}});
+    list->resize(1000, 400);
+    show();
     list->fitColumns();
-    const int limited = list->tableView()->columnWidth(0);
-    QVERIFY(limited < 80 * list->fontMetrics().horizontalAdvance('n'));
-    records->reset({{"short", 1}, {"a text of some length", 2}});
+    QVERIFY(list->tableView()->columnWidth(0) >= list->fontMetrics().horizontalAdvance(text));
+    records->reset({{"short", 1}});
     list->fitColumns();
-    const int fitting = list->tableView()->columnWidth(0);
-    QVERIFY(fitting >= list->fontMetrics().horizontalAdvance("a text of some length"));
-    QVERIFY(fitting < limited);
+    QVERIFY(list->tableView()->columnWidth(0) < list->fontMetrics().horizontalAdvance(text));
+}
+
+void FilteredListTest::columnsWithLongTextsShareTheWidthOfTheList()
+{
+    FixedTable wide({{QString(300, 'w'), "short", QString(300, 'x'), "last"}}, 4);
+    FilteredList shared(&wide, QStringLiteral("Records"));
+    shared.resize(900, 400);
+    shared.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&shared));
+    const HTableView* table = shared.tableView();
+    const auto checkShares = [table] {
+        QCOMPARE(table->horizontalHeader()->length(), table->viewport()->width());
+        QVERIFY(!table->horizontalScrollBar()->isVisible());
+        QVERIFY(qAbs(table->columnWidth(0) - table->columnWidth(2)) <= 1);
+        QVERIFY(table->columnWidth(1) < table->columnWidth(0));
+    };
+    shared.fitColumns();
+    checkShares();
+    const int before = table->columnWidth(0);
+    shared.resize(700, 400);
+    QTRY_VERIFY(table->columnWidth(0) < before);
+    checkShares();
+    // After the user has changed a width, the list does not change it.
+    table->horizontalHeader()->resizeSection(0, 77);
+    shared.resize(900, 400);
+    QTRY_VERIFY(table->viewport()->width() > 800);
+    QCOMPARE(table->columnWidth(0), 77);
 }
 
 void FilteredListTest::theDetailsPaneIsBelowTheList()

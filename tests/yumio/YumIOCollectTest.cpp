@@ -398,6 +398,31 @@ private Q_SLOTS:
         QVERIFY(!yumIO().wasStopped());
     }
 
+    void repositoriesThatAreLeftOutWithoutAQuestionAreKnown()
+    {
+        const int before = yumIO().logEntries().count();
+        backEnd->run("def read():\n"
+                     "    logWarning(2, 'Ignoring repositories: one')\n"
+                     "    it.skippedRepos = ['one', 'two']\n"
+                     "it.does['setupRepos'] = read\n");
+        QVERIFY(backEnd->collect());
+        QCOMPARE(yumIO().skippedRepos(), QStringList({"one", "two"}));
+        bool warned = false;
+        {
+            const QMutexLocker locker(&yumIO().logEntries());
+            for (int i = before; i < yumIO().logEntries().count(); ++i) {
+                const Log::Entry& entry = yumIO().logEntries().at(i);
+                warned = warned || (entry.kind == Log::Warning && entry.level == 2 &&
+                                    entry.text == QString("Ignoring repositories: one"));
+            }
+        }
+        QVERIFY(warned);
+        backEnd->run("it.does.clear()\ndel it.skippedRepos");
+        yumIO().clearEntries();
+        QVERIFY(backEnd->collect());
+        QCOMPARE(yumIO().skippedRepos(), QStringList());
+    }
+
     void theScriptCanAskTheUserAboutEachFailingRepository()
     {
         backEnd->run("seen = []\n"

@@ -24,7 +24,7 @@ from .advisories import AdvisoryIndex
 from .configfiles import RepositoryReader
 from .locks import withoutWaitForMetadata
 from .metadata import DocumentChecks, documentPath, metadataFault, modulesFault
-from .output import Overheard, passable, showActivity, showReading
+from .output import LogHandler, Overheard, passable, showActivity, showReading
 from .packages import HeaderMemo, OtherData
 from .paths import namedDirectory
 from .plugins import forgetPlugIns, stampOfPlugIns
@@ -62,6 +62,7 @@ class Base(dnf.Base):
         self.onlyCache = False  # whether to read only the metadata in the cache, without the network
         self.failed = []  # the repositories that cannot be read, with the reasons
         self.leftOut = []  # the repositories without metadata in the cache
+        self.skipped = []  # the identifiers of the failed repositories that have skip_if_unavailable
         self.plugInFault = ''  # why dnf cannot use the plug-ins; every operation fails unless this text is empty
         self._plugInStamp = None  # the result of stampOfPlugIns() when the plug-ins were loaded
 
@@ -203,7 +204,7 @@ class Base(dnf.Base):
         repository. So the user waits only once, before the first question. If no user can answer, the first failure
         ends the operation, as in dnf.
         """
-        del self.leftOut[:], self.failed[:]
+        del self.leftOut[:], self.failed[:], self.skipped[:]
         showActivity(tr('Reading the installed packages'))
         sack = super(Base, self).fill_sack(*args, **kwargs)
         endIfStopped()
@@ -238,6 +239,7 @@ class Base(dnf.Base):
         endIfStopped()
         showReading(repo, tr('Reading repository metadata for {}'))
         overheard = Overheard()
+        LogHandler.mayBeSkipped = bool(repo.skip_if_unavailable)
         try:
             with overheard:
                 self._readRepo(repo)
@@ -246,11 +248,14 @@ class Base(dnf.Base):
             if self.onlyCache:
                 self.leftOut.append(repo)
             elif program.goOnWithout is None or repo.skip_if_unavailable:
+                self.skipped.append(repo.id)
                 raise
             else:
                 repo._repo.expire()
                 self.failed.append((repo, '\n'.join([str(e)] + overheard.details())))
             repo.disable()
+        finally:
+            LogHandler.mayBeSkipped = False
 
     def _readRepo(self, repo):
         # While this option is true, load() downloads the change logs together with the package list. The option is

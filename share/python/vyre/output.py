@@ -72,6 +72,15 @@ class LogHandler(logging.Handler):
     LEVELS = ((logging.CRITICAL, 0), (logging.ERROR, 1), (logging.WARNING, 2), (logging.INFO, 2),
               (logging.DEBUG, 3), (dnf.logging.DDEBUG, 7), (dnf.logging.SUBDEBUG, 8), (dnf.logging.TRACE, 9))
 
+    # Whether dnf leaves out the repository that it is reading, if this repository fails.
+    mayBeSkipped = False
+
+    @classmethod
+    def isAboutSkipped(cls, record):
+        """Whether a warning is about a failed repository that dnf leaves out because of skip_if_unavailable."""
+        return cls.mayBeSkipped or record.msg in ('Error: %s', dnf.i18n._('Error: %s'),
+                                                  dnf.i18n._('Ignoring repositories: %s'))
+
     def emit(self, record):
         if record.name == 'dnf.rpm':
             return  # TransactionProgress reports the same events to the program
@@ -90,6 +99,8 @@ class LogHandler(logging.Handler):
         if isStopped():
             # A download that the user has stopped fails. Log this failure only as a detail.
             yumIOC.log(max(level, 3), text)
+        elif record.levelno == logging.WARNING and program.logWarning is not None and self.isAboutSkipped(record):
+            program.logWarning(0, text)  # a notice refers to the log, so each detail level must show the reason
         elif record.levelno >= logging.WARNING:
             yumIOC.errorlog(level, text)
         else:

@@ -23,6 +23,8 @@ faultOfMetadata = None
 goOnWithout = None
 # Hides the passwords in a text.
 hideSecrets = None
+# Adds a warning to the log. Without this function, warnings are errors of the log.
+logWarning = None
 # Shows on the progress bar what dnf does with a repository.
 showReading = None
 # Returns whether the user has asked VYRE to stop the operation. If the argument is True, VYRE refuses later requests.
@@ -31,7 +33,7 @@ stopWanted = None
 waitForLock = None
 
 OFFERED = ('translations', 'addBeforeListing', 'addToListing', 'changeActivity', 'faultOfMetadata', 'goOnWithout',
-           'hideSecrets', 'showReading', 'stopWanted', 'waitForLock')
+           'hideSecrets', 'logWarning', 'showReading', 'stopWanted', 'waitForLock')
 
 
 def receive(offered):
