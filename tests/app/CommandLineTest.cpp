@@ -229,7 +229,7 @@ private Q_SLOTS:
     void theShortLogOptionOpensTheLog() { checkLogIsOpened("-l"); }
     void theLongLogOptionOpensTheLog() { checkLogIsOpened("--log"); }
 
-    void ifNoRepositoryOptionIsGivenTheRepositoryFilesEnableRepositories()
+    void theRepositoryFilesDecideIfNoRepositoryOptionIsGiven()
     {
         QCOMPARE(repositories({}), (QStringList{"disableRepo extras", "enableRepo base"}));
     }
@@ -264,7 +264,7 @@ private Q_SLOTS:
                  (QStringList{"disableRepo base", "enableRepo extras"}));
     }
 
-    void ifSeveralRepositoryOptionsMatchTheLastDecides()
+    void theLastMatchingRepositoryOptionDecides()
     {
         QCOMPARE(repositories({"--enablerepo=extras", "--disablerepo=*"}),
                  (QStringList{"disableRepo base", "disableRepo extras"}));
@@ -272,7 +272,7 @@ private Q_SLOTS:
 
     // --- Command lines that end the program at once
 
-    void helpEndsTheProgramWithStatusOne_data()
+    void theHelpOptionEndsTheProgramWithStatusOne_data()
     {
         QTest::addColumn<QStringList>("arguments");
         QTest::newRow("-h") << QStringList{"-h"};
@@ -283,7 +283,7 @@ private Q_SLOTS:
         QTest::newRow("before a mistake") << QStringList{"-h", "-d"};
     }
 
-    void helpEndsTheProgramWithStatusOne()
+    void theHelpOptionEndsTheProgramWithStatusOne()
     {
         QFETCH(QStringList, arguments);
         const Ended ended = run(arguments);

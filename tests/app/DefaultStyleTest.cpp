@@ -62,7 +62,7 @@ private Q_SLOTS:
         QApplication::setPalette(strange);
     }
 
-    void ifTheUserHasChosenNoStyleTheDefaultStyleAndItsPaletteAreApplied()
+    void theDefaultStyleAndItsPaletteAreAppliedIfTheUserHasChosenNoStyle()
     {
         styleFor({}).set(*qApp, "Fusion");
         QCOMPARE(currentStyle(), QStringLiteral("fusion"));
@@ -72,7 +72,7 @@ private Q_SLOTS:
         }
     }
 
-    void ifTheCommandLineHasAStyleOptionTheDefaultStyleIsNotApplied_data()
+    void theDefaultStyleIsNotAppliedIfTheCommandLineHasAStyleOption_data()
     {
         QTest::addColumn<QList<QByteArray>>("options");
         QTest::addColumn<bool>("suppressed");
@@ -88,7 +88,7 @@ private Q_SLOTS:
         QTest::newRow("x-style=") << QList<QByteArray>{"x-style=windows"} << false;
     }
 
-    void ifTheCommandLineHasAStyleOptionTheDefaultStyleIsNotApplied()
+    void theDefaultStyleIsNotAppliedIfTheCommandLineHasAStyleOption()
     {
         QFETCH(QList<QByteArray>, options);
         QFETCH(bool, suppressed);
@@ -98,7 +98,7 @@ private Q_SLOTS:
         QCOMPARE(QApplication::palette().color(QPalette::Window) == QColor(Qt::magenta), suppressed);
     }
 
-    void ifOnlyTheProgramNameLooksLikeAStyleOptionTheDefaultStyleIsApplied()
+    void theDefaultStyleIsAppliedIfOnlyTheProgramNameLooksLikeAStyleOption()
     {
         char name[] = "-style=windows";
         char* arguments[] = {name};
@@ -106,7 +106,7 @@ private Q_SLOTS:
         QCOMPARE(currentStyle(), QStringLiteral("fusion"));
     }
 
-    void ifOnlyTheSystemSettingsNameAStyleTheDefaultStyleIsApplied()
+    void theDefaultStyleIsAppliedIfOnlyTheSystemSettingsNameAStyle()
     {
         {
             QSettings stored(QSettings::SystemScope, "Trolltech");
@@ -118,7 +118,7 @@ private Q_SLOTS:
         QCOMPARE(currentStyle(), QStringLiteral("fusion"));
     }
 
-    void ifTheUserSettingsNameAStyleTheDefaultStyleIsNotApplied()
+    void theDefaultStyleIsNotAppliedIfTheUserSettingsNameAStyle()
     {
         {
             QSettings stored(QSettings::UserScope, "Trolltech");
@@ -128,7 +128,7 @@ private Q_SLOTS:
         QCOMPARE(currentStyle(), QStringLiteral("windows"));
     }
 
-    void ifTheUserSettingsNameNoQtStyleTheDefaultStyleIsApplied()
+    void theDefaultStyleIsAppliedIfTheUserSettingsNameNoQtStyle()
     {
         {
             QSettings stored(QSettings::UserScope, "Trolltech");
@@ -142,7 +142,7 @@ private Q_SLOTS:
         QCOMPARE(currentStyle(), QStringLiteral("fusion"));
     }
 
-    void ifTheUserHasChosenAStyleAnUnknownDefaultStyleIsIgnored()
+    void anUnknownDefaultStyleIsIgnoredIfTheUserHasChosenAStyle()
     {
         styleFor({"-style=windows"}).set(*qApp, "Nonesuch");
         QCOMPARE(currentStyle(), QStringLiteral("windows"));

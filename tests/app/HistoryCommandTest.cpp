@@ -23,8 +23,8 @@ private:
 
 private Q_SLOTS:
     void undoingATransactionReadsThePackagesAgainAndKeepsTheMarks();
-    void ifTheUserCancelsARedoTheHistoryWindowOpensAgain();
-    void ifThePackagesCouldNotBeReadNoTransactionCanBeUndone();
+    void theHistoryWindowOpensAgainIfTheUserCancelsARedo();
+    void noTransactionCanBeUndoneIfThePackagesCouldNotBeRead();
 };
 
 QStringList HistoryCommandTest::replay(const QString& command, const QString& answer)
@@ -71,7 +71,7 @@ void HistoryCommandTest::undoingATransactionReadsThePackagesAgainAndKeepsTheMark
     QCOMPARE(busyCursor(), QString("none"));
 }
 
-void HistoryCommandTest::ifTheUserCancelsARedoTheHistoryWindowOpensAgain()
+void HistoryCommandTest::theHistoryWindowOpensAgainIfTheUserCancelsARedo()
 {
     shown->start();
     standIn->forgetCalls();
@@ -82,7 +82,7 @@ void HistoryCommandTest::ifTheUserCancelsARedoTheHistoryWindowOpensAgain()
     QCOMPARE(usable(), usableWhenReady);
 }
 
-void HistoryCommandTest::ifThePackagesCouldNotBeReadNoTransactionCanBeUndone()
+void HistoryCommandTest::noTransactionCanBeUndoneIfThePackagesCouldNotBeRead()
 {
     startWithoutPackages();
     QVERIFY(withHistory([this] { shown->key(Qt::Key_H, Qt::ControlModifier); },

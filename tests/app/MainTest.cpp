@@ -109,7 +109,7 @@ private Q_SLOTS:
         QVERIFY(QFileInfo(temporary->filePath(runtimeName())).isDir());
     }
 
-    void theProgramStartsWithClosedStandardDescriptors_data()
+    void theProgramStartsEvenIfTheStandardDescriptorsAreClosed_data()
     {
         QTest::addColumn<QString>("closed");
         for (const char* closed : {"0", "1", "2", "01", "02", "12", "012"}) {
@@ -117,7 +117,7 @@ private Q_SLOTS:
         }
     }
 
-    void theProgramStartsWithClosedStandardDescriptors()
+    void theProgramStartsEvenIfTheStandardDescriptorsAreClosed()
     {
         QFETCH(QString, closed);
         QString redirections;
@@ -140,7 +140,7 @@ private Q_SLOTS:
         }
     }
 
-    void ifNoDisplayCanBeOpenedTheProgramPrintsOneMessage_data()
+    void theProgramPrintsOneMessageIfNoDisplayCanBeOpened_data()
     {
         QTest::addColumn<QString>("display");
         QTest::addColumn<QStringList>("arguments");
@@ -157,7 +157,7 @@ private Q_SLOTS:
         QTest::newRow("-h, no server at DISPLAY") << ":987654" << QStringList{"-h"} << missing;
     }
 
-    void ifNoDisplayCanBeOpenedTheProgramPrintsOneMessage()
+    void theProgramPrintsOneMessageIfNoDisplayCanBeOpened()
     {
         QFETCH(QString, display);
         QFETCH(QStringList, arguments);
@@ -194,7 +194,7 @@ private Q_SLOTS:
         QVERIFY2(!message.contains("display"), message);
     }
 
-    void ifTheProgramStartsTheWarningsOfQtAreOnStandardError()
+    void theWarningsOfQtAreOnStandardErrorIfTheProgramStarts()
     {
         // No session manager exists at this address.
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();

@@ -26,9 +26,9 @@ private Q_SLOTS:
     void checkingTheGroupsBoxListsTheGroups();
     void theLabelsAndToolTipsOfTheFilterRowDependOnTheMode();
     void aSearchWithoutAnExpressionLoadsNoExtraData();
-    void searchFindsTextsInEveryField();
+    void aSearchFindsTextsInEveryField();
     void aSearchAfterACollectionDoesNotLoadTheExtraDataAgain();
-    void beforeTheFirstCollectionOnlyTheFirstSearchLoadsTheExtraData();
+    void onlyTheFirstSearchBeforeTheFirstCollectionLoadsTheExtraData();
     void theTableIsNotFilteredWhileExtraDataAreLoaded();
     void aSearchFindsAPackageByTheExactPathOfAFile();
     void aSearchThatEndsWithADollarSignAndFindsNothingShowsAHint();
@@ -42,7 +42,7 @@ private Q_SLOTS:
     void theSetUpdatesButtonMarksTheListedUpdates();
     void theClearActionsButtonRemovesAllMarks();
     void markingManyRowsSortsTheTableOnce();
-    void ifAMarkedRowIsNotListedAWarningIsShown();
+    void aWarningIsShownIfAMarkedRowIsNotListed();
     void everyFilterThatHidesAMarkShowsTheWarning();
     void theWarningAboutUnlistedActionsDoesNotMoveTheControls();
     void theWarningAboutUnlistedActionsHasTheWarningColour();
@@ -140,7 +140,7 @@ void MainWindowFilterTest::aSearchWithoutAnExpressionLoadsNoExtraData()
     QCOMPARE(usable(), usableWhenReady);
 }
 
-void MainWindowFilterTest::searchFindsTextsInEveryField()
+void MainWindowFilterTest::aSearchFindsTextsInEveryField()
 {
     shown->start();
     shown->choose(shown->stateBox, ViewAll);
@@ -174,7 +174,7 @@ void MainWindowFilterTest::aSearchAfterACollectionDoesNotLoadTheExtraDataAgain()
     QCOMPARE(shown->modeBox->toolTip(), QString(modeToolTip));
 }
 
-void MainWindowFilterTest::beforeTheFirstCollectionOnlyTheFirstSearchLoadsTheExtraData()
+void MainWindowFilterTest::onlyTheFirstSearchBeforeTheFirstCollectionLoadsTheExtraData()
 {
     // The editor is open at startup, so no package has been collected yet.
     shown->window->setRepoEditorAtStart();
@@ -426,7 +426,7 @@ void MainWindowFilterTest::markingManyRowsSortsTheTableOnce()
     QCOMPARE(layout.count(), 2);
 }
 
-void MainWindowFilterTest::ifAMarkedRowIsNotListedAWarningIsShown()
+void MainWindowFilterTest::aWarningIsShownIfAMarkedRowIsNotListed()
 {
     shown->start();
     shown->click("tool", ActionColumn);

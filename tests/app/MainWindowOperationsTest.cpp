@@ -28,7 +28,7 @@ private Q_SLOTS:
     void windowCannotBeClosedWhileTheSystemIsChanged();
     void theQuitCommandIsRefusedWhileTheSystemIsChanged();
     void severalRefusalsToCloseInOneOperationCauseOneLogEntry();
-    void anOperationThatEndsWhileTheAboutWindowIsOpenEnablesTheTable();
+    void theTableIsEnabledIfAnOperationEndsWhileTheAboutWindowIsOpen();
     void aFilteredTableListsOnlyMatchingRowsWhileThePackagesAreReadAgain()
     {
         compareReadAgain(Filter, "too", {"tool"});
@@ -44,16 +44,16 @@ private Q_SLOTS:
     void cleaningTheMetadataCollectsThePackagesAgain() { compareClean("Clean Metadata", "cleanMetadata"); }
     void cleaningAllCachedDataCollectsThePackagesAgain() { compareClean("Clean All", "cleanAll"); }
     void cleaningTheCachedPackagesDoesNotChangeTheTable();
-    void aWarningAboutTheConfigurationIsLoggedOnlyAtItsFirstRead();
+    void readingTheConfigurationAgainDoesNotLogItsWarningsAgain();
     void theToolTipsOfTheCleanEntriesNameTheCacheDirectory();
     void theResizeButtonFitsTheColumnsToTheirContents();
     void anApplyChangesTheSystemAndReadsThePackagesAgain();
     void theCollectionAfterAnApplyUsesTheCredentialsThatTheUserHasTyped();
-    void ifTheUserCancelsAnApplyTheMarksAreKept();
+    void theMarksAreKeptIfTheUserCancelsAnApply();
     void anApplyThatFailsBeforeItsFirstChangeKeepsTheTable();
     void anApplyThatFailsAfterAChangeReadsThePackagesAgain();
-    void ifAnotherProgramHasChangedTheSystemThePossibleMarksAreKept();
-    void ifATransactionAddsARepositoryTheUserIsAskedForItsCredentials();
+    void possibleMarksAreKeptIfAnotherProgramHasChangedTheSystem();
+    void theUserIsAskedForCredentialsIfATransactionAddsARepository();
 };
 
 void MainWindowOperationsTest::controlsAreDisabledWhileAWorkerRuns()
@@ -152,7 +152,7 @@ void MainWindowOperationsTest::severalRefusalsToCloseInOneOperationCauseOneLogEn
     QCOMPARE(logged(), 2);
 }
 
-void MainWindowOperationsTest::anOperationThatEndsWhileTheAboutWindowIsOpenEnablesTheTable()
+void MainWindowOperationsTest::theTableIsEnabledIfAnOperationEndsWhileTheAboutWindowIsOpen()
 {
     shown->start();
     QVERIFY(
@@ -302,7 +302,7 @@ void MainWindowOperationsTest::cleaningTheCachedPackagesDoesNotChangeTheTable()
     QCOMPARE(usable(), usableWhenReady);
 }
 
-void MainWindowOperationsTest::aWarningAboutTheConfigurationIsLoggedOnlyAtItsFirstRead()
+void MainWindowOperationsTest::readingTheConfigurationAgainDoesNotLogItsWarningsAgain()
 {
     QFile file(standIn->root() + "/etc/yum.repos.d/doubted.repo");
     QVERIFY(file.open(QIODevice::WriteOnly));
@@ -415,7 +415,7 @@ void MainWindowOperationsTest::theCollectionAfterAnApplyUsesTheCredentialsThatTh
     QVERIFY(!log.contains("secret"));
 }
 
-void MainWindowOperationsTest::ifTheUserCancelsAnApplyTheMarksAreKept()
+void MainWindowOperationsTest::theMarksAreKeptIfTheUserCancelsAnApply()
 {
     shown->start();
     shown->click("tool", ActionColumn);
@@ -467,7 +467,7 @@ void MainWindowOperationsTest::anApplyThatFailsAfterAChangeReadsThePackagesAgain
     QVERIFY(!shown->button("&Apply Actions")->isEnabled());
 }
 
-void MainWindowOperationsTest::ifAnotherProgramHasChangedTheSystemThePossibleMarksAreKept()
+void MainWindowOperationsTest::possibleMarksAreKeptIfAnotherProgramHasChangedTheSystem()
 {
     shown->start();
     shown->choose(shown->stateBox, ViewAll);
@@ -490,7 +490,7 @@ void MainWindowOperationsTest::ifAnotherProgramHasChangedTheSystemThePossibleMar
     QVERIFY(shown->button("&Apply Actions")->isEnabled());
 }
 
-void MainWindowOperationsTest::ifATransactionAddsARepositoryTheUserIsAskedForItsCredentials()
+void MainWindowOperationsTest::theUserIsAskedForCredentialsIfATransactionAddsARepository()
 {
     shown->start();
     shown->click("tool", ActionColumn);

@@ -25,30 +25,30 @@ private:
 private Q_SLOTS:
     void aWindowThatIsNotShownYetCallsNoScriptMethod();
     void theWindowIsPaintedBeforeThePackagesAreCollected();
-    void afterTheStartTheTableListsTheOutdatedPackages();
+    void theTableListsTheOutdatedPackagesAfterTheStart();
     void showingTheWindowForTheSecondTimeCollectsNothing();
-    void afterTheStartTheColumnsFitTheirContents();
-    void filterSettingsThatAreMadeBeforeTheWindowIsShownSelectItsRows();
-    void aSearchThatIsSetBeforeTheWindowIsShownSelectsItsRows();
-    void whenTheEditorOpensFirstTheFilterOfTheCommandLineIsUsedAfterwards()
+    void theColumnsFitTheirContentsAfterTheStart();
+    void theFirstCollectionUsesTheFilterThatWasSetBeforehand();
+    void theFirstCollectionUsesTheSearchThatWasSetBeforehand();
+    void theFilterOfTheCommandLineIsAppliedAfterTheEditorHasClosed()
     {
         compareAfterTheEditor(Filter, "many|shell", {"many", "shell"});
     }
-    void whenTheEditorOpensFirstTheSearchOfTheCommandLineIsUsedAfterwards()
+    void theSearchOfTheCommandLineIsAppliedAfterTheEditorHasClosed()
     {
         compareAfterTheEditor(Search, "needle", {"editor", "many", "tool"});
     }
-    void ifTheBackEndCannotStartTheProgramQuits();
+    void theProgramQuitsIfTheBackEndCannotStart();
     void theLogOptionShowsTheLogBeforeTheBackEndStarts();
     void theQuitButtonInTheCredentialsDialogPreventsTheFirstCollection();
     void credentialsThatTheUserEntersAtStartupAreUsedInTheFirstCollection();
     void theScriptReadsTheRepositoriesAgainAfterTheEditorWasOpenAtStartup();
-    void ifRequestedTheLogOpensWhenTheProgramStarts();
-    void ifNotRequestedTheLogDoesNotOpenWhenTheProgramStarts();
+    void theLogOpensAtStartupIfThisIsRequested();
+    void theLogDoesNotOpenAtStartupIfThisIsNotRequested();
     void theNoticesAboutMissingRightsAndLoggedErrorsAreShownInTurn();
 
-    void ifNoRowIsListedTheTableShowsTheReason();
-    void ifACollectionFailsTheTableDoesNotSayThatNoPackageHasAnUpdate();
+    void theTableShowsTheReasonIfNoRowIsListed();
+    void theTableDoesNotSayThatUpdatesAreMissingIfACollectionFails();
     void quittingSavesTheWindowSizeAndTheColumns();
     void theSavedWindowSizeAndColumnsAreRestored();
     void invalidSavedSettingsChangeNothing();
@@ -91,7 +91,7 @@ void MainWindowStartTest::theWindowIsPaintedBeforeThePackagesAreCollected()
     QTRY_VERIFY(shown->isReady());
 }
 
-void MainWindowStartTest::afterTheStartTheTableListsTheOutdatedPackages()
+void MainWindowStartTest::theTableListsTheOutdatedPackagesAfterTheStart()
 {
     shown->start();
     QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
@@ -114,7 +114,7 @@ void MainWindowStartTest::showingTheWindowForTheSecondTimeCollectsNothing()
     QCOMPARE(standIn->calls("setupRepos"), 1);
 }
 
-void MainWindowStartTest::afterTheStartTheColumnsFitTheirContents()
+void MainWindowStartTest::theColumnsFitTheirContentsAfterTheStart()
 {
     const QString longName = QString("name").repeated(15);
     standIn->setPackages({}, {}, {StandIn::package(longName)});
@@ -124,7 +124,7 @@ void MainWindowStartTest::afterTheStartTheColumnsFitTheirContents()
     QVERIFY(shown->view->columnWidth(NameColumn) >= shown->view->fontMetrics().horizontalAdvance(longName));
 }
 
-void MainWindowStartTest::filterSettingsThatAreMadeBeforeTheWindowIsShownSelectItsRows()
+void MainWindowStartTest::theFirstCollectionUsesTheFilterThatWasSetBeforehand()
 {
     shown->window->setMode(Filter);
     shown->window->setRegexp("l");
@@ -141,7 +141,7 @@ void MainWindowStartTest::filterSettingsThatAreMadeBeforeTheWindowIsShownSelectI
     QCOMPARE(shown->sorted(), (QStringList{"Games", "editor", "lib", "many", "shell", "tool"}));
 }
 
-void MainWindowStartTest::aSearchThatIsSetBeforeTheWindowIsShownSelectsItsRows()
+void MainWindowStartTest::theFirstCollectionUsesTheSearchThatWasSetBeforehand()
 {
     shown->window->setMode(Search);
     shown->window->setRegexp("needle");
@@ -170,7 +170,7 @@ void MainWindowStartTest::compareAfterTheEditor(Mode mode, const char* expressio
     QCOMPARE(shown->listed(), QStringList{"tool"});
 }
 
-void MainWindowStartTest::ifTheBackEndCannotStartTheProgramQuits()
+void MainWindowStartTest::theProgramQuitsIfTheBackEndCannotStart()
 {
     standIn->setRefusing(true);
     shown->window->setLogAtStart();
@@ -274,7 +274,7 @@ void MainWindowStartTest::theNoticesAboutMissingRightsAndLoggedErrorsAreShownInT
     QVERIFY(notice->isVisible());
 }
 
-void MainWindowStartTest::ifNoRowIsListedTheTableShowsTheReason()
+void MainWindowStartTest::theTableShowsTheReasonIfNoRowIsListed()
 {
     standIn->setPackages({}, {StandIn::package("shell")}, {});
     shown->start();
@@ -301,7 +301,7 @@ void MainWindowStartTest::ifNoRowIsListedTheTableShowsTheReason()
     shown->choose(shown->stateBox, ViewUpdatable);
     QCOMPARE(told(), QString("No package matches."));
 
-    // The text is painted only while no rows are listed.
+    // The view paints the reason only while no row is listed.
     const auto colours = [this] {
         const QImage picture = shown->view->viewport()->grab().toImage();
         QSet<QRgb> found;
@@ -320,7 +320,7 @@ void MainWindowStartTest::ifNoRowIsListedTheTableShowsTheReason()
     QCOMPARE(colours(), 1);
 }
 
-void MainWindowStartTest::ifACollectionFailsTheTableDoesNotSayThatNoPackageHasAnUpdate()
+void MainWindowStartTest::theTableDoesNotSayThatUpdatesAreMissingIfACollectionFails()
 {
     standIn->setUnreadable(true);
     const Answers answers("OK");
@@ -417,7 +417,7 @@ void MainWindowStartTest::invalidSavedSettingsChangeNothing()
     QCOMPARE(shown->marks(), QStringList{"tool update"});
 }
 
-void MainWindowStartTest::ifRequestedTheLogOpensWhenTheProgramStarts()
+void MainWindowStartTest::theLogOpensAtStartupIfThisIsRequested()
 {
     shown->window->setLogAtStart();
     QVERIFY(inTheMiddle([this] { shown->window->show(); }, [] { QVERIFY(logIsVisible()); }));
@@ -425,7 +425,7 @@ void MainWindowStartTest::ifRequestedTheLogOpensWhenTheProgramStarts()
     QVERIFY(logIsVisible());
 }
 
-void MainWindowStartTest::ifNotRequestedTheLogDoesNotOpenWhenTheProgramStarts()
+void MainWindowStartTest::theLogDoesNotOpenAtStartupIfThisIsNotRequested()
 {
     shown->start();
     QVERIFY(logWindow() == nullptr);

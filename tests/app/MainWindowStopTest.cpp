@@ -41,19 +41,19 @@ private Q_SLOTS:
     void escapeStopsARefresh();
     void theAltKeyOfTheStopButtonStopsARefresh();
     void aStopDuringTheFirstCollectionListsThePackagesFromTheCache();
-    void closingTheWindowFirstStopsTheOperation();
-    void theQuitCommandFirstStopsTheOperation();
+    void closingTheWindowStopsTheRunningOperation();
+    void theQuitCommandStopsTheRunningOperation();
     void closingTheWindowDuringAnUndoDoesNotOpenTheHistoryAgain();
     void aStoppedSearchDoesNotChangeTheListedRows();
     void aStoppedFilterDoesNotChangeTheListedRows();
-    void ifASearchAfterAChangeOfTheStateBoxIsStoppedTheBoxIsRestored();
-    void ifASearchAfterAChangeOfTheModeBoxIsStoppedTheBoxIsRestored();
-    void ifTheComparisonAfterARefreshIsStoppedTheTableIsNotFiltered();
-    void closingTheWindowFirstStopsTheSearch();
+    void stoppingTheSearchAfterAChangeOfTheStateBoxRestoresTheBox();
+    void stoppingTheSearchAfterAChangeOfTheModeBoxRestoresTheBox();
+    void theTableIsNotFilteredIfTheComparisonAfterARefreshIsStopped();
+    void closingTheWindowStopsTheRunningSearch();
     void theStopButtonIsDisabledIfNoOperationRuns();
-    void ifTheUserAgreesFailingRepositoriesAreDisabledForTheSession();
+    void failingRepositoriesAreDisabledForTheSessionIfTheUserAgrees();
     void yesToAllDisablesAllFailingRepositoriesForTheSession();
-    void ifTheUserKeepsAFailingRepositoryNoPackageIsListed();
+    void noPackageIsListedIfTheUserKeepsAFailingRepository();
 };
 
 QString MainWindowStopTest::notice() const
@@ -127,7 +127,7 @@ void MainWindowStopTest::aStopDuringTheFirstCollectionListsThePackagesFromTheCac
     QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
 }
 
-void MainWindowStopTest::closingTheWindowFirstStopsTheOperation()
+void MainWindowStopTest::closingTheWindowStopsTheRunningOperation()
 {
     shown->start();
     standIn->setHeld(true);
@@ -142,7 +142,7 @@ void MainWindowStopTest::closingTheWindowFirstStopsTheOperation()
     QCOMPARE(standIn->calls("setupCachedRepos"), 0);
 }
 
-void MainWindowStopTest::theQuitCommandFirstStopsTheOperation()
+void MainWindowStopTest::theQuitCommandStopsTheRunningOperation()
 {
     shown->start();
     standIn->setHeld(true);
@@ -239,7 +239,7 @@ void MainWindowStopTest::aStoppedFilterDoesNotChangeTheListedRows()
     QCOMPARE(shown->listed(), QStringList{"soft"});
 }
 
-void MainWindowStopTest::ifASearchAfterAChangeOfTheStateBoxIsStoppedTheBoxIsRestored()
+void MainWindowStopTest::stoppingTheSearchAfterAChangeOfTheStateBoxRestoresTheBox()
 {
     startWithHardPackage(ViewUpdatable);
     shown->choose(shown->modeBox, Search);
@@ -254,7 +254,7 @@ void MainWindowStopTest::ifASearchAfterAChangeOfTheStateBoxIsStoppedTheBoxIsRest
     QCOMPARE(notice(), QString("Stopped. The table shows the same rows as before."));
 }
 
-void MainWindowStopTest::ifASearchAfterAChangeOfTheModeBoxIsStoppedTheBoxIsRestored()
+void MainWindowStopTest::stoppingTheSearchAfterAChangeOfTheModeBoxRestoresTheBox()
 {
     using S = StandIn;
     standIn->setPackages({}, {}, {S::package("soft", {{"summary", "~" + QString("ab").repeated(300)}})});
@@ -271,7 +271,7 @@ void MainWindowStopTest::ifASearchAfterAChangeOfTheModeBoxIsStoppedTheBoxIsResto
     QCOMPARE(shown->listed(), QStringList{"soft"});
 }
 
-void MainWindowStopTest::ifTheComparisonAfterARefreshIsStoppedTheTableIsNotFiltered()
+void MainWindowStopTest::theTableIsNotFilteredIfTheComparisonAfterARefreshIsStopped()
 {
     using S = StandIn;
     startWithHardPackage(ViewInstallable);
@@ -292,7 +292,7 @@ void MainWindowStopTest::ifTheComparisonAfterARefreshIsStoppedTheTableIsNotFilte
     QCOMPARE(shown->listed(), QStringList{"other"});
 }
 
-void MainWindowStopTest::closingTheWindowFirstStopsTheSearch()
+void MainWindowStopTest::closingTheWindowStopsTheRunningSearch()
 {
     startWithHardPackage(ViewInstallable);
     shown->choose(shown->modeBox, Search);
@@ -337,7 +337,7 @@ QStringList MainWindowStopTest::switchedOff() const
     return found;
 }
 
-void MainWindowStopTest::ifTheUserAgreesFailingRepositoriesAreDisabledForTheSession()
+void MainWindowStopTest::failingRepositoriesAreDisabledForTheSessionIfTheUserAgrees()
 {
     standIn->setRepos("[base]\nbaseurl=file:///base\n[extras]\nbaseurl=file:///extras\n");
     shown->start();
@@ -374,7 +374,7 @@ void MainWindowStopTest::yesToAllDisablesAllFailingRepositoriesForTheSession()
     QVERIFY(log().contains("VYRE does not use the repository extras in this session:"));
 }
 
-void MainWindowStopTest::ifTheUserKeepsAFailingRepositoryNoPackageIsListed()
+void MainWindowStopTest::noPackageIsListedIfTheUserKeepsAFailingRepository()
 {
     standIn->setRepos("[base]\nbaseurl=file:///base\n[extras]\nbaseurl=file:///extras\n");
     shown->start();

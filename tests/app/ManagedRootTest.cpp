@@ -15,7 +15,7 @@ private:
     EnvironmentVariable managedRoot{"VYREROOT"};
 
 private Q_SLOTS:
-    void ifNoRootIsSetTheRunningSystemIsManaged()
+    void theRunningSystemIsManagedIfNoRootIsSet()
     {
         managedRoot.unset();
         QCOMPARE(ManagedRoot::path(), QString());

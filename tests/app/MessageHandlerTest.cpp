@@ -142,7 +142,7 @@ private Q_SLOTS:
         QCOMPARE(captured.read(), QByteArray());
     }
 
-    void ifAFullPipeReplacesStandardErrorMessagesStillReachTheTerminal()
+    void messagesReachTheTerminalEvenIfStandardErrorIsAFullPipe()
     {
         install();
         Pipe captured;
@@ -154,7 +154,7 @@ private Q_SLOTS:
         QCOMPARE(written(), QByteArray("tester: still here\n"));
     }
 
-    void ifTheTerminalIsAPipeThatNobodyReadsMessagesAreDropped()
+    void messagesAreDroppedIfTheTerminalIsAFullPipe()
     {
         Pipe reader;
         reader.fill();
@@ -213,7 +213,7 @@ private Q_SLOTS:
         QCOMPARE(written(), QByteArray());
     }
 
-    void ifStandardErrorIsClosedTheMessageHandlerIsNotInstalled()
+    void theMessageHandlerIsNotInstalledIfStandardErrorIsClosed()
     {
         const int before = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
         close(STDERR_FILENO);

@@ -79,7 +79,7 @@ private Q_SLOTS:
         QTRY_VERIFY(!brief.isVisible());
     }
 
-    void textsThatANewerTextReplacedAreShownAfterwards()
+    void aReplacedTextIsShownAgainWhenTheNewTextDisappears()
     {
         notice->showText("a");
         notice->showText("b");

@@ -13,7 +13,7 @@ private:
     EnvironmentVariable share{"VYRESHARE"};
 
 private Q_SLOTS:
-    void ifTheEnvironmentSetsNoShareDirectoryTheInstalledDirectoryIsUsed()
+    void theInstalledShareDirectoryIsUsedByDefault()
     {
         share.unset();
         QCOMPARE(Share::absolute("python/YumIO.py"), QStringLiteral("/usr/share/vyre/python/YumIO.py"));

@@ -121,14 +121,14 @@ private Q_SLOTS:
         QCOMPARE(menuOf(edit.createStandardContextMenu()), entries);
     }
 
-    void ifTheProgramIsEnglishTheTextsOfQtAreEnglish()
+    void theTextsOfQtAreEnglishIfTheProgramIsEnglish()
     {
         QCOMPARE(Translations::install(*qApp, {"fr-FR"}), QString());
         QCOMPARE(yes(), QStringLiteral("&Yes"));
         QVERIFY(qApp->findChildren<QTranslator*>().isEmpty());
     }
 
-    void aCatalogueForLanguageAndCountryPrecedesOneForTheLanguage()
+    void aCatalogueForTheCountryIsPreferredToOneForTheLanguage()
     {
         provide("vyre_de.qm", "vyre_de.qm");
         provide("vyre_de_AT.qm", "vyre_de.qm");

@@ -267,7 +267,7 @@ private:
     {
         return QRect(widget->mapTo(widget->window(), QPoint()), widget->size());
     }
-    // Whether a reader comes to `before` first, and then to `after`.
+    // Whether `before` precedes `after` in the reading order.
     static bool isRead(const QRect& before, const QRect& after)
     {
         return before.contains(after) || after.top() >= before.center().y() ||
@@ -326,7 +326,8 @@ private Q_SLOTS:
             QApplication::setPalette(dark);
         }
         standIn = std::make_unique<StandIn>();
-        if (QByteArray(QTest::currentTestFunction()) == "textsFromOutsideAreNeverMarkup") {
+        if (QByteArray(QTest::currentTestFunction()) ==
+            "markupInTextsFromOutsideTheProgramIsShownAsPlainText") {
             watched = std::make_unique<WatchedPipe>();
             foreign = "<h1>x</h1><img src=\"" + watched->path() + "\">&amp;&nbsp;&";
             QFile configuration(standIn->root() + "/etc/yum.conf");
@@ -425,7 +426,7 @@ private Q_SLOTS:
         QCOMPARE(windows, windowCount);
     }
 
-    void textsFromOutsideAreNeverMarkup()
+    void markupInTextsFromOutsideTheProgramIsShownAsPlainText()
     {
         const auto isMarkup = [](const QString& shownText) {
             return Qt::mightBeRichText(shownText) &&

@@ -47,7 +47,7 @@ private Q_SLOTS:
         QVERIFY(temporary->isValid());
     }
 
-    void ifXdgRuntimeDirIsSetItIsNotChanged()
+    void aGivenValueOfXdgRuntimeDirIsNotChanged()
     {
         const QByteArray mine = QFile::encodeName(temporary->filePath("mine"));
         QVERIFY(QDir().mkdir(temporary->filePath("mine")));
@@ -84,14 +84,14 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(runtimeDirectory()));
     }
 
-    void ifTMPDIRIsNotSetTheRuntimeDirectoryIsCreatedInTmp_data()
+    void theRuntimeDirectoryIsCreatedInTmpIfTMPDIRIsNotSet_data()
     {
         QTest::addColumn<QByteArray>("tmpdir");
         QTest::newRow("TMPDIR unset") << QByteArray();
         QTest::newRow("TMPDIR empty") << QByteArray("");
     }
 
-    void ifTMPDIRIsNotSetTheRuntimeDirectoryIsCreatedInTmp()
+    void theRuntimeDirectoryIsCreatedInTmpIfTMPDIRIsNotSet()
     {
         QFETCH(QByteArray, tmpdir);
         const QString expected = "/tmp/" + nameFor(geteuid());
@@ -305,7 +305,7 @@ private Q_SLOTS:
         QCOMPARE(umount(again), 0);
     }
 
-    void ifTheDirectoryCannotBeCreatedXdgRuntimeDirStillNamesIt()
+    void xdgRuntimeDirNamesTheDirectoryEvenIfItCannotBeCreated()
     {
         const QString missing = temporary->filePath("missing");
         const EnvironmentVariable variable("XDG_RUNTIME_DIR", QByteArray());
