@@ -6,13 +6,17 @@
 #include "yumio/YumIO.h"
 
 #include <algorithm>
+#include <cstring>
 #include <functional>
 #include <future>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <QElapsedTimer>
+
+#include <malloc.h>
 
 #include "python/CPython.h"
 #include "services/Progress.h"
@@ -23,36 +27,179 @@
 
 namespace {
 
-// Collects the texts of one record, each followed by a zero byte. The same object is used for all records in
-// turn, so that its buffer is allocated only once.
-class SearchTextsWriter
+// Reads the fields of records, and packs their texts, each followed by a zero byte. YumIO::text() reads any
+// field, but converts each text twice, and looks up each attribute by a new name. Nearly all attributes are
+// ASCII texts, lists of such texts, or empty. This class copies their bytes directly. One object is used for
+// all records in turn, so that its memory is allocated only once. It needs the interpreter lock.
+class FieldReader
 {
 public:
-    void add(const QByteArray& text)
+    explicit FieldReader(YumIO& backEnd) : yumIO(backEnd), names(Fields::Count)
     {
-        if (text.isEmpty()) {
-            // Do not add empty texts one by one. finish() adds one, which is enough for an expression that
-            // matches an empty text.
-            hasEmpty = true;
-            return;
+        for (int i = 0; i < Fields::Count; ++i) {
+            const char* const attribute = Fields::row(static_cast<Fields::Field>(i)).attribute;
+            if (attribute != nullptr) {
+                names[static_cast<size_t>(i)] = PyRef(PyUnicode_InternFromString(attribute));
+            }
         }
-        texts += text.constData(); // copies only up to a zero byte, where matching would end too
-        texts += '\0';
     }
-    // Packs the collected texts.
-    void finish(TextPacker& packer, PackedText& target)
+
+    // Packs the texts of a record.
+    void read(const Package::Entry& entry, TextPacker& packer, PackedText& target)
     {
+        texts.clear();
+        hasEmpty = false;
+        const int owner = entry.kind == Package::Group ? Fields::OfGroups : Fields::OfPackages;
+        Fields::forEachUntil(owner | Fields::Searched, [this, &entry](Fields::Field field) {
+            if (!addDirectly(entry, field)) {
+                add(yumIO.text(entry, field));
+            }
+            return false; // go on with the next field
+        });
         if (hasEmpty) {
             texts += '\0';
         }
         packer.add(target, texts.data(), texts.size());
-        texts.clear();
-        hasEmpty = false;
     }
 
 private:
+    // Adds a text up to a zero byte, where matching would end too. Does not add empty texts one by one.
+    // read() adds one, which is enough for an expression that matches an empty text.
+    void add(const char* text, size_t size)
+    {
+        size = strnlen(text, size);
+        if (size == 0) {
+            hasEmpty = true;
+            return;
+        }
+        texts.append(text, size);
+        texts += '\0';
+    }
+    void add(const QString& text)
+    {
+        const QByteArray bytes = text.toUtf8();
+        add(bytes.constData(), static_cast<size_t>(bytes.size()));
+    }
+
+    // Returns false if it cannot add the text of the field.
+    bool addDirectly(const Package::Entry& entry, Fields::Field field)
+    {
+        const Fields::Row& row = Fields::row(field);
+        PyObject* const name = names[static_cast<size_t>(field)].get();
+        if (row.source == Fields::Source::Record) {
+            add(entry.*row.member);
+            return true;
+        }
+        if (row.source == Fields::Source::Header && entry.state != Package::Installed) {
+            hasEmpty = true; // the script would raise an exception for each package
+            return true;
+        }
+        if (name == nullptr) {
+            PyErr_Clear();
+            return false;
+        }
+        switch (row.source) {
+        case Fields::Source::Text:
+            return addText(entry.pyObject, name);
+        case Fields::Source::Time:
+            return addNoTime(entry.pyObject, name);
+        case Fields::Source::Dependencies:
+            return addList(entry.pyObject, name);
+        default:
+            return false;
+        }
+    }
+
+    // These functions read an attribute. If the attribute is missing, they return false without an exception.
+
+    bool addText(PyObject* package, PyObject* name)
+    {
+        const PyRef value(PyObject_GetAttr(package, name));
+        if (value.get() == Py_None) {
+            hasEmpty = true;
+            return true;
+        }
+        std::string_view text;
+        if (!isAscii(value.get(), text)) {
+            return false;
+        }
+        while (!text.empty() && text.back() == '\n') {
+            text.remove_suffix(1);
+        }
+        add(text.data(), text.size());
+        return true;
+    }
+
+    bool addNoTime(PyObject* package, PyObject* name)
+    {
+        const PyRef value(PyObject_GetAttr(package, name));
+        if (!value) {
+            PyErr_Clear();
+            return false;
+        }
+        if (value.get() != Py_None &&
+            (!PyLong_CheckExact(value.get()) || PyObject_IsTrue(value.get()) != 0)) {
+            return false;
+        }
+        hasEmpty = true;
+        return true;
+    }
+
+    bool addList(PyObject* package, PyObject* name)
+    {
+        const PyRef list(PyObject_GetAttr(package, name));
+        if (!list) {
+            PyErr_Clear();
+            return false;
+        }
+        if (PyList_CheckExact(list.get()) == 0) {
+            return false;
+        }
+        const Py_ssize_t count = PyList_GET_SIZE(list.get());
+        items.clear();
+        parts.clear();
+        for (Py_ssize_t i = 0; i < count; ++i) {
+            std::string_view part;
+            items.emplace_back(PyObject_Str(PyList_GET_ITEM(list.get(), i)));
+            if (!isAscii(items.back().get(), part)) {
+                return false;
+            }
+            parts.push_back(part);
+        }
+        std::sort(parts.begin(), parts.end());
+        joined.clear();
+        for (size_t i = 0; i < parts.size(); ++i) {
+            if (i > 0) {
+                joined += '\n';
+            }
+            joined += parts[i];
+        }
+        add(joined.data(), joined.size());
+        return true;
+    }
+
+    // If the object is a string of ASCII characters, sets `text` to its characters.
+    static bool isAscii(PyObject* object, std::string_view& text)
+    {
+        if (object == nullptr) {
+            PyErr_Clear();
+            return false;
+        }
+        if (!PyUnicode_Check(object) || !PyUnicode_IS_COMPACT_ASCII(object)) {
+            return false;
+        }
+        text = std::string_view(reinterpret_cast<const char*>(PyUnicode_1BYTE_DATA(object)),
+                                static_cast<size_t>(PyUnicode_GET_LENGTH(object)));
+        return true;
+    }
+
+    YumIO& yumIO;
+    std::vector<PyRef> names; // the name of each field's attribute; null for other sources
     std::string texts;
     bool hasEmpty = false;
+    std::vector<PyRef> items;
+    std::vector<std::string_view> parts;
+    std::string joined;
 };
 
 // Packs the texts that a function reads from metadata files, on any thread.
@@ -93,13 +240,14 @@ QHash<QString, RepositoryTexts> byRepository(const QVector<Package::Entry*>& wan
     QHash<QString, RepositoryTexts> found;
     for (int place = 0; place < wanted.count(); ++place) {
         const Package::Entry* entry = wanted.at(place);
-        if (entry->kind == Package::Group || PyObject_HasAttrString(entry->pyObject, "chksum") == 0) {
+        if (entry->kind == Package::Group) {
             continue;
         }
-        RepositoryTexts& repository = found[entry->repo];
         const QByteArray checksum = checksumOf(entry->pyObject);
         if (!checksum.isEmpty()) {
-            repository.wanted.insert(checksum, place);
+            found[entry->repo].wanted.insert(checksum, place);
+        } else if (PyObject_HasAttrString(entry->pyObject, "chksum") != 0) {
+            found[entry->repo]; // the metadata are read, although they have no text of this package
         }
     }
     return found;
@@ -124,6 +272,15 @@ QVector<Package::Entry*> inStoredOrder(const QVector<Package::Entry*>& wanted)
         sorted.append(each.second);
     }
     return sorted;
+}
+
+// Returns free memory to the system. Each thread has freed memory between the texts that it has packed, and
+// the C library would keep this memory for the next allocation.
+void returnFreeMemory()
+{
+#ifdef __GLIBC__
+    malloc_trim(0);
+#endif
 }
 
 } // namespace
@@ -261,17 +418,13 @@ bool YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
         indexAdvisories(true);
     }
     TextPacker packer;
-    SearchTextsWriter writer;
+    FieldReader fields(*this);
     Steps done = 0;
     for (Package::Entry* entry : inStoredOrder(wanted)) {
         if (stopWanted()) {
             break;
         }
-        anySearchText(*entry, [&writer](const QString& text) {
-            writer.add(text.toUtf8());
-            return false; // go on with the next text
-        });
-        writer.finish(packer, entry->searchTexts);
+        fields.read(*entry, packer, entry->searchTexts);
         progress->setItemValue(++done);
     }
     if (indexed) {
@@ -309,6 +462,10 @@ bool YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
     }
     packer.finish();
     progress->reset();
+    repositories.clear();
+    std::vector<PackedText>().swap(files);
+    std::vector<PackedText>().swap(changeLogs);
+    returnFreeMemory();
     const bool complete = !stopWanted();
     if (!complete) {
         for (Package::Entry* entry : wanted) {
