@@ -20,7 +20,7 @@ private Q_SLOTS:
     void menusHaveTheExpectedEntriesAndKeys();
     void menusCanBeTornOff();
     void filterRowHasTheExpectedTexts();
-    void stateBoxHasTheEntriesFromUpdatableToAll();
+    void theStateBoxHasTheExpectedEntries();
     void buttonsHaveTheExpectedTextsAndToolTips();
     void thePartsOfTheWindowAreInTheExpectedOrder();
     void theWindowIsAtLeast768PixelsWideAndFitsTheScreen();
@@ -79,7 +79,7 @@ void MainWindowWidgetsTest::filterRowHasTheExpectedTexts()
     QCOMPARE(shown->groupsBox->toolTip(), QString("Whether or not filter should include package groups"));
 }
 
-void MainWindowWidgetsTest::stateBoxHasTheEntriesFromUpdatableToAll()
+void MainWindowWidgetsTest::theStateBoxHasTheExpectedEntries()
 {
     const QStringList texts{"View Updatable", "View Installable", "View Removable", "View All"};
     QCOMPARE(shown->stateBox->count(), 4);

@@ -40,7 +40,7 @@ private Q_SLOTS:
         brief.showTextAboutLog("errors");
         QTest::qWait(50);
         QVERIFY(brief.isVisible());
-        // Another text replaces it only for a while.
+        // Another text replaces the notice about the log only for a while.
         brief.showText("stopped");
         QCOMPARE(brief.text(), QString("stopped"));
         QTRY_COMPARE(brief.text(), QString("errors"));

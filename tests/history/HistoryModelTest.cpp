@@ -14,7 +14,7 @@ class HistoryModelTest : public QObject
 private Q_SLOTS:
     void eachRowShowsTheTextsOfItsTransaction();
     void everyColumnHasATitleAndAToolTip();
-    void theNumberTimeAndOutputColumnsAreSortedAsNumbers();
+    void numbersTimesAndLineCountsAreNotSortedAsTexts();
     void theResultsOfFailedAndInterruptedTransactionsAreColoured();
     void theExpressionMatchesPackageNamesThatTheRowsDoNotShow();
     void rowOfFindsATransactionByItsNumber();
@@ -73,7 +73,7 @@ void HistoryModelTest::everyColumnHasATitleAndAToolTip()
     QVERIFY(!model.headerData(HistoryModel::ColumnCount, Qt::Horizontal).isValid());
 }
 
-void HistoryModelTest::theNumberTimeAndOutputColumnsAreSortedAsNumbers()
+void HistoryModelTest::numbersTimesAndLineCountsAreNotSortedAsTexts()
 {
     HistoryModel model;
     model.setRecords({record(100), record(9), record(20)});
