@@ -10,6 +10,7 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
+#include <QScopedValueRollback>
 #include <QTest>
 #include <QThread>
 #include <QTimer>
@@ -107,6 +108,7 @@ private Q_SLOTS:
     void messageTextsAreShownAsPlainText();
     void theScrollableDialogShowsTheTextUntilItIsClosed();
     void theWorkerGetsTheAnswerBeforeTheGraphicalThreadReturnsToItsLoop();
+    void aWarningWithADefaultButtonIgnoresKeysAtFirst();
     void oneYumIODialogsObjectServesSeveralRequests();
     void theMainWindowRespondsWhileAWorkerWaitsForADialog();
     void thePointerRefersToTheOuterDialogsAgainWhenANestedUserEnds();
@@ -452,6 +454,29 @@ void YumIODialogsTest::theWorkerGetsTheAnswerBeforeTheGraphicalThreadReturnsToIt
     QCOMPARE(dialogs.confirm("Confirm", "Install", "Yes", "No"), 1);
     QVERIFY(!eventsProcessed);
     QTRY_VERIFY(eventsProcessed);
+}
+
+void YumIODialogsTest::aWarningWithADefaultButtonIgnoresKeysAtFirst()
+{
+    const QScopedValueRollback<int> pause(QuestionGuard::pause, 300);
+    bool pressed = false;
+    QTimer early;
+    connect(&early, &QTimer::timeout, this, [&early, &pressed] {
+        QWidget* dialog = QApplication::activeModalWidget();
+        if (dialog != nullptr && dialog->isVisible() && !takesInput(dialog)) {
+            early.stop();
+            pressed = true;
+            QTest::keyClick(dialog, Qt::Key_Return);
+        }
+    });
+    early.start(1);
+    const int result = run(
+        [](YumIODialogs& dialogs) {
+            return dialogs.warning("Repositories", "Go on?", "Yes", "No", QString(), 0, 1);
+        },
+        [](QDialog* dialog) { QTest::keyClick(dialog, Qt::Key_Escape); });
+    QVERIFY(pressed);
+    QCOMPARE(result, 1);
 }
 
 void YumIODialogsTest::oneYumIODialogsObjectServesSeveralRequests()
