@@ -17,6 +17,7 @@
 #include <QWindow>
 
 #include <functional>
+#include <memory>
 #include <sys/utsname.h>
 #include <unistd.h>
 
@@ -30,6 +31,7 @@
 #include "app/StopButton.h"
 #include "app/WindowSizeKeeper.h"
 #include "packagetable/Model.h"
+#include "packagetable/Preparation.h"
 #include "packagetable/SortFilterProxyModel.h"
 #include "packagetable/View.h"
 #include "python/Python.h"
@@ -162,9 +164,13 @@ void MainWindow::initialize()
     if (quitting()) {
         return;
     }
+    const auto preparation = prepareTable();
+    if (quitting()) {
+        return;
+    }
     model->reset();
     collectedExtraData(); // the collection has changed haveFileLists() and haveOtherData()
-    showTable();
+    showTable(preparation->widest);
     if (search || regexpEdit->text() != expression) {
         // The columns were fitted to all rows. While a search is prepared, rows that do not match must not be
         // visible.
@@ -184,11 +190,22 @@ void MainWindow::initialize()
     initialized = true;
 }
 
-void MainWindow::showTable()
+std::unique_ptr<PackageTable::Preparation> MainWindow::prepareTable()
+{
+    auto preparation = std::make_unique<PackageTable::Preparation>(*yumIO, proxy->sortColumn(),
+                                                                   proxy->sortOrder(), view->font());
+    yumIO->compute([&preparation] { preparation->run(); });
+    if (!quitting()) {
+        proxy->setPrepared(std::move(preparation->rows));
+    }
+    return preparation;
+}
+
+void MainWindow::showTable(const std::vector<int>* widest)
 {
     if (tableArea->isHidden()) {
         tableArea->show();
-        view->resizeColumnsToContents();
+        view->fitColumns(widest);
         KeptLayout::restore(*this, *view);
     }
     updateEmptyText();
@@ -392,6 +409,9 @@ void MainWindow::recollect(Kept kept)
         if (!prepareFilterSearch(proxy->filterRegExp().pattern())) {
             proxy->setFilterRegExp(QString()); // the table has no previous result for the new records
             showNotice(tr("Stopped. The expression does not filter the table."));
+        }
+        if (!quitting()) {
+            prepareTable();
         }
     }
     updateEmptyText();

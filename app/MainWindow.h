@@ -16,6 +16,8 @@
 #include <QSet>
 
 #include <functional>
+#include <memory>
+#include <vector>
 
 #include "app/CommandHost.h"
 #include "packagetable/PackageTable.h"
@@ -44,6 +46,7 @@ class Window;
 }
 namespace PackageTable {
 class Model;
+class Preparation;
 class SortFilterProxyModel;
 class View;
 } // namespace PackageTable
@@ -161,7 +164,10 @@ private:
     bool collect();
     // Filters the table by the expression in the edit.
     void applyExpression();
-    void showTable();
+    // A worker computes what the table needs from all records. The model must be reset afterwards.
+    std::unique_ptr<PackageTable::Preparation> prepareTable();
+    // Shows the table, and fits its columns. The argument is that of View::fitColumns().
+    void showTable(const std::vector<int>* widest = nullptr);
     // Moves the focus to the table after an operation, unless the expression field has the focus.
     void focusTable();
     void updateEmptyText();

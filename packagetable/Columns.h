@@ -4,7 +4,7 @@
 // order. The model, the proxy and the view read these rows. They name only the Action, Kind, Name and
 // Repository columns, because only these columns have further functions.
 //
-// Only the graphical thread uses it. It contains only constants. The code for a cell runs 60,000 times, so no
+// It contains only constants, so any thread may use it. The code for a cell runs 60,000 times, so no
 // function creates a string that the record already contains.
 
 #ifndef PACKAGETABLE_COLUMNS_H

@@ -5,11 +5,9 @@
 #include <QElapsedTimer>
 #include <QRegularExpression>
 
-#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <memory>
-#include <numeric>
 #include <utility>
 
 #include <regex.h>
@@ -170,18 +168,6 @@ private:
     regex_t regex = {};
 };
 
-// Converts the first four characters of a string to a number. Comparing two such numbers gives the same order
-// as comparing the strings.
-quint64 beginning(const QString& text)
-{
-    quint64 number = 0;
-    const int length = text.length();
-    for (int i = 0; i < 4; ++i) {
-        number = number << 16 | (i < length ? text.at(i).unicode() : 0);
-    }
-    return number;
-}
-
 } // namespace
 
 SortFilterProxyModel::SortFilterProxyModel(StateFilter state, bool withDups, bool withGroups, YumIO* backEnd,
@@ -316,7 +302,33 @@ void SortFilterProxyModel::sourceReset()
 {
     // Drop a map that a view may have built while the records changed, because this map is invalid.
     dropMap();
+    adoptPrepared();
     endResetModel();
+}
+
+void SortFilterProxyModel::setPrepared(PreparedRows rows)
+{
+    prepared = std::move(rows);
+}
+
+void SortFilterProxyModel::adoptPrepared()
+{
+    PreparedRows rows;
+    std::swap(rows, prepared);
+    if (rows.count == 0 || rows.count != sourceRows()) {
+        return;
+    }
+    nameRanks = std::move(rows.nameRanks);
+    visible = rows.texts;
+    visibleFrom = std::move(rows.textFrom);
+    if (rows.sortedBy == sortedBy) {
+        if (sortedBy >= 0) {
+            keys[sortedBy] = std::move(rows.keys);
+        }
+        if (rows.sortedIn == sortedIn) {
+            order = std::move(rows.order);
+        }
+    }
 }
 
 void SortFilterProxyModel::sourceDestroyed()
@@ -400,17 +412,9 @@ void SortFilterProxyModel::map() const
     mapping = true;
     const size_t rows = static_cast<size_t>(sourceRows());
     if (order.size() != rows) {
-        order.resize(rows);
-        std::iota(order.begin(), order.end(), 0);
-        if (sortedBy >= 0 && sortedBy < ColumnCount) {
-            const std::vector<qint64>& key = sortKeys(sortedBy);
-            const auto at = [&key](int row) { return key[static_cast<size_t>(row)]; };
-            if (sortedIn == Qt::AscendingOrder) {
-                std::stable_sort(order.begin(), order.end(), [&at](int l, int r) { return at(l) < at(r); });
-            } else {
-                std::stable_sort(order.begin(), order.end(), [&at](int l, int r) { return at(r) < at(l); });
-            }
-        }
+        const bool sorted = sortedBy >= 0 && sortedBy < ColumnCount;
+        static const std::vector<qint64> none;
+        order = Preparation::orderOf(sorted ? sortKeys(sortedBy) : none, rows, sortedIn);
     }
     std::vector<int> listed;
     std::vector<int> listedAt(rows, -1);
@@ -537,44 +541,6 @@ void SortFilterProxyModel::sort(int column, Qt::SortOrder newOrder)
 
 // --- The order
 
-// Returns a rank for each source row: equal texts of the column have the same rank, and a greater text has a
-// greater rank.
-std::vector<int> SortFilterProxyModel::ranksOf(int column) const
-{
-    struct Text
-    {
-        quint64 beginning;
-        QString text;
-        int row;
-    };
-    const int rows = sourceRows();
-    std::vector<Text> texts;
-    texts.reserve(static_cast<size_t>(rows));
-    for (int row = 0; row < rows; ++row) {
-        const QString text = Columns::text(*(*yumIO)[row], column);
-        texts.push_back({beginning(text), text, row});
-    }
-    // Thousands of records may share the memory of one text. So compare the addresses before the characters.
-    const auto isSame = [](const Text& l, const Text& r) {
-        return l.beginning == r.beginning && (l.text.constData() == r.text.constData() || l.text == r.text);
-    };
-    std::sort(texts.begin(), texts.end(), [](const Text& l, const Text& r) {
-        return l.beginning != r.beginning ? l.beginning < r.beginning
-                                          : l.text.constData() != r.text.constData() && l.text < r.text;
-    });
-    std::vector<int> ranks(static_cast<size_t>(rows));
-    int rank = 0;
-    for (size_t i = 0; i < texts.size(); ++i) {
-        if (i > 0 && !isSame(texts[i - 1], texts[i])) {
-            ++rank;
-        }
-        ranks[static_cast<size_t>(texts[i].row)] = rank;
-    }
-    return ranks;
-}
-
-// Returns the sort key of each source row for a column. If two cells are equal, the name of the package
-// decides.
 const std::vector<qint64>& SortFilterProxyModel::sortKeys(int column) const
 {
     const size_t rows = static_cast<size_t>(sourceRows());
@@ -583,20 +549,9 @@ const std::vector<qint64>& SortFilterProxyModel::sortKeys(int column) const
         return key;
     }
     if (nameRanks.size() != rows) {
-        nameRanks = ranksOf(NameColumn);
+        nameRanks = Preparation::ranksOf(*yumIO, NameColumn);
     }
-    key.resize(rows);
-    std::vector<int> ranks;
-    const auto number = Columns::row(column).sortKey;
-    if (number == nullptr && column != NameColumn) {
-        ranks = ranksOf(column); // a column without a sort key is sorted by its texts
-    }
-    for (size_t row = 0; row < rows; ++row) {
-        const qint64 first = number != nullptr ? number(*(*yumIO)[static_cast<int>(row)])
-                             : ranks.empty()   ? 0
-                                               : ranks[row];
-        key[row] = first * (Q_INT64_C(1) << 32) + nameRanks[row];
-    }
+    key = Preparation::keysOf(*yumIO, column, nameRanks);
     return key;
 }
 
@@ -850,29 +805,9 @@ bool SortFilterProxyModel::acceptRow(Package::Entry* entry, int row, const QMode
     return pattern.matches(visible.constData() + visibleFrom[static_cast<size_t>(row)]);
 }
 
-// Joins the visible texts of each row, separated by blanks. Skips empty texts.
 void SortFilterProxyModel::makeTexts() const
 {
-    const int rows = yumIO->count();
-    visibleFrom.reserve(static_cast<size_t>(rows));
-    visible.reserve(100 * rows);
-    for (int row = 0; row < rows; ++row) {
-        visibleFrom.push_back(visible.size());
-        const Package::Entry& entry = *(*yumIO)[row];
-        for (int column = 0; column < ColumnCount; ++column) {
-            if (Columns::row(column).showsPictures()) {
-                continue;
-            }
-            const QString text = Columns::text(entry, column);
-            if (!text.isEmpty()) {
-                if (visible.size() != visibleFrom.back()) {
-                    visible += ' ';
-                }
-                visible += text.toUtf8();
-            }
-        }
-        visible += '\0';
-    }
+    Preparation::joinTexts(*yumIO, visible, visibleFrom);
 }
 
 void SortFilterProxyModel::prepareTexts()

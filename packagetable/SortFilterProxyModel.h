@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "packagetable/PackageTable.h"
+#include "packagetable/Preparation.h"
 #include "widgets/Expression.h"
 #include "widgets/HSortFilterProxyModel.h"
 #include "yumio/Package.h"
@@ -81,6 +82,9 @@ public:
     // Returns whether the expression would list at least one record if it were not case-sensitive. Compares
     // only the visible texts. Gives up, and returns false, after some milliseconds.
     bool matchesIgnoringCase() const;
+    // Gives the proxy what a Preparation has computed for the present records. The proxy uses it at the next
+    // reset of the source model, which must follow before the records change.
+    void setPrepared(PreparedRows rows);
     // Marks every listed record for Update that is updatable.
     void setUpdateListed();
     // Filters and sorts again.
@@ -150,7 +154,7 @@ private:
     void refilter();
     void map() const;
     const std::vector<qint64>& sortKeys(int column) const;
-    std::vector<int> ranksOf(int column) const;
+    void adoptPrepared();
 
     Mode mode;
     bool filtering;
@@ -170,7 +174,8 @@ private:
 
     int sortedBy;
     Qt::SortOrder sortedIn;
-    QTimer idle; // fires shortly after new records arrive, to prepare the texts
+    PreparedRows prepared; // for the next reset of the source model
+    QTimer idle;           // fires shortly after new records arrive, to prepare the texts
     int sortPauses;
     bool sortWanted; // an action changed while a SortPause object existed
 

@@ -4,7 +4,6 @@
 
 #include <QApplication>
 #include <QEvent>
-#include <QFontMetricsF>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -21,79 +20,9 @@
 #include "packagetable/Model.h"
 #include "packagetable/OtherContextMenu.h"
 #include "packagetable/SortFilterProxyModel.h"
+#include "packagetable/WidthEstimate.h"
 
 namespace PackageTable {
-
-// Estimates the width of a text from the widths of pairs of characters. An estimate is much faster than
-// measuring the text. It may be slightly wrong if a font combines three or more characters.
-class View::WidthEstimate
-{
-public:
-    // The estimate for a text with a character that is not printable ASCII. For example, Arabic letters
-    // change their widths inside a word, so adding widths gives no useful result.
-    static constexpr qreal unknown = 1e9;
-
-    explicit WidthEstimate(const QFont& itsFont)
-        : font(itsFont), metrics(itsFont), widths(count, unknown), advances(count * count, unknown)
-    {
-    }
-
-    const QFont& usedFont() const { return font; }
-
-    qreal operator()(const QString& text)
-    {
-        qreal sum = 0;
-        int previous = -1;
-        for (const QChar& character : text) {
-            const int code = character.unicode() - first;
-            if (code < 0 || code >= count) {
-                return unknown;
-            }
-            sum += previous < 0 ? width(code) : advance(previous, code);
-            previous = code;
-        }
-        return sum;
-    }
-
-private:
-    static constexpr int first = ' ';
-    static constexpr int count = '~' - first + 1;
-
-    static QChar letter(int code) { return QChar(first + code); }
-
-    qreal width(int code)
-    {
-        qreal& known = widths[static_cast<size_t>(code)];
-        if (known == unknown) {
-            known = measure(letter(code));
-        }
-        return known;
-    }
-
-    // Returns by how much the letter `code` widens a text that ends with the letter `before`.
-    qreal advance(int before, int code)
-    {
-        qreal& known = advances[static_cast<size_t>(before) * count + static_cast<size_t>(code)];
-        if (known == unknown) {
-            known = measure(QString(letter(before)) + letter(code)) - width(before);
-        }
-        return known;
-    }
-
-    qreal measure(const QString& text) const
-    {
-#if QT_VERSION >= QT_VERSION_CHECK(5, 11, 0)
-        return metrics.horizontalAdvance(text);
-#else
-        return metrics.width(text);
-#endif
-    }
-
-    QFont font;
-    QFontMetricsF metrics;
-    std::vector<qreal> widths;   // by character; measured at its first use
-    std::vector<qreal> advances; // by pair of characters; measured at its first use
-};
 
 View::View(Model* packages, SortFilterProxyModel* sortedRows, QWidget* parent)
     : HTableView(QStyleOptionViewItem::Left, 10, std::numeric_limits<int>::max(), parent), model(packages),
@@ -139,8 +68,14 @@ QModelIndexList View::selectedRows() const
 
 void View::resizeColumnsToContents()
 {
+    fitColumns(nullptr);
+}
+
+void View::fitColumns(const std::vector<int>* widest)
+{
     {
         const QScopedValueRollback<bool> fitting(fittingRecords, true);
+        const QScopedValueRollback<const std::vector<int>*> candidates(widestRecords, widest);
         HTableView::resizeColumnsToContents();
     }
     fittedWidths.clear();
@@ -206,43 +141,19 @@ int View::contentsWidthForColumn(int column) const
         }
         return width;
     }
-    // Only the texts with the largest estimates are measured. If several texts have the same estimate and the
-    // same last letter, one of them is enough. The last letter is compared because its right edge may extend
-    // beyond its width.
+    // Only the texts with the largest estimates are measured.
+    if (fittingRecords && widestRecords != nullptr) {
+        for (const int row : widestRecords[column]) {
+            width = qMax(width, measured(row));
+        }
+        return width;
+    }
     if (widthEstimate == nullptr || widthEstimate->usedFont() != option.font) {
         widthEstimate = std::make_unique<WidthEstimate>(option.font);
     }
-    WidthEstimate& estimate = *widthEstimate;
-    std::vector<qreal> estimates(static_cast<size_t>(count));
-    qreal widest = 0;
-    for (int row = 0; row < count; ++row) {
-        const qreal estimated = estimate(Columns::text(entryAt(row), column));
-        estimates[static_cast<size_t>(row)] = estimated;
-        if (estimated < WidthEstimate::unknown) {
-            widest = qMax(widest, estimated);
-        }
-    }
-    // The real width of a text differs from its estimate by at most this margin.
-    const qreal margin = QFontMetricsF(option.font).averageCharWidth();
-    QSet<qint64> measuredLooks;
-    QSet<QString> measuredTexts;
-    for (int row = 0; row < count; ++row) {
-        const qreal estimated = estimates[static_cast<size_t>(row)];
-        if (estimated == WidthEstimate::unknown) {
-            const QString text = Columns::text(entryAt(row), column);
-            if (!measuredTexts.contains(text)) {
-                measuredTexts.insert(text);
-                width = qMax(width, measured(row));
-            }
-        } else if (estimated + margin >= widest) {
-            const QString text = Columns::text(entryAt(row), column);
-            const qint64 last = text.isEmpty() ? 0 : text.at(text.length() - 1).unicode();
-            const qint64 look = qRound64(estimated * 64) * 128 + last;
-            if (!measuredLooks.contains(look)) {
-                measuredLooks.insert(look);
-                width = qMax(width, measured(row));
-            }
-        }
+    for (const int row : widthEstimate->widestRows(
+             count, [&entryAt, column](int each) { return Columns::text(entryAt(each), column); })) {
+        width = qMax(width, measured(row));
     }
     return width;
 }

@@ -10,6 +10,7 @@
 #define PACKAGETABLE_VIEW_H
 
 #include <memory>
+#include <vector>
 
 #include <QElapsedTimer>
 #include <QList>
@@ -26,6 +27,7 @@ class ActionContextMenu;
 class Model;
 class OtherContextMenu;
 class SortFilterProxyModel;
+class WidthEstimate;
 
 class View : public HTableView
 {
@@ -47,6 +49,9 @@ public:
         QList<int> widths;
         QList<int> places;
     };
+    // Does the same as resizeColumnsToContents(), but measures only some rows of each column. `widest` points
+    // to `ColumnCount` lists of source rows, or is null.
+    void fitColumns(const std::vector<int>* widest);
     Layout layoutByHand() const;
     void restoreLayout(const Layout& layout);
 
@@ -86,13 +91,12 @@ protected:
     int contentsWidthForColumn(int column) const override;
 
 private:
-    class WidthEstimate;
-
     void adaptColors();
 
     Model* model;
     SortFilterProxyModel* proxy;
-    int currentRow;      // the row that the last currentChanged() reported
+    int currentRow;                                  // the row that the last currentChanged() reported
+    const std::vector<int>* widestRecords = nullptr; // the argument of fitColumns() while it runs
     bool fittingRecords; // true while the columns are fitted to all records, not only to the listed ones
     // The following three members describe the last click on a cell of the Action column.
     QPersistentModelIndex pressedRecord; // an index of the source model

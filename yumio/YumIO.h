@@ -143,6 +143,9 @@ public:
     using Matches = std::function<bool(const Expression& expression, size_t index)>;
     bool findMatches(const QString& expression, size_t count, const Matches& matches,
                      std::vector<char>& found);
+    // Runs a computation that needs neither the interpreter nor graphical objects on a worker. In the
+    // meantime, the window serves events, but the user's requests wait.
+    void compute(const std::function<void()>& computation);
     // Calls the function for each searched text, except the file list and the change log, until the function
     // returns true. Returns whether the function returned true.
     bool anySearchText(const Package::Entry& entry, const std::function<bool(const QString&)>& found);
@@ -406,6 +409,7 @@ private:
     bool collectSearchTextsReal(const QVector<Package::Entry*>& wanted);
     bool findMatchesReal(const QString& expression, size_t count, const Matches& matches,
                          std::vector<char>& found);
+    void computeReal(const std::function<void()>& computation);
     void loadChangeLogReal(const Package::Entry& entry);
     bool applyReal();
     bool cleanReal(const QString& label, const char* method);
@@ -421,6 +425,7 @@ private:
     using CollectOtherDataThread = WorkerThread<&YumIO::collectOtherDataReal>;
     using CollectSearchTextsThread = WorkerThread<&YumIO::collectSearchTextsReal>;
     using FindMatchesThread = WorkerThread<&YumIO::findMatchesReal>;
+    using ComputeThread = WorkerThread<&YumIO::computeReal>;
     using LoadChangeLogThread = WorkerThread<&YumIO::loadChangeLogReal>;
     using ApplyThread = WorkerThread<&YumIO::applyReal>;
     using CleanThread = WorkerThread<&YumIO::cleanReal>;

@@ -5,6 +5,7 @@
 #include <QtTest>
 #include <QtWidgets>
 
+#include <algorithm>
 #include <memory>
 
 #include "packagetable/Columns.h"
@@ -90,6 +91,9 @@ private Q_SLOTS:
     void theNextFilterChangeSortsTheTableAfterListedUpdatesWereMarked();
     void theTableIsSortedOnceAtTheEndOfASortPause();
     void aSortPauseHasNoEffectIfTheTableIsNotSortedByAction();
+    void anOrderThatAWorkerHasPreparedIsUsedAtTheNextResetOfTheModel();
+    void anOrderThatWasPreparedForAnotherSettingIsIgnored_data();
+    void anOrderThatWasPreparedForAnotherSettingIsIgnored();
 
 private:
     void readTexts()
@@ -914,6 +918,51 @@ void SortFilterProxyModelTest::theNextFilterChangeSortsTheTableAfterListedUpdate
     QCOMPARE(names(*proxy).first(), QStringLiteral("tool"));
     proxy->setFilterRegExp("");
     QCOMPARE(names(*proxy).mid(0, 3), (QStringList{"many", "tool", "editor"}));
+}
+
+void SortFilterProxyModelTest::anOrderThatAWorkerHasPreparedIsUsedAtTheNextResetOfTheModel()
+{
+    proxy->sort(NameColumn);
+    const QStringList before = names(*proxy);
+    PreparedRows reversed;
+    reversed.count = table->yumIO.count();
+    reversed.sortedBy = NameColumn;
+    for (int row = proxy->rowCount() - 1; row >= 0; --row) {
+        reversed.order.push_back(proxy->mapToSource(proxy->index(row, 0)).row());
+    }
+    proxy->setPrepared(reversed);
+    QCOMPARE(names(*proxy), before);
+    model->reset();
+    QStringList expected = before;
+    std::reverse(expected.begin(), expected.end());
+    QCOMPARE(names(*proxy), expected);
+    model->reset(); // the prepared order is valid for one reset only
+    QCOMPARE(names(*proxy), before);
+}
+
+void SortFilterProxyModelTest::anOrderThatWasPreparedForAnotherSettingIsIgnored_data()
+{
+    QTest::addColumn<int>("more");
+    QTest::addColumn<int>("column");
+    QTest::addColumn<Qt::SortOrder>("order");
+    QTest::addRow("for another number of records") << 1 << int(NameColumn) << Qt::AscendingOrder;
+    QTest::addRow("for another sorted column") << 0 << int(VersionColumn) << Qt::AscendingOrder;
+    QTest::addRow("for descending order") << 0 << int(NameColumn) << Qt::DescendingOrder;
+}
+
+void SortFilterProxyModelTest::anOrderThatWasPreparedForAnotherSettingIsIgnored()
+{
+    QFETCH(int, more);
+    QFETCH(int, column);
+    QFETCH(Qt::SortOrder, order);
+    proxy->sort(NameColumn);
+    const QStringList before = names(*proxy);
+    Preparation other(table->yumIO, column, order, QFont());
+    other.run();
+    other.rows.count += more;
+    proxy->setPrepared(other.rows);
+    model->reset();
+    QCOMPARE(names(*proxy), before);
 }
 
 void SortFilterProxyModelTest::theTableIsSortedOnceAtTheEndOfASortPause()
