@@ -9,8 +9,9 @@
 // VYRE_PROBE, and then ends the program. Everything runs on the graphical thread.
 //
 // VYRE_PROBE_PARTS lists the parts to measure after the start: filter sort cells columns search first-search
-// refresh listing. VYRE_PROBE_START is the monotonic time at which the program was started.
+// refresh listing windows. VYRE_PROBE_START is the monotonic time at which the program was started.
 
+#include <QAction>
 #include <QApplication>
 #include <QComboBox>
 #include <QDialog>
@@ -196,6 +197,11 @@ private Q_SLOTS:
         }
         if (what.contains("listing")) {
             listing();
+        }
+        if (what.contains("windows")) {
+            result[QStringLiteral("windows")] = QJsonObject{
+                {QStringLiteral("history"), window("history", QStringLiteral("&History"))},
+                {QStringLiteral("advisories"), window("advisories", QStringLiteral("&Advisories"))}};
         }
         if (what.contains("refresh")) {
             refresh();
@@ -503,6 +509,41 @@ private:
                         {QStringLiteral("computed"), computedByAll() - before},
                         {QStringLiteral("dialog"), dialogPainted}};
         timed("mark", [this] { buttons.value(QStringLiteral("Clear Actions"))->click(); });
+    }
+
+    // Opens a window from the menu, and closes it a second after it was painted.
+    QJsonObject window(const char* name, const QString& text)
+    {
+        QAction* wanted = nullptr;
+        const QList<QAction*> actions = view->window()->findChildren<QAction*>();
+        for (QAction* action : actions) {
+            if (action->text() == text) {
+                wanted = action;
+            }
+        }
+        if (wanted == nullptr) {
+            qFatal("the menu lacks %s", qPrintable(text));
+        }
+        dialogPainted = 0;
+        int rows = 0;
+        QTimer answer;
+        connect(&answer, &QTimer::timeout, this, [this, &rows] {
+            auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            if (dialog != nullptr && dialogPainted != 0 && monotonic() - dialogPainted > 1) {
+                const QList<QAbstractItemView*> lists = dialog->findChildren<QAbstractItemView*>();
+                for (const QAbstractItemView* list : lists) {
+                    rows = qMax(rows, list->model() != nullptr ? list->model()->rowCount() : 0);
+                }
+                dialog->reject();
+            }
+        });
+        answer.start(10);
+        const double start = monotonic();
+        const double before = computedByAll();
+        timed(name, [wanted] { wanted->trigger(); });
+        return {{QStringLiteral("painted"), dialogPainted - start},
+                {QStringLiteral("computed"), computedByAll() - before},
+                {QStringLiteral("rows"), rows}};
     }
 
     QTableView* view;
