@@ -3846,14 +3846,6 @@ Ohne sie fortfahren?
         <translation>Pakete vergleichen</translation>
     </message>
     <message>
-        <source>apply all changes</source>
-        <translation>alle Änderungen anwenden</translation>
-    </message>
-    <message>
-        <source>complete the transaction</source>
-        <translation>die Transaktion abschließen</translation>
-    </message>
-    <message>
         <source>Locked by %1</source>
         <translation>Gesperrt durch %1</translation>
     </message>

@@ -186,14 +186,9 @@ bool YumIO::carryOut(const std::function<PyObject*()>& method)
         readOutcome();
         const QString changes = transaction.outcome.changes();
         const QString carriedOut = changes.isEmpty() ? QString() : tr("Carried out: %1.").arg(changes);
-        // The heading of a failure message must not deny the changes that the message names.
-        const QString what = changes.isEmpty() ? tr("apply changes")
-                             : transaction.outcome.counts[TransactionOutcome::Failed] != 0
-                                 ? tr("apply all changes")
-                                 : tr("complete the transaction");
         // No other exception needs a message here, because pyMethodCall() has already reported it.
-        if (stopRaised(result.get()) || commExceptRaised(result.get(), what, carriedOut) || !result ||
-            result.get() == Py_False) {
+        if (stopRaised(result.get()) || commExceptRaised(result.get(), tr("apply changes"), carriedOut) ||
+            !result || result.get() == Py_False) {
             transaction.txApplied = false; // keep the marks
         }
     }

@@ -75,7 +75,7 @@ class OutcomeTest(JourneyTest):
             window.accept(window.apply())
             dialog = self.read_dialog(window.program, 'VYRE Yum Error', 'The transaction failed for:\nbrokenlatch',
                                       'The scriptlet of brokenlatch-1.0-1.noarch failed.',
-                                      'Unable to apply all changes')
+                                      'Unable to apply changes')
             self.assertTrue(dialog.text().startswith('Carried out: 1 installed, 1 updated.\n'), dialog.text())
             self.picture('failure-after-changes')
             self.close_dialog(window.program, dialog)
