@@ -3,10 +3,10 @@
 // The advisory window. It lists the repositories' advisories about installed packages, shows the details of
 // the current advisory, and has buttons that mark the requested updates.
 //
-// It is modal, so the records and the advisories do not change while it is open. It does not change records:
-// its signal reports the records to mark.
+// The window is modal, so the records and the advisories do not change while the window is open. The window
+// does not change records either: its signal reports the records to mark.
 //
-// It lives on the graphical thread. The main window creates it on the first request and owns it.
+// The object lives on the graphical thread. The main window creates it on the first request and owns it.
 
 #ifndef ADVISORIES_ADVISORYDIALOG_H
 #define ADVISORIES_ADVISORYDIALOG_H
@@ -34,8 +34,8 @@ public:
     // The main window owns the back end.
     AdvisoryDialog(YumIO* backEnd, QWidget* parent);
 
-    // Lists the advisories that the back end has read. If the current advisory is still in the list, it stays
-    // current.
+    // Lists the advisories that the back end has read. If the list still contains the current advisory, this
+    // advisory stays current.
     void load();
 
 Q_SIGNALS:

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Finds the records to mark for the updates that advisories request. If a package has no record that can be
-// marked, reports the reason.
+// Finds the records that must be marked for the updates that advisories request. If a package has no record
+// that can be marked, reports the reason.
 //
-// Only the graphical thread uses it, while no worker runs. It has no state.
+// Only the graphical thread calls these functions, while no worker runs. They have no state.
 
 #ifndef ADVISORIES_ADVISORYMARKER_H
 #define ADVISORIES_ADVISORYMARKER_H
@@ -27,7 +27,7 @@ class AdvisoryMarker
 public:
     struct Found
     {
-        QVector<Package::Entry*> entries; // each record once; all permit the Update action
+        QVector<Package::Entry*> entries; // all permit the Update action; no record is repeated
         QStringList refusals;             // one line for each package whose update cannot be marked
     };
 

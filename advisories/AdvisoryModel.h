@@ -3,7 +3,7 @@
 // The table of advisories. Each row is one advisory; the newest advisory comes first. A filter expression
 // also finds the CVE numbers, the bug numbers, the packages and the description of an advisory.
 //
-// It lives on the graphical thread; its Qt parent owns it. It owns a copy of the advisories.
+// The object lives on the graphical thread; its Qt parent owns it. The object owns a copy of the advisories.
 
 #ifndef ADVISORIES_ADVISORYMODEL_H
 #define ADVISORIES_ADVISORYMODEL_H
@@ -27,7 +27,7 @@ public:
     const QVector<Advisory>& all() const { return advisories; }
     // Returns the advisory of a row, which must exist.
     const Advisory& advisory(int row) const { return advisories.at(row); }
-    // Returns the row of the advisory with this identifier, or -1 if no advisory has it.
+    // Returns the row of the advisory with this identifier, or -1 if no advisory has this identifier.
     int rowOf(const QString& id) const;
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;

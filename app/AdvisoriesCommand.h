@@ -3,7 +3,7 @@
 // The command "Advisories": reads the repositories' advisories and shows them in the Advisories window. It
 // marks the updates that the user chooses there.
 //
-// It lives on the graphical thread; the main window owns it.
+// The object lives on the graphical thread; the main window owns it.
 
 #ifndef APP_ADVISORIESCOMMAND_H
 #define APP_ADVISORIESCOMMAND_H

@@ -5,11 +5,11 @@
 //
 // While the application object is created, an object of this class stores Qt's messages. If the start fails,
 // the object prints one message, and also the usage text if the arguments ask for help. Then it ends the
-// process with exit status 1. If the start succeeds, it passes the stored messages to the previous message
-// handler.
+// process with exit status 1. If the start succeeds, the object passes the stored messages to the previous
+// message handler.
 //
-// main() creates it on the graphical thread, immediately before the application object, and destroys it
-// immediately after the application object has been created. Only one object may exist at a time.
+// main() creates this object on the graphical thread, immediately before the application object, and destroys
+// this object immediately after the application object has been created. Only one object may exist at a time.
 
 #ifndef APP_APPLICATIONSTART_H
 #define APP_APPLICATIONSTART_H
@@ -25,8 +25,8 @@ class QString;
 class ApplicationStart
 {
 public:
-    // The arguments are those of main(), which must outlive this object. A null pointer ends them. This
-    // object reads them only if the start fails.
+    // The arguments are those of main(), which must outlive this object. A null pointer ends the arguments.
+    // This object reads the arguments only if the start fails.
     explicit ApplicationStart(char** argv);
     ~ApplicationStart();
     ApplicationStart(const ApplicationStart&) = delete;

@@ -27,7 +27,7 @@ public:
     virtual QWidget* dialogParent() = 0;
     // Returns null as soon as the program has begun to end.
     virtual YumIO* backEnd() const = 0;
-    // Returns whether the window is closed, or closes at the end of the current operation.
+    // Returns true if the window is closed, or if it will close at the end of the current operation.
     virtual bool isClosing() const = 0;
     // Returns whether the last collection of packages has succeeded.
     virtual bool hasPackages() const = 0;
@@ -41,15 +41,15 @@ public:
     enum Kept { NoMarks, AllMarks, LeftOutMarks };
     // Reads the packages again.
     virtual void recollect(Kept kept) = 0;
-    // Runs an operation that may change the system, and reads the packages again afterwards. Returns whether
-    // the operation has succeeded or changed the system.
+    // Runs an operation that may change the system, and reads the packages again afterwards. Returns true if
+    // the operation has succeeded, or if it has failed after a change to the system.
     virtual bool carryOut(const std::function<bool()>& operation, Kept kept) = 0;
     // Updates the controls that depend on the marks.
     virtual void marksChanged() = 0;
 
     // Logs a message as a warning, and shows it next to the menus for a while.
     virtual void warnAndNotice(const QString& text) = 0;
-    // If the log has new errors, shows a notice.
+    // If an error was logged after the creation of `errors`, shows a notice.
     virtual void showErrors(const ErrorWatch& errors) = 0;
 };
 

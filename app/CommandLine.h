@@ -19,7 +19,7 @@ void printUsage();
 namespace CommandLine {
 
 // Applies the options in the order of the command line. If two options set the same value, the last one wins.
-// Qt's own options have already been removed by Qt.
+// Qt has already removed its own options.
 void apply(int argc, char** argv, MainWindow& window);
 
 } // namespace CommandLine

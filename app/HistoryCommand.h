@@ -2,7 +2,7 @@
 
 // The command "History": shows the History window, and carries out what the user chooses there.
 //
-// It lives on the graphical thread; the main window owns it.
+// The object lives on the graphical thread; the main window owns it.
 
 #ifndef APP_HISTORYCOMMAND_H
 #define APP_HISTORYCOMMAND_H

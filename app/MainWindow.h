@@ -4,7 +4,7 @@
 // bars. It owns the back end and all objects that use the back end. It disables the controls before each long
 // operation and enables them afterwards.
 //
-// It lives on the graphical thread. main() creates it and never deletes it.
+// The object lives on the graphical thread. main() creates it and never deletes it.
 
 #ifndef APP_MAINWINDOW_H
 #define APP_MAINWINDOW_H
@@ -73,7 +73,7 @@ public:
 
     void setVisible(bool visible) override;
     QSize sizeHint() const override;
-    // Hides the function of QMainWindow, which would replace the row of the menus by a new menu bar.
+    // Hides QMainWindow::menuBar(), which would replace the row of the menus by a new menu bar.
     QMenuBar* menuBar() const { return menus; }
 
     // Returns whether the back end is changing the system now. This work must not be interrupted.
@@ -139,17 +139,17 @@ private:
     bool carryOut(const std::function<bool()>& operation, Kept kept) override;
     void marksChanged() override;
     void showErrors(const ErrorWatch& errors) override;
-    // If the last collection left out other repositories without a question than the last notice says, shows
-    // a notice.
+    // Shows a notice about the repositories that the last collection left out without a question. Shows no
+    // notice if the last notice was about the same repositories.
     void showSkippedRepos();
 
     void createMenuBar();
     void createMainArea();
     QBoxLayout* createFilterRow();
     QBoxLayout* createButtonRow();
-    // Reads the texts for a search, and compares the records with the expression. Workers do both.
-    // `expression` and the boxes of the filter row are the settings that the table will get. Returns false if
-    // the user has stopped the search; the table is then unchanged.
+    // Workers read the texts for a search, and compare the records with the expression. `expression` and the
+    // boxes of the filter row are the settings that the table will get. Returns false if the user has stopped
+    // the search; the table is then unchanged.
     bool prepareFilterSearch(const QString& expression);
     // Compares the records with the settings of the filter row and with `expression`, and then calls
     // `change`, which changes the table. If the user stops the comparison, the filter row again shows the
@@ -160,13 +160,15 @@ private:
     void anyFilterChanged();
     void warnConfigure();
     void warnUnlistedActions();
-    // Returns whether the user has stopped the collection. In this case, the packages come from the cache.
+    // Reads the packages. If the user stops the collection, reads the packages from the cache and returns
+    // true.
     bool collect();
-    // Filters the table by the expression in the edit.
+    // Filters the table by the expression in the expression field.
     void applyExpression();
-    // A worker computes what the table needs from all records. The model must be reset afterwards.
+    // A worker computes the values that the table needs before it can show the records. The caller must reset
+    // the model afterwards.
     std::unique_ptr<PackageTable::Preparation> prepareTable();
-    // Shows the table, and fits its columns. The argument is that of View::fitColumns().
+    // Shows the table, and fits its columns. `widest` is the argument for View::fitColumns().
     void showTable(const std::vector<int>* widest = nullptr);
     // Moves the focus to the table after an operation, unless the expression field has the focus.
     void focusTable();

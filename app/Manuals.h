@@ -19,8 +19,8 @@ class Manuals
     Q_DECLARE_TR_FUNCTIONS(Manuals)
 
 public:
-    // If a program cannot be started, these functions show a message over the window. If the manual is not
-    // installed, they start no program and return a message for the user.
+    // If a program cannot be started, each of these functions shows a message over the window. If the manual
+    // is not installed, openHtml() and openPdf() start no program and return a message for the user.
     static QString openHtml(QWidget* window);
     static QString openPdf(QWidget* window);
     static void openPage(QWidget* window, const QString& address);
@@ -29,7 +29,7 @@ public:
     static inline QString directory = QStringLiteral("/usr/share/doc/vyre");
 
 private:
-    // The last element of the command is the path of the file.
+    // The last element of the command is the path of the file to open.
     static QString openFile(QWidget* window, const QStringList& command);
 };
 

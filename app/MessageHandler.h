@@ -2,10 +2,10 @@
 
 // Writes Qt's own messages to the terminal from which the program was started.
 //
-// main() installs it once, before any other thread exists. Qt calls it on any thread. It does not write to
-// descriptor 2, because an operation may replace this descriptor by a pipe that the graphical thread reads.
-// If the graphical thread wrote a message to that pipe while it is full, the thread would wait for itself for
-// ever.
+// main() installs this message handler once, before any other thread exists. Qt calls the handler on any
+// thread. The handler does not write to descriptor 2, because an operation may replace this descriptor by a
+// pipe that the graphical thread reads. If the graphical thread wrote a message to that pipe while the pipe
+// is full, the thread would wait for itself for ever.
 
 #ifndef APP_MESSAGEHANDLER_H
 #define APP_MESSAGEHANDLER_H
@@ -17,7 +17,7 @@ namespace MessageHandler {
 void install();
 
 // Writes a message of VYRE to the same terminal. Code that Qt's message handler calls must use this function,
-// because Qt does not call the handler again while it runs.
+// because Qt does not call the handler again while the handler runs.
 void say(const QString& text);
 
 // Sets a function that is called after each message. The argument is true if Qt is about to abort the

@@ -3,10 +3,10 @@
 // A message next to the menus. A message box would interrupt the user. Most messages disappear after a while.
 // A message about the log stays until the user opens the log or starts an operation.
 //
-// The row of the menus has space for only one text. A new text is visible immediately. The text that it
-// replaces is visible again afterwards, because the user may not have read it yet.
+// The row of the menus has space for only one text. A new text is visible immediately. When it disappears,
+// the text that it has replaced is visible again, because the user may not have read that text yet.
 //
-// It lives on the graphical thread; its Qt parent owns it.
+// The object lives on the graphical thread; its Qt parent owns it.
 
 #ifndef APP_NOTICE_H
 #define APP_NOTICE_H
@@ -28,10 +28,10 @@ public:
     void showText(const QString& text);
     // Shows a text that refers to the log.
     void showTextAboutLog(const QString& text);
-    // The user has opened the log. All texts that refer to the log end.
+    // Call this function when the user has opened the log. All texts that refer to the log disappear.
     void logOpened();
-    // The user has started an operation. The visible text ends, because it describes the state before the
-    // operation. The texts that it has replaced follow.
+    // Call this function when the user has started an operation. The visible text disappears, because it
+    // describes the state before the operation. Then the texts that it has replaced become visible.
     void beginOperation();
 
 private Q_SLOTS:

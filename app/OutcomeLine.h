@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // The outcome of the last transaction, in one line next to the menus, with a button that opens the log at the
-// beginning of this transaction. It is hidden until the first transaction ends. The next operation hides it
-// again.
+// beginning of this transaction. The line is hidden until the first transaction ends. The next operation
+// hides the line again.
 //
-// It lives on the graphical thread; its Qt parent owns it.
+// The object lives on the graphical thread; its Qt parent owns it.
 
 #ifndef APP_OUTCOMELINE_H
 #define APP_OUTCOMELINE_H

@@ -4,8 +4,8 @@
 // A running transaction is completed, and all other work is abandoned. Then the program releases the locks
 // and removes the runtime directory.
 //
-// It lives on the graphical thread. main() owns the only object. It creates this object after the main
-// window, which it never deletes.
+// The object lives on the graphical thread. main() owns the only object, and creates this object after the
+// main window. main() never deletes the main window.
 
 #ifndef APP_PROGRAMEND_H
 #define APP_PROGRAMEND_H
@@ -23,7 +23,7 @@ class ProgramEnd : public QObject
 
 public:
     // `lastCleanUp` is called immediately before the object ends the process. If the program ends normally,
-    // main() does this work itself.
+    // main() does the same clean-up itself.
     ProgramEnd(MainWindow& mainWindow, std::function<void()> lastCleanUp);
     // Runs only if the program ends normally. After that, a lost display or a call of exit() has no effect.
     ~ProgramEnd() override;

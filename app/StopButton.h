@@ -3,8 +3,8 @@
 // The button that stops the running operation. While the button is enabled, the Escape key also presses it.
 // Its tool tip describes the effect of a press, or the reason why the operation cannot be stopped.
 //
-// It lives on the graphical thread; its Qt parent owns it. The main window connects clicked() and reports
-// each new state.
+// The object lives on the graphical thread; its Qt parent owns it. The main window connects clicked() and
+// reports each new state to the button.
 
 #ifndef APP_STOPBUTTON_H
 #define APP_STOPBUTTON_H

@@ -22,8 +22,9 @@ namespace Translations {
 QStringList directories();
 
 // Loads the catalogue of the first language that has a catalogue, and Qt's own catalogue of that language. A
-// language has a name such as "de-DE" or "de". The preferred language comes first. English ends the search.
-// Returns the file name without its suffix, or an empty string if the texts stay English.
+// language has a name such as "de-DE" or "de". The preferred language comes first. If the search reaches
+// English, it ends, because English needs no catalogue. Returns the file name without its suffix, or an empty
+// string if the texts stay English.
 QString install(QCoreApplication& app, const QStringList& languages);
 
 // Calls the function above with the languages that the environment selects.

@@ -3,7 +3,7 @@
 // The commands of the table that lock packages at their version and unlock them. Afterwards this class reads
 // the packages again, because the locks decide which updates exist.
 //
-// It lives on the graphical thread; the main window owns it.
+// The object lives on the graphical thread; the main window owns it.
 
 #ifndef APP_VERSIONLOCKSCOMMAND_H
 #define APP_VERSIONLOCKSCOMMAND_H

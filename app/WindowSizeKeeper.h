@@ -3,7 +3,7 @@
 // Restores the size that a window had when it was last closed, in this run of the program or in an earlier
 // run.
 //
-// It lives on the graphical thread. The window owns it.
+// The object lives on the graphical thread. The window owns it.
 
 #ifndef APP_WINDOWSIZEKEEPER_H
 #define APP_WINDOWSIZEKEEPER_H
@@ -26,7 +26,7 @@ public:
 private:
     QWidget* window;
     QString key;
-    QSize sizeWhenShown; // the size to compare with: it is saved only if the user changes it
+    QSize sizeWhenShown; // a size is saved only if it differs from this size
 };
 
 #endif

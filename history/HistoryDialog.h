@@ -3,11 +3,12 @@
 // The history window. It lists all transactions, shows the details of the current transaction, and has
 // buttons that undo and repeat transactions.
 //
-// A worker reads the list when the window opens. It reads the details of a transaction shortly after this
-// transaction became current. During this time, the user can select another transaction. The window does not
-// change the system: a button closes the window, and then the main window carries out the user's request.
+// A worker reads the list when the window opens, and the details of a transaction shortly after this
+// transaction became current. While a worker reads details, the user can select another transaction. The
+// window does not change the system: a button closes the window, and then the main window carries out the
+// user's request.
 //
-// It lives on the graphical thread. The main window creates it on the first request and owns it.
+// The object lives on the graphical thread. The main window creates it on the first request and owns it.
 
 #ifndef HISTORY_HISTORYDIALOG_H
 #define HISTORY_HISTORYDIALOG_H
@@ -39,7 +40,8 @@ public:
     // An empty string means that no such reason exists.
     void setRefusal(const QString& text) { refusal = text; }
 
-    // Both functions return the user's request. They are valid after exec() has returned QDialog::Accepted.
+    // These functions return the kind of the user's request, and the number of its transaction. Call them
+    // only after exec() has returned QDialog::Accepted.
     Replay wantedReplay() const { return wanted; }
     qint64 wantedNumber() const { return number; }
 
@@ -70,7 +72,7 @@ private:
     QPushButton* undoButton;
     QPushButton* sinceButton;
     QPushButton* redoButton;
-    QTimer describeTimer;         // runs shortly after another row has become current
+    QTimer describeTimer;         // fires shortly after another row has become current
     QHash<qint64, QString> known; // the details that were read since the window was opened
     QString refusal;
     QString fault; // the reason why no transaction can be undone, or empty

@@ -2,8 +2,8 @@
 
 // The table of recorded transactions. Each row is one transaction; the newest transaction comes first.
 //
-// It lives on the graphical thread; its Qt parent owns it. It owns the records, so a cell never calls the
-// script.
+// The object lives on the graphical thread; its Qt parent owns it. The object owns the records, so a cell
+// never calls the script.
 
 #ifndef HISTORY_HISTORYMODEL_H
 #define HISTORY_HISTORYMODEL_H

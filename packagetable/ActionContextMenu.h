@@ -3,7 +3,7 @@
 // The menu of the Action column. It sets an action for the clicked row, or for all selected rows whose state
 // permits the action. If the package manager has version locks, the menu also locks and unlocks these rows.
 //
-// It lives on the graphical thread; the view is its Qt parent.
+// The object lives on the graphical thread; the view is its Qt parent.
 
 #ifndef PACKAGETABLE_ACTIONCONTEXTMENU_H
 #define PACKAGETABLE_ACTIONCONTEXTMENU_H

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // Describes each column of the package table by one Row: its heading, the contents of its cells and its sort
-// order. The model, the proxy and the view read these rows. They name only the Action, Kind, Name and
-// Repository columns, because only these columns have further functions.
+// order. The model, the proxy and the view read these rows. These three classes name only the Action, Kind,
+// Name and Repository columns, because only these columns have further functions.
 //
-// It contains only constants, so any thread may use it. The code for a cell runs 60,000 times, so no
+// The class contains only constants, so any thread may use it. The code for a cell runs 60,000 times, so no
 // function creates a string that the record already contains.
 
 #ifndef PACKAGETABLE_COLUMNS_H
@@ -60,8 +60,9 @@ public:
     {
         return all[column].showsPictures() ? QString() : all[column].text(record);
     }
-    // Both functions translate a text of a column to the user's language.
+    // Returns the heading of a column in the user's language.
     static QString title(int column);
+    // Returns the tool tip of the column's heading in the user's language.
     static QString toolTip(int column);
 
 private:

@@ -3,7 +3,7 @@
 // The contents of the description dialog for one record. It has pairs of a label and a value, and buttons for
 // the file list, the change log and the repository.
 //
-// It lives on the graphical thread. The dialog owns it, and deletes its widgets before this object.
+// The object lives on the graphical thread. The dialog owns it, and deletes its widgets before this object.
 
 #ifndef PACKAGETABLE_DESCRIBEAREA_H
 #define PACKAGETABLE_DESCRIBEAREA_H
@@ -40,17 +40,17 @@ class Area : public QObject
 
 public:
     // Adds widgets to the layout. The layout's parent widget owns these widgets. The caller keeps the
-    // ownership of the arguments. The primary area shows all fields. The other areas show only the fields
-    // that differ between versions.
+    // ownership of the arguments. If `primary` is true, the area shows all fields; otherwise it shows only
+    // the fields that differ between versions.
     Area(Describe::Host* window, QVBoxLayout* layout, YumIO* backEnd, const Package::Entry& record,
          YumConfIO* configuration, bool primary);
 
-    // Each function adds one pair as a row and advances to the next row. If the value is empty, the function
-    // adds nothing.
+    // Each function adds one row and increases `row`. If the value is empty, addPair() adds nothing.
     void addHeader(int& row, QString text);
     void addPair(int& row, QString label, QString value);
     QPushButton* addButton(int& row, QString label, QString buttonText);
-    // Returns null if the value is empty.
+    // Adds a row with a button after the value, and returns the button. If the value is empty, adds nothing
+    // and returns null.
     QPushButton* addPairButton(int& row, QString label, QString value, QString buttonText);
 
     // Updates the labels of the buttons. Each label shows whether a click must first load data.

@@ -3,8 +3,8 @@
 // Shows all data of the back end for one row of the package table. It has an area for the record, and a
 // shorter area for each other installed version.
 //
-// It lives on the graphical thread. The model creates one dialog with the table as its parent, and uses it
-// repeatedly. A closed dialog contains no data of a record.
+// The object lives on the graphical thread. The model creates one dialog with the table as its parent, and
+// uses it repeatedly. A closed dialog contains no data of a record.
 
 #ifndef PACKAGETABLE_DESCRIBEDIALOG_H
 #define PACKAGETABLE_DESCRIBEDIALOG_H

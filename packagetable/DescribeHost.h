@@ -2,7 +2,7 @@
 
 // The interface of the window around the areas that describe a package.
 //
-// It lives on the graphical thread; the window implements it.
+// The window implements the functions, which run on the graphical thread.
 
 #ifndef PACKAGETABLE_DESCRIBEHOST_H
 #define PACKAGETABLE_DESCRIBEHOST_H

@@ -2,7 +2,8 @@
 
 // Shows the configuration of one repository, and opens the repository in the user's web browser.
 //
-// It lives on the graphical thread. Its Qt parent is the description dialog, which uses it repeatedly.
+// The object lives on the graphical thread. Its Qt parent is the description dialog, which uses it
+// repeatedly.
 
 #ifndef PACKAGETABLE_DESCRIBEREPODIALOG_H
 #define PACKAGETABLE_DESCRIBEREPODIALOG_H

@@ -3,8 +3,8 @@
 // The back end's package records as a table, with one row for each record in the back end's list. When the
 // user marks records, this class writes the actions into the records.
 //
-// It lives on the graphical thread; the main window owns it. It has no copy of the back end's list. After
-// each change to that list, call reset() before a view reads again.
+// The object lives on the graphical thread; the main window owns it. The object has no copy of the back end's
+// list. After each change to that list, call reset() before a view reads again.
 
 #ifndef PACKAGETABLE_MODEL_H
 #define PACKAGETABLE_MODEL_H
@@ -87,7 +87,7 @@ public Q_SLOTS:
     // Marks available packages for Install and updatable packages for Update. Skips all other records. Also
     // skips a record if a package with another name replaces it or is replaced by it.
     void setSelected(QModelIndexList indices);
-    // Marks these records for Update if they permit it.
+    // Marks each of these records for Update, if the record permits this action.
     void setUpdates(const QVector<Package::Entry*>& entries);
     void clearActions();
 

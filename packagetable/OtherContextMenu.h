@@ -2,7 +2,7 @@
 
 // The menu of all columns except the Action column.
 //
-// It lives on the graphical thread; the view is its Qt parent.
+// The object lives on the graphical thread; the view is its Qt parent.
 
 #ifndef PACKAGETABLE_OTHERCONTEXTMENU_H
 #define PACKAGETABLE_OTHERCONTEXTMENU_H

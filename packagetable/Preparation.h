@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Computes what the table needs from all records before it can show them: the order of the rows, the joined
+// Computes the values that the table needs before it can show the records: the order of the rows, the joined
 // texts for the filter, and the rows with the widest texts. For 60,000 records, this takes a tenth of a
-// second, so a worker does it while the window serves events.
+// second, so a worker does this work while the window serves events.
 //
-// The graphical thread creates and deletes an object. One worker calls run(), while nobody changes the
+// The graphical thread creates and deletes an object. One worker calls run(), while no other code changes the
 // records. The functions that only read records may run on any thread under the same condition.
 
 #ifndef PACKAGETABLE_PREPARATION_H
@@ -24,11 +24,11 @@ namespace PackageTable {
 // The order of all rows, and their texts.
 struct PreparedRows
 {
-    int count = 0; // of all records
+    int count = 0; // the number of all records
     int sortedBy = -1;
     Qt::SortOrder sortedIn = Qt::AscendingOrder;
     std::vector<int> nameRanks;
-    std::vector<qint64> keys; // of the sorted column
+    std::vector<qint64> keys; // the sort keys of the sorted column
     std::vector<int> order;   // the sorted source rows
     QByteArray texts;         // see joinTexts()
     std::vector<int> textFrom;
@@ -37,13 +37,13 @@ struct PreparedRows
 class Preparation
 {
 public:
-    // A `sortedBy` of -1 means that the rows keep the back end's order. The font is that of the cells.
+    // A `sortedBy` of -1 means that the rows keep the back end's order. The cells of the table use `font`.
     Preparation(const YumIO& backEnd, int sortedBy, Qt::SortOrder sortedIn, const QFont& font);
 
     void run();
 
     PreparedRows rows;
-    // For each column of texts, the source rows among which the widest text is.
+    // For each column that shows texts: some source rows, one of which has the widest text.
     std::vector<int> widest[ColumnCount];
 
     // Returns a rank for each source row: equal texts of the column have the same rank, and a greater text
@@ -52,10 +52,10 @@ public:
     // Returns the sort key of each source row for a column. If two cells are equal, the name of the package
     // decides.
     static std::vector<qint64> keysOf(const YumIO& backEnd, int column, const std::vector<int>& nameRanks);
-    // Returns the source rows in the order of these keys. Without keys, returns the back end's order.
+    // Returns the source rows in the order of these keys. If `keys` is empty, returns the back end's order.
     static std::vector<int> orderOf(const std::vector<qint64>& keys, size_t count, Qt::SortOrder sortOrder);
     // Joins the visible texts of each row, separated by blanks. Skips empty texts. A zero byte ends each row;
-    // `from` gets the start of each row.
+    // `from` gets the position of each row in `texts`.
     static void joinTexts(const YumIO& backEnd, QByteArray& texts, std::vector<int>& from);
 
 private:

@@ -3,10 +3,10 @@
 // Filters and sorts the package records in the table. It filters by state, duplicates, groups and a regular
 // expression.
 //
-// It lives on the graphical thread; the main window owns it. It has its own map between table rows and
-// records, instead of the base class's map. Filtering does not sort again, and sorting does not filter again.
-// It reads the records directly from the back end, without QVariants. Therefore a table of a whole
-// distribution responds immediately.
+// The object lives on the graphical thread; the main window owns it. The object has its own map between table
+// rows and records, instead of the base class's map. Filtering does not sort again, and sorting does not
+// filter again. The proxy reads the records directly from the back end, without QVariants. Therefore a table
+// of a whole distribution responds immediately.
 
 #ifndef PACKAGETABLE_SORTFILTERPROXYMODEL_H
 #define PACKAGETABLE_SORTFILTERPROXYMODEL_H
@@ -71,18 +71,18 @@ public:
     // Returns the records that a search with these filters examines.
     QVector<Package::Entry*> searched(StateFilter state, bool withDups, bool withGroups) const;
     // Compares the expression of these settings with all records that the other settings permit, and stores
-    // the results. It may start a worker and serve events. When the settings are then applied, the proxy
-    // lists the records at once. Without a call of this function, the proxy lists the same records, but
+    // the results. This function may start a worker and serve events. When the settings are then applied, the
+    // proxy lists the records at once. Without a call of this function, the proxy lists the same records, but
     // compares them itself and serves no events. Returns false if the user has stopped the worker; the
     // results for the current settings are then kept.
     bool prepare(const Settings& wanted);
-    // Does the same as prepare() in Filter mode, on the graphical thread, if it takes only some milliseconds.
-    // Otherwise returns false.
+    // If the comparison takes only some milliseconds, does the same as prepare() in Filter mode, but on the
+    // graphical thread. Otherwise returns false.
     bool prepareQuickly(const Settings& wanted);
     // Returns whether the expression would list at least one record if it were not case-sensitive. Compares
     // only the visible texts. Gives up, and returns false, after some milliseconds.
     bool matchesIgnoringCase() const;
-    // Gives the proxy what a Preparation has computed for the present records. The proxy uses it at the next
+    // Gives the proxy the result of a Preparation for the present records. The proxy uses it at the next
     // reset of the source model, which must follow before the records change.
     void setPrepared(PreparedRows rows);
     // Marks every listed record for Update that is updatable.

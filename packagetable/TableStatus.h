@@ -4,9 +4,9 @@
 // action, the size of the marked packages that dnf would download, and the number of locked packages. Screen
 // readers present it as a status bar.
 //
-// It lives on the graphical thread; its Qt parent owns it. It counts the marks of all records only after the
-// marks or the records have changed, and only once for many changes at the same time. If only the selection
-// or the filter changes, this class does not count the marks again.
+// The object lives on the graphical thread; its Qt parent owns it. The object counts the marks of all records
+// only after the marks or the records have changed, and only once for many changes at the same time. If only
+// the selection or the filter changes, this class does not count the marks again.
 
 #ifndef PACKAGETABLE_TABLESTATUS_H
 #define PACKAGETABLE_TABLESTATUS_H

@@ -3,8 +3,8 @@
 // The view of the package table. A click on the Action column or a context menu sets actions. Signals report
 // the current row and changed actions.
 //
-// It lives on the graphical thread; the table area of the main window is its Qt parent. It owns its two
-// context menus.
+// The object lives on the graphical thread; the table area of the main window is its Qt parent. The view owns
+// its two context menus.
 
 #ifndef PACKAGETABLE_VIEW_H
 #define PACKAGETABLE_VIEW_H
@@ -49,8 +49,8 @@ public:
         QList<int> widths;
         QList<int> places;
     };
-    // Does the same as resizeColumnsToContents(), but measures only some rows of each column. `widest` points
-    // to `ColumnCount` lists of source rows, or is null.
+    // Does the same as resizeColumnsToContents(). If `widest` is not null, it points to one list of source
+    // rows for each column; then only the rows in these lists are measured.
     void fitColumns(const std::vector<int>* widest);
     Layout layoutByHand() const;
     void restoreLayout(const Layout& layout);

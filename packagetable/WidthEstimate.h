@@ -3,7 +3,7 @@
 // Estimates the width of a text from the widths of pairs of characters. An estimate is much faster than
 // measuring the text. It may be slightly wrong if a font combines three or more characters.
 //
-// Any thread may create and use an object, but only this thread.
+// Any thread may create an object, but only this thread may use it.
 
 #ifndef PACKAGETABLE_WIDTHESTIMATE_H
 #define PACKAGETABLE_WIDTHESTIMATE_H
@@ -30,8 +30,9 @@ public:
 
     // Returns the width in pixels, or `unknown`.
     qreal operator()(const QString& text);
-    // Returns rows among which the widest text is. `textAt` returns the text of each of the `count` rows. If
-    // several texts have the same estimate and the same last letter, the result contains one of them.
+    // Returns some rows, one of which has the widest text. `textAt` returns the text of each of the `count`
+    // rows. If several texts have the same estimate and the same last letter, the result contains one of
+    // them.
     std::vector<int> widestRows(int count, const std::function<QString(int row)>& textAt);
 
 private:

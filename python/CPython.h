@@ -3,7 +3,7 @@
 // Includes the interpreter's header with the settings of this program. Lengths in formats such as "s#" have
 // the type Py_ssize_t.
 //
-// Only the sources of python/, yumio/ and their tests include it. Headers for other folders use
+// Only the sources of python/, yumio/ and their tests include this header. Headers for other folders use
 // "python/PyObject.h" instead.
 
 #ifndef PYTHON_CPYTHON_H

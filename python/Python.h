@@ -47,8 +47,9 @@ public:
     // call, which is NULL after a failure.
     virtual bool pyExceptMatches(PyObject* result, PyObject* type);
 
-    // These functions report an internal error or a warning to the user.
+    // Reports an internal error to the user.
     virtual void error(const char* text) = 0;
+    // Reports a warning to the user.
     virtual void warning(const char* text) = 0;
 
     // Called while an exception is pending. If the innermost scope expects the exception, the exception stays

@@ -3,7 +3,7 @@
 // Removes line breaks from a line edit, because its text becomes one line of a configuration file. Pasted
 // text often ends with a line break.
 //
-// It lives on the graphical thread; its Qt parent owns it.
+// The object lives on the graphical thread; its Qt parent owns it.
 
 #ifndef REPO_ONELINEVALIDATOR_H
 #define REPO_ONELINEVALIDATOR_H

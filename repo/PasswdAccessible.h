@@ -3,7 +3,7 @@
 // Hides passwords from assistive programs. Qt reports each change to a widget's text to these programs, even
 // if the widget is hidden or shows password characters.
 //
-// Only the graphical thread uses it.
+// Only the graphical thread calls this function.
 
 #ifndef REPO_PASSWDACCESSIBLE_H
 #define REPO_PASSWDACCESSIBLE_H

@@ -4,9 +4,9 @@
 // with masked passwords. A hidden edit of the same kind contains the real text and performs the editing. The
 // screen, the clipboard and assistive programs get only the masked text.
 //
-// It lives on the graphical thread. The parameter Edit is the base class and the type of the visible edit.
-// The parameter Inner is the type of the hidden edit. The visible edit owns the hidden edit, which has the
-// same parent, font and geometry.
+// The object lives on the graphical thread. The parameter Edit is the base class and the type of the visible
+// edit. The parameter Inner is the type of the hidden edit. The visible edit owns the hidden edit, which has
+// the same parent, font and geometry.
 
 #ifndef REPO_PASSWDEDIT_H
 #define REPO_PASSWDEDIT_H

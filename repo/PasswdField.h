@@ -2,7 +2,7 @@
 
 // A line edit for a password.
 //
-// It lives on the graphical thread; its Qt parent owns it.
+// The object lives on the graphical thread; its Qt parent owns it.
 
 #ifndef REPO_PASSWDFIELD_H
 #define REPO_PASSWDFIELD_H

@@ -107,7 +107,8 @@ Selection selection(const QLineEdit* edit);
 Selection selection(const QTextEdit* edit);
 void select(QLineEdit* edit, const Selection& selection);
 void select(QTextEdit* edit, const Selection& selection);
-// Selects from the cursor to the beginning or the end of a word.
+// selectWordBefore() selects from the beginning of a word to the cursor, and selectWordAfter() from the
+// cursor to the end of a word.
 void selectWordBefore(QLineEdit* edit);
 void selectWordBefore(QTextEdit* edit);
 void selectWordAfter(QLineEdit* edit);

@@ -2,7 +2,7 @@
 
 // A line edit that masks the passwords in its text. text() returns the masked text.
 //
-// It lives on the graphical thread; its Qt parent owns it.
+// The object lives on the graphical thread; its Qt parent owns it.
 
 #ifndef REPO_PASSWDLINEEDIT_H
 #define REPO_PASSWDLINEEDIT_H

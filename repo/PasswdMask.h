@@ -3,7 +3,7 @@
 // Hides the passwords in a text. A password character replaces each character of a password. Therefore
 // positions in the masked text and in the real text are the same.
 //
-// Only the graphical thread uses it. Objects can be copied. It caches the last masked text.
+// Only the graphical thread uses the objects, which can be copied. An object caches the last masked text.
 
 #ifndef REPO_PASSWDMASK_H
 #define REPO_PASSWDMASK_H
@@ -23,8 +23,8 @@ public:
 
     // Both functions add an expression whose first capture is also hidden. They ignore the expressions of
     // Repo::Vantor, because Credentials already finds the passwords in vantor URLs.
-    // The first function uses the expression only if it matches the whole text, the second one for each of
-    // its matches in the text.
+    // hideInWholeText() uses the expression only if it matches the whole text. hideEverywhere() uses each
+    // match of the expression in the text.
     void hideInWholeText(const QRegExp& expression);
     void hideEverywhere(const QRegExp& expression);
 

@@ -2,7 +2,7 @@
 
 // A text edit that masks the passwords in its text. toPlainText() returns the masked text.
 //
-// It lives on the graphical thread; its Qt parent owns it.
+// The object lives on the graphical thread; its Qt parent owns it.
 
 #ifndef REPO_PASSWDTEXTEDIT_H
 #define REPO_PASSWDTEXTEDIT_H

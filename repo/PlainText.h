@@ -2,7 +2,7 @@
 
 // Reads the exact text of a document.
 //
-// Only the graphical thread uses it. It has no state.
+// Only the graphical thread calls these functions. They have no state.
 
 #ifndef REPO_PLAINTEXT_H
 #define REPO_PLAINTEXT_H

@@ -2,7 +2,7 @@
 
 // The window that asks the user for the credentials of one repository after another.
 //
-// It lives on the graphical thread; the checker owns it.
+// The object lives on the graphical thread; the checker owns it.
 
 #ifndef REPO_REPOAUTHDIALOG_H
 #define REPO_REPOAUTHDIALOG_H
@@ -38,7 +38,7 @@ public:
     using QDialog::exec;
     // Shows the repository, waits until the user presses a button, and returns the decision. After OK,
     // ApplyAll and ApplyHost, the entry contains the credentials. The window stays open for the next
-    // repository. It takes no input at first; see QuestionGuard.
+    // repository. At first, the window takes no input; see QuestionGuard.
     int exec(Repo::Entry* asked);
     // Ends exec() with this result. Does nothing if the dialog does not ask about a repository.
     void done(int result) override;

@@ -2,7 +2,7 @@
 
 // Opens the location of a repository in the user's web browser.
 //
-// Only the graphical thread uses it. It has no state.
+// Only the graphical thread calls these functions. They have no state.
 
 #ifndef REPO_REPOBROWSE_H
 #define REPO_REPOBROWSE_H

@@ -3,7 +3,7 @@
 // The form for one repository. It creates the fields and keeps them consistent. The credentials in the URLs
 // have separate fields, which show and edit only these parts of the URLs.
 //
-// It lives on the graphical thread. Its Qt parent is the widget whose layout it fills.
+// The object lives on the graphical thread. Its Qt parent is the widget whose layout it fills.
 
 #ifndef REPO_REPOEDITORCONFIG_H
 #define REPO_REPOEDITORCONFIG_H

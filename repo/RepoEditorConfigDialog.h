@@ -2,8 +2,8 @@
 
 // The window in which the user edits one repository.
 //
-// It lives on the graphical thread. The Qt parent owns the dialog and uses it for every repository. The
-// repository changes only if the user accepts.
+// The object lives on the graphical thread. The Qt parent owns the dialog and uses it for every repository.
+// The repository changes only if the user accepts.
 
 #ifndef REPO_REPOEDITORCONFIGDIALOG_H
 #define REPO_REPOEDITORCONFIGDIALOG_H

@@ -2,7 +2,7 @@
 
 // The context menu of a repository in the editor's table.
 //
-// It lives on the graphical thread; the view is its Qt parent.
+// The object lives on the graphical thread; the view is its Qt parent.
 
 #ifndef REPO_REPOEDITORCONTEXTMENU_H
 #define REPO_REPOEDITORCONTEXTMENU_H

@@ -3,8 +3,8 @@
 // The window that shows every configured repository. The user enables and disables repositories, edits their
 // configuration, and writes the configuration to the files.
 //
-// It lives on the graphical thread. The main window creates it on first use and owns it. It edits the main
-// window's configuration, and reads this configuration again each time it opens.
+// The object lives on the graphical thread. The main window creates it on first use and owns it. The object
+// edits the main window's configuration, and reads this configuration again each time the dialog opens.
 
 #ifndef REPO_REPOEDITORDIALOG_H
 #define REPO_REPOEDITORDIALOG_H
@@ -66,8 +66,8 @@ public Q_SLOTS:
     void cancel();
     bool apply();
     void ok();
-    // Discards all changes that are not applied. The Escape key and the window's close button also call this
-    // slot. It keeps the changes to the use of repositories in this session.
+    // Discards all changes that are not applied, but keeps the changes to the use of repositories in this
+    // session. The Escape key and the window's close button also call this slot.
     void reject() override;
 
 private:

@@ -2,8 +2,8 @@
 
 // The repositories as a table of four columns. Row i shows entry i of the configuration's list.
 //
-// It lives on the graphical thread; its Qt parent owns it. It has no copy of the list: call reset() after
-// each change to the list that does not go through this model.
+// The object lives on the graphical thread; its Qt parent owns it. The object has no copy of the list: call
+// reset() after each change to the list that does not go through this model.
 
 #ifndef REPO_REPOEDITORMODEL_H
 #define REPO_REPOEDITORMODEL_H
@@ -41,7 +41,8 @@ public:
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
-    // Returns true if the repository is used in the session or enabled, depending on the column.
+    // For the session column, returns whether the session uses the repository. For any other column, returns
+    // whether the repository is enabled.
     bool isTicked(const QModelIndex& index) const;
 
     // Sets the view's font. The model shows new repositories in its italic form.

@@ -3,7 +3,8 @@
 // The table of repositories. A click on a check box toggles it. A double click on a repository opens the form
 // of this repository.
 //
-// It lives on the graphical thread; the editor's dialog is its Qt parent. It owns its context menu.
+// The object lives on the graphical thread; the editor's dialog is its Qt parent. The view owns its context
+// menu.
 
 #ifndef REPO_REPOEDITORVIEW_H
 #define REPO_REPOEDITORVIEW_H

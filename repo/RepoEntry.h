@@ -21,8 +21,8 @@ struct Entry
     // One URL per line, with a single line feed between the lines.
     QString baseurl;
     QString mirrorlist;
-    // The next two members are values of Qt::CheckState. Qt::PartiallyChecked means that the section lacks
-    // the option.
+    // `enabled` and `gpgcheck` are values of Qt::CheckState. Qt::PartiallyChecked means that the section
+    // lacks the option.
     qint32 enabled = 1;
     qint32 gpgcheck = 1;
     // All other lines of the section, unchanged and in order. A line feed ends each line.

@@ -2,7 +2,7 @@
 
 // Reads and replaces the user names and passwords in URLs of the vantor scheme.
 //
-// Any thread may use it. It has no state. A URL of this scheme has the form
+// Any thread may call these functions. They have no state. A URL of this scheme has the form
 //     <anything>/vantor?<name key>=<name>&<password key>=<password>&path=<anything>
 // The two keys, the name and the password are percent-encoded.
 
@@ -27,7 +27,8 @@ bool getAuth(const QString& url, QString& nameKey, QString& name, QString& passw
 bool getAuth(const Repo::Entry& entry, QString& nameKey, QString& name, QString& passwordKey,
              QString& password);
 
-// Replaces the four parts in every vantor URL of a text, and returns the new text.
+// Replaces the two keys, the user name and the password in every vantor URL of a text, and returns the new
+// text.
 QString replaceAuth(const QString& url, const QString& nameKey, const QString& name,
                     const QString& passwordKey, const QString& password);
 // Replaces the user name and the password. Uses the keys that getAuth() finds in the text.

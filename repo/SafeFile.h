@@ -9,8 +9,8 @@
 // file has several names, or if the owner cannot be set. In these cases, the file itself is overwritten. A
 // copy preserves the old text until the new text is on the disk.
 //
-// Only the graphical thread uses it. It shows no window. The names of temporary files and copies begin with
-// "." and do not end with ".repo". Therefore no program treats them as repository files.
+// Only the graphical thread uses this class. The class shows no window. The names of temporary files and
+// copies begin with "." and do not end with ".repo". Therefore no program treats them as repository files.
 
 #ifndef REPO_SAFEFILE_H
 #define REPO_SAFEFILE_H

@@ -2,7 +2,7 @@
 
 // Extracts parts of URLs.
 //
-// Any thread may use it. It has no state.
+// Any thread may call these functions. They have no state.
 
 #ifndef REPO_URL_H
 #define REPO_URL_H

@@ -7,8 +7,8 @@
 // has changed since the last read. Two paths lead to the same file if their device and inode numbers are
 // equal, or if their canonical paths are equal.
 //
-// It lives on the graphical thread and shows its errors in message boxes; the main window owns it. It reads
-// the bytes of a file as Latin-1 characters, but writes UTF-8.
+// The object lives on the graphical thread and shows its errors in message boxes; the main window owns it.
+// The object reads the bytes of a file as Latin-1 characters, but writes UTF-8.
 
 #ifndef REPO_YUMCONFIO_H
 #define REPO_YUMCONFIO_H
@@ -40,7 +40,7 @@ public:
     ~YumConfIO() override;
 
     // Returns the path of the main configuration file. Each call searches again for the first existing file
-    // of /etc/yum/yum.conf, /etc/yum.conf and /etc/dnf/dnf.conf. If all are missing, the result is
+    // of /etc/yum/yum.conf, /etc/yum.conf and /etc/dnf/dnf.conf. If all three are missing, the result is
     // /etc/yum.conf. The script searches the same paths.
     static QString fileName();
 
@@ -48,7 +48,8 @@ public:
     // none: /etc/yum.repos.d, /etc/yum/repos.d and each existing directory of `knownDirectories`.
     QStringList defaultDirectories() const;
     // The package manager's default directories, relative to the managed root. The package manager reports
-    // them when it has started. Until then, the list contains the default directories of all its versions.
+    // these directories when it has started. Until then, the list contains the default directories of all its
+    // versions.
     QStringList knownDirectories{QStringLiteral("/etc/distro.repos.d"),
                                  QStringLiteral("/usr/share/dnf5/repos.d")};
 
@@ -57,8 +58,8 @@ public:
     // does not emit changed(). `entries` then contains the repositories that were read before the error.
     bool read(QWidget* window);
 
-    // Writes all files, and removes repository files without repositories. If `entries` contains empty or
-    // repeated identifiers, asks the user and removes these entries first. Returns false if the user
+    // Writes all files, and removes repository files without repositories. If some of the `entries` have
+    // empty or repeated identifiers, first asks the user and removes these entries. Returns false if the user
     // declines, or if an error occurs. Shows the error over `window`. Files that were written before the
     // error keep their new contents. If another program has changed one of the files since it was read,
     // nothing is written.

@@ -10,9 +10,9 @@
 class CapturedOutput
 {
 public:
-    // The next two functions receive a piece of the output. A piece may end in the middle of a line. Both
-    // functions are called on the graphical thread.
+    // Receives a piece of standard output, on the graphical thread. A piece may end in the middle of a line.
     virtual void stdoutCapturedWrite(const QString& text) = 0;
+    // Does the same for a piece of standard error.
     virtual void stderrCapturedWrite(const QString& text) = 0;
     // Called on the graphical thread after the last piece of output.
     virtual void captureEnded() {}

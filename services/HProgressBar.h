@@ -3,7 +3,7 @@
 // A progress bar that also names the current activity. It shows no tool tip itself; it emits toolTip()
 // instead.
 //
-// It lives on the graphical thread; its Qt parent owns it.
+// The object lives on the graphical thread; its Qt parent owns it.
 
 #ifndef SERVICES_HPROGRESSBAR_H
 #define SERVICES_HPROGRESSBAR_H
@@ -34,7 +34,8 @@ protected:
 
 private:
     QString activity;
-    QElapsedTimer sinceAnimation; // since the busy look last moved; invalid before
+    QElapsedTimer
+        sinceAnimation; // the time since the last move of the busy look; invalid before the first move
 };
 
 #endif

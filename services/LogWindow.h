@@ -3,8 +3,8 @@
 // The window that shows the log. It shows the entries up to the level that the user chooses, coloured by
 // kind.
 //
-// It lives on the graphical thread. The main window creates it on the first request and keeps it until the
-// program ends. While the window is hidden, it is disconnected from the log and contains no text.
+// The object lives on the graphical thread. The main window creates it on the first request and keeps it
+// until the program ends. While the window is hidden, it is disconnected from the log and contains no text.
 
 #ifndef SERVICES_LOGWINDOW_H
 #define SERVICES_LOGWINDOW_H
@@ -46,7 +46,7 @@ public Q_SLOTS:
     // Opens a dialog for the file name, and later writes the shown entries with their times to this file.
     // Does not wait for the answer, because an operation may end while the dialog is open.
     void save();
-    // Writes the file; asks first if it exists.
+    // If the file exists, asks the user first. Then writes the file.
     void saveInto(const QString& path);
 
 private Q_SLOTS:

@@ -61,7 +61,7 @@ private:
 };
 
 // The current state of the downloads, which an Object and its Minion share. At most one report to the Minion
-// is pending. When it arrives, the Minion also fetches later changes.
+// is pending. When the report arrives, the Minion also fetches later changes.
 struct Downloads
 {
     QMutex mutex; // guards the other members

@@ -4,11 +4,11 @@
 // moment that the user cannot foresee, perhaps between two key presses.
 //
 // For half a second after the question appears on the screen, its buttons are disabled, and it ignores keys
-// and clicks. The same happens when the question first becomes the active window. Later, it still ignores
-// keys and mouse buttons that the user pressed earlier and still holds down.
+// and clicks. The same happens when the question first becomes the active window. Later, the question still
+// ignores keys and mouse buttons that the user pressed earlier and still holds down.
 //
-// It lives on the graphical thread. The code that runs the dialog owns the guard, and deletes the guard
-// before the dialog.
+// The object lives on the graphical thread. The code that runs the dialog owns the guard, and deletes the
+// guard before the dialog.
 
 #ifndef SERVICES_QUESTIONGUARD_H
 #define SERVICES_QUESTIONGUARD_H

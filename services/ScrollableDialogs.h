@@ -27,7 +27,7 @@ protected:
                      QWidget* parent);
 
     void keyPressEvent(QKeyEvent* event) override;
-    // These functions add a widget above or below the scrolling text.
+    // addAbove() adds a widget above the scrolling text, and addBelow() below it.
     void addAbove(QWidget* widget);
     void addBelow(QWidget* widget);
     QPushButton* button(int number) const { return buttons.at(number); }

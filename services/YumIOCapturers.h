@@ -22,8 +22,8 @@
 #include "services/FileDescriptor.h"
 #include "services/OutputPump.h"
 
-// The worker creates this object, and activates and deactivates it. Its slots run on the graphical thread,
-// which also deletes it.
+// The worker creates this object, and activates and deactivates it. The slots run on the graphical thread,
+// which also deletes this object.
 class YumIOCapturersMinion : public QObject
 {
     Q_OBJECT

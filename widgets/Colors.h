@@ -2,8 +2,8 @@
 
 // The colours of the program. Each meaning has one colour, so an error looks the same in every window.
 //
-// Only the graphical thread uses it. It has no state, except that makeRequired() calls requiredBg() only once
-// per run.
+// Only the graphical thread calls these functions. They have no state, except that makeRequired() calls
+// requiredBg() only once per run.
 
 #ifndef WIDGETS_COLORS_H
 #define WIDGETS_COLORS_H

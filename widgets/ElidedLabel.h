@@ -3,7 +3,7 @@
 // A label of one line that shortens its text to its width. If the text is shortened, the tool tip shows the
 // whole text. Assistive programs always read the whole text.
 //
-// It lives on the graphical thread; its Qt parent owns it.
+// The object lives on the graphical thread; its Qt parent owns it.
 
 #ifndef WIDGETS_ELIDEDLABEL_H
 #define WIDGETS_ELIDEDLABEL_H

@@ -5,7 +5,7 @@
 // Normally, Ctrl+E moves the cursor to the end of a line edit. This class ignores the key, because a menu of
 // the main window uses Ctrl+E to open the repository editor.
 //
-// It lives on the graphical thread; its Qt parent owns it.
+// The object lives on the graphical thread; its Qt parent owns it.
 
 #ifndef WIDGETS_EXPRESSIONEDIT_H
 #define WIDGETS_EXPRESSIONEDIT_H

@@ -208,7 +208,7 @@ void FilteredList::shareWidth()
     }
     sharing = true;
     for (size_t column = 0; column < widths.size(); ++column) {
-        // setStretchLastSection() widens the last column to the remaining width. This width is its minimum.
+        // The last column gets at least this width: setStretchLastSection() then widens it to fill the list.
         table->setColumnWidth(static_cast<int>(column), widths[column]);
     }
     sharing = false;

@@ -4,12 +4,12 @@
 // the list, and an area below the list for the details of the current record. A window that uses this widget
 // adds only its own buttons.
 //
-// The list is filtered while the user types. The model provides the rows and columns, and may provide the
-// roles of FilteredRows and tool tips. If a cell has no tool tip, but its text is too long for the column,
-// the text is the tool tip. If the list is not empty, one row is current. It stays current while it is
-// listed.
+// The list is filtered while the user types. The model provides the rows and columns. It may also provide
+// tool tips, and values for SortRole and SearchRole of FilteredRows. If a cell has no tool tip, but its text
+// is too long for the column, the text is the tool tip. If the list is not empty, one row is current. This
+// row stays current as long as the list contains it.
 //
-// It lives on the graphical thread; its Qt parent owns it. The surrounding window owns the model.
+// The object lives on the graphical thread; its Qt parent owns it. The surrounding window owns the model.
 
 #ifndef WIDGETS_FILTEREDLIST_H
 #define WIDGETS_FILTEREDLIST_H
@@ -102,7 +102,7 @@ private:
     int reported;               // the row that the last currentChanged() reported
     bool listing;               // true while the list changes; selection signals are then ignored
     std::vector<int>
-        textWidths; // the widths of the columns' longest texts; empty if shareWidth() does nothing
+        textWidths; // the widths of the columns' longest texts; if it is empty, shareWidth() does nothing
     bool sharing;   // true while shareWidth() changes the widths
 };
 

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A proxy model with the rows of a table that match an expression, sorted by a column. It has its own map
-// between its rows and the rows of the table. If the expression changes, the model only creates a new map,
-// even if the table has ten thousand rows.
+// A proxy model with the rows of a table that match an expression, sorted by a column. The proxy has its own
+// map between its rows and the rows of the table. If the expression changes, the proxy only creates a new
+// map, even if the table has ten thousand rows.
 //
 // The expression is matched against a text that joins the texts of all columns of a row, with blanks between
-// them. The model may provide an additional text for each row; this text is appended.
+// them. The source model may provide an additional text for each row; this text is appended to the joined
+// texts.
 //
-// It lives on the graphical thread; its Qt parent owns it. The caller of setSourceModel() owns the source
-// model.
+// The object lives on the graphical thread; its Qt parent owns it. The caller of setSourceModel() owns the
+// source model.
 
 #ifndef WIDGETS_FILTEREDROWS_H
 #define WIDGETS_FILTEREDROWS_H
@@ -25,10 +26,10 @@ class FilteredRows : public QAbstractProxyModel
     Q_OBJECT
 
 public:
-    // With this role, the source model may provide the value by which a cell is sorted: a number, a time or a
-    // text. Without this value, cells are sorted by their display values.
+    // For this role, the source model may return the value by which a cell is sorted: a number, a time or a
+    // text. If it returns no value, cells are sorted by their display values.
     static constexpr int SortRole = Qt::UserRole + 1;
-    // With this role, column 0 may provide the additional text of a row.
+    // For this role, the source model may return the additional text of a row, in column 0.
     static constexpr int SearchRole = Qt::UserRole + 2;
 
     explicit FilteredRows(QObject* parent = nullptr);

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // A bar that finds a text in a text edit or in a label: a field for the text, and buttons for the next and
-// the previous match. It is hidden until the user presses Ctrl+F in its window. The search ignores case, and
-// continues at the other end of the text.
+// the previous match. The bar is hidden until the user presses Ctrl+F in its window. The search ignores case,
+// and continues at the other end of the text.
 //
 // Enter and F3 go to the next match; with Shift, they go to the previous match. Escape hides the bar. While
 // the focus is in the bar, these keys never reach the buttons of the window.
 //
-// It lives on the graphical thread; its Qt parent owns it. The window owns the text edit or the label.
+// The object lives on the graphical thread; its Qt parent owns it. The window owns the text edit or the
+// label.
 
 #ifndef WIDGETS_FINDBAR_H
 #define WIDGETS_FINDBAR_H

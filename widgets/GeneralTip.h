@@ -2,8 +2,8 @@
 
 // A pop-up that looks and disappears like a tool tip, but contains widgets of the caller.
 //
-// It lives on the graphical thread. At most one tip exists at a time. It has no owner: it deletes itself soon
-// after it is hidden.
+// The object lives on the graphical thread. At most one tip exists at a time. A tip has no owner: it deletes
+// itself soon after it is hidden.
 
 #ifndef WIDGETS_GENERALTIP_H
 #define WIDGETS_GENERALTIP_H
@@ -18,8 +18,8 @@ class GeneralTip : public QFrame
 public:
     // Shows a new tip near the global position `pos`, and removes an existing tip. fill(tip, data) adds a
     // layout with the contents to the tip. `w` is the widget that the tip describes. If the desktop is not
-    // one virtual area, `w` determines the screen. A sticky tip stays until the user presses a key or a mouse
-    // button, for example. Other tips also disappear after ten seconds.
+    // one virtual area, `w` determines the screen. Each tip disappears when, for example, the user presses a
+    // key or a mouse button. A tip that is not sticky also disappears after ten seconds.
     static void showTip(const QPoint& pos, void (*fill)(GeneralTip*, void*), void* data, QWidget* w,
                         bool sticky);
 

@@ -2,7 +2,7 @@
 
 // A table model with a function that makes its views and proxies read all data again.
 //
-// It lives on the graphical thread; its Qt parent owns it.
+// The object lives on the graphical thread; its Qt parent owns it.
 
 #ifndef WIDGETS_HABSTRACTTABLEMODEL_H
 #define WIDGETS_HABSTRACTTABLEMODEL_H

@@ -2,7 +2,7 @@
 
 // A dialog in which the Return and Enter keys go to the input fields, and do not press the default button.
 //
-// It lives on the graphical thread; its Qt parent owns it.
+// The object lives on the graphical thread; its Qt parent owns it.
 
 #ifndef WIDGETS_HDIALOG_H
 #define WIDGETS_HDIALOG_H

@@ -2,7 +2,7 @@
 
 // A status label: a coloured text in a frame. If it has no text, it looks like the background.
 //
-// It lives on the graphical thread; its Qt parent owns it.
+// The object lives on the graphical thread; its Qt parent owns it.
 
 #ifndef WIDGETS_HFRAMELABEL_H
 #define WIDGETS_HFRAMELABEL_H

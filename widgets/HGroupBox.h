@@ -3,7 +3,7 @@
 // A group box that shows its whole title. Some styles reserve a few pixels less than the title needs. The
 // difference grows with the length of the title.
 //
-// It lives on the graphical thread; its Qt parent owns it.
+// The object lives on the graphical thread; its Qt parent owns it.
 
 #ifndef WIDGETS_HGROUPBOX_H
 #define WIDGETS_HGROUPBOX_H

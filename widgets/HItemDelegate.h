@@ -2,7 +2,7 @@
 
 // Draws the cells of an HTableView.
 //
-// It lives on the graphical thread; its Qt parent owns it.
+// The object lives on the graphical thread; its Qt parent owns it.
 
 #ifndef WIDGETS_HITEMDELEGATE_H
 #define WIDGETS_HITEMDELEGATE_H

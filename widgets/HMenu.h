@@ -2,7 +2,7 @@
 
 // A menu that can be torn off and shows the tool tips of its actions.
 //
-// It lives on the graphical thread; its Qt parent owns it.
+// The object lives on the graphical thread; its Qt parent owns it.
 
 #ifndef WIDGETS_HMENU_H
 #define WIDGETS_HMENU_H

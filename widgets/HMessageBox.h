@@ -3,8 +3,8 @@
 // A message box for texts that come from packages, servers and failures. The text is plain text, never
 // markup. The box is wide enough for the longest word, if the screen is wide enough.
 //
-// It lives on the graphical thread. The code that runs the box deletes it; otherwise its Qt parent deletes
-// it.
+// The object lives on the graphical thread. The code that runs the box deletes it; otherwise its Qt parent
+// deletes it.
 
 #ifndef WIDGETS_HMESSAGEBOX_H
 #define WIDGETS_HMESSAGEBOX_H

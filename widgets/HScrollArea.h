@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A scroll area whose size hint fits its inner widget, up to a maximum size. Home and End, also with Ctrl, go
-// to its ends.
+// A scroll area whose size hint fits its inner widget, up to a maximum size. The Home and End keys, also with
+// Ctrl, scroll to the ends of the area.
 //
-// It lives on the graphical thread; its Qt parent owns it. It owns its inner widget.
+// The object lives on the graphical thread; its Qt parent owns it. The object owns its inner widget.
 
 #ifndef WIDGETS_HSCROLLAREA_H
 #define WIDGETS_HSCROLLAREA_H

@@ -2,7 +2,7 @@
 
 // A horizontal rule between the parts of a window.
 //
-// It lives on the graphical thread; its Qt parent owns it.
+// The object lives on the graphical thread; its Qt parent owns it.
 
 #ifndef WIDGETS_HSEPARATOR_H
 #define WIDGETS_HSEPARATOR_H

@@ -2,8 +2,8 @@
 
 // Sorts a table by the values in a column. Rows with equal values are sorted by a second column.
 //
-// It lives on the graphical thread; its Qt parent owns it. The caller of setSourceModel() owns the source
-// model.
+// The object lives on the graphical thread; its Qt parent owns it. The caller of setSourceModel() owns the
+// source model.
 
 #ifndef WIDGETS_HSORTFILTERPROXYMODEL_H
 #define WIDGETS_HSORTFILTERPROXYMODEL_H

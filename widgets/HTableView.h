@@ -3,7 +3,7 @@
 // A table view whose size hint fits its columns and a certain number of rows. It can fit its columns and its
 // window to the contents. If it has no rows, it can show a text instead.
 //
-// It lives on the graphical thread; its Qt parent owns it. The caller of setModel() owns the model.
+// The object lives on the graphical thread; its Qt parent owns it. The caller of setModel() owns the model.
 
 #ifndef WIDGETS_HTABLEVIEW_H
 #define WIDGETS_HTABLEVIEW_H

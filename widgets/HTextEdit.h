@@ -3,7 +3,7 @@
 // A text edit whose size hint fits a number of columns and rows. It reports when the user has finished
 // editing.
 //
-// It lives on the graphical thread; its Qt parent owns it.
+// The object lives on the graphical thread; its Qt parent owns it.
 
 #ifndef WIDGETS_HTEXTEDIT_H
 #define WIDGETS_HTEXTEDIT_H

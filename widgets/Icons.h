@@ -2,7 +2,7 @@
 
 // Loads icons from the share directory.
 //
-// Only the graphical thread uses it. It has no state.
+// Only the graphical thread calls these functions. They have no state.
 
 #ifndef WIDGETS_ICONS_H
 #define WIDGETS_ICONS_H

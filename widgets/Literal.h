@@ -4,7 +4,7 @@
 // texts come from packages, repositories, files, servers and failures. For labels and message boxes, use
 // PlainLabel and HMessageBox.
 //
-// Any thread may use it. It has no state.
+// Any thread may call these functions. They have no state.
 
 #ifndef WIDGETS_LITERAL_H
 #define WIDGETS_LITERAL_H

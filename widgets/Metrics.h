@@ -2,7 +2,7 @@
 
 // Sizes that several widgets use.
 //
-// Only the graphical thread uses it. It has no state.
+// Only the graphical thread calls these functions. They have no state.
 
 #ifndef WIDGETS_METRICS_H
 #define WIDGETS_METRICS_H

@@ -4,7 +4,7 @@
 // markup, so every label of the program is a PlainLabel. If the text of a label can be selected, the label
 // passes the scroll keys to the area around it.
 //
-// It lives on the graphical thread; its Qt parent owns it.
+// The object lives on the graphical thread; its Qt parent owns it.
 
 #ifndef WIDGETS_PLAINLABEL_H
 #define WIDGETS_PLAINLABEL_H

@@ -2,7 +2,7 @@
 
 // A dialog that shows a long text, such as a list of files.
 //
-// It lives on the graphical thread; its Qt parent owns it.
+// The object lives on the graphical thread; its Qt parent owns it.
 
 #ifndef WIDGETS_TEXTDIALOG_H
 #define WIDGETS_TEXTDIALOG_H

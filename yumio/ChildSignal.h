@@ -23,8 +23,8 @@ public:
     ChildSignal(const ChildSignal&) = delete;
     ChildSignal& operator=(const ChildSignal&) = delete;
 
-    // Sets the disposition. Call this function once. The constructor does not set it, because the object must
-    // exist before the output capture begins.
+    // Sets the disposition. Call this function once. The constructor does not set the disposition, because
+    // the object must exist before the output capture begins.
     void disable() { disabled = backEnd.sigchldDisable(); }
 
 private:

@@ -18,7 +18,7 @@ bool import();
 // Returns whether the object is a datetime.datetime or an instance of a subclass.
 bool isDateTime(PyObject* object);
 
-// The object must fulfil isDateTime().
+// These functions return the parts of a date. isDateTime() must be true for the object.
 int year(PyObject* object);
 int month(PyObject* object);
 int day(PyObject* object);

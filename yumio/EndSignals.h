@@ -26,7 +26,7 @@ bool wasSent(const siginfo_t& info);
 // Installs a handler for each signal that would end the process by its default action, except SIGINT. The
 // handler writes the signal's number (an int) to the descriptor, which the caller still owns. But if the
 // signal reports a fault of the program itself, the handler removes the lock file and ends the process at
-// once. It does the same if the program has not ended a long time after an earlier signal.
+// once. The handler does the same if the program has not ended a long time after an earlier signal.
 void install(int descriptor);
 
 // Installs the same handler for SIGINT. Call this function again after the interpreter has restored the

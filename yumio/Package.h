@@ -70,8 +70,8 @@ public:
     Entry* next;     // owned; the next installed version with the same name and bi-arch class
     Action txAction; // the effect of the current transaction on this record
     bool local;      // during a transaction: the cache already has a valid package file
-    // The texts that a search reads, in UTF-8. searchTexts contains all of them except the file list and the
-    // change log, and a zero byte after each text. It is null until the texts have been read.
+    // The texts that a search reads, in UTF-8. searchTexts contains all these texts except the file list and
+    // the change log. A zero byte follows each text. searchTexts is null until the texts have been read.
     PackedText searchTexts;
     PackedText searchFiles;
     PackedText searchChangeLog;

@@ -24,7 +24,7 @@ class PackedText
 {
 public:
     PackedText() = default;
-    // Makes a block that contains only this text. A null array makes no text. Tests use it.
+    // Makes a block that contains only this text. A null array makes no text. Tests use this constructor.
     explicit PackedText(const QByteArray& text);
 
     bool isNull() const { return block.isNull(); }

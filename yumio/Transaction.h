@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The package manager's codes for the items of a transaction, and its number of progress steps.
+// The package manager's codes for the items of a transaction, and the number of progress steps of a
+// transaction.
 //
 // The header contains only constants; any thread may use them.
 

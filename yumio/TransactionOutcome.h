@@ -34,7 +34,7 @@ public:
         CountCount
     };
 
-    // The script's name of a number.
+    // Returns the script's name of this number.
     static const char* nameOf(Count count);
 
     bool hasFailures() const { return counts[Failed] != 0 || !failedScriptlets.isEmpty(); }
@@ -45,7 +45,7 @@ public:
 
     bool known = false; // the user has confirmed a transaction
     std::array<int, CountCount> counts{};
-    QStringList failedScriptlets; // the names of their packages
+    QStringList failedScriptlets; // the names of the packages whose scriptlets failed
     int leftOut = 0;              // the number of marks that the package manager could not apply
     bool restartNeeded = false;
 };

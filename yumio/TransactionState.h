@@ -51,7 +51,7 @@ public:
     bool txApplied = false;        // the user has confirmed, and no step has failed
     QMap<long, int> listed;        // the number of listed items by action
     QStringList unmarkedRemovals;  // listed removals that the user has not marked, as the listing names them
-    bool isReplay = false;         // it undoes or repeats a recorded transaction, and ignores the marks
+    bool isReplay = false;         // undoes or repeats a recorded transaction, instead of applying the marks
     QString sizes;                 // the sizes in the listing, in one line
     QSet<QString> membersToRemove; // the package names of all groups that are marked for removal
 
@@ -59,7 +59,7 @@ public:
     bool outdated = false;       // the script has refused, because another program has changed the system
     Package::Marks leftOut;      // the marks that the script left out, because they cannot be carried out
     TransactionOutcome outcome;
-    std::unique_ptr<SignalRecorder> signalRecorder; // an object exists while rpm changes the system
+    std::unique_ptr<SignalRecorder> signalRecorder; // not null while rpm changes the system
 
     quint64 cachedSize = 0;
     quint64 downloadSize = 0;

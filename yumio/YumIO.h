@@ -101,8 +101,8 @@ public:
     // installed package, or this available package replaces an installed package. The user must decide about
     // such a record: functions that mark many records at once skip it.
     bool isLeftToUser(const Package::Entry& entry) const { return records.isLeftToUser(entry); }
-    // Returns the packages that replace the record's package and that it replaces. Both lists are empty for
-    // nearly all records.
+    // Returns the packages that replace the record's package, and the packages that this package replaces.
+    // Both lists are empty for nearly all records.
     Replacement replacement(const Package::Entry& entry) const { return records.replacement(entry); }
 
     // Returns whether a worker is running.
@@ -120,15 +120,15 @@ public:
     // Prepares the end of the program after a signal or the loss of the display. From now on, no questions
     // are asked. A worker that changes the system finishes its work; any other worker gives up. The function
     // waits for the worker without serving events, and then releases the package manager's lock. From now on,
-    // log entries go to standard error. If the display still exists, these are only errors and warnings.
+    // log entries go to standard error. If the display still exists, only errors and warnings go there.
     void finish(bool displayIsThere);
 
     // Access to the records by position. While a worker rebuilds the list, count() returns 0.
     int count() const { return rebuilding ? 0 : records.count(); }
     Package::Entry* operator[](int row) const { return records.at(row); }
 
-    // --- Extra data. The first two functions load their data at most once, and return whether the data are
-    // loaded.
+    // --- Extra data. collectFileLists() and collectOtherData() load the data at most once, and return
+    // whether the data are loaded.
 
     bool collectFileLists();
     bool collectOtherData();
@@ -436,8 +436,8 @@ private:
     using ReplayThread = WorkerThread<&YumIO::replayReal>;
 
     // Collection (YumIOCollect.cpp)
-    // The steps of a collection, in their order. Each one returns whether the collection can go on; it has
-    // reported a failure.
+    // The steps of a collection, in their order. Each step returns whether the collection can go on. If a
+    // step returns false, it has already reported its failure.
     bool lockPackages();
     bool readConfiguration(const QHash<QString, bool>& repoEnable);
     bool readRepos(Source source);
@@ -474,7 +474,8 @@ private:
     // Advisories (YumIOAdvisories.cpp)
     void collectUpdateAdvisories();
     void readAdvisory(PyObject* tuple); // leaves an exception pending if the tuple is not an advisory
-    // A search of many packages keeps an index of all advisories in memory.
+    // If `keep` is true, the script keeps an index of all advisories in memory. A search of many packages
+    // needs this index.
     void indexAdvisories(bool keep);
 
     // Version locks (YumIOVersionLocks.cpp)
@@ -501,7 +502,7 @@ private:
     QString timeOf(const Package::Entry& entry, const char* attr);
 
     // Applying (YumIOApply.cpp)
-    // Returns whether the transaction can begin. heading: for the log.
+    // Returns whether the transaction can begin. heading: the heading of the operation in the log.
     bool startTransaction(const QString& heading);
     void startResolving();
     // Adds the packages or the group of a marked record to the lists for the script.

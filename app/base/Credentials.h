@@ -3,7 +3,8 @@
 // Defines which parts of a text are secret. Only these functions search a text for passwords. The program
 // hides passwords in messages, masks them in edits, and removes them from URLs for other programs.
 //
-// Any thread may use it. It has no state. The run time is proportional to the length of the text.
+// Any thread may call these functions. They have no state. The run time is proportional to the length of the
+// text.
 
 #ifndef APP_BASE_CREDENTIALS_H
 #define APP_BASE_CREDENTIALS_H
@@ -20,8 +21,8 @@ enum class Text {
     // before a host: ://NAME:PASSWORD@. The third kind is the value of a parameter whose name ends in
     // "password": ?password=PASSWORD.
     Urls,
-    // A configuration file or a part of it. If the name of an option ends in "password", its whole value is
-    // also a secret, including continuation lines.
+    // A configuration file or a part of it. If the name of an option ends in "password", the whole value of
+    // this option is also a secret, including continuation lines.
     Options
 };
 

@@ -2,7 +2,7 @@
 
 // Creates variants of a font that are the same in every window.
 //
-// Only the graphical thread uses it. It has no state.
+// Only the graphical thread calls these functions. They have no state.
 
 #ifndef APP_BASE_FONTS_H
 #define APP_BASE_FONTS_H

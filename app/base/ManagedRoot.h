@@ -3,7 +3,7 @@
 // Handles the managed root, the directory that is "/" of the managed system. VYRE can manage the packages in
 // the directory tree of a container or image, instead of the running system's packages.
 //
-// Any thread may use it. It has no state.
+// Any thread may call these functions. They have no state.
 
 #ifndef APP_BASE_MANAGEDROOT_H
 #define APP_BASE_MANAGEDROOT_H

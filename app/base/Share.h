@@ -2,7 +2,7 @@
 
 // Finds the files of the share directory: the script, the icons, the helper programs.
 //
-// Any thread may use it. It has no state.
+// Any thread may call these functions. They have no state.
 
 #ifndef APP_BASE_SHARE_H
 #define APP_BASE_SHARE_H

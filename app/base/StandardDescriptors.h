@@ -2,8 +2,8 @@
 
 // Makes sure that the descriptors 0 to 2 are open.
 //
-// If one of these descriptors is closed, the next file that is opened gets its number. Output would then go
-// to that file, and the capture of output would replace the file by a pipe.
+// If one of these descriptors is closed, the next opened file gets the number of this descriptor. Output
+// would then go to that file, and the capture of output would replace the file by a pipe.
 //
 // main() calls ensure() first, while no other thread exists.
 

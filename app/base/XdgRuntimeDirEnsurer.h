@@ -28,8 +28,8 @@ public:
 private:
     bool open(const char* name);
 
-    char created[1024]; // the path; empty if no directory is used
-    int parent;         // a descriptor of the directory that contains it, or -1
+    char created[1024]; // the path of the created directory, or an empty string
+    int parent;         // a descriptor of the directory above the created directory, or -1
     int directory;
 };
 

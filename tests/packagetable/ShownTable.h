@@ -49,7 +49,8 @@ public:
         return view->visualRect(index).center();
     }
 
-    // Sends the click to the window, as the window system does. Qt chooses the widget that receives it.
+    // Sends the click to the window, as the window system does. Qt chooses the widget that receives the
+    // click.
     void click(QWidget* widget, const QPoint& place, Qt::MouseButton button = Qt::LeftButton,
                Qt::KeyboardModifiers modifiers = Qt::NoModifier)
     {

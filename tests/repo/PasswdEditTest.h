@@ -75,7 +75,7 @@ protected:
     virtual QString longText() const = 0;
 
     // makeEdit() returns a masking edit, and makeOrdinaryEdit() an edit of Qt. The window, which may be null,
-    // becomes its parent.
+    // becomes the parent of the edit.
     virtual QWidget* makeEdit(QWidget* window) const = 0;
     virtual QWidget* makeOrdinaryEdit(QWidget* window) const = 0;
     virtual QString realTextOf(const QWidget* of) const = 0;

@@ -24,8 +24,8 @@ class ShownForm : public QObject
 protected:
     const QString vantorUrl = QStringLiteral("http://h/vantor?user=bob&word=secret&path=/x");
 
-    // Example repositories: usual() has no credentials, vantor() has vantor credentials, and the third has
-    // other kinds of passwords.
+    // Example repositories: usual() has no credentials, vantor() has vantor credentials, and withPasswords()
+    // has other kinds of passwords.
     static Repo::Entry usual();
     Repo::Entry vantor() const;
     static Repo::Entry withPasswords();

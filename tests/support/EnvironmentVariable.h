@@ -11,7 +11,7 @@
 class EnvironmentVariable
 {
 public:
-    // Keeps the value until set() is called.
+    // Stores the present value, and does not change the variable before set() or unset().
     explicit EnvironmentVariable(const char* variable)
         : name(variable), wasSet(qEnvironmentVariableIsSet(variable)), before(qgetenv(variable))
     {

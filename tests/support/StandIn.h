@@ -36,8 +36,9 @@ public:
     void setHeld(bool held);
     // Whether the constructor of the script's class fails.
     void setRefusing(bool refuse);
-    // Whether an apply fails: before its first change, or during its changes.
+    // Whether an apply fails before it changes the system.
     void setFailing(bool fail);
+    // Whether an apply fails after it has begun to change the system.
     void setBreaking(bool doBreak);
     // Whether an apply reports that another program has changed the system.
     void setOutdated(bool outdated);
@@ -45,31 +46,34 @@ public:
     void setOutcome(const QJsonObject& outcome);
     // Whether collections fail from now on.
     void setUnreadable(bool unreadable);
-    // Whether both repositories fail in collections from now on. Each collection asks whether to continue
-    // without them.
+    // Whether the two repositories, "base" and "extras", fail in collections from now on. Each collection
+    // then asks whether to continue without these repositories.
     void setLacking(bool lacking);
     // Whether collections from now on log an error, but succeed.
     void setComplaining(bool complaining);
     // The next collections leave out these repositories without a question.
     void setSkipped(const QStringList& repositories);
-    // The history: whether it cannot be read, whether it has 5,000 transactions, and whether dnf cannot undo
-    // a transaction.
+    // Whether the history cannot be read.
     void setHistoryBroken(bool broken);
+    // Whether the history has 5,000 transactions.
     void setHistoryLong(bool many);
+    // Whether the script refuses to undo and to repeat transactions.
     void setReplayRefused(bool refused);
     // The change log of a package with the "waiting" attribute exists only while this is true.
     void letChangeLogsBeRead(bool readable = true);
-    // Sets the contents of the repository file. The script knows two repositories: "base" and "extras".
+    // Sets the contents of the repository file. The stand-in script has two repositories, whatever this file
+    // contains: "base" and "extras".
     void setRepos(const QByteArray& text);
 
-    // These functions return an advisory, and the package "NAME-2-1.x86_64" for an advisory. obstacle: a
-    // value of Advisory::Obstacle.
+    // Returns an advisory for setAdvisories(). packages: results of advised().
     static QJsonArray advisory(const QString& id, bool security, const QList<QJsonArray>& packages);
+    // Returns the package "NAME-2-1.x86_64" as an advisory names it. obstacle: a value of Advisory::Obstacle.
     static QJsonArray advised(const QString& name, int obstacle);
+    // Sets the advisories that the script returns.
     void setAdvisories(const QList<QJsonArray>& advisories);
 
-    // From the next collection on, the script offers version locks. lines: maps the name of each locked
-    // package to its lines.
+    // From the next collection on, the script offers version locks. lines: the names of the locked packages,
+    // each with the lines of the lock list that lock this package.
     void setVersionLocks(const QJsonObject& lines, const QString& fault = QString());
     void removeVersionLocks();
 

@@ -21,7 +21,7 @@ struct ShownDialog
 {
     QString title;
     QString text;
-    // The texts above and below the listing of a transaction.
+    // `notice` is the text above the listing of a transaction, and `summary` is the text below it.
     QString notice;
     QString summary;
     QStringList buttons;
@@ -61,9 +61,10 @@ public:
     // Returns false if the back end did not start. If no share directory is given, the back end runs the
     // stand-in script. The script gets five more functions, which all threads may call:
     //
-    // look() returns bars(). tip() returns tip(). captured() returns the unfinished lines of captured
-    // standard output and standard error. counted() returns the number of records that the graphical thread
-    // sees. state() returns some members of the back end by their names.
+    // look() returns the result of bars(). tip() returns the result of the C++ function tip(). captured()
+    // returns the unfinished lines of captured standard output and standard error. counted() returns the
+    // number of records that the graphical thread sees. state() returns some members of the back end by their
+    // names.
     bool start(const QByteArray& share = QByteArray());
 
     // For the total bar and for the item bar: "text value/maximum", or "idle".

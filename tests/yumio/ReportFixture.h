@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // The base class for tests of the script's reports. It defines payload classes for the script, and shows the
-// window.
+// back end's window.
 
 #ifndef TESTS_YUMIO_REPORTFIXTURE_H
 #define TESTS_YUMIO_REPORTFIXTURE_H
@@ -16,8 +16,8 @@ protected Q_SLOTS:
     void initTestCase();
 
 protected:
-    // The log from this entry on, without messages of the window system. While an operation captures standard
-    // error, the log also contains such messages.
+    // The log from this entry on. Leaves out messages of the window system: the log contains them if an
+    // operation captures standard error at that time.
     QStringList logged(int from);
 };
 

@@ -25,7 +25,7 @@ public:
     bool stop();
 
     QString root() const { return rootPath; }
-    // The reason why dnf cannot read groups here, for QSKIP; empty if dnf can.
+    // The reason why dnf cannot read groups here, for QSKIP; empty if dnf can read groups.
     QByteArray withoutGroups() const;
     // The path of a file in the directory of the copy. Tests may also write other files there.
     QString filePath(const QString& name) const { return scratch.filePath(name); }
