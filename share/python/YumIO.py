@@ -5,8 +5,8 @@ The program runs this file in its embedded interpreter, makes one object of the 
 one thread at a time calls these methods: the graphical thread when VYRE starts, and a worker during every long
 operation. The script passes all messages of the package manager to the program through the built-in yumIOC module.
 
-This file contains the class; the vyre package next to this file does the work. Both need Python 3.6 or later, and
-dnf 4.
+This file contains the class; the vyre package next to this file does the work. The file and the package need Python 3.6
+or later, and dnf 4.
 """
 
 import contextlib
@@ -333,8 +333,8 @@ class YumIO:
         return biArchOf(self.base, arch)
 
     def isBetterThan(self, a, b):
-        """Whether package a is better than package b: only a has the system's bi-arch class, or neither package has an
-        advantage in this respect and a is not older than b.
+        """Whether package a is better than package b. If only one of them has the system's bi-arch class, this package
+        is better. Otherwise a is better if it is not older than b.
         """
         native = self.base.conf.basearch
         aNative = self.getBiArch(a.arch) == native

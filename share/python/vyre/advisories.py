@@ -22,7 +22,9 @@ POSSIBLE, INSTALLED, NOT_OFFERED, OLDER, LOCKED, EXCLUDED = range(6)
 
 
 def haveAdvisories(base):
-    """Whether any repository has advisories. If not, the script does not look through the packages."""
+    """Whether any repository has advisories. If no repository has advisories, the script does not look through the
+    packages.
+    """
     return any(documentPath(repo, 'updateinfo') for repo in base.repos.iter_enabled())
 
 
@@ -90,7 +92,7 @@ class AdvisoryIndex:
 
     def of(self, package):
         """The advisories about the version of a package. If an older version is installed, also the advisories about
-        the versions between the two.
+        the versions between this older version and the version of the package.
         """
         if self._byName is not None and package.name not in self._byName:
             return []
@@ -117,7 +119,7 @@ class AdvisoryIndex:
 
 
 def newestFirst(advisories):
-    """The advisories in order, without duplicates: several repositories may have the same advisory."""
+    """The advisories, the newest first, without duplicates: several repositories may have the same advisory."""
     found = {advisory.id: advisory for advisory in advisories}
     return sorted(found.values(), key=lambda advisory: (advisory.updated, advisory.id), reverse=True)
 
@@ -143,7 +145,7 @@ def advisoriesOf(package):
 
 def advisoriesOfUpdates(base, updates):
     """Pairs of an update and the identifiers of the advisories about versions after the installed version, the newest
-    first.
+    advisory first.
     """
     byName = {}
     for update in updates:

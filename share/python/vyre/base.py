@@ -200,9 +200,9 @@ class Base(dnf.Base):
                 logging.getLogger('dnf').warning('%s', e)
 
     def fill_sack(self, *args, **kwargs):
-        """Fill the sack. If dnf cannot read some repositories, first read all others, then ask about each failed
-        repository. So the user waits only once, before the first question. If no user can answer, the first failure
-        ends the operation, as in dnf.
+        """Fill the sack. If dnf cannot read some repositories, first read all other repositories, then ask about each
+        failed repository. So the user waits only once, before the first question. If no user can answer, the first
+        failure ends the operation, as in dnf.
         """
         del self.leftOut[:], self.failed[:], self.skipped[:]
         showActivity(tr('Reading the installed packages'))
@@ -305,8 +305,8 @@ class Base(dnf.Base):
                 for ending in ('-filenames.solvx', '-other.solvx', '.solv')]
 
     def _isNewerThanCache(self, repo):
-        """Whether dnf will read the original package list, because this list is newer than dnf's cache of it. True if
-        the times are unknown.
+        """Whether dnf will read the original package list, because this list is newer than dnf's cache of this list.
+        True if the times are unknown.
         """
         path = documentPath(repo, 'primary')
         try:
@@ -403,7 +403,9 @@ class Base(dnf.Base):
         return super(Base, self)._goal2transaction(goal)
 
     def _verify_transaction(self, *args, **kwargs):
-        """Complete the history. If dnf cannot write it, store the error: rpm has changed the packages all the same."""
+        """Complete the history. If dnf cannot write the history, store the error: rpm has changed the packages all the
+        same.
+        """
         try:
             super(Base, self)._verify_transaction(*args, **kwargs)
         except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError) as e:

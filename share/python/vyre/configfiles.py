@@ -29,7 +29,7 @@ def configurationFile():
 
 def repositoryDirectories(known):
     """The repository directories to use if the main configuration file does not set reposdir. known: the directories
-    that dnf uses by default; the list contains those that exist. The repository editor uses the same list.
+    that dnf uses by default; the result contains the existing ones. The repository editor uses the same list.
     """
     usual = ['/etc/yum.repos.d', '/etc/yum/repos.d']
     return [inRoot(path) for path in usual] + [
@@ -37,12 +37,12 @@ def repositoryDirectories(known):
 
 
 def tooLarge(limit):
-    """The message about a file that is larger than the limit, a number of bytes."""
+    """The message about a file that is larger than the limit. limit: a number of bytes."""
     return tr('it is larger than {} MB').format(limit >> 20)
 
 
 def mainFileFault(path):
-    """The reason why VYRE must not pass the main configuration file to dnf; empty if it can.
+    """The reason why VYRE must not pass the main configuration file to dnf; empty if VYRE can pass the file.
 
     The function refuses pipes and endless files, because dnf would never stop reading them. It accepts files with
     errors in their text, because dnf handles these errors. If VYRE refused such a file, VYRE would also ignore options

@@ -82,7 +82,7 @@ def reportInterrupted(base, parts):
 
 
 def severalVersions(base):
-    """A list for each name and architecture of which several versions are installed by mistake: these packages, the
+    """For each name and architecture of which several versions are installed by mistake: a list of these packages, the
     oldest first. Packages such as kernels, which may have several installed versions, are left out.
     """
     installed = base.sack.query(flags=hawkey.IGNORE_EXCLUDES).installed()

@@ -67,7 +67,7 @@ def remarksAboutGroups(base):
 
 
 def remarksAboutUpdates(base, groups):
-    """A sentence for each of these groups that is not installed. groups: the groups that are marked for an update.
+    """A sentence for each group in "groups" that is not installed. groups: the groups that are marked for an update.
 
     The dnf command refuses to update a group that is not installed. While a member has an update, the table does not
     offer the installation of the group.

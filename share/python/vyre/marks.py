@@ -22,7 +22,8 @@ class Marks:
         self.groupRemoves = list(groupRemoves)
 
     def newVersions(self):
-        """The new package of each marked update, without duplicates. updates: pairs whose first value is this package.
+        """The new package of each marked update, without duplicates. updates: pairs whose first value is the new
+        package.
         """
         seen = {}
         for new, _ in self.updates:

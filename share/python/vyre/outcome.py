@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""What a confirmed transaction has carried out, for the line that the program shows afterwards. On the worker that
-applies the marks.
+"""What a confirmed transaction has carried out, for the line that the program shows afterwards. The worker that applies
+the marks runs this module.
 """
 
 import glob
@@ -51,7 +51,7 @@ class Outcome:
         self.failedScriptlets = []  # the full names of packages
 
     def values(self):
-        """A dictionary of the numbers, of the failures, and whether a restart is needed."""
+        """A dictionary with the numbers of changes, the failures, and whether a restart is needed."""
         base = self._base
         items = list(base.transaction or [])
         counts = dict.fromkeys(COUNTED.values(), 0)

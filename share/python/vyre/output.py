@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The script's output: standard streams, the log, dnf's log files, the text on the bar, additions to the listing.
+"""The script's output: standard streams, the log, dnf's log files, the text on the progress bar, additions to the
+listing.
 
 Every thread that holds the interpreter's lock may use this module.
 """

@@ -47,8 +47,9 @@ class DownloadProgress(dnf.callback.DownloadProgress):
 class TransactionProgress(dnf.yum.rpmtrans.TransactionDisplay):
     """Passes the progress of a transaction on to the program.
 
-    The program needs a package and totals. The phases of the whole transaction lack both, and for some scriptlets dnf
-    does not know the package. The program gets no reports about these phases and scriptlets.
+    The program shows the progress of one package at a time, so each report must name a package. The phases of the whole
+    transaction have no package, and for some scriptlets dnf does not know the package. Therefore the program gets no
+    reports about these phases and scriptlets.
     """
 
     def progress(self, package, action, ti_done, ti_total, ts_done, ts_total):
@@ -123,8 +124,8 @@ class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
         self._showReason(self._heard or self._scriptOutput())
 
     def _scriptError(self, amount, total, key):
-        """The program already has the scriptlet's output. A total other than 0 means that the failure prevents a change
-        to a package. In this case, show the end of the output again, together with the failure.
+        """The program already has the scriptlet's output. If rpm reports a total other than 0, the failure prevents a
+        change to a package. In this case, show the end of the output again, together with the failure.
         """
         self.scriptFailed = True
         super(RPMTransaction, self)._scriptError(amount, total, key)

@@ -60,7 +60,7 @@ def replayed(base, kind, number, skip):
 
 def explained(base, errors):
     """The texts of dnf's errors. If a repository has the package of an error, but a version lock or the configuration
-    excludes it, a sentence with this reason replaces dnf's text.
+    excludes this package, a sentence with this reason replaces dnf's text.
     """
     _, locks = versionlock.versionLocks(base) or ('', {})
     return [reasonOfExclusion(base, str(error), locks) or str(error) for error in errors]

@@ -30,7 +30,7 @@ def spaceHint(directory, needed=LITTLE_SPACE):
 
 
 class ScriptSpace:
-    """The free space in the directory to which rpm writes each package script before it runs the script."""
+    """The free space in the directory to which rpm writes each package script before rpm runs the script."""
 
     # The largest size of a package script, in bytes.
     NEEDED = 1 << 16

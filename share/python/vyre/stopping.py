@@ -14,8 +14,8 @@ class Stopped(dnf.exceptions.Error):
 
 
 def isStopped(last=False):
-    """Whether the user has asked VYRE to stop the operation. If last is true and the user has not, VYRE refuses all
-    later requests.
+    """Whether the user has asked VYRE to stop the operation. If last is true and the user has not asked for this, VYRE
+    refuses all later requests.
     """
     return program.stopWanted is not None and program.stopWanted(last)
 

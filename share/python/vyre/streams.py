@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The module streams to which packages belong.
 
-A search reads them for all packages, on a worker. The description of one package reads them on the graphical thread.
+For a search, a worker reads the streams of all packages. For a description, the graphical thread reads the streams of
+one package.
 """
 
 import dnf.package
@@ -17,9 +18,9 @@ def fullName(package):
 class StreamIndex:
     """The streams by the full names of their packages. dnf can only list the packages of a stream.
 
-    The worker makes the index at the end of each collection, because the graphical thread must not wait for it. For 400
-    streams with 24,000 packages, this takes about a tenth of a second. If the system has no module streams, this takes
-    some microseconds.
+    The worker makes the index at the end of each collection, because the graphical thread must not wait for this work.
+    For 400 streams with 24,000 packages, the work takes about a tenth of a second. If the system has no module streams,
+    it takes some microseconds.
     """
 
     def __init__(self):

@@ -131,7 +131,9 @@ def outcome(row):
 
 
 def userName(number, known):
-    """The login name of a user. dnf also shows the full name. known: a dictionary from user numbers to names found."""
+    """The login name of a user, without the full name that dnf also shows. known: a dictionary from user numbers to the
+    names that were already found.
+    """
     if number not in known:
         # Each of these numbers means that the transaction had no login user.
         if number in (-1, 0xFFFFFFFF, 0x7FFFFFFF):

@@ -138,7 +138,7 @@ def runCommand(base, module, subcommand, specs):
 @contextlib.contextmanager
 def onlyWholeLines(module):
     """Within this scope, the plug-in's command removes only the lines that are equal to its arguments. Without this
-    scope, a package name as an argument would also remove the lines that exclude versions of it.
+    scope, a package name as an argument would also remove the lines that exclude versions of this package.
     """
     match = module._match
     module._match = lambda line, specs: line in specs
