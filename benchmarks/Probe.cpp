@@ -58,13 +58,13 @@ double monotonic()
     return clockTime(CLOCK_MONOTONIC);
 }
 
-// The next two functions return CPU times, in seconds: of the calling thread, and of the whole process. Other
-// programs hardly affect these times.
+// Returns the CPU time of the calling thread, in seconds. Other programs hardly affect CPU times.
 double computed()
 {
     return clockTime(CLOCK_THREAD_CPUTIME_ID);
 }
 
+// Returns the CPU time of the whole process, in seconds.
 double computedByAll()
 {
     return clockTime(CLOCK_PROCESS_CPUTIME_ID);

@@ -40,9 +40,11 @@ public:
     // An empty string means that no such reason exists.
     void setRefusal(const QString& text) { refusal = text; }
 
-    // These functions return the kind of the user's request, and the number of its transaction. Call them
-    // only after exec() has returned QDialog::Accepted.
+    // Returns the kind of the user's request. Call this function only after exec() has returned
+    // QDialog::Accepted.
     Replay wantedReplay() const { return wanted; }
+    // Returns the number of the transaction that the request names. Call this function only after exec() has
+    // returned QDialog::Accepted.
     qint64 wantedNumber() const { return number; }
 
     void done(int result) override;

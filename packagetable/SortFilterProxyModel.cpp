@@ -479,7 +479,7 @@ QVariant SortFilterProxyModel::data(const QModelIndex& listed, int role) const
 QVariant SortFilterProxyModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
     if (source == nullptr || orientation == Qt::Vertical) {
-        // Do not call the base class: its function would use its own map.
+        // Do not call the base class, which would use its own map.
         // NOLINTNEXTLINE(bugprone-parent-virtual-call)
         return QAbstractItemModel::headerData(section, orientation, role);
     }

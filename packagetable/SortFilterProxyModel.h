@@ -166,11 +166,10 @@ private:
     mutable std::vector<Verdict> verdicts; // the result of the filter, by source row
     QRegExp expression;
     Expression pattern;
-    // The settings of the last comparison of all records, and the number of this comparison.
-    // Package::Entry::match has the results.
+    // These three members describe the last comparison of all records. Package::Entry::match has its results.
     Mode comparedMode;
     QString comparedExpression;
-    qint32 comparison; // 0 before the first comparison
+    qint32 comparison; // the number of the comparison; 0 before the first comparison
 
     int sortedBy;
     Qt::SortOrder sortedIn;

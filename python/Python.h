@@ -83,8 +83,9 @@ public:
     int pyf(const char* format, ...) __attribute__((format(printf, 2, 3)));
     PyObject* pyrf(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
-    // These functions call a callable that pyLookup() finds, or a method of an object. The format is a format
-    // of Py_BuildValue() for a tuple, such as "(s)", "(O,O)" or "()". They return a new reference or NULL.
+    // pyCall() and pyVCall() call a callable that pyLookup() finds. pyMethodCall() and pyVMethodCall() call a
+    // method of an object. The format is a format of Py_BuildValue() for a tuple, such as "(s)", "(O,O)" or
+    // "()". Each function returns a new reference or NULL.
     PyObject* pyCall(const char* name, const char* format, ...);
     PyObject* pyVCall(const char* name, const char* format, va_list args);
     PyObject* pyMethodCall(PyObject* self, const char* method, const char* format, ...);

@@ -291,8 +291,9 @@ QString Config::refusal(const Repo::Entry& entry)
 {
     // Permit only the characters that the package manager permits in an identifier, and the characters of
     // variables ("$", "{" and "}"). The package manager expands the variables first, and then ignores a
-    // repository whose identifier contains another character. A closing bracket makes it reject the whole
-    // file. Bytes beyond ASCII are refused because the package manager decodes them differently from VYRE.
+    // repository whose identifier contains another character. A closing bracket would make the package
+    // manager reject the whole file. Bytes beyond ASCII are refused because the package manager decodes them
+    // differently from VYRE.
     const auto unusable = [](QChar character) {
         const char sign = character.unicode() <= 0x7f ? character.toLatin1() : '\0';
         return std::isalnum(static_cast<unsigned char>(sign)) == 0 &&

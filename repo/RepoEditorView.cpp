@@ -126,8 +126,8 @@ void View::keyPressEvent(QKeyEvent* event)
     HTableView::keyPressEvent(event);
 }
 
-// The base class makes the first row current when the view gets the focus. This function undoes that, because
-// a current row that is not selected is invisible.
+// The base class makes the first row current when the view gets the focus. This function undoes this change,
+// because a current row that is not selected is invisible.
 void View::focusInEvent(QFocusEvent* event)
 {
     const bool hadCurrent = currentIndex().isValid();

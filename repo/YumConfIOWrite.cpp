@@ -22,8 +22,9 @@ using namespace YumConfIOParts;
 
 namespace {
 
-// A message lists at most these numbers of file names and repository identifiers.
+// A message lists at most this number of file names.
 constexpr int listedNames = 20;
+// A message lists at most this number of repository identifiers.
 constexpr int listedIdentifiers = 100;
 
 // The maximum number of files in a batch. It limits the open descriptors, because each file of a batch stays

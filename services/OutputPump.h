@@ -30,7 +30,7 @@ public:
 
     static constexpr int channelCount = 2;
 
-    // One channel of the pump: the pump reads from one descriptor and writes to the other.
+    // One channel of the pump: the pump reads from `from`, and writes to `to`.
     struct Channel
     {
         FileDescriptor from;

@@ -30,8 +30,8 @@ const QColor retryingColour(255, 140, 0, 255);
 const QColor inProgressColour(255, 255, 0, 255);
 const QColor completeColour(144, 238, 144, 255);
 
-// Returns whether more than minInterval has passed since the timer was started. Returns false if it was never
-// started.
+// Returns whether more than minInterval has passed since the timer was started. Returns false if the timer
+// was never started.
 bool intervalOver(const QElapsedTimer& timer)
 {
     return timer.isValid() && timer.elapsed() > minInterval;
@@ -443,8 +443,8 @@ void Object::endItemActsThreads()
 
 void Object::setItemValue(Steps value)
 {
-    // A value that follows the last report too soon is not reported. If it was the item's final value, the
-    // bars show it together with the next item, endItemActs() or reset().
+    // A value that follows the last report too soon is not reported. If this value was the item's final
+    // value, the bars show it together with the next item, endItemActs() or reset().
     itemValue = std::min(value, itemMax);
     totalValue = itemStart + itemShare(itemValue);
     if (intervalOver(itemTimer)) {

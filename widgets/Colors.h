@@ -31,8 +31,9 @@ QString okBg();          // background of a success label
 // Returns a copy of the palette for a required input field. A disabled field keeps its colour.
 QPalette makeRequired(const QPalette& palette);
 
-// These functions return a copy of the palette for a label that shows an error, a warning or a success. The
-// background shows the meaning by its colour. The text is black or white, whichever is easier to read.
+// Each function returns a copy of the palette for a label: makeError() for a label with an error,
+// makeWarning() with a warning, makeOK() with a success. The background shows the meaning by its colour. The
+// text is black or white, whichever is easier to read.
 QPalette makeError(const QPalette& palette);
 QPalette makeWarning(const QPalette& palette);
 QPalette makeOK(const QPalette& palette);

@@ -30,7 +30,7 @@ namespace {
 
 // A column whose texts are wider than this number of letters is narrowed if the list has too little width.
 constexpr int widestColumn = 30;
-// The smallest width of such a column, in letters.
+// The smallest width of a narrowed column, in letters.
 constexpr int narrowestColumn = 12;
 // The width of a column is measured with only this number of its longest texts.
 constexpr size_t measuredTexts = 8;
@@ -58,8 +58,8 @@ public:
     }
 };
 
-// A table with a fixed size hint. It does not depend on the columns, because the user can make each column
-// narrower.
+// A table with a fixed size hint. The hint does not depend on the columns, because the user can make each
+// column narrower.
 class Table : public HTableView
 {
 public:
@@ -195,7 +195,8 @@ void FilteredList::shareWidth()
         }
         free -= widths[column];
     }
-    // Begin with the column that lacks least, because its share may be more than it needs.
+    // Begin with the column that lacks the least width: its share of the free width may be more than this
+    // column needs.
     std::sort(narrowed.begin(), narrowed.end(), [this, &widths](size_t l, size_t r) {
         return textWidths[l] - widths[l] < textWidths[r] - widths[r];
     });

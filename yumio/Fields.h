@@ -62,8 +62,8 @@ public:
         Count
     };
 
-    // "Attribute" means an attribute of the script's package object. It has either dnf's name or a name that
-    // share/python/vyre/packages.py defines.
+    // "Attribute" means an attribute of the script's package object. Each attribute has either dnf's name or
+    // a name that share/python/vyre/packages.py defines.
     enum class Source {
         Record,       // a text that is a member of the record
         RecordKind,   // the word for the record's kind

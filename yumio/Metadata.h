@@ -27,9 +27,10 @@ using Wanted = QHash<QByteArray, int>;
 // Receives the index and the text of a package. The text is UTF-8.
 using Take = std::function<void(int index, const std::string& text)>;
 
-// The next two functions call `take` for each wanted package in the file. The file may be compressed. Both
-// return true if the file is complete and of the right kind. Otherwise they describe the error in `problem`.
-// Both call `stopped` often; if it returns true, they return false, with an empty description.
+// readFileLists() and readChangeLogs() call `take` for each wanted package in the file, which may be
+// compressed. If the file is complete and of the right kind, these functions return true. Otherwise they
+// describe the error in `problem` and return false. They call `stopped` often. If `stopped` returns true,
+// they return false and make `problem` empty.
 
 // Each text has one path per line, without duplicates, sorted by character code.
 bool readFileLists(const QString& path, const Wanted& wanted, const Take& take, QString& problem,

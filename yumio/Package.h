@@ -101,13 +101,12 @@ uint qHash(const EntryKey& key, uint seed);
 // The actions that the user has chosen. The program restores them after a new collection.
 using Marks = QHash<EntryKey, Action>;
 
-// The packages with other names that replace a record ("by"), and the packages with other names that the
-// record replaces ("of"). Each text includes version and architecture. Both lists are empty for nearly all
-// records.
+// The replacements between the package of a record and packages with other names. The texts are names with
+// version and architecture. For nearly all records, both lists are empty.
 struct Replacement
 {
-    QStringList by;
-    QStringList of;
+    QStringList by; // the packages that replace the package of the record
+    QStringList of; // the packages that the package of the record replaces
 };
 
 // A list that owns its records.

@@ -36,9 +36,10 @@ enum Action : long {
 // The reason why an item is part of the transaction.
 enum Reason : long { Dependency = 1, Clean = 3, WeakDependency = 4, Group = 5 };
 
-// The steps of the total bar. The downloads get at most downloadSteps. The transaction itself gets runSteps:
-// 100 for its preparation, 1000 for the preparation of its run, and 8000 for the packages.
+// The maximum number of steps of the total bar for the downloads.
 constexpr quint32 downloadSteps = 24000;
+// The number of steps of the total bar for the transaction itself: 100 for its preparation, 1000 for the
+// preparation of its run, and 8000 for the packages.
 constexpr quint32 runSteps = 9100;
 
 // Returns the weight of a package: its size in bytes, with a minimum, because even an empty package takes

@@ -28,7 +28,8 @@ public:
     static QString described(Package::State state);
     static QString described(Package::Kind kind);
 
-    // Both functions return the text for a tool tip. For a kind, described() returns this text.
+    // Returns the text for the tool tip of an action or a state. The tool tip of a kind shows the text of
+    // described().
     static QString explained(Package::Action action); // empty for no action
     static QString explained(Package::State state);
 };

@@ -320,7 +320,7 @@ void YumIO::offerFunctions()
     PyErr_Clear();
 }
 
-// The arguments are the level and the text.
+// A global function for the script: adds a warning to the log. The arguments are the level and the text.
 PyObject* YumIO::logWarning(PyObject* capsule, PyObject* args)
 {
     auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));

@@ -493,8 +493,8 @@ private:
     QString getRelDepList(PyObject* pkg, const char* attr);
     QString getGroupPkgs(const Package::Entry& entry, const char* item);
     QString getRpmList(PyObject* pkg, const char* tag);
-    // Returns a new reference or null. The program does not call it at present; it can read tags that are not
-    // lists.
+    // Returns a new reference or null. This function can also read tags that are not lists. The program does
+    // not call it at present.
     PyObject* getRpmHdrValue(PyObject* pkg, const char* tag);
     PyObject* headerValue(PyObject* header, const char* tag); // new reference or null
     void missingAttribute(const char* attr);
@@ -558,12 +558,11 @@ private:
     QHash<QString, quint32>::const_iterator startSlot(const QString& text, quint64 size);
     void tsDownloadProgress(PyObject* payload, const QString& text, quint64 size, quint64 done);
     void tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, long status);
-    // What rpm does with a package: the text for the progress bar (with %1 for the package's name) and the
-    // weight of the step.
+    // One step of rpm's work on a package.
     struct PackageStep
     {
-        QString text;
-        quint64 weight;
+        QString text;   // for the progress bar, with %1 for the package's name
+        quint64 weight; // the weight of the step in the progress
     };
     // action: a Transaction::Action. newWeight: the weight of a package that rpm installs. oldSize: the bytes
     // of the installed version.

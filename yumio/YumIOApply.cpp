@@ -605,8 +605,8 @@ void YumIO::weighUnlisted(PyObject* item, long action)
 bool YumIO::verifyLocalPkg(PyObject* pkg)
 {
     // This function may run inside a longer operation. If that operation fails later, its message must
-    // include all log entries since it began. Therefore the start of that operation in the log is stored here
-    // and restored below.
+    // include all log entries since that operation began. Therefore the start of that operation in the log is
+    // stored here and restored below.
     const int outerLogStart = exceptLogStart;
     bool valid = false;
     {

@@ -313,8 +313,9 @@ void YumIO::collectReplacements()
     }
 }
 
-// Asks whether to go on without a failing repository. The arguments are its identifier, the reason, and how
-// many more repositories have failed. Returns True if the collection continues without it.
+// Asks whether to go on without a failing repository. The arguments are the identifier of this repository,
+// the reason, and the number of failing repositories after this one. Returns True if the collection continues
+// without this repository.
 PyObject* YumIO::goOnWithout(PyObject* capsule, PyObject* args)
 {
     auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));

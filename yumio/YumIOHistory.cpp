@@ -29,7 +29,7 @@ bool YumIO::readHistoryReal(HistoryRecords* found)
     ExceptScope scope(*this);
     {
         // Ask the script here, on the worker: the script imports a part of the package manager, and the
-        // graphical thread must not wait for that.
+        // graphical thread must not wait for this import.
         const PyRef missing(pyMethodCall(yumIO.get(), "lacksReplay", "()"));
         PyErr_Clear();
         missingForReplay = missing ? pyString(missing.get()) : QString();

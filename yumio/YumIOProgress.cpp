@@ -392,9 +392,9 @@ PyObject* YumIO::rpmtransInit(PyObject*, PyObject* args)
     const bool flag = test != Py_False;
     if (!flag && phase == Applying && !transaction.signalRecorder) {
         // Set changingSystem before checking whether the program is ending. If the program begins to end
-        // after this line, it sees the variable and waits for the transaction. If the program began to end
-        // before this line, the check stops the transaction. The variable stays true until the operation is
-        // over.
+        // after this line, the program sees the variable and waits for the transaction. If the program began
+        // to end before this line, the check stops the transaction. The variable stays true until the
+        // operation is over.
         changingSystem = true;
         if (Unattended::is()) {
             changingSystem = false;

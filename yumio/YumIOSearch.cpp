@@ -81,7 +81,7 @@ private:
         add(bytes.constData(), static_cast<size_t>(bytes.size()));
     }
 
-    // Returns false if it cannot add the text of the field.
+    // Adds the text of a field, or returns false if this is impossible.
     bool addDirectly(const Package::Entry& entry, Fields::Field field)
     {
         const Fields::Row& row = Fields::row(field);
@@ -253,9 +253,9 @@ QHash<QString, RepositoryTexts> byRepository(const QVector<Package::Entry*>& wan
     return found;
 }
 
-// Returns the packages in the order in which the package manager stores them. It stores long texts in
-// compressed blocks; in this order, each block is decompressed only once. The hash of a package is its
-// position.
+// Returns the packages in the order in which the package manager stores them. The package manager stores long
+// texts in compressed blocks; in this order, each block is decompressed only once. The hash of a package is
+// its position.
 QVector<Package::Entry*> inStoredOrder(const QVector<Package::Entry*>& wanted)
 {
     std::vector<std::pair<Py_hash_t, Package::Entry*>> order;

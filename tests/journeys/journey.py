@@ -99,7 +99,7 @@ class Waiting:
         wait_for(self.is_waiting, self._path + '.waiting')
 
     def let_go(self):
-        """Let the scriptlet end, unless it already has."""
+        """Let the scriptlet end, unless it has already ended."""
         with contextlib.suppress(FileNotFoundError):
             os.unlink(self._path)
 

@@ -180,7 +180,7 @@ class DisplayTest(JourneyTest):
 
 
 class OwnDisplays(unittest.TestCase):
-    """Tests that run on displays of their own, because each test ends its display."""
+    """Tests that run on displays of their own, because each test ends its own display."""
 
 
 def on_own_display(name):

@@ -84,7 +84,7 @@ void DescribeRepoDialogTest::theDetailsButtonShowsAMessageIfTheRepositoryIsNotCo
                  (QStringList{"Error", "There is no configured repository \"<b>gone</b>\""}));
         QVERIFY(shown.isVisible());
     });
-    // If VYRE has read no configuration, it shows the same message.
+    // If VYRE has read no configuration, the button also shows a message.
     conf.reset();
     describe("it", [](Dialog& shown) {
         QCOMPARE(messageOf([&shown] { press(buttonBeside(shown, "Repository")); }).count(), 2);

@@ -258,7 +258,7 @@ class ScenarioTest(unittest.TestCase):
 
     def run_without_object(self):
         """Runs the script, but does not make its object. So the script reads the configuration of the real system, but
-        nothing else of it.
+        reads nothing else of that system.
         """
         self.recording = Recording()
         sys.modules["yumIOC"] = self.recording.module

@@ -229,8 +229,8 @@ class LockedTest(DatabaseTest):
         self.check_given_up(self.database_lock)
 
     def check_waits(self, take):
-        """Another process takes the lock while the user sees the listing, and releases it while the script waits for
-        it.
+        """Another process takes the lock while the user sees the listing, and releases the lock while the script waits
+        for it.
         """
         shown = self.prepare()
 

@@ -134,7 +134,9 @@ class DownloadTest(ScenarioTest):
                          ["/sandbox-http/astrolabe-5.6-1.x86_64.rpm"])
 
     def verified(self, package):
-        """Whether the script verifies the package. These two exceptions mean False, as in the program."""
+        """Whether the script verifies the package. An exception of one of these two types means False, as in the
+        program.
+        """
         try:
             return self.yumio.verifyLocalPkg(package)
         except (FileNotFoundError, self.dnf.exceptions.MiscError):

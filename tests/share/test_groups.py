@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Tests of groups on a system whose dnf cannot read them."""
+"""Tests of groups on a system whose dnf cannot read groups."""
 
 import types
 

@@ -366,8 +366,8 @@ class GroupQuestionTest(QuestionTest):
         self.assertIn("gravity >= 6", self.recording.printed())
 
     def check_optional_members(self, option):
-        """Sets this option, which makes group members optional. Checks that the question names a left-out member and
-        the reason.
+        """Sets this option, which makes the members of groups optional. Checks that the question names the member that
+        is left out, and the reason.
         """
         self.configure(option)
         self.change_comps('<packagereq type="mandatory">pebble-go</packagereq>',

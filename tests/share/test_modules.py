@@ -63,7 +63,7 @@ class ModulesTest(ModuleScenario):
         self.assertEqual(self.streams(), before)
 
     def enable_obsolete_stream(self):
-        """Enables an obsolete stream, and configures dnf to switch from it to its successor."""
+        """Enables an obsolete stream, and configures dnf to switch from this stream to its successor."""
         self.write("/etc/dnf/modules.d/grove.module", "[grove]\nname=grove\nstream=0\nprofiles=\nstate=enabled\n")
         self.configure("module_obsoletes=True")
 

@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Tests of the list of transactions, of their details, and of the questions before the script undoes or repeats them.
+"""Tests of the list of transactions, of their details, and of the questions before the script undoes or repeats
+transactions.
 """
 
 import contextlib

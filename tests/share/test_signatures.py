@@ -91,7 +91,7 @@ class SignatureTest(ScenarioTest):
 
     @in_own_process
     def test_a_package_that_was_changed_after_it_was_signed_is_refused(self):
-        """The metadata contain the digest of the changed file, so only its signature is wrong."""
+        """The metadata contain the digest of the changed file, so only the signature of the package is wrong."""
         path = os.path.join(self.sandbox.repository("sandbox-signed"), TABLET + ".rpm")
         with open(path, "r+b") as stream:
             content = bytearray(stream.read())

@@ -223,7 +223,9 @@ class YumIO:
         return [(update, update.advised) for update in self._packages('updates') if hasattr(update, 'advised')]
 
     def versionLocks(self):
-        """The reason and the lines in locks.json; None if this file is missing."""
+        """The values in locks.json: the reason why the locks cannot be changed, and the lines that lock packages. None
+        if this file is missing.
+        """
         try:
             with open(os.path.join(SHARE, 'locks.json')) as locks:
                 return tuple(json.load(locks))

@@ -16,8 +16,8 @@ def rootIsMountPoint():
 
 
 def isolate():
-    """Give this process and its children a mount name space of their own. Other processes do not see the mounts in it,
-    and the mounts end with these processes.
+    """Give this process and its children a mount name space of their own. Other processes do not see the mounts in this
+    name space, and the mounts end with these processes.
     """
     if not rootIsMountPoint():
         raise unittest.SkipTest('"/" is no mount point here, as in a bare chroot: what is mounted is seen outside')

@@ -59,7 +59,7 @@ def page(content):
 
 
 def make_large(repository, count):
-    """Make a repository with this number of packages. It has only metadata."""
+    """Make a repository with this number of packages. The repository has only metadata and no package files."""
     package = ('<package type="rpm"><name>{name}</name><arch>noarch</arch><version epoch="0" ver="1" rel="1"/>'
                '<checksum type="sha256" pkgid="YES">{number:064x}</checksum><summary>Number {number}</summary>'
                '<description>The package {number} of a large repository</description><packager/><url/>'

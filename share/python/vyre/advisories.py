@@ -17,7 +17,8 @@ from .versionlock import versionLocks
 # a newer version.
 ANY = hawkey.LT | hawkey.EQ | hawkey.GT
 
-# Whether a package of an advisory can be marked for an update, or the reason why not. The program has the sentences.
+# Whether a package of an advisory can be marked for an update, or the reason why not. The program has the texts for
+# these values.
 POSSIBLE, INSTALLED, NOT_OFFERED, OLDER, LOCKED, EXCLUDED = range(6)
 
 

@@ -172,7 +172,8 @@ def setReleasever(conf):
     """
     given = conf.releasever is not None
     parts = {part: getattr(conf, part, None) for part in ('releasever_major', 'releasever_minor')}
-    # A release from the environment or from a variable file has priority. This assignment also sets both parts.
+    # A release from the environment or from a variable file has priority. This assignment also sets both parts of the
+    # release.
     conf.releasever = conf.releasever if given else detectedRelease()
     if not hasattr(dnf.rpm, 'detect_releasevers'):
         return

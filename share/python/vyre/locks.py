@@ -58,9 +58,11 @@ class DatabaseLock:
     again, and releases it when rpm has finished.
     """
 
-    # Times in seconds: between two attempts, before the first question, and between two questions.
+    # The time between two attempts, in seconds.
     ATTEMPTS = 0.2
+    # The time before the first question, in seconds.
     FIRST_QUESTION = 5
+    # The time between two questions, in seconds.
     NEXT_QUESTION = 60
 
     def __init__(self, step):

@@ -68,8 +68,8 @@ NEW_NAMES = ('_persistence',)
 # them, the script does not replace the check.
 RPMKEYS_NAMES = ('_find_rpmkeys_binary', '_process_rpm_output', '_verifyPackageUsingRpmkeys')
 
-# The names in the versionlock plug-in that the script uses. If the plug-in lacks one, the program offers no version
-# locks.
+# The names in the versionlock plug-in that the script uses. If the plug-in lacks one of these names, the program offers
+# no version locks.
 VERSIONLOCK_NAMES = ('VersionLockCommand', '_match', '_read_locklist', 'locklist_fn')
 
 # The private names that the script needs to undo or repeat a recorded transaction. dnf before version 4.4 lacks them.

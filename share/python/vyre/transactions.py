@@ -89,8 +89,9 @@ class History:
                 return connection
             except sqlite3.OperationalError:
                 connection.close()
-                # SQLite keeps temporary files next to the database, which readers also need. If the user has no right
-                # to create these files and no process is writing, "immutable" opens the database without them.
+                # SQLite keeps temporary files next to the database, and needs these files for reading too. If the user
+                # has no right to create these files and no process is writing, "immutable" opens the database without
+                # them.
                 log = path + '-wal'
                 if options or \
                         os.access(os.path.dirname(path), os.W_OK, effective_ids=True) or \
