@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The command "Advisories": reads the repositories' advisories and shows them in the Advisories window. It
-// marks the updates that the user chooses there.
+// The command "Advisories": reads the repositories' advisories and shows them in the Advisories window. The
+// command marks the updates that the user chooses there.
 //
 // The object lives on the graphical thread; the main window owns it.
 

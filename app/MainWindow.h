@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // The program's main window: menus, the filter row, the package table, the action buttons and the progress
-// bars. It owns the back end and all objects that use the back end. It disables the controls before each long
-// operation and enables them afterwards.
+// bars. The window owns the back end and all objects that use the back end. The window disables the controls
+// before each long operation and enables them afterwards.
 //
 // The object lives on the graphical thread. main() creates it and never deletes it.
 

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The menu of the Action column. It sets an action for the clicked row, or for all selected rows whose state
-// permits the action. If the package manager has version locks, the menu also locks and unlocks these rows.
+// The menu of the Action column. The menu sets an action for the clicked row, or for all selected rows whose
+// state permits the action. If the package manager has version locks, the menu also locks and unlocks these
+// rows.
 //
 // The object lives on the graphical thread; the view is its Qt parent.
 

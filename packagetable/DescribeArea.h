@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The contents of the description dialog for one record. It has pairs of a label and a value, and buttons for
-// the file list, the change log and the repository.
+// The contents of the description dialog for one record. The area has pairs of a label and a value, and
+// buttons for the file list, the change log and the repository.
 //
 // The object lives on the graphical thread. The dialog owns it, and deletes its widgets before this object.
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Shows all data of the back end for one row of the package table. It has an area for the record, and a
-// shorter area for each other installed version.
+// Shows all data of the back end for one row of the package table. The dialog has an area for the record, and
+// a shorter area for each other installed version.
 //
 // The object lives on the graphical thread. The model creates one dialog with the table as its parent, and
 // uses it repeatedly. A closed dialog contains no data of a record.

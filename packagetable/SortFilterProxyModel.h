@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Filters and sorts the package records in the table. It filters by state, duplicates, groups and a regular
-// expression.
+// Filters and sorts the package records in the table. The proxy filters by state, duplicates, groups and a
+// regular expression.
 //
 // The object lives on the graphical thread; the main window owns it. The object has its own map between table
 // rows and records, instead of the base class's map. Filtering does not sort again, and sorting does not
@@ -178,12 +178,12 @@ private:
     int sortPauses;
     bool sortWanted; // an action changed while a SortPause object existed
 
-    // The following members are calculated at their first use. They are cleared when the records change.
+    // The following members are calculated at their first use, and cleared when the records change.
     mutable bool mapped;
     mutable bool mapping;
     mutable std::vector<int> order;      // the sorted source rows
     mutable std::vector<int> listedRows; // source rows, indexed by proxy row
-    mutable std::vector<int> proxyRows;  // proxy rows, indexed by source row; -1 if not listed
+    mutable std::vector<int> proxyRows;  // proxy rows, indexed by source row; -1 for an unlisted row
     mutable std::vector<qint64> keys[ColumnCount];
     mutable std::vector<int> nameRanks;
     mutable QByteArray visible;           // the visible texts of all rows; a zero byte ends each row

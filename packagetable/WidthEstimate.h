@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // Estimates the width of a text from the widths of pairs of characters. An estimate is much faster than
-// measuring the text. It may be slightly wrong if a font combines three or more characters.
+// measuring the text. The estimate may be slightly wrong if a font combines three or more characters.
 //
 // Any thread may create an object, but only this thread may use it.
 
@@ -20,7 +20,7 @@ namespace PackageTable {
 class WidthEstimate
 {
 public:
-    // The estimate for a text with a character that is not printable ASCII. For example, Arabic letters
+    // The result for a text that contains characters other than printable ASCII. For example, Arabic letters
     // change their widths inside a word, so adding widths gives no useful result.
     static constexpr qreal unknown = 1e9;
 

@@ -113,8 +113,8 @@ public:
     bool pyStringEqual(PyObject* object, const char* text);
 
     // pyExceptValue() returns the pending exception object. pyExceptValuef() returns a value for a message:
-    // the attribute "value" of the exception or, if it is missing, the exception's text. Both return a new
-    // reference, or NULL if no exception is pending. The exception stays pending.
+    // the attribute "value" of the exception or, if it is missing, the exception's text. Both functions
+    // return a new reference, or NULL if no exception is pending. The exception stays pending.
     PyObject* pyExceptValue();
     PyObject* pyExceptValuef();
 

@@ -123,8 +123,8 @@ protected:
     }
 
     // Returns true if the key removes more than one character. In this case, the function first selects the
-    // text that the key removes. It finds this text in the visible edit, by the word boundaries of the masked
-    // text. If the key also copies, the function copies the masked text to the clipboard.
+    // text that the key removes. The function finds this text in the visible edit, by the word boundaries of
+    // the masked text. If the key also copies, the function copies the masked text to the clipboard.
     virtual bool selectForRemoval(QKeyEvent* event)
     {
         const bool hasSelection = PasswdInner::selection(this).length() > 0;

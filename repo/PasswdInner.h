@@ -77,7 +77,8 @@ struct Difference
     int added;
 };
 
-// The positions of the cursor and of the start of the selection. Both are equal if nothing is selected.
+// The positions of the cursor and of the start of the selection. Both positions are equal if nothing is
+// selected.
 struct Selection
 {
     int begin() const { return qMin(anchor, position); }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The form for one repository. It creates the fields and keeps them consistent. The credentials in the URLs
-// have separate fields, which show and edit only these parts of the URLs.
+// The form for one repository. The form creates the fields and keeps them consistent. The credentials in the
+// URLs have separate fields, which show and edit only these parts of the URLs.
 //
 // The object lives on the graphical thread. Its Qt parent is the widget whose layout it fills.
 

@@ -14,7 +14,7 @@ namespace Repo {
 
 struct Entry
 {
-    // The name of the section, without its brackets. It is empty only while a new repository has no
+    // The name of the section, without its brackets. This name is empty only while a new repository has no
     // identifier.
     QString id;
     QString name;
@@ -27,7 +27,7 @@ struct Entry
     qint32 gpgcheck = 1;
     // All other lines of the section, unchanged and in order. A line feed ends each line.
     QString options;
-    // The path of the file with the section. It is empty while a new repository has no file.
+    // The path of the file with the section. This path is empty only while a new repository has no file.
     QString file;
     // The position of the section among the sections of its file. After reading, the positions are 1.0, 2.0
     // and so on. A new section gets a fraction between two of them.

@@ -3,8 +3,8 @@
 // One configuration file of the package manager: its contents on the disk, or the reason why VYRE leaves the
 // file alone.
 //
-// The graphical thread creates the objects. They can be copied. Reading never blocks that thread, even if the
-// file is a pipe or endless.
+// The graphical thread creates the objects, which can be copied. Reading never blocks that thread, even if
+// the file is a pipe or endless.
 
 #ifndef REPO_REPOFILE_H
 #define REPO_REPOFILE_H
@@ -19,7 +19,7 @@
 
 namespace Repo {
 
-// The device and inode numbers. They are equal for all paths that lead to the same file.
+// The device and inode numbers. These numbers are equal for all paths that lead to the same file.
 using FileNumber = QPair<quint64, quint64>;
 FileNumber numberOf(const struct stat& status);
 
@@ -46,8 +46,8 @@ public:
     // Reads the file; the caller has already called stat().
     static File read(const QString& path, const struct stat& status);
 
-    // Converts a text with line feeds to bytes for this file, with the line ends and the byte order mark of
-    // the file.
+    // Converts a text to bytes for this file. Replaces line feeds by the line ends of the file, and adds its
+    // byte order mark.
     QByteArray encoded(const QString& text) const;
 
     State state = Missing;

@@ -93,8 +93,8 @@ public:
     // leaves alone. The user must see these warnings before a file is written.
     QStringList warnings;
 
-    // The parent window of the message boxes. The caller of read() and write() owns it. It is valid only
-    // during these calls.
+    // The parent window of the message boxes. The caller of read() and write() owns this window. The pointer
+    // is valid only during these calls.
     QWidget* parent = nullptr;
 
     // Physical lines that have been read, but belong to logical lines that have not been returned yet.

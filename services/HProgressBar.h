@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A progress bar that also names the current activity. It shows no tool tip itself; it emits toolTip()
+// A progress bar that also names the current activity. The bar shows no tool tip itself; it emits toolTip()
 // instead.
 //
 // The object lives on the graphical thread; its Qt parent owns it.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The window that shows the log. It shows the entries up to the level that the user chooses, coloured by
-// kind.
+// The window that shows the log. The window shows the entries up to the level that the user chooses, coloured
+// by kind.
 //
 // The object lives on the graphical thread. The main window creates it on the first request and keeps it
 // until the program ends. While the window is hidden, it is disconnected from the log and contains no text.

@@ -3,8 +3,8 @@
 // Modal dialogs for texts that can be very long. Each dialog shows an icon and a text that scrolls inside the
 // dialog.
 //
-// They live on the graphical thread. The code that runs a dialog deletes it; otherwise its Qt parent deletes
-// it. The texts are plain text, never markup. The user can select and copy them. The scroll keys work
+// The dialogs live on the graphical thread. The code that runs a dialog deletes it; otherwise its Qt parent
+// deletes it. The texts are plain text, never markup. The user can select and copy them. The scroll keys work
 // wherever the focus is. Ctrl+F finds a text.
 
 #ifndef SERVICES_SCROLLABLEDIALOGS_H

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A regular expression that filters a table. It is an extended POSIX expression, is case-sensitive, and
-// matches anywhere in a text.
+// A regular expression that filters a table. The expression is an extended POSIX expression, is
+// case-sensitive, and matches anywhere in a text.
 //
 // For most expressions, every match contains a certain fixed text. Searching for a fixed text is much faster
 // than matching a regular expression. Therefore the regular expression is tried only on texts that contain

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A table view whose size hint fits its columns and a certain number of rows. It can fit its columns and its
-// window to the contents. If it has no rows, it can show a text instead.
+// A table view whose size hint fits its columns and a certain number of rows. The view can fit its columns
+// and its window to the contents. If the model has no rows, the view can show a text instead.
 //
 // The object lives on the graphical thread; its Qt parent owns it. The caller of setModel() owns the model.
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A text edit whose size hint fits a number of columns and rows. It reports when the user has finished
+// A text edit whose size hint fits a number of columns and rows. The edit reports when the user has finished
 // editing.
 //
 // The object lives on the graphical thread; its Qt parent owns it.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A repository's advisory about an installed package. It gives the reason for updates, for example a security
-// fault.
+// A repository's advisory about an installed package. The advisory gives the reason for updates, for example
+// a security fault.
 //
 // A plain value. A worker of the back end creates it, and the graphical thread reads it afterwards.
 

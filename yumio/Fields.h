@@ -84,8 +84,8 @@ public:
         // log lack this flag: a search reads them separately.
         Searched = 4,
         Described = 8, // the description of a record shows the field
-        // The short description of a further installed version shows the field. It has only the fields that
-        // help to distinguish the installed versions of one package.
+        // The short description of a further installed version shows the field. This description has only the
+        // fields that help to distinguish the installed versions of one package.
         InShortDescription = 16
     };
 

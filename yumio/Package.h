@@ -77,8 +77,8 @@ public:
     PackedText searchChangeLog;
 };
 
-// The key by which the back end finds a record. It includes the kind, because a group and a package may have
-// the same name.
+// The key by which the back end finds a record. The key includes the kind, because a group and a package may
+// have the same name.
 class EntryKey
 {
 public:

@@ -60,7 +60,7 @@ public:
     // packages. Each of the two records may be null.
     void addReplacement(const Package::Entry* replaced, const QString& before, const Package::Entry* other,
                         const QString& after);
-    // Makes the records visible to the table. It ends the collection: rank() must not be called after it.
+    // Makes the records visible to the table. This call ends the collection: do not call rank() afterwards.
     void publish();
 
     // --- Finding. The result is null if no record fits.

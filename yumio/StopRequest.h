@@ -60,8 +60,8 @@ private Q_SLOTS:
 
 private:
     State stateNow() const;
-    // Calls the function, which changes the members below. Then emits changed() if the state is different
-    // from before.
+    // Calls the function, which changes the members below. Then emits changed() if the function has changed
+    // the state.
     template <typename Change> void change(const Change& function);
 
     mutable QMutex mutex; // guards the other members

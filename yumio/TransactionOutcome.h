@@ -5,7 +5,7 @@
 // texts for the user.
 //
 // The worker writes the object while it holds the interpreter lock, and the graphical thread reads it
-// afterwards. It is a part of a TransactionState.
+// afterwards. The object is a part of a TransactionState.
 
 #ifndef YUMIO_TRANSACTIONOUTCOME_H
 #define YUMIO_TRANSACTIONOUTCOME_H
@@ -34,7 +34,7 @@ public:
         CountCount
     };
 
-    // Returns the script's name of this number.
+    // Returns the name that the script uses for this number.
     static const char* nameOf(Count count);
 
     bool hasFailures() const { return counts[Failed] != 0 || !failedScriptlets.isEmpty(); }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The package back end: drives the package manager through the script in the embedded interpreter. It owns
-// the package records and the log, and runs every operation on the package manager.
+// The package back end: drives the package manager through the script in the embedded interpreter. The back
+// end owns the package records and the log, and runs every operation on the package manager.
 //
 // The object lives on the graphical thread; the main window owns it. Every long operation has two functions.
 // The public function runs on the graphical thread, which waits in a nested event loop and keeps the windows
@@ -78,8 +78,8 @@ public:
 
     // --- Collection. A successful collect() makes the records valid until the next clearEntries().
 
-    // A collection from the cache needs no network and asks no questions. It leaves out the repositories
-    // without metadata in the cache.
+    // A collection from the cache needs no network and asks no questions. Such a collection leaves out the
+    // repositories without metadata in the cache.
     enum class Source { Repositories, Cache };
     // The keys of repoEnable are repository identifiers. A value is true if the session uses the repository.
     // Unknown identifiers are ignored.
@@ -134,7 +134,8 @@ public:
     bool collectOtherData();
     // A worker reads the search texts (Package::Entry::searchTexts) of the records that lack them. The extra
     // data must be loaded first. A search without these texts finds the same records, but is far slower.
-    // Returns false if the user has stopped the operation. Then these records still lack their texts.
+    // Returns false if the user has stopped the operation. In this case, some of these records still lack
+    // their texts.
     bool collectSearchTexts(const QVector<Package::Entry*>& wanted);
     // Compares the expression with this number of items, on several threads without the interpreter. Each
     // thread calls the function for some of the items; see ParallelMatching. Sets `found` for each item to 1
@@ -199,8 +200,8 @@ public:
 
     // --- Advisories
 
-    // A worker reads the advisories about installed packages. It reads them only once after each collection.
-    // Returns whether the advisories have been read.
+    // A worker reads the advisories about installed packages. The worker reads the advisories only once after
+    // each collection. Returns whether the advisories have been read.
     bool collectAdvisories();
     // Returns the advisories, the newest first. The list is empty before collectAdvisories().
     const QVector<Advisory>& advisories() const { return advisoryList; }
@@ -281,7 +282,8 @@ public:
     // --- Log and messages, from any thread
 
     Log::EntryList& logEntries() { return logList; }
-    // Each line becomes an entry. A new line begins before an error number such as "[Errno 2]".
+    // Each line of the text becomes an entry of the log. A new line begins before an error number such as
+    // "[Errno 2]".
     void log(Log::Kind kind, unsigned int level, const QString& text);
     // Both functions log the text and show it in a dialog, without passwords in URLs. They return when the
     // user has closed the dialog.
@@ -360,7 +362,7 @@ private:
         QMutex mutex;
     };
 
-    // The current operation. Some callbacks depend on it.
+    // The current operation. The effect of some callbacks depends on this value.
     enum Phase : quint32 { Idle = 0, Collecting = 1, Applying = 2 };
 
     // Resets the phase on every path out of an operation.
@@ -586,7 +588,8 @@ private:
     void pythonException(const QString& text);
     void pythonExceptionV(const QString& text, const QString& carriedOut = QString());
     int exceptionLogStart();
-    // carriedOut: the changes before the failure; the message begins with them. It may be empty.
+    // carriedOut: the changes before the failure; the message begins with these changes. carriedOut may be
+    // empty.
     void showExceptionLog(int start, const QString& text, const QString& carriedOut = QString());
     void pyExceptExpect(PyObject* type) override;
     void pyExceptClear() override;

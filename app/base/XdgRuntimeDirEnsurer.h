@@ -12,9 +12,9 @@ class XdgRuntimeDirEnsurer
 {
 public:
     // If XDG_RUNTIME_DIR is unset or empty, creates a directory with mode 0700 and sets XDG_RUNTIME_DIR to
-    // its path. The directory is below TMPDIR, or below "/tmp" if TMPDIR is unset. Its name is predictable,
-    // so anyone can create it in "/tmp". Therefore an existing directory must belong to this user, have this
-    // mode and not be a link. Otherwise the new directory gets an unpredictable name.
+    // its path. The directory is below TMPDIR, or below "/tmp" if TMPDIR is unset. The name of this directory
+    // is predictable, so anyone can create it in "/tmp". Therefore an existing directory must belong to this
+    // user, have this mode and not be a link. Otherwise the new directory gets an unpredictable name.
     XdgRuntimeDirEnsurer();
     // Removes the directory and its contents, even if the directory existed before. Does not follow links,
     // and does not remove the contents of mounted directories.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base class for tests of windows that describe a package. It has records and repositories, and opens the
-// description of a record.
+// The base class for tests of windows that describe a package. The class has records and repositories, and
+// opens the description of a record.
 
 #ifndef TESTS_PACKAGETABLE_SHOWNDESCRIPTION_H
 #define TESTS_PACKAGETABLE_SHOWNDESCRIPTION_H

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// An interpreter for the tests. It records its messages instead of showing them.
+// An interpreter for the tests. The interpreter records its messages instead of showing them.
 
 #ifndef TESTS_PYTHON_RECORDINGPYTHON_H
 #define TESTS_PYTHON_RECORDINGPYTHON_H

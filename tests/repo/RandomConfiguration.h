@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Makes random configurations from a seed, together with the expected values of each section. It shares no
-// code with the reader and the writer that it tests.
+// Makes random configurations from a seed, together with the expected values of each section. The class
+// shares no code with the reader and the writer that it tests.
 
 #ifndef TESTS_REPO_RANDOMCONFIGURATION_H
 #define TESTS_REPO_RANDOMCONFIGURATION_H

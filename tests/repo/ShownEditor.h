@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base class for tests of the repository editor. It opens the editor with three repositories, reads the
-// editor's contents, and simulates the user's input.
+// The base class for tests of the repository editor. The class opens the editor with three repositories,
+// reads the editor's contents, and simulates the user's input.
 
 #ifndef TESTS_REPO_SHOWNEDITOR_H
 #define TESTS_REPO_SHOWNEDITOR_H

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base class for tests of the repository form. It shows the form in a window, and has example
+// The base class for tests of the repository form. The class shows the form in a window, and has example
 // repositories for it.
 
 #ifndef TESTS_REPO_SHOWNFORM_H

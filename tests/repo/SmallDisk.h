@@ -21,8 +21,8 @@
 class SmallDisk
 {
 public:
-    // Whether this process may mount file systems. This is not possible in a plain chroot, where "/" is not a
-    // mount point.
+    // Whether this process may mount file systems. A process cannot do so in a plain chroot, where "/" is not
+    // a mount point.
     static bool possible()
     {
         return geteuid() == 0 && unshare(CLONE_NEWNS) == 0 &&

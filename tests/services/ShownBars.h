@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base class for tests of Progress. It owns a window with both bars, and finds the tip that lists the
-// downloads.
+// The base class for tests of Progress. The class owns a window with both bars, and finds the tip that lists
+// the downloads.
 
 #ifndef TESTS_SERVICES_SHOWNBARS_H
 #define TESTS_SERVICES_SHOWNBARS_H

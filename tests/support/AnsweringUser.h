@@ -138,8 +138,8 @@ private:
         if (!takesInput(dialog)) {
             return;
         }
-        // If the window is just getting the focus, it may lose the click. Then the next call of this function
-        // answers again.
+        // If the window is just getting the focus, it may lose the click. In this case, the next call of this
+        // function answers again.
         const QScopedValueRollback<bool> guard(answering, true);
         answer(dialog);
     }

@@ -17,7 +17,7 @@
 
 namespace {
 
-// Waits up to 20 seconds for the next signal number in the child's pipe; 0 if none arrives.
+// Returns the next signal number in the child's pipe, or 0 if none arrives within 20 seconds.
 int nextOf(int descriptor)
 {
     pollfd polled = {descriptor, POLLIN, 0};

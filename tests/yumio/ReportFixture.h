@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base class for tests of the script's reports. It defines payload classes for the script, and shows the
-// back end's window.
+// The base class for tests of the script's reports. The class defines payload classes for the script, and
+// shows the back end's window.
 
 #ifndef TESTS_YUMIO_REPORTFIXTURE_H
 #define TESTS_YUMIO_REPORTFIXTURE_H
