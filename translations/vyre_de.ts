@@ -3873,6 +3873,10 @@ Ohne sie fortfahren?
         <source>This repeats transaction {}.</source>
         <translation>Dies wiederholt die Transaktion {}.</translation>
     </message>
+    <message>
+        <source>Obsoleting: %1</source>
+        <translation>Ersetzen: %1</translation>
+    </message>
 </context>
 <context>
     <name>YumIOCapturers</name>

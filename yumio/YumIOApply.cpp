@@ -20,6 +20,22 @@
 
 using Transaction::atLeast;
 
+namespace {
+
+// Returns whether the transaction removes the packages with this action. An obsoleted package is removed too:
+// another package replaces it.
+bool isRemoval(long action)
+{
+    return action == Transaction::Remove || action == Transaction::Obsoleted;
+}
+
+int numberOfRemovals(const QMap<long, int>& listed)
+{
+    return listed.value(Transaction::Remove) + listed.value(Transaction::Obsoleted);
+}
+
+} // namespace
+
 bool YumIO::apply()
 {
     QList<Package::Entry*> marked;
@@ -408,6 +424,9 @@ void YumIO::listItem(PyObject* item, Listing& listing)
 {
     const long action = pyLongDec(attribute(item, "action"));
     const long reason = pyLongDec(attribute(item, "reason"));
+    if (isRemoval(action) && (transaction.isReplay || !isMarkedForRemoval(item))) {
+        transaction.unmarkedRemovals.append(txitemFormat(item));
+    }
     switch (action) {
     case Transaction::Install:
         if (reason == Transaction::Group) {
@@ -430,9 +449,6 @@ void YumIO::listItem(PyObject* item, Listing& listing)
         transaction.txText += tr("\tUpgrade: %1\n").arg(txitemRepoFormat(item));
         break;
     case Transaction::Remove:
-        if (transaction.isReplay || !isMarkedForRemoval(item)) {
-            transaction.unmarkedRemovals.append(txitemFormat(item));
-        }
         if (reason == Transaction::Dependency) {
             listing.dependents += tr("\tRemove: %1\n").arg(txitemFormat(item));
         } else if (reason == Transaction::Clean) {
@@ -480,7 +496,7 @@ QString YumIO::noticeOfListing() const
     if (unmarked.isEmpty()) {
         return QString();
     }
-    const int removals = transaction.listed.value(Transaction::Remove);
+    const int removals = numberOfRemovals(transaction.listed);
     QString text = transaction.isReplay
                        ? tr("Removals: %1.").arg(removals)
                        : tr("Removals: %1. You did not mark %2 of them:").arg(removals).arg(unmarked.count());
@@ -506,7 +522,7 @@ QString YumIO::summaryOfListing() const
     } parts[] = {
         {Transaction::Install, tr("Install: %1")},     {Transaction::Upgrade, tr("Upgrade: %1")},
         {Transaction::Downgrade, tr("Downgrade: %1")}, {Transaction::Reinstall, tr("Reinstall: %1")},
-        {Transaction::Remove, tr("Remove: %1")},
+        {Transaction::Remove, tr("Remove: %1")},       {Transaction::Obsoleted, tr("Obsoleting: %1")},
     };
     QStringList numbers;
     for (const auto& part : parts) {
@@ -672,11 +688,11 @@ PyObject* YumIO::userconfirm(PyObject*, PyObject*)
     // If no listing exists, the text is the script's output. It may contain a URL with a password.
     const QString text = Log::withoutPasswords(transaction.txText);
     // "OK" and "Cancel" are not translated.
-    const bool removes = transaction.listed.value(Transaction::Remove) != 0;
     const bool yes =
         (transaction.txListed
-             ? dialogs->confirm(tr("Apply"), text, QStringLiteral("OK"), QStringLiteral("Cancel"), removes,
-                                noticeOfListing(), summaryOfListing())
+             ? dialogs->confirm(tr("Apply"), text, QStringLiteral("OK"), QStringLiteral("Cancel"),
+                                numberOfRemovals(transaction.listed) != 0, noticeOfListing(),
+                                summaryOfListing())
              : dialogs->confirm(tr("Query"), text, QStringLiteral("Yes"), QStringLiteral("No"), true)) == 1;
     if (transaction.txListed) {
         log(Log::Action, 0, yes ? tr("Applying: OK") : tr("Not Applying: Canceled"));

@@ -139,6 +139,16 @@ class ApplyTest(JourneyTest):
             dialog = window.apply()
             self.check_listing(dialog, ['Install: newpost 2.0-1 (x86_64) [sandbox-updates]'],
                                ['Obsoleting: oldpost 1.8-1 (x86_64)'])
+            # The transaction removes a package without a mark, so the dialog says so and Enter cancels.
+            self.assertIn('Removals: 1. You did not mark 1 of them:\n    oldpost 1.8-1 (x86_64)', dialog.labels())
+            self.assertIn('Install: 1    Obsoleting: 1\n', dialog.text())
+            self.picture('obsoleted-package')
+            dialog.wait_input()
+            dialog.press('Return')
+            window.program.no_window('Apply')
+            window.wait_ready()
+            self.check_unchanged()
+            dialog = window.apply()
             self.carry_out(window, dialog)
             self.check_changed(new=['newpost-2.0-1.x86_64'], gone=['oldpost-1.8-1.x86_64'])
 

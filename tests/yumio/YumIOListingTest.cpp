@@ -422,8 +422,16 @@ private Q_SLOTS:
         QTest::newRow("long name") << "item(8, 90 * 'n', 1)"
                                    << "Removals: 1. You did not mark 1 of them:\n    " + QString(80, 'n') +
                                           "...";
-        QTest::newRow("replaced versions") << "item(7, 'kernel'), item(5, 'other')"
-                                           << "";
+        QTest::newRow("replaced version") << "item(7, 'kernel')"
+                                          << "";
+        QTest::newRow("package that another package obsoletes")
+            << "item(5, 'other')"
+            << "Removals: 1. You did not mark 1 of them:\n    other 1.0-1 (x86_64)";
+        QTest::newRow("marked package that another package obsoletes") << "item(5, 'marked')"
+                                                                       << "";
+        QTest::newRow("removed package and obsoleted package")
+            << "item(8, 'marked'), item(5, 'other')"
+            << "Removals: 2. You did not mark 1 of them:\n    other 1.0-1 (x86_64)";
         QTest::newRow("more packages than the notice names")
             << "*(item(8, 'p%d' % i, 1) for i in range(7))"
             << "Removals: 7. You did not mark 7 of them:\n    p0 1.0-1 (x86_64)\n"
@@ -471,11 +479,13 @@ private Q_SLOTS:
         mark("tool", Package::Install);
         QVERIFY(
             apply("yumIOC.listTransaction(None, [item(1, 'tool'), item(1, 'more', 1), item(2, 'd'),\n"
-                  "                              item(6, 'u'), item(7, 'u'), item(9, 'r'), item(8, 'old')])\n"
+                  "                              item(6, 'u'), item(7, 'u'), item(9, 'r'), item(8, 'old'),\n"
+                  "                              item(5, 'o'), item(5, 'p')])\n"
                   "yumIOC.reportDownloadSize([Thing(installsize=70000)])\n"
                   "yumIOC.userconfirm()"));
         QCOMPARE(backEnd->answers.take().value(0).summary,
-                 QString("Install: 2    Upgrade: 1    Downgrade: 1    Reinstall: 1    Remove: 1\n"
+                 QString("Install: 2    Upgrade: 1    Downgrade: 1    Reinstall: 1    Remove: 1    "
+                         "Obsoleting: 2\n"
                          "Cached size: 0b    Total download size: 29Kb    Installed size: 68Kb"));
         // The next listing does not include the numbers of this listing.
         QVERIFY(apply("yumIOC.listTransaction(None, [item(8, 'old')])\nyumIOC.reportRemoveSize(None)\n"
@@ -483,6 +493,15 @@ private Q_SLOTS:
         QCOMPARE(backEnd->answers.take().value(0).summary, QString("Remove: 1"));
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()"));
         QCOMPARE(backEnd->answers.take().value(0).summary, QString());
+    }
+
+    void theDefaultButtonRefusesAListingWithAnObsoletedPackage()
+    {
+        collect("it.available = [Package('new')]\nit.installed = [Package('old')]");
+        mark("new", Package::Install);
+        QVERIFY(apply("yumIOC.listTransaction(None, [item(1, 'new'), item(5, 'old')])\n"
+                      "yumIOC.userconfirm()"));
+        QCOMPARE(backEnd->answers.take().value(0).defaultButton, QString("Cancel"));
     }
 
     void theDefaultButtonRefusesAListingWithRemovals()
