@@ -85,7 +85,7 @@ public:
     // Gives the proxy the result of a Preparation for the present records. The proxy uses it at the next
     // reset of the source model, which must follow before the records change.
     void setPrepared(PreparedRows rows);
-    // Marks every listed record for Update that is updatable.
+    // Marks every listed updatable record for Update.
     void setUpdateListed();
     // Filters and sorts again.
     void clear();

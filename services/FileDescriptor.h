@@ -19,7 +19,7 @@ public:
     bool isOpen() const { return fd >= 0; }
     int get() const { return fd; }
 
-    // Returns the descriptor without closing it. From now on, the caller owns it.
+    // Returns the descriptor without closing it. From now on, the caller owns the descriptor.
     int release()
     {
         const int released = fd;

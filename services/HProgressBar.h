@@ -19,8 +19,8 @@ public:
     explicit HProgressBar(QWidget* parent = nullptr);
 
     void setActivity(QString text);
-    // Returns the activity, followed by the percentage in parentheses. If only one of them exists, returns
-    // only this one.
+    // Returns the activity, followed by the percentage in parentheses. Leaves out the part that does not
+    // exist.
     QString text() const override;
     // Resets the bar and removes the activity.
     void reset();

@@ -41,7 +41,7 @@ private:
     friend class TextUnpacker;
 
     QByteArray block;  // the unpacked size, then the packed texts
-    qint32 offset = 0; // the position of the text's length in the unpacked block
+    qint32 offset = 0; // the text's position in the unpacked block; its length comes first
 };
 
 // Packs texts.

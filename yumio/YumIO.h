@@ -279,7 +279,7 @@ public:
     // Returns 10000 * first + 100 * second + third part of the version, or 0 if the version is unknown.
     quint64 dnfVersion();
 
-    // --- Log and messages, from any thread
+    // --- Log and messages. Any thread may call these functions.
 
     Log::EntryList& logEntries() { return logList; }
     // Each line of the text becomes an entry of the log. A new line begins before an error number such as

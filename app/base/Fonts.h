@@ -17,8 +17,8 @@ class Fonts
 public:
     // Returns a font for headings: bold, similar to Helvetica, and one and a half times as large.
     static QFont makeHeader(const QFont& font);
-    // Returns a font with a fixed pitch, from the first family in a list of well-known families that this
-    // system has.
+    // Returns a font with a fixed pitch. Of several well-known families, uses the first one that this system
+    // has.
     static QFont makeFixed(const QFont& font);
     // Returns a bold font that is otherwise unchanged.
     static QFont makeBold(const QFont& font);

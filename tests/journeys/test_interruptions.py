@@ -79,7 +79,7 @@ class KillInTransactionTest(JourneyTest):
 
 class KillBeforeTransactionTest(JourneyTest):
     """The program is killed before it changes the system. The next run reports the lock files that are left behind, and
-    dnf works too.
+    dnf works in spite of these files.
     """
 
     LEFT = 'Process {} has ended without removing its lock file {}. VYRE removes this file.'

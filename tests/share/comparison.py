@@ -310,7 +310,8 @@ UPDATABLE, AVAILABLE, INSTALLED = "updatable", "available", "installed"
 class Row(object):
     """A row of the table, like Package::Entry in the program: a package of one bi-arch class, or a group.
 
-    versions: the installed versions, as pairs of a package and whether the configuration excludes it.
+    versions: the installed versions, as pairs of a package and a truth value: whether the configuration excludes this
+    package.
     """
 
     def __init__(self, state, shown):

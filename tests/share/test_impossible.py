@@ -508,8 +508,8 @@ class RemovalTest(QuestionTest):
         self.assertEqual(self.left_out(), ["birch-log-3.0-1.x86_64", "parrot-1.0-1.noarch"])
 
     def install_protected_package_with_two_providers(self):
-        """Installs a protected package, and two packages that both satisfy its requirement. One of them can be removed,
-        but not both.
+        """Installs a protected package, and two packages that both satisfy its requirement. One of these two packages
+        can be removed, but not both.
         """
         self.build("oil-a", "Provides: lamp-oil")
         self.build("oil-b", "Provides: lamp-oil")

@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Checks that the catalogues translate every text of the sources, and that the translations have the same parts.
+"""Checks that the catalogues translate every text of the sources, and that the translations have the same parts as the
+texts.
 
 usage: CatalogueTest.py [options of unittest...]
 

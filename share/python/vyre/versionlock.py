@@ -65,8 +65,8 @@ def writingFault(path):
 
 
 def namesByLine(base, module):
-    """A dictionary from each line of the list of locks to the names of the packages that the line locks. The plug-in
-    excludes all versions of these packages that the line does not name.
+    """A dictionary from each line of the list of locks to the names of the packages that the line locks. For each of
+    these packages, the plug-in excludes the versions that the line does not name.
     """
     found = {}
     for line in module._read_locklist():
