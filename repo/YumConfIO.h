@@ -206,7 +206,7 @@ private:
 
     QString mainFile; // the path of the main file when it was read
     QList<Known> knownFiles;
-    // The indexes in `knownFiles`, during a read; -1 for a file that VYRE leaves alone.
+    // For each file of the current read: its index in `knownFiles`, or -1 if VYRE leaves the file alone.
     QHash<Repo::FileNumber, int> knownNumbers;
 };
 

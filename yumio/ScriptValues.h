@@ -50,7 +50,8 @@ public:
     // --- Attributes
 
     PyObject* attribute(PyObject* object, const char* name); // new reference or null
-    // The attributes of a package that records are made from. ScriptValues.cpp has their names.
+    // The package attributes from which the program makes records. ScriptValues.cpp has the names of the
+    // attributes.
     enum PackageAttribute {
         ArchAttribute,
         BuildTimeAttribute,

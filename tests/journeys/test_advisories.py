@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The user reads the advisories of the repositories, and marks the updates that they recommend."""
+"""The user reads the advisories of the repositories, and marks the updates that the advisories request."""
 import journey
 import updateinfo
 from journey import JourneyTest, driver, wait_for

@@ -70,7 +70,7 @@ public:
             }
         };
     }
-    // Clicks the button with this text; presses Return if the dialog does not have it.
+    // Clicks the button with this text; presses Return if the dialog has no such button.
     static Answer clickIfThere(const QString& text)
     {
         return [text](QDialog* dialog) {

@@ -70,8 +70,8 @@ class DocumentChecks:
             self._faults[kind] = metadataFault(path, element) if path is not None else ''
 
     def wait(self):
-        """Wait for the checks; return the errors by the kinds of the documents. An error is empty if a document has no
-        error.
+        """Wait for the checks; return a dictionary from the kind of each document to its error. An error is empty if a
+        document has no error.
         """
         self._thread.join()
         return self._faults
