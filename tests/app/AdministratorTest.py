@@ -198,7 +198,7 @@ class AdministratorTest(unittest.TestCase):
                           'XDG_RUNTIME_DIR': self.system.runtime})
         self.quit()
 
-    def test_display_cookies_in_the_home_directory_of_the_user_are_used(self):
+    def test_vyre_uses_the_display_cookies_in_the_home_directory_of_the_user(self):
         cookies = os.path.join(self.system.home, '.Xauthority')
         self.display.write_cookie(cookies, UID)
         self.start()
@@ -206,7 +206,7 @@ class AdministratorTest(unittest.TestCase):
         self.assertEqual(self.display.let_in(), [])
         self.quit()
 
-    def test_if_no_display_cookie_exists_root_may_use_the_display_only_while_vyre_runs(self):
+    def test_root_has_a_display_permission_only_while_vyre_runs_if_no_display_cookie_exists(self):
         self.permit_user_without_cookie()
         # This cookie belongs to another display, so it is useless.
         run('xauth', '-q', '-f', self.system.home + '/.Xauthority', 'add', ':987', '.', COOKIE)
@@ -217,7 +217,7 @@ class AdministratorTest(unittest.TestCase):
         self.quit()
         self.assertEqual(self.display.let_in(), ['SI:localuser:mina'])
 
-    def test_if_root_was_already_allowed_to_use_the_display_root_keeps_this_permission_when_vyre_ends(self):
+    def test_when_vyre_ends_root_keeps_a_display_permission_that_existed_before(self):
         self.permit_user_without_cookie()
         self.display.xhost('+si:localuser:root')
         self.start()
@@ -225,7 +225,7 @@ class AdministratorTest(unittest.TestCase):
         self.quit()
         self.assertEqual(self.display.let_in(), ['SI:localuser:mina', 'SI:localuser:root'])
 
-    def test_when_the_session_ends_root_loses_access_to_the_display_but_vyre_keeps_running(self):
+    def test_root_loses_access_to_the_display_when_the_session_ends_but_vyre_keeps_running(self):
         self.permit_user_without_cookie()
         self.start()
         vyre = self.vyre()

@@ -181,7 +181,7 @@ class InstallTest(unittest.TestCase):
         self.assertIn('<project_license>GPL-2.0-or-later</project_license>', self.read(METAINFO))
         self.assertIn('GPL-2.0-or-later', self.read(DOC, 'README.md'))
 
-    def test_build_change_log_and_metainfo_name_the_same_version(self):
+    def test_the_metainfo_and_the_change_log_name_the_version_of_the_build(self):
         with open(os.path.join(SOURCE, 'CMakeLists.txt')) as stream:
             version = re.search(r'^project\(vyre VERSION (\S+)', stream.read(), re.MULTILINE).group(1)
         change, date = re.search(r'^## (\S+) - (\S+)$', self.read(DOC, 'CHANGELOG.md'), re.MULTILINE).groups()

@@ -41,7 +41,7 @@ class RpmTest(unittest.TestCase):
     def requirements(self):
         return {line for line in self.query('--requires') if not line.startswith('rpmlib(')}
 
-    def test_build_rpm_makes_one_package_and_prints_its_path(self):
+    def test_the_build_rpm_script_makes_one_package_and_prints_its_path(self):
         with open(os.path.join(SOURCE, 'CMakeLists.txt')) as stream:
             version = re.search(r'^project\(vyre VERSION (\S+)', stream.read(), re.MULTILINE).group(1)
         architecture = run('rpm', '--eval', '%_target_cpu').strip()
@@ -106,7 +106,7 @@ class RpmTest(unittest.TestCase):
         self.assertRegex(done.stdout, r'1 packages and 1 specfiles checked; 0 errors')
         self.assertEqual([line for line in done.stdout.splitlines() if ': W: ' in line], [])
 
-    def test_build_rpm_refuses_invalid_releases_directories_and_arguments(self):
+    def test_the_build_rpm_script_refuses_invalid_arguments(self):
         for arguments in (['-r', '1 2'], ['-r', ''], ['-r', '%(touch x)'], ['-B', '/nowhere'], ['-x'], ['a', 'b']):
             done = subprocess.run([TOOL] + arguments, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd=self.top)
             self.assertNotEqual(done.returncode, 0, arguments)

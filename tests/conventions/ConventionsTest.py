@@ -99,7 +99,7 @@ class ConventionsTest(unittest.TestCase):
         self.assertEqual((done.returncode, done.stderr), (status, ''))
         return done.stdout.splitlines()
 
-    def test_project_without_violations_has_no_findings(self):
+    def test_nothing_is_reported_in_a_project_that_follows_all_rules(self):
         self.assertEqual(self.found(status=0), [])
 
     def test_include_guard_with_a_wrong_name_is_reported(self):
@@ -303,7 +303,7 @@ class ConventionsTest(unittest.TestCase):
         self.change('high/Window.cpp', box, '    HMessageBox box(QMessageBox::Critical, tr("Error"), text);\n')
         self.assertEqual(self.found(status=0), [])
 
-    def test_tool_tips_and_titles_that_bypass_literal_are_reported(self):
+    def test_tool_tip_or_title_set_without_the_literal_class_is_reported(self):
         for call, wrapped in (('value->setToolTip(text);', 'value->setToolTip(Literal::toolTip(text));'),
                               ('setToolTip(tr("In %1").arg(text));', 'setToolTip(tr("Here"));'),
                               ('box.setWindowTitle(text);', 'box.setWindowTitle(Literal::title(text));'),
@@ -356,7 +356,7 @@ class ConventionsTest(unittest.TestCase):
         self.change('high/Window.cpp', 'convention: a number is no markup', 'convention:')
         self.assertEqual(len(self.found()), 1)
 
-    def test_if_files_are_named_only_these_files_are_checked(self):
+    def test_only_the_files_on_the_command_line_are_checked(self):
         self.write('tests/journeys/test_first.py', 'pass \n')
         self.change('low/Thing.h', '// A thing.\n\n', '')
         self.assertEqual(self.found('tests/journeys/test_first.py'),

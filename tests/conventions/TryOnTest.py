@@ -83,13 +83,13 @@ class TryOnTest(unittest.TestCase):
         self.assertEqual(os.listdir(self.tree), ['letter'])
         self.assertEqual(stat.S_IMODE(os.stat(self.tree).st_mode), 0o755)
 
-    def test_a_debian_tree_of_another_suite_is_refused(self):
+    def test_a_debian_tree_of_a_different_debian_version_is_refused(self):
         self.assertEqual(self.run_tool('true').returncode, 0)
         done = self.run_tool('true', suite='trixie')
         self.assertEqual((done.returncode, done.stderr),
                          (1, 'try-on: {} is not a complete tree of trixie made by try-on\n'.format(self.tree)))
 
-    def test_a_suite_that_is_no_plain_name_is_refused(self):
+    def test_a_debian_version_that_is_no_plain_name_is_refused(self):
         for suite in ('../sid', '-x', '', 'SID'):
             done = self.run_tool('true', suite=suite)
             self.assertEqual(done.returncode, 1, suite)

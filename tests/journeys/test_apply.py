@@ -82,7 +82,7 @@ class ApplyTest(JourneyTest):
             self.check_changed(gone=['birch-log-3.0-1.x86_64'])
             self.assertEqual([path for path in self.sandbox.server.paths() if path.endswith('.rpm')], [])
 
-    def test_second_transaction_works_after_the_first(self):
+    def test_two_transactions_in_a_row_succeed(self):
         with self.opened() as window:
             window.mark_listed('pergola')
             self.carry_out(window)

@@ -75,7 +75,7 @@ class ScriptTest(StartTest):
                         '        raise ValueError("the reason")\n',
                         [UNEXPECTED, 'Internal error: cannot create python yumIO'], 'ValueError: the reason')
 
-    def test_script_object_without_a_base_is_reported(self):
+    def test_script_object_without_a_dnf_base_is_reported(self):
         self.check_ends('class YumIO:\n    pass\n', [UNEXPECTED, 'Internal error: yumIO.base not evaluable'],
                         'AttributeError')
 

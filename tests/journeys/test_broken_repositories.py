@@ -47,7 +47,7 @@ class RepositoriesTest(StartTest):
             self.check_nothing_listed(window)
             self.quit(window)
 
-    def test_unreachable_repository_is_skipped_if_skip_if_unavailable_is_on(self):
+    def test_unreachable_repository_is_skipped_if_its_settings_allow_this(self):
         with self.program() as program:
             window = program.ready()
             self.check_usable(window)
@@ -57,7 +57,7 @@ class RepositoriesTest(StartTest):
                 self.assertIn(text, log)
             self.quit(window)
 
-    def test_unreachable_repository_is_reported_if_skip_if_unavailable_is_off(self):
+    def test_unreachable_repository_is_reported_if_its_settings_forbid_skipping(self):
         path = self.add('gone', baseurl='http://127.0.0.1:9/gone/', retries=1, timeout=2)
         with self.program() as program:
             self.refuse_without(program, 'gone', "Failed to download metadata for repo 'gone'")

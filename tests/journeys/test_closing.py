@@ -29,7 +29,7 @@ class ClosingTest(JourneyTest):
         log.click_button('Close')
         program.no_window('VYRE Log')
 
-    def test_closing_stops_the_reading_of_repositories(self):
+    def test_closing_the_window_stops_the_reading_of_repositories(self):
         gate = Gate()
         self.sandbox.server.faults['/sandbox-http/repodata/repomd.xml'] = gate
         with self.program() as program:
@@ -39,7 +39,7 @@ class ClosingTest(JourneyTest):
             self.check_ended(program)
             self.check_unchanged()
 
-    def test_closing_stops_a_download(self):
+    def test_closing_the_window_stops_a_download(self):
         gate = Gate()
         self.sandbox.server.faults['/sandbox-http/pergola-6.1-1.x86_64.rpm'] = gate
         with self.program() as program:
@@ -52,7 +52,7 @@ class ClosingTest(JourneyTest):
             self.check_ended(program)
             self.check_unchanged()
 
-    def test_closing_is_refused_during_a_transaction(self):
+    def test_window_cannot_be_closed_during_a_transaction(self):
         doorkeeper = self.waiting('doorkeeper')
         with self.program() as program:
             window = program.ready()
@@ -87,14 +87,14 @@ class ClosingTest(JourneyTest):
         self.check_ended(program)
         self.check_unchanged()
 
-    def test_closing_ends_the_wait_for_the_metadata_lock(self):
+    def test_closing_the_window_ends_the_wait_for_the_metadata_lock(self):
         lock = self.cache_lock('metadata')
         with self.program() as program:
             self.wait_waiting(program.main(), lock)
             self.picture('waiting-for-metadata')
             self.check_closed_while_waiting(program, lock)
 
-    def test_closing_ends_the_wait_for_the_download_lock(self):
+    def test_closing_the_window_ends_the_wait_for_the_download_lock(self):
         with self.program() as program:
             window = program.ready()
             window.show_all()
@@ -116,7 +116,7 @@ class ClosingTest(JourneyTest):
         self.wait_waiting(window, lock)
         return lock
 
-    def test_closing_ends_the_wait_for_the_metadata_lock_during_clean_all(self):
+    def test_closing_the_window_stops_a_cleaning_that_waits_for_the_metadata_lock(self):
         with self.program() as program:
             window = program.ready()
             before = self.cached()

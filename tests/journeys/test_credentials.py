@@ -163,7 +163,7 @@ class CredentialsDialogTest(CredentialsTest):
             self.quit(program.ready())
         self.check_reached('one')
 
-    def test_apply_to_all_uses_the_credentials_for_all_repositories(self):
+    def test_the_apply_to_all_button_uses_the_credentials_for_all_repositories(self):
         self.configure()
         with self.program() as program:
             self.answer(program, 'one', 'Apply to All')
@@ -171,7 +171,7 @@ class CredentialsDialogTest(CredentialsTest):
         self.check_reached('one', 'two', 'three')
         self.check_file('one', 'two', 'three')
 
-    def test_apply_to_all_with_this_host_uses_the_credentials_only_for_this_host(self):
+    def test_the_credentials_for_one_host_are_used_only_for_the_repositories_on_this_host(self):
         self.configure()
         with self.program() as program:
             self.answer(program, 'one', 'Apply to All with this Host')
@@ -193,13 +193,13 @@ class CredentialsDialogTest(CredentialsTest):
             self.quit(window)
         self.assertEqual({request[2:] for request in self.server.requests}, {(NAME, PASSWORD, 200), ('', '', 403)})
 
-    def test_escape_skips_the_repository_that_the_dialog_shows(self):
+    def test_escape_skips_the_shown_repository(self):
         self.check_skipped(lambda: driver.key('Escape'))
 
-    def test_closing_the_dialog_skips_the_repository_that_it_shows(self):
+    def test_closing_the_dialog_skips_the_shown_repository(self):
         self.check_skipped(lambda: driver.key('alt+F4'))
 
-    def test_skip_all_saves_no_credentials(self):
+    def test_the_skip_all_button_saves_no_credentials(self):
         self.configure()
         with self.program() as program:
             self.question_about(program, 'one').click_button('Skip All')
@@ -220,7 +220,7 @@ class CredentialsDialogTest(CredentialsTest):
         self.check_file()
         self.check_changed(new=['pergola-6.1-1.x86_64'])
 
-    def test_disable_for_session_disables_the_repository_that_the_dialog_shows(self):
+    def test_the_disable_for_session_button_disables_the_shown_repository(self):
         self.configure()
         with self.program() as program:
             self.question_about(program, 'one').click_button('Disable for Session')
@@ -242,7 +242,7 @@ class CredentialsDialogTest(CredentialsTest):
             self.check_file('one', 'two')
             self.quit(window)
 
-    def test_quit_ends_the_program_and_saves_no_credentials(self):
+    def test_the_quit_button_ends_the_program_and_saves_no_credentials(self):
         self.configure()
         with self.program() as program:
             self.question_about(program, 'one').click_button('Quit')
@@ -251,7 +251,7 @@ class CredentialsDialogTest(CredentialsTest):
         self.assertEqual(self.server.requests, [])
         self.check_unchanged()
 
-    def test_quit_keeps_the_credentials_already_entered_for_other_repositories(self):
+    def test_the_quit_button_keeps_credentials_already_entered_for_other_repositories(self):
         self.configure()
         with self.program() as program:
             self.answer(program, 'one', 'OK')

@@ -222,7 +222,7 @@ class ContentTest(DescriptionTest):
 
     # Closing
 
-    def test_every_way_to_close_the_description_works(self):
+    def test_buttons_keys_and_the_window_manager_can_close_the_description(self):
         with self.opened() as window:
             for name, close in (('orchard', lambda dialog: dialog.click_button('Close')),
                                 ('gallivant', lambda dialog: dialog.press('Escape')),

@@ -63,7 +63,7 @@ class DisplayTest(JourneyTest):
             window.mark_listed(name)
         return window, window.apply()
 
-    def test_losing_the_display_while_idle_ends_the_program(self):
+    def test_losing_the_display_ends_the_idle_program(self):
         with self.started() as program:
             program.ready()
             self.assertNotEqual(self.locks(), [])
@@ -89,7 +89,7 @@ class DisplayTest(JourneyTest):
             lock.let_go()
             self.check_nothing_done(program)
 
-    def test_losing_the_display_while_a_window_is_shown_ends_the_program(self):
+    def test_losing_the_display_ends_the_program_while_a_window_is_shown(self):
         with self.started() as program:
             window = program.ready()
             window.show_all()
@@ -98,7 +98,7 @@ class DisplayTest(JourneyTest):
             self.lose(program)
             self.check_nothing_done(program)
 
-    def test_losing_the_display_while_the_listing_is_shown_cancels_the_transaction(self):
+    def test_losing_the_display_cancels_the_transaction_while_the_listing_is_shown(self):
         with self.started() as program:
             self.mark_and_apply(program, 'pergola')
             self.lose(program)

@@ -115,7 +115,7 @@ class FailureTest(JourneyTest):
     def test_package_with_a_wrong_checksum_is_reported(self):
         self.check_refused(server.corrupted(), 'checksum', picture='wrong-bytes')
 
-    def test_if_the_server_lacks_only_a_dependency_of_the_package_this_is_reported(self):
+    def test_dependency_that_the_server_lacks_is_reported(self):
         self.sandbox.server.faults['/sandbox-http/libtwig-1.0-1.x86_64.rpm'] = server.status(404)
         with self.opened() as window:
             window.mark_listed('libbough')

@@ -67,7 +67,7 @@ class GroupsTest(JourneyTest):
             self.check_view(window, 'View Updatable', 'Weaving', False)
 
     @needs_groups
-    def test_conditional_member_is_installed_with_the_group_if_the_package_that_it_depends_on_is_installed(self):
+    def test_conditional_member_is_installed_with_the_group_if_the_required_package_is_installed(self):
         with self.opened('--groups') as window:
             # The name should be "Office & ...", but libcomps has removed a blank from it.
             window.set_filter('^Office &')

@@ -42,7 +42,7 @@ class HistoryTest(JourneyTest):
         history.wait_settled()
         return history
 
-    def test_undo_and_redo_work_for_a_transaction_with_an_installation_and_an_update(self):
+    def test_transaction_with_an_installation_and_an_update_can_be_undone_and_redone(self):
         changed = dict(new=['libbough-1.1-1.x86_64', 'libtwig-1.0-1.x86_64', 'anvil-make-4.2-2.x86_64'],
                        gone=['anvil-make-4.1-1.x86_64'])
         with self.opened() as window:
@@ -126,7 +126,7 @@ class HistoryTest(JourneyTest):
             window.wait_names(['sextant'])
             self.assertEqual(window.action('sextant'), 'install')
 
-    def test_if_no_repository_has_a_package_undo_names_the_package_before_the_listing(self):
+    def test_before_the_listing_an_undo_names_a_package_that_no_repository_has(self):
         with self.opened() as window:
             window.mark_listed('lexicon-en')
             window.mark_listed('almanac')

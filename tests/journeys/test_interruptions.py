@@ -125,13 +125,13 @@ class KillBeforeTransactionTest(JourneyTest):
             self.check_changed(new=['pergola-6.1-1.x86_64'])
         self.check_consistent()
 
-    def test_next_start_works_after_the_idle_program_was_killed(self):
+    def test_packages_can_be_installed_after_the_idle_program_was_killed(self):
         with self.program() as program:
             program.ready()
             left = self.check_after_kill(program, journey.DATABASE_LOCK)
         self.check_next_run(*left)
 
-    def test_next_start_works_after_a_kill_during_the_metadata_download(self):
+    def test_packages_can_be_installed_after_a_kill_during_the_metadata_download(self):
         self.sandbox.expire_metadata()
         gate = self.gate('/sandbox-http/repodata/repomd.xml')
         with self.program() as program:
@@ -140,7 +140,7 @@ class KillBeforeTransactionTest(JourneyTest):
             left = self.check_after_kill(program, journey.DATABASE_LOCK, 'var/cache/yum/metadata_lock.pid')
         self.check_next_run(*left)
 
-    def test_next_start_works_after_a_kill_while_the_listing_was_shown(self):
+    def test_packages_can_be_installed_after_a_kill_while_the_listing_was_shown(self):
         with self.program() as program:
             window = program.ready()
             window.show_all()
@@ -149,7 +149,7 @@ class KillBeforeTransactionTest(JourneyTest):
             left = self.check_after_kill(program, journey.DATABASE_LOCK)
         self.check_next_run(*left)
 
-    def test_next_start_works_after_a_kill_during_the_package_download(self):
+    def test_packages_can_be_installed_after_a_kill_during_the_package_download(self):
         gate = self.gate('/sandbox-http/pergola-6.1-1.x86_64.rpm')
         with self.program() as program:
             window = program.ready()

@@ -63,7 +63,7 @@ class ItselfTest(JourneyTest):
         wait_for(lambda: window.names() == ['vyre'], 'a list with only vyre')
         return window.rows()[0]
 
-    def test_vyre_shows_describes_updates_and_removes_its_own_package(self):
+    def test_vyre_can_update_and_remove_its_own_package(self):
         version = self.sandbox.rpm('-q', '--queryformat', '%{VERSION}', 'vyre')
         names = ['vyre-{}-{}.x86_64'.format(version, release) for release in (1, 2)]
         with self.program(environment={'VYRESHARE': self.share}) as program:

@@ -37,7 +37,7 @@ class LogTest(JourneyTest):
         driver.type_text(path)
         driver.key('Return')
 
-    def test_the_keyboard_alone_can_show_read_and_save_the_log(self):
+    def test_the_log_can_be_shown_and_saved_with_the_keyboard_alone(self):
         path = os.path.join(self.scratch, 'saved.txt')
         with self.opened() as window:
             window.press('ctrl+l')

@@ -106,7 +106,7 @@ class MarksTest(JourneyTest):
             window.press_in_menu('n')
             self.check_actions(window, barometer='none', almanac='none', pergola='none')
 
-    def test_marks_set_with_the_cell_menu_are_applied(self):
+    def test_marks_from_the_cell_menu_are_applied(self):
         with self.opened() as window:
             self.list_packages(window, 'pergola', 'barometer')
             window.action_menu('pergola')
@@ -122,7 +122,7 @@ class MarksTest(JourneyTest):
             self.check_changed(new=['pergola-6.1-1.x86_64', 'barometer-1.1-2.x86_64'],
                                gone=['barometer-1.0-1.x86_64'])
 
-    def test_set_install_update_button_marks_the_selected_rows(self):
+    def test_a_button_marks_the_selected_rows(self):
         with self.opened() as window:
             self.list_packages(window, 'pergola', 'barometer', 'almanac', 'aquifer')
             window.select('pergola', 'barometer', 'almanac')
@@ -132,7 +132,7 @@ class MarksTest(JourneyTest):
             self.check_changed(new=['pergola-6.1-1.x86_64', 'barometer-1.1-2.x86_64'],
                                gone=['barometer-1.0-1.x86_64'])
 
-    def test_set_update_button_marks_the_listed_updates(self):
+    def test_a_button_marks_the_listed_updates(self):
         with self.opened() as window:
             self.list_packages(window, 'pergola', 'barometer', 'almanac', 'anvil-make')
             window.click_button('Set Update of Listed')
@@ -145,7 +145,7 @@ class MarksTest(JourneyTest):
             self.check_changed(new=['anvil-make-4.2-2.x86_64', 'barometer-1.1-2.x86_64'],
                                gone=['anvil-make-4.1-1.x86_64', 'barometer-1.0-1.x86_64'])
 
-    def test_clear_actions_button_removes_listed_and_unlisted_marks(self):
+    def test_a_button_removes_the_marks_of_listed_and_unlisted_packages(self):
         with self.opened() as window:
             self.list_packages(window, 'pergola', 'barometer', 'almanac')
             for name in ('pergola', 'barometer', 'almanac'):
@@ -160,7 +160,7 @@ class MarksTest(JourneyTest):
             self.list_packages(window, 'pergola', 'barometer', 'almanac')
             self.check_actions(window, pergola='none', barometer='none', almanac='none')
 
-    def test_marks_of_packages_that_are_not_listed_cause_a_warning_and_are_applied(self):
+    def test_marks_of_unlisted_packages_cause_a_warning_and_are_applied(self):
         with self.opened() as window:
             window.mark_listed('pergola')
             self.assertEqual(window.warning(), '')
@@ -183,7 +183,7 @@ class MarksTest(JourneyTest):
 
 class FilterRowTest(JourneyTest):
 
-    def test_each_view_lists_the_packages_of_its_state(self):
+    def test_each_choice_in_the_state_box_lists_the_packages_in_this_state(self):
         with self.program() as program:
             window = program.ready()
             window.set_filter('^(pergola|barometer|almanac) ')

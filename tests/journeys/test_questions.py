@@ -98,15 +98,15 @@ class ConflictingMarksTest(JourneyTest):
             window.wait_action('remove', 'cormorant-fetch')
 
     @needs_groups
-    def test_answering_no_changes_no_packages_and_keeps_the_marks(self):
+    def test_the_no_button_changes_neither_packages_nor_marks(self):
         self.check_declined(lambda question: question.click_button('No'))
 
     @needs_groups
-    def test_escape_answers_no(self):
+    def test_escape_declines_the_question(self):
         self.check_declined(lambda question: question.press('Escape'))
 
     @needs_groups
-    def test_enter_answers_no(self):
+    def test_enter_declines_the_question(self):
         self.check_declined(lambda question: question.press('Return'))
 
     def accept_conflict(self, window, question):
@@ -117,7 +117,7 @@ class ConflictingMarksTest(JourneyTest):
                           if dialog.title == 'Apply' and dialog.buttons() == ['OK', 'Cancel']), None), 'the listing')
 
     @needs_groups
-    def test_answering_yes_removes_a_package_of_an_updated_group(self):
+    def test_the_yes_button_removes_a_package_of_an_updated_group(self):
         with self.opened('--groups') as window:
             question = self.ask(window, 'Weaving', 'loomctl', ('Update', 'Update', 'Remove'), clicks=2)
             dialog = self.accept_conflict(window, question)
@@ -126,7 +126,7 @@ class ConflictingMarksTest(JourneyTest):
             self.check_changed(gone=['loomctl-1.0-1.x86_64'])
 
     @needs_groups
-    def test_answering_yes_installs_a_package_of_a_removed_group(self):
+    def test_the_yes_button_installs_a_package_of_a_removed_group(self):
         with self.opened('--groups') as window:
             question = self.ask(window, 'Arts', 'varnish-coat', ('Remove', 'Install', 'Install'))
             dialog = self.accept_conflict(window, question)
@@ -138,7 +138,7 @@ class ConflictingMarksTest(JourneyTest):
                                gone=['easel-1.1-1.noarch', 'palette-knife-1.0-1.noarch'])
 
     @needs_groups
-    def test_listing_can_be_canceled_after_answering_yes(self):
+    def test_listing_can_be_canceled_after_the_yes_button_was_pressed(self):
         with self.opened('--groups') as window:
             question = self.ask(window, 'Arts', 'varnish-coat', ('Remove', 'Install', 'Install'))
             self.accept_conflict(window, question).click_button('Cancel')
@@ -172,7 +172,7 @@ class ImpossibleMarksTest(JourneyTest):
             question.wait_input()
             yield window, question
 
-    def test_answering_yes_applies_the_other_marks_and_keeps_the_impossible_mark(self):
+    def test_the_yes_button_applies_the_possible_mark_and_keeps_the_impossible_mark(self):
         with self.asked() as (window, question):
             question.click_button('Yes')
             dialog = window.program.window('Apply')
@@ -189,7 +189,7 @@ class ImpossibleMarksTest(JourneyTest):
                                   r'tidewatch-2\.0-1\.noarch\n    nothing provides libtide')
             self.assertNotIn('conflicting requests', log)
 
-    def test_answering_no_changes_no_packages_and_keeps_the_marks(self):
+    def test_the_no_button_changes_neither_packages_nor_marks(self):
         with self.asked() as (window, question):
             # The default button gives the safe answer, "No".
             question.press('Return')

@@ -52,7 +52,7 @@ class RefusalTest(JourneyTest):
     def test_package_that_conflicts_with_an_installed_package_is_refused(self):
         self.check_unresolvable(['sandstone'], 'install', 'conflicts with libgranite')
 
-    def test_the_next_transaction_works_after_a_refused_transaction(self):
+    def test_a_transaction_succeeds_after_a_refused_transaction(self):
         with self.opened() as window:
             window.mark_listed('moonbridge')
             window.click_button('Apply Actions')
@@ -150,7 +150,7 @@ class FailureTest(JourneyTest):
             self.fail(window, ['stickyburr'], 'Error in PREUN scriptlet in rpm package stickyburr')
             self.check_unchanged()
 
-    def test_if_one_package_fails_the_other_packages_are_changed_and_the_table_shows_this(self):
+    def test_the_table_shows_the_changed_packages_after_one_package_has_failed(self):
         with self.opened() as window:
             self.fail(window, ['stickyburr', 'pergola'], 'Error in PREUN scriptlet in rpm package stickyburr')
             self.check_changed(new=['pergola-6.1-1.x86_64'])

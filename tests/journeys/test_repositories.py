@@ -44,7 +44,7 @@ class EnablingTest(EditingTest):
             self.check_listed(window, USUAL)
             self.assertEqual(self.files(), files)
 
-    def test_packages_are_read_again_even_if_the_user_reverts_the_change_before_pressing_ok(self):
+    def test_packages_are_read_again_even_if_the_user_reverts_the_change_before_closing_the_editor(self):
         with self.opened() as window:
             count = self.requests_from_now()
             editor = self.edit(window)
@@ -219,7 +219,7 @@ class ChangesTest(EditingTest):
         for name in ('Reset All', 'Apply'):
             self.assertFalse(driver.enabled(editor.button(name)))
 
-    def test_reset_all_and_cancel_revert_the_changes_in_the_editor(self):
+    def test_the_reset_all_and_cancel_buttons_revert_the_changes_in_the_editor(self):
         with self.opened() as window:
             files = self.files()
             count = self.requests_from_now()

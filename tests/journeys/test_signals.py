@@ -41,13 +41,13 @@ class SignalTest(StartTest):
         self.check_unchanged()
         self.assertEqual(self.locks(), [])
 
-    def test_signal_while_vyre_starts_ends_the_program(self):
+    def test_signal_ends_the_program_while_it_starts(self):
         for number in self.ENDING:
             with self.subTest(number=number), self.program() as program:
                 self.check_ends_by(program, number)
                 self.check_next_run()
 
-    def test_signal_while_idle_ends_the_program(self):
+    def test_signal_ends_the_idle_program(self):
         for number in self.ENDING + self.OTHER:
             with self.subTest(number=number), self.program() as program:
                 program.ready()
@@ -55,14 +55,14 @@ class SignalTest(StartTest):
                 self.check_ends_by(program, number)
         self.check_next_run()
 
-    def test_signal_while_a_message_is_shown_ends_the_program(self):
+    def test_signal_ends_the_program_while_a_message_is_shown(self):
         for number in self.ENDING:
             with self.subTest(number=number), self.program('--disablerepo=*') as program:
                 program.window(YUM_ERROR)
                 self.check_ends_by(program, number)
         self.check_next_run()
 
-    def test_signal_while_the_listing_is_shown_cancels_the_transaction(self):
+    def test_signal_cancels_the_transaction_while_the_listing_is_shown(self):
         for number in self.ENDING:
             with self.subTest(number=number), self.program() as program:
                 window = program.ready()
@@ -78,7 +78,7 @@ class SignalTest(StartTest):
         self.addCleanup(gate.open)
         return gate
 
-    def test_signal_while_packages_are_collected_ends_the_program(self):
+    def test_signal_ends_the_program_while_packages_are_collected(self):
         for number in (signal.SIGTERM, signal.SIGHUP):
             self.sandbox.expire_metadata()
             with self.subTest(number=number), self.program() as program:
@@ -89,7 +89,7 @@ class SignalTest(StartTest):
             del self.sandbox.server.faults[REPOMD]
         self.check_next_run()
 
-    def test_signal_while_packages_are_downloaded_cancels_the_transaction(self):
+    def test_signal_cancels_the_transaction_while_packages_are_downloaded(self):
         path = '/sandbox-http/pergola-6.1-1.x86_64.rpm'
         for number in (signal.SIGTERM, signal.SIGHUP):
             with self.subTest(number=number), self.program() as program:
@@ -103,7 +103,7 @@ class SignalTest(StartTest):
             del self.sandbox.server.faults[path]
         self.check_next_transaction()
 
-    def test_download_that_sigint_interrupts_is_reported(self):
+    def test_download_interrupted_by_sigint_is_reported(self):
         """During a download, librepo handles SIGINT itself."""
         with self.program() as program:
             gate = self.wait_download(program, REPOMD)
@@ -118,7 +118,7 @@ class SignalTest(StartTest):
             self.check_ends_by(program, signal.SIGINT)
         self.check_next_run()
 
-    def test_refresh_after_an_interrupted_download_works(self):
+    def test_packages_can_be_read_again_after_an_interrupted_download(self):
         with self.program() as program:
             gate = self.wait_download(program, REPOMD)
             program.main()
@@ -133,7 +133,7 @@ class SignalTest(StartTest):
             self.check_usable(window)
             self.quit(window)
 
-    def test_transaction_after_an_interrupted_download_works(self):
+    def test_transaction_succeeds_after_an_interrupted_download(self):
         path = '/sandbox-http/pergola-6.1-1.x86_64.rpm'
         with self.program() as program:
             gate = self.wait_download(program, path)

@@ -109,13 +109,13 @@ class UsageTest(unittest.TestCase):
             self.check_usage('-' + letter, error='unrecognized option letter: ' + letter)
         self.check_usage('-glx', error='unrecognized option letter: x')
 
-    def test_if_the_argument_of_an_option_is_missing_the_error_names_the_letter_of_the_option(self):
+    def test_the_error_about_a_missing_argument_names_the_letter_of_the_option(self):
         for letter, name in (('m', 'mode'), ('e', 'regexp'), ('s', 'state')):
             self.check_usage('-' + letter, error='unrecognized option letter: ' + letter)
             self.check_usage('-g', '-l' + letter, error='unrecognized option letter: ' + letter)
             self.check_usage('--' + name, error='unrecognized option letter: ' + letter)
 
-    def test_if_the_argument_of_an_option_without_a_letter_is_missing_the_error_names_the_option(self):
+    def test_the_error_about_a_missing_argument_names_an_option_that_has_no_letter(self):
         for option in ('--disablerepo', '--enablerepo'):
             self.check_usage(option, error='unrecogized option: ' + option)
 
@@ -213,7 +213,7 @@ class OptionsTest(JourneyTest):
     def test_controls_have_their_defaults_if_no_options_are_given(self):
         self.check_settings()
 
-    def test_the_state_option_selects_the_view(self):
+    def test_the_state_option_selects_the_entry_of_the_state_box(self):
         for argument, state in (('updatable', 'View Updatable'), ('installable', 'View Installable'),
                                 ('removable', 'View Removable'), ('all', 'View All'),
                                 ('u', 'View Updatable'), ('i', 'View Installable'), ('r', 'View Removable'),
@@ -236,7 +236,7 @@ class OptionsTest(JourneyTest):
         self.check_settings('-sa', '-e', expression, expression=expression, state='View All',
                             names=['abacus-cli', 'cinder-backup', 'pergola'])
 
-    def test_the_mode_option_selects_filter_or_search(self):
+    def test_the_mode_option_selects_the_filter_mode_or_the_search_mode(self):
         for arguments, mode in ((['-m', 'filter'], 'Filter'), (['-m', 'search'], 'Search'), (['-m', 'f'], 'Filter'),
                                 (['-ms'], 'Search'), (['--mode='], 'Filter'), (['-m', ''], 'Filter'),
                                 (['--mode=sea'], 'Search'), (['--mode', 'search'], 'Search')):
@@ -250,7 +250,7 @@ class OptionsTest(JourneyTest):
         self.check_settings('--regexp', '-sall', expression='-sall', names=[])
         self.check_settings('-e', 'häßlich %s', expression='häßlich %s', names=[])
 
-    def test_if_the_mode_is_search_vyre_searches_for_the_expression_of_the_regexp_option(self):
+    def test_in_search_mode_vyre_searches_for_the_expression_of_the_regexp_option(self):
         # This text is part of a path in one package; no column of the table contains it.
         expression = 'bin/pergola'
         for arguments in (['-m', 'search', '-e', expression], ['-e', expression, '-m', 'search']):
@@ -354,7 +354,7 @@ class EnvironmentTest(JourneyTest):
     def test_empty_vyreshare_does_not_select_the_default_share_directory(self):
         self.check_no_script({'VYRESHARE': ''})
 
-    def test_vyreroot_can_be_a_relative_path_a_link_or_a_path_with_a_final_slash(self):
+    def test_vyreroot_may_be_a_link_or_a_relative_path_and_may_end_with_a_slash(self):
         self.check_starts({'VYREROOT': self.sandbox.root + '/'})
         self.check_starts({'VYREROOT': os.path.relpath(self.sandbox.root)})
         link = os.path.join(self.scratch, 'link')
@@ -410,14 +410,14 @@ class EnvironmentTest(JourneyTest):
         self.check_runtime_directory(path, unset=['XDG_RUNTIME_DIR', 'TMPDIR'])
         self.check_runtime_directory(path, {'TMPDIR': ''}, ['XDG_RUNTIME_DIR'])
 
-    def test_runtime_directory_that_a_killed_vyre_left_is_used_and_removed(self):
+    def test_runtime_directory_of_a_killed_vyre_is_used_and_removed(self):
         temporary = os.path.join(self.scratch, 'temporary')
         path = os.path.join(temporary, self.name())
         os.makedirs(os.path.join(path, 'from before'))
         os.chmod(path, 0o700)
         self.check_runtime_directory(path, {'TMPDIR': temporary}, ['XDG_RUNTIME_DIR'])
 
-    def test_runtime_directory_that_the_session_provides_is_kept(self):
+    def test_runtime_directory_of_the_session_is_not_removed(self):
         temporary = os.path.join(self.scratch, 'temporary')
         session = os.path.join(self.scratch, 'session')
         for directory in (temporary, session):
@@ -457,7 +457,7 @@ class StyleTest(JourneyTest):
             self.quit(window)
             return pictures[-1]
 
-    def test_style_that_the_user_chooses_has_priority_over_the_style_of_the_session(self):
+    def test_style_of_the_user_has_priority_over_the_style_of_the_session(self):
         override = {'QT_STYLE_OVERRIDE': 'windows'}
         fusion = self.look('-style=fusion')
         windows = self.look('-style=windows')

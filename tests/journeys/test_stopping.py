@@ -71,7 +71,7 @@ class StoppingTest(StartTest):
     def test_the_mnemonic_of_the_stop_button_stops_a_refresh(self):
         self.check_refresh_is_stopped(lambda window: lambda: driver.key('alt+s'))
 
-    def test_if_the_user_stops_the_first_collection_the_installed_packages_are_listed(self):
+    def test_the_installed_packages_are_listed_if_the_user_stops_the_first_collection(self):
         self.sandbox.clear_cache()
         for name in HTTP:
             self.sandbox.server.faults['/{}/repodata/repomd.xml'.format(name)] = server.paced(1)
@@ -243,7 +243,7 @@ class WithoutRepositoriesTest(StartTest):
             wait_for(lambda: 'pergola' in window.names(), 'the packages of the repository')
             self.quit(window)
 
-    def test_if_the_user_continues_without_all_repositories_the_installed_packages_are_listed(self):
+    def test_only_installed_packages_are_listed_if_the_user_continues_without_any_repository(self):
         self.sandbox.clear_cache()
         self.sandbox.stop()
         with self.program('--disablerepo=sandbox-file') as program:
@@ -264,7 +264,7 @@ class WithoutRepositoriesTest(StartTest):
             self.check_changed(gone=['birch-log-3.0-1.x86_64'])
             self.quit(window)
 
-    def test_nothing_is_listed_if_the_user_refuses_to_go_on_without_a_failing_repository(self):
+    def test_no_package_is_listed_if_the_user_keeps_a_failing_repository(self):
         self.add('gone')
         with self.program() as program:
             self.refuse_without(program, 'gone')

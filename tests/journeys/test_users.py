@@ -125,7 +125,7 @@ class UserTest(JourneyTest):
             self.check_ends(window)
         self.assertEqual(self.all_files(), before)
 
-    def test_root_inside_a_user_name_space_changes_nothing_if_it_is_an_ordinary_user_outside(self):
+    def test_root_inside_a_user_namespace_changes_nothing_if_root_is_an_ordinary_user_outside(self):
         before = self.all_files()
         with self.run_by(AS_NOBODY + ' unshare --user --map-root-user') as program:
             self.check_message(program, YUM_ERROR, 'Permission denied', 'rpmdb_lock.pid', '\nUnable to obtain yum lock')
@@ -135,7 +135,7 @@ class UserTest(JourneyTest):
             self.check_ends(window)
         self.assertEqual(self.all_files(), before)
 
-    def test_root_inside_a_user_name_space_changes_nothing_if_it_can_write_only_the_cache_and_the_log(self):
+    def test_root_inside_a_user_namespace_changes_nothing_if_root_can_write_only_the_cache_and_the_log(self):
         for name in ('var/cache', 'var/log', 'var/lib/dnf'):
             self.change_owner(name, NOBODY)
         with self.run_by(AS_NOBODY + ' unshare --user --map-root-user') as program:
@@ -155,7 +155,7 @@ class UserTest(JourneyTest):
             self.change_owner(name, 0)
         self.check_consistent()
 
-    def test_root_inside_a_user_name_space_can_change_packages_if_it_is_also_root_outside(self):
+    def test_root_inside_a_user_namespace_can_change_packages_if_this_user_is_root_outside(self):
         with self.run_by('unshare --user --map-root-user') as program:
             window = program.ready()
             window.show_all()

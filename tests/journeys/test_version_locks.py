@@ -58,7 +58,7 @@ class VersionLocksTest(JourneyTest):
             self.check_changed(new=['quillbase-2:1.0-1.x86_64', 'barometer-1.1-2.x86_64'],
                                gone=['quillbase-1:2.4-1.x86_64', 'barometer-1.0-1.x86_64'])
 
-    def test_the_keyboard_alone_can_unlock_a_package_which_then_has_its_update_again(self):
+    def test_a_package_that_was_unlocked_with_the_keyboard_has_its_update_again(self):
         self.use_plug_in()
         with open(os.path.join(self.settings, 'locks'), 'w') as stream:
             stream.write('abacus-cli-0:3.2.1-1.*\nbarometer-0:1.0-1.*\n')

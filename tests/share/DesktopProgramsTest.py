@@ -156,7 +156,7 @@ class OpenedTest(DesktopTest):
         self.assertEqual(self.opened('mimeviewer', 'text/plain', '--help')['argv'][1:],
                          [os.path.join(self.scratch, '--help')])
 
-    def test_if_a_desktop_program_is_missing_the_next_installed_program_is_used(self):
+    def test_the_next_installed_program_is_used_if_a_desktop_program_is_missing(self):
         os.remove(os.path.join(self.bin, 'xdg-open'))
         self.install('gio')
         self.assertEqual(self.opened('webbrowser', 'http://h/')['argv'],
@@ -167,7 +167,7 @@ class OpenedTest(DesktopTest):
         self.install('run-mailcap')
         self.assertEqual(self.opened('mimeviewer', 'a/b', path)['argv'][1:], ['--action=view', 'a/b:' + path])
 
-    def test_the_desktop_program_starts_with_no_signals_ignored(self):
+    def test_the_desktop_program_does_not_inherit_ignored_signals(self):
         self.install('xdg-open', '#!/bin/sh\nPATH=/bin:/usr/bin\ngrep SigIgn /proc/self/status > "{}"\n'.format(
             self.report))
         self.run_program('webbrowser', 'http://h/')
@@ -312,7 +312,7 @@ class UserTest(DesktopTest):
                               env={'PATH': self.bin, 'DISPLAY': 'host:0'}, preexec_fn=become,
                               stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
 
-    def test_if_the_user_ends_vyre_by_a_signal_no_message_is_shown(self):
+    def test_no_message_is_shown_if_the_user_ends_vyre_by_a_signal(self):
         self.install('xmessage')
         for name, number in (('TERM', 15), ('HUP', 1), ('INT', 2)):
             done = self.run_admin_with_ended_vyre('kill -{} $$'.format(name))
@@ -323,7 +323,7 @@ class UserTest(DesktopTest):
         self.assertTrue(os.path.exists(self.report))
         os.remove(self.report)
 
-    def test_if_vyre_fails_the_message_never_shows_its_last_output_as_markup(self):
+    def test_the_message_about_a_failed_vyre_never_shows_its_last_output_as_markup(self):
         for program in ('zenity', 'kdialog', 'xmessage'):
             with self.subTest(program=program):
                 self.install(program)
@@ -340,7 +340,7 @@ class UserTest(DesktopTest):
             self.assertEqual(self.refused('webbrowser', 'http://h/', environment={'PKEXEC_UID': uid}),
                              'the user {} of PKEXEC_UID does not exist'.format(uid))
 
-    def test_if_vyre_does_not_run_as_root_the_desktop_program_runs_as_the_user_of_vyre(self):
+    def test_the_desktop_program_runs_as_the_user_of_vyre_if_this_user_is_not_root(self):
         daemon = pwd.getpwnam('daemon')
         facts = self.opened('webbrowser', 'http://h/', user=daemon,
                             environment={'ANYTHING': 'kept', 'PKEXEC_UID': str(NOBODY.pw_uid)})

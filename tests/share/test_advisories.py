@@ -95,7 +95,7 @@ class AdvisoriesTest(ScenarioTest):
         self.assertEqual([each[0] for each in self.yumio.collectAdvisories()][0], "LSA-4")
 
     @in_own_process
-    def test_for_each_package_of_an_advisory_the_obstacle_to_its_update_is_given(self):
+    def test_each_package_of_an_advisory_has_the_reason_that_prevents_its_update(self):
         self.started()
         found = self.by_id()
         self.assertEqual(found["LBA-2"][-1], [("abacus-cli", "x86_64", "3.2.0-1", 1, "")])

@@ -55,7 +55,7 @@ class CleanTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_cleaning_packages_removes_only_packages(self):
+    def test_cleaning_the_cached_packages_removes_only_packages(self):
         self.assert_cleaned("cleanPackages", "packages")
 
     @in_own_process
@@ -67,7 +67,7 @@ class CleanTest(ScenarioTest):
         self.assert_cleaned("cleanDbcache", "solver")
 
     @in_own_process
-    def test_cleaning_all_removes_all_kinds_of_files(self):
+    def test_cleaning_everything_removes_all_kinds_of_files(self):
         self.assert_cleaned("cleanAll", "packages", "metadata", "solver")
 
     @in_own_process

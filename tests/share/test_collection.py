@@ -54,7 +54,7 @@ class InterruptedTransactionTest(ScenarioTest):
         self.assertEqual(self.reports(), [])
 
     @in_own_process
-    def test_a_transaction_whose_end_the_history_lacks_is_reported_as_interrupted(self):
+    def test_a_transaction_without_an_end_in_the_history_is_reported_as_interrupted(self):
         self.load()
         self.yumio.lock()
         self.collect()
@@ -116,7 +116,7 @@ class InterruptedTransactionTest(ScenarioTest):
 
 class SetupTest(ScenarioTest):
     @in_own_process
-    def test_an_unreachable_repository_is_reported_and_skipped_if_skip_if_unavailable_is_set(self):
+    def test_an_unreachable_repository_is_reported_and_skipped_if_its_settings_allow_this(self):
         self.load()
         self.yumio.setupRepos()
         self.assertIn("sandbox-unreachable", "\n".join(self.recording.errors()))
@@ -143,7 +143,7 @@ class SetupTest(ScenarioTest):
         self.assertEqual(self.yumio.skippedRepos, [])
 
     @in_own_process
-    def test_an_unreachable_repository_causes_a_repository_error_if_skip_if_unavailable_is_not_set(self):
+    def test_an_unreachable_repository_causes_a_repository_error_if_its_settings_forbid_skipping(self):
         self.change_repository("sandbox-unreachable", "skip_if_unavailable=1", "skip_if_unavailable=0")
         self.load()
         with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "sandbox-unreachable"):
@@ -218,7 +218,7 @@ class SetupTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_metadata_older_than_metadata_expire_are_checked_on_the_server(self):
+    def test_metadata_older_than_the_expiry_time_are_checked_on_the_server(self):
         self.configure("metadata_expire=3600")
         self.started()
         old = time.time() - 3700
@@ -323,7 +323,7 @@ class CollectionTest(ScenarioTest):
         self.assertEqual(biArch("architecture-of-tomorrow"), "architecture-of-tomorrow")
 
     @in_own_process
-    def test_is_better_than_prefers_the_system_architecture_and_then_the_newer_version(self):
+    def test_the_better_of_two_packages_has_the_system_architecture_or_else_the_newer_version(self):
         self.started()
         better = self.yumio.isBetterThan
         wide = self.package(self.available, "libcairn", "x86_64")
@@ -361,7 +361,7 @@ class CollectionTest(ScenarioTest):
             self.assertEqual(package.buildhost, "builder7.larkspur.example")
 
     @in_own_process
-    def test_installed_and_available_packages_have_vendor_licence_and_other_texts(self):
+    def test_installed_and_available_packages_have_the_expected_texts(self):
         self.started()
         suite = self.package(self.installed, "vyre-network-suite")
         self.assertEqual(suite.group, "Suite")
@@ -521,7 +521,7 @@ class ReplacementTest(ScenarioTest):
         return re.findall(r"^ +replacing +(\S+) ", done.stdout, re.M)
 
     @in_own_process
-    def test_packages_that_obsolete_installed_packages_are_the_same_as_in_dnf(self):
+    def test_the_script_and_dnf_find_the_same_obsoleting_packages(self):
         self.started()
         self.assertEqual(self.upgraded(), ["oldpost.x86_64"])
         self.assertEqual(self.replacements(), [(self.OLD, self.NEW)])
@@ -554,7 +554,7 @@ class ReplacementTest(ScenarioTest):
         self.assertFalse([names for names in given if "ignore_weak" in names])
 
     @in_own_process
-    def test_obsoletes_and_exclude_options_prevent_replacements(self):
+    def test_the_obsoletes_and_exclude_options_can_prevent_replacements(self):
         for line in ("obsoletes=0", "exclude=newpost", "exclude=oldpost"):
             self.configure(line)
             if line == "obsoletes=0":
@@ -683,7 +683,7 @@ class ArchitectureTest(ScenarioTest):
                 if place == key or (place not in keys and moved.get(place) == key)]
 
     @in_own_process
-    def test_updates_are_the_same_as_in_dnf(self):
+    def test_the_script_and_dnf_find_the_same_updates(self):
         for policy in ("best", "all"):
             expected = listing_of_dnf(self.command("--assumeno", "--setopt=multilib_policy=" + policy))["Upgrading"]
             self.configure("multilib_policy=" + policy)

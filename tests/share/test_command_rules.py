@@ -54,7 +54,7 @@ class CommandRulesTest(ScenarioTest):
         self.assertTrue([repo.id for repo in self.yumio.base.repos.values() if not repo.gpgcheck])
 
     @in_own_process
-    def test_if_cacheonly_is_set_the_server_is_not_contacted(self):
+    def test_the_server_is_not_contacted_if_cacheonly_is_set(self):
         self.started()
         self.assertTrue(self.asked())
         self.sandbox.expire_metadata()
@@ -65,7 +65,7 @@ class CommandRulesTest(ScenarioTest):
         self.package(self.available, "astrolabe")
 
     @in_own_process
-    def test_packages_are_downloaded_to_the_directory_that_destdir_names(self):
+    def test_packages_are_downloaded_to_the_directory_in_destdir(self):
         self.configure("destdir=/srv/packages", "keepcache=1")
         self.started()
         self.apply(installs=["astrolabe"])

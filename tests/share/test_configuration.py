@@ -174,7 +174,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(own, others)
 
     @in_own_process
-    def test_the_option_reposdir_replaces_the_default_directories(self):
+    def test_the_reposdir_option_replaces_the_default_directories(self):
         place = os.path.join(self.directory, "elsewhere")
         self.configure("reposdir=" + place)
         os.makedirs(place)
@@ -214,7 +214,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(repositories(yumio), sorted(LAYOUT))
 
     @in_own_process
-    def test_reset_reads_the_configuration_again_into_the_same_base(self):
+    def test_a_reset_reads_the_configuration_again_into_the_same_dnf_base(self):
         self.started()
         base = self.yumio.base
         self.assertFalse(base.conf.best)

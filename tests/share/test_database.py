@@ -189,11 +189,11 @@ class LockedTest(DatabaseTest):
             return ""
 
     @in_own_process
-    def test_when_the_program_ends_the_wait_for_the_transaction_lock_of_rpm_ends(self):
+    def test_the_wait_for_the_transaction_lock_of_rpm_ends_when_the_program_ends(self):
         self.check_ended_by_the_program(self.rpm_lock)
 
     @in_own_process
-    def test_when_the_program_ends_the_wait_for_a_locked_database_ends(self):
+    def test_the_wait_for_a_locked_database_ends_when_the_program_ends(self):
         self.check_ended_by_the_program(self.database_lock)
 
     @in_own_process

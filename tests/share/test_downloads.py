@@ -18,7 +18,7 @@ class DownloadTest(ScenarioTest):
         return sorted(found)
 
     @in_own_process
-    def test_start_progress_and_end_of_every_download_are_reported(self):
+    def test_every_download_reports_its_start_and_its_progress_and_its_end(self):
         self.started()
         self.apply(installs=TILES)
         self.assertEqual(len(self.recording.of("downloadRemotePayloads")), 1)
@@ -49,7 +49,7 @@ class DownloadTest(ScenarioTest):
         self.assertEqual(changed, ({"loupe-45.0-1.x86_64", "astrolabe-5.6-1.x86_64"}, set()))
 
     @in_own_process
-    def test_downloads_work_after_sigint_has_interrupted_an_earlier_download(self):
+    def test_downloads_succeed_after_sigint_has_interrupted_an_earlier_download(self):
         self.load()
         # librepo's signal handler sets this variable after SIGINT.
         interrupted = ctypes.c_int.in_dll(ctypes.CDLL("librepo.so.0"), "lr_interrupt")
@@ -104,7 +104,7 @@ class DownloadTest(ScenarioTest):
         self.assertEqual(changed, ({"gargantua-1.0-1.noarch", "loupe-45.0-1.x86_64"}, set()))
 
     @in_own_process
-    def test_if_a_mirror_fails_the_second_mirror_is_used_and_no_failure_is_reported(self):
+    def test_the_second_mirror_is_used_without_a_report_if_the_first_mirror_fails(self):
         with open(self.repository_file("sandbox-http")) as stream:
             good = stream.read().split("baseurl=")[1].split("\n")[0]
         self.change_repository("sandbox-http", "baseurl=" + good, "baseurl=%s,%s" % (

@@ -89,7 +89,7 @@ class ExcludedTest(ScenarioTest):
 
 class ItemsTest(ScenarioTest):
     @in_own_process
-    def test_a_changed_installation_reason_is_a_transaction_item_called_reason_change(self):
+    def test_a_changed_installation_reason_causes_a_transaction_item_for_this_change(self):
         self.configure("installonly_limit=2")
         self.started()
         words = []

@@ -99,7 +99,7 @@ class HistoryTest(OutcomeTest):
         self.assertEqual((line, rest), ("vyre: group install games", list(expected[1:])))
 
     @in_own_process
-    def test_the_history_follows_the_comment_and_history_record_options(self):
+    def test_the_comment_option_and_the_history_record_option_affect_the_history(self):
         self.configure("comment=why not")
         self.started()
         before = len(self.transactions())

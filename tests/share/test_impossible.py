@@ -51,7 +51,7 @@ class QuestionTest(ScenarioTest):
 
 class UpdatesTest(QuestionTest):
     @in_own_process
-    def test_answering_yes_applies_the_other_marks(self):
+    def test_the_possible_marks_are_applied_if_the_user_accepts_the_question(self):
         self.started()
         counted = self.count_resolutions()
         changed = self.changes(self.apply, updates=["tidewatch", "abacus-cli"], installs=["astrolabe"],
@@ -73,7 +73,7 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(len(counted), 3)
 
     @in_own_process
-    def test_answering_no_changes_nothing(self):
+    def test_nothing_changes_if_the_user_declines_the_question(self):
         self.started()
         changed = self.changes(self.apply, updates=["tidewatch", "abacus-cli"], answers=[0])
         self.assertEqual(changed, NOTHING)
@@ -81,7 +81,7 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(self.left_out(), [])
 
     @in_own_process
-    def test_the_listing_can_be_refused_after_answering_yes(self):
+    def test_the_listing_can_be_refused_after_the_user_has_accepted_the_question(self):
         self.started()
         changed = self.changes(self.apply, updates=["tidewatch", "abacus-cli"], answers=[1, 0])
         self.assertEqual(changed, NOTHING)
@@ -90,7 +90,7 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(self.left_out(), [])
 
     @in_own_process
-    def test_the_other_marks_are_also_applied_if_best_is_set(self):
+    def test_the_possible_marks_are_applied_even_if_the_best_option_is_set(self):
         self.configure("best=1")
         self.started()
         changed = self.changes(self.apply, updates=["tidewatch", "abacus-cli"], answers=[1, 1])
@@ -98,7 +98,7 @@ class UpdatesTest(QuestionTest):
         self.assertIn(BARRIER, self.recording.printed())
 
     @in_own_process
-    def test_skip_broken_does_not_prevent_the_question(self):
+    def test_the_skip_broken_option_does_not_prevent_the_question(self):
         self.configure("skip_broken=1")
         self.started()
         # In VYRE, skip_broken has the same effect as in dnf: group members become optional.
@@ -126,7 +126,7 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(self.left_out(), [])
 
     @in_own_process
-    def test_an_update_that_is_not_newer_is_refused(self):
+    def test_an_update_is_refused_if_it_is_not_newer_than_the_installed_version(self):
         self.started()
         pair = [self.package(self.available, "almanac"), self.package(self.installed, "almanac")]
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
@@ -218,7 +218,7 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(self.yumio.leftOutReasons, "")
 
     @in_own_process
-    def test_of_several_reasons_the_reason_that_names_packages_comes_first(self):
+    def test_reasons_with_package_names_precede_all_other_reasons(self):
         self.load()
         clearest = self.module("reasons").clearest
         named = "nothing provides x needed by y-1-1.noarch"
@@ -230,7 +230,7 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(clearest([]), [])
 
     @in_own_process
-    def test_the_reason_conflicting_requests_is_left_out_in_other_languages_too(self):
+    def test_the_reason_about_conflicting_requests_is_left_out_in_every_language(self):
         os.environ["LANGUAGE"] = "de"
         os.environ["LC_ALL"] = "de_DE.UTF-8"
         self.load()
@@ -282,7 +282,7 @@ class UpdatesTest(QuestionTest):
         self.assertEqual([package.name for package in self.updates if package.name != "libcairn"], ["tidewatch"])
 
     @in_own_process
-    def test_marks_that_the_package_manager_refuses_are_left_out(self):
+    def test_marks_refused_by_the_package_manager_are_left_out(self):
         self.started()
         pair = [self.package(self.available, "almanac"), self.package(self.installed, "almanac")]
         self.recording.answers = [1, 1]
@@ -335,7 +335,7 @@ class GroupQuestionTest(QuestionTest):
 
     @needs_groups
     @in_own_process
-    def test_answering_no_does_not_change_the_group(self):
+    def test_the_group_is_not_changed_if_the_user_declines_the_question(self):
         self.add_impossible_member()
         self.started()
         self.assertEqual(self.changes(self.apply, group_updates=["weaving"], answers=[0]), NOTHING)
@@ -343,7 +343,7 @@ class GroupQuestionTest(QuestionTest):
 
     @needs_groups
     @in_own_process
-    def test_the_update_of_a_group_leaves_packages_out_even_if_best_is_set(self):
+    def test_the_update_of_a_group_leaves_packages_out_even_if_the_best_option_is_set(self):
         self.configure("best=1")
         self.add_impossible_member()
         self.started()
@@ -384,12 +384,12 @@ class GroupQuestionTest(QuestionTest):
 
     @needs_groups
     @in_own_process
-    def test_the_question_gives_the_reasons_for_left_out_members_if_strict_is_off(self):
+    def test_the_question_gives_the_reasons_for_left_out_members_if_the_strict_option_is_off(self):
         self.check_optional_members("strict=0")
 
     @needs_groups
     @in_own_process
-    def test_the_question_gives_the_reasons_for_left_out_members_if_skip_broken_is_on(self):
+    def test_the_question_gives_the_reasons_for_left_out_members_if_the_skip_broken_option_is_on(self):
         self.check_optional_members("skip_broken=1")
 
     @needs_groups
@@ -430,7 +430,7 @@ class GroupQuestionTest(QuestionTest):
 
 class RemovalTest(QuestionTest):
     @in_own_process
-    def test_if_removals_are_marked_too_an_installation_still_removes_no_conflicting_package(self):
+    def test_an_installation_removes_no_conflicting_package_even_if_removals_are_marked(self):
         self.started()
         self.assert_installation_is_left_out("sandstone-1.0-1.noarch", installs=["sandstone"], removes=["almanac"])
 
@@ -443,7 +443,7 @@ class RemovalTest(QuestionTest):
         self.assertIn("conflicts with libgranite", self.recording.printed())
 
     @in_own_process
-    def test_if_an_installation_is_marked_too_a_removal_still_removes_dependent_packages(self):
+    def test_a_removal_removes_dependent_packages_even_if_an_installation_is_marked(self):
         self.started()
         changed = self.changes(self.apply, installs=["astrolabe"], removes=["flint-ssh"])
         self.assertEqual(changed, ({"astrolabe-5.6-1.x86_64"},
@@ -463,7 +463,7 @@ class RemovalTest(QuestionTest):
         self.assertEqual(self.left_out(), ["sandstone-1.0-1.noarch"])
 
     @in_own_process
-    def test_if_an_installation_is_marked_too_a_removal_still_removes_unused_dependencies(self):
+    def test_a_removal_removes_unused_dependencies_even_if_an_installation_is_marked(self):
         self.started()
         self.apply(installs=["astrolabe"], removes=["trellis-editor"])
         self.assertEqual(self.recording.listed()["libtrellis-1.2-1.x86_64"], (REMOVE, CLEAN))
@@ -478,7 +478,7 @@ class RemovalTest(QuestionTest):
         self.assertIn("protected packages", self.recording.printed())
 
     @in_own_process
-    def test_a_protected_package_is_kept_even_if_an_installation_is_marked_too(self):
+    def test_a_protected_package_is_kept_even_if_an_installation_is_marked(self):
         self.configure("protected_packages=vyre-network-suite")
         self.started()
         changed = self.changes(self.apply, installs=["astrolabe"], removes=["flint-ssh"], answers=[1, 1])
@@ -527,7 +527,7 @@ class RemovalTest(QuestionTest):
         self.assertIn("protected packages", self.recording.printed())
 
     @in_own_process
-    def test_if_an_installation_is_marked_too_one_of_two_removals_that_are_impossible_together_is_left_out(self):
+    def test_one_of_two_removals_that_are_impossible_together_is_left_out_even_if_an_installation_is_marked(self):
         self.install_protected_package_with_two_providers()
         self.started()
         changed = self.changes(self.apply, removes=["oil-a", "oil-b"], installs=["astrolabe"], answers=[1, 1])

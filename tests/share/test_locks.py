@@ -54,7 +54,7 @@ class LockTest(ScenarioTest):
         holder.communicate()
 
     @in_own_process
-    def test_a_lock_that_an_ended_process_left_is_taken_over(self):
+    def test_a_lock_of_an_ended_process_is_taken_over(self):
         dead = subprocess.Popen(["true"])
         dead.wait()
         self.write("/var/lib/dnf/rpmdb_lock.pid", str(dead.pid))
@@ -69,7 +69,7 @@ class LockTest(ScenarioTest):
         return [args[1] for name, args in self.recording.calls if name == "log" and "lock file" in args[1]]
 
     @in_own_process
-    def test_each_lock_that_an_ended_process_left_is_reported(self):
+    def test_each_lock_of_an_ended_process_is_reported(self):
         dead = subprocess.Popen(["true"])
         dead.wait()
         files = [self.write(path, str(dead.pid)) for path in (
@@ -79,7 +79,7 @@ class LockTest(ScenarioTest):
         self.assertEqual([os.path.exists(path) for path in files], [True, False, False])
 
     @in_own_process
-    def test_a_lock_file_older_than_the_process_that_it_names_is_taken_over(self):
+    def test_a_lock_file_is_taken_over_if_it_is_older_than_the_named_process(self):
         """After the machine was started again, another process can have the number that is in the lock file."""
         other = subprocess.Popen(["sleep", "600"])
         try:
@@ -100,7 +100,7 @@ class LockTest(ScenarioTest):
             other.wait()
 
     @in_own_process
-    def test_a_lock_file_newer_than_the_process_that_it_names_is_kept(self):
+    def test_a_lock_file_is_kept_if_it_is_newer_than_the_named_process(self):
         other = subprocess.Popen(["sleep", "600"])
         try:
             lock = self.write("/var/lib/dnf/rpmdb_lock.pid", str(other.pid))
@@ -275,7 +275,7 @@ class WaitTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_metadata_are_read_when_the_other_process_dies(self):
+    def test_metadata_are_read_when_the_process_that_holds_the_lock_dies(self):
         self.load()
         self.yumio.lock()
         self.hold("metadata")
@@ -353,7 +353,7 @@ class WaitTest(ScenarioTest):
         self.check_ended("metadata", self.collect_again, dnf.exceptions.RepoError, lambda: False)
 
     @in_own_process
-    def test_if_the_user_ends_a_wait_after_a_transaction_the_message_does_not_claim_that_nothing_was_changed(self):
+    def test_the_message_does_not_deny_changes_if_the_user_ends_a_wait_after_a_transaction(self):
         self.started()
         self.apply(installs=["loupe"])
         self.hold("metadata")
@@ -474,7 +474,7 @@ class WaitTest(ScenarioTest):
         self.yumio.setupRepos()
 
     @in_own_process
-    def test_a_lock_that_the_script_gets_just_when_the_user_ends_the_wait_is_released(self):
+    def test_the_script_releases_a_lock_that_it_gets_just_when_the_user_ends_the_wait(self):
         self.started()
         self.hold("download")
 

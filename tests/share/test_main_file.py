@@ -184,7 +184,7 @@ class MainFileTest(ScenarioTest):
         return done.returncode, done.stdout
 
     @in_own_process
-    def test_if_dnf_conf_is_the_main_file_all_its_options_are_used(self):
+    def test_all_options_of_dnf_conf_are_used_if_it_is_the_main_file(self):
         path = self.use_own_file("gpgcheck=1\nexclude=astrolabe\nproxy=http://127.0.0.1:1/\nkeepcache=1\n"
                                  "install_weak_deps=0\n[in-main]\nname=Main\nbaseurl=file:///nowhere\nenabled=0\n")
         self.write("/etc/dnf/vars/place", "mine\n")
@@ -231,7 +231,7 @@ class MainFileTest(ScenarioTest):
             self.assertIn(CHECKED, checked)
 
     @in_own_process
-    def test_if_the_main_file_is_unusable_the_checks_that_dnf_conf_requires_stay_enabled(self):
+    def test_checks_required_by_dnf_conf_stay_enabled_if_the_main_file_is_unusable(self):
         own = self.write("/etc/dnf/dnf.conf", "[main]\nrepo_gpgcheck=1\n")
         main = self.write("/etc/yum.conf", "[main\n")
         yumio = self.load()
@@ -252,7 +252,7 @@ class MainFileTest(ScenarioTest):
         self.assertTrue(self.yumio.base.repos["sandbox-http"].proxy_sslverify)
 
     @in_own_process
-    def test_the_checks_that_dnf_conf_requires_stay_enabled_even_if_the_main_file_disables_them(self):
+    def test_checks_required_by_dnf_conf_stay_enabled_even_if_the_main_file_disables_them(self):
         own = self.write("/etc/dnf/dnf.conf", "[main]\ngpgcheck=1\nrepo_gpgcheck=yes\nlocalpkg_gpgcheck=1\n"
                          "exclude=astrolabe\n")
         main = self.write("/etc/yum.conf", "[main]\ngpgcheck=0\nsslverify=0\n")
@@ -300,7 +300,7 @@ class MainFileTest(ScenarioTest):
         subprocess.run(["mount", "--bind", path, self.running_configuration], check=True)
 
     @in_own_process
-    def test_if_the_managed_root_lacks_dnf_conf_the_signature_checks_of_the_running_system_apply(self):
+    def test_the_signature_checks_of_the_running_system_apply_if_the_managed_root_lacks_dnf_conf(self):
         self.use_running_configuration("[main]\ngpgcheck=1\nretries=1\n")
         self.write("/etc/yum.conf", "[main]\ngpgcheck=0\nretries=1\ntimeout=5\n")
         self.assert_unsigned_package_is_refused_as_by_dnf()
@@ -309,7 +309,7 @@ class MainFileTest(ScenarioTest):
                       [text for level, text in self.recording.of("log")])
 
     @in_own_process
-    def test_if_the_managed_root_lacks_all_main_files_the_signature_checks_of_the_running_system_apply(self):
+    def test_the_signature_checks_of_the_running_system_apply_if_the_managed_root_lacks_all_main_files(self):
         self.use_running_configuration("[main]\nrepo_gpgcheck=1\n")
         os.unlink(self.sandbox.root + "/etc/yum.conf")
         self.assertTrue(self.load().base.conf.repo_gpgcheck)
@@ -326,7 +326,7 @@ class MainFileTest(ScenarioTest):
         self.assertFalse(self.load().base.conf.repo_gpgcheck)
 
     @in_own_process
-    def test_packages_that_dnf_protects_are_protected_even_if_dnf_conf_is_not_the_main_file(self):
+    def test_packages_protected_by_dnf_stay_protected_even_if_dnf_conf_is_not_the_main_file(self):
         self.write("/etc/dnf/dnf.conf", "[main]\nprotected_packages=almanac\n")
         self.configure("protected_packages=parrot")
         self.started()

@@ -163,7 +163,7 @@ class MetadataTest(ScenarioTest):
         self.check_refused("The primary metadata of the repository sandbox-file are damaged: it is html$")
 
     @in_own_process
-    def test_a_repository_with_damaged_metadata_is_left_out_if_skip_if_unavailable_is_set(self):
+    def test_a_repository_with_damaged_metadata_is_left_out_if_its_settings_allow_this(self):
         self.damage("primary", metadata.page)
         with open(self.repository_file("sandbox-file"), "a") as stream:
             stream.write("skip_if_unavailable=1\n")

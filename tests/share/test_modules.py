@@ -139,7 +139,7 @@ class EndingPlugInTest(ModuleScenario):
         self.configure("plugins=1", "pluginpath=" + plugins, "pluginconfpath=" + plugins)
 
     @in_own_process
-    def test_if_a_plug_in_ends_the_operation_the_message_names_the_streams_already_saved(self):
+    def test_the_message_names_the_saved_streams_if_a_plug_in_ends_the_operation(self):
         self.started()
         self.assert_refused("^The plug-in crooked has ended the operation: enough\nNo packages were changed, "
                             "but dnf had already saved these changes:\nEnabling module streams: grove 1$",
@@ -150,7 +150,7 @@ class EndingPlugInTest(ModuleScenario):
         self.assertEqual([self.yumio.outcome[name] for name in ("installed", "modules", "failed")], [0, 1, 2])
 
     @in_own_process
-    def test_if_a_plug_in_ends_an_operation_without_streams_nothing_is_reported_as_changed(self):
+    def test_no_change_is_reported_if_a_plug_in_ends_an_operation_without_streams(self):
         self.started()
         self.assert_refused("^The plug-in crooked has ended the operation: enough$", installs=["astrolabe"])
         self.assertFalse(self.yumio.systemChanged)

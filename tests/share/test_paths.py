@@ -11,7 +11,7 @@ from scenario import ScenarioTest, in_own_process
 
 class PathsTest(ScenarioTest):
     @in_own_process
-    def test_cache_state_and_logs_are_below_the_managed_root(self):
+    def test_the_directories_of_dnf_are_below_the_managed_root(self):
         shutil.rmtree(self.sandbox.root + "/var/log")
         yumio = self.load()
         conf = yumio.base.conf

@@ -143,13 +143,13 @@ class HooksTest(PlugInsTest):
             self.assertEqual([line.split()[0] for line in self.recorded_calls()], expected)
 
     @in_own_process
-    def test_plug_ins_that_their_settings_disable_are_not_loaded(self):
+    def test_plug_ins_disabled_by_their_settings_are_not_loaded(self):
         self.write_plug_in("probe", PROBE, "[main]\nenabled=0\n")
         self.started()
         self.assertEqual(self.recorded_calls(), [])
 
     @in_own_process
-    def test_if_plugins_is_0_no_plug_in_is_loaded(self):
+    def test_no_plug_in_is_loaded_if_the_plugins_option_is_0(self):
         self.write_plug_in("probe", PROBE)
         self.configure("plugins=0")
         self.started()
@@ -197,7 +197,7 @@ class HooksTest(PlugInsTest):
         self.assertEqual([line.split()[0] for line in self.recorded_calls()], ["init", "pre_config", "config", "sack"])
 
     @in_own_process
-    def test_repositories_of_a_plug_in_are_used(self):
+    def test_packages_of_a_repository_that_a_plug_in_adds_are_collected(self):
         self.write_plug_in("adder", raising("pre_config", "self.base.repos.add_new_repo('added', self.base.conf, "
                                             "baseurl=['file://%s/'])" % self.sandbox.repository("sandbox-disabled")))
         self.started()
@@ -223,12 +223,12 @@ class FailuresTest(PlugInsTest):
                          ['Failed loading plugin "crooked": wrong'])
 
     @in_own_process
-    def test_a_plug_in_that_exits_during_its_import_is_named(self):
+    def test_the_message_names_a_plug_in_that_exits_during_its_import(self):
         self.write_plug_in("crooked", "import sys\nsys.exit('enough')\n")
         self.assertEqual(self.failure(), "The plug-in crooked cannot be loaded: enough")
 
     @in_own_process
-    def test_a_plug_in_that_cannot_be_created_is_named(self):
+    def test_the_message_names_a_plug_in_that_cannot_be_created(self):
         self.write_plug_in("crooked", raising("__init__", "raise ValueError('wrong')"))
         self.assertEqual(self.failure(), "The plug-in crooked cannot be loaded: wrong")
         # After the plug-in is removed, the next collection succeeds.
@@ -251,7 +251,7 @@ class FailuresTest(PlugInsTest):
         self.assertEqual(self.failure(), "The plug-in crooked has ended the operation: no")
 
     @in_own_process
-    def test_a_plug_in_that_interrupts_the_program_is_named(self):
+    def test_the_message_names_a_plug_in_that_interrupts_the_program(self):
         self.load()
         for raised, said in (("KeyboardInterrupt", "KeyboardInterrupt"), ("KeyboardInterrupt('stop')", "stop"),
                              ("BaseException('all')", "all")):
@@ -282,7 +282,7 @@ class FailuresTest(PlugInsTest):
         self.assertEqual(self.yumio.remarks, [])
 
     @in_own_process
-    def test_a_plug_in_that_needs_the_dnf_command_is_named_once(self):
+    def test_one_message_names_a_plug_in_that_needs_the_dnf_command(self):
         self.write_plug_in("crooked", raising("sack", "self.cli.demands.resolving = True"))
         self.write_plug_in("probe", PROBE)
         self.load()
@@ -318,7 +318,7 @@ class FailuresTest(PlugInsTest):
             self.assertTrue(text.startswith("The plug-in crooked has failed (sack):\nTraceback"), (statement, text))
 
     @in_own_process
-    def test_if_the_program_ends_while_a_plug_in_runs_the_plug_in_is_not_reported(self):
+    def test_no_plug_in_is_reported_if_the_program_ends_while_a_plug_in_runs(self):
         import functools
         import signal
 
@@ -345,7 +345,7 @@ class FailuresTest(PlugInsTest):
                 self.yumio.unlock()
 
     @in_own_process
-    def test_a_plug_in_that_exits_after_a_transaction_is_named(self):
+    def test_the_message_names_a_plug_in_that_exits_after_a_transaction(self):
         for statement in ("sys.exit('enough')", "raise KeyboardInterrupt('enough')"):
             self.write_plug_in("crooked", raising("transaction", statement))
             self.started()
@@ -436,7 +436,7 @@ class RealPlugInsTest(ScenarioTest):
         return set(line.split()[0] for line in lines if len(line.split()) == 3)
 
     @in_own_process
-    def test_a_package_that_the_versionlock_plug_in_locks_has_no_update(self):
+    def test_a_package_locked_by_the_versionlock_plug_in_has_no_update(self):
         self.started()
         self.package(self.updates, "abacus-cli")
         self.lock_versions("abacus-cli-0:3.2.1-1.*")

@@ -81,7 +81,7 @@ class TransactionListTest(ReplayTest):
         self.assertIn("Comment: \ufffdA", self.yumio.describeTransaction(self.newest()[0]))
 
     @in_own_process
-    def test_if_the_history_is_missing_the_list_is_empty_and_no_history_is_created(self):
+    def test_the_list_is_empty_and_no_history_is_created_if_the_history_is_missing(self):
         self.load()
         self.yumio.base.conf.persistdir = os.path.join(self.directory, "nothing")
         self.yumio.base.history.close()
@@ -203,7 +203,7 @@ class TransactionDetailsTest(ReplayTest):
                       self.yumio.describeTransaction(first))
 
     @in_own_process
-    def test_the_details_of_an_interrupted_transaction_list_the_changes_that_redo_completes(self):
+    def test_the_details_of_an_interrupted_transaction_contain_the_changes_that_a_redo_completes(self):
         self.started()
         self.apply(installs=["astrolabe", "loupe"], removes=["almanac"])
         with self.database() as database:
@@ -321,7 +321,7 @@ class UndoTest(ReplayTest):
                                       % (before, before + 2, before + 1)])
 
     @in_own_process
-    def test_the_listing_names_the_recorded_transaction(self):
+    def test_the_listing_of_an_undo_names_the_recorded_transaction(self):
         self.started()
         self.apply(installs=["astrolabe"])
         self.again()
@@ -353,7 +353,7 @@ class UndoTest(ReplayTest):
             self.replay("undo", 10000)
 
     @in_own_process
-    def test_if_dnf_lacks_the_history_commands_the_message_names_the_version_of_dnf(self):
+    def test_the_message_names_the_version_of_dnf_if_dnf_lacks_the_history_commands(self):
         self.started()
         self.apply(installs=["astrolabe"])
         self.again()

@@ -15,7 +15,7 @@ class SpaceTest(ScenarioTest):
         super(SpaceTest, self).enter()
 
     @in_own_process
-    def test_if_metadata_do_not_fit_on_the_disk_the_repository_error_states_the_free_space(self):
+    def test_the_repository_error_states_the_free_space_if_metadata_do_not_fit_on_the_disk(self):
         self.mount_small("/var/cache", 40)
         self.load()
         self.yumio.lock()
@@ -79,7 +79,7 @@ class SpaceTest(ScenarioTest):
         self.assertEqual(self.changes(self.apply, removes=["birch-log"]), (set(), {"birch-log-3.0-1.x86_64"}))
 
     @in_own_process
-    def test_if_the_history_has_no_space_before_the_transaction_nothing_is_changed(self):
+    def test_nothing_is_changed_if_the_history_has_no_space_before_the_transaction(self):
         self.mount_small("/var/lib/dnf", PLENTY)
         self.started()
         self.resize("/var/lib/dnf", 0)
@@ -115,7 +115,7 @@ class SpaceTest(ScenarioTest):
         module.rpmtransProgress = first_progress
 
     @in_own_process
-    def test_if_the_history_has_no_space_after_the_packages_were_changed_this_is_reported(self):
+    def test_a_full_history_disk_is_reported_after_the_packages_were_changed(self):
         self.mount_small("/var/lib/dnf", PLENTY)
         self.started()
         self.at_first_progress(lambda: self.resize("/var/lib/dnf", 0))
@@ -195,7 +195,7 @@ class SpaceTest(ScenarioTest):
                 pass
 
     @in_own_process
-    def test_transactions_work_even_if_the_disk_has_no_space_for_log_files(self):
+    def test_transactions_succeed_even_if_the_disk_has_no_space_for_log_files(self):
         self.mount_small("/var/log", 64)
         self.fill("/var/log")
         self.started()

@@ -92,7 +92,7 @@ class StoppingTest(ScenarioTest):
             self.package(self.available, "astrolabe")
 
     @in_own_process
-    def test_a_stop_does_not_skip_a_repository_even_if_skip_if_unavailable_is_set(self):
+    def test_a_stop_does_not_skip_a_repository_even_if_its_settings_allow_skipping(self):
         self.change_repository("sandbox-http", "enabled=1", "enabled=1\nskip_if_unavailable=1")
         self.load_stoppable()
         self.server.fault(REPOMD, "paced", 1)
@@ -103,7 +103,7 @@ class StoppingTest(ScenarioTest):
         self.assertTrue(self.yumio.base.repos["sandbox-http"].enabled)
 
     @in_own_process
-    def test_after_a_stop_packages_of_cached_repositories_can_be_collected(self):
+    def test_packages_of_cached_repositories_can_be_collected_after_a_stop(self):
         self.load_stoppable()
         self.collect()
         self.recording.clear()
@@ -129,7 +129,7 @@ class StoppingTest(ScenarioTest):
         self.assertIn(REPOMD, self.server.paths())
 
     @in_own_process
-    def test_after_a_stop_installed_packages_can_be_collected_even_if_no_repository_is_cached(self):
+    def test_installed_packages_can_be_collected_after_a_stop_even_if_no_repository_is_cached(self):
         self.load_stoppable()
         self.server.stop()
         self.yumio.setupCachedRepos()
@@ -162,7 +162,7 @@ class StoppingTest(ScenarioTest):
         self.package(self.installed, "gargantua")
 
     @in_own_process
-    def test_if_the_user_stops_the_resolution_no_question_is_asked(self):
+    def test_no_question_is_asked_if_the_user_stops_the_resolution(self):
         self.load_stoppable()
         self.collect()
         resolve = self.module("resolving").resolveMarks
@@ -176,7 +176,7 @@ class StoppingTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_the_script_leaves_it_to_the_program_to_refuse_stops_during_a_transaction(self):
+    def test_the_program_and_not_the_script_refuses_stops_during_a_transaction(self):
         self.load_stoppable()
         self.collect()
         self.apply(installs=["loupe"])

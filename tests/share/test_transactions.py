@@ -78,7 +78,7 @@ class InstallTest(ScenarioTest):
         self.assertEqual(self.recording.listed()["oldpost-1.8-1.x86_64"][0], OBSOLETED)
 
     @in_own_process
-    def test_answering_no_to_the_listing_changes_nothing(self):
+    def test_refusing_the_listing_changes_nothing(self):
         self.started()
         groups = [] if self.sandbox.without_groups else ["games"]
         changed = self.changes(self.apply, installs=["orchard"], removes=["almanac"], group_installs=groups,
@@ -309,7 +309,7 @@ class GroupTest(ScenarioTest):
 
     @needs_groups
     @in_own_process
-    def test_if_another_package_replaces_a_group_member_the_listing_has_no_sentence_about_the_group(self):
+    def test_the_listing_has_no_sentence_about_a_group_if_another_package_replaces_its_member(self):
         self.change_comps('<packagereq type="mandatory">lantern-view</packagereq>',
                           '<packagereq type="mandatory">oldpost</packagereq>')
         self.started()
@@ -373,7 +373,7 @@ class GroupTest(ScenarioTest):
 
     @needs_groups
     @in_own_process
-    def test_the_update_of_a_group_that_changes_nothing_is_refused(self):
+    def test_a_group_update_without_changes_is_refused(self):
         self.started()
         self.assert_refused("nothing to do", group_updates=["seafaring"])
         self.assertNotIn("userconfirm", self.recording.names())
@@ -444,7 +444,7 @@ class RefusalTest(ScenarioTest):
         self.assert_refused("libgranite", installs=["sandstone"])
 
     @in_own_process
-    def test_a_package_whose_dependency_no_repository_has_is_refused(self):
+    def test_a_package_is_refused_if_no_repository_has_its_dependency(self):
         self.started()
         self.assert_refused("libtide", installs=["moonbridge"])
         # The failure does not affect the next transaction.
@@ -550,7 +550,7 @@ class ScriptletTest(ScenarioTest):
         self.assertNotIn("line 15", errors)
 
     @in_own_process
-    def test_if_one_of_several_packages_fails_the_report_names_only_this_package(self):
+    def test_the_report_names_only_the_failed_package_of_several_packages(self):
         self.started()
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
             self.apply(installs=["brokenlatch", "astrolabe"])

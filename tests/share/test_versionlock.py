@@ -145,7 +145,7 @@ class VersionLocksTest(ScenarioTest):
         self.assertEqual(self.recording.of("userconfirm"), [])
 
     @in_own_process
-    def test_an_undo_that_a_lock_prevents_names_the_lock(self):
+    def test_the_message_about_an_undo_prevented_by_a_version_lock_names_the_lock(self):
         excluded = "abacus-cli-3.2.1-1.x86_64: the configuration or a plug-in excludes this version"
         number = self.updated("abacus-cli")
         self.write_locks("abacus-cli-0:3.3.0-2.*")
@@ -213,7 +213,7 @@ class VersionLocksTest(ScenarioTest):
         self.assertEqual(self.content(), "")
 
     @in_own_process
-    def test_if_the_lock_list_cannot_be_decoded_no_package_is_locked_and_the_reason_is_given(self):
+    def test_no_package_is_locked_and_the_reason_is_given_if_the_lock_list_cannot_be_decoded(self):
         self.started()
         with open(self.locks, "wb") as stream:
             stream.write(b"abacus-cli\xff\n")
@@ -223,7 +223,7 @@ class VersionLocksTest(ScenarioTest):
         self.yumio.collectAdvisories()
 
     @in_own_process
-    def test_if_the_user_cannot_write_the_lock_list_the_reason_is_given(self):
+    def test_the_reason_is_given_if_the_user_cannot_write_the_lock_list(self):
         self.started()
         self.assertEqual(self.locked(), {})
         fault = self.module("versionlock").writingFault
@@ -237,7 +237,7 @@ class VersionLocksTest(ScenarioTest):
         self.assertEqual(self.yumio.versionLocks()[0], fault(self.locks))
 
     @in_own_process
-    def test_if_the_lock_list_cannot_be_changed_the_message_gives_the_error_of_the_system(self):
+    def test_the_message_gives_the_error_of_the_system_if_the_lock_list_cannot_be_changed(self):
         self.started()
         os.unlink(self.locks)
         os.mkdir(self.locks)
