@@ -24,10 +24,10 @@ private Q_SLOTS:
     void theDetailsPaneDescribesTheCurrentAdvisory();
     void loadingTheListAgainKeepsTheCurrentAdvisory();
     void anEmptyListSaysThatNoAdvisoryWasFound();
-    void theMarkUpdatesButtonMarksTheUpdatesOfTheSelectedAdvisories();
+    void aButtonMarksTheUpdatesInTheSelectedAdvisories();
     void altSMarksAllSecurityUpdates();
     void aMessageExplainsWhyAPackageCannotBeMarked();
-    void theMarkUpdatesButtonIsDisabledIfTheSelectionHasNoMissingUpdate();
+    void theButtonThatMarksUpdatesIsDisabledIfTheSelectionHasNoMissingUpdate();
     void enterPressesNoButton();
     void escapeClosesTheDialog();
     void tabMovesTheFocusThroughAllPartsOfTheDialog();
@@ -157,7 +157,7 @@ void AdvisoryDialogTest::anEmptyListSaysThatNoAdvisoryWasFound()
     QCOMPARE(details(), QString());
 }
 
-void AdvisoryDialogTest::theMarkUpdatesButtonMarksTheUpdatesOfTheSelectedAdvisories()
+void AdvisoryDialogTest::aButtonMarksTheUpdatesInTheSelectedAdvisories()
 {
     select({"A-1", "B-2"});
     QTest::mouseClick(button("&Mark Updates"), Qt::LeftButton);
@@ -195,7 +195,7 @@ void AdvisoryDialogTest::aMessageExplainsWhyAPackageCannotBeMarked()
     QCOMPARE(wanted(), QStringList{"tool"});
 }
 
-void AdvisoryDialogTest::theMarkUpdatesButtonIsDisabledIfTheSelectionHasNoMissingUpdate()
+void AdvisoryDialogTest::theButtonThatMarksUpdatesIsDisabledIfTheSelectionHasNoMissingUpdate()
 {
     select({"C-3"});
     QVERIFY(!button("&Mark Updates")->isEnabled());

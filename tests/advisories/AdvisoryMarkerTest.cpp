@@ -17,11 +17,11 @@ private Q_SLOTS:
     void initTestCase() { table = std::make_unique<Table>(); }
     void init() { table->collectUsual(); }
     void cleanupTestCase() { table.reset(); }
-    void anUpdateThatTwoAdvisoriesNameIsFoundOnce();
+    void anUpdateInTwoAdvisoriesIsFoundOnce();
     void aRefusalNamesTheReasonIfAPackageHasNoUsableUpdate();
-    void aPackageIsRefusedIfTheTableListsNoUpdateOfIt();
+    void aPackageIsRefusedIfTheTableListsNoUpdateForThePackage();
     void aPackageMarkedForRemovalIsRefused();
-    void aPackageThatAnotherPackageReplacesIsRefused();
+    void aPackageIsRefusedIfAnotherPackageReplacesIt();
 
 private:
     AdvisoryMarker::Found find(const QVector<Advisory>& advisories) const
@@ -32,7 +32,7 @@ private:
     std::unique_ptr<Table> table;
 };
 
-void AdvisoryMarkerTest::anUpdateThatTwoAdvisoriesNameIsFoundOnce()
+void AdvisoryMarkerTest::anUpdateInTwoAdvisoriesIsFoundOnce()
 {
     const auto found = find({advisory("A-1", true, {packageOf("tool"), packageOf("many")}),
                              advisory("A-2", false, {packageOf("tool")})});
@@ -61,7 +61,7 @@ void AdvisoryMarkerTest::aRefusalNamesTheReasonIfAPackageHasNoUsableUpdate()
              QString("tool-2-1.x86_64: not installed; the update 2-1 is available"));
 }
 
-void AdvisoryMarkerTest::aPackageIsRefusedIfTheTableListsNoUpdateOfIt()
+void AdvisoryMarkerTest::aPackageIsRefusedIfTheTableListsNoUpdateForThePackage()
 {
     const auto found = find({advisory("A-1", true, {packageOf("shell"), packageOf("nobody")})});
     QCOMPARE(found.entries.count(), 0);
@@ -78,7 +78,7 @@ void AdvisoryMarkerTest::aPackageMarkedForRemovalIsRefused()
     QCOMPARE(found.refusals, QStringList{"tool-2-1.x86_64: it is marked for removal"});
 }
 
-void AdvisoryMarkerTest::aPackageThatAnotherPackageReplacesIsRefused()
+void AdvisoryMarkerTest::aPackageIsRefusedIfAnotherPackageReplacesIt()
 {
     using S = StandIn;
     table->collect({S::package("tool", {{"version", "2"}})}, {S::package("tool")},

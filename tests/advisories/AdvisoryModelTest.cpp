@@ -70,7 +70,7 @@ private Q_SLOTS:
         QVERIFY(!model.index(0, AdvisoryModel::Id).data(FilteredRows::SortRole).isValid());
     }
 
-    void theExpressionAlsoMatchesTextsThatTheRowsDoNotShow()
+    void theExpressionMatchesEvenTextsThatTheRowsDoNotShow()
     {
         AdvisoryModel model;
         model.setAdvisories(some());

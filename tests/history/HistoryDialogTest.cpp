@@ -32,8 +32,8 @@ private Q_SLOTS:
     void eachCommandButtonReturnsItsCommandAndTheCurrentTransaction_data();
     void eachCommandButtonReturnsItsCommandAndTheCurrentTransaction();
     void theUserCanSelectOnlyOneTransaction();
-    void undoAllSinceIsDisabledIfTheNewestTransactionIsCurrent();
-    void theCommandsAreDisabledWithTheReasonIfTheScriptRefusesThem();
+    void theUndoAllSinceButtonIsDisabledIfTheNewestTransactionIsCurrent();
+    void theCommandButtonsAreDisabledAndShowTheReasonIfTheScriptRefusesTheCommands();
     void aMessageIsShownIfTheHistoryCannotBeRead();
     void theWindowClosesOnlyAfterTheWorkerHasEnded();
     void everyControlCanBeReachedByKeys();
@@ -245,7 +245,7 @@ void HistoryDialogTest::theUserCanSelectOnlyOneTransaction()
     QCOMPARE(selected(), QList<int>{1});
 }
 
-void HistoryDialogTest::undoAllSinceIsDisabledIfTheNewestTransactionIsCurrent()
+void HistoryDialogTest::theUndoAllSinceButtonIsDisabledIfTheNewestTransactionIsCurrent()
 {
     show();
     QVERIFY(!button("Undo All &Since")->isEnabled());
@@ -270,7 +270,7 @@ void HistoryDialogTest::compareRefusal(const QString& reason)
     QVERIFY2(shown.contains(reason), qPrintable(shown.join('\n')));
 }
 
-void HistoryDialogTest::theCommandsAreDisabledWithTheReasonIfTheScriptRefusesThem()
+void HistoryDialogTest::theCommandButtonsAreDisabledAndShowTheReasonIfTheScriptRefusesTheCommands()
 {
     standIn->setReplayRefused(true);
     show();

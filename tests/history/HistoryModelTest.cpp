@@ -14,10 +14,10 @@ class HistoryModelTest : public QObject
 private Q_SLOTS:
     void eachRowShowsTheTextsOfItsTransaction();
     void everyColumnHasATitleAndAToolTip();
-    void numbersTimesAndLineCountsAreNotSortedAsTexts();
+    void numericColumnsAndTheTimeColumnAreNotSortedAsTexts();
     void theResultsOfFailedAndInterruptedTransactionsAreColoured();
     void theExpressionMatchesPackageNamesThatTheRowsDoNotShow();
-    void rowOfFindsATransactionByItsNumber();
+    void theRowOfATransactionIsFoundByItsNumber();
 
 private:
     static HistoryRecord record(qint64 number, HistoryRecord::Result result = HistoryRecord::Succeeded);
@@ -73,7 +73,7 @@ void HistoryModelTest::everyColumnHasATitleAndAToolTip()
     QVERIFY(!model.headerData(HistoryModel::ColumnCount, Qt::Horizontal).isValid());
 }
 
-void HistoryModelTest::numbersTimesAndLineCountsAreNotSortedAsTexts()
+void HistoryModelTest::numericColumnsAndTheTimeColumnAreNotSortedAsTexts()
 {
     HistoryModel model;
     model.setRecords({record(100), record(9), record(20)});
@@ -114,7 +114,7 @@ void HistoryModelTest::theExpressionMatchesPackageNamesThatTheRowsDoNotShow()
     }
 }
 
-void HistoryModelTest::rowOfFindsATransactionByItsNumber()
+void HistoryModelTest::theRowOfATransactionIsFoundByItsNumber()
 {
     HistoryModel model;
     model.setRecords({record(7), record(5)});

@@ -104,7 +104,7 @@ class ExpressionTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void matchesHasTheSameResultsAsTheCLibrary_data()
+    void theMatchesFunctionHasTheSameResultsAsTheCLibrary_data()
     {
         QTest::addColumn<quint32>("seed");
         for (quint32 seed = 1; seed <= 10; ++seed) {
@@ -112,7 +112,7 @@ private Q_SLOTS:
         }
     }
 
-    void matchesHasTheSameResultsAsTheCLibrary()
+    void theMatchesFunctionHasTheSameResultsAsTheCLibrary()
     {
         QFETCH(quint32, seed);
         Generator generator(seed);
@@ -173,7 +173,7 @@ private Q_SLOTS:
         }
     }
 
-    void requiredTextReturnsTheTextThatEveryMatchContains_data()
+    void theRequiredTextFunctionReturnsTheTextThatEveryMatchContains_data()
     {
         QTest::addColumn<QString>("expression");
         QTest::addColumn<QString>("required");
@@ -241,7 +241,7 @@ private Q_SLOTS:
         row("ab\\", "ab");
     }
 
-    void requiredTextReturnsTheTextThatEveryMatchContains()
+    void theRequiredTextFunctionReturnsTheTextThatEveryMatchContains()
     {
         QFETCH(QString, expression);
         QFETCH(QString, required);
@@ -251,7 +251,7 @@ private Q_SLOTS:
         QCOMPARE(answer, whole);
     }
 
-    void inOnePassConvertsExpressionsThatNeedOnlyOnePass_data()
+    void theInOnePassFunctionConvertsExpressionsThatNeedOnlyOnePass_data()
     {
         QTest::addColumn<QByteArray>("expression");
         QTest::addColumn<QByteArray>("onePass");
@@ -275,7 +275,7 @@ private Q_SLOTS:
         row("a*)|(b", "");
     }
 
-    void inOnePassConvertsExpressionsThatNeedOnlyOnePass()
+    void theInOnePassFunctionConvertsExpressionsThatNeedOnlyOnePass()
     {
         QFETCH(QByteArray, expression);
         QFETCH(QByteArray, onePass);
@@ -316,7 +316,7 @@ private Q_SLOTS:
         }
     }
 
-    void faultDescribesASyntaxErrorInTheExpression()
+    void theFaultFunctionDescribesASyntaxErrorInTheExpression()
     {
         Expression expression;
         QCOMPARE(expression.fault(), QString());

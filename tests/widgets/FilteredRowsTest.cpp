@@ -60,11 +60,11 @@ private Q_SLOTS:
     void theExpressionMatchesTheJoinedTextsOfAllColumns();
     void theExpressionAlsoMatchesTextThatIsNotShown();
     void anInvalidExpressionListsNothingAndHasAnErrorText();
-    void numbersTimesAndTextsAreSortedByTheirValues();
+    void rowsAreSortedByTheValueOfEachSortKey();
     void rowsWithEqualSortKeysKeepTheirOrder();
     void rowIndexesAreMappedToTheSourceModelAndBack();
     void rowsAreFilteredAndSortedAgainWhenTheSourceChanges();
-    void changedCellsOfListedRowsAreSignalled();
+    void aSignalReportsChangedCellsOfListedRows();
     void theHeaderIsThatOfTheSourceEvenIfNoRowIsListed();
     void noRowIsListedIfNoSourceIsSet();
 };
@@ -136,7 +136,7 @@ void FilteredRowsTest::anInvalidExpressionListsNothingAndHasAnErrorText()
     QCOMPARE(rows.expressionFault(), QString());
 }
 
-void FilteredRowsTest::numbersTimesAndTextsAreSortedByTheirValues()
+void FilteredRowsTest::rowsAreSortedByTheValueOfEachSortKey()
 {
     Keyed table({{10, "Monday", 300}, {9, "Friday", 100}, {100, "Sunday", 200}});
     FilteredRows rows;
@@ -197,7 +197,7 @@ void FilteredRowsTest::rowsAreFilteredAndSortedAgainWhenTheSourceChanges()
     QCOMPARE(rows.rowCount(), 0);
 }
 
-void FilteredRowsTest::changedCellsOfListedRowsAreSignalled()
+void FilteredRowsTest::aSignalReportsChangedCellsOfListedRows()
 {
     FixedTable table({{"x", 1}, {"b", 2}});
     FilteredRows rows;

@@ -115,8 +115,8 @@ private Q_SLOTS:
     void theBarIsHiddenUntilItsKeyIsPressed();
     void theFirstMatchOfTheTypedTextIsSelectedAndVisible_data() { addRows(); }
     void theFirstMatchOfTheTypedTextIsSelectedAndVisible();
-    void enterGoesToTheNextAndShiftEnterToThePreviousMatch_data() { addRows(); }
-    void enterGoesToTheNextAndShiftEnterToThePreviousMatch();
+    void enterGoesToTheNextMatchAndShiftEnterToThePreviousMatch_data() { addRows(); }
+    void enterGoesToTheNextMatchAndShiftEnterToThePreviousMatch();
     void keysInTheBarNeverReachTheDefaultButton_data() { addRows(); }
     void keysInTheBarNeverReachTheDefaultButton();
     void theButtonsAndF3GoToTheNextAndThePreviousMatch_data() { addRows(); }
@@ -159,7 +159,7 @@ void FindBarTest::theFirstMatchOfTheTypedTextIsSelectedAndVisible()
     QTRY_VERIFY(dialog.scrolled() > 0.4 && dialog.scrolled() < 0.6);
 }
 
-void FindBarTest::enterGoesToTheNextAndShiftEnterToThePreviousMatch()
+void FindBarTest::enterGoesToTheNextMatchAndShiftEnterToThePreviousMatch()
 {
     QFETCH(bool, inLabel);
     Searched dialog(inLabel);

@@ -12,11 +12,11 @@ class HAbstractTableModelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void forceSortColumnRediscoverySignalsOneReset();
+    void forceSortColumnRediscoveryResetsTheModelOnce();
     void aViewShowsTheChangedRowsAfterForceSortColumnRediscovery();
 };
 
-void HAbstractTableModelTest::forceSortColumnRediscoverySignalsOneReset()
+void HAbstractTableModelTest::forceSortColumnRediscoveryResetsTheModelOnce()
 {
     FixedTable model({{1, 2}});
     QStringList order;

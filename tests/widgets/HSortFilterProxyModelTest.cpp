@@ -75,10 +75,10 @@ private Q_SLOTS:
     void theFilterChangedFunctionAppliesTheFilterAgain();
     void theClearFunctionAppliesTheFilterAgain();
     void aProxyThatWasNeverSortedKeepsTheSourceOrder();
-    void aSourceModelThatIsSetThroughTheBaseClassIsAlsoUsed();
+    void aSourceModelCanBeSetThroughTheBaseClass();
     void aSourceThatIsNoHAbstractTableModelIsSortedByOneColumnOnly();
     void theFunctionsOfAProxyWithoutASourceModelDoNothing();
-    void aSourceModelThatWasDeletedIsNotUsed();
+    void aDeletedSourceModelIsIgnored();
 };
 
 void HSortFilterProxyModelTest::valuesOfEachTypeAreSortedByTheirValue_data()
@@ -291,7 +291,7 @@ void HSortFilterProxyModelTest::aProxyThatWasNeverSortedKeepsTheSourceOrder()
     QCOMPARE(column(proxy, 0), (QVariantList{3, 1, 2}));
 }
 
-void HSortFilterProxyModelTest::aSourceModelThatIsSetThroughTheBaseClassIsAlsoUsed()
+void HSortFilterProxyModelTest::aSourceModelCanBeSetThroughTheBaseClass()
 {
     FixedTable model({{1, "b"}, {1, "a"}});
     HSortFilterProxyModel proxy(1);
@@ -328,7 +328,7 @@ void HSortFilterProxyModelTest::theFunctionsOfAProxyWithoutASourceModelDoNothing
     QCOMPARE(proxy.filterRegExp().pattern(), QStringLiteral("a"));
 }
 
-void HSortFilterProxyModelTest::aSourceModelThatWasDeletedIsNotUsed()
+void HSortFilterProxyModelTest::aDeletedSourceModelIsIgnored()
 {
     HSortFilterProxyModel proxy(1);
     {

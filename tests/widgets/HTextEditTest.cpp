@@ -25,13 +25,13 @@ private Q_SLOTS:
     void theSizeHintComesFromTheBaseClassIfNoColumnsAndRowsAreSet();
     void theScreenLimitsTheSizeHint();
     void theSizeHintDependsOnTheFont();
-    void movingTheFocusOutOfTheEditSignalsEditingFinished();
-    void deactivatingTheWindowSignalsEditingFinished();
-    void openingAMenuDoesNotSignalEditingFinished();
-    void openingAMenuOfTheEditDoesNotSignalEditingFinished();
-    void deactivatingTheWindowSignalsEditingFinishedDespiteAnOpenMenu();
-    void openingTheContextMenuDoesNotSignalEditingFinished();
-    void editingFinishedIsSignalledBeforeTheFocusChanges();
+    void movingTheFocusOutOfTheEditEmitsEditingFinished();
+    void deactivatingTheWindowEmitsEditingFinished();
+    void openingAMenuDoesNotEmitEditingFinished();
+    void openingAMenuOfTheEditDoesNotEmitEditingFinished();
+    void deactivatingTheWindowEmitsEditingFinishedDespiteAnOpenMenu();
+    void openingTheContextMenuDoesNotEmitEditingFinished();
+    void editingFinishedIsEmittedBeforeTheFocusChanges();
     void appendedParagraphsHaveNoMargins();
     void eachAppendedTextIsOneParagraph();
     void homeAndEndKeysScrollToTheEndsOfAReadOnlyText();
@@ -88,7 +88,7 @@ void HTextEditTest::theSizeHintDependsOnTheFont()
                                     frame + 2 * metrics.lineSpacing()));
 }
 
-void HTextEditTest::movingTheFocusOutOfTheEditSignalsEditingFinished()
+void HTextEditTest::movingTheFocusOutOfTheEditEmitsEditingFinished()
 {
     QWidget window;
     QVBoxLayout* column = new QVBoxLayout(&window);
@@ -114,7 +114,7 @@ void HTextEditTest::movingTheFocusOutOfTheEditSignalsEditingFinished()
     QCOMPARE(ends.count(), 2);
 }
 
-void HTextEditTest::deactivatingTheWindowSignalsEditingFinished()
+void HTextEditTest::deactivatingTheWindowEmitsEditingFinished()
 {
     HTextEdit edit;
     edit.show();
@@ -127,7 +127,7 @@ void HTextEditTest::deactivatingTheWindowSignalsEditingFinished()
     QTRY_COMPARE(ends.count(), 1);
 }
 
-void HTextEditTest::openingAMenuDoesNotSignalEditingFinished()
+void HTextEditTest::openingAMenuDoesNotEmitEditingFinished()
 {
     QWidget window;
     QVBoxLayout* column = new QVBoxLayout(&window);
@@ -148,7 +148,7 @@ void HTextEditTest::openingAMenuDoesNotSignalEditingFinished()
     QCOMPARE(ends.count(), 0);
 }
 
-void HTextEditTest::openingAMenuOfTheEditDoesNotSignalEditingFinished()
+void HTextEditTest::openingAMenuOfTheEditDoesNotEmitEditingFinished()
 {
     HTextEdit edit;
     edit.show();
@@ -167,7 +167,7 @@ void HTextEditTest::openingAMenuOfTheEditDoesNotSignalEditingFinished()
     QCOMPARE(ends.count(), 1);
 }
 
-void HTextEditTest::deactivatingTheWindowSignalsEditingFinishedDespiteAnOpenMenu()
+void HTextEditTest::deactivatingTheWindowEmitsEditingFinishedDespiteAnOpenMenu()
 {
     QWidget window;
     QVBoxLayout* column = new QVBoxLayout(&window);
@@ -186,7 +186,7 @@ void HTextEditTest::deactivatingTheWindowSignalsEditingFinishedDespiteAnOpenMenu
     QCOMPARE(ends.count(), 1);
 }
 
-void HTextEditTest::openingTheContextMenuDoesNotSignalEditingFinished()
+void HTextEditTest::openingTheContextMenuDoesNotEmitEditingFinished()
 {
     HTextEdit edit;
     edit.resize(300, 200);
@@ -206,7 +206,7 @@ void HTextEditTest::openingTheContextMenuDoesNotSignalEditingFinished()
     QCOMPARE(ends.count(), 0);
 }
 
-void HTextEditTest::editingFinishedIsSignalledBeforeTheFocusChanges()
+void HTextEditTest::editingFinishedIsEmittedBeforeTheFocusChanges()
 {
     QWidget window;
     QVBoxLayout* column = new QVBoxLayout(&window);

@@ -76,7 +76,7 @@ private Q_SLOTS:
         QCOMPARE(threads.count(std::this_thread::get_id()), size_t(0));
     }
 
-    void theObjectCanBeDeletedInTheMiddleOfAComparison()
+    void theMatchingCanBeDeletedDuringAComparison()
     {
         struct State
         {

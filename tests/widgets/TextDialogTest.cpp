@@ -15,7 +15,7 @@ class TextDialogTest : public QObject
 private Q_SLOTS:
     void theDialogShowsItsTextAsPlainText();
     void theTextIsReadOnlyAndNotWrapped();
-    void tabMovesToTheButton();
+    void tabMovesTheFocusToTheButton();
     void theCloseButtonClosesTheDialog();
     void theDialogIsModal();
     void theTextHasSpaceFor24RowsOf80Columns();
@@ -47,7 +47,7 @@ void TextDialogTest::theTextIsReadOnlyAndNotWrapped()
     QCOMPARE(edit->wordWrapMode(), QTextOption::NoWrap);
 }
 
-void TextDialogTest::tabMovesToTheButton()
+void TextDialogTest::tabMovesTheFocusToTheButton()
 {
     TextDialog dialog;
     dialog.show();
