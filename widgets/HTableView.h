@@ -66,7 +66,7 @@ protected:
 
     // Returns the width of the column's widest cell in pixels, without the grid. Called only if the view has
     // a model. This implementation asks the delegate about every row. A view with very many rows can override
-    // it with a faster implementation.
+    // this function with a faster one.
     virtual int contentsWidthForColumn(int column) const;
 
 private Q_SLOTS:

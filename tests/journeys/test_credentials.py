@@ -83,7 +83,7 @@ class CredentialsTest(EditingTest):
         dialog.click_button(button)
 
     def check_secret(self, program):
-        """Check that no text that assistive programs can read contains the password."""
+        """Check that assistive programs can read no text with the password."""
         for text in editing.readable_texts(program):
             for secret in (PASSWORD, ENCODED_PASSWORD):
                 self.assertNotIn(secret, text or '')
