@@ -364,7 +364,7 @@ private Q_SLOTS:
         QCOMPARE(target->calls, QStringList("stdoutWrite x"));
     }
 
-    void yumIOCWorksAgainAfterARestartOfTheInterpreter()
+    void yumIOCCallsTheBackEndAgainAfterARestartOfTheInterpreter()
     {
         python.reset();
         target.reset();

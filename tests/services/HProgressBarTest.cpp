@@ -40,7 +40,7 @@ private Q_SLOTS:
     void placeMarkersInAnActivityAreShownUnchanged();
     void resetRemovesTheActivityAndTheValue();
     void setActivityPaintsTheBarAgain();
-    void aFrameOfTheBusyLookThatComesTooEarlyIsNotPainted();
+    void anEarlyFrameOfTheBusyAnimationIsNotPainted();
     void hoveringOverTheBarInAnActiveWindowRequestsATip();
     void theRequestForATipContainsThePosition();
     void hoveringOverTheBarInAnInactiveWindowRequestsNoTip();
@@ -99,7 +99,7 @@ void HProgressBarTest::setActivityPaintsTheBarAgain()
     QTRY_VERIFY(bar.paints > before);
 }
 
-void HProgressBarTest::aFrameOfTheBusyLookThatComesTooEarlyIsNotPainted()
+void HProgressBarTest::anEarlyFrameOfTheBusyAnimationIsNotPainted()
 {
     CountingBar bar;
     bar.setRange(0, 100);

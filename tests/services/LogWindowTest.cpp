@@ -65,7 +65,7 @@ private Q_SLOTS:
     void theWindowHasTheExpectedTextsAndRanges();
     void theLogWindowHasNoParent();
     void anOpenedWindowShowsAllEntriesAndIsScrolledToTheEnd();
-    void showFromScrollsToTheEntry();
+    void theShowFromFunctionScrollsToTheGivenEntry();
     void entriesAboveTheDetailLevelAreNotShown();
     void theDetailLevelAlsoAppliesToErrors();
     void detailLevelsAreComparedAsUnsignedNumbers();
@@ -73,7 +73,7 @@ private Q_SLOTS:
     void eachKindOfEntryHasTheExpectedColour_data();
     void eachKindOfEntryHasTheExpectedColour();
     void theColoursAreReadableOnADarkBackground();
-    void anActionIsShownAsAHeading();
+    void anEntryOfTheKindActionIsShownAsAHeading();
     void linesHaveNoSpaceBetweenThem();
     void markupIsShownAsPlainText();
     void blanksAndTabsInALineAreShownUnchanged();
@@ -224,7 +224,7 @@ void LogWindowTest::anOpenedWindowShowsAllEntriesAndIsScrolledToTheEnd()
     QCOMPARE(scrollBar->value(), scrollBar->maximum());
 }
 
-void LogWindowTest::showFromScrollsToTheEntry()
+void LogWindowTest::theShowFromFunctionScrollsToTheGivenEntry()
 {
     for (int i = 0; i < 200; ++i) {
         log(Log::Info, i % 2 == 0 ? 0 : 5, QString("line %1").arg(i));
@@ -339,7 +339,7 @@ void LogWindowTest::theColoursAreReadableOnADarkBackground()
     QVERIFY(colourOf(0) != QColor(Colors::action()));
 }
 
-void LogWindowTest::anActionIsShownAsAHeading()
+void LogWindowTest::anEntryOfTheKindActionIsShownAsAHeading()
 {
     log(Log::Action, 0, "Applying");
     log(Log::Info, 0, "text");

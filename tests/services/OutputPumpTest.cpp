@@ -140,7 +140,7 @@ private Q_SLOTS:
         pumped.pump.stop();
     }
 
-    void theOtherChannelStillWorksIfOneChannelIsClosed()
+    void oneChannelForwardsOutputEvenIfTheOtherChannelIsClosed()
     {
         Pumped pumped;
         QVERIFY(pumped.started);

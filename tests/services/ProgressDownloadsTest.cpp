@@ -18,13 +18,13 @@ class ProgressDownloadsTest : public ShownBars
 private Q_SLOTS:
     void theValueOfTheItemBarIsTheSumOfAllDownloads();
     void downloadsMoveTheTotalBarByAllTheirActsExceptTheLast();
-    void theActivityIsTheNameOfTheDownloadIfThereIsOnlyOne();
+    void theActivityIsTheNameOfTheDownloadIfOnlyOneDownloadRuns();
     void aRetryOfADownloadSubtractsItsValueFromTheSum();
     void aRetryOfADownloadNeverMakesTheSumNegative();
     void aReportWithAnIndexBeyondTheDownloadsIsIgnored();
     void resetRemovesTheDownloads();
-    void reportsAboutDownloadsQueueAtMostOneEventAtATime();
-    void hoveringShowsNoTipIfThereAreNoDownloads();
+    void atMostOneEventIsQueuedForReportsAboutDownloads();
+    void hoveringShowsNoTipIfNoDownloadRuns();
     void hoveringOverTheItemBarShowsATipWithTheDownloads();
     void theTipShowsTheStateOfEachDownload();
     void theTipShowsDownloadNamesAsPlainText();
@@ -72,7 +72,7 @@ void ProgressDownloadsTest::downloadsMoveTheTotalBarByAllTheirActsExceptTheLast(
     QCOMPARE(total->value(), 80);
 }
 
-void ProgressDownloadsTest::theActivityIsTheNameOfTheDownloadIfThereIsOnlyOne()
+void ProgressDownloadsTest::theActivityIsTheNameOfTheDownloadIfOnlyOneDownloadRuns()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -155,7 +155,7 @@ void ProgressDownloadsTest::resetRemovesTheDownloads()
     QCOMPARE(total->value(), 0);
 }
 
-void ProgressDownloadsTest::reportsAboutDownloadsQueueAtMostOneEventAtATime()
+void ProgressDownloadsTest::atMostOneEventIsQueuedForReportsAboutDownloads()
 {
     const unsigned int count = 3000;
     int reports = 0;
@@ -198,7 +198,7 @@ void ProgressDownloadsTest::reportsAboutDownloadsQueueAtMostOneEventAtATime()
     QVERIFY(currentTip() == nullptr);
 }
 
-void ProgressDownloadsTest::hoveringShowsNoTipIfThereAreNoDownloads()
+void ProgressDownloadsTest::hoveringShowsNoTipIfNoDownloadRuns()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 100);

@@ -23,7 +23,7 @@ private Q_SLOTS:
     void aTotalValueWithinTheIntervalAfterAnItemValueIsNotSent();
     void aChangeOfTheActivityProcessesPendingEvents();
     void reportsOfAWorkerAreDeliveredInOrder();
-    void progressUserSetsThePointerAndClearsItInTheDestructor();
+    void aProgressUserObjectSetsThePointerAndClearsItInItsDestructor();
 };
 
 void ProgressReportsTest::aSecondItemValueWithinTheIntervalIsStoredButNotSent()
@@ -250,7 +250,7 @@ void ProgressReportsTest::reportsOfAWorkerAreDeliveredInOrder()
     disconnect(item, nullptr, this, nullptr);
 }
 
-void ProgressReportsTest::progressUserSetsThePointerAndClearsItInTheDestructor()
+void ProgressReportsTest::aProgressUserObjectSetsThePointerAndClearsItInItsDestructor()
 {
     Progress::Object* slot = nullptr;
     QPointer<Progress::Object> object;

@@ -11,9 +11,9 @@ class ProgressStepsTest : public ShownBars
     Q_OBJECT
 
 private Q_SLOTS:
-    void theTypesOfTheSignalsAreRegisteredUnderTheirNames();
-    void aCopyOfAThreadsStateIsIndependentOfTheOriginal();
-    void theBarsAreIdleBeforeAndAfterTheLifeOfAProgress();
+    void theArgumentTypesOfTheSignalsAreRegisteredUnderTheirNames();
+    void aCopyOfTheDownloadStatesIsIndependentOfTheOriginal();
+    void theBarsAreIdleBeforeAndAfterTheLifeOfAProgressObject();
     void startTotalEnablesOnlyTheTotalBar();
     void startItemUsesTheNextPartOfTheTotalBar();
     void changeItemActivityChangesOnlyTheText();
@@ -21,7 +21,7 @@ private Q_SLOTS:
     void changeTotalDoesNotChangeASmallerValue();
     void theActsTogetherFillExactlyThePartOfTheItem();
     void oneStepOfTheItemBarCanUseSeveralActs();
-    void anActWithMoreStepsThanRemainEndsWithTheLastAct();
+    void anActWithTooManyStepsFillsOnlyTheRemainingPart();
     void anItemWithoutActsFillsItsWholePartOfTheTotal();
     void endItemActsMovesTheTotalBarToTheEndOfAllActs();
     void theTotalBarMovesToTheNewShareIfTheNumberOfActsChanges();
@@ -34,7 +34,7 @@ private Q_SLOTS:
     void theValuesAreNotScaledIfAMaximumIsWithinTheRangeOfABar();
 };
 
-void ProgressStepsTest::theTypesOfTheSignalsAreRegisteredUnderTheirNames()
+void ProgressStepsTest::theArgumentTypesOfTheSignalsAreRegisteredUnderTheirNames()
 {
     Progress::Object progress(total, item);
     QCOMPARE(QMetaType::type("Steps"), static_cast<int>(QMetaType::ULongLong));
@@ -42,7 +42,7 @@ void ProgressStepsTest::theTypesOfTheSignalsAreRegisteredUnderTheirNames()
     QCOMPARE(sizeof(Steps), static_cast<size_t>(8));
 }
 
-void ProgressStepsTest::aCopyOfAThreadsStateIsIndependentOfTheOriginal()
+void ProgressStepsTest::aCopyOfTheDownloadStatesIsIndependentOfTheOriginal()
 {
     const Progress::ThreadState fresh;
     QVERIFY(fresh.name.isEmpty());
@@ -82,7 +82,7 @@ void ProgressStepsTest::aCopyOfAThreadsStateIsIndependentOfTheOriginal()
     QCOMPARE(emptyCopy.count(), 0u);
 }
 
-void ProgressStepsTest::theBarsAreIdleBeforeAndAfterTheLifeOfAProgress()
+void ProgressStepsTest::theBarsAreIdleBeforeAndAfterTheLifeOfAProgressObject()
 {
     const auto idle = [](HProgressBar* bar) {
         return bar->minimum() == 0 && bar->maximum() == 1 && bar->value() == -1 && bar->text().isEmpty() &&
@@ -254,7 +254,7 @@ void ProgressStepsTest::theValuesAreNotScaledIfAMaximumIsWithinTheRangeOfABar()
     QCOMPARE(item->maximum(), int(largest));
 }
 
-void ProgressStepsTest::anActWithMoreStepsThanRemainEndsWithTheLastAct()
+void ProgressStepsTest::anActWithTooManyStepsFillsOnlyTheRemainingPart()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);

@@ -79,7 +79,7 @@ private Q_SLOTS:
     void navigationKeysScrollTheTextEvenIfAButtonHasTheFocus();
     void theNoticeAndTheSummaryAreVisibleEvenIfTheTextIsLong();
     void theUserCanSelectAndCopyTheText();
-    void enterFindsTextAndDoesNotAcceptIfTheFindFieldHasTheFocus();
+    void enterInTheFindFieldFindsTextAndDoesNotAcceptTheDialog();
 };
 
 void ScrollableDialogsTest::theConfirmDialogHasTwoCentredButtons()
@@ -389,7 +389,7 @@ void ScrollableDialogsTest::theUserCanSelectAndCopyTheText()
     QTRY_COMPARE(QGuiApplication::clipboard()->text(), QString("Traceback: line 17"));
 }
 
-void ScrollableDialogsTest::enterFindsTextAndDoesNotAcceptIfTheFindFieldHasTheFocus()
+void ScrollableDialogsTest::enterInTheFindFieldFindsTextAndDoesNotAcceptTheDialog()
 {
     ScrollableConfirmDialog dialog(longText(), "OK", "Cancel", nullptr);
     dialog.show();

@@ -175,11 +175,11 @@ private Q_SLOTS:
     void theOutputIsNotRedirectedIfPipesCannotBeCreated_data();
     void theOutputIsNotRedirectedIfPipesCannotBeCreated();
     void aDescriptorThatCannotBeSavedIsNotReplaced();
-    void aDescriptorKeepsItsFileIfItCannotBeReplaced_data();
-    void aDescriptorKeepsItsFileIfItCannotBeReplaced();
+    void aDescriptorThatCannotBeReplacedKeepsItsFile_data();
+    void aDescriptorThatCannotBeReplacedKeepsItsFile();
     void aDescriptorThatCannotBeRestoredIsReportedAndReadingContinues_data();
     void aDescriptorThatCannotBeRestoredIsReportedAndReadingContinues();
-    void thePointerRefersToTheOuterCapturersAgainWhenANestedUserEnds();
+    void deletingANestedUserObjectRestoresThePointerToTheOuterCapturers();
 
 private:
     struct stat originalStdout;
@@ -596,14 +596,14 @@ void YumIOCapturersTest::aDescriptorThatCannotBeSavedIsNotReplaced()
     QCOMPARE(after, before);
 }
 
-void YumIOCapturersTest::aDescriptorKeepsItsFileIfItCannotBeReplaced_data()
+void YumIOCapturersTest::aDescriptorThatCannotBeReplacedKeepsItsFile_data()
 {
     QTest::addColumn<int>("descriptor");
     QTest::newRow("standard output") << STDOUT_FILENO;
     QTest::newRow("standard error") << STDERR_FILENO;
 }
 
-void YumIOCapturersTest::aDescriptorKeepsItsFileIfItCannotBeReplaced()
+void YumIOCapturersTest::aDescriptorThatCannotBeReplacedKeepsItsFile()
 {
     QFETCH(int, descriptor);
     Receiver receiver;
@@ -693,7 +693,7 @@ void YumIOCapturersTest::aDescriptorThatCannotBeRestoredIsReportedAndReadingCont
     QVERIFY(!stderrRestored);
 }
 
-void YumIOCapturersTest::thePointerRefersToTheOuterCapturersAgainWhenANestedUserEnds()
+void YumIOCapturersTest::deletingANestedUserObjectRestoresThePointerToTheOuterCapturers()
 {
     Receiver receiver;
     YumIOCapturers* slot = nullptr;

@@ -94,7 +94,7 @@ private Q_SLOTS:
     void theConfirmFunctionReturnsTheAnswerOfThePressedButton();
     void theDefaultButtonOfAConfirmationCanReject_data();
     void theDefaultButtonOfAConfirmationCanReject();
-    void closingAConfirmationByTheWindowButtonRejects();
+    void closingAConfirmationWithTheWindowButtonRejectsIt();
     void aMessageBoxReturnsTheNumberOfThePressedButton_data();
     void aMessageBoxReturnsTheNumberOfThePressedButton();
     void enterPressesTheDefaultButton();
@@ -111,7 +111,7 @@ private Q_SLOTS:
     void aWarningWithADefaultButtonIgnoresKeysAtFirst();
     void oneYumIODialogsObjectServesSeveralRequests();
     void theMainWindowRespondsWhileAWorkerWaitsForADialog();
-    void thePointerRefersToTheOuterDialogsAgainWhenANestedUserEnds();
+    void deletingANestedUserObjectRestoresThePointerToTheOuterDialogs();
 
 private:
     // Runs the request on a worker, lets act() handle the dialog, and returns the answer.
@@ -207,7 +207,7 @@ void YumIODialogsTest::theDefaultButtonOfAConfirmationCanReject()
     QCOMPARE(result, rejectIsDefault ? 0 : 1);
 }
 
-void YumIODialogsTest::closingAConfirmationByTheWindowButtonRejects()
+void YumIODialogsTest::closingAConfirmationWithTheWindowButtonRejectsIt()
 {
     const int result =
         run([](YumIODialogs& dialogs) { return dialogs.confirm("Confirm", "Install", "Yes", "No"); },
@@ -528,7 +528,7 @@ void YumIODialogsTest::theMainWindowRespondsWhileAWorkerWaitsForADialog()
     QVERIFY(ticks >= 5);
 }
 
-void YumIODialogsTest::thePointerRefersToTheOuterDialogsAgainWhenANestedUserEnds()
+void YumIODialogsTest::deletingANestedUserObjectRestoresThePointerToTheOuterDialogs()
 {
     YumIODialogs base(mainWindow.get());
     YumIODialogs* slot = &base;
