@@ -31,7 +31,7 @@ private Q_SLOTS:
     void theMenuOffersEveryActionThatSomeSelectedRowPermits();
     void anActionIsSetOnlyInSelectedRowsThatPermitIt_data();
     void anActionIsSetOnlyInSelectedRowsThatPermitIt();
-    void theSelectedRowsGetTheActionInsteadOfTheClickedRow();
+    void theSelectedRowsAndNotTheClickedRowGetTheAction();
     void aRightClickOnAnUnselectedRowSelectsThisRow();
     void anActionCanBeChosenWithTheMouse();
     void escapeClosesTheMenuWithoutAnAction();
@@ -39,7 +39,7 @@ private Q_SLOTS:
     void allSelectedRowsGetTheActionEvenIfTheTableIsSortedByAction();
     void theMenuOffersToLockUnlockedRowsAndToUnlockLockedRows_data();
     void theMenuOffersToLockUnlockedRowsAndToUnlockLockedRows();
-    void theLockEntrySignalsTheRowsToLock();
+    void theLockEntryEmitsASignalWithTheRows();
     void theUnlockEntryAppliesOnlyToTheLockedRowsInTheSelection();
     void theLockEntriesAreDisabledWithTheReasonIfTheUserCannotWriteLocks();
 
@@ -207,7 +207,7 @@ void ActionContextMenuTest::anActionIsSetOnlyInSelectedRowsThatPermitIt()
     QCOMPARE(set.keys(), changedRows);
 }
 
-void ActionContextMenuTest::theSelectedRowsGetTheActionInsteadOfTheClickedRow()
+void ActionContextMenuTest::theSelectedRowsAndNotTheClickedRowGetTheAction()
 {
     shown->select({"editor", "office"});
     QCOMPARE(choose("shell", Qt::Key_I), (QStringList{"&Install", "&No Action"}));
@@ -294,7 +294,7 @@ void ActionContextMenuTest::theMenuOffersToLockUnlockedRowsAndToUnlockLockedRows
     QCOMPARE(chosen.count(), 0);
 }
 
-void ActionContextMenuTest::theLockEntrySignalsTheRowsToLock()
+void ActionContextMenuTest::theLockEntryEmitsASignalWithTheRows()
 {
     table->standIn.setVersionLocks({});
     table->collectUsual();

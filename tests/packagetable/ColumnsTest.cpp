@@ -32,7 +32,7 @@ class ColumnsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void eachColumnHasItsOwnNumberTitleAndToolTip()
+    void noTwoColumnsHaveTheSameNumberOrTitleOrToolTip()
     {
         QSet<QString> titles;
         for (int column = 0; column < ColumnCount; ++column) {
@@ -59,7 +59,7 @@ private Q_SLOTS:
         }
     }
 
-    void aColumnOfPicturesHasWordsButShowsNoText()
+    void aColumnOfPicturesHasAWordForEachPictureButShowsNoText()
     {
         QCOMPARE(words(ActionColumn), (QStringList{"Update", "Install", "Remove", "No Action"}));
         QCOMPARE(words(StateColumn), (QStringList{"Out-of-date", "Not Installed", "Up-to-date"}));

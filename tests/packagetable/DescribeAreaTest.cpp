@@ -29,7 +29,7 @@ private Q_SLOTS:
     void closingTheDescriptionEndsTheWaitForALock();
     void theTitlesShowAPackageNameWithPercentSignsUnchanged();
     void anEmptyFileListIsShownIfAPackageHasNoFiles();
-    void theShowButtonsSayThatExtraDataMustBeLoaded();
+    void theButtonsForListsSayThatExtraDataMustBeLoaded();
     void theFileListsAreLoadedOnlyOnce();
     void theDialogCannotBeClosedWhileFileListsAreLoaded();
     void theButtonsInTheAreasDoNothingWhileFileListsAreLoaded();
@@ -355,7 +355,7 @@ void DescribeAreaTest::anEmptyFileListIsShownIfAPackageHasNoFiles()
     });
 }
 
-void DescribeAreaTest::theShowButtonsSayThatExtraDataMustBeLoaded()
+void DescribeAreaTest::theButtonsForListsSayThatExtraDataMustBeLoaded()
 {
     table->collectUsual();
     setLoaded(false, false);

@@ -55,16 +55,16 @@ private Q_SLOTS:
     void theToolTipOfTheStateColumnNamesTheState();
     void theToolTipOfTheStateColumnNamesTheVersionLock();
     void theToolTipOfTheStateColumnNamesTheAdvisories();
-    void setUpdatesMarksOnlyUpdatableRecords();
+    void theSetUpdatesFunctionMarksOnlyUpdatableRecords();
     void anExcludedPackageCannotBeMarked();
     void theToolTipOfTheKindColumnNamesTheKind();
     void theToolTipOfTheVersionColumnListsAllVersions();
-    void cellsOfTheOtherColumnsHaveNoToolTip();
+    void cellsHaveNoToolTipIfTheirColumnDefinesNone();
     void theTextColourDependsOnTheState_data();
     void theTextColourDependsOnTheState();
     void theTextColoursDependOnTheBackground();
     void theActionAndStateColumnsHaveNoColour();
-    void theUserRoleReturnsTheSortKeyOrElseTheRecord();
+    void qtUserRoleReturnsTheSortKeyOrElseTheRecord();
     void theCellsHaveNoDataForUnsupportedRoles();
     void theModelHasNoDataForAnIndexOutsideTheTable();
     void aStarAlsoMarksTheVersionOfAnAvailablePackage();
@@ -73,13 +73,13 @@ private Q_SLOTS:
     void setActionWithAnIndexOutsideTheTableStoresNothing();
     void togglingAnActionSelectsTheNextPermittedAction_data();
     void togglingAnActionSelectsTheNextPermittedAction();
-    void setSelectedMarksRowsForInstallationOrUpdate();
+    void theSetSelectedFunctionMarksRowsForInstallationOrUpdate();
     void setSelectedDoesNotMarkReplacedOrReplacingPackages();
     void setSelectedDoesNotChangeTheMarksOfInstalledPackages();
     void clearingTheActionsRemovesAllMarks();
     void aResetOfTheModelNotifiesTheViews();
-    void describingARowThatDoesNotExistOpensNoDialog();
-    void theSameDialogDescribesEveryRow();
+    void describingAMissingRowOpensNoDialog();
+    void oneDialogDescribesAllRows();
     void aModelWithoutABackEndHasNoRows();
 
 private:
@@ -334,7 +334,7 @@ void ModelTest::theToolTipOfTheStateColumnNamesTheAdvisories()
     QCOMPARE(data("other", 1, Qt::ToolTipRole).toString(), update);
 }
 
-void ModelTest::setUpdatesMarksOnlyUpdatableRecords()
+void ModelTest::theSetUpdatesFunctionMarksOnlyUpdatableRecords()
 {
     QSignalSpy dataChanged(model.get(), SIGNAL(dataChanged(const QModelIndex&, const QModelIndex&)));
     model->setUpdates({&table->entry("tool"), &table->entry("shell"), &table->entry("editor")});
@@ -389,7 +389,7 @@ void ModelTest::theToolTipOfTheVersionColumnListsAllVersions()
              QVariant(QStringLiteral("Available: 2-1\nInstalled: 0.5-1\nInstalled: 1-1")));
 }
 
-void ModelTest::cellsOfTheOtherColumnsHaveNoToolTip()
+void ModelTest::cellsHaveNoToolTipIfTheirColumnDefinesNone()
 {
     const QVector<int> others = columns([](const Columns::Row& row) { return row.cellToolTip == nullptr; });
     QVERIFY(others.contains(NameColumn));
@@ -452,7 +452,7 @@ void ModelTest::theActionAndStateColumnsHaveNoColour()
     }
 }
 
-void ModelTest::theUserRoleReturnsTheSortKeyOrElseTheRecord()
+void ModelTest::qtUserRoleReturnsTheSortKeyOrElseTheRecord()
 {
     table->entry("editor").action = Package::Install;
     QCOMPARE(data("editor", 0, Qt::UserRole), QVariant(1));
@@ -578,7 +578,7 @@ void ModelTest::togglingAnActionSelectsTheNextPermittedAction()
     QCOMPARE(changed(spy), QStringList{name});
 }
 
-void ModelTest::setSelectedMarksRowsForInstallationOrUpdate()
+void ModelTest::theSetSelectedFunctionMarksRowsForInstallationOrUpdate()
 {
     table->entry("tool").action = Package::Remove;
     QSignalSpy spy(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
@@ -653,7 +653,7 @@ void ModelTest::aResetOfTheModelNotifiesTheViews()
     QCOMPARE(after.count(), 1);
 }
 
-void ModelTest::describingARowThatDoesNotExistOpensNoDialog()
+void ModelTest::describingAMissingRowOpensNoDialog()
 {
     QWidget window;
     // For an invalid index, no dialog opens, so these functions return at once.
@@ -662,7 +662,7 @@ void ModelTest::describingARowThatDoesNotExistOpensNoDialog()
     QVERIFY(window.findChildren<QDialog*>().isEmpty());
 }
 
-void ModelTest::theSameDialogDescribesEveryRow()
+void ModelTest::oneDialogDescribesAllRows()
 {
     QWidget window;
     QList<QDialog*> dialogs;

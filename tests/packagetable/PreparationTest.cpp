@@ -38,7 +38,7 @@ private Q_SLOTS:
     void thePreparedOrderIsTheOrderOfTheTable();
     void thePreparedTextOfARowContainsTheVisibleTextsOfItsCells();
     void eachTextColumnHasARowWithItsWidestText();
-    void withoutRecordsNothingIsPrepared();
+    void nothingIsPreparedIfTheTableHasNoRecords();
 
 private:
     std::unique_ptr<Preparation> prepared(int column, Qt::SortOrder order)
@@ -125,7 +125,7 @@ void PreparationTest::eachTextColumnHasARowWithItsWidestText()
     }
 }
 
-void PreparationTest::withoutRecordsNothingIsPrepared()
+void PreparationTest::nothingIsPreparedIfTheTableHasNoRecords()
 {
     table->collect({}, {}, {});
     const auto preparation = prepared(NameColumn, Qt::AscendingOrder);

@@ -38,7 +38,7 @@ private Q_SLOTS:
     void theStateFilterListsOnlyRecordsInTheChosenState();
     void onlyOneOfTwoArchitecturesIsListedIfDuplicatesAreDisabled();
     void excludedGroupsAreNotListedEvenIfTheExpressionMatches();
-    void theFiltersThatTheConstructorGetsAreApplied();
+    void filtersGivenToTheConstructorAreApplied();
     void anExpressionOfWildcardsAloneListsEveryRow_data();
     void anExpressionOfWildcardsAloneListsEveryRow();
     void wildcardsAroundAnExpressionAreIgnored_data();
@@ -57,13 +57,13 @@ private Q_SLOTS:
     void theSearchMatchesEachListOfAGroup();
     void theSearchDoesNotMatchAcrossFields();
     void theExpressionInFilterModeMatchesOnlyVisibleTexts();
-    void theProxyKnowsWhetherOnlyTheCaseDiffers();
-    void theSearchKnowsWhetherOnlyTheCaseDiffers();
-    void aMatchingRecordIsListedOnlyIfTheOtherFiltersAlsoAcceptIt();
+    void aFilterWithoutMatchesReportsWhetherOnlyTheLetterCaseDiffers();
+    void aSearchWithoutMatchesReportsWhetherOnlyTheLetterCaseDiffers();
+    void aMatchingRecordIsListedOnlyIfAllFiltersAcceptTheRecord();
     void theSearchReadsNoFieldsOfARecordAfterTheFirstMatch();
     void preparedAndUnpreparedComparisonsListTheSameRecords_data();
     void preparedAndUnpreparedComparisonsListTheSameRecords();
-    void aPreparedComparisonIsUsedWithAnyStateFilter();
+    void preparedComparisonsAreValidForEveryStateFilter();
     void theProxyDoesNotCompareAPreparedRecordAgain();
     void aResetOfTheModelDiscardsPreparedResults();
     void anExpressionWithABackReferenceCannotBePreparedQuickly();
@@ -84,16 +84,16 @@ private Q_SLOTS:
     void rowsWithASortKeyAreOrderedByThisKey_data();
     void rowsWithASortKeyAreOrderedByThisKey();
     void anInvalidIndexIsSortedBeforeEveryRow();
-    void setUpdateListedMarksTheListedUpdates();
+    void theSetUpdateListedFunctionMarksTheListedUpdates();
     void setUpdateListedDoesNotMarkReplacedPackages();
     void setUpdateListedDoesNotMarkUnlistedUpdates();
     void sortingByActionUsesActionsThatWereSetWhileAnotherColumnWasSorted();
     void theNextFilterChangeSortsTheTableAfterListedUpdatesWereMarked();
     void theTableIsSortedOnceAtTheEndOfASortPause();
     void aSortPauseHasNoEffectIfTheTableIsNotSortedByAction();
-    void anOrderThatAWorkerHasPreparedIsUsedAtTheNextResetOfTheModel();
-    void anOrderThatWasPreparedForAnotherSettingIsIgnored_data();
-    void anOrderThatWasPreparedForAnotherSettingIsIgnored();
+    void theNextResetOfTheModelUsesTheOrderThatAWorkerHasPrepared();
+    void aPreparedOrderIsIgnoredIfTheRecordsOrTheSortOrderHaveChanged_data();
+    void aPreparedOrderIsIgnoredIfTheRecordsOrTheSortOrderHaveChanged();
 
 private:
     void readTexts()
@@ -192,7 +192,7 @@ void SortFilterProxyModelTest::excludedGroupsAreNotListedEvenIfTheExpressionMatc
     QCOMPARE(listed("Games"), QStringList{"Games"});
 }
 
-void SortFilterProxyModelTest::theFiltersThatTheConstructorGetsAreApplied()
+void SortFilterProxyModelTest::filtersGivenToTheConstructorAreApplied()
 {
     SortFilterProxyModel strict(ViewInstallable, false, false, &table->yumIO);
     strict.setSourceModel(model.get());
@@ -405,7 +405,7 @@ void SortFilterProxyModelTest::theSearchDoesNotMatchAcrossFields()
     QCOMPARE(listed("^noarch$"), QStringList{"editor"});
 }
 
-void SortFilterProxyModelTest::theProxyKnowsWhetherOnlyTheCaseDiffers()
+void SortFilterProxyModelTest::aFilterWithoutMatchesReportsWhetherOnlyTheLetterCaseDiffers()
 {
     for (const char* expression : {"SHELL", "^Shell .*NOARCH|^Shell ", "S[A-Z]ELL"}) {
         QCOMPARE(listed(expression), QStringList());
@@ -423,7 +423,7 @@ void SortFilterProxyModelTest::theProxyKnowsWhetherOnlyTheCaseDiffers()
     QVERIFY(proxy->matchesIgnoringCase());
 }
 
-void SortFilterProxyModelTest::theSearchKnowsWhetherOnlyTheCaseDiffers()
+void SortFilterProxyModelTest::aSearchWithoutMatchesReportsWhetherOnlyTheLetterCaseDiffers()
 {
     proxy->setMode(Search);
     readTexts();
@@ -448,7 +448,7 @@ void SortFilterProxyModelTest::theExpressionInFilterModeMatchesOnlyVisibleTexts(
     QCOMPARE(sortedNames(*proxy), QStringList());
 }
 
-void SortFilterProxyModelTest::aMatchingRecordIsListedOnlyIfTheOtherFiltersAlsoAcceptIt()
+void SortFilterProxyModelTest::aMatchingRecordIsListedOnlyIfAllFiltersAcceptTheRecord()
 {
     for (const Mode mode : {Filter, Search}) {
         proxy->setMode(mode);
@@ -518,7 +518,7 @@ void SortFilterProxyModelTest::preparedAndUnpreparedComparisonsListTheSameRecord
     }
 }
 
-void SortFilterProxyModelTest::aPreparedComparisonIsUsedWithAnyStateFilter()
+void SortFilterProxyModelTest::preparedComparisonsAreValidForEveryStateFilter()
 {
     proxy->setMode(Search);
     readTexts();
@@ -857,7 +857,7 @@ void SortFilterProxyModelTest::anInvalidIndexIsSortedBeforeEveryRow()
     QVERIFY(proxy->lessThan(QModelIndex(), model->index(0, NameColumn)));
 }
 
-void SortFilterProxyModelTest::setUpdateListedMarksTheListedUpdates()
+void SortFilterProxyModelTest::theSetUpdateListedFunctionMarksTheListedUpdates()
 {
     proxy->sort(NameColumn);
     table->entry("many").action = Package::Remove;
@@ -920,7 +920,7 @@ void SortFilterProxyModelTest::theNextFilterChangeSortsTheTableAfterListedUpdate
     QCOMPARE(names(*proxy).mid(0, 3), (QStringList{"many", "tool", "editor"}));
 }
 
-void SortFilterProxyModelTest::anOrderThatAWorkerHasPreparedIsUsedAtTheNextResetOfTheModel()
+void SortFilterProxyModelTest::theNextResetOfTheModelUsesTheOrderThatAWorkerHasPrepared()
 {
     proxy->sort(NameColumn);
     const QStringList before = names(*proxy);
@@ -940,7 +940,7 @@ void SortFilterProxyModelTest::anOrderThatAWorkerHasPreparedIsUsedAtTheNextReset
     QCOMPARE(names(*proxy), before);
 }
 
-void SortFilterProxyModelTest::anOrderThatWasPreparedForAnotherSettingIsIgnored_data()
+void SortFilterProxyModelTest::aPreparedOrderIsIgnoredIfTheRecordsOrTheSortOrderHaveChanged_data()
 {
     QTest::addColumn<int>("more");
     QTest::addColumn<int>("column");
@@ -950,7 +950,7 @@ void SortFilterProxyModelTest::anOrderThatWasPreparedForAnotherSettingIsIgnored_
     QTest::addRow("for descending order") << 0 << int(NameColumn) << Qt::DescendingOrder;
 }
 
-void SortFilterProxyModelTest::anOrderThatWasPreparedForAnotherSettingIsIgnored()
+void SortFilterProxyModelTest::aPreparedOrderIsIgnoredIfTheRecordsOrTheSortOrderHaveChanged()
 {
     QFETCH(int, more);
     QFETCH(int, column);

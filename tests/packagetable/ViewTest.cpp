@@ -41,7 +41,7 @@ private Q_SLOTS:
     void theViewSelectsWholeRowsAndShowsNoGrid();
     void theTextColoursAreReadableInADarkPalette();
     void theSizeHintHasSpaceForAtLeastTenRows();
-    void theSizeHintHasSpaceForElevenRowsIfTheTableHasThem();
+    void theSizeHintHasSpaceForElevenRowsIfTheTableHasElevenRows();
     void theTableIsSortedByKindAtFirst();
     void aSecondClickOnAHeaderReversesTheSortOrder();
     void aClickOnTheHeaderOfTheSortedColumnReversesTheOrder();
@@ -51,10 +51,10 @@ private Q_SLOTS:
     void clickingOtherColumnsSetsNoAction();
     void aClickWithTheRightButtonSetsNoAction();
     void clicksInAMovedActionColumnStillSetActions();
-    void theViewSignalsAChangeOfTheCurrentRow();
-    void theViewSignalsNoChangeIfOnlyTheCurrentColumnChanges();
+    void aSignalReportsAChangeOfTheCurrentRow();
+    void noSignalIsEmittedIfOnlyTheCurrentColumnChanges();
     void aSignalReportsMinusOneIfTheCurrentRowIsFilteredOut();
-    void selectedRowsReturnsIndexesOfTheSourceModel();
+    void theSelectedRowsFunctionReturnsIndexesOfTheSourceModel();
     void theSpaceKeySelectsTheNextActionOfTheCurrentRow();
     void theTabKeyMovesTheFocusOutOfTheTable();
     void textsInADisabledViewHaveTheColoursOfDisabledText();
@@ -73,7 +73,7 @@ private Q_SLOTS:
     void aRightClickBelowTheRowsOpensTheOtherContextMenu();
     void aRightClickOnTheHeaderOpensNoMenu();
     void theMenuKeyOpensTheMenuOfTheCurrentCell();
-    void theDescribeSlotDescribesTheCurrentRow();
+    void theDescribeFunctionDescribesTheCurrentRow();
     void theEnterKeyDescribesTheCurrentRow();
     void aDoubleClickDescribesTheRow();
     void eachOfSeveralQuickClicksOnAnActionCellChangesTheAction_data();
@@ -154,7 +154,7 @@ void ViewTest::theSizeHintHasSpaceForAtLeastTenRows()
     QCOMPARE(fresh.sizeHint().height(), 2 * fresh.frameWidth() + header + 10 * fresh.rowHeight(0));
 }
 
-void ViewTest::theSizeHintHasSpaceForElevenRowsIfTheTableHasThem()
+void ViewTest::theSizeHintHasSpaceForElevenRowsIfTheTableHasElevenRows()
 {
     QCOMPARE(shown->proxy.rowCount(), 11);
     View fresh(&shown->model, &shown->proxy);
@@ -287,7 +287,7 @@ void ViewTest::clicksInAMovedActionColumnStillSetActions()
     QCOMPARE(table->entry("tool").action, Package::Update);
 }
 
-void ViewTest::theViewSignalsAChangeOfTheCurrentRow()
+void ViewTest::aSignalReportsAChangeOfTheCurrentRow()
 {
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
     shown->click("office", NameColumn);
@@ -299,7 +299,7 @@ void ViewTest::theViewSignalsAChangeOfTheCurrentRow()
     QCOMPARE(spy.count(), 3);
 }
 
-void ViewTest::theViewSignalsNoChangeIfOnlyTheCurrentColumnChanges()
+void ViewTest::noSignalIsEmittedIfOnlyTheCurrentColumnChanges()
 {
     shown->click("office", NameColumn);
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
@@ -328,7 +328,7 @@ void ViewTest::aSignalReportsMinusOneIfTheCurrentRowIsFilteredOut()
     QCOMPARE(spy.value(0), (QList<QVariant>{table->row("tool"), -1}));
 }
 
-void ViewTest::selectedRowsReturnsIndexesOfTheSourceModel()
+void ViewTest::theSelectedRowsFunctionReturnsIndexesOfTheSourceModel()
 {
     QCOMPARE(view->selectedRows(), QModelIndexList());
     shown->select({"tool", "editor"});
@@ -647,7 +647,7 @@ void ViewTest::theMenuKeyOpensTheMenuOfTheCurrentCell()
     QCOMPARE(table->entry("shell").action, Package::None);
 }
 
-void ViewTest::theDescribeSlotDescribesTheCurrentRow()
+void ViewTest::theDescribeFunctionDescribesTheCurrentRow()
 {
     view->describe(); // no row is current, so no dialog opens, and the function returns at once
     QVERIFY(view->findChildren<QDialog*>().isEmpty());

@@ -37,13 +37,13 @@ class WidthEstimateTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void theWidestTextIsAmongTheFoundRows();
+    void theFoundRowsIncludeTheRowWithTheWidestText();
     void equalTextsAreFoundOnlyOnce();
-    void textsWithOtherLettersThanAsciiAreAllFound();
+    void allTextsWithLettersBeyondAsciiAreFound();
     void anEmptyTextHasNoWidth();
 };
 
-void WidthEstimateTest::theWidestTextIsAmongTheFoundRows()
+void WidthEstimateTest::theFoundRowsIncludeTheRowWithTheWidestText()
 {
     QRandomGenerator random(7); // always the same texts
     for (int round = 0; round < 50; ++round) {
@@ -72,7 +72,7 @@ void WidthEstimateTest::equalTextsAreFoundOnlyOnce()
     QCOMPARE(widestOf({arabic, arabic}), std::vector<int>{0});
 }
 
-void WidthEstimateTest::textsWithOtherLettersThanAsciiAreAllFound()
+void WidthEstimateTest::allTextsWithLettersBeyondAsciiAreFound()
 {
     const QString arabic = QString::fromUtf8("\u0643\u062a");
     const QString umlaut = QString::fromUtf8("\u00fc");

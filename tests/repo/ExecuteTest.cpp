@@ -126,8 +126,8 @@ private Q_SLOTS:
     void theStartedProgramInheritsOnlyTheStandardDescriptors_data();
     void theStartedProgramInheritsOnlyTheStandardDescriptors();
     void startedProgramsWriteToTheSavedStandardStreams();
-    void signalsThatAreBlockedHereAreNotBlockedInTheStartedProgram();
-    void signalsThatAreIgnoredHereAreNotIgnoredInTheStartedProgram();
+    void theStartedProgramDoesNotInheritBlockedSignals();
+    void theStartedProgramDoesNotInheritIgnoredSignals();
     void startingAProgramKeepsTheSignalSettingsOfThisProcess();
     void aMissingProgramIsReportedOnStandardError();
     void aFailedForkCausesAMessageBox();
@@ -292,7 +292,7 @@ void ExecuteTest::startedProgramsWriteToTheSavedStandardStreams()
     QCOMPARE(read("later"), QByteArray());
 }
 
-void ExecuteTest::signalsThatAreIgnoredHereAreNotIgnoredInTheStartedProgram()
+void ExecuteTest::theStartedProgramDoesNotInheritIgnoredSignals()
 {
     struct sigaction ignored
     {
@@ -338,7 +338,7 @@ void ExecuteTest::startingAProgramKeepsTheSignalSettingsOfThisProcess()
     QVERIFY(disposition.sa_handler == SIG_IGN);
 }
 
-void ExecuteTest::signalsThatAreBlockedHereAreNotBlockedInTheStartedProgram()
+void ExecuteTest::theStartedProgramDoesNotInheritBlockedSignals()
 {
     sigset_t blocked;
     sigset_t saved;

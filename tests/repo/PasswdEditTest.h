@@ -22,11 +22,11 @@ private Q_SLOTS:
     void thePasswordIsMasked();
     void aTextWithoutAPasswordIsShownUnmasked();
     void everyPasswordOfAUrlIsMasked();
-    void theHiddenEditHasTheParentGeometryAndFontOfTheShownEdit();
+    void theHiddenEditHasTheGeometryAndTheFontAndTheParentOfTheShownEdit();
     void theHiddenEditFollowsTheShownEditToANewParent();
     void theHiddenEditIsDeletedWithTheShownEdit();
     void theShownEditAcceptsNoDropsAndHasNoContextMenu();
-    void eachChangeOfTheTextIsSignalled();
+    void aSignalReportsEachChangeOfTheText();
     void aChangeIsSignalledEvenIfTheShownTextIsUnchanged();
 
     void typedTextIsInsertedIntoThePassword();
@@ -36,7 +36,7 @@ private Q_SLOTS:
     void theCursorGoesThroughThePasswordCharacterByCharacter();
     void aFunctionKeyKeepsTheSelection();
     void undoAndRedoRestoreThePassword();
-    void aPasswordThatUndoRestoresIsMasked();
+    void undoMasksTheRestoredPassword();
     void aClickMovesTheCursorToTheClickedCharacter();
     void draggingTheMouseSelectsText();
     void aDoubleClickSelectsTheVisibleWord();

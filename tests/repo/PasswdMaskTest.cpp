@@ -18,7 +18,7 @@ private Q_SLOTS:
     void anExpressionForWholeTextsDoesNotMatchAPartOfAText();
     void eachOfSeveralExpressionsHidesItsMatches();
     void eachPasswordCharacterIsReplacedByExactlyOneMaskCharacter();
-    void aMatchThatCapturesNothingHidesNothing();
+    void aMatchWithAnEmptyCaptureHidesNothing();
     void aMatchOfTheEmptyTextHidesNothing();
     void overlappingPasswordsAreHidden();
 };
@@ -116,7 +116,7 @@ void PasswdMaskTest::eachPasswordCharacterIsReplacedByExactlyOneMaskCharacter()
     QCOMPARE(mask.masked(text, QLatin1Char('*')).size(), text.size());
 }
 
-void PasswdMaskTest::aMatchThatCapturesNothingHidesNothing()
+void PasswdMaskTest::aMatchWithAnEmptyCaptureHidesNothing()
 {
     PasswdMask mask;
     mask.hideEverywhere(QRegExp(QStringLiteral("p=(a)?")));

@@ -10,12 +10,12 @@ class PlainTextTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void exactReturnsTheTextOfADocumentUnchanged();
-    void exactReturnsLineSeparatorsAsLineFeeds();
+    void theExactFunctionReturnsTheTextOfADocumentUnchanged();
+    void theExactFunctionReturnsLineSeparatorsAsLineFeeds();
     void charactersHaveTheSamePositionsInTheTextAndInTheDocument();
 };
 
-void PlainTextTest::exactReturnsTheTextOfADocumentUnchanged()
+void PlainTextTest::theExactFunctionReturnsTheTextOfADocumentUnchanged()
 {
     QTextDocument document;
     // The last text ends in a letter whose UTF-8 was read as Latin-1. In Latin-1, the second byte of this
@@ -27,7 +27,7 @@ void PlainTextTest::exactReturnsTheTextOfADocumentUnchanged()
     }
 }
 
-void PlainTextTest::exactReturnsLineSeparatorsAsLineFeeds()
+void PlainTextTest::theExactFunctionReturnsLineSeparatorsAsLineFeeds()
 {
     QTextDocument document;
     document.setPlainText(QStringLiteral("a") + QChar(QChar::LineSeparator) + QStringLiteral("b"));

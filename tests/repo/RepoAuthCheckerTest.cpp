@@ -51,15 +51,15 @@ private Q_SLOTS:
     void nothingIsWrittenIfTheUserClicksOkWithoutTypedCredentials();
     void aTypedNameIsWrittenEvenIfThePasswordIsEmpty();
     void applyToAllChangesAllEnabledRepositoriesAndEndsTheQuestions();
-    void applyToAllKeepsTheKeysInEachUrl();
+    void applyToAllKeepsTheParameterNamesInEachUrl();
     void applyToTheHostSetsTheCredentialsOfAllRepositoriesOnTheHost();
     void applyToTheHostAlsoSetsCredentialsInMirrorListsOnTheHost();
-    void skipAllWritesNothing();
-    void skipAllWritesTheAnswersToEarlierQuestions();
-    void disableForSessionDisablesTheRepositoryInTheSession();
-    void quitEndsTheQuestionsAndSetsTheQuitFlag();
-    void quitWritesTheAnswersToEarlierQuestions();
-    void nothingIsShownOrWrittenIfNoCredentialsAreMissing();
+    void skipAllInTheFirstQuestionWritesNothing();
+    void skipAllInALaterQuestionWritesTheEarlierAnswers();
+    void theDisableForSessionButtonDisablesTheRepositoryInTheSession();
+    void theQuitButtonEndsTheQuestionsAndSetsTheQuitFlag();
+    void theQuitButtonWritesTheAnswersToEarlierQuestions();
+    void nothingIsShownOrWrittenIfNoUrlNeedsCredentials();
     void nothingIsAskedOrWrittenIfTheFilesCannotBeRead();
     void nothingIsWrittenIfTheUserDeclinesTheQuestionAboutDuplicates();
     void oneDialogAsksAboutAllRepositories();
@@ -275,7 +275,7 @@ void RepoAuthCheckerTest::applyToAllChangesAllEnabledRepositoriesAndEndsTheQuest
     QVERIFY(get("a.repo").contains("http://l/vantor?u=&p=&path=/x"));
 }
 
-void RepoAuthCheckerTest::applyToAllKeepsTheKeysInEachUrl()
+void RepoAuthCheckerTest::applyToAllKeepsTheParameterNamesInEachUrl()
 {
     put("a.repo",
         section("a", "http://h" + emptyAuth) +
@@ -306,7 +306,7 @@ void RepoAuthCheckerTest::applyToTheHostAlsoSetsCredentialsInMirrorListsOnTheHos
     QVERIFY(get("a.repo").contains("mirrorlist=http://h/vantor?u=bob&p=pw&path=/x"));
 }
 
-void RepoAuthCheckerTest::skipAllWritesNothing()
+void RepoAuthCheckerTest::skipAllInTheFirstQuestionWritesNothing()
 {
     const QByteArray before =
         "# a comment\n" + section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth);
@@ -317,7 +317,7 @@ void RepoAuthCheckerTest::skipAllWritesNothing()
     QCOMPARE(get("a.repo"), before);
 }
 
-void RepoAuthCheckerTest::skipAllWritesTheAnswersToEarlierQuestions()
+void RepoAuthCheckerTest::skipAllInALaterQuestionWritesTheEarlierAnswers()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth) +
                       section("c", "http://l" + emptyAuth));
@@ -328,7 +328,7 @@ void RepoAuthCheckerTest::skipAllWritesTheAnswersToEarlierQuestions()
     QCOMPARE(get("a.repo").count("u=&p=&"), 2);
 }
 
-void RepoAuthCheckerTest::disableForSessionDisablesTheRepositoryInTheSession()
+void RepoAuthCheckerTest::theDisableForSessionButtonDisablesTheRepositoryInTheSession()
 {
     const QByteArray before = section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth);
     put("a.repo", before);
@@ -340,7 +340,7 @@ void RepoAuthCheckerTest::disableForSessionDisablesTheRepositoryInTheSession()
     QCOMPARE(check({}), QStringList{QStringLiteral("b")});
 }
 
-void RepoAuthCheckerTest::quitEndsTheQuestionsAndSetsTheQuitFlag()
+void RepoAuthCheckerTest::theQuitButtonEndsTheQuestionsAndSetsTheQuitFlag()
 {
     const QByteArray before = section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth);
     put("a.repo", before);
@@ -350,7 +350,7 @@ void RepoAuthCheckerTest::quitEndsTheQuestionsAndSetsTheQuitFlag()
     QCOMPARE(get("a.repo"), before);
 }
 
-void RepoAuthCheckerTest::quitWritesTheAnswersToEarlierQuestions()
+void RepoAuthCheckerTest::theQuitButtonWritesTheAnswersToEarlierQuestions()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth));
     check({{"bob", "pw", "OK"}, {"", "", "Quit"}});
@@ -359,7 +359,7 @@ void RepoAuthCheckerTest::quitWritesTheAnswersToEarlierQuestions()
     QVERIFY(get("a.repo").contains("u=bob&p=pw&"));
 }
 
-void RepoAuthCheckerTest::nothingIsShownOrWrittenIfNoCredentialsAreMissing()
+void RepoAuthCheckerTest::nothingIsShownOrWrittenIfNoUrlNeedsCredentials()
 {
     const QByteArray before = "# a comment\n" + section("a", "http://h/x");
     put("a.repo", before);

@@ -28,7 +28,7 @@ private Q_SLOTS:
     void theDialogShowsTheRepositoryAndItsUrls();
     void theDialogNamesTheFileThatWillContainThePassword();
     void theDialogFitsASmallScreen();
-    void theLabelsAreNameAndPasswordIfTheKeysInTheUrlAreEmpty();
+    void theLabelsAreNameAndPasswordIfTheParameterNamesInTheUrlAreEmpty();
     void markupFromAFileIsShownAsPlainText();
     void theUrlsShowTheTypedNameAndTheMaskedPassword();
     void aPasswordInTheMirrorListIsAlsoMasked();
@@ -182,7 +182,7 @@ void RepoAuthDialogTest::theDialogFitsASmallScreen()
             }) >= 0);
 }
 
-void RepoAuthDialogTest::theLabelsAreNameAndPasswordIfTheKeysInTheUrlAreEmpty()
+void RepoAuthDialogTest::theLabelsAreNameAndPasswordIfTheParameterNamesInTheUrlAreEmpty()
 {
     entry.baseurl = QStringLiteral("http://h/vantor?=&=&path=/x");
     QCOMPARE(run([this] {

@@ -22,8 +22,8 @@ private Q_SLOTS:
     void init();
     void cleanupTestCase();
 
-    void browseOpensTheFirstUrlAndOtherwiseTheMirrorList_data();
-    void browseOpensTheFirstUrlAndOtherwiseTheMirrorList();
+    void browseOpensTheFirstUrlOrElseTheMirrorList_data();
+    void browseOpensTheFirstUrlOrElseTheMirrorList();
     void browseReplacesTheVariablesInAUrl_data();
     void browseReplacesTheVariablesInAUrl();
     void browseUsesTheResultOfTheScriptIfTheScriptExpandsVariables();
@@ -31,8 +31,8 @@ private Q_SLOTS:
     void theBrowserDoesNotGetCredentials();
     void browseShowsAnErrorIfTheRepositoryHasNoUrl_data();
     void browseShowsAnErrorIfTheRepositoryHasNoUrl();
-    void browseByIdentifierFindsTheRepository();
-    void browseByAnUnknownIdentifierShowsAMessage();
+    void theBrowserOpensTheRepositoryWithTheGivenIdentifier();
+    void aMessageIsShownIfTheIdentifierToBrowseIsUnknown();
     void noMessageBoxOpensIfTheBrowserIsMissing();
 
 private:
@@ -74,7 +74,7 @@ void RepoBrowseTest::cleanupTestCase()
     backEnd.reset();
 }
 
-void RepoBrowseTest::browseOpensTheFirstUrlAndOtherwiseTheMirrorList_data()
+void RepoBrowseTest::browseOpensTheFirstUrlOrElseTheMirrorList_data()
 {
     QTest::addColumn<QString>("baseurl");
     QTest::addColumn<QString>("mirrorlist");
@@ -98,7 +98,7 @@ void RepoBrowseTest::browseOpensTheFirstUrlAndOtherwiseTheMirrorList_data()
                                   << QString::fromUtf8("http://h/\xc3\xa4");
 }
 
-void RepoBrowseTest::browseOpensTheFirstUrlAndOtherwiseTheMirrorList()
+void RepoBrowseTest::browseOpensTheFirstUrlOrElseTheMirrorList()
 {
     QFETCH(QString, baseurl);
     QFETCH(QString, mirrorlist);
@@ -196,7 +196,7 @@ void RepoBrowseTest::browseShowsAnErrorIfTheRepositoryHasNoUrl()
     QVERIFY(!BackEnd::wasBrowsed());
 }
 
-void RepoBrowseTest::browseByIdentifierFindsTheRepository()
+void RepoBrowseTest::theBrowserOpensTheRepositoryWithTheGivenIdentifier()
 {
     QList<YumRepoEnabled> requests;
     QHash<QString, bool> session;
@@ -211,7 +211,7 @@ void RepoBrowseTest::browseByIdentifierFindsTheRepository()
     QCOMPARE(BackEnd::browsed(), QStringList{QStringLiteral("http://h/first")});
 }
 
-void RepoBrowseTest::browseByAnUnknownIdentifierShowsAMessage()
+void RepoBrowseTest::aMessageIsShownIfTheIdentifierToBrowseIsUnknown()
 {
     QList<YumRepoEnabled> requests;
     QHash<QString, bool> session;

@@ -21,8 +21,8 @@ private Q_SLOTS:
     void aTypedPasswordChangesEveryCredentialUrl();
     void aTypedNameChangesEveryCredentialUrl();
     void typingAPasswordInTheUrlDoesNotMoveTheCursor();
-    void theLabelsAreNameAndPasswordIfTheKeysInTheUrlAreEmpty();
-    void theLabelsShowTheKeysAsPlainTextWithoutShortcuts();
+    void theLabelsAreNameAndPasswordIfTheParameterNamesInTheUrlAreEmpty();
+    void theLabelsShowTheParameterNamesAsPlainTextWithoutShortcuts();
     void noVisibleTextOrToolTipContainsThePassword();
     void passwordsInTheUrlsAndTheOptionsAreMasked();
     void optionsWithAPasswordCanBeEdited();
@@ -150,7 +150,7 @@ void RepoEditorConfigCredentialsTest::typingAPasswordInTheUrlDoesNotMoveTheCurso
     QCOMPARE(form->authName->cursorPosition(), 2);
 }
 
-void RepoEditorConfigCredentialsTest::theLabelsAreNameAndPasswordIfTheKeysInTheUrlAreEmpty()
+void RepoEditorConfigCredentialsTest::theLabelsAreNameAndPasswordIfTheParameterNamesInTheUrlAreEmpty()
 {
     Repo::Entry entry = usual();
     entry.baseurl = QStringLiteral("http://h/vantor?=bob&=secret&path=/x");
@@ -161,7 +161,7 @@ void RepoEditorConfigCredentialsTest::theLabelsAreNameAndPasswordIfTheKeysInTheU
     QVERIFY(form->password->isEnabled());
 }
 
-void RepoEditorConfigCredentialsTest::theLabelsShowTheKeysAsPlainTextWithoutShortcuts()
+void RepoEditorConfigCredentialsTest::theLabelsShowTheParameterNamesAsPlainTextWithoutShortcuts()
 {
     Repo::Entry entry = usual();
     entry.baseurl = QStringLiteral("http://h/vantor?<b>u%26x</b>=bob&%26p=secret&path=/x");

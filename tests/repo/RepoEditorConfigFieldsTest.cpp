@@ -19,7 +19,7 @@ private Q_SLOTS:
     void theDefaultItemOfEachBoxShowsTheDefaultValue();
     void theArrowKeysChangeTheSortPositionInWholeSteps();
     void setEntryFillsTheFields();
-    void setEntrySignalsNoChange();
+    void setEntryEmitsNoSignal();
     void toEntryReturnsTheValuesOfSetEntryUnchanged_data();
     void toEntryReturnsTheValuesOfSetEntryUnchanged();
     void everyTypedChangeIsSignalledAndReturned();
@@ -131,7 +131,7 @@ void RepoEditorConfigFieldsTest::setEntryFillsTheFields()
     }
 }
 
-void RepoEditorConfigFieldsTest::setEntrySignalsNoChange()
+void RepoEditorConfigFieldsTest::setEntryEmitsNoSignal()
 {
     config->setEntry(vantor());
     config->setEntry(usual());

@@ -24,7 +24,7 @@ private Q_SLOTS:
     void init();
     void cleanupTestCase();
 
-    void theEditEntrySignalsTheClickedRow();
+    void theEditEntryEmitsASignalWithTheClickedRow();
     void theBrowseEntryOpensTheUrlOfTheRepository();
     void anErrorOfTheBrowseEntryIsShownOverTheView();
     void theMenuEntriesAreDisabledIfTheUserClicksBelowTheRows();
@@ -81,7 +81,7 @@ void RepoEditorContextMenuTest::cleanupTestCase()
     backEnd.reset();
 }
 
-void RepoEditorContextMenuTest::theEditEntrySignalsTheClickedRow()
+void RepoEditorContextMenuTest::theEditEntryEmitsASignalWithTheClickedRow()
 {
     QSignalSpy edits(menu, SIGNAL(edit(QModelIndex)));
     QVERIFY(run(model->index(1, IdentifierColumn), "Edit"));

@@ -18,15 +18,15 @@ private Q_SLOTS:
     void theListShowsTheRepositoriesThatCouldBeReadIfResetAllFails();
     void nothingIsWrittenIfTheFilesWereReadOnlyInPart();
     void cancelDiscardsAllChangesAndClosesTheEditor();
-    void cancelAfterAnApplySignalsTheAppliedChange();
+    void cancelEmitsReposChangedIfAChangeWasAppliedBefore();
     void closingTheWindowKeepsChangesOfTheSessionBoxes();
     void closingTheWindowDiscardsUnappliedChanges();
     void closingTheWindowAsksWhetherToDiscardUnappliedChanges_data();
     void closingTheWindowAsksWhetherToDiscardUnappliedChanges();
     void closingTheWindowDiscardsEditsButKeepsChangesOfTheSessionBoxes();
-    void closingTheWindowSignalsNothingIfNothingHasChanged();
-    void cancelSignalsAChangeEvenWithoutEditsIfReposChangedIsForced();
-    void theResetSlotOfTheEditorKeepsUnappliedChanges();
+    void closingAnUnchangedEditorEmitsNoSignal();
+    void cancelEmitsReposChangedWithoutEditsIfReposChangedForcedIsSet();
+    void theResetFunctionOfTheEditorKeepsUnappliedChanges();
 };
 
 void RepoEditorDialogClosingTest::resetAllRestoresTheContentsOfTheFiles()
@@ -134,7 +134,7 @@ void RepoEditorDialogClosingTest::cancelDiscardsAllChangesAndClosesTheEditor()
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogClosingTest::cancelAfterAnApplySignalsTheAppliedChange()
+void RepoEditorDialogClosingTest::cancelEmitsReposChangedIfAChangeWasAppliedBefore()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), PermanentColumn);
@@ -239,14 +239,14 @@ void RepoEditorDialogClosingTest::closingTheWindowDiscardsEditsButKeepsChangesOf
     QCOMPARE(reposChangedSpy->size(), 1);
 }
 
-void RepoEditorDialogClosingTest::closingTheWindowSignalsNothingIfNothingHasChanged()
+void RepoEditorDialogClosingTest::closingAnUnchangedEditorEmitsNoSignal()
 {
     QVERIFY(run([this] { dialog->close(); }) == int(QDialog::Rejected));
     QVERIFY(run([this] { click("Cancel"); }) == int(QDialog::Rejected));
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogClosingTest::cancelSignalsAChangeEvenWithoutEditsIfReposChangedIsForced()
+void RepoEditorDialogClosingTest::cancelEmitsReposChangedWithoutEditsIfReposChangedForcedIsSet()
 {
     dialog->reposChangedForced = true;
     bool hidden = false;
@@ -261,7 +261,7 @@ void RepoEditorDialogClosingTest::cancelSignalsAChangeEvenWithoutEditsIfReposCha
     QCOMPARE(reposChangedSpy->size(), 1);
 }
 
-void RepoEditorDialogClosingTest::theResetSlotOfTheEditorKeepsUnappliedChanges()
+void RepoEditorDialogClosingTest::theResetFunctionOfTheEditorKeepsUnappliedChanges()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), PermanentColumn);

@@ -17,14 +17,14 @@ class RepoEditorDialogEditingTest : public ShownEditor
     Q_OBJECT
 
 private Q_SLOTS:
-    void twoClicksOnASessionBoxSignalAChangeAlthoughTheStateIsRestored();
+    void twoClicksOnASessionBoxCountAsAChangeAlthoughTheStateIsRestored();
     void aClickOnASessionBoxTakesEffectWithoutApply();
-    void clicksOnThePermanentBoxSwitchOnlyBetweenYesAndNo();
+    void clicksOnThePermanentBoxAlternatelyEnableAndDisableTheRepository();
     void theEditButtonEditsTheCurrentRepository();
     void aDoubleClickEditsTheRepository();
     void aDoubleClickOnABoxTogglesTheBoxOnce();
     void theEditEntryOfTheMenuEditsTheClickedRepository();
-    void theEditEntryOfAMenuBelowTheLastRowOpensNoForm();
+    void theEditEntryOpensNoFormIfTheUserClicksBelowTheLastRow();
     void cancellingTheFormKeepsTheRepositoryUnchanged();
     void anEditedIdentifierMovesTheRepositoryToItsSortedPlace();
     void theAddButtonListsANewRepository();
@@ -43,7 +43,7 @@ private Q_SLOTS:
     void theRemoveButtonChangesNothingIfNoRowIsSelected();
 };
 
-void RepoEditorDialogEditingTest::twoClicksOnASessionBoxSignalAChangeAlthoughTheStateIsRestored()
+void RepoEditorDialogEditingTest::twoClicksOnASessionBoxCountAsAChangeAlthoughTheStateIsRestored()
 {
     QCOMPARE(run([this] {
                  QCOMPARE(session.value(QStringLiteral("os")), true);
@@ -73,7 +73,7 @@ void RepoEditorDialogEditingTest::aClickOnASessionBoxTakesEffectWithoutApply()
     QVERIFY(run([this] { QCOMPARE(session.value(QStringLiteral("extras")), true); }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::clicksOnThePermanentBoxSwitchOnlyBetweenYesAndNo()
+void RepoEditorDialogEditingTest::clicksOnThePermanentBoxAlternatelyEnableAndDisableTheRepository()
 {
     QVERIFY(run([this] {
                 QCOMPARE(entry(QStringLiteral("os")).enabled, 1);
@@ -170,7 +170,7 @@ void RepoEditorDialogEditingTest::theEditEntryOfTheMenuEditsTheClickedRepository
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::theEditEntryOfAMenuBelowTheLastRowOpensNoForm()
+void RepoEditorDialogEditingTest::theEditEntryOpensNoFormIfTheUserClicksBelowTheLastRow()
 {
     QVERIFY(run([this] {
                 const QPoint empty(60, view->viewport()->height() - 5);

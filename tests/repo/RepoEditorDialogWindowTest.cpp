@@ -29,7 +29,7 @@ private Q_SLOTS:
     void nothingIsChangedAndNoRowIsCurrentWheneverTheEditorOpens();
     void theEditorReadsTheFilesEachTimeItOpens();
     void theEditorDoesNotOpenIfTheFilesCannotBeRead();
-    void theEditorSignalsNoChangeIfTheFilesCannotBeRead();
+    void theEditorEmitsNoSignalIfTheFilesCannotBeRead();
     void theReturnKeyDoesNotPressApply();
     void theButtonsForOneRowAreEnabledOnlyIfARowIsCurrent();
     void theBrowseButtonOpensTheUrlOfTheCurrentRepository();
@@ -229,7 +229,7 @@ void RepoEditorDialogWindowTest::theEditorDoesNotOpenIfTheFilesCannotBeRead()
     QVERIFY(run([this] { QVERIFY(listed().contains(QStringLiteral("updates"))); }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::theEditorSignalsNoChangeIfTheFilesCannotBeRead()
+void RepoEditorDialogWindowTest::theEditorEmitsNoSignalIfTheFilesCannotBeRead()
 {
     QVERIFY(run([this] { click(QStringLiteral("os"), SessionColumn); }) >= 0);
     QCOMPARE(reposChangedSpy->size(), 1);

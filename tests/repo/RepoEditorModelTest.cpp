@@ -45,20 +45,20 @@ private Q_SLOTS:
     void theToolTipOfThePermanentColumnDependsOnTheSessionState();
     void theIdentifierAndNameColumnsShowTexts();
     void aNewRepositoryIsShownInItalics();
-    void showingARepositoryWithoutASessionStateStoresTheStateFalse();
+    void aRepositoryWithoutASessionStateIsShownAndStoredAsDisabled();
     void theModelHasNoDataForAnIndexOutsideTheTable();
     void theModelHasNoDataForTheIndexOfARemovedRow();
 
-    void theModelSignalsAnAddedRow();
-    void theModelSignalsARemovedRow();
-    void theModelSignalsAReset();
-    void theModelSignalsAChangedRow();
+    void aSignalReportsAnAddedRow();
+    void aSignalReportsARemovedRow();
+    void aSignalReportsAResetOfTheModel();
+    void aSignalReportsAChangedRow();
     void togglingTheSessionBoxChangesTheSessionState();
     void togglingThePermanentBoxChangesThePermanentState_data();
     void togglingThePermanentBoxChangesThePermanentState();
     void togglingAnInvalidIndexDoesNothing();
     void browseOpensTheUrlOfTheRepository();
-    void browseDoesNothingForAnIndexBeyondThePackageTable();
+    void browseDoesNothingForAnIndexBelowTheLastRow();
 
 private:
     QVariant data(int row, int column, int role = Qt::DisplayRole) const
@@ -217,7 +217,7 @@ void RepoEditorModelTest::aNewRepositoryIsShownInItalics()
     QVERIFY(!data(0, IdentifierColumn, Qt::FontRole).isValid());
 }
 
-void RepoEditorModelTest::showingARepositoryWithoutASessionStateStoresTheStateFalse()
+void RepoEditorModelTest::aRepositoryWithoutASessionStateIsShownAndStoredAsDisabled()
 {
     conf->entries[0].id = QStringLiteral("other");
     QVERIFY(!session.contains(QStringLiteral("other")));
@@ -243,7 +243,7 @@ void RepoEditorModelTest::theModelHasNoDataForTheIndexOfARemovedRow()
     QVERIFY(!model->removeRow(1));
 }
 
-void RepoEditorModelTest::theModelSignalsAnAddedRow()
+void RepoEditorModelTest::aSignalReportsAnAddedRow()
 {
     QSignalSpy inserted(model.get(), SIGNAL(rowsInserted(QModelIndex, int, int)));
     QCOMPARE(model->addRow(made(QStringLiteral("third"))), 2);
@@ -254,7 +254,7 @@ void RepoEditorModelTest::theModelSignalsAnAddedRow()
     QCOMPARE(conf->entries.at(2).baseurl, QStringLiteral("http://h/third"));
 }
 
-void RepoEditorModelTest::theModelSignalsARemovedRow()
+void RepoEditorModelTest::aSignalReportsARemovedRow()
 {
     QSignalSpy removed(model.get(), SIGNAL(rowsRemoved(QModelIndex, int, int)));
     QVERIFY(model->removeRow(0));
@@ -267,14 +267,14 @@ void RepoEditorModelTest::theModelSignalsARemovedRow()
     QCOMPARE(removed.size(), 1);
 }
 
-void RepoEditorModelTest::theModelSignalsAReset()
+void RepoEditorModelTest::aSignalReportsAResetOfTheModel()
 {
     QSignalSpy resets(model.get(), SIGNAL(modelReset()));
     model->reset();
     QCOMPARE(resets.size(), 1);
 }
 
-void RepoEditorModelTest::theModelSignalsAChangedRow()
+void RepoEditorModelTest::aSignalReportsAChangedRow()
 {
     QSignalSpy changes(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex)));
     model->dataChanged(1);
@@ -362,7 +362,7 @@ void RepoEditorModelTest::browseOpensTheUrlOfTheRepository()
     QVERIFY(!BackEnd::wasBrowsed());
 }
 
-void RepoEditorModelTest::browseDoesNothingForAnIndexBeyondThePackageTable()
+void RepoEditorModelTest::browseDoesNothingForAnIndexBelowTheLastRow()
 {
     backEnd->installBrowser();
     backEnd->collect(1);

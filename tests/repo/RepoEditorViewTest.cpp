@@ -41,17 +41,17 @@ private Q_SLOTS:
     void arrowKeysMakeARowCurrent();
     void aClickOnAHeaderSortsTheRowsByThisColumn();
     void theUserCanMoveColumns();
-    void theViewSignalsAChangeOfTheCurrentRow();
-    void theViewSignalsNoChangeIfOnlyTheCurrentColumnChanges();
-    void aResetOfTheModelSignalsThatNoRowIsCurrent();
+    void aSignalReportsAChangeOfTheCurrentRow();
+    void noSignalIsEmittedIfOnlyTheCurrentColumnChanges();
+    void aSignalReportsAfterAResetOfTheModelThatNoRowIsCurrent();
     void theCurrentRowCanBeSet();
-    void selectedRowsReturnsRowsOfTheSourceModel();
+    void theSelectedRowsFunctionReturnsRowsOfTheSourceModel();
     void oneClickTogglesTheSessionState();
     void oneClickTogglesThePermanentState();
     void clicksOnTextCellsToggleNoBox();
     void aClickWithTheRightButtonTogglesNoBox();
     void aMovedColumnStillReactsToClicks();
-    void aDoubleClickSignalsTheRowOfTheSourceModel();
+    void aDoubleClickEmitsASignalWithTheRowOfTheSourceModel();
     void aRightClickOnATextCellOpensAMenu();
     void aRightClickOnABoxOpensNoMenu();
     void aRightClickBelowTheRowsOpensAMenuWithDisabledEntries();
@@ -203,7 +203,7 @@ void RepoEditorViewTest::theUserCanMoveColumns()
     QCOMPARE(listed(), (QStringList{"base", "extras", "updates"}));
 }
 
-void RepoEditorViewTest::theViewSignalsAChangeOfTheCurrentRow()
+void RepoEditorViewTest::aSignalReportsAChangeOfTheCurrentRow()
 {
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
     click(QStringLiteral("updates"), IdentifierColumn);
@@ -216,7 +216,7 @@ void RepoEditorViewTest::theViewSignalsAChangeOfTheCurrentRow()
     QCOMPARE(rows, (QList<QPair<int, int>>{{0, -1}, {1, 0}, {-1, 1}}));
 }
 
-void RepoEditorViewTest::theViewSignalsNoChangeIfOnlyTheCurrentColumnChanges()
+void RepoEditorViewTest::noSignalIsEmittedIfOnlyTheCurrentColumnChanges()
 {
     click(QStringLiteral("updates"), IdentifierColumn);
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
@@ -225,7 +225,7 @@ void RepoEditorViewTest::theViewSignalsNoChangeIfOnlyTheCurrentColumnChanges()
     QCOMPARE(spy.size(), 0);
 }
 
-void RepoEditorViewTest::aResetOfTheModelSignalsThatNoRowIsCurrent()
+void RepoEditorViewTest::aSignalReportsAfterAResetOfTheModelThatNoRowIsCurrent()
 {
     click(QStringLiteral("extras"), IdentifierColumn);
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
@@ -248,7 +248,7 @@ void RepoEditorViewTest::theCurrentRowCanBeSet()
     QCOMPARE(view->currentRow(), -1);
 }
 
-void RepoEditorViewTest::selectedRowsReturnsRowsOfTheSourceModel()
+void RepoEditorViewTest::theSelectedRowsFunctionReturnsRowsOfTheSourceModel()
 {
     click(QStringLiteral("updates"), IdentifierColumn);
     click(QStringLiteral("base"), IdentifierColumn, Qt::LeftButton, Qt::ControlModifier);
@@ -309,7 +309,7 @@ void RepoEditorViewTest::aMovedColumnStillReactsToClicks()
     QCOMPARE(uses.size(), 1);
 }
 
-void RepoEditorViewTest::aDoubleClickSignalsTheRowOfTheSourceModel()
+void RepoEditorViewTest::aDoubleClickEmitsASignalWithTheRowOfTheSourceModel()
 {
     QSignalSpy activated(view, SIGNAL(activated(const QModelIndex&)));
     const QPoint where = view->viewport()->mapTo(window.get(), place(QStringLiteral("updates"), NameColumn));

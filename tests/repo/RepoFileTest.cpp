@@ -26,11 +26,11 @@ private Q_SLOTS:
 
     void theTextAndThePropertiesOfAFileAreRead_data();
     void theTextAndThePropertiesOfAFileAreRead();
-    void aTextThatWasReadIsWrittenUnchanged_data() { theTextAndThePropertiesOfAFileAreRead_data(); }
-    void aTextThatWasReadIsWrittenUnchanged();
+    void writingAFileAfterReadingItKeepsItsText_data() { theTextAndThePropertiesOfAFileAreRead_data(); }
+    void writingAFileAfterReadingItKeepsItsText();
     void aFileMayBeAsLargeAsTheLimit();
     void aRepositoryMayBeAsLargeAsTheLimit();
-    void aFileThatCannotBeReadAsTextHasTheStateForItsReason();
+    void theStateOfAnUnreadableFileNamesTheReason();
     void readingAPipeDoesNotBlock();
     void linksToAFileHaveTheSameFileNumberAsTheFile();
     void pathsAreMadeCanonical_data();
@@ -105,7 +105,7 @@ void RepoFileTest::theTextAndThePropertiesOfAFileAreRead()
           "kind");
 }
 
-void RepoFileTest::aTextThatWasReadIsWrittenUnchanged()
+void RepoFileTest::writingAFileAfterReadingItKeepsItsText()
 {
     QFETCH(QByteArray, contents);
     QFETCH(QString, text);
@@ -147,7 +147,7 @@ void RepoFileTest::aRepositoryMayBeAsLargeAsTheLimit()
     QCOMPARE(stateOf("[a]\n[main]\n#" + whole), int(File::LeftAlone));
 }
 
-void RepoFileTest::aFileThatCannotBeReadAsTextHasTheStateForItsReason()
+void RepoFileTest::theStateOfAnUnreadableFileNamesTheReason()
 {
     QCOMPARE(int(File::read(path("x")).state), int(File::Missing));
     QCOMPARE(int(File::read(path("none/x")).state), int(File::Missing));

@@ -61,7 +61,7 @@ class RepoVantorTest : public QObject
 private Q_SLOTS:
     void theCredentialsInAUrlAreFound_data();
     void theCredentialsInAUrlAreFound();
-    void thePiecesOfTheCredentialsAreEmptyIfARepositoryHasNone();
+    void thePartsOfTheCredentialsAreEmptyIfARepositoryHasNoCredentials();
     void theCredentialsInTheUrlsPrecedeThoseInTheMirrorList();
     void theMirrorListIsSearchedIfTheUrlsHaveNoCredentials();
     void aNameWithBlankAndAmpersandIsEncoded();
@@ -73,14 +73,14 @@ private Q_SLOTS:
     void escapesInUpperOrLowerCaseAreDecoded();
     void incompleteEscapesAreNotDecoded();
     void everyCredentialUrlGetsTheSameCredentials();
-    void replacingTheCredentialsKeepsTheKeys();
+    void replacingTheCredentialsKeepsTheParameterNames();
     void replacingThePasswordKeepsTheName();
     void replaceAuthDoesNotChangeATextWithoutCredentials();
     void theRegularExpressionsHaveTheExpectedPatterns();
     void theExpressionForOneUrlCapturesItsPassword();
     void theExpressionForUrlsCapturesEachPassword();
-    void theFirstPlaceInACredentialUrlIsItsPassword_data();
-    void theFirstPlaceInACredentialUrlIsItsPassword();
+    void theFirstMaskedPlaceInACredentialUrlIsItsPassword_data();
+    void theFirstMaskedPlaceInACredentialUrlIsItsPassword();
     void theExpressionsCaptureOnlyPasswords();
     void exactlyTheMatchesOfTheExpressionAreReplaced();
 };
@@ -118,7 +118,7 @@ void RepoVantorTest::theCredentialsInAUrlAreFound()
     QTEST(auth.pieces, "pieces");
 }
 
-void RepoVantorTest::thePiecesOfTheCredentialsAreEmptyIfARepositoryHasNone()
+void RepoVantorTest::thePartsOfTheCredentialsAreEmptyIfARepositoryHasNoCredentials()
 {
     QCOMPARE(authOf(Entry()).pieces, (QStringList{QString(), QString(), QString(), QString()}));
 }
@@ -216,7 +216,7 @@ void RepoVantorTest::everyCredentialUrlGetsTheSameCredentials()
                             "http://c/vantor?u=eve&p=pw&path=/2"));
 }
 
-void RepoVantorTest::replacingTheCredentialsKeepsTheKeys()
+void RepoVantorTest::replacingTheCredentialsKeepsTheParameterNames()
 {
     QCOMPARE(Vantor::replaceAuth(QStringLiteral("/vantor?login=&key%20word=&path="), QStringLiteral("eve"),
                                  QStringLiteral("pw")),
@@ -270,7 +270,7 @@ void RepoVantorTest::theExpressionForUrlsCapturesEachPassword()
     QCOMPARE(expression.cap(1), QStringLiteral("two"));
 }
 
-void RepoVantorTest::theFirstPlaceInACredentialUrlIsItsPassword_data()
+void RepoVantorTest::theFirstMaskedPlaceInACredentialUrlIsItsPassword_data()
 {
     QTest::addColumn<QString>("url");
     QTest::addColumn<QString>("captured");
@@ -289,7 +289,7 @@ void RepoVantorTest::theFirstPlaceInACredentialUrlIsItsPassword_data()
                               << "one";
 }
 
-void RepoVantorTest::theFirstPlaceInACredentialUrlIsItsPassword()
+void RepoVantorTest::theFirstMaskedPlaceInACredentialUrlIsItsPassword()
 {
     QFETCH(QString, url);
     const QVector<Credentials::Place> places = Credentials::places(url, Credentials::Text::Urls);

@@ -95,7 +95,7 @@ private Q_SLOTS:
     void aReplacedFileKeepsOwnerModeAndAttributes();
     void replaceCanRemoveTheRightsOfOtherUsers();
     void theTargetOfALinkIsReplacedAndNotTheLink();
-    void bothNamesOfAFileGetTheNewText();
+    void allHardLinksOfAFileGetTheNewText();
     void aFileInAReadOnlyDirectoryIsReplaced();
     void aFileThatAnotherProgramHasChangedIsNotOverwritten();
     void aFileThatChangesDuringTheReplacementIsNotOverwritten();
@@ -226,7 +226,7 @@ void SafeFileTest::theTargetOfALinkIsReplacedAndNotTheLink()
     QVERIFY(S_ISLNK(statusOf(path(QStringLiteral("z.repo"))).st_mode));
 }
 
-void SafeFileTest::bothNamesOfAFileGetTheNewText()
+void SafeFileTest::allHardLinksOfAFileGetTheNewText()
 {
     const QByteArray other = QFile::encodeName(path(QStringLiteral("other")));
     QCOMPARE(link(QFile::encodeName(path(QStringLiteral("x.repo"))).constData(), other.constData()), 0);
