@@ -13,13 +13,13 @@ class YumConfIOAmountsTest : public ScratchConfiguration
     Q_OBJECT
 
 private Q_SLOTS:
-    void tenThousandRepositoriesAreReadAndWrittenInTime_data();
-    void tenThousandRepositoriesAreReadAndWrittenInTime();
-    void hugeFilesAreReadAndWrittenInTime_data();
-    void hugeFilesAreReadAndWrittenInTime();
+    void tenThousandRepositoriesAreReadAndWrittenWithinTheTimeLimit_data();
+    void tenThousandRepositoriesAreReadAndWrittenWithinTheTimeLimit();
+    void hugeFilesAreReadAndWrittenWithinTheTimeLimit_data();
+    void hugeFilesAreReadAndWrittenWithinTheTimeLimit();
 };
 
-void YumConfIOAmountsTest::tenThousandRepositoriesAreReadAndWrittenInTime_data()
+void YumConfIOAmountsTest::tenThousandRepositoriesAreReadAndWrittenWithinTheTimeLimit_data()
 {
     QTest::addColumn<int>("files");
     QTest::addColumn<bool>("alike");
@@ -28,7 +28,7 @@ void YumConfIOAmountsTest::tenThousandRepositoriesAreReadAndWrittenInTime_data()
     QTest::newRow("all repositories with one identifier") << 1 << true;
 }
 
-void YumConfIOAmountsTest::tenThousandRepositoriesAreReadAndWrittenInTime()
+void YumConfIOAmountsTest::tenThousandRepositoriesAreReadAndWrittenWithinTheTimeLimit()
 {
     QFETCH(int, files);
     QFETCH(bool, alike);
@@ -59,7 +59,7 @@ void YumConfIOAmountsTest::tenThousandRepositoriesAreReadAndWrittenInTime()
     }
 }
 
-void YumConfIOAmountsTest::hugeFilesAreReadAndWrittenInTime_data()
+void YumConfIOAmountsTest::hugeFilesAreReadAndWrittenWithinTheTimeLimit_data()
 {
     QTest::addColumn<QByteArray>("text");
     const int size = repositorySectionLimit - 100;
@@ -85,7 +85,7 @@ void YumConfIOAmountsTest::hugeFilesAreReadAndWrittenInTime_data()
     QTest::newRow("empty lines above the first section") << QByteArray(whole, '\n') + "[x]\n";
 }
 
-void YumConfIOAmountsTest::hugeFilesAreReadAndWrittenInTime()
+void YumConfIOAmountsTest::hugeFilesAreReadAndWrittenWithinTheTimeLimit()
 {
     QFETCH(QByteArray, text);
     putRepo(QStringLiteral("x.repo"), text);

@@ -16,8 +16,8 @@ class YumConfIOFailuresTest : public ScratchConfiguration
     Q_OBJECT
 
 private Q_SLOTS:
-    void onlyASuccessfulReadSignalsChanged();
-    void aSuccessfulWriteSignalsNoChange();
+    void onlyASuccessfulReadEmitsTheChangedSignal();
+    void aSuccessfulWriteDoesNotEmitTheChangedSignal();
     void anUnreadableMainFileIsReported();
     void aMissingMainFileIsReported();
     void aRepositoryFileThatCannotBeExaminedIsReported();
@@ -41,7 +41,7 @@ private Q_SLOTS:
     void anErrorIsShownOverTheGivenWindow();
 };
 
-void YumConfIOFailuresTest::onlyASuccessfulReadSignalsChanged()
+void YumConfIOFailuresTest::onlyASuccessfulReadEmitsTheChangedSignal()
 {
     QSignalSpy changed(conf.get(), SIGNAL(changed()));
     QVERIFY(conf->read(window.get()));
@@ -52,7 +52,7 @@ void YumConfIOFailuresTest::onlyASuccessfulReadSignalsChanged()
     QCOMPARE(changed.size(), 1);
 }
 
-void YumConfIOFailuresTest::aSuccessfulWriteSignalsNoChange()
+void YumConfIOFailuresTest::aSuccessfulWriteDoesNotEmitTheChangedSignal()
 {
     putRepo(QStringLiteral("f.repo"), "[x]\nname=a\n");
     QVERIFY(conf->read(window.get()));

@@ -30,7 +30,7 @@ private Q_SLOTS:
     void aWarningNamesEachValueThatThePackageManagerReadsDifferently();
     void aSecondReadDiscardsAllValuesOfTheFirst();
     void theValuesOfTheMainSectionAreRead();
-    void theMainHeaderIsNotRequired();
+    void theHeaderOfTheMainSectionIsNotRequired();
     void configuredDirectoriesReplaceTheDefaultDirectories();
     void noDirectoryIsSearchedIfReposdirIsEmpty();
     void repositoriesAreReadFromTheMainFileAndThenFromBothDefaultDirectories();
@@ -43,7 +43,7 @@ private Q_SLOTS:
     void severalPathsToOneFileAreTreatedAsOneFile_data();
     void severalPathsToOneFileAreTreatedAsOneFile();
     void removingAFileRemovesAllItsNames();
-    void linksToDevicesPipesAndDanglingLinksAreNotReadOrChanged();
+    void danglingLinksAndLinksToDevicesOrPipesAreNotReadOrChanged();
 };
 
 void YumConfIOPlacesTest::aNewObjectHasNoRepositoriesAndNoMainSettings()
@@ -307,7 +307,7 @@ void YumConfIOPlacesTest::theValuesOfTheMainSectionAreRead()
     QVERIFY(conf->gpgcheck);
 }
 
-void YumConfIOPlacesTest::theMainHeaderIsNotRequired()
+void YumConfIOPlacesTest::theHeaderOfTheMainSectionIsNotRequired()
 {
     putMain("enabled=0\n\ngpgcheck=1\n[x]\nenabled=1\ngpgcheck=0\n");
     QVERIFY(conf->read(window.get()));
@@ -529,7 +529,7 @@ void YumConfIOPlacesTest::removingAFileRemovesAllItsNames()
     QCOMPARE(get(path(QStringLiteral("elsewhere.txt"))), QByteArray("[d]\n"));
 }
 
-void YumConfIOPlacesTest::linksToDevicesPipesAndDanglingLinksAreNotReadOrChanged()
+void YumConfIOPlacesTest::danglingLinksAndLinksToDevicesOrPipesAreNotReadOrChanged()
 {
     linkTo(QStringLiteral("/dev/null"), repoPath(QStringLiteral("mask.repo")));
     linkTo(QStringLiteral("/nowhere"), repoPath(QStringLiteral("dangling.repo")));

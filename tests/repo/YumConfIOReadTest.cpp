@@ -20,7 +20,7 @@ private Q_SLOTS:
     void linesThatAreNotFieldsAreReadAsOptions_data();
     void linesThatAreNotFieldsAreReadAsOptions();
     void theLastValueOfARepeatedKeyIsUsed();
-    void urlsSeparatedByBlanksOrLineFeedsAreReadAsOnePerLine();
+    void urlsSeparatedByBlanksOrLineFeedsAreReadAsOneUrlPerLine();
     void theReaderKeepsTrailingBlanksOfNames();
     void theReaderKeepsTheBlanksInIdentifiers();
     void aSectionHeaderCanContinueOnTheNextLine();
@@ -32,7 +32,7 @@ private Q_SLOTS:
     void aCarriageReturnBeforeALineFeedBelongsToTheLineEnd();
     void aWriteKeepsTheCarriageReturnsOfAFile();
     void aWriteKeepsTheByteOrderMarkOfAFile();
-    void theMainHeaderAfterAByteOrderMarkIsRead();
+    void theHeaderOfTheMainSectionIsReadAfterAByteOrderMark();
     void aRepositoryFileOfAnUnsupportedKindIsNotChanged_data();
     void aRepositoryFileOfAnUnsupportedKindIsNotChanged();
     void aMainFileOfAnUnsupportedKindIsNotChanged_data();
@@ -170,7 +170,7 @@ void YumConfIOReadTest::theLastValueOfARepeatedKeyIsUsed()
     QCOMPARE(conf->entries.value(0).mirrorlist, QString());
 }
 
-void YumConfIOReadTest::urlsSeparatedByBlanksOrLineFeedsAreReadAsOnePerLine()
+void YumConfIOReadTest::urlsSeparatedByBlanksOrLineFeedsAreReadAsOneUrlPerLine()
 {
     putRepo(QStringLiteral("f.repo"),
             "[x]\nbaseurl=http://a/   http://b/ \t\n\thttp://c/\n        http://d/\n");
@@ -330,7 +330,7 @@ void YumConfIOReadTest::aWriteKeepsTheByteOrderMarkOfAFile()
     QVERIFY(!QFile::exists(repoPath(QStringLiteral("f.repo"))));
 }
 
-void YumConfIOReadTest::theMainHeaderAfterAByteOrderMarkIsRead()
+void YumConfIOReadTest::theHeaderOfTheMainSectionIsReadAfterAByteOrderMark()
 {
     putMain("\xEF\xBB\xBF[main]\ngpgcheck=1\n[y]\n");
     QVERIFY(conf->read(window.get()));
