@@ -173,7 +173,7 @@ void PasswdEditTest::everyPasswordOfAUrlIsMasked()
     QVERIFY(shownText().startsWith(QString::fromUtf8("http://bob:●●●●●●●●@a/")));
 }
 
-void PasswdEditTest::theHiddenEditHasTheParentGeometryAndFontOfTheShownEdit()
+void PasswdEditTest::theHiddenEditHasTheGeometryAndTheFontAndTheParentOfTheShownEdit()
 {
     QCOMPARE(textOf(hiddenEdit()), text());
     QVERIFY(!hiddenEdit()->isVisible());
@@ -227,7 +227,7 @@ void PasswdEditTest::theShownEditAcceptsNoDropsAndHasNoContextMenu()
     QVERIFY(QApplication::activePopupWidget() == nullptr);
 }
 
-void PasswdEditTest::eachChangeOfTheTextIsSignalled()
+void PasswdEditTest::aSignalReportsEachChangeOfTheText()
 {
     setRealText(QStringLiteral("x"));
     QCOMPARE(changes->size(), 1);
@@ -365,7 +365,7 @@ void PasswdEditTest::undoAndRedoRestoreThePassword()
     QCOMPARE(realText(), QStringLiteral("other"));
 }
 
-void PasswdEditTest::aPasswordThatUndoRestoresIsMasked()
+void PasswdEditTest::undoMasksTheRestoredPassword()
 {
     press(QKeySequence::SelectAll);
     press(Qt::Key_Delete);
