@@ -198,8 +198,8 @@ void MainWindow::updateEmptyText()
         view->setEmptyText(tr("No package has an update."));
     } else if (proxy->rowCount() == 0 && proxy->matchesIgnoringCase()) {
         view->setEmptyText(
-            tr("No package matches.\nThe expression is case-sensitive. Without regard to upper and "
-               "lower case, packages match."));
+            tr("No package matches.\nWith other upper and lower case letters, packages match. For both "
+               "forms of a letter, write \"[Aa]\"."));
     } else if (modeBox->currentIndex() == searchMode &&
                proxy->filterRegExp().pattern().endsWith(QLatin1Char('$'))) {
         // The list of files is one field, so "$" matches only the end of the whole list, not the end of each

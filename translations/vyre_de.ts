@@ -1088,9 +1088,9 @@ Für das Ende einer Zeile schreiben Sie „([[:space:]]|$)“.</translation>
     </message>
     <message>
         <source>No package matches.
-The expression is case-sensitive. Without regard to upper and lower case, packages match.</source>
+With other upper and lower case letters, packages match. For both forms of a letter, write &quot;[Aa]&quot;.</source>
         <translation>Kein Paket entspricht der Auswahl.
-Der Ausdruck unterscheidet Groß- und Kleinschreibung. Ohne diese Unterscheidung passen Pakete.</translation>
+Mit anderer Groß- und Kleinschreibung passen Pakete. Für beide Formen eines Buchstabens steht „[Aa]“.</translation>
     </message>
 </context>
 <context>

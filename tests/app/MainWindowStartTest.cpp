@@ -292,8 +292,9 @@ void MainWindowStartTest::theTableShowsTheReasonIfNoRowIsListed()
     shown->filter("Shell");
     QCOMPARE(
         told(),
-        QString("No package matches.\nThe expression is case-sensitive. Without regard to upper and lower "
-                "case, packages match."));
+        QString(
+            "No package matches.\nWith other upper and lower case letters, packages match. For both forms "
+            "of a letter, write \"[Aa]\"."));
     shown->filter("shell");
     QCOMPARE(shown->listed(), QStringList{"shell"});
     QCOMPARE(told(), QString());

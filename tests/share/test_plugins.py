@@ -303,6 +303,15 @@ class FailuresTest(PlugInsTest):
             self.NEEDS_DNF.replace("sack", "config"), self.NEEDS_DNF.replace("crooked", "other")])
 
     @in_own_process
+    def test_a_plug_in_that_needs_the_dnf_command_causes_a_warning_and_no_error(self):
+        warnings = []
+        self.write_plug_in("crooked", raising("sack", "self.cli.demands.resolving = True"))
+        self.load(logWarning=lambda level, text: warnings.append((level, text)))
+        self.collect()
+        self.assertEqual(warnings, [(2, self.NEEDS_DNF)])
+        self.assertEqual(self.reports(), [])
+
+    @in_own_process
     def test_an_exception_not_caused_by_the_missing_dnf_command_is_reported_as_a_fault_of_the_plug_in(self):
         self.load()
         for statement in ("self.cli.demands.resolving = self.base.missing", "self.base.cli.demands",

@@ -64,6 +64,10 @@ def programListens():
     return isinstance(sys.stdout, Writer)
 
 
+# The attribute that marks a record of our own as no error: logging.warning(..., extra={HARMLESS: True})
+HARMLESS = 'vyreHarmless'
+
+
 class LogHandler(logging.Handler):
     """Passes dnf's log records on to the program's log.
 
@@ -75,6 +79,11 @@ class LogHandler(logging.Handler):
 
     # Whether dnf leaves out the repository that it is reading, if this repository fails.
     mayBeSkipped = False
+
+    @classmethod
+    def isOnlyWarning(cls, record):
+        """Whether a warning is no error: no operation has failed because of it."""
+        return getattr(record, HARMLESS, False) or cls.isAboutSkipped(record)
 
     @classmethod
     def isAboutSkipped(cls, record):
@@ -100,8 +109,9 @@ class LogHandler(logging.Handler):
         if isStopped():
             # A download that the user has stopped fails. Log this failure only as a detail.
             yumIOC.log(max(level, 3), text)
-        elif record.levelno == logging.WARNING and program.logWarning is not None and self.isAboutSkipped(record):
-            program.logWarning(0, text)  # a notice refers to the log, so each detail level must show the reason
+        elif record.levelno == logging.WARNING and program.logWarning is not None and self.isOnlyWarning(record):
+            # A notice about a skipped repository refers to the log, so each detail level must show the reason.
+            program.logWarning(level if getattr(record, HARMLESS, False) else 0, text)
         elif record.levelno >= logging.WARNING:
             yumIOC.errorlog(level, text)
         else:

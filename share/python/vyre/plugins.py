@@ -16,7 +16,7 @@ import dnf.exceptions
 import dnf.plugin
 
 from . import program
-from .output import passable
+from .output import HARMLESS, passable
 from .program import tr
 
 
@@ -152,7 +152,8 @@ class PlugIns(dnf.plugin.Plugins):
         if (name, method) not in self._withoutCommand:
             self._withoutCommand.add((name, method))
             logging.getLogger('dnf').warning(
-                tr('The plug-in %s needs the dnf command and does not work in VYRE (%s).'), name, method)
+                tr('The plug-in %s needs the dnf command and does not work in VYRE (%s).'), name, method,
+                extra={HARMLESS: True})
 
     # Whether a plug-in has ended the operation in run_pre_transaction(). dnf calls this hook just before rpm's work; if
     # the transaction changes no packages, dnf calls it after changing groups and module streams.
