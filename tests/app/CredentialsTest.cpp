@@ -148,8 +148,8 @@ private Q_SLOTS:
     void passwordsInUrlsAreFound();
     void passwordsInOptionsAreFound_data();
     void passwordsInOptionsAreFound();
-    void holdsIsTrueEvenIfThePasswordIsEmpty();
-    void holdsPasswordIsFalseIfThePasswordIsEmpty();
+    void holdsReturnsTrueEvenIfThePasswordIsEmpty();
+    void holdsPasswordReturnsFalseIfThePasswordIsEmpty();
     void theScannerFindsTheSamePasswordsAsRegularExpressions_data();
     void theScannerFindsTheSamePasswordsAsRegularExpressions();
     void everyPasswordIsHiddenByThreeDots();
@@ -222,7 +222,7 @@ void CredentialsTest::passwordsInOptionsAreFound()
     QTEST(starred(text, Text::Options), "expected");
 }
 
-void CredentialsTest::holdsIsTrueEvenIfThePasswordIsEmpty()
+void CredentialsTest::holdsReturnsTrueEvenIfThePasswordIsEmpty()
 {
     QVERIFY(Credentials::holds(QStringLiteral("/vantor?u=&p=&path="), Text::Urls));
     QVERIFY(Credentials::holds(QStringLiteral("[r]\nproxy=http://u:p@h/\n"), Text::Options));
@@ -231,7 +231,7 @@ void CredentialsTest::holdsIsTrueEvenIfThePasswordIsEmpty()
     QVERIFY(!Credentials::holds(QStringLiteral("http://h/vantor\nusername=u\n"), Text::Options));
 }
 
-void CredentialsTest::holdsPasswordIsFalseIfThePasswordIsEmpty()
+void CredentialsTest::holdsPasswordReturnsFalseIfThePasswordIsEmpty()
 {
     for (const char* text : {"/vantor?u=&p=&path=", "password=\n", "password = \n[r]\n",
                              "http://h/?password=", "http://u:@h/", "http://h/\n"}) {

@@ -14,7 +14,7 @@ private:
     void log(Log::Kind kind, unsigned int level) { entries.append(Log::Entry(kind, level, "text")); }
 
 private Q_SLOTS:
-    void hasErrorsIsTrueOnlyForErrorsLoggedAfterTheWatchBegan()
+    void hasErrorsReturnsTrueOnlyIfAnErrorWasLoggedAfterTheWatchBegan()
     {
         log(Log::Error, 0);
         const ErrorWatch errors(entries);

@@ -98,7 +98,7 @@ private Q_SLOTS:
         QCOMPARE(header.pointSize(), headerPoints);
     }
 
-    void theFixedFontHasTheFirstFamilyInTheListThatIsInstalled_data()
+    void theFixedFontHasTheFirstInstalledFamilyOfTheGivenList_data()
     {
         QTest::addColumn<QStringList>("families");
         QTest::addColumn<QString>("chosen");
@@ -114,7 +114,7 @@ private Q_SLOTS:
                               << "No Such D";
     }
 
-    void theFixedFontHasTheFirstFamilyInTheListThatIsInstalled()
+    void theFixedFontHasTheFirstInstalledFamilyOfTheGivenList()
     {
         QFETCH(QStringList, families);
         QFETCH(QString, chosen);

@@ -194,7 +194,7 @@ private Q_SLOTS:
         QVERIFY2(!message.contains("display"), message);
     }
 
-    void theWarningsOfQtAreOnStandardErrorIfTheProgramStarts()
+    void theProgramWritesTheWarningsOfQtToStandardErrorAfterASuccessfulStart()
     {
         // No session manager exists at this address.
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();

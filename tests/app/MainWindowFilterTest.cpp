@@ -33,14 +33,14 @@ private Q_SLOTS:
     void aSearchFindsAPackageByTheExactPathOfAFile();
     void aSearchThatEndsWithADollarSignAndFindsNothingShowsAHint();
     void anInvalidExpressionHasTheErrorColour();
-    void theStateDuplicatesAndGroupsFiltersAlsoApplyInSearchMode();
+    void theStateBoxAndBothCheckBoxesFilterTheRowsInSearchModeToo();
     void aWorkerReadsTextsOnlyForASearchExpression();
     void aWorkerReadsTheSearchTextsAgainAfterARefresh();
 
     void theApplyButtonIsEnabledWhileAnyRecordIsMarked();
-    void theSetSelectedButtonMarksTheSelectedRows();
-    void theSetUpdatesButtonMarksTheListedUpdates();
-    void theClearActionsButtonRemovesAllMarks();
+    void aButtonMarksTheSelectedRows();
+    void aButtonMarksTheListedUpdates();
+    void aButtonRemovesAllMarks();
     void markingManyRowsSortsTheTableOnce();
     void aWarningIsShownIfAMarkedRowIsNotListed();
     void everyFilterThatHidesAMarkShowsTheWarning();
@@ -274,7 +274,7 @@ void MainWindowFilterTest::anInvalidExpressionHasTheErrorColour()
     QCOMPARE(shown->regexpEdit->palette().color(QPalette::Base), usual);
 }
 
-void MainWindowFilterTest::theStateDuplicatesAndGroupsFiltersAlsoApplyInSearchMode()
+void MainWindowFilterTest::theStateBoxAndBothCheckBoxesFilterTheRowsInSearchModeToo()
 {
     shown->start();
     shown->choose(shown->modeBox, Search);
@@ -356,7 +356,7 @@ void MainWindowFilterTest::theApplyButtonIsEnabledWhileAnyRecordIsMarked()
     QVERIFY(!apply->isEnabled());
 }
 
-void MainWindowFilterTest::theSetSelectedButtonMarksTheSelectedRows()
+void MainWindowFilterTest::aButtonMarksTheSelectedRows()
 {
     shown->start();
     listEverything();
@@ -372,7 +372,7 @@ void MainWindowFilterTest::theSetSelectedButtonMarksTheSelectedRows()
     QCOMPARE(standIn->calls("apply"), 0);
 }
 
-void MainWindowFilterTest::theSetUpdatesButtonMarksTheListedUpdates()
+void MainWindowFilterTest::aButtonMarksTheListedUpdates()
 {
     shown->start();
     shown->choose(shown->stateBox, ViewAll);
@@ -386,7 +386,7 @@ void MainWindowFilterTest::theSetUpdatesButtonMarksTheListedUpdates()
     QCOMPARE(standIn->calls("apply"), 0);
 }
 
-void MainWindowFilterTest::theClearActionsButtonRemovesAllMarks()
+void MainWindowFilterTest::aButtonRemovesAllMarks()
 {
     shown->start();
     listEverything();

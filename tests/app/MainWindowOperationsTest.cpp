@@ -37,7 +37,7 @@ private Q_SLOTS:
     {
         compareReadAgain(Search, "needle", {"editor", "many", "tool"});
     }
-    void anOperationLeavesTheFocusOnTheTableOrTheExpression();
+    void anOperationDoesNotMoveTheFocusFromTheTableOrTheExpression();
     void theRefreshButtonCollectsThePackagesAgain();
     void theRefreshButtonClearsTheActionsAndTheWarningAboutThem();
     void cleaningTheDbcacheCollectsThePackagesAgain() { compareClean("Clean dbcache", "cleanDbcache"); }
@@ -45,7 +45,7 @@ private Q_SLOTS:
     void cleaningAllCachedDataCollectsThePackagesAgain() { compareClean("Clean All", "cleanAll"); }
     void cleaningTheCachedPackagesDoesNotChangeTheTable();
     void readingTheConfigurationAgainDoesNotLogItsWarningsAgain();
-    void theToolTipsOfTheCleanEntriesNameTheCacheDirectory();
+    void theToolTipsOfTheCleaningCommandsNameTheCacheDirectory();
     void theResizeButtonFitsTheColumnsToTheirContents();
     void anApplyChangesTheSystemAndReadsThePackagesAgain();
     void theCollectionAfterAnApplyUsesTheCredentialsThatTheUserHasTyped();
@@ -207,7 +207,7 @@ void MainWindowOperationsTest::compareReadAgain(Mode mode, const QString& expres
     QCOMPARE(told, QStringList{"Reading the packages..."});
 }
 
-void MainWindowOperationsTest::anOperationLeavesTheFocusOnTheTableOrTheExpression()
+void MainWindowOperationsTest::anOperationDoesNotMoveTheFocusFromTheTableOrTheExpression()
 {
     shown->start();
     QVERIFY(shown->view->hasFocus());
@@ -323,7 +323,7 @@ void MainWindowOperationsTest::readingTheConfigurationAgainDoesNotLogItsWarnings
     QCOMPARE(log.count("doubted.repo, section [doubted]: VYRE reads \"enabled=no\" as enabled"), 1);
 }
 
-void MainWindowOperationsTest::theToolTipsOfTheCleanEntriesNameTheCacheDirectory()
+void MainWindowOperationsTest::theToolTipsOfTheCleaningCommandsNameTheCacheDirectory()
 {
     shown->start();
     const auto toolTip = [this](const char* text) { return shown->action("&Cache", text)->toolTip(); };

@@ -34,7 +34,7 @@ private Q_SLOTS:
     void theDescribeCommandDescribesTheCurrentPackage();
     void theDescribeCommandIsDisabledIfNoRowIsCurrent();
     void errorsThatAreOnlyInTheLogCauseANotice();
-    void noticeAboutTheLogEndsWhenTheLogIsOpened();
+    void openingTheLogRemovesTheNoticeAboutErrors();
     void repositoriesThatAreLeftOutCauseANotice();
     void errorsDuringATransactionCauseASeparateNotice();
     void theOutcomeOfATransactionIsShownUntilTheNextOperation();
@@ -164,7 +164,7 @@ void MainWindowOtherWindowsTest::errorsThatAreOnlyInTheLogCauseANotice()
     QCOMPARE(notices(), 1);
 }
 
-void MainWindowOtherWindowsTest::noticeAboutTheLogEndsWhenTheLogIsOpened()
+void MainWindowOtherWindowsTest::openingTheLogRemovesTheNoticeAboutErrors()
 {
     shown->start();
     standIn->setComplaining(true);

@@ -43,8 +43,8 @@ private Q_SLOTS:
     void theQuitButtonInTheCredentialsDialogPreventsTheFirstCollection();
     void credentialsThatTheUserEntersAtStartupAreUsedInTheFirstCollection();
     void theScriptReadsTheRepositoriesAgainAfterTheEditorWasOpenAtStartup();
-    void theLogOpensAtStartupIfThisIsRequested();
-    void theLogDoesNotOpenAtStartupIfThisIsNotRequested();
+    void theLogIsVisibleAtStartupIfSetLogAtStartWasCalled();
+    void theLogIsHiddenAtStartupIfSetLogAtStartWasNotCalled();
     void theNoticesAboutMissingRightsAndLoggedErrorsAreShownInTurn();
 
     void theTableShowsTheReasonIfNoRowIsListed();
@@ -418,7 +418,7 @@ void MainWindowStartTest::invalidSavedSettingsChangeNothing()
     QCOMPARE(shown->marks(), QStringList{"tool update"});
 }
 
-void MainWindowStartTest::theLogOpensAtStartupIfThisIsRequested()
+void MainWindowStartTest::theLogIsVisibleAtStartupIfSetLogAtStartWasCalled()
 {
     shown->window->setLogAtStart();
     QVERIFY(inTheMiddle([this] { shown->window->show(); }, [] { QVERIFY(logIsVisible()); }));
@@ -426,7 +426,7 @@ void MainWindowStartTest::theLogOpensAtStartupIfThisIsRequested()
     QVERIFY(logIsVisible());
 }
 
-void MainWindowStartTest::theLogDoesNotOpenAtStartupIfThisIsNotRequested()
+void MainWindowStartTest::theLogIsHiddenAtStartupIfSetLogAtStartWasNotCalled()
 {
     shown->start();
     QVERIFY(logWindow() == nullptr);

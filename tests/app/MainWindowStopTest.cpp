@@ -52,7 +52,7 @@ private Q_SLOTS:
     void closingTheWindowStopsTheRunningSearch();
     void theStopButtonIsDisabledIfNoOperationRuns();
     void failingRepositoriesAreDisabledForTheSessionIfTheUserAgrees();
-    void yesToAllDisablesAllFailingRepositoriesForTheSession();
+    void theYesToAllButtonDisablesAllFailingRepositoriesForTheSession();
     void noPackageIsListedIfTheUserKeepsAFailingRepository();
 };
 
@@ -360,7 +360,7 @@ void MainWindowStopTest::failingRepositoriesAreDisabledForTheSessionIfTheUserAgr
     QVERIFY(standIn->calls().contains("disableRepo extras"));
 }
 
-void MainWindowStopTest::yesToAllDisablesAllFailingRepositoriesForTheSession()
+void MainWindowStopTest::theYesToAllButtonDisablesAllFailingRepositoriesForTheSession()
 {
     standIn->setRepos("[base]\nbaseurl=file:///base\n[extras]\nbaseurl=file:///extras\n");
     shown->start();

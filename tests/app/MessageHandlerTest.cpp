@@ -166,7 +166,7 @@ private Q_SLOTS:
         QVERIFY(!reader.read().contains("lost"));
     }
 
-    void theWatcherIsCalledForEachMessageUntilItIsRemoved()
+    void theWatcherGetsEachMessageUntilItsRemoval()
     {
         install();
         static QVector<bool> heard;

@@ -34,7 +34,7 @@ private Q_SLOTS:
         QCOMPARE(text(), QString());
     }
 
-    void aTextAboutTheLogStaysUntilTheLogIsOpened()
+    void openingTheLogRemovesATextAboutTheLog()
     {
         Notice brief(&window, 1);
         brief.showTextAboutLog("errors");
@@ -50,7 +50,7 @@ private Q_SLOTS:
         QVERIFY(!brief.isVisible());
     }
 
-    void openingTheLogEndsOnlyTextsAboutTheLog()
+    void openingTheLogRemovesNoOtherTexts()
     {
         notice->showTextAboutLog("errors");
         notice->showText("other");
@@ -64,14 +64,14 @@ private Q_SLOTS:
         QCOMPARE(text(), QString("other"));
     }
 
-    void aTextAboutTheLogEndsWhenAnOperationBegins()
+    void anOperationThatBeginsRemovesATextAboutTheLog()
     {
         notice->showTextAboutLog("errors");
         notice->beginOperation();
         QCOMPARE(text(), QString());
     }
 
-    void aNoticeDisappearsAfterItsTime()
+    void aNoticeDisappearsAfterTheGivenTime()
     {
         Notice brief(&window, 1);
         brief.showText("a");

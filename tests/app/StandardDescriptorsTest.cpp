@@ -35,7 +35,7 @@ class StandardDescriptorsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void closedDescriptorsAreOpenedAndOpenDescriptorsAreKept()
+    void closedDescriptorsAreOpenedButOpenDescriptorsAreNotChanged()
     {
         for (int closed = 0; closed < 8; ++closed) {
             const int status = inAnotherProcess([closed] {

@@ -46,7 +46,7 @@ private Q_SLOTS:
         QCOMPARE(button.sizeHint(), size);
     }
 
-    void escapePressesTheEnabledButton()
+    void escapePressesTheStopButtonIfTheButtonIsEnabled()
     {
         QWidget window;
         auto* button = new StopButton(&window);

@@ -47,7 +47,7 @@ private Q_SLOTS:
         }
     }
 
-    void theFirstRequestedLanguageThatHasACatalogueIsUsed_data()
+    void theProgramUsesTheFirstRequestedLanguageThatHasACatalogue_data()
     {
         QTest::addColumn<QStringList>("languages");
         QTest::addColumn<QString>("file");
@@ -67,7 +67,7 @@ private Q_SLOTS:
         QTest::newRow("empty language") << QStringList{""} << QString();
     }
 
-    void theFirstRequestedLanguageThatHasACatalogueIsUsed()
+    void theProgramUsesTheFirstRequestedLanguageThatHasACatalogue()
     {
         QFETCH(QStringList, languages);
         QFETCH(QString, file);

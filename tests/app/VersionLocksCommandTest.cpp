@@ -17,7 +17,7 @@ class VersionLocksCommandTest : public StandInWindow
 
 private Q_SLOTS:
     void lockingAPackageReadsThePackagesAgainAndKeepsTheOtherMarks();
-    void controlsAreDisabledWhileVersionsAreLocked();
+    void controlsAreDisabledWhileAWorkerLocksVersions();
 };
 
 void VersionLocksCommandTest::lockingAPackageReadsThePackagesAgainAndKeepsTheOtherMarks()
@@ -74,7 +74,7 @@ void VersionLocksCommandTest::lockingAPackageReadsThePackagesAgainAndKeepsTheOth
     QCOMPARE(standIn->calls("setupRepos"), 4);
 }
 
-void VersionLocksCommandTest::controlsAreDisabledWhileVersionsAreLocked()
+void VersionLocksCommandTest::controlsAreDisabledWhileAWorkerLocksVersions()
 {
     standIn->setVersionLocks({});
     shown->start();

@@ -83,7 +83,7 @@ class EndSignalsTest : public QObject
 private Q_SLOTS:
     // Finds the expected value by experiment: sends each signal to a child without handlers, and checks
     // whether the child ends.
-    void endsProcessIsTrueForExactlyTheSignalsThatEndAProcess_data()
+    void endsProcessReturnsTrueForExactlyTheSignalsThatEndAProcess_data()
     {
         QTest::addColumn<int>("number");
         for (int number = 1; number <= SIGRTMAX; ++number) {
@@ -94,7 +94,7 @@ private Q_SLOTS:
         }
     }
 
-    void endsProcessIsTrueForExactlyTheSignalsThatEndAProcess()
+    void endsProcessReturnsTrueForExactlyTheSignalsThatEndAProcess()
     {
         QFETCH(int, number);
         const pid_t child = fork();
@@ -113,7 +113,7 @@ private Q_SLOTS:
         QCOMPARE(EndSignals::endsProcess(number), bool(WIFSIGNALED(status)));
     }
 
-    void aSignalThatWouldEndTheProcessBecomesARequest_data()
+    void aSignalThatWouldEndTheProcessBecomesARequestToEnd_data()
     {
         QTest::addColumn<int>("number");
         for (int number : {SIGTERM, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2, SIGALRM, SIGSEGV, SIGFPE, SIGXCPU,
@@ -122,7 +122,7 @@ private Q_SLOTS:
         }
     }
 
-    void aSignalThatWouldEndTheProcessBecomesARequest()
+    void aSignalThatWouldEndTheProcessBecomesARequestToEnd()
     {
         QFETCH(int, number);
         QCOMPARE(inChild([number](int requests) {
@@ -132,7 +132,7 @@ private Q_SLOTS:
                  QStringLiteral("status %1").arg(number));
     }
 
-    void renewMakesSIGINTARequestAgainAfterAnotherHandlerWasSet()
+    void renewRestoresTheHandlerOfSIGINTAfterAnotherHandlerWasSet()
     {
         QCOMPARE(inChild([](int) {
                      kill(getpid(), SIGINT);
@@ -194,7 +194,7 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(path));
     }
 
-    void aSignalEndsAChildProcessWithoutARequest()
+    void aSignalToAChildProcessEndsTheChildWithoutARequestToEnd()
     {
         QCOMPARE(inChild([](int requests) {
                      const pid_t child = fork();
@@ -212,7 +212,7 @@ private Q_SLOTS:
                  QStringLiteral("status 7"));
     }
 
-    void aSignalThatTheRecorderHoldsBackBecomesARequestLater()
+    void aSignalBecomesARequestToEndAfterTheRecorderHasDeliveredIt()
     {
         for (int number : {SIGTERM, SIGABRT, SIGUSR1, SIGSEGV}) {
             QCOMPARE(inChild([number](int requests) {
@@ -230,7 +230,7 @@ private Q_SLOTS:
         }
     }
 
-    void aSignalThatTheProcessIgnoresBecomesNoRequest()
+    void anIgnoredSignalDoesNotRequestTheEndOfTheProcess()
     {
         QCOMPARE(inChild([](int requests) {
                      std::signal(SIGHUP, SIG_IGN);
@@ -246,7 +246,7 @@ private Q_SLOTS:
                  QStringLiteral("status 7"));
     }
 
-    void endByEndsTheProcessWithTheGivenSignal()
+    void theEndByFunctionEndsTheProcessWithTheGivenSignal()
     {
         QCOMPARE(inChild([](int) {
                      sigset_t all;

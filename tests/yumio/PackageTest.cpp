@@ -128,7 +128,7 @@ private Q_SLOTS:
         QVERIFY(chained.isDetached());
     }
 
-    void deletingRecordsWithUnreleasedObjectsIsReportedOnlyOnce()
+    void deletingRecordsWithUnreleasedPythonObjectsIsReportedOnlyOnce()
     {
         // The destructor may run without the interpreter lock, so it must not dereference this pointer.
         auto* object = reinterpret_cast<PyObject*>(quintptr(0x1234));

@@ -82,7 +82,7 @@ private Q_SLOTS:
         QVERIFY(records->place(Package::EntryKey(false, "a", "x86_64")) == package);
     }
 
-    void aSecondKeyFindsTheSameRecordUnlessItIsTaken()
+    void aSecondKeyFindsItsRecordUnlessAnotherRecordHasThisKey()
     {
         Package::Entry* record = add("a", "x86_64");
         Package::Entry* other = add("b", "i386");

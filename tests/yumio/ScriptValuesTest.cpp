@@ -139,7 +139,7 @@ private Q_SLOTS:
         warnings();
     }
 
-    void listsTuplesAndNumbersAreConvertedToTexts()
+    void numbersAndPythonSequencesAreConvertedToTexts()
     {
         QCOMPARE(pyStringX("'plain'"), QString("plain"));
         QCOMPARE(pyStringX("['a', 'b', 3]"), QString("(a,\n b,\n 3)"));
@@ -285,7 +285,7 @@ private Q_SLOTS:
         QCOMPARE(values->simpleString(thing.get(), "list"), QString("(a,\n b)"));
     }
 
-    void findRelationReturnsTheFirstValueOfThePairWithThisSecondValue()
+    void findRelationReturnsTheFirstValueOfThePairWithTheGivenSecondValue()
     {
         const PyRef pairs = value("[('x', 'one'), ('y', 'two'), ('z', 'two')]");
         QCOMPARE(values->pyStringDec(values->findRelation(pairs.get(), "two")), QString("y"));

@@ -118,7 +118,7 @@ private Q_SLOTS:
                  QStringList({"still here", QString("signal %1").arg(SIGHUP)}));
     }
 
-    void theRecorderRestoresTheFormerActionsIfNoSignalArrives()
+    void theRecorderRestoresTheFormerSignalHandlersIfNoSignalArrives()
     {
         QCOMPARE(inChild([](int out) {
                      for (int i = 0; i < 2; ++i) {

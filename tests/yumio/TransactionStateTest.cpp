@@ -108,7 +108,7 @@ private Q_SLOTS:
         QCOMPARE(transaction.downloadSteps, quint32(10240 * 24000 / 40240));
     }
 
-    void theSlotsAreResetWhenTheDownloadsBeginAndEnd()
+    void thePayloadSlotsAreClearedWhenTheDownloadsBeginAndEnd()
     {
         TransactionState transaction;
         transaction.weighRemote(20000, false);

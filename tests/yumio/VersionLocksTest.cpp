@@ -16,7 +16,7 @@ private Q_SLOTS:
         QVERIFY(!locks.isLocked(Package::Entry()));
     }
 
-    void aPackageIsLockedIfALockNamesIt()
+    void aPackageIsLockedIfAVersionLockNamesIt()
     {
         VersionLocks locks;
         locks.lines.insert("tool", "tool-0:1-1.*");

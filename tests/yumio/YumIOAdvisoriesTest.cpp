@@ -64,7 +64,7 @@ private Q_SLOTS:
         QVERIFY(yumIO().collectAdvisories());
     }
 
-    void advisoriesOfUpdateReturnsTheAdvisoriesOfAnUpdate()
+    void anUpdateHasTheAdvisoriesThatTheScriptReports()
     {
         backEnd->run("it.installed = [Package('tool'), Package('lib')]\n"
                      "it.updates = [Package('tool', '2.0'), Package('lib', '2.0')]\n"
@@ -77,7 +77,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().advisoriesOfUpdate(*backEnd->entry("tool")), QStringList());
     }
 
-    void recordOfFindsThePackageOfAnAdvisoryByNameAndArchitecture()
+    void theRecordForAnAdvisoryIsFoundByNameAndArchitecture()
     {
         backEnd->run("it.installed = [Package('tool', arch='noarch')]");
         QVERIFY(backEnd->collect());

@@ -398,7 +398,7 @@ private Q_SLOTS:
         QVERIFY(!yumIO().wasStopped());
     }
 
-    void repositoriesThatAreLeftOutWithoutAQuestionAreKnown()
+    void theBackEndNamesRepositoriesThatWereLeftOutWithoutAQuestion()
     {
         const int before = yumIO().logEntries().count();
         backEnd->run("def read():\n"
@@ -643,7 +643,7 @@ private Q_SLOTS:
                  QString("[('i686', 'x86_64'), ('x86_64', 'i586')]"));
     }
 
-    void aRecordIsBetterOnlyIfIsBetterThanReturnsExactlyTrue()
+    void aRecordIsBetterOnlyIfTheScriptReturnsExactlyTrue()
     {
         backEnd->run("it.available = [Package('lib', arch='x86_64'), Package('lib', arch='i686')]\n"
                      "it.does['isBetterThan'] = lambda a, b: 1");
@@ -652,7 +652,7 @@ private Q_SLOTS:
         QVERIFY(!backEnd->entry("lib", "i386")->duplicate);
     }
 
-    void theOlderRecordIsTheDuplicateIfIsBetterThanFails()
+    void theFirstRecordIsTheDuplicateIfTheScriptFailsToCompareTwoRecords()
     {
         backEnd->run("it.available = [Package('lib', arch='x86_64'), Package('lib', arch='i686')]\n"
                      "it.raises['isBetterThan'] = KeyError('x')");
@@ -662,7 +662,7 @@ private Q_SLOTS:
         QVERIFY(!backEnd->entry("lib", "i386")->duplicate);
     }
 
-    void repeatedFailuresOfIsBetterThanAreReportedOnce()
+    void repeatedFailuresToCompareTwoRecordsAreReportedOnce()
     {
         backEnd->run(
             "it.available = [Package('lib%d' % n, arch=a) for n in range(50) for a in ('x86_64', 'i686')]\n"

@@ -338,7 +338,7 @@ private Q_SLOTS:
                  QStringList("Internal error: YumIO::pyDate did not understand type: NULL"));
     }
 
-    void theTextIsEmptyIfAPackageHasNoChangeLog()
+    void theChangeLogTextIsEmptyIfAPackageHasNoChangeLog()
     {
         backEnd->run("tool.changelogs = None");
         QCOMPARE(yumIO().getChangeLog(tool()), QString());

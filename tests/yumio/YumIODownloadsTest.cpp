@@ -68,7 +68,7 @@ private Q_SLOTS:
                                                    "'Preparing to Run Transaction (0%) 0/1']"));
     }
 
-    void parallelDownloadsHaveSeparateRows()
+    void parallelDownloadsHaveSeparateRowsInTheTip()
     {
         collect("it.available = [Package('a', size=30000), Package('b', size=70000)]");
         QVERIFY(apply("confirmed(item(1, 'a'), item(1, 'b'))\n"
@@ -106,7 +106,7 @@ private Q_SLOTS:
                  QString("['Downloading b.rpm: Complete', 'Downloading a.rpm: Complete']"));
     }
 
-    void aDownloadThatEndsWithoutProgressHasASlotAndIsCounted()
+    void aDownloadThatEndsWithoutProgressIsShownInTheTipAndCounted()
     {
         collect("it.available = [Package('a', size=30000), Package('b', size=70000)]");
         QVERIFY(!apply("a, b = Rpm('a', 30000), Rpm('b', 70000)\n"
@@ -267,7 +267,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[0]['payloadSlots'], seen[1]['payloadSlots']"), QString("(0, 1)"));
     }
 
-    void downloadsWithoutASlotCauseOneWarning()
+    void downloadsThatExceedTheAnnouncedNumberCauseOneWarning()
     {
         collect("it.available = [Package('a', size=30000), Package('b', size=30000)]");
         const QString extra = "yumIOC.downloadRemotePayloads([Rpm('a', 30000)])\n"

@@ -348,7 +348,7 @@ private Q_SLOTS:
 
     // --- Child processes
 
-    void disablingTheChildSignalRestoresItsDefaultActionWithinTheScope()
+    void disablingTheChildSignalSetsTheDefaultHandlerUntilTheScopeEnds()
     {
         struct sigaction mine = {};
         mine.sa_handler = SIG_IGN;

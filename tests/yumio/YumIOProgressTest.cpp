@@ -80,7 +80,7 @@ private Q_SLOTS:
         QCOMPARE(spy.count(), 2);
     }
 
-    void aMarkLikeErrno2BeginsANewLineInTheLog()
+    void anErrorNumberLikeErrno2BeginsANewLineInTheLog()
     {
         const int before = logLength();
         backEnd->run("yumIOC.errorlog(0, 'a: [Errno 2] b: [Errno 13] c')\n"
@@ -326,7 +326,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[0][1]"), QString("Preparing to Run Transaction (0%) 0/1"));
     }
 
-    void everyArgumentExceptFalseMeansATestTransaction()
+    void everyArgumentOfRpmtransInitExceptFalseMeansATestTransaction()
     {
         QVERIFY(!apply("for flag in (False, True, None, 0, '', False):\n"
                        "    yumIOC.rpmtransInit(flag)\n"

@@ -294,7 +294,7 @@ private Q_SLOTS:
                  QStringList("Unable to restore SIGCHLD signal handler; errno=22 (Invalid argument)"));
     }
 
-    void systemChangedIsTrueIfTheRealTransactionHasBegun()
+    void systemChangedReturnsTrueIfTheRealTransactionHasBegun()
     {
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\nyumIOC.rpmtransInit(True)"));
         backEnd->answers.take();
@@ -612,7 +612,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->group("tool")->action, Package::None);
     }
 
-    void signalsToEndAreDelayedWhileTheSystemIsChanged()
+    void signalsThatEndTheProgramAreDelayedWhileTheSystemIsChanged()
     {
         // The test framework has changed the actions for SIGHUP and SIGTERM, so set their default actions.
         const std::array<int, 2> numbers{SIGHUP, SIGTERM};

@@ -225,7 +225,7 @@ private Q_SLOTS:
         QVERIFY2(standardError.contains("ValueError: wrong"), qPrintable(standardError));
     }
 
-    void theLogHasTheTracebackOfAScriptThatFailsEarly()
+    void theLogHasTheTracebackOfAScriptThatFailsWhileItIsImported()
     {
         variables.insert("PRINT_LOG", "1");
         QStringList log =

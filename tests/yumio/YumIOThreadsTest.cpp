@@ -299,7 +299,7 @@ private Q_SLOTS:
         QVERIFY(blocked);
     }
 
-    void theActionOfSIGINTIsTheDefaultAfterAnOperation()
+    void theDefaultHandlerOfSIGINTIsSetAfterAnOperation()
     {
         yumIO().python().setEnablePythonSIGINTHandler(true);
         struct sigaction action;
