@@ -6,12 +6,12 @@
 
 #include "widgets/Colors.h"
 
-Notice::Notice(QWidget* parent, int duration) : PlainLabel(parent)
+Notice::Notice(QWidget* parent, int duration) : ElidedLabel(parent)
 {
     setPalette(Colors::makeWarning(palette()));
     setAutoFillBackground(true);
     setMargin(2);
-    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred); // show the whole text, even in a narrow window
+    setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred); // only the text has the background colour
     end.setSingleShot(true);
     end.setInterval(duration);
     connect(&end, SIGNAL(timeout()), this, SLOT(showNext()));
@@ -67,7 +67,7 @@ void Notice::showNext()
 void Notice::present(const Message& message)
 {
     current = message;
-    setText(message.text);
+    ElidedLabel::showText(message.text);
     show();
     if (message.isAboutLog) {
         end.stop();

@@ -5,6 +5,7 @@
 //
 // The row of the menus has space for only one text. A new text is visible immediately. When it disappears,
 // the text that it has replaced is visible again, because the user may not have read that text yet.
+// If the window is too narrow for the text, the tool tip shows the whole text.
 //
 // The object lives on the graphical thread; its Qt parent owns it.
 
@@ -15,9 +16,9 @@
 #include <QString>
 #include <QTimer>
 
-#include "widgets/PlainLabel.h"
+#include "widgets/ElidedLabel.h"
 
-class Notice : public PlainLabel
+class Notice : public ElidedLabel
 {
     Q_OBJECT
 

@@ -122,7 +122,7 @@ void MainWindowOperationsTest::windowCannotBeClosedWhileTheSystemIsChanged()
         QVERIFY(!shown->window->close());
         const auto* notice = shown->window->findChild<Notice*>();
         QVERIFY(notice != nullptr && notice->isVisible());
-        QCOMPARE(notice->text(), QString("VYRE cannot close while it changes packages"));
+        QCOMPARE(notice->wholeText(), QString("VYRE cannot close while it changes packages"));
     });
 }
 

@@ -144,7 +144,7 @@ void MainWindowOtherWindowsTest::aMissingManualCausesANoticeAndNoMessageBox()
 QString MainWindowOtherWindowsTest::noticeText() const
 {
     const auto* label = shown->window->findChild<Notice*>();
-    return label != nullptr && label->isVisible() ? label->text() : QString();
+    return label != nullptr && label->isVisible() ? label->wholeText() : QString();
 }
 
 void MainWindowOtherWindowsTest::errorsThatAreOnlyInTheLogCauseANotice()
@@ -153,7 +153,7 @@ void MainWindowOtherWindowsTest::errorsThatAreOnlyInTheLogCauseANotice()
     const auto notices = [this] {
         int count = 0;
         for (const Notice* label : shown->window->findChildren<Notice*>()) {
-            count += label->isVisible() && label->text() == "There are errors in the log (Ctrl+L)";
+            count += label->isVisible() && label->wholeText() == "There are errors in the log (Ctrl+L)";
         }
         return count;
     };
@@ -324,7 +324,7 @@ void MainWindowOtherWindowsTest::aClickOnARowThatCannotBeMarkedShowsTheReason()
     const auto notices = [this, &reason] {
         int count = 0;
         for (const Notice* label : shown->window->findChildren<Notice*>()) {
-            count += label->isVisible() && label->text() == reason;
+            count += label->isVisible() && label->wholeText() == reason;
         }
         return count;
     };

@@ -59,7 +59,7 @@ private Q_SLOTS:
 QString MainWindowStopTest::notice() const
 {
     const auto* label = shown->window->findChild<Notice*>();
-    return label != nullptr && label->isVisible() ? label->text() : QString();
+    return label != nullptr && label->isVisible() ? label->wholeText() : QString();
 }
 
 QString MainWindowStopTest::log() const

@@ -14,8 +14,8 @@ private:
     QWidget window;
     Notice* notice = nullptr;
 
-    // The visible text; empty while the notice is hidden.
-    QString text() const { return notice->isVisible() ? notice->text() : QString(); }
+    // The whole visible text; empty while the notice is hidden.
+    QString text() const { return notice->isVisible() ? notice->wholeText() : QString(); }
     // Ends the display time of the visible text, and returns the text that is visible after that.
     QString textAfterwards()
     {
@@ -42,8 +42,8 @@ private Q_SLOTS:
         QVERIFY(brief.isVisible());
         // Another text replaces the notice about the log only for a while.
         brief.showText("stopped");
-        QCOMPARE(brief.text(), QString("stopped"));
-        QTRY_COMPARE(brief.text(), QString("errors"));
+        QCOMPARE(brief.wholeText(), QString("stopped"));
+        QTRY_COMPARE(brief.wholeText(), QString("errors"));
         QTest::qWait(50);
         QVERIFY(brief.isVisible());
         brief.logOpened();
@@ -99,6 +99,25 @@ private Q_SLOTS:
         notice->showText("a");
         QCOMPARE(textAfterwards(), QString("b"));
         QCOMPARE(textAfterwards(), QString());
+    }
+
+    void aTextThatIsTooLongForTheWindowIsShortenedAndShownInTheToolTip()
+    {
+        const QString longText = QString("a long text about the log ").repeated(20).trimmed();
+        window.resize(400, 40);
+        notice->showText(longText);
+        QTRY_VERIFY(notice->text().endsWith(QChar(0x2026)));
+        QVERIFY(longText.startsWith(notice->text().chopped(1)));
+        QCOMPARE(text(), longText);
+        QVERIFY(window.width() <= 400);
+        QVERIFY2(notice->toolTip().contains(longText), qPrintable(notice->toolTip()));
+        QCOMPARE(notice->accessibleName(), longText);
+        notice->showText("short");
+        QTRY_COMPARE(notice->text(), QString("short"));
+        QCOMPARE(notice->toolTip(), QString());
+        QCOMPARE(notice->accessibleName(), QString("short"));
+        // The notice is only as wide as its text.
+        QTRY_VERIFY(notice->width() < 200);
     }
 
     void theVisibleTextDisappearsWhenAnOperationBegins()
