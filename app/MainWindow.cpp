@@ -56,6 +56,13 @@ QString nodeName()
     return uname(&names) == 0 ? QString::fromLocal8Bit(names.nodename) : QString();
 }
 
+// Returns the notice for a user who cannot change packages, or an empty text.
+QString missingRights()
+{
+    return geteuid() == 0 ? QString()
+                          : MainWindow::tr("VYRE cannot change packages, because it does not run as root");
+}
+
 } // namespace
 
 MainWindow::MainWindow()
@@ -130,11 +137,8 @@ void MainWindow::initialize()
         quit();
         return;
     }
-    const bool mayChange = geteuid() == 0;
-    const QString warning = tr("VYRE cannot change packages, because it does not run as root");
-    if (!mayChange) {
-        warnAndNotice(warning); // the user must know this restriction before marking packages
-    }
+    const QString warning = missingRights();
+    showFault(warning); // the user must know this restriction before marking packages
     const QStringList known = yumIO->knownDirectories();
     if (!known.isEmpty()) {
         yumConfIO->knownDirectories = known;
@@ -183,7 +187,7 @@ void MainWindow::initialize()
     updateEmptyText();
     setReady(true);
     focusTable();
-    if (!mayChange) {
+    if (!warning.isEmpty()) {
         // In the meantime, the first notice may have disappeared, or another notice may have replaced it.
         showNotice(warning);
     }
@@ -260,13 +264,18 @@ void MainWindow::reposChanged()
         return;
     }
     yumIO->reset();
-    if (tableArea->isHidden()) {
+    const bool first = tableArea->isHidden();
+    if (first) {
         applyExpression(); // the expression from the command line
     }
     recollect(NoMarks);
     showTable();
     setReady(true);
     focusTable();
+    if (first && !missingRights().isEmpty()) {
+        // The repository editor has hidden the first notice, and beginOperation() has ended it.
+        showNotice(missingRights());
+    }
 }
 
 void MainWindow::yumConfIOChanged()
@@ -372,7 +381,7 @@ void MainWindow::showSkippedRepos()
     }
     reportedSkipped = skipped;
     if (skipped.count() == 1) {
-        // The notice needs space for the whole text, so the window would become as wide as a long identifier.
+        // In a narrow window, a notice shows only its beginning. A long identifier would push the advice out.
         constexpr int longest = 40;
         QString id = skipped.first();
         if (id.length() > longest) {

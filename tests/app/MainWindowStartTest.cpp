@@ -46,6 +46,7 @@ private Q_SLOTS:
     void theLogIsVisibleAtStartupIfSetLogAtStartWasCalled();
     void theLogIsHiddenAtStartupIfSetLogAtStartWasNotCalled();
     void theNoticesAboutMissingRightsAndLoggedErrorsAreShownInTurn();
+    void theNoticeAboutMissingRightsIsShownAfterTheEditorHasClosed();
 
     void theTableShowsTheReasonIfNoRowIsListed();
     void theTableDoesNotSayThatUpdatesAreMissingIfACollectionFails();
@@ -268,10 +269,32 @@ void MainWindowStartTest::theNoticesAboutMissingRightsAndLoggedErrorsAreShownInT
     QCOMPARE(seteuid(0), 0);
     auto* notice = shown->window->findChild<Notice*>();
     QVERIFY(notice->isVisible());
-    QCOMPARE(notice->text(), QString("VYRE cannot change packages, because it does not run as root"));
+    QCOMPARE(notice->wholeText(), QString("VYRE cannot change packages, because it does not run as root"));
     QVERIFY(QMetaObject::invokeMethod(notice, "showNext"));
-    QCOMPARE(notice->text(), QString("There are errors in the log (Ctrl+L)"));
+    QCOMPARE(notice->wholeText(), QString("There are errors in the log (Ctrl+L)"));
     QVERIFY(notice->isVisible());
+}
+
+void MainWindowStartTest::theNoticeAboutMissingRightsIsShownAfterTheEditorHasClosed()
+{
+    constexpr char nobody[] = "65534";
+    QCOMPARE(QProcess::execute("chown", {"--recursive", nobody, QFile::decodeName(qgetenv("VYRESHARE"))}), 0);
+    shown->window->setRepoEditorAtStart();
+    const Once once([] { return qobject_cast<QDialog*>(QApplication::activeModalWidget()) != nullptr; },
+                    [] { QApplication::activeModalWidget()->close(); });
+    QCOMPARE(seteuid(QByteArray(nobody).toUInt()), 0);
+    shown->window->show();
+    const bool listed =
+        QTest::qWaitFor([this] { return shown->area->isVisible() && shown->isReady(); }, 20000);
+    QCOMPARE(seteuid(0), 0);
+    QVERIFY(listed);
+    auto* notice = shown->window->findChild<Notice*>();
+    QVERIFY(notice->isVisible());
+    QCOMPARE(notice->wholeText(), QString("VYRE cannot change packages, because it does not run as root"));
+    // The notice describes the start of the program. Later operations do not show it again.
+    QVERIFY(QMetaObject::invokeMethod(notice, "showNext"));
+    QVERIFY(QMetaObject::invokeMethod(shown->window, "reposChanged"));
+    QVERIFY(!notice->isVisible());
 }
 
 void MainWindowStartTest::theTableShowsTheReasonIfNoRowIsListed()
