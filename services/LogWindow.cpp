@@ -17,7 +17,6 @@
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QSpinBox>
-#include <QTextBlock>
 #include <QTextCursor>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -44,7 +43,7 @@ const unsigned int maxPlainLevel = 9;
 Window::Window(EntryList& logEntries, QWidget* openedBy)
     : QWidget(nullptr), mainWindow(openedBy), levelSpinBox(new QSpinBox(this)), entries(logEntries),
       textEdit(new HTextEdit(100, 24, this)), timesBox(new QCheckBox(tr("&Times"), this)), shown(0),
-      open(false), painting(false), askedAgain(false)
+      place(-1), open(false), painting(false), askedAgain(false)
 {
     setWindowTitle(tr("VYRE Log"));
 
@@ -152,6 +151,7 @@ void Window::setVisible(bool visible)
         }
         open = false;
         shown = 0;
+        place = -1;
         textEdit->clear();
     }
 }
@@ -181,26 +181,50 @@ void Window::appended()
 
 void Window::showFrom(int index)
 {
-    int line = 0;
-    {
-        QMutexLocker locker(&entries);
-        const int end = qMin(index, static_cast<int>(shown));
-        for (int i = 0; i < end; ++i) {
-            line += isShown(entries.at(i)) ? 1 : 0;
-        }
+    const QTextBlock block = blockOf(index);
+    if (block.isValid()) {
+        scrollTo(block);
+        textEdit->setFocus();
     }
-    const QTextBlock block = textEdit->document()->findBlockByNumber(line);
-    if (!block.isValid()) {
-        return;
+}
+
+int Window::topEntry() const
+{
+    const QScrollBar* scrollBar = textEdit->verticalScrollBar();
+    if (scrollBar->value() >= scrollBar->maximum()) {
+        return -1;
     }
+    // A line of which less than half is visible does not count. An entry of several lines has its index at
+    // the first one.
+    const QPoint top(0, textEdit->fontMetrics().lineSpacing() / 2);
+    QTextBlock block = textEdit->cursorForPosition(top).block();
+    while (block.isValid() && block.userState() < 0) {
+        block = block.previous();
+    }
+    return block.userState();
+}
+
+QTextBlock Window::blockOf(int index) const
+{
+    QTextBlock block = textEdit->document()->firstBlock();
+    while (block.isValid() && block.userState() < index) {
+        block = block.next();
+    }
+    return block;
+}
+
+void Window::scrollTo(const QTextBlock& block)
+{
     textEdit->setTextCursor(QTextCursor(block));
-    const QRectF place = textEdit->document()->documentLayout()->blockBoundingRect(block);
-    textEdit->verticalScrollBar()->setValue(static_cast<int>(place.top()));
-    textEdit->setFocus();
+    const QRectF lines = textEdit->document()->documentLayout()->blockBoundingRect(block);
+    textEdit->verticalScrollBar()->setValue(static_cast<int>(lines.top()));
 }
 
 void Window::levelChanged(int)
 {
+    if (place < 0) { // otherwise, appended() has not rendered the text again yet
+        place = topEntry();
+    }
     shown = 0;
     textEdit->clear();
     appended();
@@ -209,7 +233,6 @@ void Window::levelChanged(int)
 void Window::timesChanged()
 {
     levelChanged(levelSpinBox->value());
-    scrollToEnd();
 }
 
 void Window::save()
@@ -313,11 +336,18 @@ bool Window::render()
     for (; shown < count; ++shown) {
         const Entry& entry = entries.at(static_cast<int>(shown));
         if (isShown(entry)) {
+            const QTextDocument* document = textEdit->document();
+            const int firstLine = document->isEmpty() ? 0 : document->blockCount();
             textEdit->appendCompact(toHtml(entry));
+            document->findBlockByNumber(firstLine).setUserState(static_cast<int>(shown));
         }
     }
     block.endEditBlock();
-    if (atEnd) {
+    const QTextBlock top = place >= 0 ? blockOf(place) : QTextBlock();
+    place = -1;
+    if (top.isValid()) {
+        scrollTo(top);
+    } else if (atEnd) {
         scrollToEnd();
     }
     return true;

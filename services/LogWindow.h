@@ -9,6 +9,7 @@
 #ifndef SERVICES_LOGWINDOW_H
 #define SERVICES_LOGWINDOW_H
 
+#include <QTextBlock>
 #include <QWidget>
 
 #include "services/Log.h"
@@ -39,9 +40,10 @@ public Q_SLOTS:
     void showFrom(int index);
     // Renders the new entries since the last call, and paints them immediately.
     void appended();
-    // Renders the whole log again at the new level.
+    // Renders the whole log again at the new level. The entry at the top stays there, unless the text was
+    // scrolled to the end.
     void levelChanged(int level);
-    // Shows or hides the times, and renders the whole log again.
+    // Shows or hides the times, and renders the whole log again, as levelChanged() does.
     void timesChanged();
     // Opens a dialog for the file name, and later writes the shown entries with their times to this file.
     // Does not wait for the answer, because an operation may end while the dialog is open.
@@ -63,6 +65,12 @@ private:
     bool isShown(const Entry& entry) const;
     QString toHtml(const Entry& entry) const;
     void scrollToEnd();
+    // Returns the index of the entry at the top, or -1 if the text is scrolled to the end.
+    int topEntry() const;
+    // Returns the block of the entry of this index or of the next visible entry. Without such an entry, the
+    // block is invalid.
+    QTextBlock blockOf(int index) const;
+    void scrollTo(const QTextBlock& block);
 
     QWidget* mainWindow;
     QSpinBox* levelSpinBox;
@@ -70,6 +78,7 @@ private:
     HTextEdit* textEdit;
     QCheckBox* timesBox;
     quint32 shown; // the index of the first entry that is not rendered
+    int place;     // the entry that render() scrolls to, or -1
     bool open;     // false while the window is hidden; notifications that arrive then are ignored
     QString savePath;
     bool painting;   // true while appended() processes paint events

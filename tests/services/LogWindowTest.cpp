@@ -66,6 +66,8 @@ private Q_SLOTS:
     void theLogWindowHasNoParent();
     void anOpenedWindowShowsAllEntriesAndIsScrolledToTheEnd();
     void theShowFromFunctionScrollsToTheGivenEntry();
+    void anotherDetailLevelAndTheTimesKeepThePlace();
+    void anotherDetailLevelAndTheTimesKeepTheViewAtTheEnd();
     void entriesAboveTheDetailLevelAreNotShown();
     void theDetailLevelAlsoAppliesToErrors();
     void detailLevelsAreComparedAsUnsignedNumbers();
@@ -107,6 +109,7 @@ private:
     void log(Log::Kind kind, unsigned int level, const QString& text);
     void open();
     QStringList lines() const;
+    QString topLine() const { return pane->cursorForPosition(QPoint(2, 4)).block().text(); }
     QPushButton* button(const QString& text) const
     {
         for (QPushButton* each : window->findChildren<QPushButton*>()) {
@@ -234,7 +237,6 @@ void LogWindowTest::theShowFromFunctionScrollsToTheGivenEntry()
         log(Log::Info, 0, QString("later %1").arg(i));
     }
     open();
-    const auto topLine = [this] { return pane->cursorForPosition(QPoint(2, 4)).block().text(); };
     QVERIFY(topLine().startsWith("later"));
     window->showFrom(200);
     QCOMPARE(topLine(), QString("Begin"));
@@ -252,6 +254,51 @@ void LogWindowTest::theShowFromFunctionScrollsToTheGivenEntry()
     QCOMPARE(topLine(), QString("line 0"));
     window->showFrom(100000); // the log has no such entry
     QCOMPARE(topLine(), QString("line 0"));
+}
+
+void LogWindowTest::anotherDetailLevelAndTheTimesKeepThePlace()
+{
+    for (int i = 0; i < 400; ++i) {
+        log(Log::Info, i % 2 == 0 ? 0 : 5, QString("line %1").arg(i));
+    }
+    open();
+    window->showFrom(200);
+    QCOMPARE(topLine(), QString("line 200"));
+    auto* box = window->findChild<QCheckBox*>();
+    box->setFocus();
+    box->click();
+    QVERIFY2(topLine().endsWith("  line 200"), qPrintable(topLine()));
+    QVERIFY(box->hasFocus());
+    box->click();
+    QCOMPARE(topLine(), QString("line 200"));
+    level->setValue(5);
+    QCOMPARE(topLine(), QString("line 200"));
+    QScrollBar* scrollBar = pane->verticalScrollBar();
+    while (topLine() != "line 251") {
+        QVERIFY(scrollBar->value() < scrollBar->maximum());
+        scrollBar->setValue(scrollBar->value() + 1);
+    }
+    // The window does not show this entry at the lower detail level, and shows the next entry in its place.
+    level->setValue(2);
+    QCOMPARE(topLine(), QString("line 252"));
+    window->hide();
+    open();
+    QCOMPARE(scrollBar->value(), scrollBar->maximum());
+}
+
+void LogWindowTest::anotherDetailLevelAndTheTimesKeepTheViewAtTheEnd()
+{
+    for (int i = 0; i < 400; ++i) {
+        log(Log::Info, i % 2 == 0 ? 0 : 5, QString("line %1").arg(i));
+    }
+    open();
+    QScrollBar* scrollBar = pane->verticalScrollBar();
+    const int before = scrollBar->maximum();
+    window->findChild<QCheckBox*>()->click();
+    QCOMPARE(scrollBar->value(), scrollBar->maximum());
+    level->setValue(5);
+    QVERIFY(scrollBar->maximum() > before);
+    QCOMPARE(scrollBar->value(), scrollBar->maximum());
 }
 
 void LogWindowTest::entriesAboveTheDetailLevelAreNotShown()
