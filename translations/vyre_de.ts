@@ -499,7 +499,7 @@ als wären sie durch Leerzeichen getrennt</translation>
     </message>
     <message>
         <source>&amp;Undo This</source>
-        <translation>&amp;Rückgängig machen</translation>
+        <translation>Diese &amp;rückgängig machen</translation>
     </message>
     <message>
         <source>Undo All &amp;Since</source>
@@ -2256,7 +2256,7 @@ Für eine einzelne Sitzung kann es anders bestimmt werden.</translation>
     <name>StopButton</name>
     <message>
         <source>Stopping...</source>
-        <translation>Hält an...</translation>
+        <translation>Hält an ...</translation>
     </message>
     <message>
         <source>&amp;Stop</source>
