@@ -3374,12 +3374,6 @@ Es wurden keine Pakete verändert, aber dnf hatte schon diese Änderungen gespei
         <translation>Es gibt keine Paketquelle {}</translation>
     </message>
     <message>
-        <source>The last transaction, begun on {}, was interrupted.
-Mark and apply its remaining changes again.</source>
-        <translation>Die letzte Transaktion, begonnen am {}, wurde unterbrochen.
-Ihre restlichen Änderungen müssen noch einmal vorgemerkt und angewendet werden.</translation>
-    </message>
-    <message>
         <source>An interrupted transaction has left several installed versions of these packages:
 {}
 &quot;dnf remove --duplicates&quot; removes the older versions.</source>
@@ -3876,6 +3870,16 @@ Ohne sie fortfahren?
     <message>
         <source>Obsoleting: %1</source>
         <translation>Ersetzen: %1</translation>
+    </message>
+    <message>
+        <source>The last transaction, begun on {}, was interrupted.
+In the History window (Ctrl+H), &quot;Redo&quot; completes it.</source>
+        <translation>Die letzte Transaktion, begonnen am {}, wurde unterbrochen.
+Im Fenster „Verlauf“ (Strg+H) vollendet „Wiederholen“ sie.</translation>
+    </message>
+    <message>
+        <source>This completes transaction {}.</source>
+        <translation>Dies vollendet die Transaktion {}.</translation>
     </message>
 </context>
 <context>

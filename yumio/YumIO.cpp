@@ -169,10 +169,8 @@ const char* const scriptTexts[] = {
                                "possible."),
     QT_TRANSLATE_NOOP("YumIO",
                       "Process {} has ended without removing its lock file {}. VYRE removes this file."),
-    // The following two lines are one text.
-    // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
-    QT_TRANSLATE_NOOP("YumIO", "The last transaction, begun on {}, was interrupted.\nMark and "
-                               "apply its remaining changes again."),
+    QT_TRANSLATE_NOOP("YumIO", "The last transaction, begun on {}, was interrupted.\n"
+                               "In the History window (Ctrl+H), \"Redo\" completes it."),
     QT_TRANSLATE_NOOP("YumIO", "You are not allowed to change the list of locks {}"),
     QT_TRANSLATE_NOOP("YumIO", "These packages are still locked: {}\n"
                                "VYRE keeps these lines of {}, because they lock other packages too:\n"
@@ -188,6 +186,7 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "This undoes transaction {}."),
     QT_TRANSLATE_NOOP("YumIO", "This undoes all transactions after transaction {}."),
     QT_TRANSLATE_NOOP("YumIO", "This repeats transaction {}."),
+    QT_TRANSLATE_NOOP("YumIO", "This completes transaction {}."),
     QT_TRANSLATE_NOOP("YumIO",
                       "An interrupted transaction has left several installed versions of these packages:\n"
                       "{}\n\"dnf remove --duplicates\" removes the older versions."),

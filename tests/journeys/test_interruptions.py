@@ -7,7 +7,7 @@ import subprocess
 import journey
 from journey import Gate, JourneyTest, wait_for
 
-INTERRUPTED = 'was interrupted.\nMark and apply its remaining changes again.'
+INTERRUPTED = 'was interrupted.\nIn the History window (Ctrl+H), "Redo" completes it.'
 SEVERAL = ('An interrupted transaction has left several installed versions of these packages:\n'
            '  doorkeeper-1.0-1.noarch, doorkeeper-1.1-1.noarch\n'
            '"dnf remove --duplicates" removes the older versions.')

@@ -70,7 +70,7 @@ class InterruptedTransactionTest(ScenarioTest):
         self.sandbox.rpm("--erase", "astrolabe")
         self.collect_again()
         self.assertEqual(self.reports(), ["The last transaction, begun on %s, was interrupted.\n"
-                                          "Mark and apply its remaining changes again."
+                                          "In the History window (Ctrl+H), \"Redo\" completes it."
                                           % time.ctime(86400)])
         # After another transaction, the interrupted transaction is no longer the last one, so it is not reported.
         self.apply(installs=["astrolabe"])

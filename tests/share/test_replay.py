@@ -216,9 +216,13 @@ class TransactionDetailsTest(ReplayTest):
         text = self.yumio.describeTransaction(number)
         self.assertIn("This transaction was interrupted. \"Redo\" completes it with these changes:\n"
                       "    Install\tloupe-45.0-1.x86_64 @sandbox-http\n\n", text)
-        # "Redo" makes exactly the changes that the details list.
+        # "Redo" makes exactly the changes that the details list. Its listing says that it completes the transaction.
         self.again()
+        introduced = []
+        self.module("program").addBeforeListing = introduced.append
         self.assertEqual(self.changes(self.replay, "redo", number), ({"loupe-45.0-1.x86_64"}, set()))
+        # dnf's warnings about the changes that were already made follow.
+        self.assertEqual("".join(introduced).split("\n")[0], "This completes transaction %d." % number)
         # After "Redo", and after a later change to the package, the details list no missing change.
         self.again()
         self.assertIn("All its packages are in the intended state.", self.yumio.describeTransaction(number))

@@ -75,7 +75,7 @@ def reportInterrupted(base, parts):
                             'All its packages are in the intended state.').format(begin))
         else:
             parts.append(tr('The last transaction, begun on {}, was interrupted.\n'
-                            'Mark and apply its remaining changes again.').format(begin))
+                            'In the History window (Ctrl+H), "Redo" completes it.').format(begin))
     finally:
         history.close()
         del base._ts  # close rpm's database, because other programs may need it

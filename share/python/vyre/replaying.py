@@ -87,8 +87,10 @@ def reasonOfExclusion(base, text, locks):
     return tr('{}: the configuration or a plug-in excludes this version').format(nevra)
 
 
-def introduction(kind, number):
+def introduction(base, kind, number):
     """The first line of the listing: the name of the recorded transaction."""
+    if kind == REDO and not all(recorded.end_timestamp for recorded in base.history.old([number])):
+        return tr('This completes transaction {}.').format(number)  # a crash has interrupted it
     texts = {UNDO: tr('This undoes transaction {}.'),
              ROLLBACK: tr('This undoes all transactions after transaction {}.'),
              REDO: tr('This repeats transaction {}.')}
@@ -138,6 +140,6 @@ def resolveReplay(base, kind, number):
                                 '\n'.join('  ' + line for line in impossible)))
         if yumIOC.userconfirm() != 1:
             return False
-    base.introduction.append(introduction(kind, number))
+    base.introduction.append(introduction(base, kind, number))
     base.introduction += notes.lines + [line for line in replay.get_warnings() if line not in errors]
     return True
