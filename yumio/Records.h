@@ -40,8 +40,8 @@ public:
     // Returns a reference to the null pointer that ends the record's chain, so that the caller can store
     // another installed version there.
     static Package::Entry*& endOfChain(Package::Entry* first);
-    // Flags each record as a duplicate, except the best record of each name. isBetter(a, b) returns whether a
-    // is preferred.
+    // Call this function once for every record. Afterwards, each record is flagged as a duplicate, except the
+    // best record of each name. isBetter(a, b) returns whether a is preferred.
     template <typename IsBetter> void rank(Package::Entry* entry, IsBetter isBetter)
     {
         Package::Entry*& best = bestByName[entry->name];
@@ -80,8 +80,8 @@ public:
     // --- Marks
 
     Package::Marks marks() const;
-    // Sets each stored action again, for the record with the same key. Skips records that do not permit the
-    // action.
+    // Sets each of the stored actions for the record that has the key of this action. Skips records that do
+    // not permit the action.
     void restoreMarks(const Package::Marks& marks) const;
 
     // --- Deletion
@@ -99,7 +99,7 @@ private:
     QHash<QString, Package::Entry*> bestByName; // empty after publish()
     QSet<QString> biArchs;
     QSet<QString> sharedTexts;
-    QHash<const Package::Entry*, Package::Replacement> replacements; // only few records have an entry
+    QHash<const Package::Entry*, Package::Replacement> replacements; // of the few replaced records
 };
 
 #endif

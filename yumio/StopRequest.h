@@ -3,8 +3,8 @@
 // The user's request to stop the running operation. The graphical thread makes the request. Between its
 // steps, the worker checks whether a request exists, and ends if it does. Downloads end at once.
 //
-// The back end owns the object, which lives on the graphical thread. Only that thread calls begin(), end()
-// and request(). Any thread may call the other functions.
+// The back end owns the object, which lives on the graphical thread. Only that thread calls begin(), end(),
+// request() and wasRequested(). Any thread may call the other functions.
 
 #ifndef YUMIO_STOPREQUEST_H
 #define YUMIO_STOPREQUEST_H
@@ -52,7 +52,7 @@ public:
     static void interruptDownloads();
 
 Q_SIGNALS:
-    // Emitted when the state has changed, on any thread.
+    // Emitted, on any thread, when the state has changed.
     void changed();
 
 private Q_SLOTS:

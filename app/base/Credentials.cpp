@@ -295,7 +295,7 @@ void appendLines(const QString& text, const Credentials::Place& place, QVector<C
                 ++begin;
             }
         }
-        // Skip empty lines. But if the whole password is empty, append one place of length 0.
+        // Skip empty lines, except the first: an empty password needs a place of length 0.
         if (begin < end || place.length == 0 || end == place.begin) {
             lines.append({begin, end - begin});
         }

@@ -12,13 +12,13 @@ class OneLineValidatorTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void lineBreaksAreRemovedOrReplacedByBlanks_data();
-    void lineBreaksAreRemovedOrReplacedByBlanks();
+    void lineBreaksAreRemovedAtTheEndAndReplacedByBlanksBetweenWords_data();
+    void lineBreaksAreRemovedAtTheEndAndReplacedByBlanksBetweenWords();
     void pastedTextBecomesOneLine();
     void theCursorStaysWithinTheTextWhenTheTextIsShortened();
 };
 
-void OneLineValidatorTest::lineBreaksAreRemovedOrReplacedByBlanks_data()
+void OneLineValidatorTest::lineBreaksAreRemovedAtTheEndAndReplacedByBlanksBetweenWords_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("oneLine");
@@ -42,7 +42,7 @@ void OneLineValidatorTest::lineBreaksAreRemovedOrReplacedByBlanks_data()
                                        << "a  ";
 }
 
-void OneLineValidatorTest::lineBreaksAreRemovedOrReplacedByBlanks()
+void OneLineValidatorTest::lineBreaksAreRemovedAtTheEndAndReplacedByBlanksBetweenWords()
 {
     QFETCH(QString, text);
     QTEST(OneLineValidator::oneLine(text), "oneLine");

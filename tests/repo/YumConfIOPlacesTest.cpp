@@ -481,8 +481,8 @@ void YumConfIOPlacesTest::severalPathsToOneFileAreTreatedAsOneFile()
     putMain("[main]\nreposdir=" + QFile::encodeName(path(reposdir)) + "\n");
     putRepo(QStringLiteral("x.repo"), "[x]\n");
     QVERIFY(conf->read(window.get()));
-    // VYRE adds the new section "y" to the existing file. Then it also moves the section "x" to this file,
-    // under another path of the file.
+    // VYRE adds the new section "y" to the existing file. The test then changes the file of the section "x"
+    // to another path of the same file. VYRE recognizes the file, and does not move the section.
     Repo::Entry added = made(QStringLiteral("y"));
     added.file = path(file);
     added.position = 2.0;

@@ -17,7 +17,7 @@ class ProgressDownloadsTest : public ShownBars
 
 private Q_SLOTS:
     void theValueOfTheItemBarIsTheSumOfAllDownloads();
-    void downloadsMoveTheTotalBarByAllTheirActsExceptTheLast();
+    void completeDownloadsMoveTheTotalBarToTheStartOfTheirLastAct();
     void theActivityIsTheNameOfTheDownloadIfOnlyOneDownloadRuns();
     void aRetryOfADownloadSubtractsItsValueFromTheSum();
     void aRetryOfADownloadNeverMakesTheSumNegative();
@@ -56,7 +56,7 @@ void ProgressDownloadsTest::theValueOfTheItemBarIsTheSumOfAllDownloads()
     QCOMPARE(item->value(), 320);
 }
 
-void ProgressDownloadsTest::downloadsMoveTheTotalBarByAllTheirActsExceptTheLast()
+void ProgressDownloadsTest::completeDownloadsMoveTheTotalBarToTheStartOfTheirLastAct()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);

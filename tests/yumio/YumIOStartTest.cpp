@@ -123,7 +123,7 @@ private Q_SLOTS:
 
     // Root may start the program in a directory to which other users can write, so the script must not import
     // modules from this directory.
-    void theScriptImportsOnlyTheModulesOfItsShareDirectory()
+    void theScriptIgnoresModulesOfTheSameNamesOutsideItsShareDirectory()
     {
         const QByteArray foreign = "import os\nos.write(1, b'foreign\\n')\n";
         const QTemporaryDir place;
