@@ -65,11 +65,13 @@ class ClosingTest(JourneyTest):
             self.request_close(program)
             self.assertTrue(program.running())
             self.assertFalse(window.is_ready())
+            refusal = 'VYRE cannot close while it changes packages'
+            wait_for(lambda: refusal in window.labels(), 'the notice')
             doorkeeper.let_go()
             self.check_usable(window)
             self.check_changed(new=['doorkeeper-1.1-1.noarch'],
                                gone=['doorkeeper-1.0-1.noarch', 'birch-log-3.0-1.x86_64'])
-            self.assertIn('VYRE cannot close while it changes packages', self.read_log(window))
+            self.assertIn(refusal, self.read_log(window))
             self.close(window)
         self.check_consistent()
 

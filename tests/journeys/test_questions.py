@@ -121,7 +121,9 @@ class ConflictingMarksTest(JourneyTest):
         with self.opened('--groups') as window:
             question = self.ask(window, 'Weaving', 'loomctl', ('Update', 'Update', 'Remove'), clicks=2)
             dialog = self.accept_conflict(window, question)
-            self.check_listing(dialog, ['Remove: loomctl 1.0-1 (x86_64)'], sizes=False)
+            self.check_listing(dialog, ['Remove: loomctl 1.0-1 (x86_64)'], sizes=False, remark=(
+                'The group Weaving is not installed: only its installed packages are updated. To install the whole '
+                'group, mark it for Install after this transaction.'))
             self.carry_out(window, dialog)
             self.check_changed(gone=['loomctl-1.0-1.x86_64'])
 

@@ -68,10 +68,11 @@ class UserTest(JourneyTest):
         before = self.all_files()
         with self.run_by(AS_NOBODY) as program:
             window = program.ready()
-            # Before the user marks a package, a notice already says that the program cannot change packages. Assistive
-            # programs do not read this notice, so the test reads the log.
+            # Before the user marks a package, a notice already says that the program cannot change packages.
+            text = 'VYRE cannot change packages, because it does not run as root'
+            wait_for(lambda: text in window.labels(), 'the notice')
             self.picture('not-root-notice')
-            self.assertIn('VYRE cannot change packages, because it does not run as root', self.read_log(window))
+            self.assertIn(text, self.read_log(window))
             window.show_all()
             self.assertEqual(sorted(window.rows()), rows)
             window.mark_listed('pergola')
