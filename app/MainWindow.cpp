@@ -198,7 +198,8 @@ std::unique_ptr<PackageTable::Preparation> MainWindow::prepareTable()
 {
     auto preparation = std::make_unique<PackageTable::Preparation>(*yumIO, proxy->sortColumn(),
                                                                    proxy->sortOrder(), view->font());
-    yumIO->compute([&preparation] { preparation->run(); });
+    const bool fitting = tableArea->isHidden(); // showTable() fits the columns only then
+    yumIO->compute([&preparation, fitting] { preparation->run(fitting); });
     if (!quitting()) {
         proxy->setPrepared(std::move(preparation->rows));
     }

@@ -36,8 +36,12 @@ Preparation::Preparation(const YumIO& backEnd, int sortedBy, Qt::SortOrder sorte
     rows.sortedIn = sortedIn;
 }
 
-void Preparation::run()
+void Preparation::run(bool withWidths)
 {
+    if (!withWidths) {
+        prepareRows();
+        return;
+    }
     std::thread other([this] { findWidest(); });
     prepareRows();
     other.join();

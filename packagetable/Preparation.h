@@ -40,7 +40,8 @@ public:
     // A `sortedBy` of -1 means that the rows keep the back end's order. The cells of the table use `font`.
     Preparation(const YumIO& backEnd, int sortedBy, Qt::SortOrder sortedIn, const QFont& font);
 
-    void run();
+    // withWidths: whether to fill `widest`, which only the fitting of the columns needs.
+    void run(bool withWidths = true);
 
     PreparedRows rows;
     // For each column that shows texts: some source rows, one of which has the widest text.

@@ -38,6 +38,7 @@ private Q_SLOTS:
     void thePreparedOrderIsTheOrderOfTheTable();
     void thePreparedTextOfARowContainsTheVisibleTextsOfItsCells();
     void eachTextColumnHasARowWithItsWidestText();
+    void theWidestTextsAreOnlyFoundOnRequest();
     void nothingIsPreparedIfTheTableHasNoRecords();
 
 private:
@@ -123,6 +124,16 @@ void PreparationTest::eachTextColumnHasARowWithItsWidestText()
         }
         QCOMPARE(found, widest);
     }
+}
+
+void PreparationTest::theWidestTextsAreOnlyFoundOnRequest()
+{
+    Preparation preparation(table->yumIO, NameColumn, Qt::AscendingOrder, QApplication::font());
+    preparation.run(false);
+    QVERIFY(preparation.widest[NameColumn].empty());
+    QCOMPARE(static_cast<int>(preparation.rows.order.size()), table->yumIO.count());
+    preparation.run(true);
+    QVERIFY(!preparation.widest[NameColumn].empty());
 }
 
 void PreparationTest::nothingIsPreparedIfTheTableHasNoRecords()
