@@ -3,13 +3,14 @@
 // Ends the process with a single message if Qt finds no display. Without this class, Qt would print several
 // messages and abort.
 //
-// While the application object is created, an object of this class stores Qt's messages. If the start fails,
-// the object prints one message, and also the usage text if the arguments ask for help. Then it ends the
-// process with exit status 1. If the start succeeds, the object passes the stored messages to the previous
-// message handler.
+// During the construction of the application object, an ApplicationStart stores Qt's messages. If the
+// construction fails, the ApplicationStart prints one message. If the arguments ask for help, it also prints
+// the usage text. Then it ends the process with exit status 1. If the construction succeeds, it passes the
+// stored messages to the previous message handler.
 //
 // main() creates this object on the graphical thread, immediately before the application object, and destroys
-// this object immediately after the application object has been created. Only one object may exist at a time.
+// this object immediately after the application object has been created. Only one ApplicationStart may exist
+// at a time.
 
 #ifndef APP_APPLICATIONSTART_H
 #define APP_APPLICATIONSTART_H
@@ -25,8 +26,8 @@ class QString;
 class ApplicationStart
 {
 public:
-    // The arguments are those of main(), which must outlive this object. A null pointer ends the arguments.
-    // This object reads the arguments only if the start fails.
+    // argv: the arguments of main(), which end with a null pointer. The arguments must outlive this object,
+    // because it reads them if the start fails.
     explicit ApplicationStart(char** argv);
     ~ApplicationStart();
     ApplicationStart(const ApplicationStart&) = delete;

@@ -37,7 +37,7 @@ public:
     // Hides the outcome of the last transaction, and disables the controls.
     virtual void beginOperation() = 0;
 
-    // The marks that recollect() sets again, if they can still be carried out.
+    // The marks that recollect() sets again, except marks that can no longer be carried out.
     enum Kept { NoMarks, AllMarks, LeftOutMarks };
     // Reads the packages again.
     virtual void recollect(Kept kept) = 0;
@@ -49,7 +49,7 @@ public:
 
     // Logs a message as a warning, and shows it next to the menus for a while.
     virtual void warnAndNotice(const QString& text) = 0;
-    // If an error was logged after the creation of `errors`, shows a notice.
+    // If an error was logged after the creation of `errors`, shows a notice about the log.
     virtual void showErrors(const ErrorWatch& errors) = 0;
 };
 

@@ -3,7 +3,8 @@
 // Finds out whether an operation has logged errors. Some errors are reported only in the log, for example an
 // unreachable repository or a failed package script.
 //
-// A function on the graphical thread creates an object before an operation. The log must outlive the object.
+// A function on the graphical thread creates an ErrorWatch before an operation. The log must outlive the
+// ErrorWatch.
 
 #ifndef APP_ERRORWATCH_H
 #define APP_ERRORWATCH_H

@@ -15,7 +15,7 @@ class View;
 namespace KeptLayout {
 
 void save(const QWidget& window, const PackageTable::View& view);
-// Restores the sizes and positions. A size or position that was never saved stays unchanged.
+// Restores the saved sizes and positions. A size or position that was never saved stays unchanged.
 void restore(QWidget& window, PackageTable::View& view);
 
 } // namespace KeptLayout

@@ -51,8 +51,8 @@ QString Manuals::openFile(QWidget* window, const QStringList& command)
 {
     const QString& file = command.last();
     if (!QFile::exists(file)) {
-        // Check whether the file exists, because the helper program would report a missing file in a second,
-        // bare window.
+        // Check whether the file exists, because the helper program would report a missing file in a bare
+        // window of its own.
         return tr("The manual is not installed: there is no file %1").arg(file);
     }
     openExternally(window, command);

@@ -19,8 +19,8 @@ class Manuals
     Q_DECLARE_TR_FUNCTIONS(Manuals)
 
 public:
-    // If a program cannot be started, each of these functions shows a message over the window. If the manual
-    // is not installed, openHtml() and openPdf() start no program and return a message for the user.
+    // If a program cannot be started, each of the following functions shows a message over the window. If the
+    // manual is not installed, openHtml() and openPdf() start no program, but return a message for the user.
     static QString openHtml(QWidget* window);
     static QString openPdf(QWidget* window);
     static void openPage(QWidget* window, const QString& address);

@@ -4,8 +4,8 @@
 //
 // main() installs this message handler once, before any other thread exists. Qt calls the handler on any
 // thread. The handler does not write to descriptor 2, because an operation may replace this descriptor by a
-// pipe that the graphical thread reads. If the graphical thread wrote a message to that pipe while the pipe
-// is full, the thread would wait for itself for ever.
+// pipe that the graphical thread reads. If the graphical thread wrote a message to that pipe when the pipe is
+// full, the thread would wait for itself for ever.
 
 #ifndef APP_MESSAGEHANDLER_H
 #define APP_MESSAGEHANDLER_H

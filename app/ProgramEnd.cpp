@@ -110,9 +110,9 @@ int ProgramEnd::connectionBroke(void*)
 
 void ProgramEnd::processExits()
 {
-    // If another library is the first to notice that the display is lost, it may call exit() without a
-    // message. Then only this function can still clean up. Calls in child processes and on other threads are
-    // ignored, because VYRE's graphical thread still runs.
+    // If a library other than Qt and the X library is the first to notice that the display is lost, it may
+    // call exit() without a message. Then only processExits() can still clean up. Ignore calls in child
+    // processes and on threads other than the graphical thread, because VYRE's graphical thread still runs.
     if (current != nullptr && !current->ending && getpid() == owner && onGraphicalThread()) {
         current->displayLost();
     }
@@ -162,8 +162,8 @@ void ProgramEnd::handleSignals()
         return;
     }
     if (window.isChangingSystem()) {
-        // The signal arrived just before the change to the system began. Signals that arrive during the
-        // change are recorded by a SignalRecorder instead.
+        // The signal has arrived just before the change to the system began. During the change, a
+        // SignalRecorder records the signals.
         QTimer::singleShot(checkInterval, this, SLOT(handleSignals()));
         return;
     }

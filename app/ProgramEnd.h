@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // Ends the process safely if the display is lost, if a signal requests the end, or if a library calls exit().
-// A running transaction is completed, and all other work is abandoned. Then the program releases the locks
-// and removes the runtime directory.
+// A running transaction is completed; any other work is abandoned. Then the program releases the locks and
+// removes the runtime directory.
 //
-// The object lives on the graphical thread. main() owns the only object, and creates this object after the
-// main window. main() never deletes the main window.
+// A ProgramEnd lives on the graphical thread. main() owns the only ProgramEnd, and creates it after the main
+// window. main() never deletes the main window.
 
 #ifndef APP_PROGRAMEND_H
 #define APP_PROGRAMEND_H
@@ -25,7 +25,8 @@ public:
     // `lastCleanUp` is called immediately before the object ends the process. If the program ends normally,
     // main() does the same clean-up itself.
     ProgramEnd(MainWindow& mainWindow, std::function<void()> lastCleanUp);
-    // Runs only if the program ends normally. After that, a lost display or a call of exit() has no effect.
+    // Runs only if the program ends normally. After the destructor, a lost display or a call of exit() has no
+    // effect on this class.
     ~ProgramEnd() override;
 
 private Q_SLOTS:

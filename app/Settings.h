@@ -3,7 +3,7 @@
 // Saves the arrangement of the windows to the file vyre/vyre.ini in the user's configuration directory.
 // Nothing else depends on this file; the user may delete it at any time.
 //
-// Functions on the graphical thread create an object when they need it.
+// Functions on the graphical thread create a Settings object when they need one.
 
 #ifndef APP_SETTINGS_H
 #define APP_SETTINGS_H

@@ -80,8 +80,8 @@ QString load(QCoreApplication& app, const QString& name, QString language, const
     auto translator = std::make_unique<QTranslator>();
     const auto open = [&translator, &directories](const QString& file) {
         return std::any_of(directories.begin(), directories.end(), [&](const QString& directory) {
-            // Empty delimiters prevent QTranslator from trying shorter file names. This function does that
-            // itself.
+            // Empty delimiters prevent QTranslator from trying shorter file names. VYRE's own load() tries
+            // them.
             return translator->load(file, directory, QLatin1String(""));
         });
     };
@@ -105,8 +105,8 @@ bool isEnglish(const QString& language)
     return QLocale(language).language() == QLocale::English;
 }
 
-// Returns whether the locale is "C" or "POSIX", so the user gets the untranslated English texts. VYRE and the
-// package manager then both ignore LANGUAGE.
+// Returns whether the locale is "C" or "POSIX". With these locales, the user gets the untranslated English
+// texts: VYRE and the package manager both ignore LANGUAGE.
 bool isPlainWanted()
 {
     for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {

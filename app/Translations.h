@@ -27,7 +27,7 @@ QStringList directories();
 // string if the texts stay English.
 QString install(QCoreApplication& app, const QStringList& languages);
 
-// Calls the function above with the languages that the environment selects.
+// Calls install(app, languages) with the languages that the environment selects.
 QString install(QCoreApplication& app);
 
 } // namespace Translations

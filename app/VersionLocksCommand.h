@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The commands of the table that lock packages at their version and unlock them. Afterwards this class reads
-// the packages again, because the locks decide which updates exist.
+// The commands of the table that lock packages at their version and unlock them. After a change to the locks,
+// this class reads the packages again, because the locks decide which updates exist.
 //
 // The object lives on the graphical thread; the main window owns it.
 
@@ -34,7 +34,7 @@ public Q_SLOTS:
     void run(const QList<int>& rows, bool locked);
 
 private:
-    // Makes the row of this record the current one, if the table lists it.
+    // Makes the row of this record the current row, if the table lists the record.
     void makeCurrent(const Package::EntryKey& key);
 
     CommandHost& host;

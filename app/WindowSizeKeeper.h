@@ -3,7 +3,7 @@
 // Restores the size that a window had when it was last closed, in this run of the program or in an earlier
 // run.
 //
-// The object lives on the graphical thread. The window owns it.
+// A WindowSizeKeeper lives on the graphical thread. The window owns it.
 
 #ifndef APP_WINDOWSIZEKEEPER_H
 #define APP_WINDOWSIZEKEEPER_H

@@ -72,8 +72,8 @@ void ActionContextMenu::offerVersionLocks()
     const VersionLocks& locks = model->versionLocks();
     const bool canLock = !lockableRows(true).isEmpty();
     const bool canUnlock = !lockableRows(false).isEmpty();
-    // "Lock" and "Unlock" have the same shortcut letter. Therefore the menu shows both only if the selection
-    // contains both locked and unlocked packages.
+    // "Lock" and "Unlock" have the same shortcut letter. Therefore the menu shows both entries only if the
+    // selection contains both locked and unlocked packages.
     lockSeparator->setVisible(locks.offered);
     lockAction->setVisible(locks.offered && (canLock || !canUnlock));
     lockAction->setEnabled(locks.fault.isEmpty() && canLock);

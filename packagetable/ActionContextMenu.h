@@ -29,12 +29,12 @@ class ActionContextMenu : public QMenu
 public:
     ActionContextMenu(Model* packages, SortFilterProxyModel* sortedRows, HTableView* parentView);
 
-    // Runs the menu at a position on the screen, for a source index.
+    // Runs the menu for `sourceIndex`, at a position on the screen.
     void exec(QModelIndex sourceIndex, const QPoint& globalPos);
 
 Q_SIGNALS:
-    // Emitted when the user wants to lock or unlock the versions of these source rows. At this time the menu
-    // is closed, so the receiver may wait for a worker.
+    // Emitted when the user wants to lock or unlock the versions of these source rows. The menu is already
+    // closed, so the receiver may wait for a worker.
     void versionLocksChosen(const QList<int>& rows, bool locked);
 
 private Q_SLOTS:

@@ -28,7 +28,7 @@ template <auto member> QString wordFor(const Entry& record)
 
 QString version(const Entry& record)
 {
-    // " *" shows that more than one version is installed. `next` links the further versions. If an update is
+    // " *" shows that more than one version is installed. `next` links the versions. If an update is
     // available, the first record is the update, so the installed versions begin at the second record.
     const Entry* last = record.state == Package::Updatable ? record.next : &record;
     return last != nullptr && last->next != nullptr ? record.verRel + QLatin1String(" *") : record.verRel;
@@ -66,7 +66,7 @@ QString excludedToolTip()
 
 QString actionToolTip(const Entry& record, const YumIO&)
 {
-    // A click on the cell has no effect if the package is excluded. The tool tip then gives the reason.
+    // If the package is excluded, a click on the cell has no effect, and the tool tip gives the reason.
     const bool canBeMarked = !record.isExcluded() || record.permits(Package::Update);
     return canBeMarked ? Words::explained(record.action) : excludedToolTip();
 }

@@ -2,9 +2,9 @@
 
 // Describes each column of the package table by one Row: its heading, the contents of its cells and its sort
 // order. The model, the proxy and the view read these rows. These three classes name only the Action, Kind,
-// Name and Repository columns, because only these columns have further functions.
+// Name and Repository columns, because only these columns do more than show a value.
 //
-// The class contains only constants, so any thread may use it. The code for a cell runs 60,000 times, so no
+// Columns contains only constants, so any thread may use it. The code for a cell runs 60,000 times, so no
 // function creates a string that the record already contains.
 
 #ifndef PACKAGETABLE_COLUMNS_H
@@ -37,8 +37,8 @@ public:
         const char* toolTip; // the tool tip of the heading, not translated
         // Returns the text for a record. For a column of pictures, only screen readers use this text.
         QString (*text)(const Package::Entry& record);
-        // In a column of pictures, an array of `mostPictures` icon names, indexed by the sort key. A null
-        // name means no icon. In other columns, the pointer is null.
+        // For a column of pictures, an array of `mostPictures` icon names, indexed by the sort key. A null
+        // name means no icon. For a column of texts, the pointer is null.
         const char* const* pictures;
         bool coloured; // true if the text has the colour of the record's state
         // Returns the sort key of a record. If this pointer is null, the rows are sorted by the text.

@@ -144,8 +144,8 @@ QLabel* Area::makeValue(const QString& value)
     auto* label = new PlainLabel(value, inner);
     valueWidth = qMax(valueWidth, label->sizeHint().width());
     label->setWordWrap(true);
-    // Permit selection with the mouse only. If the keyboard could select too, the Tab key would stop at each
-    // value.
+    // Permit selection with the mouse only. If the user could also select with the keyboard, the Tab key
+    // would stop at each value.
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     label->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     values.append(label);
@@ -204,9 +204,9 @@ void Area::layOut()
     inner->widest = columns * Metrics::columnWidth(scrollArea->fontMetrics()) -
                     scrollArea->verticalScrollBar()->sizeHint().width();
 
-    // A single word, such as a long name, may be wider than the area. Then only this value extends beyond the
-    // visible width, and the area scrolls horizontally. All other values are wrapped within the visible
-    // width.
+    // A single word, such as a long name, may be wider than the area. In this case, only this value extends
+    // beyond the visible width, and the area scrolls horizontally. All other values are wrapped within the
+    // visible width.
     const auto wider = [](const QWidget* one, const QWidget* other) {
         return one->minimumSizeHint().width() < other->minimumSizeHint().width();
     };

@@ -3,7 +3,8 @@
 // The contents of the description dialog for one record. The area has pairs of a label and a value, and
 // buttons for the file list, the change log and the repository.
 //
-// The object lives on the graphical thread. The dialog owns it, and deletes its widgets before this object.
+// An Area lives on the graphical thread. The dialog owns the Area, deletes the widgets of the Area first, and
+// then deletes the Area.
 
 #ifndef PACKAGETABLE_DESCRIBEAREA_H
 #define PACKAGETABLE_DESCRIBEAREA_H
@@ -39,13 +40,14 @@ class Area : public QObject
     Q_OBJECT
 
 public:
-    // Adds widgets to the layout. The layout's parent widget owns these widgets. The caller keeps the
-    // ownership of the arguments. If `primary` is true, the area shows all fields; otherwise it shows only
-    // the fields that differ between versions.
+    // Adds widgets to the layout. The layout's parent widget owns these widgets. The caller still owns the
+    // arguments. If `primary` is true, the area shows all fields; otherwise it shows only the fields that
+    // differ between versions.
     Area(Describe::Host* window, QVBoxLayout* layout, YumIO* backEnd, const Package::Entry& record,
          YumConfIO* configuration, bool primary);
 
-    // Each function adds one row and increases `row`. If the value is empty, addPair() adds nothing.
+    // addHeader() and addPair() add one row and increase `row`. If the value is empty, addPair() adds
+    // nothing.
     void addHeader(int& row, QString text);
     void addPair(int& row, QString label, QString value);
     QPushButton* addButton(int& row, QString label, QString buttonText);

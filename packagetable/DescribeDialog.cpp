@@ -80,8 +80,8 @@ void Dialog::config(YumIO* yumIO, const Package::Entry& entry, YumConfIO* yumCon
 void Dialog::keyPressEvent(QKeyEvent* event)
 {
     // A button has the focus, but the keys that scroll must act on the text. In a small window, the first
-    // area and the area around it both have a scroll bar: Home and End move both scroll bars, the other keys
-    // move only the outer one.
+    // area and the area around it both have a scroll bar. Home and End move both scroll bars; all other keys
+    // move only the outer scroll bar.
     const bool toAnEnd = event->key() == Qt::Key_Home || event->key() == Qt::Key_End;
     bool scrolled = false;
     for (HScrollArea* area : findChildren<HScrollArea*>()) {
@@ -114,8 +114,8 @@ void Dialog::setReady(bool isReady)
     }
     if (ready && closing) {
         closing = false;
-        // reject() deletes the areas. A function of an area is still waiting on the stack, so reject() is
-        // called later, after that function has returned.
+        // reject() deletes the areas. A function of an area is still waiting on the stack, so call reject()
+        // only after that function has returned.
         QTimer::singleShot(0, this, SLOT(reject()));
     }
 }

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Shows all data of the back end for one row of the package table. The dialog has an area for the record, and
-// a shorter area for each other installed version.
+// Shows all data that the back end has about one row of the package table. The dialog has an area for the
+// record, and a shorter area for each other installed version.
 //
-// The object lives on the graphical thread. The model creates one dialog with the table as its parent, and
-// uses it repeatedly. A closed dialog contains no data of a record.
+// The dialog lives on the graphical thread. The model creates one dialog with the table as its parent, and
+// uses this dialog repeatedly. A closed dialog contains no data of a record.
 
 #ifndef PACKAGETABLE_DESCRIBEDIALOG_H
 #define PACKAGETABLE_DESCRIBEDIALOG_H
@@ -37,8 +37,9 @@ public:
     explicit Dialog(QWidget* parent = nullptr);
     ~Dialog() override;
 
-    // Reads all texts immediately. The main window owns the back end and the configuration, and the back end
-    // owns the record. All three must exist until the dialog closes. The configuration may be null.
+    // Shows this record, and reads all its texts immediately. The main window owns the back end and the
+    // configuration, and the back end owns the record. All three must exist until the dialog closes. The
+    // configuration may be null.
     void config(YumIO* yumIO, const Package::Entry& entry, YumConfIO* yumConfIO);
     void setReady(bool isReady) override;
     bool isClosing() const override { return closing; }

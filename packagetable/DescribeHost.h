@@ -17,11 +17,12 @@ public:
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
-    // Called with false when an area begins to wait for the back end, and with true when the wait is over. In
-    // between, the user can neither close the window nor press another button. Exception: while the back end
-    // waits for another process, a request to close the window ends that wait. Then the window closes.
+    // Called with false when an area begins to wait for the back end, and with true when the wait is over.
+    // During the wait, the user can neither close the window nor press another button. Exception: if the back
+    // end waits for another process, a request to close the window ends this wait, and then the window
+    // closes.
     virtual void setReady(bool isReady) = 0;
-    // Returns true if the window will close as soon as it is ready again.
+    // Returns true if the window will close at the next setReady(true).
     virtual bool isClosing() const = 0;
 
 protected:

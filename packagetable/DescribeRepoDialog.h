@@ -2,8 +2,8 @@
 
 // Shows the configuration of one repository, and opens the repository in the user's web browser.
 //
-// The object lives on the graphical thread. Its Qt parent is the description dialog, which uses it
-// repeatedly.
+// A RepoDialog lives on the graphical thread. Its Qt parent is the description dialog, which uses the same
+// object repeatedly.
 
 #ifndef PACKAGETABLE_DESCRIBEREPODIALOG_H
 #define PACKAGETABLE_DESCRIBEREPODIALOG_H

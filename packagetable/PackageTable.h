@@ -17,8 +17,8 @@ enum Mode : qint32 {
 
 enum StateFilter : qint32 { ViewUpdatable = 0, ViewInstallable = 1, ViewRemovable = 2, ViewAll = 3 };
 
-// The columns, in the order of the rows in Columns. A saved table layout uses these numbers too. If the
-// number of columns has changed, a saved layout is discarded.
+// The columns, in the order of the rows in Columns. A saved table layout uses these numbers too. If VYRE now
+// has more or fewer columns than when the layout was saved, VYRE discards the layout.
 enum Column : int {
     ActionColumn = 0,
     StateColumn,
@@ -32,7 +32,8 @@ enum Column : int {
     ColumnCount
 };
 
-// The text that the Repository column shows for installed packages. It stands for the local package database.
+// The text that the Repository column shows for installed packages. This name stands for the local package
+// database.
 constexpr char localRepository[] = "@System";
 
 } // namespace PackageTable

@@ -4,8 +4,8 @@
 // texts for the filter, and the rows with the widest texts. For 60,000 records, this takes a tenth of a
 // second, so a worker does this work while the window serves events.
 //
-// The graphical thread creates and deletes an object. One worker calls run(), while no other code changes the
-// records. The functions that only read records may run on any thread under the same condition.
+// The graphical thread creates and deletes a Preparation. A worker calls run(). The static functions may run
+// on any thread. No code may change the records during these calls.
 
 #ifndef PACKAGETABLE_PREPARATION_H
 #define PACKAGETABLE_PREPARATION_H
@@ -40,7 +40,7 @@ public:
     // A `sortedBy` of -1 means that the rows keep the back end's order. The cells of the table use `font`.
     Preparation(const YumIO& backEnd, int sortedBy, Qt::SortOrder sortedIn, const QFont& font);
 
-    // withWidths: whether to fill `widest`, which only the fitting of the columns needs.
+    // withWidths: whether to fill `widest`. Only the fitting of the columns needs `widest`.
     void run(bool withWidths = true);
 
     PreparedRows rows;

@@ -5,8 +5,8 @@
 // readers present it as a status bar.
 //
 // The object lives on the graphical thread; its Qt parent owns it. The object counts the marks of all records
-// only after the marks or the records have changed, and only once for many changes at the same time. If only
-// the selection or the filter changes, this class does not count the marks again.
+// only after a change to the marks or to the records, and only once after many quick changes. After a change
+// to the selection or the filter, the object does not count the marks again.
 
 #ifndef PACKAGETABLE_TABLESTATUS_H
 #define PACKAGETABLE_TABLESTATUS_H
@@ -29,8 +29,8 @@ class TableStatus : public QStatusBar
     Q_OBJECT
 
 public:
-    // The main window owns the three objects, which must outlive this object. The view must show the rows of
-    // the proxy. The proxy must show the rows of the model.
+    // The main window owns the three arguments, which must outlive this TableStatus. The view must show the
+    // rows of the proxy. The proxy must show the rows of the model.
     TableStatus(Model* packages, SortFilterProxyModel* listedRows, View* table, QWidget* parent = nullptr);
 
 private Q_SLOTS:
@@ -52,7 +52,7 @@ private:
     QTimer later;            // fires when the current changes are complete
     bool marksChanged;       // true if the following numbers are out of date
     int marks[4];            // the number of marks, by Package::Action
-    quint64 bytes;           // the size of the packages that are marked for Install or Update
+    quint64 bytes;           // the size of the marked packages that dnf would download
     QVector<int> lockedRows; // the model's rows of the packages that are locked at their version
 };
 

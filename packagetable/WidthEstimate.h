@@ -3,7 +3,7 @@
 // Estimates the width of a text from the widths of pairs of characters. An estimate is much faster than
 // measuring the text. The estimate may be slightly wrong if a font combines three or more characters.
 //
-// Any thread may create an object, but only this thread may use it.
+// Any thread may create a WidthEstimate, but then only this thread may use it.
 
 #ifndef PACKAGETABLE_WIDTHESTIMATE_H
 #define PACKAGETABLE_WIDTHESTIMATE_H
@@ -21,7 +21,7 @@ class WidthEstimate
 {
 public:
     // The result for a text that contains characters other than printable ASCII. For example, Arabic letters
-    // change their widths inside a word, so adding widths gives no useful result.
+    // change their widths inside a word, so the sum of the widths would be wrong.
     static constexpr qreal unknown = 1e9;
 
     explicit WidthEstimate(const QFont& itsFont);

@@ -2,7 +2,7 @@
 
 // Owns one reference to a Python object and releases it at the end of the scope.
 //
-// Any thread may use an object. The thread must hold the interpreter lock, even when the PyRef is destroyed.
+// Any thread that holds the interpreter lock may use a PyRef. The destructor needs this lock too.
 
 #ifndef PYTHON_PYREF_H
 #define PYTHON_PYREF_H

@@ -428,8 +428,8 @@ PyObject* Python::pyLookup(const char* dotted, bool quiet)
     return current;
 }
 
-// If `module` names a module, returns its dictionary. If it names another object, returns this object. The
-// reference is borrowed. On failure, reports the error and returns NULL.
+// If `module` names a module, returns the dictionary of this module. If `module` names any other object,
+// returns this object. The reference is borrowed. On failure, reports the error and returns NULL.
 PyObject* Python::namespaceOf(const char* module)
 {
     PyObject* found = pyLookup(module, true);

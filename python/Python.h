@@ -3,7 +3,7 @@
 // The embedded Python 3 interpreter. This class starts the interpreter, runs statements, looks up dotted
 // names, calls functions and methods, converts strings, and handles the exceptions of these calls.
 //
-// The back end derives from this class and is its only object. Any thread may call its functions while that
+// The back end derives from this class and is its only object. Any thread may call the functions while that
 // thread holds the interpreter lock. The graphical thread holds the lock from initialize() on, except while
 // it waits for a worker thread. No function throws: it reports a failure through error() and returns NULL,
 // false or 0.
@@ -32,8 +32,8 @@ public:
     Python() = default;
     Python(const Python&) = delete;
     Python& operator=(const Python&) = delete;
-    // Ends the interpreter if it was started. The destructor of a derived class must release its references
-    // first.
+    // Ends the interpreter if it was started. The destructor of a derived class must release the references
+    // of that class first.
     virtual ~Python();
 
     // Expectation scopes. pyExceptStart() begins a scope, and pyExceptClear() ends it and clears any pending
@@ -57,8 +57,8 @@ public:
     virtual void handleException();
     // Called by handleException() for an expected exception. This implementation does nothing.
     virtual void exceptionExpected();
-    // Called by handleException() for any other exception. Prints its traceback to sys.stderr and calls
-    // error().
+    // Called by handleException() for an exception that is not expected. Prints its traceback to sys.stderr
+    // and calls error().
     virtual void exceptionError();
     // Called after a traceback was printed to the process's standard error, because the script had not
     // replaced sys.stderr. The argument is the traceback in UTF-8.
@@ -113,8 +113,8 @@ public:
     bool pyStringEqual(PyObject* object, const char* text);
 
     // pyExceptValue() returns the pending exception object. pyExceptValuef() returns a value for a message:
-    // the attribute "value" of the exception or, if it is missing, the exception's text. Both functions
-    // return a new reference, or NULL if no exception is pending. The exception stays pending.
+    // the attribute "value" of the exception or, if it is missing, the exception's text. Both return a new
+    // reference, or NULL if no exception is pending. The exception stays pending.
     PyObject* pyExceptValue();
     PyObject* pyExceptValuef();
 
@@ -137,8 +137,8 @@ private:
     std::stack<std::list<PyObject*>> expected; // the types are borrowed
 };
 
-// While an object exists, its thread holds the interpreter lock, if "reallyLock" is true. If the thread
-// already holds the lock, it may lock it again. If "reallyLock" is false, the object does nothing.
+// While a PyGILStateWrapper exists, its thread holds the interpreter lock. The thread may already hold the
+// lock before the construction. If "reallyLock" is false, the PyGILStateWrapper does nothing.
 class Python::PyGILStateWrapper
 {
 public:
@@ -157,8 +157,8 @@ private:
     int state = 0; // a PyGILState_STATE
 };
 
-// While an object exists, its thread does not hold the interpreter lock, so that another thread can acquire
-// it.
+// While a PyThreadStateWrapper exists, its thread does not hold the interpreter lock, so that another thread
+// can acquire the lock.
 class Python::PyThreadStateWrapper
 {
 public:
@@ -176,8 +176,8 @@ private:
     PyThreadState* saved;
 };
 
-// While an object exists, an expectation scope is active. The destructor ends the scope on every path out of
-// the code.
+// While an ExceptScope exists, an expectation scope is active. The destructor ends the scope on every path
+// out of the code.
 class Python::ExceptScope
 {
 public:

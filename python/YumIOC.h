@@ -18,9 +18,9 @@ PyMODINIT_FUNC PyInit_yumIOC();
 
 namespace YumIOC {
 
-// Connects the module's functions to this back end, and registers the module for import. The first call must
-// come before the interpreter starts. Later calls may connect another back end at any time. Returns 0, or -1
-// if the registration failed.
+// Connects the module's functions to the back end `yumIO`, and registers the module for import. The first
+// call must come before the interpreter starts. Later calls may connect another back end at any time. Returns
+// 0, or -1 if the registration failed.
 int initialize(YumIOCTarget* yumIO);
 
 } // namespace YumIOC

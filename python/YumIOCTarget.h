@@ -3,8 +3,8 @@
 // The script's interface to the back end: the functions of the module yumIOC call these members.
 //
 // The members are called on the thread that runs the script, with the interpreter lock held. Each member
-// parses its arguments, which are a tuple (NULL for userconfirm and rpmtransDel). It returns a new reference,
-// or NULL with a pending Python exception, which the script then receives.
+// parses its arguments, which are a tuple (NULL for userconfirm and rpmtransDel). Each member returns a new
+// reference, or NULL with a pending Python exception, which the script then receives.
 //
 // If a class derives from both this class and Python, it must list Python first. The destructor of Python
 // ends the interpreter and may thereby run functions of the script. At that time this base class is already

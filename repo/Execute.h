@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Starts external programs that run independently of this program, even after it has ended.
+// Starts external programs that run independently of VYRE, and continue to run after VYRE has ended.
 //
 // Only the graphical thread calls these functions. The saved descriptors exist until the process ends.
 
@@ -17,16 +17,16 @@ class Execute
 
 public:
     // Saves the current standard output and standard error, and gives them to all programs that execute()
-    // starts later. During an operation, descriptors 1 and 2 are pipes that close when the operation ends. A
-    // program that writes to a closed pipe is killed.
+    // starts after this call. During an operation, descriptors 1 and 2 are pipes that close when the
+    // operation ends. If a program wrote to such a closed pipe, the program would be killed.
     static void keepOutput();
 
     // Runs the program argv[0] (a path) with the other arguments, which a null pointer ends. The function
     // returns immediately. After that, the caller may destroy the arguments. The program is not a child of
     // this process and has its own session. It inherits only the three standard descriptors, and all its
     // signals have their default actions. If no process can be created, a message box over `parent` reports
-    // the failure. The function does not wait for this box, because a running operation must continue. Later
-    // failures are reported only on standard error.
+    // the failure. The function does not wait for this box, because a running operation must continue.
+    // Failures of the new process are reported only on standard error.
     static void execute(QWidget* parent, char* const* argv);
 };
 

@@ -3,7 +3,7 @@
 // Removes line breaks from a line edit, because its text becomes one line of a configuration file. Pasted
 // text often ends with a line break.
 //
-// The object lives on the graphical thread; its Qt parent owns it.
+// A OneLineValidator lives on the graphical thread; its Qt parent owns it.
 
 #ifndef REPO_ONELINEVALIDATOR_H
 #define REPO_ONELINEVALIDATOR_H
@@ -21,7 +21,7 @@ public:
     // before a blank or a tab is kept, because a configuration file can contain it.
     static QString oneLine(QString text);
 
-    // Corrects the input, and always returns Acceptable.
+    // Corrects `input` with oneLine(), and always returns Acceptable.
     State validate(QString& input, int& position) const override;
 };
 

@@ -82,7 +82,8 @@ protected:
         const PasswdInner::Selection own = PasswdInner::selection(this);
         const PasswdInner::Selection wanted{PasswdInner::characterBoundary(text, own.anchor),
                                             PasswdInner::characterBoundary(text, own.position)};
-        // Compare first: an unnecessary move of the cursor would split one undo step into two.
+        // If the selection is already right, leave it alone: a move of the cursor would split one undo step
+        // into two.
         if (PasswdInner::selection(inner) != wanted) {
             PasswdInner::separateUndo(inner);
             PasswdInner::select(inner, wanted);
@@ -91,7 +92,7 @@ protected:
     void showRealSelection() { PasswdInner::select(this, PasswdInner::selection(inner)); }
 
     // Returns the selected text for the clipboard. The caller owns the result. Only the masking edits can
-    // read its real text.
+    // read the real text in the result.
     QMimeData* makeMimeData() const
     {
         const PasswdInner::Selection own = PasswdInner::selection(this);
@@ -124,7 +125,8 @@ protected:
 
     // Returns true if the key removes more than one character. In this case, the function first selects the
     // text that the key removes. The function finds this text in the visible edit, by the word boundaries of
-    // the masked text. If the key also copies, the function copies the masked text to the clipboard.
+    // the masked text. If the key also copies the removed text, the function copies the masked text to the
+    // clipboard.
     virtual bool selectForRemoval(QKeyEvent* event)
     {
         const bool hasSelection = PasswdInner::selection(this).length() > 0;

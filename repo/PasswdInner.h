@@ -63,7 +63,7 @@ namespace PasswdInner {
 
 // Returns true if the key moves the cursor or changes the selection, without changing the text.
 bool movesCursor(const QKeyEvent* event);
-// Returns the nearest position that does not split a surrogate pair.
+// Returns `position`, or the next position if `position` would split a surrogate pair.
 int characterBoundary(const QString& text, int position);
 
 // The difference between two texts. "removed" characters at "begin" of the first text are replaced by "added"

@@ -3,7 +3,7 @@
 // Hides the passwords in a text. A password character replaces each character of a password. Therefore
 // positions in the masked text and in the real text are the same.
 //
-// Only the graphical thread uses the objects, which can be copied. An object caches the last masked text.
+// Only the graphical thread uses a PasswdMask, which can be copied. It caches the last masked text.
 
 #ifndef REPO_PASSWDMASK_H
 #define REPO_PASSWDMASK_H
@@ -21,8 +21,8 @@ public:
     // Creates a mask that hides every password that Credentials finds in a text of this kind.
     explicit PasswdMask(Credentials::Text kind = Credentials::Text::Urls);
 
-    // Both functions add an expression whose first capture is also hidden. They ignore the expressions of
-    // Repo::Vantor, because Credentials already finds the passwords in vantor URLs.
+    // hideInWholeText() and hideEverywhere() add an expression whose first capture is also hidden. They
+    // ignore the expressions of Repo::Vantor, because Credentials already finds the passwords in vantor URLs.
     // hideInWholeText() uses the expression only if it matches the whole text. hideEverywhere() uses each
     // match of the expression in the text.
     void hideInWholeText(const QRegExp& expression);
@@ -33,7 +33,7 @@ public:
     bool hides(const QString& text, int position) const;
 
 private:
-    // Returns the passwords that the expressions capture.
+    // Returns the places that the expressions capture.
     QVector<Credentials::Place> captured(const QString& text) const;
     QString mask(const QString& text, QChar passwordCharacter) const;
     void forget();

@@ -25,7 +25,7 @@ PasswdTextEdit::PasswdTextEdit(const PasswdMask& initialMask, int columnCount, i
 {
     mask = initialMask;
     setAcceptRichText(false);
-    // The hidden edit stores the real text and its undo steps, so this edit needs none.
+    // The hidden edit stores the real text and its undo steps, so the visible edit stores no undo steps.
     setUndoRedoEnabled(false);
     connect(inner, SIGNAL(textChanged()), this, SLOT(handleInnerTextChanged()));
     connect(this, SIGNAL(textChanged()), this, SLOT(handleOwnTextChanged()));

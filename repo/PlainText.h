@@ -14,7 +14,7 @@ class QTextDocument;
 namespace PlainText {
 
 // Returns the text with one character for each position in the document, and with line feeds between the
-// paragraphs. QTextDocument::toPlainText() replaces no-break spaces, but this function keeps them.
+// paragraphs. QTextDocument::toPlainText() replaces no-break spaces by blanks, but exact() keeps them.
 // Configuration files are read as Latin-1, so a no-break space may be one byte of a longer character.
 QString exact(const QTextDocument* document);
 

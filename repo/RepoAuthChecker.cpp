@@ -26,8 +26,8 @@ bool findAuth(const Repo::Entry& entry, Checker::Auth& auth)
 Checker::Checker(QWidget* parent, YumConfIO* yumConfIO) : quit(false), changed(false)
 {
     if (!yumConfIO->read(parent)) {
-        // Stop here: if the configuration was read only in part, a later write would remove the files that
-        // were not read.
+        // Stop here: if the configuration was read only in part, write() would remove the files that were not
+        // read.
         return;
     }
     bool hasAuthForAll = false;
@@ -103,7 +103,7 @@ void Checker::write(QWidget* parent, YumConfIO* yumConfIO, const QHash<QString, 
 
 Checker::~Checker()
 {
-    // The dialog's parent may have been deleted, and has then deleted the dialog too. `dialog` is then null.
+    // If the dialog's parent was deleted, it has deleted the dialog too, and `dialog` is null.
     delete dialog;
 }
 

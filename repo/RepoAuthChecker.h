@@ -2,7 +2,7 @@
 
 // Finds the repositories in use whose URLs have empty credentials, and asks the user for these credentials.
 //
-// The object lives on the graphical thread. An object exists for one check, which the constructor runs.
+// A Checker lives on the graphical thread. Each Checker runs one check, in its constructor.
 
 #ifndef REPO_REPOAUTHCHECKER_H
 #define REPO_REPOAUTHCHECKER_H

@@ -27,8 +27,8 @@ void RepoBrowse::browse(QWidget* parent, const Repo::Entry& entry, YumIO* yumIO)
         return;
     }
     QByteArray program = QFile::encodeName(Share::absolute(QStringLiteral("webbrowser")));
-    // Remove the credentials: all users can read a program's arguments, and the browser would store them in
-    // its history. The browser asks the user for them instead.
+    // Remove the credentials: all users can read a program's arguments, and the browser would store the
+    // credentials in its history. Without credentials in the URL, the browser asks the user for them.
     QByteArray argument = Credentials::removed(yumIO->expandVariables(url)).toUtf8();
     char* const argv[] = {program.data(), argument.data(), nullptr};
     Execute::execute(parent, argv);

@@ -23,12 +23,12 @@ class RepoBrowse
     Q_DECLARE_TR_FUNCTIONS(RepoBrowse)
 
 public:
-    // Opens the first URL of the repository, or the mirror list URL if the repository has no other URL.
+    // Opens the first URL of the repository, or the mirror list URL if the repository has only this URL.
     // Replaces the package manager's variables by their values, and removes credentials. If the repository
     // has no URL at all, a message over `parent` reports this.
     static void browse(QWidget* parent, const Repo::Entry& entry, YumIO* yumIO);
     // Opens the first repository with this identifier. If no repository has this identifier, a message over
-    // `parent` reports the problem.
+    // `parent` reports this.
     static void browse(QWidget* parent, QString id, YumIO* yumIO, YumConfIO* yumConfIO);
 
     // Returns the first repository with this identifier, or null if no repository has this identifier. The

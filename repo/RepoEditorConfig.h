@@ -34,15 +34,16 @@ public:
     explicit Config(QGridLayout* layout);
 
     void setEntry(const Repo::Entry& entry);
-    // Returns the repository with the values of the fields. A field may show a value in another form than the
-    // file. If the user has not changed such a field, the result has the value from the file.
+    // Returns the repository with the values of the fields. A field may show a value in a form that differs
+    // from the form in the file. If the user has not changed such a field, the result has the value from the
+    // file.
     Repo::Entry toEntry() const;
-    // Shows the values of the [main] section as defaults. A repository uses them for options that its own
-    // section lacks.
+    // Shows the values of the [main] section as defaults. If the section of a repository lacks an option, the
+    // repository uses the default.
     void setDefaults(bool enabled, bool gpgcheck);
     // Empties and disables all fields until the next setEntry().
     void disable();
-    // Shows the first problem of the repository in the label. Returns true if a problem exists.
+    // Shows the first problem of the repository in `label`. Returns true if a problem exists.
     bool setStatus(YumConfIO* conf, HFrameLabel* label);
     // Returns false if the fields contain text that a configuration file cannot represent as one repository.
     bool canBeWritten() const;

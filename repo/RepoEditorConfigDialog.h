@@ -31,8 +31,8 @@ public:
     explicit ConfigDialog(YumConfIO* conf, QWidget* parent = nullptr);
 
     // Sets the repository for the next exec(). The caller owns the repository, which must outlive that call.
-    // If the user changes nothing, OK acts like Cancel. But OK accepts a copy without a change, because the
-    // editor's list does not contain the copy yet.
+    // If the user changes nothing, OK acts like Cancel. But if `isCopy` is true, OK accepts the repository
+    // even without a change, because the editor's list does not contain this copy yet.
     void setEntry(Repo::Entry* edited, bool isCopy = false);
 
     void updateStatusLabel();
@@ -42,10 +42,11 @@ public:
 public Q_SLOTS:
     void changed();
     void reset();
-    // Closes the window and drops the changes without a question.
+    // Closes the window, and drops the user's changes without a question.
     void cancel();
     void ok();
-    // Called for the Escape key and for the window's close button. Asks before it drops changes.
+    // Called for the Escape key and for the window's close button. If the user has made changes, asks before
+    // it drops them.
     void reject() override;
 
 private:

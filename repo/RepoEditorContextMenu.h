@@ -21,7 +21,7 @@ class ContextMenu : public QMenu
 public:
     ContextMenu(Model* repositories, QWidget* parentView);
 
-    // Runs the menu at a position on the screen, for a source index. If the user clicks below the last row,
+    // Runs the menu for `sourceIndex`, at a position on the screen. If the user clicks below the last row,
     // the index is invalid.
     void exec(QModelIndex sourceIndex, const QPoint& globalPos);
 

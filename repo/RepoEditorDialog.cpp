@@ -245,8 +245,8 @@ void Dialog::remove()
     if (selected.isEmpty()) {
         return;
     }
-    // Move the focus to the table. The remove button becomes disabled, so Qt would focus the next button, and
-    // Enter would press it.
+    // Move the focus to the table. Otherwise Qt would focus the next button as soon as the remove button is
+    // disabled, and Enter would press that button.
     view->setFocus();
     view->setCurrentIndex(QModelIndex());
     QList<int> rows = selected.values();
@@ -336,8 +336,8 @@ void Dialog::reject()
     }
     if (isAsked) {
         if (!sessionChanged && !applied) {
-            // Undo a change of sessionEnabled: a repository form may have added its repository, and no signal
-            // reported that.
+            // Restore sessionEnabled: a repository form may have added its repository to sessionEnabled
+            // without a signal.
             yumConfIO->sessionEnabled = sessionBackup;
         }
         readWhole = yumConfIO->read(this);

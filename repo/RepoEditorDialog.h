@@ -3,8 +3,8 @@
 // The window that shows every configured repository. The user enables and disables repositories, edits their
 // configuration, and writes the configuration to the files.
 //
-// The object lives on the graphical thread. The main window creates it on first use and owns it. The object
-// edits the main window's configuration, and reads this configuration again each time the dialog opens.
+// The object lives on the graphical thread. The main window creates it on first use and owns it. The dialog
+// edits the main window's configuration, and reads the files again each time it opens.
 
 #ifndef REPO_REPOEDITORDIALOG_H
 #define REPO_REPOEDITORDIALOG_H
@@ -39,8 +39,8 @@ public:
     // the configuration cannot be read, the error message appears over `parent`.
     Dialog(YumIO* backEnd, YumConfIO* conf, QWidget* parent);
 
-    // The caller sets this member before each exec(). If it is true, the dialog emits reposChanged() when it
-    // closes, even if nothing has changed.
+    // The caller sets this member before each exec(). If the member is true, the dialog emits reposChanged()
+    // when it closes, even if nothing has changed.
     bool reposChangedForced;
 
     // Does not open the window if the configuration cannot be read.

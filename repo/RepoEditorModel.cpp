@@ -43,7 +43,8 @@ QString headerToolTip(int column)
     }
 }
 
-// A cell shows at most this number of characters, because measuring a longer text takes a view too long.
+// A cell shows at most this number of characters, because a view would need too long to measure a longer
+// text.
 constexpr int shownLetters = 1000;
 
 QString shown(const QString& text)

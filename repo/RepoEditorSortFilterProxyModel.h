@@ -2,7 +2,7 @@
 
 // Sorts the repositories. Identifiers and names are in natural order: repo9 comes before repo10.
 //
-// The object lives on the graphical thread; its Qt parent owns it. The same parent owns the source model.
+// The proxy lives on the graphical thread; its Qt parent owns it. The same parent owns the source model.
 
 #ifndef REPO_REPOEDITORSORTFILTERPROXYMODEL_H
 #define REPO_REPOEDITORSORTFILTERPROXYMODEL_H

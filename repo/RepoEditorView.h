@@ -26,7 +26,7 @@ public:
     // The editor's dialog owns both models. `model` is the source of `sortedRows`.
     View(Model* model, QSortFilterProxyModel* sortedRows, QWidget* parent = nullptr);
 
-    // Both functions use source rows; -1 means no row.
+    // currentRow() and setCurrentRow() use source rows; -1 means no row.
     int currentRow() const;
     void setCurrentRow(int row);
     // Returns source indexes.

@@ -2,7 +2,7 @@
 
 // One repository in the package manager's configuration: the contents of one section of a configuration file.
 //
-// Objects can be copied and belong to no thread. YumConfIO owns the list of repositories, and the editors
+// An Entry can be copied and belongs to no thread. YumConfIO owns the list of repositories, and the editors
 // change this list.
 
 #ifndef REPO_REPOENTRY_H

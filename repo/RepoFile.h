@@ -3,7 +3,7 @@
 // One configuration file of the package manager: its contents on the disk, or the reason why VYRE leaves the
 // file alone.
 //
-// The graphical thread creates the objects, which can be copied. Reading never blocks that thread, even if
+// The graphical thread creates File objects, which can be copied. Reading never blocks that thread, even if
 // the file is a pipe or endless.
 
 #ifndef REPO_REPOFILE_H
@@ -46,8 +46,8 @@ public:
     // Reads the file; the caller has already called stat().
     static File read(const QString& path, const struct stat& status);
 
-    // Converts a text to bytes for this file. Replaces line feeds by the line ends of the file, and adds its
-    // byte order mark.
+    // Converts a text to bytes for this file. Replaces line feeds by the line ends of the file. If the file
+    // had a byte order mark, adds this mark.
     QByteArray encoded(const QString& text) const;
 
     State state = Missing;

@@ -22,8 +22,8 @@ namespace Vantor {
 // be a list of URLs. If the text contains no vantor URL, returns false and sets these arguments to empty
 // strings.
 bool getAuth(const QString& url, QString& nameKey, QString& name, QString& passwordKey, QString& password);
-// Finds the first vantor URL of a repository, and sets the last four arguments in the same way. If the URLs
-// of the repository contain no vantor URL, searches its mirror list URL.
+// Finds the first vantor URL of a repository, and sets the last four arguments to its decoded parts. If the
+// URLs of the repository contain no vantor URL, searches its mirror list URL.
 bool getAuth(const Repo::Entry& entry, QString& nameKey, QString& name, QString& passwordKey,
              QString& password);
 

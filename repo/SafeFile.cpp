@@ -343,8 +343,8 @@ bool SafeFile::commit()
             if (errno != EBUSY && errno != EPERM && errno != EACCES) {
                 return false;
             }
-            // The file cannot be replaced: it is a mount point, or the directory does not let this user
-            // replace another user's file. Therefore write to the existing file.
+            // The file cannot be replaced: the file is a mount point, or the directory does not permit this
+            // user to replace a file of another user. Therefore write to the existing file.
             dropTemporary();
             return commitInPlace();
         }

@@ -30,7 +30,7 @@ public:
     // On failure, the next three functions return false and set errno.
 
     // Prepares to replace the text of an existing file. If the file does not contain `expected`, fails with
-    // ESTALE. If `others` is false, only the owner and the group of the file keep their rights.
+    // ESTALE. If `others` is false, all users except the owner and the group of the file lose their rights.
     bool replace(const QString& path, const QByteArray& expected, const QByteArray& text, bool others = true);
     // Prepares to create a file with this mode, reduced by the umask. If the file already exists, fails with
     // EEXIST.
@@ -39,8 +39,8 @@ public:
     // on the disk.
     bool commit();
 
-    // Writes the prepared texts of many files to the disk together. Without this call, each commit() writes
-    // its own text to the disk.
+    // Writes the prepared texts of many files to the disk together. Without an earlier sync(), each commit()
+    // writes its own text to the disk.
     static bool sync(const std::vector<std::unique_ptr<SafeFile>>& files);
     // Writes directories to the disk, so that renamed and new files in them are permanent.
     static void syncDirectories(const QStringList& directories);
@@ -64,7 +64,7 @@ public:
     static void removeLeftovers(const QString& directory);
     // Returns the copies of old texts that killed programs have left behind in a directory.
     static QStringList leftoverCopies(const QString& directory);
-    // Returns the directories that contain copies if the directory of a file is not writable.
+    // Returns the directories in which copies are stored if the directory of a file is not writable.
     static QStringList copyDirectories();
 
 private:

@@ -3,12 +3,12 @@
 // Reads the package manager's main configuration file and repository files into one list of repositories. The
 // editors change this list. Then write() writes the whole list to the files.
 //
-// This class neither overwrites nor removes a file that it has not read completely, or that another program
-// has changed since the last read. Two paths lead to the same file if their device and inode numbers are
-// equal, or if their canonical paths are equal.
+// YumConfIO neither overwrites nor removes a file that it has not read completely. The same applies to a file
+// that another program has changed since the last read. Two paths lead to the same file if their device and
+// inode numbers are equal, or if their canonical paths are equal.
 //
-// The object lives on the graphical thread and shows its errors in message boxes; the main window owns it.
-// The object reads the bytes of a file as Latin-1 characters, but writes UTF-8.
+// A YumConfIO lives on the graphical thread and shows its errors in message boxes; the main window owns it.
+// It reads the bytes of a file as Latin-1 characters, but writes UTF-8.
 
 #ifndef REPO_YUMCONFIO_H
 #define REPO_YUMCONFIO_H
@@ -35,7 +35,8 @@ class YumConfIO : public QObject
     Q_OBJECT
 
 public:
-    // The object stores references to both arguments, which must outlive it. The constructor reads no files.
+    // The object stores references to both arguments, which must outlive the object. The constructor reads no
+    // files.
     YumConfIO(const QList<YumRepoEnabled>& requests, QHash<QString, bool>& session);
     ~YumConfIO() override;
 
@@ -48,8 +49,8 @@ public:
     // none: /etc/yum.repos.d, /etc/yum/repos.d and each existing directory of `knownDirectories`.
     QStringList defaultDirectories() const;
     // The package manager's default directories, relative to the managed root. The package manager reports
-    // these directories when it has started. Until then, the list contains the default directories of all its
-    // versions.
+    // these directories when it has started. Before that, the list contains the default directories of all
+    // versions of the package manager.
     QStringList knownDirectories{QStringLiteral("/etc/distro.repos.d"),
                                  QStringLiteral("/usr/share/dnf5/repos.d")};
 
@@ -59,10 +60,10 @@ public:
     bool read(QWidget* window);
 
     // Writes all files, and removes repository files without repositories. If some of the `entries` have
-    // empty or repeated identifiers, first asks the user and removes these entries. Returns false if the user
-    // declines, or if an error occurs. Shows the error over `window`. Files that were written before the
-    // error keep their new contents. If another program has changed one of the files since it was read,
-    // nothing is written.
+    // empty or repeated identifiers, first asks the user, and removes these entries if the user agrees.
+    // Returns false if the user declines, or if an error occurs. Shows the error over `window`. Files that
+    // were written before the error keep their new contents. If another program has changed one of the files
+    // since VYRE read it, nothing is written.
     bool write(QWidget* window);
 
     // Valid after write() has returned false. True if other programs have changed files and the user wants to
@@ -97,7 +98,8 @@ public:
     // is valid only during these calls.
     QWidget* parent = nullptr;
 
-    // Physical lines that have been read, but belong to logical lines that have not been returned yet.
+    // Physical lines that are already read, but belong to logical lines that readLogicalLine() has not
+    // returned yet.
     QStringList pendingLines;
 
 Q_SIGNALS:
@@ -136,8 +138,7 @@ private:
         Turn turn = Gains;
     };
 
-    // Adds a warning if VYRE takes the value of an option for "yes", but the package manager takes it for
-    // "no".
+    // Adds a warning if VYRE reads the value of an option as "yes", but the package manager reads it as "no".
     void noteDoubtfulSwitch(const QString& path, const QString& id, const QString& line,
                             const QString& value);
 

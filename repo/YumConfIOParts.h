@@ -32,7 +32,7 @@ inline QString directoryOf(const QString& path)
     return slash < 0 ? QStringLiteral(".") : slash == 0 ? QStringLiteral("/") : path.left(slash);
 }
 
-// The text may come from a file, so the box never shows it as rich text.
+// Shows a message box. The text may come from a file, so the box never shows it as rich text.
 inline QMessageBox::StandardButton showBox(QWidget* parent, const QString& title, const QString& text,
                                            QMessageBox::StandardButtons buttons,
                                            QMessageBox::StandardButton preferred,

@@ -260,9 +260,8 @@ bool YumConfIO::respectChanges(QList<Target>& list, QList<int>& removed)
         if (target.edited && target.outdated) {
             changedFiles.append(target.path);
         }
-        // If an unedited file is plain, it is written nevertheless, without its blank lines and the comments
-        // above its first section. An unedited file that is not plain is skipped, because a write would
-        // change its characters.
+        // An unedited plain file is written nevertheless, without its blank lines and the comments above its
+        // first section. Any other unedited file is skipped, because a write would change its characters.
         target.skipped = !target.edited && (target.outdated || !known.file.isPlain ||
                                             known.file.encoded(target.text) == known.file.bytes);
     }
@@ -291,9 +290,9 @@ bool YumConfIO::respectChanges(QList<Target>& list, QList<int>& removed)
     return false;
 }
 
-// Writes the files in batches. All files of a batch are prepared before the first one is committed. The order
-// makes sure that a section that moves to another file is written there before it is removed from its old
-// file.
+// Writes the files in batches. All files of a batch are prepared before the first one is committed. If a
+// section moves to another file, the order makes sure that the section is written to the new file before it
+// is removed from the old file.
 bool YumConfIO::writeFiles(QList<Target>& list)
 {
     std::vector<std::unique_ptr<SafeFile>> files;

@@ -2,7 +2,7 @@
 
 // An option on the command line that enables or disables all repositories whose identifiers match a pattern.
 //
-// Objects can be copied. CommandLine creates the list of options; the main window owns the list.
+// A YumRepoEnabled can be copied. CommandLine creates the list of options; the main window owns the list.
 
 #ifndef REPO_YUMREPOENABLED_H
 #define REPO_YUMREPOENABLED_H

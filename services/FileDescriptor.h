@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Owns a file descriptor and closes it. Any thread may use an object, but only one thread at a time.
+// Owns a file descriptor and closes it. Any thread may use a FileDescriptor, but only one thread at a time.
 
 #ifndef SERVICES_FILEDESCRIPTOR_H
 #define SERVICES_FILEDESCRIPTOR_H
@@ -27,7 +27,7 @@ public:
         return released;
     }
 
-    // Closes the current descriptor and takes over another descriptor.
+    // Closes the current descriptor and takes over `descriptor` instead.
     void reset(int descriptor)
     {
         close();

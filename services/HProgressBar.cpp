@@ -18,7 +18,7 @@ void HProgressBar::setActivity(QString text)
 {
     if (activity != text) {
         activity = text;
-        setAccessibleDescription(activity); // else assistive programs read only the percentage
+        setAccessibleDescription(activity); // otherwise, assistive programs read only the percentage
         update();
     }
 }

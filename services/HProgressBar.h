@@ -19,8 +19,8 @@ public:
     explicit HProgressBar(QWidget* parent = nullptr);
 
     void setActivity(QString text);
-    // Returns the activity, followed by the percentage in parentheses. Leaves out the part that does not
-    // exist.
+    // Returns the activity, followed by the percentage in parentheses. Leaves out the activity or the
+    // percentage if it does not exist.
     QString text() const override;
     // Resets the bar and removes the activity.
     void reset();
@@ -35,7 +35,7 @@ protected:
 private:
     QString activity;
     QElapsedTimer
-        sinceAnimation; // the time since the last move of the busy look; invalid before the first move
+        sinceAnimation; // the time since the last move of the busy look; invalid before the first such move
 };
 
 #endif

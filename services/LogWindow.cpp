@@ -35,7 +35,7 @@ namespace {
 
 const int maxLevel = 10;
 const int defaultLevel = 2;
-// Info entries above this level are less important, and get a less conspicuous colour.
+// Info entries above this level are of lesser importance, and get a less conspicuous colour than the others.
 const unsigned int maxPlainLevel = 9;
 
 } // namespace
@@ -140,8 +140,7 @@ void Window::setVisible(bool visible)
         scrollToEnd();
     }
     if (!visible && wasVisible) {
-        // Close the dialogs of this window too. A dialog that stays open alone would prevent the end of the
-        // program.
+        // Close the dialogs of this window too. If a dialog stayed open alone, the program could not end.
         for (QDialog* dialog : findChildren<QDialog*>()) {
             dialog->reject();
         }
@@ -194,8 +193,8 @@ int Window::topEntry() const
     if (scrollBar->value() >= scrollBar->maximum()) {
         return -1;
     }
-    // A line of which less than half is visible does not count. An entry of several lines has its index at
-    // the first one.
+    // Look at the middle of the first line: a line counts only if more than half of it is visible. Only the
+    // first line of an entry has the entry's index.
     const QPoint top(0, textEdit->fontMetrics().lineSpacing() / 2);
     QTextBlock block = textEdit->cursorForPosition(top).block();
     while (block.isValid() && block.userState() < 0) {
@@ -222,7 +221,7 @@ void Window::scrollTo(const QTextBlock& block)
 
 void Window::levelChanged(int)
 {
-    if (place < 0) { // otherwise, appended() has not rendered the text again yet
+    if (place < 0) { // otherwise, render() has not scrolled to `place` yet
         place = topEntry();
     }
     shown = 0;
@@ -237,8 +236,8 @@ void Window::timesChanged()
 
 void Window::save()
 {
-    // Do not wait for the answer in a nested event loop: an operation that ends while the dialog is open
-    // could not return, because this loop would be above it on the stack.
+    // Do not wait for the answer in a nested event loop. If an operation ended while the dialog is open, its
+    // function could not return before this loop.
     auto* dialog = new QFileDialog(this, tr("Save the Log"), QDir::homePath(), QString());
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setAcceptMode(QFileDialog::AcceptSave);
@@ -355,7 +354,8 @@ bool Window::render()
 
 bool Window::isShown(const Entry& entry) const
 {
-    // Show these errors at every level, because messages of the program refer the user to the log for them.
+    // Show errors up to the default level at every chosen level, because messages of the program refer the
+    // user to the log for these errors.
     const bool isError = entry.kind == Error && entry.level <= static_cast<unsigned int>(defaultLevel);
     return static_cast<unsigned int>(levelSpinBox->value()) >= entry.level || isError;
 }

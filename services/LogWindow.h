@@ -4,7 +4,7 @@
 // by kind.
 //
 // The object lives on the graphical thread. The main window creates it on the first request and keeps it
-// until the program ends. While the window is hidden, it is disconnected from the log and contains no text.
+// until the program ends. A hidden window is disconnected from the log and contains no text.
 
 #ifndef SERVICES_LOGWINDOW_H
 #define SERVICES_LOGWINDOW_H
@@ -26,7 +26,7 @@ class Window : public QWidget
 
 public:
     // Creates a top-level window. `mainWindow` is stored, but does not become the Qt parent. The back end
-    // owns the list, which must outlive this window.
+    // owns `entries`, which must outlive this window.
     Window(EntryList& entries, QWidget* mainWindow);
 
     // Escapes a line in place for use as rich text. White space keeps its width. Ampersands are not escaped.
@@ -36,19 +36,21 @@ public Q_SLOTS:
     // When the window becomes visible, it renders the whole log and scrolls to the newest line. When it is
     // hidden, it deletes the text.
     void setVisible(bool visible) override;
-    // Scrolls to the entry of this index, or to the next visible one, and moves the cursor there.
+    // Scrolls to the entry `index` or, if the window does not show it, to the next shown entry. Moves the
+    // cursor there.
     void showFrom(int index);
-    // Renders the new entries since the last call, and paints them immediately.
+    // Renders the entries that are not rendered yet, and paints them immediately.
     void appended();
     // Renders the whole log again at the new level. The entry at the top stays there, unless the text was
     // scrolled to the end.
     void levelChanged(int level);
-    // Shows or hides the times, and renders the whole log again, as levelChanged() does.
+    // Shows or hides the times. Renders the whole log again in the same way as levelChanged().
     void timesChanged();
-    // Opens a dialog for the file name, and later writes the shown entries with their times to this file.
-    // Does not wait for the answer, because an operation may end while the dialog is open.
+    // Opens a dialog for the file name. When the user has chosen a file, writes the shown entries with their
+    // times to this file. Does not wait for the answer, because an operation may end while the dialog is
+    // open.
     void save();
-    // If the file exists, asks the user first. Then writes the file.
+    // Writes the shown entries to the file `path`. If this file already exists, asks the user first.
     void saveInto(const QString& path);
 
 private Q_SLOTS:
@@ -59,7 +61,7 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
-    // Renders the entries from index "shown" to the end. Returns false if there are no new entries.
+    // Renders the entries from index `shown` to the end. Returns false if all entries are already rendered.
     bool render();
     QString readable(const QString& color) const;
     bool isShown(const Entry& entry) const;
@@ -67,8 +69,8 @@ private:
     void scrollToEnd();
     // Returns the index of the entry at the top, or -1 if the text is scrolled to the end.
     int topEntry() const;
-    // Returns the block of the entry of this index or of the next visible entry. Without such an entry, the
-    // block is invalid.
+    // Returns the block of the entry `index` or, if the window does not show it, of the next shown entry. If
+    // no shown entry follows, the block is invalid.
     QTextBlock blockOf(int index) const;
     void scrollTo(const QTextBlock& block);
 
@@ -82,7 +84,7 @@ private:
     bool open;     // false while the window is hidden; notifications that arrive then are ignored
     QString savePath;
     bool painting;   // true while appended() processes paint events
-    bool askedAgain; // more entries arrived while appended() processed paint events
+    bool askedAgain; // entries arrived while appended() processed paint events
 };
 
 } // namespace Log

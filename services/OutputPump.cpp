@@ -71,8 +71,8 @@ void OutputPump::stop()
     }
 }
 
-// Reads the bytes that are available at the start of the call, and no others. Otherwise a writer that never
-// pauses would keep the pump in this function.
+// Reads only the bytes that are available at the start of the call. Otherwise a writer that never pauses
+// would keep the pump in this function.
 void OutputPump::fill(Way& way)
 {
     int count = 0;

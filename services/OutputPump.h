@@ -21,8 +21,8 @@
 class OutputPump
 {
 public:
-    // If more than this number of bytes wait for the reader, the pump slows the writers down. It never stops
-    // them.
+    // If more than this number of bytes wait for the reader, the pump slows the writers down. The pump never
+    // stops the writers.
     static constexpr int fullBuffer = 1 << 20;
     // The maximum number of bytes that wait for the reader. The pump drops any output beyond this limit and
     // inserts a line that reports the gap.

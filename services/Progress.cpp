@@ -443,8 +443,8 @@ void Object::endItemActsThreads()
 
 void Object::setItemValue(Steps value)
 {
-    // A value that follows the last report too soon is not reported. If this value was the item's final
-    // value, the bars show it together with the next item, endItemActs() or reset().
+    // A value that arrives less than minInterval after the last report is not reported. If this value is the
+    // item's final value, the bars show it at the next item, endItemActs() or reset().
     itemValue = std::min(value, itemMax);
     totalValue = itemStart + itemShare(itemValue);
     if (intervalOver(itemTimer)) {

@@ -40,7 +40,7 @@ struct ThreadState
     quint32 state = NotStarted;
 };
 
-// The states of all parallel downloads. Objects can be copied.
+// The states of all parallel downloads. A ThreadsState can be copied.
 class ThreadsState
 {
 public:
@@ -124,8 +124,8 @@ private:
 // Lives on the thread that runs the operation. Only that thread uses it.
 //
 // The total bar runs from 0 to the maximum of startTotal(). Each item covers the next part of the total bar,
-// and has its own range on the item bar. A part of the total may be divided into acts. Each item then covers
-// some of these acts.
+// and has its own range on the item bar. A part of the total may be divided into acts. In such a part, each
+// item covers some of the acts.
 class Object : public QObject
 {
     Q_OBJECT
@@ -154,7 +154,7 @@ public:
     void endItemActs();
 
     // Starts an item for parallel downloads. The item's value is the sum of the downloads' values. The
-    // following functions ignore an index if it is not less than "threads".
+    // following functions ignore an index that is not less than "threads".
     void setupItemActsThreads(QString text, Steps actsFrom, Steps uptoAct, unsigned int threads,
                               Steps itemMax);
     void startItemActThread(QString name, unsigned int index, Steps max);
@@ -165,8 +165,8 @@ public:
 
     // Stores the value. Reports it only if the last report is more than 9 ms old.
     void setItemValue(Steps value);
-    // Ignores a value that follows the last report within 9 ms, except the first value that equals the
-    // maximum.
+    // Ignores a value that arrives less than 9 ms after the last report. But the first value that equals the
+    // maximum is always reported.
     void setTotalValue(Steps value);
     void reset();
 
@@ -214,7 +214,7 @@ private:
     std::shared_ptr<Downloads> downloads; // only the operation's thread changes it
 };
 
-// While an object exists, the slot contains a new Progress::Object. After that, the slot is null.
+// While a User exists, `objectSlot` points to a new Progress::Object. After that, `objectSlot` is null.
 class User
 {
 public:

@@ -41,8 +41,8 @@ void QuestionGuard::close()
     keys.clear();
     mouseButtons = Qt::NoButton;
     focus = question->focusWidget();
-    // Disable all buttons: a screen reader can press an enabled button without any event that this class
-    // could filter.
+    // Disable all buttons: a screen reader can press an enabled button without an event that QuestionGuard
+    // can filter.
     for (QAbstractButton* button : question->findChildren<QAbstractButton*>()) {
         if (button->isEnabled()) {
             disabled.append(button);
@@ -137,7 +137,7 @@ bool QuestionGuard::ignoresKey(const QKeyEvent* event)
         keys.insert(key);
         return false;
     }
-    // Ignore later events of a key that was pressed while input was ignored: its repetitions and its release.
+    // If a key was pressed while input was ignored, ignore also its repetitions and its release.
     return !keys.contains(key);
 }
 

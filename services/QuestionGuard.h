@@ -3,12 +3,12 @@
 // Protects a question of a worker from input that is meant for something else. Such a question appears at a
 // moment that the user cannot foresee, perhaps between two key presses.
 //
-// For half a second after the question appears on the screen, its buttons are disabled, and it ignores keys
-// and clicks. The same happens when the question first becomes the active window. Later, the question still
-// ignores keys and mouse buttons that the user pressed earlier and still holds down.
+// For half a second after the question appears on the screen, its buttons are disabled, and the question
+// ignores keys and clicks. The same happens when the question first becomes the active window. After that,
+// the question still ignores keys and mouse buttons that the user pressed before and still holds down.
 //
-// The object lives on the graphical thread. The code that runs the dialog owns the guard, and deletes the
-// guard before the dialog.
+// A QuestionGuard lives on the graphical thread. The code that runs the dialog owns the guard, and deletes
+// the guard before the dialog.
 
 #ifndef SERVICES_QUESTIONGUARD_H
 #define SERVICES_QUESTIONGUARD_H
@@ -32,8 +32,8 @@ class QuestionGuard : public QObject
     Q_OBJECT
 
 public:
-    // The dialog must already have all its buttons, and must not be visible yet. If one of its widgets has
-    // the focus now, this widget gets the focus again when the question accepts input.
+    // The dialog must already have all its buttons, and must not be visible yet. If a widget of the dialog
+    // has the focus now, this widget gets the focus back when the question accepts input.
     explicit QuestionGuard(QDialog* dialog);
 
     // The name of a property of the dialog. Its value is true while the question accepts input.
@@ -51,7 +51,7 @@ private Q_SLOTS:
 private:
     void close();
     bool belongsToQuestion(const QObject* object) const;
-    // Both functions return whether the question ignores the event.
+    // ignoresKey() and ignoresMouse() return whether the question ignores the event.
     bool ignoresKey(const QKeyEvent* event);
     bool ignoresMouse(const QMouseEvent* event);
     bool repeats(const QKeyEvent* event) const;

@@ -3,8 +3,8 @@
 // Stores whether a user can see windows and answer questions. When the display is lost, or a signal asks the
 // program to end, the program becomes unattended and remains unattended.
 //
-// The state belongs to the whole process. Any thread may call these functions, unless a comment says
-// otherwise.
+// The state belongs to the whole process. Any thread may call a function of this namespace, unless the
+// comment of the function names a thread.
 
 #ifndef SERVICES_UNATTENDED_H
 #define SERVICES_UNATTENDED_H
@@ -35,8 +35,8 @@ void begin(Reported what = Reported::Everything);
 // Returns whether all log entries must be reported.
 bool reportsEverything();
 
-// Registers a waiter until remove() is called. If the program is already unattended, returns false without
-// registering the waiter.
+// Registers a waiter until remove() is called. If the program is already unattended, does not register the
+// waiter, and returns false.
 bool add(Waiter* waiter);
 void remove(Waiter* waiter);
 

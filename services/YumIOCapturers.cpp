@@ -48,8 +48,8 @@ void flushStreams()
     fflush(stderr);
 }
 
-// Reads the bytes that are available at the start of the call, and no others. Otherwise a writer that never
-// pauses would keep the reader in this function.
+// Reads only the bytes that are available at the start of the call. Otherwise a writer that never pauses
+// would keep the reader in this function.
 QByteArray readWaiting(const FileDescriptor& fd)
 {
     int waiting = 0;
@@ -103,8 +103,8 @@ void YumIOCapturersMinion::serveAll()
         minion->readStdout();
         minion->readStderr();
         if (minion->finalizing) {
-            // Below this call on the stack, finalize() of this minion runs: its receiver processes events and
-            // does not return. Therefore end the capture here.
+            // finalize() of this minion is still running, below this call on the stack: it waits for the
+            // receiver, which processes events. Therefore end the capture here.
             minion->endFinalizing();
         }
     }
@@ -199,8 +199,8 @@ YumIOCapturers::YumIOCapturers(CapturedOutput* textReceiver)
     }
 
     flushStreams();
-    // Redirect the descriptors only if their duplicates are saved, because they could not be restored
-    // otherwise.
+    // Redirect the descriptors only if their duplicates are saved, because without a duplicate no descriptor
+    // could be restored.
     if (savedStdout.isOpen() && savedStderr.isOpen()) {
         stdoutRedirected = replaceDescriptor(stdoutPipe.writeEnd.get(), STDOUT_FILENO);
         stderrRedirected = stdoutRedirected && replaceDescriptor(stderrPipe.writeEnd.get(), STDERR_FILENO);
@@ -220,8 +220,8 @@ YumIOCapturers::YumIOCapturers(CapturedOutput* textReceiver)
     minion->activate();
 }
 
-// Puts an OutputPump between the two pipes and their reader: each pipe's readEnd becomes the output of the
-// pump. If the pump cannot be created, the minion reads the pipes directly.
+// Puts an OutputPump between the two pipes and their reader. Afterwards, the readEnd of each pipe reads what
+// the pump writes. If the pump cannot be created, the minion reads the pipes directly.
 void YumIOCapturers::startPump()
 {
     Pipe behind[OutputPump::channelCount];

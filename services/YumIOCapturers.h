@@ -22,8 +22,8 @@
 #include "services/FileDescriptor.h"
 #include "services/OutputPump.h"
 
-// The worker creates this object, and activates and deactivates it. The slots run on the graphical thread,
-// which also deletes this object.
+// The worker creates, activates and deactivates a YumIOCapturersMinion. Its slots run on the graphical
+// thread, which also deletes it.
 class YumIOCapturersMinion : public QObject
 {
     Q_OBJECT
@@ -42,8 +42,8 @@ public:
 
     // Makes the graphical thread watch the pipes. Does not wait.
     void activate();
-    // Stops watching the pipes, and waits until their contents have been read. The graphical thread must not
-    // call this function, because it would wait for itself.
+    // Stops watching the pipes, and waits until their contents have been read. If the graphical thread called
+    // this function, that thread would wait for itself.
     void deactivate();
 
 public Q_SLOTS:
@@ -57,7 +57,7 @@ private:
 
     CapturedOutput* receiver;
     bool active;
-    bool finalizing; // true while finalize() runs and the worker waits for it
+    bool finalizing; // true while finalize() runs and the worker waits for its end
     FileDescriptor stdoutFd;
     FileDescriptor stderrFd;
     std::unique_ptr<QSocketNotifier> stdoutNotifier;
@@ -73,10 +73,11 @@ class YumIOCapturers : public QObject
     Q_OBJECT
 
 public:
-    // Starts the capture. On failure, reports this to the receiver, and the operation runs without capture.
+    // Starts the capture. If the capture cannot be started, the receiver gets a report, and the operation
+    // runs without capture.
     explicit YumIOCapturers(CapturedOutput* textReceiver);
     // Restores the descriptors, and returns when all output has reached the receiver. If a descriptor cannot
-    // be restored, this is reported, and the pipes remain watched.
+    // be restored, the receiver gets a report, and the graphical thread continues to watch the pipes.
     ~YumIOCapturers() override;
 
 private:
@@ -104,8 +105,9 @@ private:
     bool stderrRedirected;
 };
 
-// While an object exists, the slot contains a new YumIOCapturers. After that, the slot has its former value
-// again. Objects can be nested. The graphical thread must not use this class.
+// While a YumIOCapturersUser exists, `capturersSlot` points to a new YumIOCapturers. After that,
+// `capturersSlot` has its former value again. Several of these objects can be nested. The graphical thread
+// must not use this class.
 class YumIOCapturersUser
 {
 public:

@@ -32,7 +32,7 @@ QString okBg();          // background of a success label
 QPalette makeRequired(const QPalette& palette);
 
 // Each function returns a copy of the palette for a label: makeError() for a label with an error,
-// makeWarning() with a warning, makeOK() with a success. The background shows the meaning by its colour. The
+// makeWarning() with a warning, makeOK() with a success. The colour of the background shows the meaning. The
 // text is black or white, whichever is easier to read.
 QPalette makeError(const QPalette& palette);
 QPalette makeWarning(const QPalette& palette);
@@ -43,8 +43,8 @@ QPalette makeOK(const QPalette& palette);
 QString readable(const QString& name, const QColor& background);
 
 // Returns the text colour of a disabled item. Usually this is the colour `name`. On a dark background, `name`
-// may be more conspicuous than the colour `enabledName` of an enabled item. In this case, the result is the
-// middle between `enabledName` and the background.
+// may be more conspicuous than `enabledName`, the text colour of an enabled item. In this case, the result is
+// the middle between `enabledName` and the background.
 QString readableDisabled(const QString& name, const QString& enabledName, const QColor& background);
 
 } // namespace Colors

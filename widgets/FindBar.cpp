@@ -22,8 +22,8 @@
 
 namespace {
 
-// If a widget has no focus, it shows its selection in another colour than with the focus. This function makes
-// both colours equal, because the find bar has the focus while it selects matches.
+// Makes a widget without the focus show its selection in the same colour as with the focus. This is necessary
+// because the find bar has the focus while it selects matches.
 void keepSelectionVisible(QWidget* widget)
 {
     QPalette palette;
@@ -169,7 +169,8 @@ void FindBar::createContents()
         button->setEnabled(false);
     }
 
-    // New widgets are at the end of the tab order, but the bar is below the text.
+    // By default, new widgets are at the end of the tab order. Put the widgets of the bar after the text,
+    // because the bar is below the text.
     QWidget* previous = text->widget();
     for (QWidget* next : {static_cast<QWidget*>(field), static_cast<QWidget*>(nextButton),
                           static_cast<QWidget*>(previousButton), static_cast<QWidget*>(close)}) {
@@ -267,8 +268,8 @@ void FindBar::showFound(bool found)
 
 void FindBar::keyPressEvent(QKeyEvent* event)
 {
-    // Never pass Escape or Enter on to the window: Enter would press its default button, which may start a
-    // transaction.
+    // Never pass Escape or Enter on to the window: Enter would press the window's default button, which may
+    // start a transaction.
     switch (event->key()) {
     case Qt::Key_Escape:
         dismiss();

@@ -30,16 +30,17 @@ class FindBar : public QWidget
     Q_OBJECT
 
 public:
-    // The bar becomes a child of the window, whose layout must contain the bar, directly below the text.
+    // The bar becomes a child of the window. The layout of the window must contain the bar, directly below
+    // the text.
     FindBar(QTextEdit* edit, QWidget* window);
-    // The label must contain plain text that can be selected, and be the widget of the area.
+    // The label must contain plain text that can be selected. The label must be the widget of the area.
     FindBar(QLabel* label, QScrollArea* area, QWidget* window);
     ~FindBar() override;
 
 public Q_SLOTS:
     // Shows the bar and moves the focus to its field.
     void open();
-    // Hides the bar, and gives the focus back to the widget that had it before.
+    // Hides the bar, and gives the focus back to the widget that had the focus before open().
     void dismiss();
     void findNext();
     void findPrevious();

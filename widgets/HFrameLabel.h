@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A status label: a coloured text in a frame. If it has no text, it looks like the background.
+// A status label: a coloured text in a frame. A label without text looks like the background.
 //
 // The object lives on the graphical thread; its Qt parent owns it.
 

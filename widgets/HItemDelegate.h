@@ -2,7 +2,7 @@
 
 // Draws the cells of an HTableView.
 //
-// The object lives on the graphical thread; its Qt parent owns it.
+// An HItemDelegate lives on the graphical thread; its Qt parent owns it.
 
 #ifndef WIDGETS_HITEMDELEGATE_H
 #define WIDGETS_HITEMDELEGATE_H

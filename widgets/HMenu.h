@@ -16,7 +16,8 @@ class HMenu : public QMenu
     Q_OBJECT
 
 public:
-    // The menu bar becomes the parent. The caller must also call QMenuBar::addMenu().
+    // `parent` becomes the Qt parent, but does not show the menu. The caller must also call
+    // QMenuBar::addMenu().
     explicit HMenu(QString title, QMenuBar* parent = nullptr);
 
 protected:

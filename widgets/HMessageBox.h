@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // A message box for texts that come from packages, servers and failures. The text is plain text, never
-// markup. The box is wide enough for the longest word, if the screen is wide enough.
+// markup. The box is wide enough for the longest word, unless the word is wider than the screen.
 //
 // The object lives on the graphical thread. The code that runs the box deletes it; otherwise its Qt parent
 // deletes it.

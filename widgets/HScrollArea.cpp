@@ -50,7 +50,7 @@ void HScrollArea::forceResize()
     }
     widget()->resize(widget()->sizeHint());
     updateGeometry();
-    // Resize a second time: a widget with wrapped text may have another size hint after the first resize.
+    // Resize a second time: the first resize may have changed the size hint of a widget with wrapped text.
     widget()->resize(widget()->sizeHint());
 }
 

@@ -2,8 +2,8 @@
 
 // Sorts a table by the values in a column. Rows with equal values are sorted by a second column.
 //
-// The object lives on the graphical thread; its Qt parent owns it. The caller of setSourceModel() owns the
-// source model.
+// An HSortFilterProxyModel lives on the graphical thread; its Qt parent owns it. The caller of
+// setSourceModel() owns the source model.
 
 #ifndef WIDGETS_HSORTFILTERPROXYMODEL_H
 #define WIDGETS_HSORTFILTERPROXYMODEL_H
@@ -25,7 +25,8 @@ public:
     // clear() and setFilterRegExp() do not sort.
     void setSourceModel(QAbstractItemModel* model) override;
 
-    // Each of these functions calls the corresponding function of the base class, and then sorts all rows.
+    // filterChanged(), clear() and setFilterRegExp() call the corresponding function of the base class, and
+    // then sort all rows.
     void filterChanged();
     void clear();
     void setFilterRegExp(const QString& pattern);

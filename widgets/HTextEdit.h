@@ -22,8 +22,8 @@ public:
 
     QSize sizeHint() const override;
 
-    // Appends a paragraph without space above or below it. If a text looks like rich text, it is shown as
-    // rich text.
+    // Appends a paragraph without space above or below it. A text that looks like rich text is shown as rich
+    // text.
     void appendCompact(const QString& text);
 
 Q_SIGNALS:

@@ -12,8 +12,8 @@
 
 namespace Icons {
 
-// Returns the icon "icons/NAME.png", which includes a large drawing for high resolutions and large fonts. In
-// a selected row the icon is not tinted, because a tinted icon would hardly be visible.
+// Returns the icon "icons/NAME.png". The icon includes a large drawing for high resolutions and large fonts.
+// In a selected row the icon is not tinted, because a tinted icon would hardly be visible.
 QIcon shared(const QString& name);
 
 } // namespace Icons

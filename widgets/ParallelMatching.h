@@ -3,11 +3,11 @@
 // Compares an expression with many items on several threads, each with its own compiled expression.
 //
 // The C library cannot be interrupted while it compares an expression with a text, which may take minutes.
-// Therefore nobody waits for these threads: if the object is deleted earlier, each thread ends after its
-// current item. Until then, the thread uses only its own data and the given function. This function must own
-// its data, or use data that never change.
+// Therefore nobody waits for these threads: if the ParallelMatching is deleted before they have finished,
+// each thread ends after its current item. Until then, the thread has the lowest priority, and uses only its
+// own data and the function `matches`. This function must own its data, or use data that never change.
 //
-// Any thread may create and use an object, but only one thread at a time.
+// Any thread may create and use a ParallelMatching, but only one thread at a time.
 
 #ifndef WIDGETS_PARALLELMATCHING_H
 #define WIDGETS_PARALLELMATCHING_H
@@ -33,7 +33,8 @@ public:
     ParallelMatching(const ParallelMatching&) = delete;
     ParallelMatching& operator=(const ParallelMatching&) = delete;
 
-    // Waits at most for this time. Returns whether all items have been compared.
+    // Waits until all items have been compared, but at most `milliseconds`. Returns whether all items have
+    // been compared.
     bool wait(int milliseconds) const;
     // Returns the number of items that have been compared.
     size_t done() const;

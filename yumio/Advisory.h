@@ -15,8 +15,8 @@
 class Advisory
 {
 public:
-    // The reason why the requested update cannot be marked, or Possible if it can be marked. The script uses
-    // the same numbers.
+    // The reason why the requested update cannot be marked. Possible means that the update can be marked. The
+    // script uses the same numbers.
     enum Obstacle : int {
         Possible = 0,
         IsInstalled = 1, // the named version or a newer version is installed
@@ -50,7 +50,7 @@ public:
     QStringList bugs; // the bugs with their titles
     QVector<Package> packages;
 
-    // Returns whether all named packages are installed in the named versions or in newer versions.
+    // Returns whether the installed version of each named package is the named version or a newer version.
     bool isInstalled() const
     {
         for (const Package& package : packages) {

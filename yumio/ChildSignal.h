@@ -2,7 +2,7 @@
 
 // Sets SIGCHLD to its default disposition for a scope, because rpm and its scripts wait for their children.
 //
-// During a transaction, the worker has one object on its stack. The destructor restores the former
+// During a transaction, the worker has one ChildSignal on its stack. The destructor restores the former
 // disposition. If a change of the disposition fails, the back end reports this to the user.
 
 #ifndef YUMIO_CHILDSIGNAL_H
@@ -24,7 +24,7 @@ public:
     ChildSignal& operator=(const ChildSignal&) = delete;
 
     // Sets the disposition. Call this function once. The constructor does not set the disposition, because
-    // the object must exist before the output capture begins.
+    // the ChildSignal must exist before the output capture begins.
     void disable() { disabled = backEnd.sigchldDisable(); }
 
 private:

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // Reads the interpreter's datetime objects. CPython's header for these objects adds a static pointer to every
-// file that includes it. Therefore only DateTime.cpp includes that header.
+// file that includes the header. Therefore only DateTime.cpp includes this header.
 //
-// Any thread may call these functions while it holds the interpreter lock.
+// Any thread that holds the interpreter lock may call these functions.
 
 #ifndef YUMIO_DATETIME_H
 #define YUMIO_DATETIME_H
@@ -18,7 +18,7 @@ bool import();
 // Returns whether the object is a datetime.datetime or an instance of a subclass.
 bool isDateTime(PyObject* object);
 
-// These functions return the parts of a date. isDateTime() must be true for the object.
+// year(), month() and day() return the parts of a date. isDateTime() must be true for the object.
 int year(PyObject* object);
 int month(PyObject* object);
 int day(PyObject* object);

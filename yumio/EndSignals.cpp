@@ -78,7 +78,7 @@ extern "C" void passOn(int number, siginfo_t* info, void*)
         firstCame = 1;
     }
     if (write(output, &number, sizeof number) != ssize_t(sizeof number)) {
-        // Nothing else to do: a full pipe already contains thousands of signals that nobody has read.
+        // If the pipe is full, do nothing: it already contains thousands of signals that nobody has read.
     }
     errno = failure;
 }
@@ -128,8 +128,8 @@ bool isFault(int number)
 bool wasSent(const siginfo_t& info)
 {
     if (info.si_signo == SIGABRT) {
-        // abort() sends SIGABRT to its own process with the values that are compared here. The process then
-        // ends as soon as the handler returns.
+        // abort() sends SIGABRT to its own process with the two values in the following line. After abort(),
+        // the process ends as soon as the handler returns.
         return !(info.si_code == SI_TKILL && info.si_pid == getpid());
     }
     // A signal for which isFault() is false was always sent, by a process or by the system (for example for a

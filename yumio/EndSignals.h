@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Turns the signals that end a program into requests to end. The program then finishes its work and releases
-// the package manager's lock.
+// Turns the signals that end a program into requests to end. After such a request, the program finishes its
+// work and releases the package manager's lock.
 //
 // The state belongs to the whole process. The graphical thread calls install(); a signal may arrive on any
 // thread. While a transaction changes the system, a SignalRecorder receives the signals instead.
@@ -19,14 +19,16 @@ bool endsProcess(int number);
 // Returns whether a failing instruction raises this signal.
 bool isFault(int number);
 
-// Returns whether another process or the system sent the signal. Returns false for a fault of the running
-// instruction and for an abort() of this process, because the process then cannot continue.
+// Returns whether another process or the system sent the signal. Returns false if an instruction of this
+// process has raised the signal, or if this process has called abort(). In these cases, the process cannot
+// continue.
 bool wasSent(const siginfo_t& info);
 
 // Installs a handler for each signal that would end the process by its default action, except SIGINT. The
 // handler writes the signal's number (an int) to the descriptor, which the caller still owns. But if the
 // signal reports a fault of the program itself, the handler removes the lock file and ends the process at
-// once. The handler does the same if the program has not ended a long time after an earlier signal.
+// once. The handler does the same if the program still runs a long time after the first signal, and another
+// signal arrives.
 void install(int descriptor);
 
 // Installs the same handler for SIGINT. Call this function again after the interpreter has restored the

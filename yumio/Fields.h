@@ -80,12 +80,12 @@ public:
     enum Use {
         OfPackages = 1, // ordinary packages and suites have the field
         OfGroups = 2,   // groups have the field
-        // A search reads the field in order to compare it with the expression. The file list and the change
-        // log lack this flag: a search reads them separately.
+        // A search compares the field with the expression. The file list and the change log lack this flag,
+        // because a search reads these two fields separately.
         Searched = 4,
         Described = 8, // the description of a record shows the field
-        // The short description of a further installed version shows the field. This description has only the
-        // fields that help to distinguish the installed versions of one package.
+        // The short description of another installed version shows the field. This short description has only
+        // the fields that help to distinguish the installed versions of one package.
         InShortDescription = 16
     };
 

@@ -88,7 +88,7 @@ protected:
     };
 
     // Called at the start of each element inside a wanted package. Returns whether the characters of the
-    // element must be appended to `collected`. The function may first append other characters.
+    // element must be appended to `collected`. The function may first append characters of its own.
     virtual bool begin(const char* name, const char** attributes) = 0;
     // Called at the end of a wanted package. Makes the text of the package from the parts of `collected`,
     // which are in the order of the document.
@@ -136,7 +136,7 @@ private:
             reader->place =
                 reader->wanted.value(QByteArray::fromRawData(id, static_cast<int>(std::strlen(id))), -1);
         } else if (reader->place >= 0) {
-            // If a collected element contains an element, the characters collected so far make no part.
+            // Only the innermost elements are parts, so discard the characters before this element.
             reader->collected.resize(reader->collectedParts.empty() ? 0 : reader->collectedParts.back().end);
             reader->collecting = reader->begin(name, attributes);
         }
@@ -253,7 +253,8 @@ private:
     std::vector<std::string_view> paths;
 };
 
-// A base class of Checker: its members must exist before Reader refers to them.
+// A base class of Checker, because these members must exist before the constructor of Reader, the second base
+// class, refers to them.
 struct NothingWanted
 {
     const Wanted nothing;

@@ -2,9 +2,9 @@
 
 // Reads the file lists and the change logs of a repository's packages directly from its metadata files.
 //
-// The package manager can list the files of one package, but for each file it searches through all
-// directories. For all packages of a distribution, this takes half a minute. Reading the metadata file once
-// takes a second.
+// The package manager can also list the files of a package. But for each file, the package manager searches
+// through all directories. For all packages of a distribution, this takes half a minute. Reading the metadata
+// file once takes a second.
 //
 // Any thread may call these functions. They do not need the interpreter.
 
@@ -29,8 +29,8 @@ using Take = std::function<void(int index, const std::string& text)>;
 
 // readFileLists() and readChangeLogs() call `take` for each wanted package in the file, which may be
 // compressed. If the file is complete and of the right kind, these functions return true. Otherwise they
-// describe the error in `problem` and return false. They call `stopped` often. If `stopped` returns true,
-// they return false and make `problem` empty.
+// describe the error in `problem` and return false. During the work, they call `stopped` often. If `stopped`
+// returns true, they return false and make `problem` empty.
 
 // Each text has one path per line, without duplicates, sorted by character code.
 bool readFileLists(const QString& path, const Wanted& wanted, const Take& take, QString& problem,
@@ -39,8 +39,8 @@ bool readFileLists(const QString& path, const Wanted& wanted, const Take& take, 
 bool readChangeLogs(const QString& path, const Wanted& wanted, const Take& take, QString& problem,
                     const std::function<bool()>& stopped = {});
 
-// Checks that a document is well-formed, has this root element, and contains as many packages as it declares.
-// The document may be compressed.
+// Checks that the document in the file is well-formed, has the root element `rootName`, and contains the
+// declared number of packages. The document may be compressed.
 bool check(const QString& path, const QByteArray& rootName, QString& problem);
 
 } // namespace Metadata

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Begins an operation of a worker, and gives it the progress bars and the dialogs of the graphical thread.
+// Begins an operation of a worker, and gives the worker access to the progress bars and the dialogs of the
+// graphical thread.
 //
-// The worker that carries out the operation has one object on its stack. The constructor waits until the
-// event loop of the graphical thread runs. The destructor takes the bars and the dialogs away.
+// The worker that carries out the operation has one OperationScope on its stack. The constructor waits until
+// the event loop of the graphical thread runs. The destructor ends the access.
 
 #ifndef YUMIO_OPERATIONSCOPE_H
 #define YUMIO_OPERATIONSCOPE_H

@@ -20,7 +20,7 @@
 
 namespace Package {
 
-// The table sorts by these numbers.
+// The State column is sorted by these numbers.
 enum State : qint32 {
     Updatable = 0, // installed, a newer version is available
     Available = 1, // not installed, can be installed
@@ -36,8 +36,8 @@ class Entry
 public:
     Entry();
     // Also deletes the chain of other installed versions. The caller must clear pyObject first: the
-    // destructor cannot release the script's object, because its thread may not hold the interpreter lock. If
-    // pyObject is still set, the destructor reports this on standard error, once per process.
+    // destructor cannot release the script's object, because the calling thread may not hold the interpreter
+    // lock. If pyObject is still set, the destructor reports this on standard error, once per process.
     ~Entry();
     Entry(const Entry&) = delete;
     Entry& operator=(const Entry&) = delete;
@@ -65,7 +65,8 @@ public:
     bool duplicate;     // another record with this name has a preferred bi-arch class
     bool excluded;      // the package is installed, and the package manager's configuration excludes it
     // The result of the proxy's last comparison with an expression: the number of this comparison if the
-    // record matches, the negative number if it does not, or 0 if the record has not been compared.
+    // record matches, the same number with a minus sign if the record does not match, or 0 if the record has
+    // not been compared.
     qint32 match;
     Entry* next;     // owned; the next installed version with the same name and bi-arch class
     Action txAction; // the effect of the current transaction on this record
@@ -101,8 +102,8 @@ uint qHash(const EntryKey& key, uint seed);
 // The actions that the user has chosen. The program restores them after a new collection.
 using Marks = QHash<EntryKey, Action>;
 
-// The replacements between the package of a record and packages with other names. The texts are names with
-// version and architecture. For nearly all records, both lists are empty.
+// The replacements between the package of a record and packages with other names. The lists contain package
+// names with version and architecture. For nearly all records, both lists are empty.
 struct Replacement
 {
     QStringList by; // the packages that replace the package of the record

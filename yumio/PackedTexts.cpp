@@ -8,8 +8,8 @@
 
 namespace {
 
-// If a text would make its block longer than this number of bytes, the text begins a new block. Larger blocks
-// would hardly improve the compression, and do not fit into the cache of a processor.
+// If a text would make its block longer than this number of bytes, the text begins a new block. Blocks larger
+// than this would hardly improve the compression, and would not fit into the cache of a processor.
 constexpr size_t blockSize = 1 << 16;
 
 constexpr size_t lengthSize = sizeof(qint32);
@@ -88,7 +88,7 @@ QByteArray TextUnpacker::text(const PackedText& sameBlock, qint32 position)
         unpacked.resize(static_cast<size_t>(size));
         if (LZ4_decompress_safe(sameBlock.block.constData() + lengthSize, unpacked.data(),
                                 sameBlock.block.size() - static_cast<int>(lengthSize), size) != size) {
-            qFatal("A block of texts is damaged."); // only an error in this program can damage it
+            qFatal("A block of texts is damaged."); // only an error in this program can damage a block
         }
         block = sameBlock.block; // while this object holds the block, no other block gets its address
     }

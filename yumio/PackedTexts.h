@@ -7,8 +7,8 @@
 // PackedText refers to its block. If a search reads the texts in the order of their blocks, a TextUnpacker
 // unpacks each block only once.
 //
-// Any thread may use these classes, but only one thread at a time may use an object. Texts that different
-// threads use may share a block.
+// Any thread may use these classes, but only one thread at a time may use one object. Different threads may
+// use texts of the same block.
 
 #ifndef YUMIO_PACKEDTEXTS_H
 #define YUMIO_PACKEDTEXTS_H
@@ -24,14 +24,15 @@ class PackedText
 {
 public:
     PackedText() = default;
-    // Makes a block that contains only this text. A null array makes no text. Tests use this constructor.
+    // Makes a block that contains only `text`. If `text` is null, the PackedText has no text. Tests use this
+    // constructor.
     explicit PackedText(const QByteArray& text);
 
     bool isNull() const { return block.isNull(); }
     // Unpacks the text. For many texts, use a TextUnpacker.
     QByteArray text() const;
-    // Returns the same address for texts of the same block, or null if this object has no text. The texts of
-    // a block are consecutive.
+    // Returns the address of the text's block, which is the same for all texts of one block. Returns null if
+    // this PackedText has no text. The texts of a block are consecutive.
     const char* blockAddress() const { return block.isNull() ? nullptr : block.constData(); }
     // Returns the position of the text in its block.
     qint32 position() const { return offset; }
@@ -52,8 +53,8 @@ public:
     TextPacker(const TextPacker&) = delete;
     TextPacker& operator=(const TextPacker&) = delete;
 
-    // Packs a text, which may contain zero bytes. The packer sets the target in finish() or earlier, so the
-    // target must exist until then. If a text was already packed for the target, the new text replaces it.
+    // Packs a text, which may contain zero bytes. The packer sets the target at the latest in finish(), so
+    // the target must exist until then. If the target already has a text, the new text replaces the old text.
     void add(PackedText& target, const char* text, size_t size);
     void finish();
 
@@ -71,10 +72,10 @@ public:
     TextUnpacker(const TextUnpacker&) = delete;
     TextUnpacker& operator=(const TextUnpacker&) = delete;
 
-    // Returns the text, which a zero byte follows. If the PackedText is null, returns an empty text. The
-    // result refers to memory of this object, and is valid until the next call.
+    // Returns the unpacked text, which a zero byte follows. If `packed` is null, returns an empty text. The
+    // result refers to memory of this TextUnpacker, and is valid until the next call.
     QByteArray text(const PackedText& packed) { return text(packed, packed.position()); }
-    // Returns the text at this position of the block to which `sameBlock` belongs.
+    // Returns the text at `position` in the block of `sameBlock`.
     QByteArray text(const PackedText& sameBlock, qint32 position);
 
 private:

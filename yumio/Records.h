@@ -2,9 +2,10 @@
 
 // Stores the package records: finds them by key and by name, chains the installed versions, and deletes them.
 //
-// The back end has one object. A worker changes it while it holds the interpreter lock. The graphical thread
-// reads it only while no worker runs. Each version in a record's chain has one reference to an object of the
-// script. This class neither adds nor releases references: clear() passes them to its caller.
+// The back end has one Records object. A worker changes this object while the worker holds the interpreter
+// lock. The graphical thread reads the object only while no worker runs. Each version in a record's chain has
+// one reference to an object of the script. This class neither adds nor releases these references: clear()
+// passes them to the function `drop`.
 
 #ifndef YUMIO_RECORDS_H
 #define YUMIO_RECORDS_H
@@ -29,19 +30,20 @@ public:
 
     // --- Collection
 
-    // Reserves memory for this number of additional records, so that the indexes do not grow step by step.
+    // Reserves memory for `further` additional records, so that the indexes do not grow step by step.
     void reserve(int further);
-    // Returns a reference to the index's pointer for this key. If the key is new, the pointer is null: store
-    // a new record there, and then call added().
+    // Returns a reference to the index's pointer for `key`. If the key is new, this pointer is null. In this
+    // case, store a new record in the pointer, and then call added().
     Package::Entry*& place(const Package::EntryKey& key) { return entryIndex[key]; }
     void added(Package::Entry* entry);
-    // Adds another key for an existing record. If the key already has a record, nothing changes.
+    // Adds `key` as another key for the existing record `entry`. If `key` already has a record, nothing
+    // changes.
     void addKey(const Package::EntryKey& key, Package::Entry* entry);
-    // Returns a reference to the null pointer that ends the record's chain, so that the caller can store
-    // another installed version there.
+    // Returns a reference to the null pointer that ends the record's chain. The caller can store another
+    // installed version there.
     static Package::Entry*& endOfChain(Package::Entry* first);
     // Call this function once for every record. Afterwards, each record is flagged as a duplicate, except the
-    // best record of each name. isBetter(a, b) returns whether a is preferred.
+    // best record of each name. isBetter(a, b) returns whether a is preferred to b.
     template <typename IsBetter> void rank(Package::Entry* entry, IsBetter isBetter)
     {
         Package::Entry*& best = bestByName[entry->name];
@@ -54,7 +56,8 @@ public:
             best = entry;
         }
     }
-    // Returns an equal text whose memory all records share. Use it for texts that thousands of records have.
+    // Returns an equal text whose memory all records share. Use this function for texts that thousands of
+    // records have.
     QString shared(const QString& text) { return *sharedTexts.insert(text); }
     // Registers that a package with another name replaces an installed package. The texts describe the two
     // packages. Each of the two records may be null.
@@ -68,8 +71,8 @@ public:
     int keyCount() const { return entryIndex.count(); }
 
     Package::Entry* find(const Package::EntryKey& key) const { return entryIndex.value(key); }
-    // Finds a package by name. Prefers a package of the given bi-arch class. If this class has no such
-    // package, returns a package of any class.
+    // Finds a package by name. Prefers a package of the class `preferredBiArch`. If this class has no package
+    // with this name, returns a package of any class.
     Package::Entry* findPackage(const QString& name, const QString& preferredBiArch) const;
     // Returns the first installed version in a record's chain.
     static Package::Entry* installedEntry(Package::Entry* entry);
@@ -80,14 +83,14 @@ public:
     // --- Marks
 
     Package::Marks marks() const;
-    // Sets each of the stored actions for the record that has the key of this action. Skips records that do
+    // Sets each of the marked actions for the record that has the key of this action. Skips records that do
     // not permit the action.
     void restoreMarks(const Package::Marks& marks) const;
 
     // --- Deletion
 
     // Deletes all records. If `drop` is set, it is called with each reference to an object of the script, and
-    // must release the reference. Otherwise the references are never released.
+    // must release the reference. Without `drop`, the references are never released.
     void clear(const std::function<void(PyObject*)>& drop = {});
 
 private:

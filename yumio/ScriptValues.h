@@ -3,8 +3,8 @@
 // Converts values of the script's objects to texts and numbers, and formats versions, sizes and times.
 //
 // The base class Python is the interpreter. The back end YumIO derives from ScriptValues. Any thread may call
-// these functions while it holds the interpreter lock. If a value has an unknown type, they warn the user and
-// return an empty string or 0. No function leaves an exception pending.
+// these functions while the thread holds the interpreter lock. If a value has an unknown type, the functions
+// warn the user and return an empty string or 0. No function leaves an exception pending.
 
 #ifndef YUMIO_SCRIPTVALUES_H
 #define YUMIO_SCRIPTVALUES_H
@@ -50,8 +50,8 @@ public:
     // --- Attributes
 
     PyObject* attribute(PyObject* object, const char* name); // new reference or null
-    // The package attributes from which the program makes records. ScriptValues.cpp has the names of the
-    // attributes.
+    // The package attributes from which the program makes records. ScriptValues.cpp contains the names of
+    // these attributes.
     enum PackageAttribute {
         ArchAttribute,
         BuildTimeAttribute,
@@ -66,7 +66,7 @@ public:
         PackageAttributeCount
     };
     static const char* attributeName(PackageAttribute which);
-    // This function is faster than a lookup by name.
+    // Returns the value of a package attribute faster than a lookup by name.
     PyObject* attribute(PyObject* object, PackageAttribute which); // new reference or null
     // Returns the text of an attribute without trailing line feeds. The text is empty if the object lacks the
     // attribute.
@@ -78,7 +78,7 @@ public:
 
     // --- Packages and items of transactions
 
-    // Both functions return "epoch:version-release". An epoch of 0 is omitted.
+    // getVerRel() and getVerRelTxitem() return "epoch:version-release". An epoch of 0 is omitted.
     QString getVerRel(PyObject* pkg);
     QString getVerRelTxitem(PyObject* item);
     Package::Kind getPkgKind(PyObject* pkg); // Suite or Ordinary
@@ -91,17 +91,17 @@ public:
     // --- Formats of lists and numbers
 
     // Converts the name of a comparison, such as "GE", to its sign, such as ">=". The result is valid while
-    // the object exists. dnf returns dependencies as texts, so only scripts for other package managers need
-    // this function.
+    // the object `flags` exists. dnf returns dependencies as texts, so only scripts for other package
+    // managers need this function.
     static const char* decodePrcoFlags(PyObject* flags);
-    // Both functions sort the list and join its texts with line feeds. makeSortedUniq() also removes
-    // duplicates.
+    // makeSorted() and makeSortedUniq() sort the list and join its texts with line feeds. makeSortedUniq()
+    // also removes duplicates.
     static QString makeSorted(QStringList& list);
     static QString makeSortedUniq(QStringList& list);
 
     static QString bytesFormat(unsigned long long bytes);
-    // Both functions format seconds since the epoch. The text is valid until the next call of the same
-    // function. dateFormat() omits the time of day; the program does not use it at present.
+    // dateFormat() and timeFormat() format seconds since the epoch. The text is valid until the next call of
+    // the same function. dateFormat() omits the time of day; the program does not use it at present.
     static const char* dateFormat(long time);
     static const char* timeFormat(long time);
     // Converts a version of three numbers to 10000 * first + 100 * second + third. For example, "4.14.0"

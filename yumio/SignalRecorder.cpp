@@ -61,7 +61,7 @@ SignalRecorder::~SignalRecorder()
         const int number = recorded;
         recorded = 0;
         if (number == SIGABRT) {
-            // Do not call raise() here: wasSent() would then take the signal for an abort() of this process.
+            // Do not call raise() here: wasSent() would take a raised signal for an abort() of this process.
             kill(owner, number);
         } else {
             std::raise(number);

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The user's request to stop the running operation. The graphical thread makes the request. Between its
-// steps, the worker checks whether a request exists, and ends if it does. Downloads end at once.
+// The user's request to stop the running operation. The graphical thread makes the request. The worker checks
+// between its steps whether a request exists. If a request exists, the worker ends. Downloads end at once.
 //
-// The back end owns the object, which lives on the graphical thread. Only that thread calls begin(), end(),
-// request() and wasRequested(). Any thread may call the other functions.
+// The back end owns the only StopRequest, which lives on the graphical thread. Only that thread calls
+// begin(), end(), request() and wasRequested(). Any thread may call all other functions.
 
 #ifndef YUMIO_STOPREQUEST_H
 #define YUMIO_STOPREQUEST_H
@@ -43,9 +43,9 @@ public:
     bool wasRequested() const { return requestedBefore; }
     // Sets whether a request can stop the operation from now on.
     void setStoppable(bool stoppable);
-    // Sets whether the operation is waiting for another program. A request ends this wait.
+    // Sets whether the operation is waiting for another program. The user's request ends this wait.
     void setWaiting(bool waits);
-    // Makes all later requests impossible. Returns false if a request has already been made.
+    // Makes all further requests impossible. Returns false if the user has already made a request.
     bool refuse();
 
     // Makes librepo abandon all downloads within a second. Any thread may call this function.

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // The state of one transaction: the marked records, the listing, the weights of the progress bars, the
-// downloads and the outcome. The object is valid from one click on "Apply Actions" until the next click.
+// downloads and the outcome. A TransactionState is valid from one click on "Apply Actions" until the next
+// click.
 //
-// The back end has one object and replaces it at the start of each transaction. The worker writes it while it
-// holds the interpreter lock. The graphical thread writes it only while no worker runs.
+// The back end has one TransactionState, and replaces it at the start of each transaction. The worker writes
+// it while the worker holds the interpreter lock. The graphical thread writes it only while no worker runs.
 
 #ifndef YUMIO_TRANSACTIONSTATE_H
 #define YUMIO_TRANSACTIONSTATE_H

@@ -4,8 +4,8 @@
 // The versionlock plug-in of the package manager provides the locks. If this plug-in is missing, the program
 // offers no locks.
 //
-// Objects are plain values. The back end has one object. A worker sets it, and the graphical thread reads it
-// while no worker runs.
+// A VersionLocks is a plain value, and the back end has one. A worker sets it, and the graphical thread reads
+// it while no worker runs.
 
 #ifndef YUMIO_VERSIONLOCKS_H
 #define YUMIO_VERSIONLOCKS_H

@@ -3,10 +3,10 @@
 // The class template of the worker threads. A worker thread runs one long operation of the back end: a member
 // function whose name ends in Real.
 //
-// Each object lives on the stack of the graphical thread, which waits in the given event loop. When the
-// operation is over, the worker ends that loop. From then on, the result is valid. An object to which an
-// argument refers must exist until the worker has ended. YumIO.h names the class for each operation, for
-// example CollectThread.
+// Each WorkerThread lives on the stack of the graphical thread, which waits in `eventLoop`. When the
+// operation is over, the worker ends that loop. From then on, `result` is valid. If an argument of the
+// operation is a reference, its target must exist until the worker has ended. YumIO.h names the class for
+// each operation, for example CollectThread.
 
 #ifndef YUMIO_WORKERTHREADS_H
 #define YUMIO_WORKERTHREADS_H

@@ -392,8 +392,8 @@ PyObject* YumIO::rpmtransInit(PyObject*, PyObject* args)
     const bool flag = test != Py_False;
     if (!flag && phase == Applying && !transaction.signalRecorder) {
         // Set changingSystem before checking whether the program is ending. If the program begins to end
-        // after this line, the program sees the variable and waits for the transaction. If the program began
-        // to end before this line, the check stops the transaction. The variable stays true until the
+        // after the next line, the program sees the variable and waits for the transaction. If the program
+        // has begun to end before this, the check stops the transaction. The variable stays true until the
         // operation is over.
         changingSystem = true;
         if (Unattended::is()) {
@@ -428,8 +428,8 @@ PyObject* YumIO::rpmtransInit(PyObject*, PyObject* args)
 
 PyObject* YumIO::rpmtransDel(PyObject*, PyObject*)
 {
-    // Use `progress` only if it is not null: an exception's traceback may keep the script's object alive, and
-    // its destructor then calls this function after the operation.
+    // Use `progress` only if it is not null. An exception's traceback may keep the script's transaction
+    // object alive, and then the destructor of this object calls rpmtransDel() after the operation.
     if (!transaction.testRun && progress != nullptr) {
         progress->endItemActs();
     }

@@ -28,9 +28,10 @@
 namespace {
 
 // Reads the fields of records, and packs their texts, each followed by a zero byte. YumIO::text() reads any
-// field, but converts each text twice, and looks up each attribute by a new name. Nearly all attributes are
-// ASCII texts, lists of such texts, or empty. This class copies their bytes directly. One object is used for
-// all records in turn, so that its memory is allocated only once. It needs the interpreter lock.
+// field, but converts each text twice, and creates the name of the attribute again for each record. Nearly
+// all attributes are ASCII texts, lists of such texts, or empty. This class copies their bytes directly. One
+// FieldReader reads all records in turn, so that its memory is allocated only once. The calling thread must
+// hold the interpreter lock.
 class FieldReader
 {
 public:
@@ -63,8 +64,8 @@ public:
     }
 
 private:
-    // Adds a text up to a zero byte, where matching would end too. Does not add empty texts one by one.
-    // read() adds one, which is enough for an expression that matches an empty text.
+    // Adds a text up to a zero byte, where matching would end too. If the text is empty, read() later adds
+    // one empty text for all empty fields, which is enough for an expression that matches an empty text.
     void add(const char* text, size_t size)
     {
         size = strnlen(text, size);
@@ -110,7 +111,8 @@ private:
         }
     }
 
-    // These functions read an attribute. If the attribute is missing, they return false without an exception.
+    // The following functions read an attribute. If the attribute is missing, they return false without an
+    // exception.
 
     bool addText(PyObject* package, PyObject* name)
     {
@@ -212,12 +214,12 @@ template <typename Read> void pack(std::vector<PackedText>& texts, Read read)
     packer.finish();
 }
 
-// If a search reads the advisories of more packages than this, it first builds an index of all advisories,
-// which is faster.
+// If a search reads the advisories of more packages than this number, it first builds an index of all
+// advisories, because reading with an index is faster.
 constexpr int fewAdvisoryReads = 10;
 
-// A comparison shows its progress, and can be stopped by the button, only if it takes longer than this number
-// of milliseconds. Otherwise the bars and the button would flicker.
+// If a comparison takes longer than this number of milliseconds, the bars show its progress, and the Stop
+// button is enabled. With every short comparison, the bars and the button would flicker.
 constexpr int shownAfter = 200;
 
 // The interval, in milliseconds, at which a comparison shows its progress and checks for a request to stop.
@@ -254,8 +256,8 @@ QHash<QString, RepositoryTexts> byRepository(const QVector<Package::Entry*>& wan
 }
 
 // Returns the packages in the order in which the package manager stores them. The package manager stores long
-// texts in compressed blocks; in this order, each block is decompressed only once. The hash of a package is
-// its position.
+// texts in compressed blocks. If a search reads packages in the stored order, each block is decompressed only
+// once. The hash of a package is its position in this order.
 QVector<Package::Entry*> inStoredOrder(const QVector<Package::Entry*>& wanted)
 {
     std::vector<std::pair<Py_hash_t, Package::Entry*>> order;

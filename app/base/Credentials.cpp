@@ -110,8 +110,8 @@ void findVantor(const QString& text, QVector<Found>& found)
     }
 }
 
-// Finds the passwords of vantor URLs that have a path before the query. A program inserts a file's path there
-// when it downloads the file. In messages, a blank may end such a URL.
+// Finds the passwords of vantor URLs that have a path before the query. When a program downloads a file, it
+// inserts the path of the file before the query. In messages, a blank may end such a URL.
 void findVantorWithPath(const QString& text, QVector<Found>& found)
 {
     auto pathEnd = makeNext(text, endsPath);
@@ -194,8 +194,8 @@ void findBeforeHost(const QString& text, QVector<Found>& found)
             continue;
         }
         const bool hasPassword = colon >= 0 && colon < lastAt;
-        // An "@" in the query does not end a user name and password, so removed() keeps the text before it.
-        // hidden() hides this text nevertheless, because it may be secret.
+        // An "@" in the query does not end a user name and password, so removed() keeps the text before this
+        // "@". hidden() hides this text nevertheless, because it may be secret.
         const int partEnd = lastBeforeQuery >= 0 ? lastBeforeQuery + 1 : hasPort ? begin : lastAt + 1;
         found.append({hasPassword ? colon + 1 : begin, hasPassword ? lastAt : -1, begin, partEnd});
     }

@@ -2,7 +2,7 @@
 
 // Sets the program's default widget style, unless the user has chosen a style.
 //
-// Only the graphical thread uses the object. main() creates it before the application object, because the
+// Only the graphical thread uses a DefaultStyle. main() creates it before the application object, because the
 // application object removes Qt's -style option from the arguments.
 
 #ifndef APP_BASE_DEFAULTSTYLE_H

@@ -22,7 +22,8 @@ QString path();
 QString absolute(const QString& pathInRoot);
 
 // A file of the managed system may name a directory to which VYRE writes. This function converts the path of
-// such a directory. A relative path does not change, nor does a path that already begins with the root.
+// such a directory. A relative path does not change. A path that already begins with the root does not change
+// either.
 QString namedDirectory(const QString& directory);
 
 // Converts the path of a directory from which VYRE only reads, in the same way as namedDirectory(). But if

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // The maximum sizes of a package manager's configuration file, and of one repository in this file. If the
-// file or one of its repositories is larger, the file is not read.
+// file or one of its repositories is larger than its limit, VYRE does not read the file.
 //
 // Any thread may use these constants. The program and the script use the same limits, so that both know the
 // same repositories.

@@ -4,7 +4,7 @@
 // the first window. Loading the driver would need a third of the time until the window is painted, and 50 MiB
 // of memory.
 //
-// Qt decides when it creates the first window. Therefore main() creates an object of this class on the
+// Qt decides about OpenGL when it creates the first window. Therefore main() creates a WithoutOpenGl on the
 // graphical thread before the first window, and destroys it afterwards. The programs that VYRE starts later
 // do not see the setting.
 

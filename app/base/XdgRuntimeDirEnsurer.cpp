@@ -47,7 +47,7 @@ int mountOf(int fd)
     return -1;
 }
 
-// Removes the contents of a directory on the given mount, and closes the descriptor.
+// Removes the contents of the directory `fd` on the mount `mount`, and closes the descriptor.
 void removeContents(int fd, int mount)
 {
     const std::unique_ptr<DIR, int (*)(DIR*)> directory(fdopendir(fd), closedir);

@@ -41,7 +41,8 @@ def caller(what):
         return None
     for variable in ('PKEXEC_UID', 'SUDO_UID'):
         value = os.environ.get(variable, '')
-        # If one of the variables names root, root has used pkexec or sudo. The other variable may name the user.
+        # If one of these two variables names root, root has used pkexec or sudo. In this case, the other variable may
+        # name the user.
         if re.match(r'[0-9]+\Z', value) and int(value) != 0:
             try:
                 return pwd.getpwuid(int(value))
@@ -113,7 +114,7 @@ def start(what, commands):
             os.chdir(user.pw_dir)
         except OSError:
             os.chdir('/')
-    # Python ignores these signals, and the program would inherit this setting.
+    # Python ignores the following signals, and the desktop program would inherit this setting.
     for number in (signal.SIGPIPE, signal.SIGXFSZ):
         signal.signal(number, signal.SIG_DFL)
     for command in commands:

@@ -14,8 +14,8 @@
 
 namespace {
 
-// The number of executed basic blocks of our own code, on all threads. This number is a measure of the work
-// that does not depend on the machine or on its other programs.
+// The number of executed basic blocks of our own code, on all threads. This measure of the work does not
+// depend on the machine or on other programs.
 std::atomic<qint64> executedBlocks{0};
 
 // The smaller number of packages. The test also counts the work for four times this number.
@@ -53,8 +53,8 @@ private Q_SLOTS:
     void workGrowsNoFasterThanTheNumberOfPackages();
 };
 
-// Of five packages, two are installed, and one of these two has an update. Of ten packages, one exists for
-// two architectures.
+// Two of every five packages are installed, and one of these two has an update. One of every ten packages
+// exists for two architectures.
 void GrowthTest::setPackages(StandIn& standIn, int count)
 {
     QJsonArray updates;

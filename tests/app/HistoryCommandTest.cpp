@@ -16,7 +16,7 @@ class HistoryCommandTest : public StandInWindow
     Q_OBJECT
 
 private:
-    // Opens the history window, and presses this button in it. Then presses the button `answer` in each
+    // Opens the history window, and presses its button `command`. Then presses the button `answer` in each
     // dialog that opens. If the history window opens again, closes it. Returns the titles of all these
     // windows.
     QStringList replay(const QString& command, const QString& answer);

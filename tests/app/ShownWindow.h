@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The main window with the stand-in script. This class reads its visible contents, and acts on it as a user
-// does.
+// The main window with the stand-in script. ShownWindow reads the visible contents of the window, and uses
+// the window as a user does.
 
 #ifndef TESTS_APP_SHOWNWINDOW_H
 #define TESTS_APP_SHOWNWINDOW_H
@@ -103,7 +103,7 @@ public:
         return nullptr;
     }
 
-    // These functions send clicks and keys through the window system, as a user does.
+    // The following functions send clicks and keys through the window system, as if a user made them.
     void click(const QWidget* widget) const { click(widget, widget->rect().center()); }
     void click(const QWidget* widget, const QPoint& place, Qt::KeyboardModifiers modifiers = {}) const
     {
@@ -208,8 +208,8 @@ inline int runToTheEnd(const std::function<void()>& action)
     return QApplication::exec();
 }
 
-// As soon as the condition is true, calls the action once, even if the program then waits in an inner event
-// loop. The object must exist until then.
+// As soon as the condition is true, calls the action once, even if the program waits in an inner event loop
+// at that time. The Once must exist until then.
 class Once
 {
 public:
@@ -232,8 +232,8 @@ private:
     bool done = false;
 };
 
-// Presses the named button of each dialog that opens, and records the texts of the dialogs, until the object
-// is destroyed.
+// While an Answers exists, it presses the named button of each dialog that opens, and records the texts of
+// the dialogs.
 class Answers : public AnsweringUser
 {
 public:

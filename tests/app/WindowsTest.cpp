@@ -153,7 +153,7 @@ private:
         QTRY_VERIFY(QApplication::activeWindow() == shown->window);
         QVERIFY(withHistory([this] { shown->key(Qt::Key_H, Qt::ControlModifier); },
                             [&](HistoryDialog& history) {
-                                // For a transaction that is not the newest, all commands are enabled.
+                                // If the current transaction is not the newest, all commands are enabled.
                                 history.findChild<QTableView*>()->selectRow(1);
                                 QTRY_VERIFY(!history.findChild<QTextEdit*>()->toPlainText().isEmpty());
                                 check("history", history);
@@ -482,8 +482,8 @@ private Q_SLOTS:
                 for (const QAction* action : bar->actions()) {
                     QCOMPARE(doubled(mnemonicsOf(textsOf(action->menu()->actions()))), QStringList());
                 }
-                // These two controls share one key, and their texts must not change. A second press of the
-                // key reaches the second control.
+                // These two controls share one mnemonic, and their texts must not change. A second press of
+                // the key reaches the second control.
                 both = QStringList{"Alt+C &Cache", "Alt+C &Clear Actions"};
                 QVERIFY(mnemonicsOf(texts).count() > 10);
             }
@@ -542,8 +542,8 @@ private Q_SLOTS:
                     labels += label->buddy() == stop ? 1 : 0;
                 }
                 if (labels == 0 && name == "credentials") {
-                    // The labels are keys of a URL. If a label were the buddy of its field, Qt would treat
-                    // "&" in the key as a mnemonic.
+                    // The labels are parameter names from a URL. If a label were the buddy of its field, Qt
+                    // would treat "&" in the name as a mnemonic.
                     QVERIFY(stop->accessibleName() == "user" || stop->accessibleName() == "word");
                     labels = 1;
                 }
@@ -558,7 +558,7 @@ private Q_SLOTS:
 
     void everyWindowFitsTheScreen()
     {
-        // On a scaled screen, positions are rounded, so allow one more pixel.
+        // If the screen is scaled, Qt rounds positions, so allow one more pixel.
         const QRect screen = QGuiApplication::primaryScreen()->geometry().adjusted(0, 0, 1, 1);
         forEachWindow([screen](const QString& name, QWidget& window) {
             keepPicture(name, window);

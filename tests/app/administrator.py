@@ -201,7 +201,9 @@ class System:
                 os.remove(self.recorded)
 
     def marks(self):
-        """The marking plug-ins that a process of root has loaded since the last call."""
+        """The test plug-ins that a process of root has loaded since the last call. Each of these plug-ins records its
+        loading.
+        """
         found = []
         for path, _, files in os.walk(self.plug_ins):
             for name in sorted(files):

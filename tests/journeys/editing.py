@@ -167,11 +167,9 @@ class EditingTest(JourneyTest):
         return found
 
     def requests_from_now(self):
-        """The number of requests that the server has received. If the next collection reads the repositories, it makes
-        more requests.
-
-        This function lets the metadata expire, because a collection could otherwise use metadata that are less than a
-        second old.
+        """The number of requests that the server has received. Each collection after this call that reads the
+        repositories makes the number larger. This function lets the metadata expire. Otherwise a collection could use
+        metadata that are less than a second old.
         """
         self.sandbox.expire_metadata()
         return len(self.sandbox.server.paths())
@@ -181,7 +179,7 @@ class EditingTest(JourneyTest):
         return Editor(window.program)
 
     def check_listed(self, window, names, expression='^(abacus-cli|hedgerow|hidden-gem|pergola) '):
-        """Check that, of the packages in USUAL and "hidden-gem", the window lists exactly these."""
+        """Check the list of packages. By default, look only for the packages in USUAL and for "hidden-gem"."""
         window.wait_ready()
         window.set_filter(expression)
         window.wait_names(names)

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The script or the configuration files cannot be used, and the program reports this."""
+"""The script or a configuration file is unusable, and the program reports the problem."""
 import os
 import shutil
 import socket

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""dnf refuses transactions, or they fail after they have begun."""
+"""dnf refuses a transaction, or a transaction fails after it has begun."""
 import fcntl
 import os
 import subprocess

@@ -33,7 +33,9 @@ class SignalTest(StartTest):
             self.quit(window)
 
     def check_ends_by(self, program, number, said=''):
-        """Send the signal, and check that it ends the program. said: a pattern for the messages about canceled work."""
+        """Send the signal, and check that the program ends by this signal. said: a pattern for the messages about
+        canceled work.
+        """
         program.process.send_signal(number)
         self.assertEqual(program.wait(), -number)
         self.assertRegex(program.complaints(), r'(?s)\A' + said + r'\Z')

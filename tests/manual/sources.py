@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Finds the texts of the program in its sources.
 
-Python sources are parsed completely. In C++ sources, only calls and the strings in their arguments are found.
+Python sources are parsed completely. In C++ sources, the module finds only calls and the strings in their arguments.
 """
 import ast
 import os

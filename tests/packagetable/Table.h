@@ -16,7 +16,7 @@
 #include "tests/support/StandIn.h"
 #include "yumio/YumIO.h"
 
-// A process has only one Python interpreter, so a test program can have only one object of this class.
+// A process has only one Python interpreter, so a test program can have only one Table.
 class Table
 {
 public:
@@ -92,7 +92,7 @@ public:
     YumIO yumIO;
 };
 
-// The numbers of all columns for whose row in Columns the condition returns true.
+// The numbers of all columns whose row in `Columns` satisfies the condition.
 template <typename Condition> QVector<int> columns(Condition condition)
 {
     QVector<int> found;
@@ -121,9 +121,9 @@ inline QStringList sortedNames(const QAbstractItemModel& model)
     return found;
 }
 
-// The names of the rows in the recorded dataChanged() signals, in the order of the signals. Then clears the
-// record. A signal must cover only one Action cell. For any other signal, the list contains a text that is no
-// name, so the comparison fails.
+// Returns the names of the rows in the recorded dataChanged() signals, in the order of the signals, and
+// clears the record. A signal must cover only one Action cell. For any other signal, the list contains a text
+// that is no name, so the comparison fails.
 inline QStringList changed(QSignalSpy& dataChanged)
 {
     QStringList found;

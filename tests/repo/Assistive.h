@@ -38,8 +38,8 @@ inline void recordReport(QAccessibleEvent* event)
     }
 }
 
-// Checks the recorded texts: if an accessibility bus runs, assistive programs must have received texts;
-// otherwise none.
+// Checks the recorded texts. If an accessibility bus runs, assistive programs must have received texts.
+// Otherwise they must not have received any.
 inline bool reportsAsExpected()
 {
     const bool expected = qEnvironmentVariableIsSet("QT_LINUX_ACCESSIBILITY_ALWAYS_ON");

@@ -18,7 +18,7 @@
 #include "tests/support/Files.h"
 #include "tests/support/StandIn.h"
 
-// A process has only one Python interpreter, so a test program can have only one object of this class.
+// A process has only one Python interpreter, so a test program can have only one BackEnd.
 class BackEnd
 {
 public:

@@ -36,8 +36,8 @@ inline QList<WId> windowsIn(const char* property)
 }
 
 // Whether the window manager has removed the hidden windows and has given the focus to `active`. If a hidden
-// window is shown again too early, it may never get the focus. If no window manager runs, the result is
-// always true.
+// window is shown again before this, the window may never get the focus. Without a window manager, the result
+// is always true.
 inline bool windowManagerHasSettled(const QWidget* active)
 {
     if (QGuiApplication::platformName() != QLatin1String("xcb")) {
@@ -53,8 +53,7 @@ inline bool windowManagerHasSettled(const QWidget* active)
     return windowsIn("_NET_ACTIVE_WINDOW").contains(active->internalWinId());
 }
 
-// Waits until a window really has the focus: Qt also reports a dialog as active if its parent is active
-// instead.
+// Waits until a window itself has the focus: Qt reports a dialog as active even if only its parent is active.
 inline bool waitForFocus(const QWidget* window)
 {
     const auto active = [window] {

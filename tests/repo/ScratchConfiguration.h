@@ -60,8 +60,8 @@ private Q_SLOTS:
     void cleanup();
 };
 
-// As long as an object of this class exists, the process has no root privileges, so that file permissions
-// restrict it.
+// While an OrdinaryUser exists, the process has no root privileges, so that file permissions restrict the
+// process.
 class OrdinaryUser
 {
 public:

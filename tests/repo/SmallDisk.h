@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Mounts a small file system on a directory. Only this process and its children see the file system, which
-// disappears when they end. Only root can mount it.
+// Mounts a small file system on a directory. Only this process and its children see the file system. It
+// disappears when these processes end. Only root can mount it.
 
 #ifndef TESTS_REPO_SMALLDISK_H
 #define TESTS_REPO_SMALLDISK_H

@@ -155,7 +155,7 @@ _world = None
 
 
 def world():
-    """Returns this test process's World, and makes it if necessary."""
+    """Returns the World of this test process. The first call makes this World."""
     global _world
     if _world is None:
         _world = World()
@@ -420,7 +420,7 @@ class _Driver(scenario.ScenarioTest):
                         "%s-%s.%s" % (package.name, package.version, package.arch))
 
     def marked(self, action, mark):
-        """The rows that a mark names, and in which the table permits the action. At least one such row must exist."""
+        """The rows that a mark names and whose state permits the action. At least one such row must exist."""
         found = [row for row in self.rows if self.matches(mark, row.shown)
                  or any(self.matches(mark, version) for version, excluded in row.versions)]
         return self.permitted(action, mark, found)
@@ -435,8 +435,8 @@ class _Driver(scenario.ScenarioTest):
         return permitting
 
     def best(self, mark):
-        """The package that a mark installs. If it exists in several architectures, the table prefers the system's
-        architecture.
+        """The package that a mark installs. If the package exists in several architectures, the table prefers the
+        system's architecture.
         """
         found = [row.shown for row in self.marked("install", mark)]
         for package in found[1:]:
@@ -466,7 +466,9 @@ class _Driver(scenario.ScenarioTest):
 
 
 def _in_child(function, *arguments):
-    """Starts a function in a child process. Returns a function that waits for the child, and returns the result."""
+    """Starts a function in a child process. Returns a second function, which waits for the child and returns the
+    result.
+    """
     def in_child(writer):
         try:
             answer = {"result": function(*arguments)}

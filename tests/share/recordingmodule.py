@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""A stand-in for the module yumIOC that records the script's calls. It checks their arguments as strictly as the real
-module.
+"""A stand-in for the module yumIOC that records the script's calls. The stand-in checks the arguments of these calls as
+strictly as the real module.
 """
 
 import os

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Runs each test in a process of its own, on its own copy of a sandbox.
 
-dnf and rpm keep state in the process, and the script changes some of this state.
+The own process is necessary because dnf and rpm keep state in the process, and the script changes some of this state.
 """
 
 import functools
@@ -167,7 +167,7 @@ class RemoteServer(object):
         self._call("stop")
 
     def restart(self):
-        """Starts the server again after the fault "end_after" has ended it."""
+        """Starts the server again after the fault "end_after" has ended the server."""
         os.waitpid(self.process, 0)
         self.__init__(self._sandbox)
 
@@ -257,8 +257,7 @@ class ScenarioTest(unittest.TestCase):
         self.server.end()
 
     def run_without_object(self):
-        """Runs the script, but does not make its object. So the script reads the configuration of the real system, but
-        reads nothing else of that system.
+        """Runs the script, but does not make its object. So the script reads only the configuration of the real system.
         """
         self.recording = Recording()
         sys.modules["yumIOC"] = self.recording.module
@@ -365,8 +364,8 @@ class ScenarioTest(unittest.TestCase):
 
     def apply(self, installs=(), updates=(), removes=(), group_installs=(), group_updates=(), group_removes=(),
               answers=(1,)):
-        """Applies actions to packages with these names. Each update is paired with all installed versions of its
-        architecture.
+        """Applies actions to packages with these names. Each update is paired with all installed versions of the same
+        package and architecture.
         """
         self.recording.answers = list(answers)
         pairs = []
@@ -393,7 +392,7 @@ class ScenarioTest(unittest.TestCase):
         self.assert_no_faults()
 
     def changes(self, action, *arguments, **actions):
-        """Carries out the action. Returns the installed and the removed packages, as two sets of
+        """Calls action(). Returns the packages that are installed and removed by this call, as two sets of
         name-version-release.arch.
         """
         before = self.sandbox.installed()

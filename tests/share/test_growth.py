@@ -23,7 +23,7 @@ MOST_GROWTH = 5
 
 class Work:
     """Counts executed lines and called functions. These numbers do not depend on the speed of the machine. A call of a
-    query counts as many times as packages exist, because libdnf goes through all packages.
+    query counts once for each package, because libdnf goes through all packages.
     """
 
     def __init__(self, packages):

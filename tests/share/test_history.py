@@ -18,7 +18,7 @@ class OutcomeTest(ScenarioTest):
         self.configure("cachedir=/var/cache/yum")
 
     def transactions(self, root=None):
-        """For each transaction: the command line, the user, the state, whether it has an end, and the comment."""
+        """For each transaction: the command line, the user, the state, whether its end is recorded, and the comment."""
         with sqlite3.connect(os.path.join(root or self.sandbox.root, "var/lib/dnf/history.sqlite")) as connection:
             return connection.execute("select cmdline, user_id, state, dt_end is not null, comment from trans "
                                       "order by id").fetchall()

@@ -82,8 +82,8 @@ class LogFilesTest(ScenarioTest):
         setup = dnf.logging.Logging._setup_file_loggers
 
         def older(*arguments):
-            """As in old versions of librepo, the library writes its log file directly, so no Python code can hide
-            secrets in it.
+            """Imitates an old version of librepo, which writes its log file directly, so that no Python code can hide
+            secrets in this file.
             """
             setup(*arguments)
             logger = dnf.logging.logging.getLogger("librepo")

@@ -64,7 +64,7 @@ class OwnPackageTest(ScenarioTest):
         self.load(script)
         self.assertEqual(self.files(script), before)
         self.assertFalse(sys.dont_write_bytecode)
-        # Show that the check above can fail: with another import, Python writes compiled files.
+        # Show that the check above can fail: an ordinary import writes compiled files.
         sys.path.insert(0, os.path.dirname(script))
         for name in [name for name in sys.modules if name.partition(".")[0] == "vyre"]:
             del sys.modules[name]

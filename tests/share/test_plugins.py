@@ -184,7 +184,7 @@ class HooksTest(PlugInsTest):
 
     @in_own_process
     def test_a_managed_root_uses_the_plug_ins_of_the_running_system(self):
-        """As with dnf --installroot, plug-ins in the managed root are not used, neither their code nor their settings.
+        """Like dnf --installroot, the script uses neither the code nor the settings of plug-ins in the managed root.
         """
         self.write_plug_in("probe", PROBE)
         for directory in (SYSTEM_PLUGINS, self.plugins):

@@ -25,8 +25,8 @@ def trees():
 
 class MissingNamesTest(ScenarioTest):
     def refusal(self, place, name):
-        """Starts the script in a child process in which this module or class lacks the name. Returns the message of the
-        refusal, or "" if the script starts.
+        """Starts the script in a child process in which the module or class "place" lacks the name. Returns the message
+        of the refusal, or "" if the script starts.
         """
         reader, writer = os.pipe()
         child = os.fork()

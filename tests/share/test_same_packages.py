@@ -48,9 +48,9 @@ SCENARIOS = [
              update="vyre-network-suite", dnf="upgrade vyre-network-suite"),
     Scenario("an_update_handles_a_changed_configuration_file_as_dnf_does", "^confetti", repos=RULES,
              before=["install confetti-1", change_confetti], update="confetti", dnf="upgrade confetti"),
-    # unsettled is installed in two versions with different architectures, and the newer version is also available
-    # without an architecture. If best is not set, dnf replaces one or both packages, depending on the order in rpm's
-    # database.
+    # The package "unsettled" is installed in two versions with different architectures. The newer version is also
+    # available without an architecture. If "best" is not set, dnf replaces one or both packages, depending on the order
+    # in rpm's database.
     Scenario("only_dnf_reports_an_impossible_update_to_a_noarch_package", "refused cannot install both", repos=RULES,
              config="best=True", before=["install unsettled-1-1.i686", "install unsettled-2-1.x86_64"],
              update="unsettled", dnf="upgrade unsettled",

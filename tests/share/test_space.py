@@ -90,8 +90,8 @@ class SpaceTest(ScenarioTest):
         self.assertEqual(self.changes(self.apply, installs=["gargantua"]), ({GARGANTUA}, set()))
 
     def at_first_progress(self, act):
-        """When rpm first reports progress, a helper process calls act(). This process itself cannot do so, because it
-        then sees only the managed root.
+        """When rpm first reports progress, a helper process calls act(). The test process cannot call act() itself,
+        because it sees only the managed root at that time.
         """
         waked, wake = os.pipe()
         done, finished = os.pipe()

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Answers message boxes as a user does, and records them. On request, it also answers other dialogs. It works
-// in the program's own event loop and in the test's event loop. To save time, it shortens the first moment in
-// which a worker's question ignores input.
+// Answers message boxes as a user does, and records the boxes. On request, an AnsweringUser also answers
+// dialogs that are no message boxes. It works in the program's own event loop and in the test's event loop.
+// To save time, it shortens the first moment in which a worker's question ignores input.
 
 #ifndef TESTS_SUPPORT_ANSWERINGUSER_H
 #define TESTS_SUPPORT_ANSWERINGUSER_H

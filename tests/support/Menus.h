@@ -49,8 +49,8 @@ inline void choose(QMenu& menu, const QString& text)
                       menu.actionGeometry(actionOf(menu, text)).center());
 }
 
-// The texts of the visible actions of a menu, also of disabled ones; offeredIn() returns only the enabled
-// ones.
+// shownIn() returns the texts of all visible actions of a menu; offeredIn() returns only the texts of the
+// enabled actions.
 inline QStringList shownIn(const QMenu& menu)
 {
     QStringList texts;

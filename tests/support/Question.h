@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Whether a dialog takes input. A worker's question ignores input at first; see QuestionGuard.
+// Whether a dialog takes input. A worker's question ignores input for the first moment; see QuestionGuard.
 
 #ifndef TESTS_SUPPORT_QUESTION_H
 #define TESTS_SUPPORT_QUESTION_H

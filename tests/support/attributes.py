@@ -39,7 +39,7 @@ def fields():
 
 
 def of_fields(source):
-    """The attributes of all fields with the given source, for example "Text"."""
+    """The attributes of all fields whose source is "source", for example "Text"."""
     names = [field.attribute for field in fields() if field.source == source]
     assert names, source
     return names

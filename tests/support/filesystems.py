@@ -17,7 +17,7 @@ def rootIsMountPoint():
 
 def isolate():
     """Give this process and its children a mount name space of their own. Other processes do not see the mounts in this
-    name space, and the mounts end with these processes.
+    name space. The mounts disappear when this process and its children end.
     """
     if not rootIsMountPoint():
         raise unittest.SkipTest('"/" is no mount point here, as in a bare chroot: what is mounted is seen outside')

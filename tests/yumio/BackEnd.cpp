@@ -104,8 +104,8 @@ BackEnd* backEndOf(PyObject* capsule)
     return static_cast<BackEnd*>(PyCapsule_GetPointer(capsule, nullptr));
 }
 
-// Runs the function on the graphical thread after all earlier events, and waits for it. Returns its lines as
-// a Python list.
+// Runs the function on the graphical thread after all earlier events. Waits for its result, and returns the
+// lines as a Python list.
 template <typename Function> PyObject* texts(const Function& function)
 {
     QStringList lines;

@@ -29,8 +29,9 @@ struct ShownDialog
     QMessageBox::Icon icon = QMessageBox::NoIcon; // only for a message box
 };
 
-// Answers every dialog as soon as it opens, by a click on the next button that press() has named. If no
-// answer is left, clicks the first button. The answers "Escape" and "Enter" stand for keys.
+// Answers every dialog as soon as the dialog opens, by a click on the next button that press() has named. If
+// press() has named no further button, clicks the first button. The answers "Escape" and "Enter" stand for
+// keys.
 class Answers : public QObject
 {
     Q_OBJECT

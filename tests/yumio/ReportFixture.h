@@ -16,8 +16,8 @@ protected Q_SLOTS:
     void initTestCase();
 
 protected:
-    // The log from this entry on. Leaves out messages of the window system: the log contains them if an
-    // operation captures standard error at that time.
+    // The log from this entry on. Leaves out messages of the window system, which the log contains if they
+    // arrive while an operation captures standard error.
     QStringList logged(int from);
 };
 

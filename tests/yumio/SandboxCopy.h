@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A private copy of the tests' sandbox, and a server for its repositories, until the object is destroyed. The
-// object sets VYREROOT and HOME, so that the process works on the copy. A process has only one such object,
-// on the graphical thread.
+// A private copy of the tests' sandbox, and a server for its repositories, until the SandboxCopy is
+// destroyed. A SandboxCopy sets VYREROOT and HOME, so that the process works on the copy. A process has only
+// one SandboxCopy, on the graphical thread.
 
 #ifndef TESTS_YUMIO_SANDBOXCOPY_H
 #define TESTS_YUMIO_SANDBOXCOPY_H

@@ -107,7 +107,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("it.did('replay')"), called);
         QCOMPARE(headings(from), (QStringList{heading, "4 0 Applying: OK"}));
         QVERIFY(yumIO().systemChanged());
-        // The confirmation shows a listing, as for marks. All marks are kept.
+        // The confirmation shows a listing, as it does if marks are applied. All marks are kept.
         const QList<ShownDialog> dialogs = backEnd->answers.take();
         QCOMPARE(dialogs.size(), 1);
         QVERIFY2(dialogs.first().text.contains("\tRemove: a 1.0-1 (x86_64)\n"),

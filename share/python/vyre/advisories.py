@@ -1,7 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The advisories of the repositories: the advisories about installed packages, and the advisories about one package.
-
-Workers read the advisories. To describe a package, the graphical thread also reads the advisories about this package.
+"""Reads the advisories of the repositories: the advisories about all installed packages, or about one package. Workers
+call this module. To describe a package, the graphical thread also calls it.
 """
 
 import dnf.i18n
@@ -13,18 +12,18 @@ from .metadata import documentPath
 from .updates import findUpdates
 from .versionlock import versionLocks
 
-# Selects all advisories about a package, whatever version they name: an older version, the version of the package, or
-# a newer version.
+# Selects all advisories about a package, whether they name a version older than the package, its own version, or a
+# newer version.
 ANY = hawkey.LT | hawkey.EQ | hawkey.GT
 
-# Whether a package of an advisory can be marked for an update, or the reason why not. The program has the texts for
-# these values.
+# POSSIBLE means that a package of an advisory can be marked for an update. Any other value is the reason why this is
+# impossible. The program has the texts for these values.
 POSSIBLE, INSTALLED, NOT_OFFERED, OLDER, LOCKED, EXCLUDED = range(6)
 
 
 def haveAdvisories(base):
-    """Whether any repository has advisories. If no repository has advisories, the script does not look through the
-    packages.
+    """Whether any repository has advisories. If no repository has advisories, the script does not search the packages
+    for advisories.
     """
     return any(documentPath(repo, 'updateinfo') for repo in base.repos.iter_enabled())
 
@@ -44,7 +43,7 @@ def kindOf(advisory):
 
 
 def labelOf(advisory):
-    """Kind and severity in one word, as in dnf's list."""
+    """The kind and severity of an advisory in one word, as in dnf's list."""
     if advisory.type != hawkey.ADVISORY_SECURITY:
         return kindOf(advisory)
     return words().SECURITY2LABEL.get(advisory.severity, dnf.i18n._('Unknown/Sec.'))
@@ -68,7 +67,9 @@ def references(advisory, kind):
 # The advisories of one package -------------------------------------------------------------------------------
 
 class AdvisoryIndex:
-    """The advisories by package name, for a search: dnf itself would look through all advisories for each package."""
+    """The advisories by package name, for a search. Without this index, dnf would look through all advisories for each
+    package.
+    """
 
     def __init__(self):
         self.clear()
@@ -82,7 +83,7 @@ class AdvisoryIndex:
         self._installed = {}
         if haveAdvisories(base):
             words()
-            # The query finds the same advisories with any version of a package, so the latest version is enough.
+            # For each version of a package, the query finds the same advisories. So ask only about the latest version.
             for named in base.sack.query(flags=hawkey.IGNORE_EXCLUDES).latest().get_advisory_pkgs(ANY):
                 found.setdefault(named.name, []).append(named)
             # A search asks for many packages, and each query of the sack would look at all packages.
@@ -126,12 +127,12 @@ def newestFirst(advisories):
 
 
 def installedBefore(package):
-    """The newest installed version that is older than this package; None if no older version is installed."""
+    """The newest installed version that is older than the available package; None if no older version is installed."""
     return newestBefore(package, package.base.sack.query().installed().filterm(name=package.name, arch=package.arch))
 
 
 def newestBefore(package, installed):
-    """The newest of these installed versions that is older than the available package, or None."""
+    """The newest of these installed versions that is older than the available package; None if none is older."""
     if package._from_system:
         return None
     return max((each for each in installed if each.evr_lt(package)), default=None)
@@ -178,7 +179,7 @@ def advisoriesOfUpdates(base, updates):
 # The advisories about installed packages -----------------------------------------------------------------------
 
 def concerning(base):
-    """Yields each package version that an advisory names, the advisory, and whether this version or a newer version is
+    """Yields each package version that an advisory names, the advisory, and whether this version or a newer one is
     installed. Packages without any installed version are left out, as in "dnf updateinfo list --all".
     """
     installed = base.sack.query().installed()

@@ -37,7 +37,7 @@ def confirmTransaction(base, sections):
     """Show the listing; return whether the user confirms the transaction."""
     transaction = base.transaction or []
     yumIOC.listTransaction(transaction, sorted(transaction, key=lambda item: (item.name, item.arch, item.action)))
-    # If a transaction changes only groups and streams, dnf carries it out although "test" is set.
+    # If a transaction changes only groups and streams, dnf carries it out although "tsflags" contains "test".
     if transaction and 'test' in base.conf.tsflags:
         introduceListing(tr('This is only a test, because the tsflags option contains test. dnf downloads and '
                             'checks the packages;\n'
@@ -77,9 +77,8 @@ def download(base):
 
 
 def runTransaction(base, checkCurrent):
-    """Run the confirmed transaction. Calls checkCurrent() as soon as no other program can change the packages.
-
-    Returns whether the transaction was more than a test.
+    """Run the confirmed transaction. Call checkCurrent() as soon as no other program can change the packages. Return
+    False if rpm has only tested the transaction; otherwise True.
     """
     with DatabaseLock(tr('Preparing to Run Transaction')):
         checkCurrent()

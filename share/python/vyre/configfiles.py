@@ -29,7 +29,8 @@ def configurationFile():
 
 def repositoryDirectories(known):
     """The repository directories to use if the main configuration file does not set reposdir. known: the directories
-    that dnf uses by default; the result contains the existing ones. The repository editor uses the same list.
+    that dnf uses by default; the result contains the existing directories of this list. The repository editor uses the
+    same list.
     """
     usual = ['/etc/yum.repos.d', '/etc/yum/repos.d']
     return [inRoot(path) for path in usual] + [
@@ -44,9 +45,9 @@ def tooLarge(limit):
 def mainFileFault(path):
     """The reason why VYRE must not pass the main configuration file to dnf; empty if VYRE can pass the file.
 
-    The function refuses pipes and endless files, because dnf would never stop reading them. It accepts files with
-    errors in their text, because dnf handles these errors. If VYRE refused such a file, VYRE would also ignore options
-    that demand signature checks.
+    The function refuses pipes and endless files, because dnf would never stop reading them. The function accepts a file
+    with errors in its text, because dnf handles these errors. If VYRE refused this file, VYRE would also ignore its
+    options that demand signature checks.
     """
     try:
         # Check the file type before opening the file: a device may already act when it is opened.
@@ -66,8 +67,8 @@ TWO_BYTE_MARKS = (b'\xff\xfe', b'\xfe\xff')
 
 
 def isUsable(path):
-    """Whether the script reads this repository file: only if the repository editor can read it, too. The editor reports
-    the files that it cannot read.
+    """Whether the script reads this repository file. The script reads only files that the repository editor can read,
+    too. The editor reports all other files.
 
     The function also refuses pipes and endless files, because dnf would never stop reading them.
     """
@@ -99,7 +100,9 @@ def isUsable(path):
 
 
 def isText(content):
-    """Whether the repository editor treats the content of a file as text, and no repository section is too long."""
+    """Whether the repository editor treats the content of a file as text, and each repository section is short enough
+    for the editor.
+    """
     if b'\0' in content or content.startswith(TWO_BYTE_MARKS):
         return False
     if content.startswith(codecs.BOM_UTF8):
@@ -121,7 +124,7 @@ def largestSection(content):
 
 
 class RepositoryReader(dnf.conf.read.RepoReader):
-    """dnf's reader of repository files. It reads only the files that the repository editor can read, too."""
+    """dnf's reader of repository files, which here reads only the files that the repository editor can read, too."""
 
     def _get_repos(self, path):
         return super(RepositoryReader, self)._get_repos(path) if isUsable(path) else iter(())

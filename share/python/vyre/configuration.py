@@ -77,9 +77,9 @@ def readConfiguration():
 
 
 def readMainFile(conf):
-    """Read the options of the main configuration file. Return the path of the file from which dnf reads repositories.
-
-    Without this file, dnf would not check package signatures. So if the file is missing or unusable, demand this check.
+    """Read the options of the main configuration file. Return the path of the file in whose sections dnf finds
+    repositories. Without a main configuration file, dnf would not check package signatures. So if the file is missing
+    or unusable, demand this check.
     """
     path = configurationFile()
     if path is None:
@@ -115,8 +115,8 @@ RUNNING_CONFIGURATION = OWN_CONFIGURATION
 
 
 def keepChecks(conf, path):
-    """If VYRE reads another main configuration file than the dnf command, also demand the checks that dnf's own file
-    demands, and protect the packages that this file protects. path: the file that VYRE reads, or None.
+    """If VYRE and the dnf command read different main configuration files, also demand the checks that dnf's own file
+    demands, and protect the packages that dnf's own file protects. path: the file that VYRE reads, or None.
 
     VYRE must not install or remove a package if the dnf command refuses this. If a managed root lacks dnf's own file,
     the dnf command reads the file of the running system.
@@ -167,8 +167,9 @@ def protect(conf, names):
 def setReleasever(conf):
     """Set $releasever, and from dnf 4.23 on also its parts: $releasever_major and $releasever_minor.
 
-    If the release package provides the parts, it has priority. Otherwise dnf splits the release. From dnf 4.24 on,
-    parts from the environment or from a variable file replace the parts of the split release.
+    If the configuration sets no release and the release package provides the parts, the script uses these parts.
+    Otherwise dnf splits the release. From dnf 4.24 on, parts from the environment or from a variable file replace the
+    parts of the split release.
     """
     given = conf.releasever is not None
     parts = {part: getattr(conf, part, None) for part in ('releasever_major', 'releasever_minor')}
@@ -192,7 +193,9 @@ def setReleasever(conf):
 
 
 def detectedRelease():
-    """The release of the managed system. If no release package is installed, the release in /etc/os-release, or "1"."""
+    """The release of the managed system. Without a release package, the release in /etc/os-release. If both are
+    missing, "1".
+    """
     try:
         detected = dnf.rpm.detect_releasever(managedRoot())
     except dnf.exceptions.Error as e:

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Groups of packages, and a test that shows whether dnf can read groups.
+"""Groups of packages, and a check whether dnf can read groups.
 
 The worker that collects the groups runs this module.
 """
@@ -68,10 +68,10 @@ class GeneratorProbe:
 def groupsCanBeRead():
     """Whether dnf can read lists of groups.
 
-    dnf reads the lists with generators. Some versions of Python call iter() for the list, and again for the iterator
-    that this call returns. Some versions of libcomps, such as the version in Debian 13, treat that iterator as a list:
-    then dnf finds no groups, or the process crashes. iter(iterator) below cannot cause a crash, because the list has
-    only one group, and nothing reads its result.
+    dnf reads the lists with generators. Some versions of Python call iter() for the list, and then iter() for the
+    iterator that the first call returns. Some versions of libcomps, such as the version in Debian 13, treat that
+    iterator as a list. Then dnf finds no groups, or the process crashes. iter(iterator) below cannot cause a crash,
+    because the list has only one group, and nothing reads the result.
     """
     probe = GeneratorProbe()
     list(each for each in probe)
@@ -89,7 +89,9 @@ def groupsCanBeRead():
 
 
 class WithoutGroups(dnf.comps.Comps):
-    """Replaces dnf's collection of groups on a system where dnf cannot read groups. It contains no groups."""
+    """Replaces dnf's collection of groups on a system where dnf cannot read groups. This replacement contains no
+    groups.
+    """
 
     def __len__(self):
         return 0
@@ -105,8 +107,8 @@ class WithoutGroups(dnf.comps.Comps):
 
 
 def checkGroups(base, repo):
-    """If a repository's group list cannot be unpacked, ignore the groups of this repository. Otherwise dnf would not
-    read the group lists of the other repositories either.
+    """If a repository's group list cannot be unpacked, ignore the groups of this repository. Otherwise dnf would read
+    no group list of any other repository either.
     """
     path = repo._repo.getCompsFn() if repo.enablegroups and repo.metadata else ''
     if not path or not canUnpack(path):

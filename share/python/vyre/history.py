@@ -39,7 +39,9 @@ def commandLine(*lists):
 
 
 def reportLeftovers(base):
-    """Log the effects of a transaction that a crash or a power failure has interrupted. dnf does not log them."""
+    """Log the effects of a transaction that a crash or a power failure has interrupted, because dnf does not log these
+    effects.
+    """
     parts = []
     try:
         reportInterrupted(base, parts)
@@ -82,8 +84,8 @@ def reportInterrupted(base, parts):
 
 
 def severalVersions(base):
-    """For each name and architecture of which several versions are installed by mistake: a list of these packages, the
-    oldest first. Packages such as kernels, which may have several installed versions, are left out.
+    """A list for each name and architecture of which several versions are installed by mistake. Each list contains
+    these packages, the oldest first. Packages such as kernels, which may have several installed versions, are left out.
     """
     installed = base.sack.query(flags=hawkey.IGNORE_EXCLUDES).installed()
     duplicated = installed.duplicated().difference(base._get_installonly_query(installed))

@@ -69,8 +69,8 @@ def remarksAboutGroups(base):
 def remarksAboutUpdates(base, groups):
     """A sentence for each group in "groups" that is not installed. groups: the groups that are marked for an update.
 
-    The dnf command refuses to update a group that is not installed. While a member has an update, the table does not
-    offer the installation of the group.
+    The dnf command refuses to update a group that is not installed. If a member has an update, the table offers only
+    the update of the group, not its installation.
     """
     return sorted(tr('The group {} is not installed: only its installed packages are updated. To install the whole '
                      'group, mark it for Install after this transaction.').format(group.name)

@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The locks: dnf's lock on its own files, dnf's locks on its cache, and rpm's lock on its database.
 
-Workers take the locks. The program holds the lock on dnf's own files until it ends; the graphical thread releases it.
+Workers take the locks. The program holds the lock on dnf's own files until the program ends; the graphical thread
+releases this lock.
 """
 
 import contextlib
@@ -37,10 +38,9 @@ buildDownloadLock = dnf.lock.build_download_lock
 
 
 class SessionLock(dnf.lock.ProcessLock):
-    """dnf's lock on its own files. The program holds it until the program ends.
-
-    dnf takes the same lock again for each transaction, on another thread of this process. dnf's own class would refuse
-    this; here, only the number of holders changes. Only one thread at a time uses dnf.
+    """dnf's lock on its own files. The program holds this lock until the program ends. For each transaction, dnf takes
+    the same lock once more, on another thread of this process. dnf's own class would refuse this second holder; this
+    class only counts the holders. Only one thread at a time uses dnf.
     """
 
     def _lock_thread(self):
@@ -54,8 +54,8 @@ class DatabaseLock:
     """Holds rpm's own lock for a scope, so that no other program changes the packages within the scope.
 
     Without this class, rpm would wait for the lock without a message, or not wait at all. This class shows which
-    process holds the lock, and asks whether to wait longer. The lock belongs to the whole process: rpm can take it
-    again, and releases it when rpm has finished.
+    process holds the lock, and asks the user whether to continue to wait. The lock belongs to the whole process: rpm in
+    this process can take the lock too, and releases it at the end of its transaction.
     """
 
     # The time between two attempts, in seconds.
@@ -136,7 +136,9 @@ class DatabaseLock:
         return False
 
     def _holder(self):
-        """The name and number of the process that holds rpm's lock or has locked rpm's database; empty if unknown."""
+        """The name and number of the process that holds rpm's lock or has locked rpm's database; empty if no process is
+        found.
+        """
         files = set()
         for path in (self._path, self._database, self._database + '-shm'):
             try:
@@ -193,7 +195,7 @@ def nameOfProcess(number):
 
 
 def startOfProcess(number):
-    """The start time of a process in seconds since 1970, exact to two seconds; None if unknown."""
+    """The start time of a process in seconds since 1970, exact to two seconds; None if the time is unknown."""
     try:
         with open('/proc/{}/stat'.format(number), 'rb') as stat, open('/proc/stat', 'rb') as system:
             # Search for the last ")": the second field is the program's name in parentheses, which may contain ")".
@@ -221,11 +223,9 @@ def usesPackages(number):
 
 
 def abandonedBy(target):
-    """The number of the process that has ended without removing this lock file. None if the process still holds the
-    lock, or if the file is missing.
-
-    Even if a process has the number in the file, it may be another process: after a crash or a restart of the machine,
-    the system uses the numbers again.
+    """The number of the process that has written this lock file, if it has ended without removing the file. None if the
+    process still holds the lock, or if the file is missing. A running process with the number in the file need not be
+    the process that has written the file: after a crash or a restart of the machine, the system uses the numbers again.
     """
     try:
         with open(target, 'rb') as stream:
@@ -238,15 +238,15 @@ def abandonedBy(target):
     if hasEnded(number):
         return number
     started = startOfProcess(number)
-    # The process began after the file was written, so it is not the owner, unless somebody has changed the clock.
-    # Therefore this check also requires that the process does not use rpm.
+    # If the process began after the file was written, it is not the owner, unless somebody has changed the clock.
+    # Therefore also check that the process does not use rpm.
     if started is not None and started > written + 2 and not usesPackages(number):
         return number
     return None
 
 
 def removeAbandonedLock(lock):
-    """Remove a lock file if its owner has ended. Otherwise every other process would wait for ever."""
+    """Remove a lock file if its owner has ended. If the file stayed, every other process would wait for ever."""
     number = abandonedBy(lock.target)
     if number is None:
         return
@@ -266,7 +266,8 @@ def removeAbandonedLock(lock):
 
 
 class WaitingLock(dnf.lock.ProcessLock):
-    """A lock on dnf's cache. If another process holds the lock, this class waits, and shows the name of that process.
+    """A lock on dnf's cache. If another process holds the lock, a WaitingLock waits, and shows the name of that
+    process.
 
     dnf's own class waits for ever, even if the owner in the lock file has ended and an unrelated process now has its
     number.
@@ -310,7 +311,7 @@ class WaitingLock(dnf.lock.ProcessLock):
             awaitLock(None)
             raise
         if not awaitLock(None):
-            # The user has ended the wait at the moment when the lock became free.
+            # The lock became free at the moment when the user ended the wait. Release the lock.
             os.unlink(self.target)
             self._end(0)
 
@@ -364,8 +365,7 @@ def withoutWaitForMetadata():
 
 
 def awaitLock(text, first=False):
-    """Show that the script waits for a lock. Return False if the user has ended the wait.
-
+    """Show that the script waits for a lock, or that the wait is over. Return False if the user has ended the wait.
     text: the description of the wait; None after the wait. first: whether to write the text to the log, too.
     """
     if first:
@@ -378,7 +378,7 @@ def awaitLock(text, first=False):
 
 
 def waitingLock(build):
-    """Returns a function that makes a WaitingLock. build: the function of dnf that it replaces."""
+    """Returns a function that makes a WaitingLock. The new function replaces `build`, a function of dnf."""
     def buildWaiting(cachedir, exit_on_lock):
         plain = build(cachedir, exit_on_lock)
         return plain if exit_on_lock else WaitingLock(plain.target, plain.description)
@@ -386,8 +386,8 @@ def waitingLock(build):
 
 
 def useDatabaseLock(lock=None):
-    """Make dnf use this lock for its own files. If lock is None, dnf makes a lock that raises an exception, instead of
-    waiting, if another process holds it.
+    """Make dnf use this lock for its own files. If lock is None, dnf makes its own locks. If another process holds a
+    lock of dnf's own, dnf does not wait, but raises an exception.
     """
     dnf.lock.build_rpmdb_lock = lambda persistdir, exit_on_lock: lock or buildDatabaseLock(persistdir, True)
 
@@ -421,7 +421,7 @@ def releaseSessionLock(lock):
         raise dnf.exceptions.LockError(str(e))
 
 
-# If another process holds the lock on dnf's own files, the program does not wait, but reports this at once.
+# If another process holds the lock on dnf's own files, the program does not wait, but reports the lock at once.
 program.replace(dnf.lock, 'build_rpmdb_lock', lambda persistdir, exit_on_lock: buildDatabaseLock(persistdir, True))
 program.replace(dnf.lock, 'build_metadata_lock', waitingLock(buildMetadataLock))
 program.replace(dnf.lock, 'build_download_lock', waitingLock(buildDownloadLock))

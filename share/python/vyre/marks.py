@@ -52,7 +52,7 @@ class Marks:
 
     def inShort(self):
         """The names of the marked packages and groups in one line, for a question. If the line would have more than
-        SHOWN names, the number of further names replaces the last names.
+        SHOWN names, it ends with the number of the names that it leaves out.
         """
         objects = self.newVersions() + self.installs + self.removes
         names = sorted(set(package.name for package in objects))
@@ -122,8 +122,8 @@ def markInstallation(base, package, versions, strict):
 
 
 def markUpdate(base, package, versions, strict):
-    """Add this version of the package to dnf's goal. dnf must not choose another version: if this version cannot be
-    installed, the user must see the reason.
+    """Add exactly this version of the package to dnf's goal. If dnf cannot install this version, dnf must not choose
+    another version: the user must see the reason.
     """
     replaced = [version for version in versions.get(package.name, [])
                 if package.arch == 'noarch' or version.arch in (package.arch, 'noarch')]

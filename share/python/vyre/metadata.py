@@ -32,8 +32,8 @@ def documentPath(repo, kind):
         return None
 
 
-# The file name endings of uncompressed documents. The script can also unpack the endings in COMPRESSED, and .zst. Only
-# dnf can read documents with any other ending, such as .zck.
+# The file name endings of uncompressed documents. The script can also unpack documents with the endings in COMPRESSED,
+# and with .zst. Documents with any other ending, such as .zck, can be read only by dnf.
 PLAIN = ('', '.xml', '.yaml', '.yml')
 
 COMPRESSED = {'.gz': gzip.open, '.bz2': bz2.open, '.xz': lzma.open}
@@ -54,7 +54,7 @@ def metadataFault(path, element):
 
 class DocumentChecks:
     """Checks the file lists and the change logs of a repository on a thread of its own. Most of the check needs no
-    interpreter, so dnf can read the same documents in the meantime.
+    interpreter, so dnf can read the same documents during the check.
     """
 
     def __init__(self, repo):
@@ -70,8 +70,8 @@ class DocumentChecks:
             self._faults[kind] = metadataFault(path, element) if path is not None else ''
 
     def wait(self):
-        """Wait for the checks; return a dictionary from the kind of each document to its error. An error is empty if a
-        document has no error.
+        """Wait for the checks; return a dictionary from the kind of each document to its error. If a document has no
+        error, the text is empty.
         """
         self._thread.join()
         return self._faults

@@ -59,12 +59,14 @@ class Writer:
 
 
 def programListens():
-    """Whether the script can call the program. False when the program ends: it then restores the interpreter's streams.
+    """Whether the script can call the program. False after the program has begun to end: then it has restored the
+    interpreter's streams.
     """
     return isinstance(sys.stdout, Writer)
 
 
-# The attribute that marks a record of our own as no error: logging.warning(..., extra={HARMLESS: True})
+# The script sets this attribute of a log record if the warning is not an error:
+# logging.warning(..., extra={HARMLESS: True})
 HARMLESS = 'vyreHarmless'
 
 
@@ -77,17 +79,17 @@ class LogHandler(logging.Handler):
     LEVELS = ((logging.CRITICAL, 0), (logging.ERROR, 1), (logging.WARNING, 2), (logging.INFO, 2),
               (logging.DEBUG, 3), (dnf.logging.DDEBUG, 7), (dnf.logging.SUBDEBUG, 8), (dnf.logging.TRACE, 9))
 
-    # Whether dnf leaves out the repository that it is reading, if this repository fails.
+    # Whether dnf would leave out the repository that it is reading if this repository failed.
     mayBeSkipped = False
 
     @classmethod
     def isOnlyWarning(cls, record):
-        """Whether a warning is no error: no operation has failed because of it."""
+        """Whether a record of dnf is only a warning: no operation has failed because of it."""
         return getattr(record, HARMLESS, False) or cls.isAboutSkipped(record)
 
     @classmethod
     def isAboutSkipped(cls, record):
-        """Whether a warning is about a failed repository that dnf leaves out because of skip_if_unavailable."""
+        """Whether a record of dnf is about a failed repository that dnf leaves out because of skip_if_unavailable."""
         return cls.mayBeSkipped or record.msg in ('Error: %s', dnf.i18n._('Error: %s'),
                                                   dnf.i18n._('Ignoring repositories: %s'))
 
@@ -107,7 +109,7 @@ class LogHandler(logging.Handler):
         text = passable(text)
         level = next((level for number, level in self.LEVELS if record.levelno >= number), 10)
         if isStopped():
-            # A download that the user has stopped fails. Log this failure only as a detail.
+            # If the user stops a download, the download fails. Log this failure only as a detail.
             yumIOC.log(max(level, 3), text)
         elif record.levelno == logging.WARNING and program.logWarning is not None and self.isOnlyWarning(record):
             # A notice about a skipped repository refers to the log, so each detail level must show the reason.
@@ -129,7 +131,7 @@ def startLog():
 
 
 class Overheard(logging.Handler):
-    """Collects the warnings that dnf logs within a scope. They contain details that dnf's exceptions lack."""
+    """Collects the warnings that dnf logs within a scope. These warnings contain details that dnf's exceptions lack."""
 
     def __init__(self):
         super(Overheard, self).__init__(logging.WARNING)
@@ -151,8 +153,8 @@ class Overheard(logging.Handler):
 
 
 class DiscreetFormatter(logging.Formatter):
-    """Formats log records with the given formatter, and hides the passwords in them, because every user may be allowed
-    to read dnf's log files.
+    """Formats log records with another formatter, and hides the passwords in the records, because every user may be
+    allowed to read dnf's log files.
     """
 
     def __init__(self, formatter):
@@ -190,7 +192,7 @@ def introduceListing(text):
 
 
 def setUpLogFiles(base):
-    """Open dnf's log files, and hide passwords in them."""
+    """Open dnf's log files, and hide the passwords in all new log records."""
     directory = base.conf.logdir
     try:
         base.setup_loggers()

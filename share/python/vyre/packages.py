@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Package attributes that dnf does not offer, or offers too slowly: headers, change logs, build hosts.
 
-A search reads these attributes for all packages, on a worker. The description of one package reads them on the
-graphical thread. The functions of this module must not change the system.
+A search reads these attributes for all packages, on a worker. The description of one package reads its attributes on
+the graphical thread. The functions of this module must not change the system.
 """
 
 import datetime
@@ -20,8 +20,8 @@ from .program import tr
 
 
 class HeaderMemo:
-    """Keeps the header of the last package. A search reads several header values of one installed package, then those
-    of the next package. Without this class, rpm would search its database for each value.
+    """Keeps the header of the last package. A search reads several header values of one installed package before it
+    reads the next package. Without a HeaderMemo, rpm would search its database for each value.
     """
 
     def __init__(self):

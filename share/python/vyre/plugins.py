@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""dnf's plug-ins. The script loads them again with each new configuration. If one fails, a message names this plug-in.
+"""dnf's plug-ins. The script loads the plug-ins again with each new configuration. If a plug-in fails, a message names
+this plug-in.
 
 The hooks of the plug-ins run on workers.
 """
@@ -26,7 +27,9 @@ def isOfPlugIn(module):
 
 
 def forgetPlugIns():
-    """Make Python forget the modules of all plug-ins. Otherwise the next import would return the old modules."""
+    """Make Python forget the modules of all plug-ins. Otherwise the next import would return the modules of the last
+    configuration.
+    """
     for name in list(sys.modules):
         if name == dnf.plugin.DYNAMIC_PACKAGE or isOfPlugIn(name):
             del sys.modules[name]
@@ -69,7 +72,8 @@ def usesCommand(plugIn, error):
 
 
 def reasonOf(error):
-    """The text of an exception, or its class name if it has no text, as is usual for SystemExit and KeyboardInterrupt.
+    """The text of an exception. Exceptions such as SystemExit and KeyboardInterrupt usually have no text; then the
+    result is the name of the class.
     """
     return passable(str(error)) or type(error).__name__
 

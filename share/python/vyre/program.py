@@ -2,8 +2,8 @@
 """The functions and values that the program offers the script, and the list of dnf's names that the script replaces.
 
 The program registers the yumIOC module, and sets the names in OFFERED as globals of YumIO.py before it runs that file.
-YumIO.py passes these globals on to this module, and the other modules use them only from here. The thread that calls
-the functions must hold the interpreter's lock. If the program does not set a function, the script works without it.
+YumIO.py passes these globals on to this module, and all other modules take them from this module. A thread that calls
+these functions must hold the interpreter's lock. If the program does not set a function, the script works without it.
 """
 
 import yumIOC  # noqa: F401  (the other modules import it from here)
@@ -27,7 +27,8 @@ hideSecrets = None
 logWarning = None
 # Shows on the progress bar what dnf does with a repository.
 showReading = None
-# Returns whether the user has asked VYRE to stop the operation. If the argument is True, VYRE refuses later requests.
+# Returns whether the user has asked VYRE to stop the operation. If the argument is True and the user has not asked,
+# VYRE refuses all requests from now on.
 stopWanted = None
 # Shows that the script waits for a lock; returns False if the user ends the wait.
 waitForLock = None

@@ -35,7 +35,7 @@ class DownloadProgress(dnf.callback.DownloadProgress):
 
     def end(self, payload, status, msg):
         if status == dnf.callback.STATUS_MIRROR:
-            # The download continues with the next mirror, which may be the same server again.
+            # The download continues with the next mirror. This may be the same server as before.
             text = '{}: {}'.format(payload, msg)
             failure = re.sub(r' after [0-9]+ ms', '', text)
             logging.getLogger('dnf').log(logging.DEBUG if failure in self._reported else logging.WARNING, '%s', text)
@@ -48,8 +48,8 @@ class TransactionProgress(dnf.yum.rpmtrans.TransactionDisplay):
     """Passes the progress of a transaction on to the program.
 
     The program shows the progress of one package at a time, so each report must name a package. The phases of the whole
-    transaction have no package, and for some scriptlets dnf does not know the package. Therefore the program gets no
-    reports about these phases and scriptlets.
+    transaction have no package, and for some scriptlets dnf does not know the package. Therefore the script does not
+    report these phases and scriptlets to the program.
     """
 
     def progress(self, package, action, ti_done, ti_total, ts_done, ts_total):
@@ -161,8 +161,8 @@ class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
 
     @classmethod
     def endLast(cls):
-        """End the last transaction. Otherwise the traceback of a failure may keep the transaction's object and rpm's
-        log alive too long.
+        """End the last transaction. Without this call, the traceback of a failure may keep the transaction's object and
+        rpm's log alive too long.
         """
         last = cls._last() if cls._last is not None else None
         if last is not None:

@@ -67,7 +67,8 @@ def explained(base, errors):
 
 
 def reasonOfExclusion(base, text, locks):
-    """Why dnf does not find the package that this text of dnf names; empty if no repository has the package.
+    """The reason why dnf does not find the package that "text", an error message of dnf, names; empty if no repository
+    has the package.
 
     locks: a dictionary from names to the lines that lock their versions.
     """

@@ -13,13 +13,14 @@ from .database import DATABASES
 from .paths import inRoot
 from .program import tr, yumIOC
 
-# If a directory has less free space (in bytes), a full disk is the probable cause of a failure to write a file there.
+# If a directory has less free space than this number of bytes, a full disk is the probable cause of a failure to write
+# a file there.
 LITTLE_SPACE = 1 << 20
 
 
 def spaceHint(directory, needed=LITTLE_SPACE):
-    """If fewer bytes than "needed" are free in a directory, a line to append to an error message; otherwise an empty
-    text. On a full disk, librepo and rpm report damaged files, or no error.
+    """Returns a line for an error message if the directory has fewer free bytes than `needed`, otherwise an empty text.
+    The line is useful because librepo and rpm report damaged files, or no error, if the disk is full.
     """
     try:
         found = os.statvfs(directory)
@@ -75,8 +76,8 @@ def checkScriptSpace(space):
 
 
 def spaceHints(failed):
-    """A line for each file system with less free space than one of the failed packages needs. failed: the items of the
-    transaction that have failed.
+    """A line for each file system that has too little free space for one of the failed packages. failed: the items of
+    the transaction that have failed.
     """
     needed = {inRoot(path): LITTLE_SPACE for path in DATABASES}
     for item in failed:

@@ -8,14 +8,14 @@ from .program import tr
 
 
 class Stopped(dnf.exceptions.Error):
-    """Raised when the user has stopped the operation. It is not a RepoError: after a RepoError, dnf would go on without
-    the repository.
+    """Raised when the user has stopped the operation. The class does not derive from RepoError: after a RepoError, dnf
+    would go on without the repository.
     """
 
 
 def isStopped(last=False):
-    """Whether the user has asked VYRE to stop the operation. If last is true and the user has not asked for this, VYRE
-    refuses all later requests.
+    """Whether the user has asked VYRE to stop the operation. If last is true and the user has not asked yet, VYRE
+    refuses all requests from now on.
     """
     return program.stopWanted is not None and program.stopWanted(last)
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The module streams to which packages belong.
+"""Finds the module streams to which packages belong.
 
 For a search, a worker reads the streams of all packages. For a description, the graphical thread reads the streams of
 one package.
@@ -19,8 +19,8 @@ class StreamIndex:
     """The streams by the full names of their packages. dnf can only list the packages of a stream.
 
     The worker makes the index at the end of each collection, because the graphical thread must not wait for this work.
-    For 400 streams with 24,000 packages, the work takes about a tenth of a second. If the system has no module streams,
-    it takes some microseconds.
+    For 400 streams with 24,000 packages, the work takes about a tenth of a second. Without module streams, the work
+    takes some microseconds.
     """
 
     def __init__(self):

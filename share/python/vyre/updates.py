@@ -9,7 +9,7 @@ import hawkey
 
 
 def biArchOf(base, arch):
-    """The bi-arch class of an architecture. Two packages with the same name and class cannot both be installed.
+    """The bi-arch class of an architecture: the common name of all architectures that replace each other.
 
     The class of "noarch" is the class of the system's architecture.
     """
@@ -21,8 +21,8 @@ def biArchOf(base, arch):
 
 
 def findUpdates(base):
-    """Returns two lists: the updates, and the counterparts. A counterpart is a pair of an update and an installed
-    package of another bi-arch class that the update replaces.
+    """Returns two lists: the updates, and the counterparts. A counterpart is a pair of an update and the installed
+    package that it replaces, if the two have different bi-arch classes.
     """
     query = base.sack.query()
     try:

@@ -23,7 +23,9 @@ FORMS = (hawkey.FORM_NEVRA, hawkey.FORM_NEVR, hawkey.FORM_NEV, hawkey.FORM_NA, h
 
 
 def loadedPlugIn(base):
-    """The Python module of the plug-in; None if dnf has not loaded it, or if it lacks a name that the script needs."""
+    """The Python module of the plug-in; None if dnf has not loaded the module, or if the module lacks a name that the
+    script needs.
+    """
     plugIns = base._plugins.plugins if base._plugins is not None else ()
     for plugIn in plugIns:
         if plugIn.name == 'versionlock':
@@ -82,7 +84,9 @@ def namesByLine(base, module):
 
 
 def lockVersions(base, packages):
-    """Lock the installed versions of these packages. If a package is not installed, lock the version of its object."""
+    """Lock the installed versions of these packages. If a package is not installed, lock the version of the package
+    object.
+    """
     module = requirePlugIn(base)
     locked = set().union(*namesByLine(base, module).values())
     specs = set()
@@ -138,7 +142,7 @@ def runCommand(base, module, subcommand, specs):
 @contextlib.contextmanager
 def onlyWholeLines(module):
     """Within this scope, the plug-in's command removes only the lines that are equal to its arguments. Without this
-    scope, a package name as an argument would also remove the lines that exclude versions of this package.
+    scope, an argument that is a package name would also remove the lines that exclude versions of this package.
     """
     match = module._match
     module._match = lambda line, specs: line in specs

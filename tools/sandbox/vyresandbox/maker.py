@@ -125,8 +125,8 @@ def _populate_root(sandbox, packages):
 
 
 def _redirect_default_database(root):
-    """Makes the database available at the default location of this machine's rpm, too. In some distributions this is
-    the home directory, and dnf runs rpmkeys without an option for the location."""
+    """Makes the database available at the default location of this machine's rpm, too. In some distributions, this
+    location is in the home directory, and dnf runs rpmkeys without an option for the location."""
     default = run(["rpm", "--eval", "%{_dbpath}"]).strip()
     place = os.path.join(root, default.lstrip("/"))
     if not os.path.lexists(place):

@@ -36,8 +36,8 @@ class Sandbox(object):
     directory/more  the repositories that no file of the root names, until use() is called
     directory/home  the home directory for programs that run on the sandbox
     directory/without-groups
-                    exists if dnf cannot read groups, and contains the reason: the repositories have groups, but none is
-                    installed in the root
+                    exists if dnf cannot read groups, and contains the reason; then the repositories have groups, but
+                    no group is installed in the root
 
     As a context manager it starts the server and stops it at the end:
 
@@ -168,9 +168,9 @@ class Sandbox(object):
     def environment(self):
         """The environment for a program that works on this sandbox.
 
-        The home directory belongs to the sandbox, so that its settings do not mix with the user's settings. It also
-        contains the database's location for rpm's tools, because some distributions have the database in the home
-        directory by default.
+        The home directory belongs to the sandbox, so that its settings do not mix with the user's settings. This
+        directory also contains the database's location for rpm's tools, because some distributions have the database
+        in the home directory by default.
         """
         home = os.path.join(self.directory, "home")
         os.makedirs(home, exist_ok=True)
