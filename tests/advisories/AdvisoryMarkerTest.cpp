@@ -18,10 +18,10 @@ private Q_SLOTS:
     void init() { table->collectUsual(); }
     void cleanupTestCase() { table.reset(); }
     void anUpdateInTwoAdvisoriesIsFoundOnce();
-    void aRefusalNamesTheReasonIfAPackageHasNoUsableUpdate();
-    void aPackageIsRefusedIfTheTableListsNoUpdateForThePackage();
-    void aPackageMarkedForRemovalIsRefused();
-    void aPackageIsRefusedIfAnotherPackageReplacesIt();
+    void aRefusalIsReportedIfAPackageHasNoUsableUpdate();
+    void aRefusalIsReportedIfTheTableListsNoUpdateForAPackage();
+    void aRefusalIsReportedIfAPackageIsMarkedForRemoval();
+    void aRefusalIsReportedIfAnotherPackageReplacesAPackage();
 
 private:
     AdvisoryMarker::Found find(const QVector<Advisory>& advisories) const
@@ -38,11 +38,11 @@ void AdvisoryMarkerTest::anUpdateInTwoAdvisoriesIsFoundOnce()
                              advisory("A-2", false, {packageOf("tool")})});
     QCOMPARE(found.entries, (QVector<Package::Entry*>{&table->entry("tool"), &table->entry("many")}));
     QCOMPARE(found.refusals, QStringList());
-    // The marker only looks for the updates, and sets no marks.
+    // AdvisoryMarker::find() sets no marks.
     QCOMPARE(table->entry("tool").action, Package::None);
 }
 
-void AdvisoryMarkerTest::aRefusalNamesTheReasonIfAPackageHasNoUsableUpdate()
+void AdvisoryMarkerTest::aRefusalIsReportedIfAPackageHasNoUsableUpdate()
 {
     const Advisory made =
         advisory("A-1", true,
@@ -61,7 +61,7 @@ void AdvisoryMarkerTest::aRefusalNamesTheReasonIfAPackageHasNoUsableUpdate()
              QString("tool-2-1.x86_64: not installed; the update 2-1 is available"));
 }
 
-void AdvisoryMarkerTest::aPackageIsRefusedIfTheTableListsNoUpdateForThePackage()
+void AdvisoryMarkerTest::aRefusalIsReportedIfTheTableListsNoUpdateForAPackage()
 {
     const auto found = find({advisory("A-1", true, {packageOf("shell"), packageOf("nobody")})});
     QCOMPARE(found.entries.count(), 0);
@@ -69,7 +69,7 @@ void AdvisoryMarkerTest::aPackageIsRefusedIfTheTableListsNoUpdateForThePackage()
                                           "nobody-2-1.x86_64: the table lists no update"}));
 }
 
-void AdvisoryMarkerTest::aPackageMarkedForRemovalIsRefused()
+void AdvisoryMarkerTest::aRefusalIsReportedIfAPackageIsMarkedForRemoval()
 {
     table->entry("tool").action = Package::Remove;
     table->entry("many").action = Package::Update;
@@ -78,7 +78,7 @@ void AdvisoryMarkerTest::aPackageMarkedForRemovalIsRefused()
     QCOMPARE(found.refusals, QStringList{"tool-2-1.x86_64: it is marked for removal"});
 }
 
-void AdvisoryMarkerTest::aPackageIsRefusedIfAnotherPackageReplacesIt()
+void AdvisoryMarkerTest::aRefusalIsReportedIfAnotherPackageReplacesAPackage()
 {
     using S = StandIn;
     table->collect({S::package("tool", {{"version", "2"}})}, {S::package("tool")},

@@ -4,8 +4,8 @@
 
 usage: AdministratorTest.py CMAKE BUILD [options of unittest...]
 
-The tests run in name spaces of their own, so other processes see none of the changes. In these name spaces, the program
-is installed, the system has two more users, and a separate message bus and polkit run.
+The tests run in name spaces of their own, so other processes see none of their changes. In these name spaces, the
+program is installed, the system has two additional users, and a separate message bus and polkit run.
 """
 import getopt
 import importlib.machinery
@@ -124,7 +124,7 @@ class AdministratorTest(unittest.TestCase):
         self.assertEqual(self.display.windows('^VYRE - '), [])
 
     def end(self):
-        """Return the result of ended(), and let the test start another process."""
+        """Return the result of ended(). After that, the test may call start() again."""
         try:
             return self.ended()
         finally:
@@ -206,7 +206,7 @@ class AdministratorTest(unittest.TestCase):
         self.assertEqual(self.display.let_in(), [])
         self.quit()
 
-    def test_root_has_a_display_permission_only_while_vyre_runs_if_no_display_cookie_exists(self):
+    def test_if_no_display_cookie_exists_root_may_use_the_display_only_while_vyre_runs(self):
         self.permit_user_without_cookie()
         # This cookie belongs to another display, so it is useless.
         run('xauth', '-q', '-f', self.system.home + '/.Xauthority', 'add', ':987', '.', COOKIE)
@@ -217,7 +217,7 @@ class AdministratorTest(unittest.TestCase):
         self.quit()
         self.assertEqual(self.display.let_in(), ['SI:localuser:mina'])
 
-    def test_when_vyre_ends_root_keeps_a_display_permission_that_existed_before(self):
+    def test_root_keeps_a_display_permission_that_it_had_before_vyre_started(self):
         self.permit_user_without_cookie()
         self.display.xhost('+si:localuser:root')
         self.start()
@@ -225,7 +225,7 @@ class AdministratorTest(unittest.TestCase):
         self.quit()
         self.assertEqual(self.display.let_in(), ['SI:localuser:mina', 'SI:localuser:root'])
 
-    def test_root_loses_access_to_the_display_when_the_session_ends_but_vyre_keeps_running(self):
+    def test_if_the_session_ends_root_loses_its_display_permission_and_vyre_keeps_running(self):
         self.permit_user_without_cookie()
         self.start()
         vyre = self.vyre()
@@ -248,7 +248,7 @@ class AdministratorTest(unittest.TestCase):
         self.assertEqual(self.ended()[0], 128 + signal.SIGTERM)
         self.assertEqual(self.display.let_in(), ['SI:localuser:mina'])
 
-    def test_vyre_inherits_no_signal_settings_and_limits_of_the_user(self):
+    def test_vyre_inherits_neither_signal_settings_nor_limits_from_the_user(self):
         self.record_the_start_of_vyre()
         self.start('--keep-cwd', ADMIN, command=HOSTILE_PKEXEC, password=None, uid=TRUSTED_UID)
         self.assertEqual(self.end(), (0, ''))
@@ -336,8 +336,8 @@ class AdministratorTest(unittest.TestCase):
                     self.assertEqual(self.system.record()['arguments'], expected)
 
     def test_vyre_admin_and_vyre_parse_arguments_in_the_same_way(self):
-        """Random arguments: vyre-admin either refuses them, or gives VYRE equivalent arguments that Qt does not
-        interpret.
+        """For random arguments, vyre-admin either refuses the arguments, or gives VYRE equivalent arguments that Qt
+        does not interpret.
         """
         admin = importlib.machinery.SourceFileLoader('admin', ADMIN).load_module()
         letters = {'-h': '--help', '-H': '--help', '-m': '--mode', '-e': '--regexp', '-s': '--state', '-g': '--groups',
@@ -391,8 +391,7 @@ class AdministratorTest(unittest.TestCase):
                 (['-testability'], '-testability'), (['-session', 'x'], '-session'), (['-display', ':1'], '-display'),
                 (['-qmljsdebugger=port:1,file:/x'], '-qmljsdebugger=port:1,file:/x'), (['-reverse'], '-reverse'),
                 (['-geometry', '1x1'], '-geometry'),
-                # Each refused word is at the place of an argument: vyre would accept it as the argument of the option
-                # before it.
+                # vyre itself would accept each of these words, as the argument of the preceding option.
                 (['-e', '-platformpluginpath', '--log'], '-platformpluginpath'),
                 (['--regexp', '--platform', '-gl'], '--platform'),
                 (['--disablerepo', '-stylesheet=/etc/shadow'], '-stylesheet=/etc/shadow'),

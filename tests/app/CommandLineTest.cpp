@@ -46,7 +46,7 @@ struct Ended
     QString err;
 };
 
-// Runs the built program with these options, and waits until it ends by itself.
+// Runs the built program with these options, and waits until the program ends by itself.
 Ended run(const QStringList& arguments, const QString& program = QStringLiteral(VYRE))
 {
     QProcess process;
@@ -86,8 +86,8 @@ private:
             arguments.push_back(text.data());
         }
         arguments.push_back(nullptr);
-        optind = 0; // makes getopt_long() start again from the first argument
-        // No code keeps pointers to the arguments.
+        optind = 0; // makes getopt_long() start from the first argument once more
+        // The arguments can be local variables, because CommandLine keeps no pointers to them.
         CommandLine::apply(static_cast<int>(arguments.size()) - 1, arguments.data(), *shown->window);
     }
     // The script's calls that enable or disable a repository during a collection, for example "enableRepo
@@ -229,7 +229,7 @@ private Q_SLOTS:
     void theShortLogOptionOpensTheLog() { checkLogIsOpened("-l"); }
     void theLongLogOptionOpensTheLog() { checkLogIsOpened("--log"); }
 
-    void theRepositoryFilesDecideIfNoRepositoryOptionIsGiven()
+    void repositoriesAreEnabledAsInTheirFilesIfNoRepositoryOptionIsGiven()
     {
         QCOMPARE(repositories({}), (QStringList{"disableRepo extras", "enableRepo base"}));
     }
@@ -357,7 +357,7 @@ private Q_SLOTS:
         QCOMPARE(ended.status, 1);
     }
 
-    void optionsThatQtDefinesAreAccepted()
+    void theProgramAcceptsTheOptionsOfQt()
     {
         const Ended ended = run({"-style=windows", "-style", "windows", "foo"});
         QCOMPARE(ended.err, QString("vyre: unrecognized argument: foo\n"));

@@ -128,7 +128,7 @@ private Q_SLOTS:
         QCOMPARE(currentStyle(), QStringLiteral("windows"));
     }
 
-    void theDefaultStyleIsAppliedIfTheUserSettingsNameNoQtStyle()
+    void theDefaultStyleIsAppliedIfTheUserSettingsContainNoStyleForQt()
     {
         {
             QSettings stored(QSettings::UserScope, "Trolltech");

@@ -14,7 +14,7 @@ private:
     void log(Log::Kind kind, unsigned int level) { entries.append(Log::Entry(kind, level, "text")); }
 
 private Q_SLOTS:
-    void hasErrorsReturnsTrueOnlyIfAnErrorWasLoggedAfterTheWatchBegan()
+    void theWatchReportsOnlyErrorsThatWereLoggedAfterTheWatchBegan()
     {
         log(Log::Error, 0);
         const ErrorWatch errors(entries);
@@ -29,7 +29,7 @@ private Q_SLOTS:
         QCOMPARE(errors.firstEntry(), 1);
     }
 
-    void hasErrorsIgnoresErrorsThatTheLogWindowMayHide()
+    void theWatchIgnoresErrorsThatTheLogWindowMayHide()
     {
         const ErrorWatch errors(entries);
         log(Log::Error, 3);

@@ -137,7 +137,7 @@ private Q_SLOTS:
         }
     }
 
-    void makeBoldChangesOnlyTheWeightOfAFont()
+    void theMakeBoldFunctionChangesOnlyTheWeightOfAFont()
     {
         QFont font("Some Family", 9);
         font.setItalic(true);

@@ -3,7 +3,7 @@
 """Tests of the files that "cmake --install" installs.
 
 The share directory must be in the place that ShareTest names. The files for desktops, polkit and man must be valid, and
-in the places where these programs look for them.
+must be in the places where these programs look for them.
 
 usage: InstallTest.py CMAKE BUILD
 """
@@ -113,7 +113,7 @@ class InstallTest(unittest.TestCase):
 
     # The contents of the files
 
-    def test_icons_have_the_sizes_of_their_directories(self):
+    def test_each_icon_has_the_size_in_the_name_of_its_directory(self):
         for size in ICON_SIZES:
             with open(self.place(icon(size)), 'rb') as stream:
                 head = stream.read(24)

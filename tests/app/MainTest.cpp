@@ -96,7 +96,7 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(directory));
     }
 
-    void theHelpOptionEndsTheProgramButKeepsTheRuntimeDirectory()
+    void theRuntimeDirectoryIsNotRemovedIfTheHelpOptionEndsTheProgram()
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.remove("XDG_RUNTIME_DIR");

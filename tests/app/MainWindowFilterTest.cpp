@@ -28,13 +28,13 @@ private Q_SLOTS:
     void aSearchWithoutAnExpressionLoadsNoExtraData();
     void aSearchFindsTextsInEveryField();
     void aSearchAfterACollectionDoesNotLoadTheExtraDataAgain();
-    void onlyTheFirstSearchBeforeTheFirstCollectionLoadsTheExtraData();
+    void twoSearchesBeforeTheFirstCollectionLoadTheExtraDataOnlyOnce();
     void theTableIsNotFilteredWhileExtraDataAreLoaded();
     void aSearchFindsAPackageByTheExactPathOfAFile();
-    void aSearchThatEndsWithADollarSignAndFindsNothingShowsAHint();
+    void aHintIsShownIfAnExpressionWithAFinalDollarSignFindsNothing();
     void anInvalidExpressionHasTheErrorColour();
     void theStateBoxAndBothCheckBoxesFilterTheRowsInSearchModeToo();
-    void aWorkerReadsTextsOnlyForASearchExpression();
+    void aSearchWithoutAnExpressionReadsNoSearchTexts();
     void aWorkerReadsTheSearchTextsAgainAfterARefresh();
 
     void theApplyButtonIsEnabledWhileAnyRecordIsMarked();
@@ -43,7 +43,7 @@ private Q_SLOTS:
     void aButtonRemovesAllMarks();
     void markingManyRowsSortsTheTableOnce();
     void aWarningIsShownIfAMarkedRowIsNotListed();
-    void everyFilterThatHidesAMarkShowsTheWarning();
+    void theWarningIsShownIfAnyFilterHidesAMarkedRow();
     void theWarningAboutUnlistedActionsDoesNotMoveTheControls();
     void theWarningAboutUnlistedActionsHasTheWarningColour();
 };
@@ -174,7 +174,7 @@ void MainWindowFilterTest::aSearchAfterACollectionDoesNotLoadTheExtraDataAgain()
     QCOMPARE(shown->modeBox->toolTip(), QString(modeToolTip));
 }
 
-void MainWindowFilterTest::onlyTheFirstSearchBeforeTheFirstCollectionLoadsTheExtraData()
+void MainWindowFilterTest::twoSearchesBeforeTheFirstCollectionLoadTheExtraDataOnlyOnce()
 {
     // The editor is open at startup, so no package has been collected yet.
     shown->window->setRepoEditorAtStart();
@@ -247,7 +247,7 @@ void MainWindowFilterTest::aSearchFindsAPackageByTheExactPathOfAFile()
     QCOMPARE(shown->sorted(), (QStringList{"first", "last"}));
 }
 
-void MainWindowFilterTest::aSearchThatEndsWithADollarSignAndFindsNothingShowsAHint()
+void MainWindowFilterTest::aHintIsShownIfAnExpressionWithAFinalDollarSignFindsNothing()
 {
     shown->start();
     const auto hinted = [this] { return shown->view->accessibleDescription().contains("([[:space:]]|$)"); };
@@ -292,7 +292,7 @@ void MainWindowFilterTest::theStateBoxAndBothCheckBoxesFilterTheRowsInSearchMode
     QCOMPARE(busyCursor(), QString("none"));
 }
 
-void MainWindowFilterTest::aWorkerReadsTextsOnlyForASearchExpression()
+void MainWindowFilterTest::aSearchWithoutAnExpressionReadsNoSearchTexts()
 {
     shown->start();
     // Whether a worker has read the search texts of all records with this state.
@@ -417,7 +417,7 @@ void MainWindowFilterTest::markingManyRowsSortsTheTableOnce()
     shown->view->setFocus();
     shown->key(Qt::Key_A, Qt::ControlModifier);
     QSignalSpy layout(shown->proxy, SIGNAL(layoutChanged()));
-    // With many rows, a separate sort for each marked row would take minutes.
+    // If the table has many rows, a separate sort for each marked row takes minutes.
     shown->press("Set &Install/Update of Selected");
     QCOMPARE(shown->marks().count(), 50);
     QCOMPARE(layout.count(), 1);
@@ -441,7 +441,7 @@ void MainWindowFilterTest::aWarningIsShownIfAMarkedRowIsNotListed()
     QCOMPARE(shown->label->toolTip(), QString());
 }
 
-void MainWindowFilterTest::everyFilterThatHidesAMarkShowsTheWarning()
+void MainWindowFilterTest::theWarningIsShownIfAnyFilterHidesAMarkedRow()
 {
     shown->start();
     listEverything();

@@ -33,13 +33,13 @@ private:
 private Q_SLOTS:
     void theDescribeCommandDescribesTheCurrentPackage();
     void theDescribeCommandIsDisabledIfNoRowIsCurrent();
-    void errorsThatAreOnlyInTheLogCauseANotice();
+    void aNoticeIsShownIfErrorsAreOnlyInTheLog();
     void openingTheLogRemovesTheNoticeAboutErrors();
-    void repositoriesThatAreLeftOutCauseANotice();
-    void errorsDuringATransactionCauseASeparateNotice();
+    void aNoticeIsShownIfRepositoriesAreLeftOut();
+    void aSeparateNoticeIsShownIfErrorsOccurDuringATransaction();
     void theOutcomeOfATransactionIsShownUntilTheNextOperation();
     void theButtonOfTheOutcomeLineOpensTheLogAtTheTransaction();
-    void aClickOnARowThatCannotBeMarkedShowsTheReason();
+    void aClickShowsTheReasonWhyARowCannotBeMarked();
     void theHelpMenuOpensTheManualsInOtherPrograms();
     void manualsCanBeOpenedWhileAWorkerRuns();
     void aMissingManualCausesANoticeAndNoMessageBox();
@@ -131,7 +131,7 @@ void MainWindowOtherWindowsTest::aMissingManualCausesANoticeAndNoMessageBox()
         QCOMPARE(noticeText(),
                  "The manual is not installed: there is no file " + documentation.path() + manual.second);
         QVERIFY(QApplication::activeModalWidget() == nullptr);
-        // The message about the second manual is longer, and must not be cut off.
+        // The message about the second manual is longer than the first message, and must not be cut off.
         const auto* notice = shown->window->findChild<Notice*>();
         QTRY_VERIFY(notice->width() >= notice->sizeHint().width());
     }
@@ -147,7 +147,7 @@ QString MainWindowOtherWindowsTest::noticeText() const
     return label != nullptr && label->isVisible() ? label->wholeText() : QString();
 }
 
-void MainWindowOtherWindowsTest::errorsThatAreOnlyInTheLogCauseANotice()
+void MainWindowOtherWindowsTest::aNoticeIsShownIfErrorsAreOnlyInTheLog()
 {
     shown->start();
     const auto notices = [this] {
@@ -175,7 +175,7 @@ void MainWindowOtherWindowsTest::openingTheLogRemovesTheNoticeAboutErrors()
     QTRY_COMPARE(noticeText(), QString());
 }
 
-void MainWindowOtherWindowsTest::repositoriesThatAreLeftOutCauseANotice()
+void MainWindowOtherWindowsTest::aNoticeIsShownIfRepositoriesAreLeftOut()
 {
     standIn->setSkipped({"extras"});
     shown->start();
@@ -201,7 +201,7 @@ void MainWindowOtherWindowsTest::repositoriesThatAreLeftOutCauseANotice()
     QCOMPARE(noticeText(), QString());
 }
 
-void MainWindowOtherWindowsTest::errorsDuringATransactionCauseASeparateNotice()
+void MainWindowOtherWindowsTest::aSeparateNoticeIsShownIfErrorsOccurDuringATransaction()
 {
     shown->start();
     standIn->setComplaining(true); // from now on, each collection logs an error
@@ -270,7 +270,7 @@ void MainWindowOtherWindowsTest::theOutcomeOfATransactionIsShownUntilTheNextOper
     QTRY_VERIFY(shown->isReady());
     QCOMPARE(outcomeText(), QString());
     apply();
-    // If the user refuses the next transaction, the window no longer shows the previous outcome.
+    // If the user refuses the next transaction, the window does not show the previous outcome any more.
     shown->click("tool", PackageTable::ActionColumn);
     const Answers answers("Cancel");
     shown->press("&Apply Actions");
@@ -305,7 +305,7 @@ void MainWindowOtherWindowsTest::theButtonOfTheOutcomeLineOpensTheLogAtTheTransa
     QVERIFY(after.contains("Applying: OK"));
 }
 
-void MainWindowOtherWindowsTest::aClickOnARowThatCannotBeMarkedShowsTheReason()
+void MainWindowOtherWindowsTest::aClickShowsTheReasonWhyARowCannotBeMarked()
 {
     shown->start();
     shown->choose(shown->stateBox, PackageTable::ViewAll);

@@ -17,11 +17,11 @@ class MainWindowWidgetsTest : public StandInWindow
 
 private Q_SLOTS:
     void theWindowTitleNamesTheMachine();
-    void menusHaveTheExpectedEntriesAndKeys();
+    void theMenusHaveTheExpectedEntriesAndKeys();
     void menusCanBeTornOff();
-    void filterRowHasTheExpectedTexts();
+    void theFilterRowHasTheExpectedTexts();
     void theStateBoxHasTheExpectedEntries();
-    void buttonsHaveTheExpectedTextsAndToolTips();
+    void theButtonsHaveTheExpectedTextsAndToolTips();
     void thePartsOfTheWindowAreInTheExpectedOrder();
     void theWindowIsAtLeast768PixelsWideAndFitsTheScreen();
 };
@@ -34,7 +34,7 @@ void MainWindowWidgetsTest::theWindowTitleNamesTheMachine()
     QCOMPARE(shown->window->windowTitle(), "VYRE - " + QString::fromLocal8Bit(uname.readAll().trimmed()));
 }
 
-void MainWindowWidgetsTest::menusHaveTheExpectedEntriesAndKeys()
+void MainWindowWidgetsTest::theMenusHaveTheExpectedEntriesAndKeys()
 {
     QStringList found;
     for (const QAction* action : shown->window->menuBar()->actions()) {
@@ -60,7 +60,7 @@ void MainWindowWidgetsTest::menusCanBeTornOff()
     }
 }
 
-void MainWindowWidgetsTest::filterRowHasTheExpectedTexts()
+void MainWindowWidgetsTest::theFilterRowHasTheExpectedTexts()
 {
     QCOMPARE(shown->modeBox->count(), 2);
     QCOMPARE(shown->modeBox->itemText(0), QString("Filter"));
@@ -93,7 +93,7 @@ void MainWindowWidgetsTest::theStateBoxHasTheExpectedEntries()
                      "for installing, or for removing; or show all packages"));
 }
 
-void MainWindowWidgetsTest::buttonsHaveTheExpectedTextsAndToolTips()
+void MainWindowWidgetsTest::theButtonsHaveTheExpectedTextsAndToolTips()
 {
     const QMap<QString, QString> toolTips{
         {"&Describe", "Pop up a window with a detailed description of the currently selected package"},

@@ -40,23 +40,23 @@ private Q_SLOTS:
         QCOMPARE(ManagedRoot::namedDirectoryOfFiles("/etc"), root.path() + "/etc");
     }
 
-    void thePathOfTheRootIsMadeAbsoluteAndClean_data()
+    void theRootIsStoredAsAnAbsolutePathWithoutSuperfluousParts_data()
     {
         QTest::addColumn<QByteArray>("given");
         QTest::addColumn<QString>("root");
         QTest::newRow("empty") << QByteArray("") << "";
         QTest::newRow("the running system") << QByteArray("/") << "";
         QTest::newRow("the running system with a longer path") << QByteArray("/srv/..//") << "";
-        QTest::newRow("plain") << QByteArray("/srv/image") << "/srv/image";
+        QTest::newRow("absolute path") << QByteArray("/srv/image") << "/srv/image";
         QTest::newRow("slash at the end") << QByteArray("/srv/image/") << "/srv/image";
         QTest::newRow("slashes at the end") << QByteArray("/srv/image//") << "/srv/image";
-        QTest::newRow("detour") << QByteArray("/srv/other/../image/.") << "/srv/image";
-        QTest::newRow("relative") << QByteArray("image") << QDir::currentPath() + "/image";
+        QTest::newRow("path with dots") << QByteArray("/srv/other/../image/.") << "/srv/image";
+        QTest::newRow("relative path") << QByteArray("image") << QDir::currentPath() + "/image";
         QTest::newRow("letters beyond ASCII")
             << QByteArray("/srv/\xc3\xbc") << QString::fromUtf8("/srv/\xc3\xbc");
     }
 
-    void thePathOfTheRootIsMadeAbsoluteAndClean()
+    void theRootIsStoredAsAnAbsolutePathWithoutSuperfluousParts()
     {
         QFETCH(QByteArray, given);
         QFETCH(QString, root);

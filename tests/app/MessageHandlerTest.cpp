@@ -14,7 +14,7 @@
 
 namespace {
 
-// Replaces standard error by another descriptor until the object is destroyed.
+// While an object of this class exists, another descriptor replaces standard error.
 class StandardError
 {
 public:
@@ -166,7 +166,7 @@ private Q_SLOTS:
         QVERIFY(!reader.read().contains("lost"));
     }
 
-    void theWatcherGetsEachMessageUntilItsRemoval()
+    void theWatcherGetsEachMessageUntilTheWatcherIsRemoved()
     {
         install();
         static QVector<bool> heard;
@@ -178,7 +178,7 @@ private Q_SLOTS:
         QCOMPARE(heard, QVector<bool>({false}));
     }
 
-    void messagesOfOtherThreadsAreWrittenCompletely()
+    void allMessagesAreWrittenIfSeveralThreadsWriteAtTheSameTime()
     {
         install();
         class Writer : public QThread

@@ -128,7 +128,7 @@ private Q_SLOTS:
         QVERIFY(qApp->findChildren<QTranslator*>().isEmpty());
     }
 
-    void aCatalogueForTheCountryIsPreferredToOneForTheLanguage()
+    void aCatalogueForLanguageAndCountryIsPreferredToACatalogueForTheLanguage()
     {
         provide("vyre_de.qm", "vyre_de.qm");
         provide("vyre_de_AT.qm", "vyre_de.qm");

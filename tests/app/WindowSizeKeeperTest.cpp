@@ -40,10 +40,10 @@ private:
 private Q_SLOTS:
     void initTestCase();
     void init();
-    void theSizeIsRestoredInTheNextRun();
-    void aWindowThatIsShownAgainHasItsLastSize();
-    void aSizeThatTheProgramSetsIsNotSaved();
-    void aSavedSizeThatIsTooLargeIsReducedToTheScreen();
+    void aNewWindowHasTheSavedSize();
+    void aWindowKeepsItsSizeIfItIsHiddenAndShownAgain();
+    void aResizeByTheProgramIsNotSaved();
+    void aTooLargeSavedSizeIsReducedToTheScreen();
     void anInvalidSavedSizeChangesNothing();
     void aMaximizedWindowDoesNotChangeTheSavedSize();
 };
@@ -58,7 +58,7 @@ void WindowSizeKeeperTest::init()
     Settings().clear();
 }
 
-void WindowSizeKeeperTest::theSizeIsRestoredInTheNextRun()
+void WindowSizeKeeperTest::aNewWindowHasTheSavedSize()
 {
     auto window = makeWindow();
     show(*window);
@@ -71,7 +71,7 @@ void WindowSizeKeeperTest::theSizeIsRestoredInTheNextRun()
     QTRY_COMPARE(window->size(), QSize(410, 230));
 }
 
-void WindowSizeKeeperTest::aWindowThatIsShownAgainHasItsLastSize()
+void WindowSizeKeeperTest::aWindowKeepsItsSizeIfItIsHiddenAndShownAgain()
 {
     const auto window = makeWindow();
     show(*window);
@@ -82,7 +82,7 @@ void WindowSizeKeeperTest::aWindowThatIsShownAgainHasItsLastSize()
     QTRY_COMPARE(window->size(), QSize(410, 230));
 }
 
-void WindowSizeKeeperTest::aSizeThatTheProgramSetsIsNotSaved()
+void WindowSizeKeeperTest::aResizeByTheProgramIsNotSaved()
 {
     const auto window = makeWindow();
     show(*window);
@@ -90,7 +90,7 @@ void WindowSizeKeeperTest::aSizeThatTheProgramSetsIsNotSaved()
     QVERIFY(!Settings().contains("Some/size"));
 }
 
-void WindowSizeKeeperTest::aSavedSizeThatIsTooLargeIsReducedToTheScreen()
+void WindowSizeKeeperTest::aTooLargeSavedSizeIsReducedToTheScreen()
 {
     Settings().setValue("Some/size", QSize(100000, 250));
     const auto window = makeWindow();

@@ -249,7 +249,7 @@ class ConventionsTest(unittest.TestCase):
         os.remove(os.path.join(self.root, 'tests/low/ThingTest.cpp'))
         self.assertEqual(self.found(), ['low/Thing.h:1: tests/low/ThingTest.cpp is missing'])
 
-    def test_class_is_accepted_if_several_tests_each_cover_one_subject_of_it(self):
+    def test_class_is_accepted_if_each_of_several_tests_covers_one_of_its_subjects(self):
         os.rename(os.path.join(self.root, 'tests/low/ThingTest.cpp'),
                   os.path.join(self.root, 'tests/low/ThingColourTest.cpp'))
         self.write('tests/low/CMakeLists.txt', 'vyre_test(ThingColour LINKS vyre_low)\n')

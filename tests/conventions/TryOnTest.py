@@ -72,7 +72,7 @@ class TryOnTest(unittest.TestCase):
         self.assertEqual(done.returncode, 0, done.stderr)
         self.assertEqual(len(self.calls()), 2)
 
-    def test_a_directory_that_try_on_has_not_made_is_not_changed(self):
+    def test_a_directory_is_not_changed_if_another_program_has_made_it(self):
         os.mkdir(self.tree)
         os.chmod(self.tree, 0o755)
         with open(os.path.join(self.tree, 'letter'), 'w'):
@@ -89,7 +89,7 @@ class TryOnTest(unittest.TestCase):
         self.assertEqual((done.returncode, done.stderr),
                          (1, 'try-on: {} is not a complete tree of trixie made by try-on\n'.format(self.tree)))
 
-    def test_a_debian_version_that_is_no_plain_name_is_refused(self):
+    def test_a_debian_version_that_is_not_a_lower_case_name_is_refused(self):
         for suite in ('../sid', '-x', '', 'SID'):
             done = self.run_tool('true', suite=suite)
             self.assertEqual(done.returncode, 1, suite)

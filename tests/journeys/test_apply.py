@@ -203,7 +203,7 @@ class ConfiguredTest(JourneyTest):
 class SeveralVersionsTest(JourneyTest):
     """Updates and removals of packages with several installed versions."""
 
-    def test_update_replaces_both_installed_versions(self):
+    def test_update_of_a_package_with_two_installed_versions_replaces_both(self):
         found = glob.glob(os.path.join(self.sandbox.repository('sandbox-updates'), '**', 'abacus-cli-3.3.0-2.*.rpm'),
                           recursive=True)
         self.sandbox.rpm('--install', '--force', '--nosignature', *found)
@@ -230,7 +230,7 @@ class SeveralVersionsTest(JourneyTest):
             window.wait_names(['kernel'])
             self.assertEqual([row[1:3] for row in window.rows()], [('6.1.31-1 *', '@System')])
 
-    def test_removal_removes_all_versions(self):
+    def test_removal_of_a_package_with_two_installed_versions_removes_both(self):
         with self.opened() as window:
             window.mark_listed('kernel', clicks=2)
             window.wait_action('remove', 'kernel')

@@ -21,7 +21,7 @@ IDENTIFIERS = ['sandbox-disabled', 'sandbox-file', 'sandbox-http', 'sandbox-sign
 class EnablingTest(EditingTest):
     """The user enables and disables repositories."""
 
-    def test_user_disables_a_repository_for_the_session(self):
+    def test_packages_of_a_repository_that_the_user_disables_for_the_session_are_not_listed(self):
         files = self.files()
         with self.opened() as window:
             self.check_listed(window, USUAL)
@@ -44,7 +44,7 @@ class EnablingTest(EditingTest):
             self.check_listed(window, USUAL)
             self.assertEqual(self.files(), files)
 
-    def test_packages_are_read_again_even_if_the_user_reverts_the_change_before_closing_the_editor(self):
+    def test_packages_are_read_again_even_if_the_user_reverts_a_session_setting_before_closing_the_editor(self):
         with self.opened() as window:
             count = self.requests_from_now()
             editor = self.edit(window)
@@ -61,7 +61,7 @@ class EnablingTest(EditingTest):
             window.wait_ready()
             self.check_listed(window, USUAL)
 
-    def test_user_enables_a_repository_for_the_session(self):
+    def test_packages_of_a_repository_that_the_user_enables_for_the_session_are_listed(self):
         files = self.files()
         with self.opened() as window:
             editor = self.edit(window)
@@ -79,7 +79,7 @@ class EnablingTest(EditingTest):
             editor.wait_on(False, 'sandbox-disabled', SESSION)
             editor.close('Cancel')
 
-    def test_user_enables_a_repository_permanently(self):
+    def test_repository_that_the_user_enables_permanently_is_enabled_in_the_next_run(self):
         with self.opened() as window:
             editor = self.edit(window)
             editor.wait_on(False, 'sandbox-disabled', PERMANENT)
@@ -411,7 +411,7 @@ class EditorAtStartTest(EditingTest):
                 self.sandbox.server.requests.clear()
 
     def check_closed(self, close):
-        """Close the editor in this way, and check that the window then lists the packages."""
+        """Call close(), which closes the editor, and check that the window then lists the packages."""
         with self.program('-r') as program:
             editor = Editor(program)
             editor.toggle('sandbox-file', SESSION)

@@ -264,7 +264,7 @@ class WithoutRepositoriesTest(StartTest):
             self.check_changed(gone=['birch-log-3.0-1.x86_64'])
             self.quit(window)
 
-    def test_no_package_is_listed_if_the_user_keeps_a_failing_repository(self):
+    def test_no_package_is_listed_if_the_user_refuses_to_go_on_without_a_failing_repository(self):
         self.add('gone')
         with self.program() as program:
             self.refuse_without(program, 'gone')

@@ -271,7 +271,7 @@ class ManualTest(unittest.TestCase):
         places = set(re.findall(r'^\[(?:glossary)?#([\w-]+)\]', self.book.text, re.M))
         self.assertEqual({name for name in re.findall(r'<<([\w-]+)>>', self.book.text)} - places, set())
 
-    def test_every_picture_and_every_icon_exists(self):
+    def test_every_picture_and_icon_that_the_manual_names_exists(self):
         named = set(re.findall(r'image::?(\S+?)\[', self.book.text))
         pictures = {name for name in named if name.startswith('pictures/')}
         script = sources.read('manual', 'make-pictures')

@@ -35,13 +35,13 @@ private Q_SLOTS:
     void aRightClickOnAnUnselectedRowSelectsThisRow();
     void anActionCanBeChosenWithTheMouse();
     void escapeClosesTheMenuWithoutAnAction();
-    void aRowThatIsRemovedWhileTheMenuIsOpenGetsNoAction();
+    void noActionIsSetIfTheRowIsRemovedWhileTheMenuIsOpen();
     void allSelectedRowsGetTheActionEvenIfTheTableIsSortedByAction();
-    void theMenuOffersToLockUnlockedRowsAndToUnlockLockedRows_data();
-    void theMenuOffersToLockUnlockedRowsAndToUnlockLockedRows();
+    void theLockEntryIsForUnlockedRowsAndTheUnlockEntryForLockedRows_data();
+    void theLockEntryIsForUnlockedRowsAndTheUnlockEntryForLockedRows();
     void theLockEntryEmitsASignalWithTheRows();
     void theUnlockEntryAppliesOnlyToTheLockedRowsInTheSelection();
-    void theLockEntriesAreDisabledWithTheReasonIfTheUserCannotWriteLocks();
+    void theLockEntriesAreDisabledAndShowTheReasonIfTheUserCannotWriteLocks();
 
 private:
     // Opens the menu on a row while Control is pressed, so that the selection does not change, and presses a
@@ -177,8 +177,8 @@ void ActionContextMenuTest::anActionIsSetOnlyInSelectedRowsThatPermitIt_data()
     const int u = Package::Update;
     const int i = Package::Install;
     const int r = Package::Remove;
-    // Each data row names the marks after the menu choice. Before this choice, a click on each of the three
-    // packages has set its usual mark.
+    // The marks after the choice in the menu. Before the choice, the marks are Update for "tool", Install for
+    // "editor" and Remove for "shell".
     QTest::newRow("update") << int(Qt::Key_U) << Actions{{"tool", u}, {"editor", i}, {"shell", r}};
     QTest::newRow("install") << int(Qt::Key_I) << Actions{{"tool", u}, {"editor", i}, {"shell", r}};
     QTest::newRow("remove") << int(Qt::Key_R) << Actions{{"tool", r}, {"editor", i}, {"shell", r}};
@@ -196,7 +196,7 @@ void ActionContextMenuTest::anActionIsSetOnlyInSelectedRowsThatPermitIt()
     choose("editor", static_cast<Qt::Key>(key));
     QCOMPARE(actions(), expected);
 
-    // Make the same choice again when no row has a mark.
+    // Make the same choice a second time, now without marks before the choice.
     shown->model.clearActions();
     choose("editor", static_cast<Qt::Key>(key));
     const Actions set = actions();
@@ -245,7 +245,7 @@ void ActionContextMenuTest::escapeClosesTheMenuWithoutAnAction()
     QCOMPARE(actions(), (Actions{{"tool", Package::Update}}));
 }
 
-void ActionContextMenuTest::aRowThatIsRemovedWhileTheMenuIsOpenGetsNoAction()
+void ActionContextMenuTest::noActionIsSetIfTheRowIsRemovedWhileTheMenuIsOpen()
 {
     QVERIFY(withMenu([this] { shown->click("tool", ActionColumn, Qt::RightButton, Qt::ControlModifier); },
                      [this](QMenu& menu) {
@@ -267,7 +267,7 @@ void ActionContextMenuTest::allSelectedRowsGetTheActionEvenIfTheTableIsSortedByA
     QCOMPARE(shown->view->selectedRows().count(), 4);
 }
 
-void ActionContextMenuTest::theMenuOffersToLockUnlockedRowsAndToUnlockLockedRows_data()
+void ActionContextMenuTest::theLockEntryIsForUnlockedRowsAndTheUnlockEntryForLockedRows_data()
 {
     QTest::addColumn<QStringList>("selected");
     QTest::addColumn<QStringList>("offered");
@@ -281,7 +281,7 @@ void ActionContextMenuTest::theMenuOffersToLockUnlockedRowsAndToUnlockLockedRows
     QTest::newRow("group") << QStringList{"Games"} << QStringList();
 }
 
-void ActionContextMenuTest::theMenuOffersToLockUnlockedRowsAndToUnlockLockedRows()
+void ActionContextMenuTest::theLockEntryIsForUnlockedRowsAndTheUnlockEntryForLockedRows()
 {
     QFETCH(QStringList, selected);
     QFETCH(QStringList, offered);
@@ -314,8 +314,8 @@ void ActionContextMenuTest::theUnlockEntryAppliesOnlyToTheLockedRowsInTheSelecti
     shown = std::make_unique<ShownTable>(*table);
     shown->select({"shell", "tool", "Games"});
     QSignalSpy chosen(shown->view, SIGNAL(versionLocksChosen(const QList<int>&, bool)));
-    // "Lock" and "Unlock" have the same letter, so this letter does not choose an entry. It moves from one
-    // entry to the other, and Return chooses.
+    // "Lock" and "Unlock" have the same mnemonic. So its key only moves from one entry to the other, and
+    // Return chooses an entry.
     const auto press = [this](int times) {
         withMenu([this] { shown->click("shell", ActionColumn, Qt::RightButton, Qt::ControlModifier); },
                  [times](QMenu& menu) {
@@ -334,7 +334,7 @@ void ActionContextMenuTest::theUnlockEntryAppliesOnlyToTheLockedRowsInTheSelecti
     QCOMPARE(chosen.at(1).at(1), QVariant(false));
 }
 
-void ActionContextMenuTest::theLockEntriesAreDisabledWithTheReasonIfTheUserCannotWriteLocks()
+void ActionContextMenuTest::theLockEntriesAreDisabledAndShowTheReasonIfTheUserCannotWriteLocks()
 {
     table->standIn.setVersionLocks({{"shell", "shell-0:1-1.*"}}, "no <b>right</b>");
     table->collectUsual();

@@ -44,7 +44,7 @@ private Q_SLOTS:
     }
 
     // The value of a cell determines its sort key, and the sort key determines its picture.
-    void everyColumnOfPicturesOrNumbersIsSortedByItsValue()
+    void everyColumnOfPicturesOrNumbersIsSortedByValue()
     {
         for (int column = 0; column < ColumnCount; ++column) {
             const Columns::Row& row = Columns::row(column);

@@ -18,13 +18,13 @@ class DescribeDialogTest : public ShownDescription
 private Q_SLOTS:
     void theDialogIsModalAndHasTheExpectedTitle();
     void theHeaderShowsThePackageName();
-    void longTextsAreWrappedAndScrolled();
-    void aWordThatIsTooLongForTheWindowDoesNotWidenOtherValues();
+    void longTextsAreWrappedAndCanBeScrolled();
+    void aTooLongWordDoesNotWidenOtherValues();
     void linesAreNotWrappedIfTheScreenIsWideEnough();
     void theDescriptionOfAPackageWithManyVersionsFitsTheScreen();
     void theDescriptionShowsThousandsOfDependencies();
-    void homeEndAndPageKeysScrollALongDescription();
-    void homeAndEndScrollTheInnerAndTheOuterAreaToTheirEnds();
+    void navigationKeysScrollALongDescription();
+    void theHomeAndEndKeysScrollTheInnerAndTheOuterAreaToTheirEnds();
     void resizingAnOpenDescriptionDoesNotCallTheScript();
     void theCloseButtonClosesTheDialog();
     void escapeClosesTheDialog();
@@ -62,7 +62,7 @@ void DescribeDialogTest::theHeaderShowsThePackageName()
     });
 }
 
-void DescribeDialogTest::longTextsAreWrappedAndScrolled()
+void DescribeDialogTest::longTextsAreWrappedAndCanBeScrolled()
 {
     const QString text = QStringLiteral("word and word ").repeated(2000).trimmed();
     available({{"description", text}, {"summary", "short"}});
@@ -79,7 +79,7 @@ void DescribeDialogTest::longTextsAreWrappedAndScrolled()
     });
 }
 
-void DescribeDialogTest::aWordThatIsTooLongForTheWindowDoesNotWidenOtherValues()
+void DescribeDialogTest::aTooLongWordDoesNotWidenOtherValues()
 {
     const QString word = QStringLiteral("abcdefghij").repeated(200);
     available({{"description", QStringLiteral("word and word ").repeated(50)},
@@ -157,7 +157,7 @@ void DescribeDialogTest::theDescriptionShowsThousandsOfDependencies()
     });
 }
 
-void DescribeDialogTest::homeEndAndPageKeysScrollALongDescription()
+void DescribeDialogTest::navigationKeysScrollALongDescription()
 {
     QJsonArray names;
     for (int i = 0; i < 500; ++i) {
@@ -178,7 +178,7 @@ void DescribeDialogTest::homeEndAndPageKeysScrollALongDescription()
     });
 }
 
-void DescribeDialogTest::homeAndEndScrollTheInnerAndTheOuterAreaToTheirEnds()
+void DescribeDialogTest::theHomeAndEndKeysScrollTheInnerAndTheOuterAreaToTheirEnds()
 {
     QJsonArray names;
     for (int i = 0; i < 500; ++i) {

@@ -17,7 +17,7 @@ class DescribeRepoDialogTest : public ShownDescription
 private Q_SLOTS:
     void theDetailsShowTheRepositoryOfThePackage();
     void theDetailsButtonShowsAMessageIfTheRepositoryIsNotConfigured();
-    void theDetailsMaskPasswordsAndShowMarkupAsPlainText();
+    void passwordsInTheDetailsAreMaskedAndMarkupIsShownAsPlainText();
     void openingTheDetailsAgainReplacesTheFormerDetails();
     void theBrowseButtonOpensTheUrlOfTheRepositoryInTheBrowser();
     void theBrowseButtonShowsAMessageIfTheRepositoryHasNoUrl();
@@ -91,7 +91,7 @@ void DescribeRepoDialogTest::theDetailsButtonShowsAMessageIfTheRepositoryIsNotCo
     });
 }
 
-void DescribeRepoDialogTest::theDetailsMaskPasswordsAndShowMarkupAsPlainText()
+void DescribeRepoDialogTest::passwordsInTheDetailsAreMaskedAndMarkupIsShownAsPlainText()
 {
     available({{"repoid", "base"}});
     repo("base", markup, "https://me:secret@h/\nhttp://h/vantor?u=me&p=hidden&path=x", "http://a:b1@h/");

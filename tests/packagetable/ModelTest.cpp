@@ -37,19 +37,19 @@ private Q_SLOTS:
     void initTestCase();
     void init();
     void cleanupTestCase();
-    void theModelHasOneRowForEachRecordAndAllColumns();
+    void theModelHasAllColumnsAndOneRowForEachRecord();
     void everyColumnHasATitleAndAToolTip_data();
     void everyColumnHasATitleAndAToolTip();
     void theModelHasNoDataForUnsupportedHeaderRolesAndSections();
     void textCellsShowTheTextsOfTheRecord();
     void iconColumnsShowNoText();
-    void aStarMarksTheVersionIfFurtherVersionsAreInstalled_data();
-    void aStarMarksTheVersionIfFurtherVersionsAreInstalled();
+    void aStarFollowsTheVersionIfSeveralVersionsAreInstalled_data();
+    void aStarFollowsTheVersionIfSeveralVersionsAreInstalled();
     void theActionColumnShowsAnIcon_data();
     void theActionColumnShowsAnIcon();
     void theStateColumnShowsAnIcon();
     void theKindColumnShowsAnIcon();
-    void everyTextColumnHasATextForSomePackage();
+    void everyTextColumnHasATextInAtLeastOneRow();
     void textColumnsHaveNoIcon();
     void theToolTipOfTheActionColumnNamesTheAction();
     void theToolTipOfTheStateColumnNamesTheState();
@@ -64,18 +64,18 @@ private Q_SLOTS:
     void theTextColourDependsOnTheState();
     void theTextColoursDependOnTheBackground();
     void theActionAndStateColumnsHaveNoColour();
-    void qtUserRoleReturnsTheSortKeyOrElseTheRecord();
+    void theUserRoleOfACellContainsTheSortKeyOrElseTheRecord();
     void theCellsHaveNoDataForUnsupportedRoles();
     void theModelHasNoDataForAnIndexOutsideTheTable();
-    void aStarAlsoMarksTheVersionOfAnAvailablePackage();
+    void aStarFollowsTheVersionOfAnAvailablePackageIfTheRecordHasAChain();
     void theModelReturnsTheStateOfARow();
-    void setActionStoresEvenAForbiddenAction();
-    void setActionWithAnIndexOutsideTheTableStoresNothing();
+    void theSetActionFunctionStoresEvenAForbiddenAction();
+    void theSetActionFunctionIgnoresAnIndexOutsideTheTable();
     void togglingAnActionSelectsTheNextPermittedAction_data();
     void togglingAnActionSelectsTheNextPermittedAction();
     void theSetSelectedFunctionMarksRowsForInstallationOrUpdate();
-    void setSelectedDoesNotMarkReplacedOrReplacingPackages();
-    void setSelectedDoesNotChangeTheMarksOfInstalledPackages();
+    void theSetSelectedFunctionDoesNotMarkReplacedOrReplacingPackages();
+    void theSetSelectedFunctionDoesNotChangeTheMarksOfInstalledPackages();
     void clearingTheActionsRemovesAllMarks();
     void aResetOfTheModelNotifiesTheViews();
     void describingAMissingRowOpensNoDialog();
@@ -118,7 +118,7 @@ void ModelTest::cleanupTestCase()
     table.reset();
 }
 
-void ModelTest::theModelHasOneRowForEachRecordAndAllColumns()
+void ModelTest::theModelHasAllColumnsAndOneRowForEachRecord()
 {
     QCOMPARE(model->rowCount(), 11);
     QCOMPARE(model->columnCount(), int(ColumnCount));
@@ -195,7 +195,7 @@ void ModelTest::iconColumnsShowNoText()
     }
 }
 
-void ModelTest::aStarMarksTheVersionIfFurtherVersionsAreInstalled_data()
+void ModelTest::aStarFollowsTheVersionIfSeveralVersionsAreInstalled_data()
 {
     QTest::addColumn<QString>("text");
     QTest::newRow("tool") << "2-1";       // out of date, one installed version
@@ -205,7 +205,7 @@ void ModelTest::aStarMarksTheVersionIfFurtherVersionsAreInstalled_data()
     QTest::newRow("editor") << "3:9-4";   // not installed
 }
 
-void ModelTest::aStarMarksTheVersionIfFurtherVersionsAreInstalled()
+void ModelTest::aStarFollowsTheVersionIfSeveralVersionsAreInstalled()
 {
     QFETCH(QString, text);
     QCOMPARE(data(QTest::currentDataTag(), 4), QVariant(text));
@@ -255,7 +255,7 @@ void ModelTest::theKindColumnShowsAnIcon()
     QCOMPARE(suite, picture("suite.png"));
 }
 
-void ModelTest::everyTextColumnHasATextForSomePackage()
+void ModelTest::everyTextColumnHasATextInAtLeastOneRow()
 {
     for (const int column : textColumns()) {
         int texts = 0;
@@ -452,7 +452,7 @@ void ModelTest::theActionAndStateColumnsHaveNoColour()
     }
 }
 
-void ModelTest::qtUserRoleReturnsTheSortKeyOrElseTheRecord()
+void ModelTest::theUserRoleOfACellContainsTheSortKeyOrElseTheRecord()
 {
     table->entry("editor").action = Package::Install;
     QCOMPARE(data("editor", 0, Qt::UserRole), QVariant(1));
@@ -506,7 +506,7 @@ void ModelTest::theModelHasNoDataForAnIndexOutsideTheTable()
     QCOMPARE(model->data(last), QVariant());
 }
 
-void ModelTest::aStarAlsoMarksTheVersionOfAnAvailablePackage()
+void ModelTest::aStarFollowsTheVersionOfAnAvailablePackageIfTheRecordHasAChain()
 {
     Package::Entry& lib = table->entry("lib");
     QCOMPARE(lib.state, Package::Available);
@@ -521,7 +521,7 @@ void ModelTest::theModelReturnsTheStateOfARow()
     QCOMPARE(model->getState(table->row("shell")), Package::Installed);
 }
 
-void ModelTest::setActionStoresEvenAForbiddenAction()
+void ModelTest::theSetActionFunctionStoresEvenAForbiddenAction()
 {
     QSignalSpy spy(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
     model->setAction(cell("shell", 5), Package::Install);
@@ -529,7 +529,7 @@ void ModelTest::setActionStoresEvenAForbiddenAction()
     QCOMPARE(changed(spy), QStringList{"shell"});
 }
 
-void ModelTest::setActionWithAnIndexOutsideTheTableStoresNothing()
+void ModelTest::theSetActionFunctionIgnoresAnIndexOutsideTheTable()
 {
     const QModelIndex last = model->index(model->rowCount() - 1, 0);
     table->collect({}, {}, {StandIn::package("alone")});
@@ -590,7 +590,7 @@ void ModelTest::theSetSelectedFunctionMarksRowsForInstallationOrUpdate()
     QCOMPARE(changed(spy), (QStringList{"editor", "tool", "Games"}));
 }
 
-void ModelTest::setSelectedDoesNotMarkReplacedOrReplacingPackages()
+void ModelTest::theSetSelectedFunctionDoesNotMarkReplacedOrReplacingPackages()
 {
     using S = StandIn;
     const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
@@ -617,7 +617,7 @@ void ModelTest::setSelectedDoesNotMarkReplacedOrReplacingPackages()
     QCOMPARE(table->entry("newpost").action, Package::Install);
 }
 
-void ModelTest::setSelectedDoesNotChangeTheMarksOfInstalledPackages()
+void ModelTest::theSetSelectedFunctionDoesNotChangeTheMarksOfInstalledPackages()
 {
     table->entry("shell").action = Package::Remove;
     QSignalSpy spy(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
@@ -656,7 +656,7 @@ void ModelTest::aResetOfTheModelNotifiesTheViews()
 void ModelTest::describingAMissingRowOpensNoDialog()
 {
     QWidget window;
-    // For an invalid index, no dialog opens, so these functions return at once.
+    // If the index is invalid, no dialog opens, so these functions return at once.
     model->describe(QModelIndex(), &window);
     model->browse(QModelIndex(), &window);
     QVERIFY(window.findChildren<QDialog*>().isEmpty());

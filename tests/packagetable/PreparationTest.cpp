@@ -34,11 +34,11 @@ private Q_SLOTS:
     void cleanupTestCase() { table.reset(); }
 
     void theComputationRunsOnAWorker();
-    void thePreparedOrderIsTheOrderOfTheTable_data();
-    void thePreparedOrderIsTheOrderOfTheTable();
+    void thePreparedOrderEqualsTheOrderOfTheTable_data();
+    void thePreparedOrderEqualsTheOrderOfTheTable();
     void thePreparedTextOfARowContainsTheVisibleTextsOfItsCells();
     void eachTextColumnHasARowWithItsWidestText();
-    void theWidestTextsAreOnlyFoundOnRequest();
+    void theWidestTextsAreFoundOnlyIfTheCallerRequestsThem();
     void nothingIsPreparedIfTheTableHasNoRecords();
 
 private:
@@ -69,7 +69,7 @@ void PreparationTest::theComputationRunsOnAWorker()
     QVERIFY2(served, "the window served no events in the meantime");
 }
 
-void PreparationTest::thePreparedOrderIsTheOrderOfTheTable_data()
+void PreparationTest::thePreparedOrderEqualsTheOrderOfTheTable_data()
 {
     QTest::addColumn<int>("column");
     QTest::addColumn<Qt::SortOrder>("order");
@@ -79,7 +79,7 @@ void PreparationTest::thePreparedOrderIsTheOrderOfTheTable_data()
     }
 }
 
-void PreparationTest::thePreparedOrderIsTheOrderOfTheTable()
+void PreparationTest::thePreparedOrderEqualsTheOrderOfTheTable()
 {
     QFETCH(int, column);
     QFETCH(Qt::SortOrder, order);
@@ -126,7 +126,7 @@ void PreparationTest::eachTextColumnHasARowWithItsWidestText()
     }
 }
 
-void PreparationTest::theWidestTextsAreOnlyFoundOnRequest()
+void PreparationTest::theWidestTextsAreFoundOnlyIfTheCallerRequestsThem()
 {
     Preparation preparation(table->yumIO, NameColumn, Qt::AscendingOrder, QApplication::font());
     preparation.run(false);

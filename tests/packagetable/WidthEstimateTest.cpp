@@ -37,13 +37,13 @@ class WidthEstimateTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void theFoundRowsIncludeTheRowWithTheWidestText();
-    void equalTextsAreFoundOnlyOnce();
-    void allTextsWithLettersBeyondAsciiAreFound();
+    void theEstimateFindsTheRowWithTheWidestText();
+    void theEstimateFindsOnlyOneOfSeveralEqualTexts();
+    void theEstimateFindsAllTextsWithLettersBeyondAscii();
     void anEmptyTextHasNoWidth();
 };
 
-void WidthEstimateTest::theFoundRowsIncludeTheRowWithTheWidestText()
+void WidthEstimateTest::theEstimateFindsTheRowWithTheWidestText()
 {
     QRandomGenerator random(7); // always the same texts
     for (int round = 0; round < 50; ++round) {
@@ -65,14 +65,14 @@ void WidthEstimateTest::theFoundRowsIncludeTheRowWithTheWidestText()
     }
 }
 
-void WidthEstimateTest::equalTextsAreFoundOnlyOnce()
+void WidthEstimateTest::theEstimateFindsOnlyOneOfSeveralEqualTexts()
 {
     QCOMPARE(widestOf({"kernel", "i", "kernel", "kernel"}), std::vector<int>{0});
     const QString arabic = QString::fromUtf8("\u0643\u062a\u0627\u0628");
     QCOMPARE(widestOf({arabic, arabic}), std::vector<int>{0});
 }
 
-void WidthEstimateTest::allTextsWithLettersBeyondAsciiAreFound()
+void WidthEstimateTest::theEstimateFindsAllTextsWithLettersBeyondAscii()
 {
     const QString arabic = QString::fromUtf8("\u0643\u062a");
     const QString umlaut = QString::fromUtf8("\u00fc");

@@ -86,7 +86,7 @@ private Q_SLOTS:
         QVERIFY(!Py_IsInitialized());
     }
 
-    void initializeLeavesTheInterpreterLockHeld()
+    void theInterpreterLockIsHeldAfterACallOfInitialize()
     {
         RecordingPython python;
         QVERIFY(python.initialize());
@@ -127,7 +127,7 @@ private Q_SLOTS:
         QCOMPARE(python.text("broken"), QStringLiteral("True"));
     }
 
-    void initializeDoesNotChangeARunningInterpreter()
+    void theInitializeFunctionDoesNotChangeARunningInterpreter()
     {
         RecordingPython python;
         QVERIFY(python.initialize());
@@ -205,7 +205,7 @@ private Q_SLOTS:
         QCOMPARE(python.text("missing"), QStringLiteral("True"));
     }
 
-    void thePackageManagersModulesCanBeImported()
+    void theModulesOfThePackageManagerCanBeImported()
     {
         const QStringList lines = report(plainEnvironment());
         QVERIFY(lines.size() > 4);

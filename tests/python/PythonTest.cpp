@@ -88,8 +88,8 @@ private Q_SLOTS:
 
     void cleanup()
     {
-        // The test must leave no pending exception, no unread message, and no open ExceptScope. In an open
-        // scope, the last call would not report its exception.
+        // The test must leave no pending exception, no unread message, and no open ExceptScope. If a scope
+        // were open, the last call below would not report its exception.
         QVERIFY(PyErr_Occurred() == nullptr);
         QCOMPARE(python->takeErrors(), QStringList());
         QCOMPARE(python->warnings, QStringList());
@@ -149,7 +149,7 @@ private Q_SLOTS:
         QCOMPARE(PyLong_AsLong(value.get()), 42L);
     }
 
-    void aFormattedTextOfTheLargestSizeRunsCompletely()
+    void aStatementOfTheLargestSizeRunsCompletely()
     {
         const QByteArray comment(10239 - 7, '#');
         QCOMPARE(python->pyf("x = 99 %s", comment.constData()), 0);
@@ -158,7 +158,7 @@ private Q_SLOTS:
         QCOMPARE(PyLong_AsLong(value.get()), 100L);
     }
 
-    void aFormattedTextThatIsTooLongIsReportedAndNotRun()
+    void aTooLongStatementIsReportedAndNotRun()
     {
         const QByteArray comment(10239 - 6, '#');
         QCOMPARE(python->py("x = 1"), 0);
@@ -217,7 +217,7 @@ private Q_SLOTS:
                                     << "Internal error: pyLookup nonesuch: nonesuch not found\n";
         QTest::newRow("key") << QByteArray("table.inner.nonesuch")
                              << "Internal error: pyLookup nonesuch: nonesuch not found\n";
-        QTest::newRow("attribute of another object")
+        QTest::newRow("attribute of an ordinary object")
             << QByteArray("thing.number") << "Internal error: pyLookup number: number not found\n";
         QTest::newRow("empty") << QByteArray("") << "Internal error: pyLookup :  not found\n";
         QTest::newRow("empty piece") << QByteArray("sys..path")
@@ -348,7 +348,7 @@ private Q_SLOTS:
                               "Internal error: cannot assign __main__.vyre_nothing\n"}));
     }
 
-    void theVersionIsThatOfTheRunningInterpreter()
+    void pyVersionReturnsTheVersionOfTheRunningInterpreter()
     {
         QCOMPARE(python->pyVersion(), long(PY_VERSION_HEX));
         QCOMPARE(QString::number(python->pyVersion()), python->text("sys.hexversion"));
@@ -379,7 +379,7 @@ private Q_SLOTS:
         QCOMPARE(Py_REFCNT(callable.get()), beforeCallable);
     }
 
-    void aFunctionThatDeletesItsOwnNameStillReturnsItsValue()
+    void aFunctionReturnsItsValueEvenIfItDeletesItsOwnName()
     {
         QCOMPARE(python->py("def suicidal():\n    global suicidal\n    del suicidal\n    return 'alive'"), 0);
         const PyRef result(python->pyCall("suicidal", "()"));
@@ -433,7 +433,7 @@ private Q_SLOTS:
         PyErr_Clear();
     }
 
-    void aMethodThatIsNotCallableIsReported()
+    void anErrorIsReportedIfAMethodIsNotCallable()
     {
         const PyRef thing(python->pyr("thing"));
         QVERIFY(python->pyMethodCall(thing.get(), "number", "()") == nullptr);
@@ -545,7 +545,7 @@ private Q_SLOTS:
         QVERIFY(python->pyExceptMatches(nullptr, PyExc_KeyError));
     }
 
-    void anExceptScopeCanGetItsExceptionTypesAfterItsConstruction()
+    void theExceptionTypesOfAnExceptScopeCanBeSetAfterItsConstruction()
     {
         Python::ExceptScope scope(*python);
         scope.expect(PyExc_KeyError);
@@ -562,7 +562,7 @@ private Q_SLOTS:
         QCOMPARE(python->takeErrors(), QStringList(walkbackText()));
     }
 
-    void anExceptionTypeThatIsNullIsReportedAndMatchesNoException()
+    void aNullExceptionTypeIsReportedAndMatchesNoException()
     {
         Python::ExceptScope scope(*python, {nullptr, PyExc_KeyError});
         QCOMPARE(python->takeErrors(), QStringList("Internal error: pyExceptExpect called with NULL\n"));
@@ -573,7 +573,7 @@ private Q_SLOTS:
         QVERIFY(!python->pyExceptMatches(nullptr, nullptr));
     }
 
-    void handlingAnExceptionReportsAnErrorIfNoneIsPending()
+    void theHandleExceptionFunctionReportsAnErrorIfNoExceptionIsPending()
     {
         python->handleException();
         QCOMPARE(

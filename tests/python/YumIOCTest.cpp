@@ -12,7 +12,7 @@
 
 namespace {
 
-// Records each call: the function's name, and the arguments, which it parses in the same way as the back end.
+// Records the function and the arguments of each call. Parses the arguments in the same way as the back end.
 class RecordingTarget : public YumIOCTarget
 {
 public:
@@ -335,7 +335,7 @@ private Q_SLOTS:
         QCOMPARE(target->calls, QStringList("stdoutWrite still there"));
     }
 
-    void yumIOCCallsTheSecondBackEndAfterASecondInitialize()
+    void yumIOCCallsTheSecondBackEndAfterASecondCallOfInitialize()
     {
         RecordingTarget other;
         QCOMPARE(YumIOC::initialize(&other), 0);
@@ -346,7 +346,7 @@ private Q_SLOTS:
         QCOMPARE(other.calls.size(), 2);
     }
 
-    void callsRaiseAnExceptionIfTheBackEndHasEnded()
+    void aCallRaisesAnExceptionIfTheBackEndHasEnded()
     {
         target.reset();
         QCOMPARE(raised("yumIOC.rpmtransDel()"),

@@ -61,8 +61,8 @@ private:
     rlimit saved;
 };
 
-// As long as an object of this class exists, it collects the text that this process and its children write to
-// standard error.
+// Until an object of this class is destroyed, it collects the text that this process and its children write
+// to standard error.
 class StandardError
 {
 public:
@@ -120,7 +120,7 @@ private Q_SLOTS:
     void cleanup();
 
     void theStartedProgramGetsItsArguments();
-    void executeReturnsWithoutWaitingForTheProgram();
+    void theExecuteFunctionDoesNotWaitForTheProgram();
     void theStartedProgramIsNoChildOfThisProcess();
     void theStartedProgramHasASessionOfItsOwn();
     void theStartedProgramInheritsOnlyTheStandardDescriptors_data();
@@ -182,7 +182,7 @@ void ExecuteTest::theStartedProgramGetsItsArguments()
     QCOMPARE(read("whole"), QByteArray("one\ntwo words\n\n$three; 'four'\n"));
 }
 
-void ExecuteTest::executeReturnsWithoutWaitingForTheProgram()
+void ExecuteTest::theExecuteFunctionDoesNotWaitForTheProgram()
 {
     // The program waits for "gate", which this test opens only after execute() has returned.
     QCOMPARE(mkfifo(QFile::encodeName(path("gate")).constData(), 0600), 0);
@@ -287,7 +287,8 @@ void ExecuteTest::startedProgramsWriteToTheSavedStandardStreams()
     QCOMPARE(status, 0);
     read("whole");
     QTRY_VERIFY(read("kept").contains("execv("));
-    // The script and the missing program write at the same time, so the order of their texts is unknown.
+    // The shell script and the error about the missing program are written at the same time, so their order
+    // is unknown.
     QVERIFY(read("kept").contains("out\n") && read("kept").contains("err\n"));
     QCOMPARE(read("later"), QByteArray());
 }

@@ -275,7 +275,7 @@ void PasswdEditTest::typedTextReplacesASelectedPartOfThePassword()
     compareReal(QStringLiteral("abt"));
 }
 
-void PasswdEditTest::backspaceAndDeleteChangeThePassword()
+void PasswdEditTest::theBackspaceAndDeleteKeysChangeThePassword()
 {
     goTo(passwordBegin + 2);
     press(Qt::Key_Backspace);
@@ -287,7 +287,7 @@ void PasswdEditTest::backspaceAndDeleteChangeThePassword()
     compareReal(QString());
 }
 
-void PasswdEditTest::controlDeleteDeletesAWordAsInTheShownText()
+void PasswdEditTest::controlDeleteRemovesOneWordOfTheMaskedText()
 {
     setRealText(textWith(QStringLiteral("ab-cd+ef")));
     goTo(passwordBegin);
@@ -327,7 +327,7 @@ void PasswdEditTest::theCursorGoesThroughThePasswordCharacterByCharacter()
     QCOMPARE(changes->size(), 0);
 }
 
-void PasswdEditTest::aFunctionKeyKeepsTheSelection()
+void PasswdEditTest::pressingAFunctionKeyKeepsTheSelection()
 {
     goTo(passwordBegin + 4);
     press(Qt::Key_Left, Qt::ShiftModifier, 3);
@@ -570,7 +570,7 @@ void PasswdEditTest::copiedPasswordsAreMaskedOnTheClipboard()
     QCOMPARE(textOf(other.get()), maskedText());
 }
 
-void PasswdEditTest::cuttingAndPastingInTheSameEditKeepsThePassword()
+void PasswdEditTest::cuttingAndPastingWithinOneEditKeepsThePassword()
 {
     press(QKeySequence::SelectAll);
     press(QKeySequence::Cut);
@@ -585,7 +585,7 @@ void PasswdEditTest::selectedPasswordsAreMaskedInThePrimarySelection()
     QVERIFY(QGuiApplication::clipboard()->supportsSelection());
     drag(0, text().size());
     QCOMPARE(QGuiApplication::clipboard()->text(QClipboard::Selection), maskedText());
-    // Keyboard selections are masked too.
+    // Text that is selected with the keyboard is masked too.
     QGuiApplication::clipboard()->clear(QClipboard::Selection);
     press(Qt::Key_Home, wholeText() | Qt::ShiftModifier);
     press(Qt::Key_F5);
@@ -606,7 +606,7 @@ void PasswdEditTest::theMiddleButtonPastesTheSelection()
 
 // --- Input methods.
 
-void PasswdEditTest::textComposedWithAnInputMethodIsInsertedIntoThePassword()
+void PasswdEditTest::textFromAnInputMethodIsInsertedIntoThePassword()
 {
     goTo(passwordBegin + 3);
     commit(QString::fromUtf8("\xc3\xa4\xe6\xbc\xa2"));
@@ -614,7 +614,7 @@ void PasswdEditTest::textComposedWithAnInputMethodIsInsertedIntoThePassword()
     QCOMPARE(position(), passwordBegin + 5);
 }
 
-void PasswdEditTest::textComposedWithAnInputMethodReplacesTheSelectedText()
+void PasswdEditTest::textFromAnInputMethodReplacesTheSelectedText()
 {
     goTo(passwordBegin + 1);
     press(Qt::Key_Right, Qt::ShiftModifier, 4);
@@ -693,7 +693,7 @@ void PasswdEditTest::settingTheTextOfTheShownEditAlsoSetsTheRealText()
     QCOMPARE(shownText(), QString());
 }
 
-void PasswdEditTest::oneEscapeKeyPressClosesTheWindowOnce()
+void PasswdEditTest::oneEscapeKeyPressFinishesTheDialogOnlyOnce()
 {
     QSignalSpy finished(window.get(), SIGNAL(finished(int)));
     press(Qt::Key_Escape);

@@ -15,7 +15,7 @@ private Q_SLOTS:
     void theFieldShowsDotsInsteadOfTheTypedText();
     void lineBreaksInPastedTextAreDropped();
     void aLongPasswordIsStoredCompletely();
-    void copyAndCutKeysDoNotChangeTheClipboard();
+    void theCopyAndCutKeysDoNotChangeTheClipboard();
     void assistiveProgramsDoNotGetThePassword();
 };
 
@@ -42,7 +42,7 @@ void PasswdFieldTest::aLongPasswordIsStoredCompletely()
     QCOMPARE(field.text().size(), 40000);
 }
 
-void PasswdFieldTest::copyAndCutKeysDoNotChangeTheClipboard()
+void PasswdFieldTest::theCopyAndCutKeysDoNotChangeTheClipboard()
 {
     PasswdField field;
     field.show();

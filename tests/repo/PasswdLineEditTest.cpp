@@ -15,8 +15,8 @@ private Q_SLOTS:
     void deletingToTheEndOfTheLinePutsTheMaskedRestOnTheClipboard();
     void deletingTheWholeLinePutsTheMaskedTextOnTheClipboard();
     void lineBreaksInInsertedTextAreDropped();
-    void textComposedWithinThePasswordIsMasked();
-    void textComposedOutsideThePasswordIsVisible();
+    void unfinishedInputMethodTextWithinThePasswordIsMasked();
+    void unfinishedInputMethodTextOutsideThePasswordIsVisible();
     void theReturnKeyPressesTheDefaultButtonOfTheWindow();
 
 protected:
@@ -134,7 +134,7 @@ void PasswdLineEditTest::lineBreaksInInsertedTextAreDropped()
     QCOMPARE(shownText(), QStringLiteral("one two"));
 }
 
-void PasswdLineEditTest::textComposedWithinThePasswordIsMasked()
+void PasswdLineEditTest::unfinishedInputMethodTextWithinThePasswordIsMasked()
 {
     goTo(passwordBegin + 3);
     compose(QStringLiteral("kan"));
@@ -148,7 +148,7 @@ void PasswdLineEditTest::textComposedWithinThePasswordIsMasked()
     compareReal(QStringLiteral("sec-ret"));
 }
 
-void PasswdLineEditTest::textComposedOutsideThePasswordIsVisible()
+void PasswdLineEditTest::unfinishedInputMethodTextOutsideThePasswordIsVisible()
 {
     goTo(3);
     compose(QStringLiteral("kan"));

@@ -17,16 +17,16 @@ class PasswdTextEditTest : public PasswdEditTest
 
 private Q_SLOTS:
     void everyPasswordIsMasked();
-    void lineFeedsBlanksAndNoBreakSpacesAreStoredUnchanged();
+    void allKindsOfWhiteSpaceAreStoredUnchanged();
     void theSizeHintHasSpaceForTheRequestedColumnsAndRows();
     void typedTextIsInsertedIntoTheSecondPassword();
-    void returnSplitsALineAndBackspaceJoinsTwoLines();
+    void theReturnKeySplitsALineAndTheBackspaceKeyJoinsTwoLines();
     void aSelectionMayContainSeveralLines();
     void arrowKeysMoveTheCursorFromLineToLine();
     void aSelectionCannotBeDraggedAway();
     void typingDoesNotScrollTheView();
     void richTextIsPastedAsPlainText();
-    void textComposedWithinThePasswordIsMasked();
+    void unfinishedInputMethodTextWithinThePasswordIsMasked();
     void tabMovesTheFocusOnlyIfTabChangesFocusIsTrue();
 
 protected:
@@ -111,7 +111,7 @@ void PasswdTextEditTest::everyPasswordIsMasked()
     QVERIFY(shownText().endsWith(QString::fromUtf8("http://c/vantor?u=bob&p=●●●●&path=y")));
 }
 
-void PasswdTextEditTest::lineFeedsBlanksAndNoBreakSpacesAreStoredUnchanged()
+void PasswdTextEditTest::allKindsOfWhiteSpaceAreStoredUnchanged()
 {
     for (const QString& each : {QString(), QStringLiteral("\n"), QStringLiteral(" a\n\nb\n"),
                                 QString::fromLatin1("caf\xc3\xa0 \xa0")}) {
@@ -138,7 +138,7 @@ void PasswdTextEditTest::typedTextIsInsertedIntoTheSecondPassword()
     QVERIFY(shownText().endsWith(QString::fromUtf8("http://c/vantor?u=bob&p=●●●●●&path=y")));
 }
 
-void PasswdTextEditTest::returnSplitsALineAndBackspaceJoinsTwoLines()
+void PasswdTextEditTest::theReturnKeySplitsALineAndTheBackspaceKeyJoinsTwoLines()
 {
     goTo(passwordBegin + 3);
     press(Qt::Key_Return);
@@ -213,7 +213,7 @@ void PasswdTextEditTest::richTextIsPastedAsPlainText()
     QCOMPARE(textEdit()->textCursor().charFormat().fontWeight(), int(QFont::Normal));
 }
 
-void PasswdTextEditTest::textComposedWithinThePasswordIsMasked()
+void PasswdTextEditTest::unfinishedInputMethodTextWithinThePasswordIsMasked()
 {
     const auto composed = [this](const QString& preedit) {
         compose(preedit);

@@ -46,16 +46,16 @@ private Q_SLOTS:
 
     void theUserIsAskedOnlyAboutCredentialUrlsWithEmptyCredentials();
     void theUserIsNotAskedAboutDisabledRepositories();
-    void credentialsThatTheUserEntersAreWrittenToTheFile();
+    void typedCredentialsAreWrittenToTheFile();
     void theUserIsAskedForCredentialsThatOnlyTheMirrorListLacks();
     void nothingIsWrittenIfTheUserClicksOkWithoutTypedCredentials();
     void aTypedNameIsWrittenEvenIfThePasswordIsEmpty();
-    void applyToAllChangesAllEnabledRepositoriesAndEndsTheQuestions();
-    void applyToAllKeepsTheParameterNamesInEachUrl();
-    void applyToTheHostSetsTheCredentialsOfAllRepositoriesOnTheHost();
-    void applyToTheHostAlsoSetsCredentialsInMirrorListsOnTheHost();
-    void skipAllInTheFirstQuestionWritesNothing();
-    void skipAllInALaterQuestionWritesTheEarlierAnswers();
+    void theApplyToAllButtonChangesEveryEnabledRepositoryAndEndsTheQuestions();
+    void theApplyToAllButtonKeepsTheParameterNamesInEachUrl();
+    void theHostButtonSetsTheCredentialsOfAllRepositoriesOnTheHost();
+    void theHostButtonAlsoSetsTheCredentialsOfMirrorListsOnTheHost();
+    void theSkipAllButtonInTheFirstQuestionWritesNothing();
+    void theSkipAllButtonInALaterQuestionWritesTheEarlierAnswers();
     void theDisableForSessionButtonDisablesTheRepositoryInTheSession();
     void theQuitButtonEndsTheQuestionsAndSetsTheQuitFlag();
     void theQuitButtonWritesTheAnswersToEarlierQuestions();
@@ -78,7 +78,8 @@ private:
         QTimer timer;
         bool answering = false;
         connect(&timer, &QTimer::timeout, &timer, [this, &asked, &answers, &answering] {
-            // The simulated typing processes events, so the timer can call this function while it types.
+            // The simulated typing processes events, so the timer can call this function again before the
+            // typing has ended.
             if (answering) {
                 return;
             }
@@ -223,7 +224,7 @@ void RepoAuthCheckerTest::theUserIsNotAskedAboutDisabledRepositories()
     QCOMPARE(check({{"", "", "OK"}}), QStringList{QStringLiteral("on")});
 }
 
-void RepoAuthCheckerTest::credentialsThatTheUserEntersAreWrittenToTheFile()
+void RepoAuthCheckerTest::typedCredentialsAreWrittenToTheFile()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://k/vantor?n=&w=&path=y"));
     QCOMPARE(check({{"a b&c", "s%t", "OK"}, {"eve", "pw", "OK"}}),
@@ -261,7 +262,7 @@ void RepoAuthCheckerTest::aTypedNameIsWrittenEvenIfThePasswordIsEmpty()
     QVERIFY(get("a.repo").contains("u=bob&p=&"));
 }
 
-void RepoAuthCheckerTest::applyToAllChangesAllEnabledRepositoriesAndEndsTheQuestions()
+void RepoAuthCheckerTest::theApplyToAllButtonChangesEveryEnabledRepositoryAndEndsTheQuestions()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://h/x") +
                       section("c", "http://k" + emptyAuth) +
@@ -275,7 +276,7 @@ void RepoAuthCheckerTest::applyToAllChangesAllEnabledRepositoriesAndEndsTheQuest
     QVERIFY(get("a.repo").contains("http://l/vantor?u=&p=&path=/x"));
 }
 
-void RepoAuthCheckerTest::applyToAllKeepsTheParameterNamesInEachUrl()
+void RepoAuthCheckerTest::theApplyToAllButtonKeepsTheParameterNamesInEachUrl()
 {
     put("a.repo",
         section("a", "http://h" + emptyAuth) +
@@ -285,7 +286,7 @@ void RepoAuthCheckerTest::applyToAllKeepsTheParameterNamesInEachUrl()
     QVERIFY(get("a.repo").contains("mirrorlist=http://k/vantor?o=bob&q=pw&path=/x\n"));
 }
 
-void RepoAuthCheckerTest::applyToTheHostSetsTheCredentialsOfAllRepositoriesOnTheHost()
+void RepoAuthCheckerTest::theHostButtonSetsTheCredentialsOfAllRepositoriesOnTheHost()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "https://h/sub" + emptyAuth) +
                       section("c", "http://k" + emptyAuth) + section("d", "http://h" + emptyAuth));
@@ -297,7 +298,7 @@ void RepoAuthCheckerTest::applyToTheHostSetsTheCredentialsOfAllRepositoriesOnThe
                                        "[d]\nbaseurl=http://h/vantor?u=bob&p=pw&path=/x\n"));
 }
 
-void RepoAuthCheckerTest::applyToTheHostAlsoSetsCredentialsInMirrorListsOnTheHost()
+void RepoAuthCheckerTest::theHostButtonAlsoSetsTheCredentialsOfMirrorListsOnTheHost()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + "[b]\nmirrorlist=http://h" + emptyAuth + "\n[c]\n" +
                       "mirrorlist=http://k" + emptyAuth + '\n');
@@ -306,7 +307,7 @@ void RepoAuthCheckerTest::applyToTheHostAlsoSetsCredentialsInMirrorListsOnTheHos
     QVERIFY(get("a.repo").contains("mirrorlist=http://h/vantor?u=bob&p=pw&path=/x"));
 }
 
-void RepoAuthCheckerTest::skipAllInTheFirstQuestionWritesNothing()
+void RepoAuthCheckerTest::theSkipAllButtonInTheFirstQuestionWritesNothing()
 {
     const QByteArray before =
         "# a comment\n" + section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth);
@@ -317,7 +318,7 @@ void RepoAuthCheckerTest::skipAllInTheFirstQuestionWritesNothing()
     QCOMPARE(get("a.repo"), before);
 }
 
-void RepoAuthCheckerTest::skipAllInALaterQuestionWritesTheEarlierAnswers()
+void RepoAuthCheckerTest::theSkipAllButtonInALaterQuestionWritesTheEarlierAnswers()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth) +
                       section("c", "http://l" + emptyAuth));
@@ -371,8 +372,8 @@ void RepoAuthCheckerTest::nothingIsShownOrWrittenIfNoUrlNeedsCredentials()
 
 void RepoAuthCheckerTest::nothingIsAskedOrWrittenIfTheFilesCannotBeRead()
 {
-    // The order in which the checker reads the files is unknown. With the same error in both files, the
-    // result does not depend on this order.
+    // The order in which the checker reads the files is unknown. Both files contain the same error, so that
+    // the result does not depend on this order.
     const QByteArray first =
         section("a", "http://h" + emptyAuth) + section("b", "http://h" + emptyAuth) + "[x\n";
     put("a.repo", first);

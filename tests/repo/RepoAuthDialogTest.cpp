@@ -35,7 +35,7 @@ private Q_SLOTS:
     void noVisibleTextOrToolTipContainsThePassword();
     void eachButtonReturnsItsCode_data();
     void eachButtonReturnsItsCode();
-    void inputInTheFirstMomentAfterTheDialogOpensIsIgnored();
+    void theDialogIgnoresInputInTheFirstMomentAfterItHasOpened();
     void okIsTheDefaultButton();
     void okIsAlsoTheDefaultButtonInEveryFurtherQuestion();
     void closingTheDialogHasTheSameEffectAsSkipAll_data();
@@ -292,7 +292,7 @@ void RepoAuthDialogTest::eachButtonReturnsItsCode()
     }
 }
 
-void RepoAuthDialogTest::inputInTheFirstMomentAfterTheDialogOpensIsIgnored()
+void RepoAuthDialogTest::theDialogIgnoresInputInTheFirstMomentAfterItHasOpened()
 {
     for (int repository = 0; repository < 2;
          ++repository) { // the dialog stays open between the two questions

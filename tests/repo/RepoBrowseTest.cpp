@@ -22,15 +22,15 @@ private Q_SLOTS:
     void init();
     void cleanupTestCase();
 
-    void browseOpensTheFirstUrlOrElseTheMirrorList_data();
-    void browseOpensTheFirstUrlOrElseTheMirrorList();
-    void browseReplacesTheVariablesInAUrl_data();
-    void browseReplacesTheVariablesInAUrl();
-    void browseUsesTheResultOfTheScriptIfTheScriptExpandsVariables();
+    void theBrowserOpensTheFirstUrlOrElseTheMirrorList_data();
+    void theBrowserOpensTheFirstUrlOrElseTheMirrorList();
+    void variablesInTheUrlForTheBrowserAreReplaced_data();
+    void variablesInTheUrlForTheBrowserAreReplaced();
+    void theScriptReplacesTheVariablesInTheUrlIfItDefinesExpandVariables();
     void theBrowserDoesNotGetCredentials_data();
     void theBrowserDoesNotGetCredentials();
-    void browseShowsAnErrorIfTheRepositoryHasNoUrl_data();
-    void browseShowsAnErrorIfTheRepositoryHasNoUrl();
+    void anErrorIsShownIfTheRepositoryHasNoUrl_data();
+    void anErrorIsShownIfTheRepositoryHasNoUrl();
     void theBrowserOpensTheRepositoryWithTheGivenIdentifier();
     void aMessageIsShownIfTheIdentifierToBrowseIsUnknown();
     void noMessageBoxOpensIfTheBrowserIsMissing();
@@ -74,7 +74,7 @@ void RepoBrowseTest::cleanupTestCase()
     backEnd.reset();
 }
 
-void RepoBrowseTest::browseOpensTheFirstUrlOrElseTheMirrorList_data()
+void RepoBrowseTest::theBrowserOpensTheFirstUrlOrElseTheMirrorList_data()
 {
     QTest::addColumn<QString>("baseurl");
     QTest::addColumn<QString>("mirrorlist");
@@ -98,7 +98,7 @@ void RepoBrowseTest::browseOpensTheFirstUrlOrElseTheMirrorList_data()
                                   << QString::fromUtf8("http://h/\xc3\xa4");
 }
 
-void RepoBrowseTest::browseOpensTheFirstUrlOrElseTheMirrorList()
+void RepoBrowseTest::theBrowserOpensTheFirstUrlOrElseTheMirrorList()
 {
     QFETCH(QString, baseurl);
     QFETCH(QString, mirrorlist);
@@ -110,7 +110,7 @@ void RepoBrowseTest::browseOpensTheFirstUrlOrElseTheMirrorList()
     QCOMPARE(BackEnd::browsed(), QStringList{opened});
 }
 
-void RepoBrowseTest::browseReplacesTheVariablesInAUrl_data()
+void RepoBrowseTest::variablesInTheUrlForTheBrowserAreReplaced_data()
 {
     QTest::addColumn<QString>("url");
     QTest::addColumn<QString>("opened");
@@ -126,7 +126,7 @@ void RepoBrowseTest::browseReplacesTheVariablesInAUrl_data()
                                       << "http://h/$uuid";
 }
 
-void RepoBrowseTest::browseReplacesTheVariablesInAUrl()
+void RepoBrowseTest::variablesInTheUrlForTheBrowserAreReplaced()
 {
     QFETCH(QString, url);
     QFETCH(QString, opened);
@@ -138,7 +138,7 @@ void RepoBrowseTest::browseReplacesTheVariablesInAUrl()
 
 // If the script has expandVariables(), the script expands the variables, because dnf may know more variables
 // than VYRE.
-void RepoBrowseTest::browseUsesTheResultOfTheScriptIfTheScriptExpandsVariables()
+void RepoBrowseTest::theScriptReplacesTheVariablesInTheUrlIfItDefinesExpandVariables()
 {
     Repo::Entry entry;
     entry.baseurl = QStringLiteral("http://$user:$password@h/$releasever_major");
@@ -178,14 +178,14 @@ void RepoBrowseTest::theBrowserDoesNotGetCredentials()
     QCOMPARE(BackEnd::browsed(), QStringList{opened});
 }
 
-void RepoBrowseTest::browseShowsAnErrorIfTheRepositoryHasNoUrl_data()
+void RepoBrowseTest::anErrorIsShownIfTheRepositoryHasNoUrl_data()
 {
     QTest::addColumn<QString>("baseurl");
     QTest::newRow("neither URL nor mirror list") << "";
     QTest::newRow("white space alone") << " \n";
 }
 
-void RepoBrowseTest::browseShowsAnErrorIfTheRepositoryHasNoUrl()
+void RepoBrowseTest::anErrorIsShownIfTheRepositoryHasNoUrl()
 {
     QFETCH(QString, baseurl);
     Repo::Entry entry;

@@ -28,14 +28,14 @@ private Q_SLOTS:
     void theIdentifierHasTheFocusWheneverTheFormOpens();
     void tabGoesThroughTheFieldsInOrder();
     void theBoxesShowTheDefaultsOfTheMainSection();
-    void okReturnsRejectedIfNothingHasChanged();
+    void okClosesTheFormAsRejectedIfNothingHasChanged();
     void okStoresTheEditedEntryAndTheSessionState_data();
     void okStoresTheEditedEntryAndTheSessionState();
     void aNewIdentifierDoesNotChangeTheSessionStateOfTheOldIdentifier();
     void anUnspecifiedValueStaysUnspecifiedIfItsBoxIsNotChanged();
     void okIsEnabledIfTheStatusIsOnlyAWarning();
     void okIsDisabledIfTheRepositoryCannotBeWritten();
-    void cancelStoresNothing();
+    void theCancelButtonStoresNothing();
     void closingAnUnchangedFormAsksNoQuestion_data();
     void closingAnUnchangedFormAsksNoQuestion();
     void closingAChangedFormAsksWhetherToDiscardTheChanges_data();
@@ -197,7 +197,7 @@ void RepoEditorConfigDialogTest::theBoxesShowTheDefaultsOfTheMainSection()
     });
 }
 
-void RepoEditorConfigDialogTest::okReturnsRejectedIfNothingHasChanged()
+void RepoEditorConfigDialogTest::okClosesTheFormAsRejectedIfNothingHasChanged()
 {
     QCOMPARE(run([this] { click("OK"); }), int(QDialog::Rejected));
     QCOMPARE(session, (QHash<QString, bool>()));
@@ -312,7 +312,7 @@ void RepoEditorConfigDialogTest::okIsDisabledIfTheRepositoryCannotBeWritten()
     QCOMPARE(session, (QHash<QString, bool>{{QStringLiteral("new"), true}}));
 }
 
-void RepoEditorConfigDialogTest::cancelStoresNothing()
+void RepoEditorConfigDialogTest::theCancelButtonStoresNothing()
 {
     QCOMPARE(run([this] {
                  Form::type(form->id, QStringLiteral("other"));

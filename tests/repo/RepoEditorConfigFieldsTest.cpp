@@ -18,13 +18,13 @@ private Q_SLOTS:
     void theDefaultItemOfEachBoxShowsTheDefaultValue_data();
     void theDefaultItemOfEachBoxShowsTheDefaultValue();
     void theArrowKeysChangeTheSortPositionInWholeSteps();
-    void setEntryFillsTheFields();
-    void setEntryEmitsNoSignal();
-    void toEntryReturnsTheValuesOfSetEntryUnchanged_data();
-    void toEntryReturnsTheValuesOfSetEntryUnchanged();
+    void theSetEntryFunctionFillsTheFields();
+    void theSetEntryFunctionEmitsNoSignal();
+    void theFormReturnsTheValuesOfAnEntryUnchanged_data();
+    void theFormReturnsTheValuesOfAnEntryUnchanged();
     void everyTypedChangeIsSignalledAndReturned();
     void optionsAreStoredExactlyAsTheUserTypesThem();
-    void toEntryReturnsTheExactOriginalValueOfAnUnchangedField();
+    void theFormReturnsTheExactOriginalValueOfAnUnchangedField();
     void aPastedIdentifierBecomesOneLine();
     void theFormCanBeFilledAgainAfterItWasCleared();
 };
@@ -113,7 +113,7 @@ void RepoEditorConfigFieldsTest::theArrowKeysChangeTheSortPositionInWholeSteps()
     QCOMPARE(config->toEntry().position, 1.5);
 }
 
-void RepoEditorConfigFieldsTest::setEntryFillsTheFields()
+void RepoEditorConfigFieldsTest::theSetEntryFunctionFillsTheFields()
 {
     config->setEntry(usual());
     QCOMPARE(form->id->text(), usual().id);
@@ -131,7 +131,7 @@ void RepoEditorConfigFieldsTest::setEntryFillsTheFields()
     }
 }
 
-void RepoEditorConfigFieldsTest::setEntryEmitsNoSignal()
+void RepoEditorConfigFieldsTest::theSetEntryFunctionEmitsNoSignal()
 {
     config->setEntry(vantor());
     config->setEntry(usual());
@@ -139,7 +139,7 @@ void RepoEditorConfigFieldsTest::setEntryEmitsNoSignal()
     QCOMPARE(changes->size(), 0);
 }
 
-void RepoEditorConfigFieldsTest::toEntryReturnsTheValuesOfSetEntryUnchanged_data()
+void RepoEditorConfigFieldsTest::theFormReturnsTheValuesOfAnEntryUnchanged_data()
 {
     QTest::addColumn<QString>("options");
     QTest::addColumn<QString>("url");
@@ -157,7 +157,7 @@ void RepoEditorConfigFieldsTest::toEntryReturnsTheValuesOfSetEntryUnchanged_data
     QTest::newRow("separators") << QString(QChar(0x2028)) + QChar(0x2029) << "http://h/x" << 0.0;
 }
 
-void RepoEditorConfigFieldsTest::toEntryReturnsTheValuesOfSetEntryUnchanged()
+void RepoEditorConfigFieldsTest::theFormReturnsTheValuesOfAnEntryUnchanged()
 {
     QFETCH(QString, options);
     QFETCH(QString, url);
@@ -216,7 +216,7 @@ void RepoEditorConfigFieldsTest::optionsAreStoredExactlyAsTheUserTypesThem()
     QCOMPARE(config->toEntry().options, QStringLiteral("a=b\n\n c=<i>d"));
 }
 
-void RepoEditorConfigFieldsTest::toEntryReturnsTheExactOriginalValueOfAnUnchangedField()
+void RepoEditorConfigFieldsTest::theFormReturnsTheExactOriginalValueOfAnUnchangedField()
 {
     Repo::Entry entry = usual();
     entry.options = QString::fromLatin1("a=b\r\n#voil\xc3\xa0\n");

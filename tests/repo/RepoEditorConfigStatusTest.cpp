@@ -14,8 +14,8 @@ class RepoEditorConfigStatusTest : public ShownForm
 private Q_SLOTS:
     void theStatusLineReportsErrorsAndWarnings_data();
     void theStatusLineReportsErrorsAndWarnings();
-    void textsThatAFileCannotRepresentAreRefused_data();
-    void textsThatAFileCannotRepresentAreRefused();
+    void theFormRefusesTextsThatAFileCannotRepresent_data();
+    void theFormRefusesTextsThatAFileCannotRepresent();
     void theFormAcceptsTheMainConfigurationFileAsTheFileOfARepository();
 };
 
@@ -57,7 +57,7 @@ void RepoEditorConfigStatusTest::theStatusLineReportsErrorsAndWarnings_data()
         << "x" << url << ""
         << "/tmp/x"
         << "File is not in any reposdir directory" << warning;
-    QTest::newRow("a directory with the same beginning")
+    QTest::newRow("a directory whose name only begins like a reposdir directory")
         << "x" << url << ""
         << "/etc/yum.repos.d2/x.repo"
         << "File is not in any reposdir directory" << warning;
@@ -112,7 +112,7 @@ void RepoEditorConfigStatusTest::theStatusLineReportsErrorsAndWarnings()
     }
 }
 
-void RepoEditorConfigStatusTest::textsThatAFileCannotRepresentAreRefused_data()
+void RepoEditorConfigStatusTest::theFormRefusesTextsThatAFileCannotRepresent_data()
 {
     QTest::addColumn<QString>("id");
     QTest::addColumn<QString>("options");
@@ -132,16 +132,17 @@ void RepoEditorConfigStatusTest::textsThatAFileCannotRepresentAreRefused_data()
     QTest::newRow("the main section") << "main"
                                       << ""
                                       << "Identifier main is reserved for the main section";
-    QTest::newRow("another section in the options") << "x"
-                                                    << "a=b\n[y]\n"
-                                                    << "Other Options have a line that begins with a bracket";
-    QTest::newRow("a broken section in the options")
+    QTest::newRow("a section header in the options")
+        << "x"
+        << "a=b\n[y]\n"
+        << "Other Options have a line that begins with a bracket";
+    QTest::newRow("an incomplete section header in the options")
         << "x"
         << "[y"
         << "Other Options have a line that begins with a bracket";
-    QTest::newRow("options that continue another") << "x"
-                                                   << " a=b\n"
-                                                   << "Other Options begin with a blank";
+    QTest::newRow("options that begin with a blank") << "x"
+                                                     << " a=b\n"
+                                                     << "Other Options begin with a blank";
     QTest::newRow("options that begin with a tab") << "x"
                                                    << "\ta"
                                                    << "Other Options begin with a blank";
@@ -151,10 +152,10 @@ void RepoEditorConfigStatusTest::textsThatAFileCannotRepresentAreRefused_data()
                            << "" << characters;
     QTest::newRow("number sign") << "a#b"
                                  << "" << characters;
-    QTest::newRow("zero") << QString(QChar(0)) << "" << characters;
-    QTest::newRow("other characters") << "Main-$basearch_1.2:3-${releasever}"
-                                      << ""
-                                      << "";
+    QTest::newRow("null character") << QString(QChar(0)) << "" << characters;
+    QTest::newRow("all permitted characters") << "Main-$basearch_1.2:3-${releasever}"
+                                              << ""
+                                              << "";
     QTest::newRow("brackets within a line of options") << "x"
                                                        << "a=[b]\n#[c]\n"
                                                        << "";
@@ -163,7 +164,7 @@ void RepoEditorConfigStatusTest::textsThatAFileCannotRepresentAreRefused_data()
                                                 << "";
 }
 
-void RepoEditorConfigStatusTest::textsThatAFileCannotRepresentAreRefused()
+void RepoEditorConfigStatusTest::theFormRefusesTextsThatAFileCannotRepresent()
 {
     QFETCH(QString, id);
     QFETCH(QString, options);

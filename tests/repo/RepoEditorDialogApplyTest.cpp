@@ -17,12 +17,12 @@ private Q_SLOTS:
     void okWritesNoFileIfNothingHasChanged();
     void okWritesTheChangesAndClosesTheEditor();
     void okDoesNotCloseTheEditorIfTheUserDeclinesToWrite();
-    void applyWritesTheChangesAndKeepsTheEditorOpen();
-    void applyKeepsAllEditsIfTheUserDeclinesToWrite();
-    void applyKeepsAllEditsIfAFileCannotBeWritten();
+    void theApplyButtonWritesTheChangesAndKeepsTheEditorOpen();
+    void theApplyButtonKeepsAllEditsIfTheUserDeclinesToWrite();
+    void theApplyButtonKeepsAllEditsIfAFileCannotBeWritten();
     void theListShowsTheRemainingRepositoriesIfApplyFailsAfterARemoval();
     void okDoesNotOverwriteAFileThatAnotherProgramHasChanged();
-    void theUserCanReadTheFilesAgainIfAnotherProgramHasChangedOne();
+    void theUserCanReadTheFilesAgainIfAnotherProgramHasChangedAFile();
     void theListAlsoShowsChangesByOtherProgramsAfterAnApply();
 };
 
@@ -62,7 +62,7 @@ void RepoEditorDialogApplyTest::okDoesNotCloseTheEditorIfTheUserDeclinesToWrite(
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogApplyTest::applyWritesTheChangesAndKeepsTheEditorOpen()
+void RepoEditorDialogApplyTest::theApplyButtonWritesTheChangesAndKeepsTheEditorOpen()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), PermanentColumn);
@@ -75,12 +75,13 @@ void RepoEditorDialogApplyTest::applyWritesTheChangesAndKeepsTheEditorOpen()
                 QVERIFY(reposChangedSpy->isEmpty());
             }) >= 0);
     QCOMPARE(reposChangedSpy->size(), 1);
-    // The next run has no changes, so it does not signal reposChanged() again.
+    // The editor opens a second time, and closes without a change, so it does not emit reposChanged() a
+    // second time.
     QVERIFY(run([] {}) >= 0);
     QCOMPARE(reposChangedSpy->size(), 1);
 }
 
-void RepoEditorDialogApplyTest::applyKeepsAllEditsIfTheUserDeclinesToWrite()
+void RepoEditorDialogApplyTest::theApplyButtonKeepsAllEditsIfTheUserDeclinesToWrite()
 {
     backEnd->putRepo("double.repo", "[os]\nname=Second\n");
     QVERIFY(run([this] {
@@ -95,7 +96,7 @@ void RepoEditorDialogApplyTest::applyKeepsAllEditsIfTheUserDeclinesToWrite()
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogApplyTest::applyKeepsAllEditsIfAFileCannotBeWritten()
+void RepoEditorDialogApplyTest::theApplyButtonKeepsAllEditsIfAFileCannotBeWritten()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"));
@@ -157,7 +158,7 @@ void RepoEditorDialogApplyTest::okDoesNotOverwriteAFileThatAnotherProgramHasChan
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogApplyTest::theUserCanReadTheFilesAgainIfAnotherProgramHasChangedOne()
+void RepoEditorDialogApplyTest::theUserCanReadTheFilesAgainIfAnotherProgramHasChangedAFile()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), PermanentColumn);

@@ -13,23 +13,23 @@ class RepoEditorDialogClosingTest : public ShownEditor
     Q_OBJECT
 
 private Q_SLOTS:
-    void resetAllRestoresTheContentsOfTheFiles();
-    void resetAllKeepsTheCurrentRepository();
+    void theResetAllButtonRestoresTheContentsOfTheFiles();
+    void theResetAllButtonKeepsTheCurrentRepository();
     void theListShowsTheRepositoriesThatCouldBeReadIfResetAllFails();
-    void nothingIsWrittenIfTheFilesWereReadOnlyInPart();
-    void cancelDiscardsAllChangesAndClosesTheEditor();
-    void cancelEmitsReposChangedIfAChangeWasAppliedBefore();
+    void nothingIsWrittenIfSomeFilesCouldNotBeReadCompletely();
+    void theCancelButtonDiscardsAllChangesAndClosesTheEditor();
+    void theCancelButtonEmitsReposChangedIfAChangeWasAppliedBefore();
     void closingTheWindowKeepsChangesOfTheSessionBoxes();
     void closingTheWindowDiscardsUnappliedChanges();
     void closingTheWindowAsksWhetherToDiscardUnappliedChanges_data();
     void closingTheWindowAsksWhetherToDiscardUnappliedChanges();
     void closingTheWindowDiscardsEditsButKeepsChangesOfTheSessionBoxes();
     void closingAnUnchangedEditorEmitsNoSignal();
-    void cancelEmitsReposChangedWithoutEditsIfReposChangedForcedIsSet();
+    void theCancelButtonAlwaysEmitsReposChangedIfReposChangedForcedIsSet();
     void theResetFunctionOfTheEditorKeepsUnappliedChanges();
 };
 
-void RepoEditorDialogClosingTest::resetAllRestoresTheContentsOfTheFiles()
+void RepoEditorDialogClosingTest::theResetAllButtonRestoresTheContentsOfTheFiles()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), SessionColumn);
@@ -51,7 +51,7 @@ void RepoEditorDialogClosingTest::resetAllRestoresTheContentsOfTheFiles()
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogClosingTest::resetAllKeepsTheCurrentRepository()
+void RepoEditorDialogClosingTest::theResetAllButtonKeepsTheCurrentRepository()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("updates"), PermanentColumn);
@@ -88,7 +88,7 @@ void RepoEditorDialogClosingTest::theListShowsTheRepositoriesThatCouldBeReadIfRe
             }) >= 0);
 }
 
-void RepoEditorDialogClosingTest::nothingIsWrittenIfTheFilesWereReadOnlyInPart()
+void RepoEditorDialogClosingTest::nothingIsWrittenIfSomeFilesCouldNotBeReadCompletely()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("updates"), PermanentColumn);
@@ -118,7 +118,7 @@ void RepoEditorDialogClosingTest::nothingIsWrittenIfTheFilesWereReadOnlyInPart()
     QCOMPARE(backEnd->getRepo("updates.repo"), QByteArray("[goodu]\n"));
 }
 
-void RepoEditorDialogClosingTest::cancelDiscardsAllChangesAndClosesTheEditor()
+void RepoEditorDialogClosingTest::theCancelButtonDiscardsAllChangesAndClosesTheEditor()
 {
     const QByteArray before = backEnd->getRepo("os.repo");
     QCOMPARE(run([this] {
@@ -134,7 +134,7 @@ void RepoEditorDialogClosingTest::cancelDiscardsAllChangesAndClosesTheEditor()
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogClosingTest::cancelEmitsReposChangedIfAChangeWasAppliedBefore()
+void RepoEditorDialogClosingTest::theCancelButtonEmitsReposChangedIfAChangeWasAppliedBefore()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), PermanentColumn);
@@ -246,7 +246,7 @@ void RepoEditorDialogClosingTest::closingAnUnchangedEditorEmitsNoSignal()
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogClosingTest::cancelEmitsReposChangedWithoutEditsIfReposChangedForcedIsSet()
+void RepoEditorDialogClosingTest::theCancelButtonAlwaysEmitsReposChangedIfReposChangedForcedIsSet()
 {
     dialog->reposChangedForced = true;
     bool hidden = false;

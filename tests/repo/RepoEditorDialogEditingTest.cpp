@@ -30,9 +30,9 @@ private Q_SLOTS:
     void theAddButtonListsANewRepository();
     void anAddedRepositoryWithoutAnIdentifierIsShownAsNew();
     void cancellingTheFormOfTheAddButtonAddsNoRepository();
-    void textsThatTheFormAcceptsAreWrittenAndReadBackUnchanged_data();
-    void textsThatTheFormAcceptsAreWrittenAndReadBackUnchanged();
-    void optionsWithoutAFinalLineFeedDoNotJoinTheNextSection();
+    void anAcceptedTextIsUnchangedAfterItWasWrittenAndReadBack_data();
+    void anAcceptedTextIsUnchangedAfterItWasWrittenAndReadBack();
+    void theNextSectionBeginsOnItsOwnLineIfTheOptionsHaveNoFinalLineFeed();
     void theCopyButtonListsACopyOfTheCurrentRepository();
     void theStatusReportsADuplicateIfACopyKeepsTheIdentifier();
     void theStatusReportsADuplicateIfACopyIsUnchanged();
@@ -287,7 +287,7 @@ void RepoEditorDialogEditingTest::cancellingTheFormOfTheAddButtonAddsNoRepositor
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::textsThatTheFormAcceptsAreWrittenAndReadBackUnchanged_data()
+void RepoEditorDialogEditingTest::anAcceptedTextIsUnchangedAfterItWasWrittenAndReadBack_data()
 {
     QTest::addColumn<QString>("id");
     QTest::addColumn<QString>("urls");
@@ -295,9 +295,9 @@ void RepoEditorDialogEditingTest::textsThatTheFormAcceptsAreWrittenAndReadBackUn
     QTest::newRow("usual") << "new"
                            << "http://h/new"
                            << "priority=1\n";
-    QTest::newRow("other characters") << "Main-$basearch_1.2:3-${releasever}"
-                                      << "http://h/new"
-                                      << "";
+    QTest::newRow("unusual characters") << "Main-$basearch_1.2:3-${releasever}"
+                                        << "http://h/new"
+                                        << "";
     QTest::newRow("no URLs at all") << "new"
                                     << "[x]\nenabled=0\n#"
                                     << "";
@@ -306,7 +306,7 @@ void RepoEditorDialogEditingTest::textsThatTheFormAcceptsAreWrittenAndReadBackUn
                                                 << "a=b\n [c]\n\td\n#[e]\n";
 }
 
-void RepoEditorDialogEditingTest::textsThatTheFormAcceptsAreWrittenAndReadBackUnchanged()
+void RepoEditorDialogEditingTest::anAcceptedTextIsUnchangedAfterItWasWrittenAndReadBack()
 {
     QFETCH(QString, id);
     QFETCH(QString, urls);
@@ -331,7 +331,7 @@ void RepoEditorDialogEditingTest::textsThatTheFormAcceptsAreWrittenAndReadBackUn
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::optionsWithoutAFinalLineFeedDoNotJoinTheNextSection()
+void RepoEditorDialogEditingTest::theNextSectionBeginsOnItsOwnLineIfTheOptionsHaveNoFinalLineFeed()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("os"));

@@ -26,7 +26,7 @@ private Q_SLOTS:
     void noVisibleTextOrToolTipContainsThePassword();
     void theListIsSortedByIdentifierAtFirst();
     void numbersInIdentifiersAreSortedByValue();
-    void nothingIsChangedAndNoRowIsCurrentWheneverTheEditorOpens();
+    void theEditorOpensWithoutChangesAndWithoutACurrentRow();
     void theEditorReadsTheFilesEachTimeItOpens();
     void theEditorDoesNotOpenIfTheFilesCannotBeRead();
     void theEditorEmitsNoSignalIfTheFilesCannotBeRead();
@@ -186,7 +186,7 @@ void RepoEditorDialogWindowTest::numbersInIdentifiersAreSortedByValue()
     QVERIFY(run([this] { QCOMPARE(listed(), (QStringList{"Repo2", "repo9", "repo10"})); }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::nothingIsChangedAndNoRowIsCurrentWheneverTheEditorOpens()
+void RepoEditorDialogWindowTest::theEditorOpensWithoutChangesAndWithoutACurrentRow()
 {
     for (int time = 0; time < 2; ++time) {
         QVERIFY(run([this] {

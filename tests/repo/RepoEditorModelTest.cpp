@@ -36,7 +36,7 @@ private Q_SLOTS:
     void cleanup();
     void cleanupTestCase();
 
-    void theModelHasOneRowForEachEntryAndFourColumns();
+    void theModelHasFourColumnsAndOneRowForEachEntry();
     void theHeadersHaveTheExpectedTexts();
     void onlyTheHorizontalHeadersOfTheFourColumnsHaveTexts();
     void theSessionColumnShowsTheSessionState();
@@ -57,8 +57,8 @@ private Q_SLOTS:
     void togglingThePermanentBoxChangesThePermanentState_data();
     void togglingThePermanentBoxChangesThePermanentState();
     void togglingAnInvalidIndexDoesNothing();
-    void browseOpensTheUrlOfTheRepository();
-    void browseDoesNothingForAnIndexBelowTheLastRow();
+    void theBrowseFunctionOpensTheUrlOfTheRepository();
+    void theBrowseFunctionDoesNothingForAnIndexBelowTheLastRow();
 
 private:
     QVariant data(int row, int column, int role = Qt::DisplayRole) const
@@ -112,7 +112,7 @@ void RepoEditorModelTest::cleanupTestCase()
     backEnd.reset();
 }
 
-void RepoEditorModelTest::theModelHasOneRowForEachEntryAndFourColumns()
+void RepoEditorModelTest::theModelHasFourColumnsAndOneRowForEachEntry()
 {
     QCOMPARE(model->rowCount(), 2);
     QCOMPARE(model->columnCount(), 4);
@@ -296,8 +296,8 @@ void RepoEditorModelTest::togglingTheSessionBoxChangesTheSessionState()
     QCOMPARE(changes.at(0).at(1).toModelIndex(), model->index(1, 0));
     model->toggleUse(model->index(1, SessionColumn));
     QCOMPARE(session.value(QStringLiteral("updates")), false);
-    // If the session has no state for a repository, the model treats it as unused. So the first toggle
-    // enables it.
+    // If the session has no state for a repository, the model treats the repository as disabled. So the first
+    // toggle enables the repository.
     conf->entries[0].id = QStringLiteral("other");
     model->toggleUse(model->index(0, SessionColumn));
     QCOMPARE(session.value(QStringLiteral("other")), true);
@@ -352,7 +352,7 @@ void RepoEditorModelTest::togglingAnInvalidIndexDoesNothing()
     QCOMPARE(uses.size() + configs.size(), 0);
 }
 
-void RepoEditorModelTest::browseOpensTheUrlOfTheRepository()
+void RepoEditorModelTest::theBrowseFunctionOpensTheUrlOfTheRepository()
 {
     backEnd->installBrowser();
     model->browse(model->index(1, IdentifierColumn), nullptr);
@@ -362,7 +362,7 @@ void RepoEditorModelTest::browseOpensTheUrlOfTheRepository()
     QVERIFY(!BackEnd::wasBrowsed());
 }
 
-void RepoEditorModelTest::browseDoesNothingForAnIndexBelowTheLastRow()
+void RepoEditorModelTest::theBrowseFunctionDoesNothingForAnIndexBelowTheLastRow()
 {
     backEnd->installBrowser();
     backEnd->collect(1);

@@ -43,14 +43,14 @@ private Q_SLOTS:
     void theUserCanMoveColumns();
     void aSignalReportsAChangeOfTheCurrentRow();
     void noSignalIsEmittedIfOnlyTheCurrentColumnChanges();
-    void aSignalReportsAfterAResetOfTheModelThatNoRowIsCurrent();
+    void aResetOfTheModelEmitsASignalThatNoRowIsCurrent();
     void theCurrentRowCanBeSet();
     void theSelectedRowsFunctionReturnsRowsOfTheSourceModel();
     void oneClickTogglesTheSessionState();
     void oneClickTogglesThePermanentState();
     void clicksOnTextCellsToggleNoBox();
     void aClickWithTheRightButtonTogglesNoBox();
-    void aMovedColumnStillReactsToClicks();
+    void aClickTogglesTheBoxEvenIfItsColumnWasMoved();
     void aDoubleClickEmitsASignalWithTheRowOfTheSourceModel();
     void aRightClickOnATextCellOpensAMenu();
     void aRightClickOnABoxOpensNoMenu();
@@ -225,7 +225,7 @@ void RepoEditorViewTest::noSignalIsEmittedIfOnlyTheCurrentColumnChanges()
     QCOMPARE(spy.size(), 0);
 }
 
-void RepoEditorViewTest::aSignalReportsAfterAResetOfTheModelThatNoRowIsCurrent()
+void RepoEditorViewTest::aResetOfTheModelEmitsASignalThatNoRowIsCurrent()
 {
     click(QStringLiteral("extras"), IdentifierColumn);
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
@@ -301,7 +301,7 @@ void RepoEditorViewTest::aClickWithTheRightButtonTogglesNoBox()
     QCOMPARE(uses.size(), 0);
 }
 
-void RepoEditorViewTest::aMovedColumnStillReactsToClicks()
+void RepoEditorViewTest::aClickTogglesTheBoxEvenIfItsColumnWasMoved()
 {
     view->horizontalHeader()->moveSection(SessionColumn, 2);
     QSignalSpy uses(model.get(), SIGNAL(useChanged()));

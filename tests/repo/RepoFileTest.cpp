@@ -26,13 +26,13 @@ private Q_SLOTS:
 
     void theTextAndThePropertiesOfAFileAreRead_data();
     void theTextAndThePropertiesOfAFileAreRead();
-    void writingAFileAfterReadingItKeepsItsText_data() { theTextAndThePropertiesOfAFileAreRead_data(); }
-    void writingAFileAfterReadingItKeepsItsText();
+    void aFileKeepsItsTextIfItIsReadAndThenWritten_data() { theTextAndThePropertiesOfAFileAreRead_data(); }
+    void aFileKeepsItsTextIfItIsReadAndThenWritten();
     void aFileMayBeAsLargeAsTheLimit();
     void aRepositoryMayBeAsLargeAsTheLimit();
-    void theStateOfAnUnreadableFileNamesTheReason();
+    void theReadFunctionReturnsTheReasonIfAFileIsUnreadable();
     void readingAPipeDoesNotBlock();
-    void linksToAFileHaveTheSameFileNumberAsTheFile();
+    void aLinkToAFileHasTheFileNumberOfTheFile();
     void pathsAreMadeCanonical_data();
     void pathsAreMadeCanonical();
 
@@ -63,7 +63,7 @@ void RepoFileTest::theTextAndThePropertiesOfAFileAreRead_data()
     // Each letter stands for one property of the file: M has a byte order mark, R has carriage returns, A is
     // ASCII, P is plain text.
     QTest::addColumn<QString>("kind");
-    QTest::newRow("nothing") << QByteArray("") << QString("") << QString("AP");
+    QTest::newRow("empty file") << QByteArray("") << QString("") << QString("AP");
     QTest::newRow("lines") << QByteArray("a\nb\n") << QString("a\nb\n") << QString("AP");
     QTest::newRow("no line feed at the end") << QByteArray("a\nb") << QString("a\nb") << QString("AP");
     QTest::newRow("carriage returns") << QByteArray("a\r\nb\r\n") << QString("a\nb\n") << QString("RA");
@@ -86,8 +86,8 @@ void RepoFileTest::theTextAndThePropertiesOfAFileAreRead_data()
     QTest::newRow("a byte order mark and carriage returns") << QByteArray("\xEF\xBB\xBF"
                                                                           "a\r\n")
                                                             << QString("a\n") << QString("MRA");
-    QTest::newRow("letters") << QByteArray("\xE9\xC3\xA9\n") << QString::fromLatin1("\xE9\xC3\xA9\n")
-                             << QString("");
+    QTest::newRow("letters beyond ASCII")
+        << QByteArray("\xE9\xC3\xA9\n") << QString::fromLatin1("\xE9\xC3\xA9\n") << QString("");
     QTest::newRow("control characters")
         << QByteArray("\x1B\f\x7F\n") << QString("\x1B\f\x7F\n") << QString("AP");
 }
@@ -105,7 +105,7 @@ void RepoFileTest::theTextAndThePropertiesOfAFileAreRead()
           "kind");
 }
 
-void RepoFileTest::writingAFileAfterReadingItKeepsItsText()
+void RepoFileTest::aFileKeepsItsTextIfItIsReadAndThenWritten()
 {
     QFETCH(QByteArray, contents);
     QFETCH(QString, text);
@@ -147,7 +147,7 @@ void RepoFileTest::aRepositoryMayBeAsLargeAsTheLimit()
     QCOMPARE(stateOf("[a]\n[main]\n#" + whole), int(File::LeftAlone));
 }
 
-void RepoFileTest::theStateOfAnUnreadableFileNamesTheReason()
+void RepoFileTest::theReadFunctionReturnsTheReasonIfAFileIsUnreadable()
 {
     QCOMPARE(int(File::read(path("x")).state), int(File::Missing));
     QCOMPARE(int(File::read(path("none/x")).state), int(File::Missing));
@@ -190,7 +190,7 @@ void RepoFileTest::readingAPipeDoesNotBlock()
     close(writer);
 }
 
-void RepoFileTest::linksToAFileHaveTheSameFileNumberAsTheFile()
+void RepoFileTest::aLinkToAFileHasTheFileNumberOfTheFile()
 {
     put("a");
     QCOMPARE(symlink("x", localPath("y").constData()), 0);

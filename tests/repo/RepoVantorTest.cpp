@@ -62,11 +62,11 @@ private Q_SLOTS:
     void theCredentialsInAUrlAreFound_data();
     void theCredentialsInAUrlAreFound();
     void thePartsOfTheCredentialsAreEmptyIfARepositoryHasNoCredentials();
-    void theCredentialsInTheUrlsPrecedeThoseInTheMirrorList();
+    void credentialsInUrlsArePreferredToCredentialsInTheMirrorList();
     void theMirrorListIsSearchedIfTheUrlsHaveNoCredentials();
     void aNameWithBlankAndAmpersandIsEncoded();
-    void everySpecialCharacterIsEncodedInLowerCase_data();
-    void everySpecialCharacterIsEncodedInLowerCase();
+    void specialCharactersAreEncodedWithLowerCaseHexadecimalDigits_data();
+    void specialCharactersAreEncodedWithLowerCaseHexadecimalDigits();
     void ordinaryCharactersAreNotEncoded();
     void writtenCredentialsAreReadBack_data();
     void writtenCredentialsAreReadBack();
@@ -75,14 +75,14 @@ private Q_SLOTS:
     void everyCredentialUrlGetsTheSameCredentials();
     void replacingTheCredentialsKeepsTheParameterNames();
     void replacingThePasswordKeepsTheName();
-    void replaceAuthDoesNotChangeATextWithoutCredentials();
+    void theReplaceAuthFunctionDoesNotChangeATextWithoutCredentials();
     void theRegularExpressionsHaveTheExpectedPatterns();
     void theExpressionForOneUrlCapturesItsPassword();
     void theExpressionForUrlsCapturesEachPassword();
     void theFirstMaskedPlaceInACredentialUrlIsItsPassword_data();
     void theFirstMaskedPlaceInACredentialUrlIsItsPassword();
     void theExpressionsCaptureOnlyPasswords();
-    void exactlyTheMatchesOfTheExpressionAreReplaced();
+    void onlyTheMatchesOfTheExpressionAreReplaced();
 };
 
 void RepoVantorTest::theCredentialsInAUrlAreFound_data()
@@ -101,8 +101,8 @@ void RepoVantorTest::theCredentialsInAUrlAreFound_data()
     QTest::newRow("in both URLs") << base + "\nhttp://h/vantor?n=eve&w=other&path=/x" << true
                                   << QStringList{"u", "bob", "p", "secret"};
     QTest::newRow("empty") << QString() << false << none;
-    QTest::newRow("no mark") << "http://h/x?u=bob&p=secret&path=/x" << false << none;
-    QTest::newRow("mark in different letter case")
+    QTest::newRow("no path mark") << "http://h/x?u=bob&p=secret&path=/x" << false << none;
+    QTest::newRow("path mark in different letter case")
         << "http://h/Vantor?u=bob&p=secret&path=/x" << false << none;
     QTest::newRow("no name key") << "http://h/vantor?u" << false << none;
     QTest::newRow("no end of the name") << "http://h/vantor?u=bob" << false << none;
@@ -123,7 +123,7 @@ void RepoVantorTest::thePartsOfTheCredentialsAreEmptyIfARepositoryHasNoCredentia
     QCOMPARE(authOf(Entry()).pieces, (QStringList{QString(), QString(), QString(), QString()}));
 }
 
-void RepoVantorTest::theCredentialsInTheUrlsPrecedeThoseInTheMirrorList()
+void RepoVantorTest::credentialsInUrlsArePreferredToCredentialsInTheMirrorList()
 {
     Entry entry;
     entry.baseurl = base;
@@ -148,7 +148,7 @@ void RepoVantorTest::aNameWithBlankAndAmpersandIsEncoded()
     QCOMPARE(authOf(url).pieces.at(1), QStringLiteral("a b&c"));
 }
 
-void RepoVantorTest::everySpecialCharacterIsEncodedInLowerCase_data()
+void RepoVantorTest::specialCharactersAreEncodedWithLowerCaseHexadecimalDigits_data()
 {
     QTest::addColumn<QString>("character");
     QTest::addColumn<QString>("encoded");
@@ -161,7 +161,7 @@ void RepoVantorTest::everySpecialCharacterIsEncodedInLowerCase_data()
     QTest::newRow("no-break space") << QString(QChar(0xa0)) << QStringLiteral("%a0");
 }
 
-void RepoVantorTest::everySpecialCharacterIsEncodedInLowerCase()
+void RepoVantorTest::specialCharactersAreEncodedWithLowerCaseHexadecimalDigits()
 {
     QFETCH(QString, character);
     QFETCH(QString, encoded);
@@ -229,7 +229,7 @@ void RepoVantorTest::replacingThePasswordKeepsTheName()
              QStringLiteral("http://h/vantor?u=bob&p=pw&path=/x"));
 }
 
-void RepoVantorTest::replaceAuthDoesNotChangeATextWithoutCredentials()
+void RepoVantorTest::theReplaceAuthFunctionDoesNotChangeATextWithoutCredentials()
 {
     const QString url = QStringLiteral("http://h/x?u=bob&p=secret&path=/x");
     QCOMPARE(Vantor::replaceAuth(url, QStringLiteral("pw")), url);
@@ -329,7 +329,7 @@ void RepoVantorTest::theExpressionsCaptureOnlyPasswords()
     QVERIFY(captured > 200);
 }
 
-void RepoVantorTest::exactlyTheMatchesOfTheExpressionAreReplaced()
+void RepoVantorTest::onlyTheMatchesOfTheExpressionAreReplaced()
 {
     std::mt19937 random(7);
     int replaced = 0;

@@ -90,24 +90,24 @@ class SafeFileTest : public QObject
 private Q_SLOTS:
     void init();
 
-    void replaceGivesAFileItsNewText();
+    void theReplaceFunctionWritesTheNewText();
     void aNewFileIsCreated();
-    void aReplacedFileKeepsOwnerModeAndAttributes();
-    void replaceCanRemoveTheRightsOfOtherUsers();
+    void aReplacedFileKeepsItsOwnerItsModeAndItsAttributes();
+    void theReplaceFunctionCanRemoveTheRightsOfOtherUsers();
     void theTargetOfALinkIsReplacedAndNotTheLink();
     void allHardLinksOfAFileGetTheNewText();
     void aFileInAReadOnlyDirectoryIsReplaced();
-    void aFileThatAnotherProgramHasChangedIsNotOverwritten();
-    void aFileThatChangesDuringTheReplacementIsNotOverwritten();
-    void aFileThatAnotherProgramHasCreatedIsNotOverwritten();
-    void aNewFileThatIsNotCommittedIsRemoved();
-    void theNewTextIsOnTheDiskBeforeTheFileGetsItsName();
+    void aFileIsNotOverwrittenIfAnotherProgramHasChangedIt();
+    void aFileIsNotOverwrittenIfItChangesDuringTheReplacement();
+    void aFileIsNotOverwrittenIfAnotherProgramHasCreatedIt();
+    void aNewFileIsRemovedIfItIsNotCommitted();
+    void theNewTextIsOnTheDiskBeforeTheTemporaryFileIsRenamed();
     void theOldTextIsKeptIfTheDiskIsFull_data();
     void theOldTextIsKeptIfTheDiskIsFull();
     void theFileHasEitherTheOldOrTheNewTextIfTheProgramIsKilled_data();
     void theFileHasEitherTheOldOrTheNewTextIfTheProgramIsKilled();
     void theNewFileIsEitherMissingOrCompleteIfTheProgramIsKilled();
-    void removeLeftoversKeepsFilesOfRunningProgramsAndOfOtherUsers();
+    void theRemoveLeftoversFunctionKeepsFilesOfRunningProgramsAndOfOtherUsers();
     void leftoversAreNotReadAsRepositoryFiles();
 
 private:
@@ -144,7 +144,7 @@ void SafeFileTest::init()
     put(path(QStringLiteral("x.repo")), oldText);
 }
 
-void SafeFileTest::replaceGivesAFileItsNewText()
+void SafeFileTest::theReplaceFunctionWritesTheNewText()
 {
     const QString file = path(QStringLiteral("x.repo"));
     for (const QByteArray& text : {newText, QByteArray(), QByteArray(300000, 'x'), oldText}) {
@@ -167,7 +167,7 @@ void SafeFileTest::aNewFileIsCreated()
              QStringList({QStringLiteral("x.repo"), QStringLiteral("y.repo"), QStringLiteral("z.repo")}));
 }
 
-void SafeFileTest::aReplacedFileKeepsOwnerModeAndAttributes()
+void SafeFileTest::aReplacedFileKeepsItsOwnerItsModeAndItsAttributes()
 {
     const QString file = path(QStringLiteral("x.repo"));
     const QByteArray name = QFile::encodeName(file);
@@ -192,7 +192,7 @@ void SafeFileTest::aReplacedFileKeepsOwnerModeAndAttributes()
     QCOMPARE(QByteArray(value, 4), QByteArray("kept"));
 }
 
-void SafeFileTest::replaceCanRemoveTheRightsOfOtherUsers()
+void SafeFileTest::theReplaceFunctionCanRemoveTheRightsOfOtherUsers()
 {
     const QString file = path(QStringLiteral("x.repo"));
     SafeFile safe;
@@ -202,7 +202,7 @@ void SafeFileTest::replaceCanRemoveTheRightsOfOtherUsers()
     SafeFile again;
     QVERIFY(again.replace(file, newText, oldText, false) && again.commit());
     QVERIFY(!again.hasRemovedRights());
-    // If the file has two names, it is overwritten in place. Even then, it loses the rights of other users.
+    // A file with two names is overwritten in place. Even then, other users lose their rights to the file.
     QCOMPARE(chmod(QFile::encodeName(file).constData(), 0604), 0);
     QVERIFY(QFile::exists(file));
     QCOMPARE(
@@ -259,7 +259,7 @@ void SafeFileTest::aFileInAReadOnlyDirectoryIsReplaced()
     QCOMPARE(names(), QStringList({QStringLiteral("var"), QStringLiteral("x.repo")}));
 }
 
-void SafeFileTest::aFileThatAnotherProgramHasChangedIsNotOverwritten()
+void SafeFileTest::aFileIsNotOverwrittenIfAnotherProgramHasChangedIt()
 {
     SafeFile file;
     QVERIFY(!file.replace(path(QStringLiteral("x.repo")), "another text", newText));
@@ -269,7 +269,7 @@ void SafeFileTest::aFileThatAnotherProgramHasChangedIsNotOverwritten()
     QCOMPARE(get(path(QStringLiteral("x.repo"))), oldText);
 }
 
-void SafeFileTest::aFileThatChangesDuringTheReplacementIsNotOverwritten()
+void SafeFileTest::aFileIsNotOverwrittenIfItChangesDuringTheReplacement()
 {
     SafeFile file;
     QVERIFY(file.replace(path(QStringLiteral("x.repo")), oldText, newText));
@@ -279,7 +279,7 @@ void SafeFileTest::aFileThatChangesDuringTheReplacementIsNotOverwritten()
     QCOMPARE(get(path(QStringLiteral("x.repo"))), QByteArray("of others"));
 }
 
-void SafeFileTest::aFileThatAnotherProgramHasCreatedIsNotOverwritten()
+void SafeFileTest::aFileIsNotOverwrittenIfAnotherProgramHasCreatedIt()
 {
     {
         SafeFile file;
@@ -297,7 +297,7 @@ void SafeFileTest::aFileThatAnotherProgramHasCreatedIsNotOverwritten()
     QCOMPARE(get(path(QStringLiteral("x.repo"))), oldText);
 }
 
-void SafeFileTest::aNewFileThatIsNotCommittedIsRemoved()
+void SafeFileTest::aNewFileIsRemovedIfItIsNotCommitted()
 {
     {
         SafeFile replaced;
@@ -310,7 +310,7 @@ void SafeFileTest::aNewFileThatIsNotCommittedIsRemoved()
     QCOMPARE(get(path(QStringLiteral("x.repo"))), oldText);
 }
 
-void SafeFileTest::theNewTextIsOnTheDiskBeforeTheFileGetsItsName()
+void SafeFileTest::theNewTextIsOnTheDiskBeforeTheTemporaryFileIsRenamed()
 {
     const QString file = path(QStringLiteral("x.repo"));
     QList<quint64> calls;
@@ -475,7 +475,7 @@ void SafeFileTest::theNewFileIsEitherMissingOrCompleteIfTheProgramIsKilled()
     QVERIFY(before > 5);
 }
 
-void SafeFileTest::removeLeftoversKeepsFilesOfRunningProgramsAndOfOtherUsers()
+void SafeFileTest::theRemoveLeftoversFunctionKeepsFilesOfRunningProgramsAndOfOtherUsers()
 {
     SafeFile living;
     QVERIFY(living.replace(path(QStringLiteral("x.repo")), oldText, newText));

@@ -37,8 +37,8 @@ void UrlTest::theHostIsFoundInTheUrl_data()
                                                << "";
     QTest::newRow("no colon") << "//one.example/a"
                               << "";
-    QTest::newRow("an earlier colon") << "a:b http://one.example/a"
-                                      << "";
+    QTest::newRow("colon before the URL") << "a:b http://one.example/a"
+                                          << "";
     QTest::newRow("empty") << ""
                            << "";
 }

@@ -10,12 +10,12 @@ class YumConfIODistributionsTest : public ScratchConfiguration
     Q_OBJECT
 
 private Q_SLOTS:
-    void writingTheFilesOfDistributionsKeepsTheirContents_data();
-    void writingTheFilesOfDistributionsKeepsTheirContents();
+    void writingARepositoryFileOfADistributionKeepsItsContents_data();
+    void writingARepositoryFileOfADistributionKeepsItsContents();
     void editingOneValueInAFileOfADistributionChangesOnlyItsLine();
 };
 
-void YumConfIODistributionsTest::writingTheFilesOfDistributionsKeepsTheirContents_data()
+void YumConfIODistributionsTest::writingARepositoryFileOfADistributionKeepsItsContents_data()
 {
     QTest::addColumn<QByteArray>("read");
     QTest::addColumn<QByteArray>("written");
@@ -221,7 +221,7 @@ void YumConfIODistributionsTest::writingTheFilesOfDistributionsKeepsTheirContent
                                                << QStringList({QStringLiteral("depot, 0, 1, 1")});
 }
 
-void YumConfIODistributionsTest::writingTheFilesOfDistributionsKeepsTheirContents()
+void YumConfIODistributionsTest::writingARepositoryFileOfADistributionKeepsItsContents()
 {
     QFETCH(QByteArray, read);
     QFETCH(QByteArray, written);

@@ -20,7 +20,7 @@ private Q_SLOTS:
     void aSuccessfulWriteDoesNotEmitTheChangedSignal();
     void anUnreadableMainFileIsReported();
     void aMissingMainFileIsReported();
-    void aRepositoryFileThatCannotBeExaminedIsReported();
+    void anErrorIsReportedIfARepositoryFileCannotBeExamined();
     void anUnreadableRepositoryFileIsReported();
     void aReadErrorOfTheMainFileIsReported();
     void aReadErrorOfARepositoryFileIsReported();
@@ -29,15 +29,15 @@ private Q_SLOTS:
     void aMalformedHeaderIsReportedWithoutPasswords();
     void aMalformedHeaderOfTheMainFileIsReported();
     void markupFromAFileIsShownAsPlainText();
-    void aFailedReadKeepsTheRepositoriesBeforeTheError();
+    void aFailedReadKeepsTheRepositoriesThatPrecedeTheError();
     void aFailedReadDoesNotAffectTheNextRead();
-    void aRepositoryFileThatCannotBeCreatedIsReported();
-    void aMainFileThatCannotBeWrittenIsReported();
+    void anErrorIsReportedIfARepositoryFileCannotBeCreated();
+    void anErrorIsReportedIfTheMainFileCannotBeWritten();
     void anErrorIsShownAndNoFileIsChangedIfTheDiskIsFull();
-    void theOldFileOfAMovedRepositoryIsKeptIfTheNewOneCannotBeCreated();
-    void theOldFileOfAMovedRepositoryIsKeptIfTheNewOneCannotBeOverwritten_data();
-    void theOldFileOfAMovedRepositoryIsKeptIfTheNewOneCannotBeOverwritten();
-    void aFileThatCannotBeRemovedIsReported();
+    void theOldFileOfAMovedRepositoryIsKeptIfTheNewFileCannotBeCreated();
+    void theOldFileOfAMovedRepositoryIsKeptIfTheNewFileCannotBeOverwritten_data();
+    void theOldFileOfAMovedRepositoryIsKeptIfTheNewFileCannotBeOverwritten();
+    void anErrorIsReportedIfAFileCannotBeRemoved();
     void anErrorIsShownOverTheGivenWindow();
 };
 
@@ -82,7 +82,7 @@ void YumConfIOFailuresTest::anUnreadableMainFileIsReported()
     compareError(withErrno(QStringLiteral("Unable to read yum configuration file ") + mainPath(), EACCES));
 }
 
-void YumConfIOFailuresTest::aRepositoryFileThatCannotBeExaminedIsReported()
+void YumConfIOFailuresTest::anErrorIsReportedIfARepositoryFileCannotBeExamined()
 {
     QCOMPARE(chmod(QFile::encodeName(root->path()).constData(), 0755), 0);
     QVERIFY(QDir(root->path()).mkpath(QStringLiteral("private")));
@@ -183,7 +183,7 @@ void YumConfIOFailuresTest::markupFromAFileIsShownAsPlainText()
     QCOMPARE(box.labelFormat, Qt::PlainText);
 }
 
-void YumConfIOFailuresTest::aFailedReadKeepsTheRepositoriesBeforeTheError()
+void YumConfIOFailuresTest::aFailedReadKeepsTheRepositoriesThatPrecedeTheError()
 {
     putMain("[main]\n[a]\n[b]\nname=kept\n[c]\n[d\n[e]\n");
     putRepo(QStringLiteral("f.repo"), "[f]\n");
@@ -207,7 +207,7 @@ void YumConfIOFailuresTest::aFailedReadDoesNotAffectTheNextRead()
     QVERIFY(conf->pendingLines.isEmpty());
 }
 
-void YumConfIOFailuresTest::aRepositoryFileThatCannotBeCreatedIsReported()
+void YumConfIOFailuresTest::anErrorIsReportedIfARepositoryFileCannotBeCreated()
 {
     putMain("[main]\nretries=1\n");
     putRepo(QStringLiteral("a.repo"), "[a]\n");
@@ -227,7 +227,7 @@ void YumConfIOFailuresTest::aRepositoryFileThatCannotBeCreatedIsReported()
     QCOMPARE(getRepo(QStringLiteral("unused.repo")), QByteArray("[u]\n"));
 }
 
-void YumConfIOFailuresTest::aMainFileThatCannotBeWrittenIsReported()
+void YumConfIOFailuresTest::anErrorIsReportedIfTheMainFileCannotBeWritten()
 {
     QVERIFY(conf->read(window.get()));
     QCOMPARE(chmod(QFile::encodeName(root->path()).constData(), 0755), 0);
@@ -277,7 +277,7 @@ void YumConfIOFailuresTest::anErrorIsShownAndNoFileIsChangedIfTheDiskIsFull()
     QCOMPARE(get(mainPath()), QByteArray("[main]\nretries=1\n"));
 }
 
-void YumConfIOFailuresTest::theOldFileOfAMovedRepositoryIsKeptIfTheNewOneCannotBeCreated()
+void YumConfIOFailuresTest::theOldFileOfAMovedRepositoryIsKeptIfTheNewFileCannotBeCreated()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n\n[moved]\n");
     QVERIFY(conf->read(window.get()));
@@ -295,7 +295,7 @@ void YumConfIOFailuresTest::theOldFileOfAMovedRepositoryIsKeptIfTheNewOneCannotB
 
 // The new file has two names, so VYRE overwrites it in place. Only then does VYRE notice that it cannot write
 // the file.
-void YumConfIOFailuresTest::theOldFileOfAMovedRepositoryIsKeptIfTheNewOneCannotBeOverwritten_data()
+void YumConfIOFailuresTest::theOldFileOfAMovedRepositoryIsKeptIfTheNewFileCannotBeOverwritten_data()
 {
     QTest::addColumn<QString>("from");
     QTest::addColumn<QString>("to");
@@ -305,7 +305,7 @@ void YumConfIOFailuresTest::theOldFileOfAMovedRepositoryIsKeptIfTheNewOneCannotB
                                              << "a.repo";
 }
 
-void YumConfIOFailuresTest::theOldFileOfAMovedRepositoryIsKeptIfTheNewOneCannotBeOverwritten()
+void YumConfIOFailuresTest::theOldFileOfAMovedRepositoryIsKeptIfTheNewFileCannotBeOverwritten()
 {
     QFETCH(QString, from);
     QFETCH(QString, to);
@@ -334,7 +334,7 @@ void YumConfIOFailuresTest::theOldFileOfAMovedRepositoryIsKeptIfTheNewOneCannotB
     QCOMPARE(getRepo(QStringLiteral("0.repo")), QByteArray("[0]\n"));
 }
 
-void YumConfIOFailuresTest::aFileThatCannotBeRemovedIsReported()
+void YumConfIOFailuresTest::anErrorIsReportedIfAFileCannotBeRemoved()
 {
     putRepo(QStringLiteral("u.repo"), "[u]\n");
     QVERIFY(conf->read(window.get()));

@@ -14,7 +14,7 @@ private Q_SLOTS:
     void nothingIsWrittenIfTheUserDeclinesToRemoveRepositories_data();
     void nothingIsWrittenIfTheUserDeclinesToRemoveRepositories();
     void onlyTheFirstRepositoryWithEachIdentifierIsKeptIfTheUserAgrees();
-    void theQuestionMentionsOnlyMissingIdentifiersIfNoneIsDuplicate();
+    void theQuestionMentionsOnlyMissingIdentifiersIfNoIdentifierIsDuplicate();
     void theQuestionMentionsOnlyDuplicatesIfNoIdentifierIsMissing();
     void theQuestionListsAnIdentifierAsOftenAsItIsUsed();
     void theQuestionListsSeveralDuplicatesInOrder();
@@ -84,7 +84,7 @@ void YumConfIOIdentifiersTest::onlyTheFirstRepositoryWithEachIdentifierIsKeptIfT
     QCOMPARE(getRepo(QStringLiteral("c.repo")), QByteArray("[c]\n"));
 }
 
-void YumConfIOIdentifiersTest::theQuestionMentionsOnlyMissingIdentifiersIfNoneIsDuplicate()
+void YumConfIOIdentifiersTest::theQuestionMentionsOnlyMissingIdentifiersIfNoIdentifierIsDuplicate()
 {
     QVERIFY(conf->read(window.get()));
     conf->entries = {made(QString()), made(QString())};

@@ -15,7 +15,7 @@ class YumConfIOOthersTest : public ScratchConfiguration
 private Q_SLOTS:
     void noFileIsOverwrittenIfAnotherProgramHasChangedAnEditedFile_data();
     void noFileIsOverwrittenIfAnotherProgramHasChangedAnEditedFile();
-    void filesThatOtherProgramsHaveChangedAreReadAgainIfTheUserAgrees();
+    void changesByOtherProgramsAreReadIfTheUserAgrees();
     void aWriteKeepsChangesByOtherProgramsToUneditedFiles();
     void aWriteKeepsFilesThatOtherProgramsHaveCreated();
     void aNewRepositoryDoesNotOverwriteAFileOfAnotherProgram();
@@ -73,7 +73,7 @@ void YumConfIOOthersTest::noFileIsOverwrittenIfAnotherProgramHasChangedAnEditedF
     QVERIFY(!get(file).contains("one"));
 }
 
-void YumConfIOOthersTest::filesThatOtherProgramsHaveChangedAreReadAgainIfTheUserAgrees()
+void YumConfIOOthersTest::changesByOtherProgramsAreReadIfTheUserAgrees()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     QVERIFY(conf->read(window.get()));
@@ -197,8 +197,8 @@ void YumConfIOOthersTest::noFileWithUnreadSectionsIsOverwrittenAfterAFailedRead(
     QVERIFY(!conf->read(window.get()));
     user->seen.clear();
     const auto before = snapshot();
-    // The read stopped at the error in one of the two files. VYRE has read the sections before the error, and
-    // nothing of the other file.
+    // The read stopped at the error in one of the two files. VYRE has read the sections before the error, but
+    // nothing of the second file.
     QCOMPARE(conf->entries.size(), 2);
     entry(QStringLiteral("m")).name = QStringLiteral("M");
     QVERIFY(!conf->write(window.get()));

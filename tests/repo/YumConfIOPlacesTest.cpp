@@ -23,26 +23,26 @@ private Q_SLOTS:
     void theMainFileInEtcIsUsedIfEtcYumHasNone();
     void theFirstExistingMainFileIsUsed();
     void dnfConfIsReadAndWrittenIfNoOtherMainFileExists();
-    void noOtherMainFileIsUsedIfTheFirstIsUnreadable();
+    void noMainFileOfLowerPrecedenceIsUsedIfTheFirstMainFileIsUnreadable();
     void etcDistroReposDIsAlsoReadIfItExists();
     void theDefaultsApplyIfTheMainFileIsEmpty();
     void configuredDirectoriesAreBelowTheManagedRoot();
-    void aWarningNamesEachValueThatThePackageManagerReadsDifferently();
-    void aSecondReadDiscardsAllValuesOfTheFirst();
+    void aWarningNamesEachValueThatVyreAndThePackageManagerReadDifferently();
+    void aSecondReadDiscardsAllValuesOfTheFirstRead();
     void theValuesOfTheMainSectionAreRead();
     void theHeaderOfTheMainSectionIsNotRequired();
     void configuredDirectoriesReplaceTheDefaultDirectories();
     void noDirectoryIsSearchedIfReposdirIsEmpty();
     void repositoriesAreReadFromTheMainFileAndThenFromBothDefaultDirectories();
     void missingDirectoriesAreSkipped();
-    void onlyFilesWhoseNamesEndInRepoAreRead();
+    void onlyFilesWithTheSuffixRepoAreRead();
     void pipesAndDevicesAreNotRead();
     void fileNamesWithLettersBeyondAsciiAreKept();
-    void aDirectoryThatTwoPathsNameIsReadOnce_data();
-    void aDirectoryThatTwoPathsNameIsReadOnce();
+    void aDirectoryIsReadOnceEvenIfTwoPathsLeadToIt_data();
+    void aDirectoryIsReadOnceEvenIfTwoPathsLeadToIt();
     void severalPathsToOneFileAreTreatedAsOneFile_data();
     void severalPathsToOneFileAreTreatedAsOneFile();
-    void removingAFileRemovesAllItsNames();
+    void removingARepositoryFileRemovesAllLinksToIt();
     void danglingLinksAndLinksToDevicesOrPipesAreNotReadOrChanged();
 };
 
@@ -188,7 +188,7 @@ void YumConfIOPlacesTest::dnfConfIsReadAndWrittenIfNoOtherMainFileExists()
     QVERIFY(!QFile::exists(path(QStringLiteral("etc/yum"))));
 }
 
-void YumConfIOPlacesTest::noOtherMainFileIsUsedIfTheFirstIsUnreadable()
+void YumConfIOPlacesTest::noMainFileOfLowerPrecedenceIsUsedIfTheFirstMainFileIsUnreadable()
 {
     QVERIFY(QDir(root->path()).mkpath(QStringLiteral("etc/dnf")));
     put(path(QStringLiteral("etc/dnf/dnf.conf")), "[main]\n");
@@ -227,7 +227,7 @@ void YumConfIOPlacesTest::etcDistroReposDIsAlsoReadIfItExists()
     QVERIFY(conf->read(window.get()));
     QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc/yum.repos.d")),
                                           path(QStringLiteral("etc/yum/repos.d")), directory, newer}));
-    // If it is known which directories the installed dnf reads, VYRE reads no other directory.
+    // If dnf has reported its directories, VYRE reads no directory except these.
     conf->knownDirectories =
         QStringList{QStringLiteral("/etc/yum.repos.d"), QStringLiteral("/etc/distro.repos.d")};
     QVERIFY(conf->read(window.get()));
@@ -258,7 +258,7 @@ void YumConfIOPlacesTest::configuredDirectoriesAreBelowTheManagedRoot()
     QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc")), QStringLiteral("/dev")}));
 }
 
-void YumConfIOPlacesTest::aWarningNamesEachValueThatThePackageManagerReadsDifferently()
+void YumConfIOPlacesTest::aWarningNamesEachValueThatVyreAndThePackageManagerReadDifferently()
 {
     putMain("[main]\nenabled = No\ngpgcheck=0\n[a]\nenabled=0 \ngpgcheck=FALSE\n[b]\nenabled=0\ngpgcheck=1\n"
             "[c]\nenabled=off\nname=Gr\xc3\xb6\xc3\x9f"
@@ -282,7 +282,7 @@ void YumConfIOPlacesTest::aWarningNamesEachValueThatThePackageManagerReadsDiffer
     QCOMPARE(conf->warnings, QStringList());
 }
 
-void YumConfIOPlacesTest::aSecondReadDiscardsAllValuesOfTheFirst()
+void YumConfIOPlacesTest::aSecondReadDiscardsAllValuesOfTheFirstRead()
 {
     putMain("[main]\ncachedir=/c\nreposdir=/r\nenabled=0\ngpgcheck=1\n[x]\n");
     QVERIFY(conf->read(window.get()));
@@ -367,7 +367,7 @@ void YumConfIOPlacesTest::missingDirectoriesAreSkipped()
     QVERIFY(conf->write(window.get()));
 }
 
-void YumConfIOPlacesTest::onlyFilesWhoseNamesEndInRepoAreRead()
+void YumConfIOPlacesTest::onlyFilesWithTheSuffixRepoAreRead()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     putRepo(QStringLiteral("b.repo.rpmsave"), "[b]\n");
@@ -417,7 +417,7 @@ void YumConfIOPlacesTest::fileNamesWithLettersBeyondAsciiAreKept()
     QCOMPARE(getRepo(name), QByteArray("[x]\nname=X\n"));
 }
 
-void YumConfIOPlacesTest::aDirectoryThatTwoPathsNameIsReadOnce_data()
+void YumConfIOPlacesTest::aDirectoryIsReadOnceEvenIfTwoPathsLeadToIt_data()
 {
     QTest::addColumn<QStringList>("names");
     QTest::newRow("a link and its target")
@@ -431,7 +431,7 @@ void YumConfIOPlacesTest::aDirectoryThatTwoPathsNameIsReadOnce_data()
                         QStringLiteral("etc/../etc//yum.repos.d/.")});
 }
 
-void YumConfIOPlacesTest::aDirectoryThatTwoPathsNameIsReadOnce()
+void YumConfIOPlacesTest::aDirectoryIsReadOnceEvenIfTwoPathsLeadToIt()
 {
     QFETCH(QStringList, names);
     linkTo(QStringLiteral("yum.repos.d"), path(QStringLiteral("etc/link")));
@@ -504,7 +504,7 @@ void YumConfIOPlacesTest::severalPathsToOneFileAreTreatedAsOneFile()
     QCOMPARE(getRepo(QStringLiteral("x.repo")), QByteArray("[x]\n\n[y]\n"));
 }
 
-void YumConfIOPlacesTest::removingAFileRemovesAllItsNames()
+void YumConfIOPlacesTest::removingARepositoryFileRemovesAllLinksToIt()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     QCOMPARE(link(QFile::encodeName(repoPath(QStringLiteral("a.repo"))).constData(),

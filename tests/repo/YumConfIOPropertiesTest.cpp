@@ -105,7 +105,7 @@ private Q_SLOTS:
     void init();
 
     void writtenFilesAreReadBackWithTheSameValues();
-    void eachWriteAndReadEncodesBytesBeyondAsciiOnceMore();
+    void eachRoundOfReadingAndWritingEncodesBytesBeyondAsciiAgain();
     void editingOneValueDoesNotChangeOtherValues();
     void aNewFileWithAPasswordIsReadableOnlyByItsOwner();
 
@@ -320,7 +320,7 @@ void YumConfIOPropertiesTest::writtenFilesAreReadBackWithTheSameValues()
     roundTrips(true);
 }
 
-void YumConfIOPropertiesTest::eachWriteAndReadEncodesBytesBeyondAsciiOnceMore()
+void YumConfIOPropertiesTest::eachRoundOfReadingAndWritingEncodesBytesBeyondAsciiAgain()
 {
     roundTrips(false);
 }
@@ -391,8 +391,8 @@ void YumConfIOPropertiesTest::place(RandomConfiguration& random, Repo::Entry& en
     const QString& file = places.at(random.below(places.size()));
     QList<Placed>& sections = files[file].sections;
     const int index = random.below(sections.size() + 1);
-    // If no section is on one side of the new section, the new position is 1 away from the section on the
-    // other side.
+    // At the beginning or the end of the file, the new section has only one neighbour. Its position then
+    // differs by 1 from the position of this neighbour.
     const double first = sections.isEmpty() ? 1.0 : sections.first().position;
     const double before = index == 0 ? first - 2.0 : sections.at(index - 1).position;
     const double after = index == sections.size() ? before + 2.0 : sections.at(index).position;
@@ -420,7 +420,7 @@ void YumConfIOPropertiesTest::add(RandomConfiguration& random)
     entry.gpgcheck = section.gpgcheck;
     entry.options = section.options;
     if (random.chance(30)) {
-        // An entry without a file gets a new file with the name of its identifier.
+        // An entry without a file gets a new file, which is named after the identifier.
         files[path(QStringLiteral("etc/yum.repos.d/%1.repo").arg(section.id))].sections = {{section, 0.0}};
     } else {
         place(random, entry, section);

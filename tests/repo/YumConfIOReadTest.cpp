@@ -17,15 +17,15 @@ private Q_SLOTS:
     void anEmptySectionSpecifiesNothing();
     void onlyTheValueZeroDisablesASetting_data();
     void onlyTheValueZeroDisablesASetting();
-    void linesThatAreNotFieldsAreReadAsOptions_data();
-    void linesThatAreNotFieldsAreReadAsOptions();
+    void aLineWithoutAKnownKeyIsReadAsAnOption_data();
+    void aLineWithoutAKnownKeyIsReadAsAnOption();
     void theLastValueOfARepeatedKeyIsUsed();
-    void urlsSeparatedByBlanksOrLineFeedsAreReadAsOneUrlPerLine();
+    void blanksAndLineFeedsBetweenUrlsAreReadAsLineFeeds();
     void theReaderKeepsTrailingBlanksOfNames();
     void theReaderKeepsTheBlanksInIdentifiers();
     void aSectionHeaderCanContinueOnTheNextLine();
-    void aLastLineWithoutLineFeedIsRead_data();
-    void aLastLineWithoutLineFeedIsRead();
+    void theLastLineIsReadEvenIfItHasNoLineFeed_data();
+    void theLastLineIsReadEvenIfItHasNoLineFeed();
     void linesAboveTheFirstSectionAreIgnored();
     void continuationLinesBelongToTheLineAbove();
     void anEmptyLineWithAContinuationLineIsAnOption();
@@ -96,10 +96,10 @@ void YumConfIOReadTest::onlyTheValueZeroDisablesASetting_data()
     QTest::newRow("zero before a blank") << QByteArray("=0 ") << Qt::Checked;
     QTest::newRow("zero before a continuation line") << QByteArray("=0\n ") << Qt::Checked;
     QTest::newRow("two zeros") << QByteArray("=00") << Qt::Checked;
-    QTest::newRow("no") << QByteArray("=no") << Qt::Checked;
-    QTest::newRow("false") << QByteArray("=false") << Qt::Checked;
+    QTest::newRow("the word no") << QByteArray("=no") << Qt::Checked;
+    QTest::newRow("the word false") << QByteArray("=false") << Qt::Checked;
     QTest::newRow("one") << QByteArray("=1") << Qt::Checked;
-    QTest::newRow("nothing") << QByteArray("=") << Qt::Checked;
+    QTest::newRow("empty value") << QByteArray("=") << Qt::Checked;
     QTest::newRow("no separator") << QByteArray(" 0") << Qt::PartiallyChecked;
 }
 
@@ -117,7 +117,7 @@ void YumConfIOReadTest::onlyTheValueZeroDisablesASetting()
     QCOMPARE(conf->gpgcheck, state == Qt::Checked);
 }
 
-void YumConfIOReadTest::linesThatAreNotFieldsAreReadAsOptions_data()
+void YumConfIOReadTest::aLineWithoutAKnownKeyIsReadAsAnOption_data()
 {
     QTest::addColumn<QByteArray>("line");
     QTest::addColumn<QString>("name");
@@ -148,7 +148,7 @@ void YumConfIOReadTest::linesThatAreNotFieldsAreReadAsOptions_data()
     otherRow("nothing before the separator", "=value");
 }
 
-void YumConfIOReadTest::linesThatAreNotFieldsAreReadAsOptions()
+void YumConfIOReadTest::aLineWithoutAKnownKeyIsReadAsAnOption()
 {
     QFETCH(QByteArray, line);
     QFETCH(QString, name);
@@ -170,7 +170,7 @@ void YumConfIOReadTest::theLastValueOfARepeatedKeyIsUsed()
     QCOMPARE(conf->entries.value(0).mirrorlist, QString());
 }
 
-void YumConfIOReadTest::urlsSeparatedByBlanksOrLineFeedsAreReadAsOneUrlPerLine()
+void YumConfIOReadTest::blanksAndLineFeedsBetweenUrlsAreReadAsLineFeeds()
 {
     putRepo(QStringLiteral("f.repo"),
             "[x]\nbaseurl=http://a/   http://b/ \t\n\thttp://c/\n        http://d/\n");
@@ -208,7 +208,7 @@ void YumConfIOReadTest::aSectionHeaderCanContinueOnTheNextLine()
     QCOMPARE(conf->entries.first().name, QStringLiteral("x"));
 }
 
-void YumConfIOReadTest::aLastLineWithoutLineFeedIsRead_data()
+void YumConfIOReadTest::theLastLineIsReadEvenIfItHasNoLineFeed_data()
 {
     QTest::addColumn<QByteArray>("mainFile");
     QTest::addColumn<QByteArray>("repoFile");
@@ -222,7 +222,7 @@ void YumConfIOReadTest::aLastLineWithoutLineFeedIsRead_data()
     QTest::newRow("option in the main file") << QByteArray("[main]\n[x]\nname=a") << QByteArray() << x << "a";
 }
 
-void YumConfIOReadTest::aLastLineWithoutLineFeedIsRead()
+void YumConfIOReadTest::theLastLineIsReadEvenIfItHasNoLineFeed()
 {
     QFETCH(QByteArray, mainFile);
     QFETCH(QByteArray, repoFile);

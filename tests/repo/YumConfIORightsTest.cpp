@@ -73,7 +73,7 @@ void YumConfIORightsTest::otherUsersLoseTheirRightsToAFileThatGetsAPassword()
         QStringLiteral("%1 contains a password. From now on, only the file's owner and group can read the "
                        "file.");
     QCOMPARE(texts, QStringList({text.arg(mainPath()), text.arg(given)}));
-    // The next write of the same file causes no further message.
+    // The next write of the same file does not cause this message a second time.
     entry(QStringLiteral("given")).name = QStringLiteral("G");
     QVERIFY(conf->write(window.get()));
     QCOMPARE(noted.size(), 2);
@@ -104,16 +104,16 @@ void YumConfIORightsTest::onlyANewFileWithoutSecretsIsReadableByAllUsers_data()
     QTest::addColumn<QString>("mirrorlist");
     QTest::addColumn<QString>("options");
     QTest::addColumn<int>("mode");
-    QTest::newRow("nothing secret") << "http://a:8080/b@c/"
-                                    << "https://m/?a=b"
-                                    << "username=u\n"
-                                    << 0644;
+    QTest::newRow("no secrets") << "http://a:8080/b@c/"
+                                << "https://m/?a=b"
+                                << "username=u\n"
+                                << 0644;
     QTest::newRow("credential URL") << "http://a/vantor?u=n&p=w&path=/"
                                     << ""
                                     << "" << 0600;
-    QTest::newRow("credential URL among others") << "http://a/\nhttp://b/vantor?u=&p=&path=/"
-                                                 << ""
-                                                 << "" << 0600;
+    QTest::newRow("credential URL next to an ordinary URL") << "http://a/\nhttp://b/vantor?u=&p=&path=/"
+                                                            << ""
+                                                            << "" << 0600;
     QTest::newRow("credential mirror list") << ""
                                             << "http://a/vantor?u=n&p=w&path=/"
                                             << "" << 0600;

@@ -15,19 +15,19 @@ private Q_SLOTS:
     void sectionsAreWrittenInTheStandardForm();
     void unspecifiedValuesAreNotWritten();
     void aWriteMovesCommentsToTheEndOfTheirSection();
-    void aWriteKeepsBlankLinesOnlyInTheMainPart();
+    void aWriteKeepsBlankLinesOnlyInTheMainSection();
     void theMainFileIsRewrittenWithItsRepositories();
     void theMainFileIsWrittenEvenIfItHasNoRepositories();
     void aNewRepositoryGetsItsOwnFile();
-    void aRelativePathOfAFileIsResolvedInTheFirstDirectory();
-    void aRelativePathOfAFileIsNotChangedIfNoDirectoryIsConfigured();
+    void aRelativePathIsResolvedInTheFirstDirectory();
+    void aRelativePathIsNotChangedIfNoDirectoryIsConfigured();
     void thePositionDeterminesTheOrderOfSectionsInAFile();
     void newRepositoriesWithEqualPositionsAreWrittenInListOrder();
     void aRepositoryWithANewFileNameMovesToThisFile();
     void removingTheLastRepositoryOfAFileRemovesTheFile();
     void aWriteRemovesARepositoryFileThatHasOnlyComments();
     void aWriteKeepsDirectoriesAndFilesThatAreNoRepositoryFiles();
-    void aWriteEncodesBytesBeyondAsciiOnceMore();
+    void aByteBeyondAsciiIsReadAsOneCharacterAndWrittenInUtf8();
     void aFileWithoutEditsKeepsItsExactBytes();
     void theTargetOfASymbolicLinkIsWritten();
 };
@@ -83,7 +83,7 @@ void YumConfIOWriteTest::aWriteMovesCommentsToTheEndOfTheirSection()
              QByteArray("[x]\nname=a\nenabled=1\n# inside\n; also inside\n"));
 }
 
-void YumConfIOWriteTest::aWriteKeepsBlankLinesOnlyInTheMainPart()
+void YumConfIOWriteTest::aWriteKeepsBlankLinesOnlyInTheMainSection()
 {
     putMain("\n# top\n\n[main]\n\nretries=1\n\n\n[x]\n\nname=a\n\n");
     QVERIFY(conf->read(window.get()));
@@ -96,7 +96,7 @@ void YumConfIOWriteTest::theMainFileIsRewrittenWithItsRepositories()
     putMain("[main]\nretries=1\n[a]\n[b]\n[c]");
     QVERIFY(conf->read(window.get()));
     QVERIFY(conf->write(window.get()));
-    // Blank lines separate repository sections, but not the main part and the first section.
+    // A blank line precedes each repository section except the first one.
     QCOMPARE(get(mainPath()), QByteArray("[main]\nretries=1\n[a]\n\n[b]\n\n[c]\n"));
 }
 
@@ -122,7 +122,7 @@ void YumConfIOWriteTest::aNewRepositoryGetsItsOwnFile()
     QCOMPARE(conf->entries.first().file, repoPath(QStringLiteral("x.repo")));
 }
 
-void YumConfIOWriteTest::aRelativePathOfAFileIsResolvedInTheFirstDirectory()
+void YumConfIOWriteTest::aRelativePathIsResolvedInTheFirstDirectory()
 {
     QVERIFY(conf->read(window.get()));
     Repo::Entry inside = made(QStringLiteral("x"));
@@ -137,7 +137,7 @@ void YumConfIOWriteTest::aRelativePathOfAFileIsResolvedInTheFirstDirectory()
     QCOMPARE(conf->entries.at(1).file, path(QStringLiteral("elsewhere.conf")));
 }
 
-void YumConfIOWriteTest::aRelativePathOfAFileIsNotChangedIfNoDirectoryIsConfigured()
+void YumConfIOWriteTest::aRelativePathIsNotChangedIfNoDirectoryIsConfigured()
 {
     putMain("[main]\nreposdir=\n");
     QVERIFY(conf->read(window.get()));
@@ -229,7 +229,7 @@ void YumConfIOWriteTest::aWriteKeepsDirectoriesAndFilesThatAreNoRepositoryFiles(
     QVERIFY(QFileInfo(repoPath(QStringLiteral("directory.repo"))).isDir());
 }
 
-void YumConfIOWriteTest::aWriteEncodesBytesBeyondAsciiOnceMore()
+void YumConfIOWriteTest::aByteBeyondAsciiIsReadAsOneCharacterAndWrittenInUtf8()
 {
     putMain("[main]\n# \xE9\n[m]\n");
     putRepo(QStringLiteral("f.repo"), "[x]\nname=\xC3\xA9\nexclude=\xE9\n");

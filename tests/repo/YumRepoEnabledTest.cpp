@@ -26,16 +26,16 @@ void YumRepoEnabledTest::aPatternWithWildcardsMatchesOnlyWholeIdentifiers_data()
     QTest::addColumn<QString>("pattern");
     QTest::addColumn<QString>("id");
     QTest::addColumn<bool>("matches");
-    QTest::newRow("the same text") << "base"
-                                   << "base" << true;
+    QTest::newRow("whole identifier") << "base"
+                                      << "base" << true;
     QTest::newRow("only the beginning of the identifier") << "base"
                                                           << "base-debug" << false;
     QTest::newRow("star") << "base*"
                           << "base-debug" << true;
     QTest::newRow("question mark") << "b?se"
                                    << "base" << true;
-    QTest::newRow("set") << "b[ae]se"
-                         << "bese" << true;
+    QTest::newRow("characters in brackets") << "b[ae]se"
+                                            << "bese" << true;
     QTest::newRow("different letter case") << "Base"
                                            << "base" << false;
     QTest::newRow("a literal dot") << "b.se"

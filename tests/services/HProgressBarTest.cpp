@@ -38,9 +38,9 @@ class HProgressBarTest : public QObject
 private Q_SLOTS:
     void theTextOfTheBarConsistsOfActivityAndPercentage();
     void placeMarkersInAnActivityAreShownUnchanged();
-    void resetRemovesTheActivityAndTheValue();
-    void setActivityPaintsTheBarAgain();
-    void anEarlyFrameOfTheBusyAnimationIsNotPainted();
+    void theResetFunctionRemovesTheActivityAndTheValue();
+    void theSetActivityFunctionPaintsTheBarAgain();
+    void aFrameIsNotPaintedIfItFollowsTheLastFrameTooSoon();
     void hoveringOverTheBarInAnActiveWindowRequestsATip();
     void theRequestForATipContainsThePosition();
     void hoveringOverTheBarInAnInactiveWindowRequestsNoTip();
@@ -75,7 +75,7 @@ void HProgressBarTest::placeMarkersInAnActivityAreShownUnchanged()
     QCOMPARE(bar.text(), QString("Reading %1 and %2 (40%)"));
 }
 
-void HProgressBarTest::resetRemovesTheActivityAndTheValue()
+void HProgressBarTest::theResetFunctionRemovesTheActivityAndTheValue()
 {
     HProgressBar bar;
     bar.setRange(0, 100);
@@ -86,7 +86,7 @@ void HProgressBarTest::resetRemovesTheActivityAndTheValue()
     QCOMPARE(bar.value(), -1);
 }
 
-void HProgressBarTest::setActivityPaintsTheBarAgain()
+void HProgressBarTest::theSetActivityFunctionPaintsTheBarAgain()
 {
     CountingBar bar;
     bar.setRange(0, 100);
@@ -99,7 +99,7 @@ void HProgressBarTest::setActivityPaintsTheBarAgain()
     QTRY_VERIFY(bar.paints > before);
 }
 
-void HProgressBarTest::anEarlyFrameOfTheBusyAnimationIsNotPainted()
+void HProgressBarTest::aFrameIsNotPaintedIfItFollowsTheLastFrameTooSoon()
 {
     CountingBar bar;
     bar.setRange(0, 100);

@@ -100,7 +100,7 @@ private Q_SLOTS:
         QVERIFY(pumped.readWaiting(1 - way).isEmpty());
     }
 
-    void stopReturnsOnlyAfterThePumpHasForwardedAllOutput()
+    void theStopFunctionReturnsOnlyAfterThePumpHasForwardedAllOutput()
     {
         Pumped pumped;
         QVERIFY(pumped.started);

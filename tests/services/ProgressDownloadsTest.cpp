@@ -17,12 +17,12 @@ class ProgressDownloadsTest : public ShownBars
 
 private Q_SLOTS:
     void theValueOfTheItemBarIsTheSumOfAllDownloads();
-    void completeDownloadsMoveTheTotalBarToTheStartOfTheirLastAct();
+    void theTotalBarReachesTheStartOfTheLastActWhenAllDownloadsAreComplete();
     void theActivityIsTheNameOfTheDownloadIfOnlyOneDownloadRuns();
     void aRetryOfADownloadSubtractsItsValueFromTheSum();
     void aRetryOfADownloadNeverMakesTheSumNegative();
-    void aReportWithAnIndexBeyondTheDownloadsIsIgnored();
-    void resetRemovesTheDownloads();
+    void aReportWithATooLargeDownloadIndexIsIgnored();
+    void theResetFunctionRemovesTheDownloads();
     void atMostOneEventIsQueuedForReportsAboutDownloads();
     void hoveringShowsNoTipIfNoDownloadRuns();
     void hoveringOverTheItemBarShowsATipWithTheDownloads();
@@ -56,7 +56,7 @@ void ProgressDownloadsTest::theValueOfTheItemBarIsTheSumOfAllDownloads()
     QCOMPARE(item->value(), 320);
 }
 
-void ProgressDownloadsTest::completeDownloadsMoveTheTotalBarToTheStartOfTheirLastAct()
+void ProgressDownloadsTest::theTotalBarReachesTheStartOfTheLastActWhenAllDownloadsAreComplete()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -124,7 +124,7 @@ void ProgressDownloadsTest::aRetryOfADownloadNeverMakesTheSumNegative()
     QCOMPARE(item->value(), 0);
 }
 
-void ProgressDownloadsTest::aReportWithAnIndexBeyondTheDownloadsIsIgnored()
+void ProgressDownloadsTest::aReportWithATooLargeDownloadIndexIsIgnored()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -139,7 +139,7 @@ void ProgressDownloadsTest::aReportWithAnIndexBeyondTheDownloadsIsIgnored()
     QCOMPARE(spy.count(), 0);
 }
 
-void ProgressDownloadsTest::resetRemovesTheDownloads()
+void ProgressDownloadsTest::theResetFunctionRemovesTheDownloads()
 {
     Progress::Object progress(total, item);
     progress.setupItemActsThreads("Downloading", 0, 1, 3, 100);

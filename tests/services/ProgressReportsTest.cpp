@@ -17,9 +17,9 @@ private Q_SLOTS:
     void aSecondItemValueWithinTheIntervalIsStoredButNotSent();
     void theFinalItemValueIsNotSentIfItIsWithinTheInterval();
     void anItemValueWithinTheIntervalAfterNewStepsIsNotSent();
-    void anItemValueBeforeTheFirstStartIsNotSent();
+    void anItemValueIsNotSentIfNoItemHasStarted();
     void aTotalValueWithinTheIntervalIsDropped();
-    void theMaximumOfTheTotalIsSentOnceWithinTheInterval();
+    void theMaximumOfTheTotalBarIsSentOnlyOnceInAnInterval();
     void aTotalValueWithinTheIntervalAfterAnItemValueIsNotSent();
     void aChangeOfTheActivityProcessesPendingEvents();
     void reportsOfAWorkerAreDeliveredInOrder();
@@ -95,7 +95,7 @@ void ProgressReportsTest::anItemValueWithinTheIntervalAfterNewStepsIsNotSent()
     QCOMPARE(spy.count(), 1);
 }
 
-void ProgressReportsTest::anItemValueBeforeTheFirstStartIsNotSent()
+void ProgressReportsTest::anItemValueIsNotSentIfNoItemHasStarted()
 {
     Progress::Object progress(total, item);
     QSignalSpy itemSpy(&progress, SIGNAL(setItemValueSig(Steps, Steps)));
@@ -129,7 +129,7 @@ void ProgressReportsTest::aTotalValueWithinTheIntervalIsDropped()
     QCOMPARE(total->value(), 30);
 }
 
-void ProgressReportsTest::theMaximumOfTheTotalIsSentOnceWithinTheInterval()
+void ProgressReportsTest::theMaximumOfTheTotalBarIsSentOnlyOnceInAnInterval()
 {
     QElapsedTimer timer;
     int first = 0;

@@ -14,21 +14,21 @@ private Q_SLOTS:
     void theArgumentTypesOfTheSignalsAreRegisteredUnderTheirNames();
     void aCopyOfTheDownloadStatesIsIndependentOfTheOriginal();
     void theBarsAreIdleBeforeAndAfterTheLifeOfAProgressObject();
-    void startTotalEnablesOnlyTheTotalBar();
-    void startItemUsesTheNextPartOfTheTotalBar();
-    void changeItemActivityChangesOnlyTheText();
-    void changeTotalReducesALargerValueToTheOldMaximum();
-    void changeTotalDoesNotChangeASmallerValue();
-    void theActsTogetherFillExactlyThePartOfTheItem();
+    void theStartTotalFunctionEnablesOnlyTheTotalBar();
+    void eachItemUsesTheNextPartOfTheTotalBar();
+    void theChangeItemActivityFunctionChangesOnlyTheText();
+    void theChangeTotalFunctionReducesAValueAboveTheOldMaximum();
+    void theChangeTotalFunctionKeepsAValueBelowTheOldMaximum();
+    void theActsOfAnItemTogetherFillItsPartOfTheTotalBar();
     void oneStepOfTheItemBarCanUseSeveralActs();
     void anActWithTooManyStepsFillsOnlyTheRemainingPart();
-    void anItemWithoutActsFillsItsWholePartOfTheTotal();
-    void endItemActsMovesTheTotalBarToTheEndOfAllActs();
+    void anItemWithoutActsFillsItsWholePartOfTheTotalBar();
+    void theEndItemActsFunctionMovesTheTotalBarToTheEndOfAllActs();
     void theTotalBarMovesToTheNewShareIfTheNumberOfActsChanges();
     void theTotalBarMovesToTheEndOfTheActsIfTheirNumberBecomesZero();
-    void changeItemActStepsSetsTheValueAndTheMaximumOfTheItemBar();
-    void changeItemActStepsSendsOnlyTheSignalWithThreeArguments();
-    void thePartOfTheItemIsFullIfTheItemMaximumIsZero();
+    void theChangeItemActStepsFunctionSetsValueAndMaximumOfTheItemBar();
+    void theChangeItemActStepsFunctionSendsOnlyTheSignalWithThreeArguments();
+    void anItemFillsItsPartOfTheTotalBarIfTheItemMaximumIsZero();
     void anItemValueAboveTheMaximumIsReducedToTheMaximum();
     void theValuesAreScaledIfAMaximumIsBeyondTheRangeOfABar();
     void theValuesAreNotScaledIfAMaximumIsWithinTheRangeOfABar();
@@ -103,7 +103,7 @@ void ProgressStepsTest::theBarsAreIdleBeforeAndAfterTheLifeOfAProgressObject()
     QVERIFY(idle(item));
 }
 
-void ProgressStepsTest::startTotalEnablesOnlyTheTotalBar()
+void ProgressStepsTest::theStartTotalFunctionEnablesOnlyTheTotalBar()
 {
     Progress::Object progress(total, item);
     QSignalSpy spy(&progress, SIGNAL(startTotalSig(QString, Steps)));
@@ -117,7 +117,7 @@ void ProgressStepsTest::startTotalEnablesOnlyTheTotalBar()
     QVERIFY(!item->isEnabled());
 }
 
-void ProgressStepsTest::startItemUsesTheNextPartOfTheTotalBar()
+void ProgressStepsTest::eachItemUsesTheNextPartOfTheTotalBar()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Collecting", 100);
@@ -134,7 +134,7 @@ void ProgressStepsTest::startItemUsesTheNextPartOfTheTotalBar()
     QCOMPARE(total->value(), 50);
 }
 
-void ProgressStepsTest::changeItemActivityChangesOnlyTheText()
+void ProgressStepsTest::theChangeItemActivityFunctionChangesOnlyTheText()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Collecting", 100);
@@ -145,7 +145,7 @@ void ProgressStepsTest::changeItemActivityChangesOnlyTheText()
     QCOMPARE(total->value(), 15);
 }
 
-void ProgressStepsTest::changeTotalReducesALargerValueToTheOldMaximum()
+void ProgressStepsTest::theChangeTotalFunctionReducesAValueAboveTheOldMaximum()
 {
     Progress::Object progress(total, item);
     QSignalSpy spy(&progress, SIGNAL(changeTotalSig(Steps, Steps)));
@@ -159,7 +159,7 @@ void ProgressStepsTest::changeTotalReducesALargerValueToTheOldMaximum()
     QCOMPARE(total->maximum(), 50);
 }
 
-void ProgressStepsTest::changeTotalDoesNotChangeASmallerValue()
+void ProgressStepsTest::theChangeTotalFunctionKeepsAValueBelowTheOldMaximum()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Collecting", 100);
@@ -170,7 +170,7 @@ void ProgressStepsTest::changeTotalDoesNotChangeASmallerValue()
     QCOMPARE(total->value(), 40);
 }
 
-void ProgressStepsTest::theActsTogetherFillExactlyThePartOfTheItem()
+void ProgressStepsTest::theActsOfAnItemTogetherFillItsPartOfTheTotalBar()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -269,7 +269,7 @@ void ProgressStepsTest::anActWithTooManyStepsFillsOnlyTheRemainingPart()
     QCOMPARE(total->value(), 100);
 }
 
-void ProgressStepsTest::anItemWithoutActsFillsItsWholePartOfTheTotal()
+void ProgressStepsTest::anItemWithoutActsFillsItsWholePartOfTheTotalBar()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -280,7 +280,7 @@ void ProgressStepsTest::anItemWithoutActsFillsItsWholePartOfTheTotal()
     QCOMPARE(total->value(), 100);
 }
 
-void ProgressStepsTest::endItemActsMovesTheTotalBarToTheEndOfAllActs()
+void ProgressStepsTest::theEndItemActsFunctionMovesTheTotalBarToTheEndOfAllActs()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -323,7 +323,7 @@ void ProgressStepsTest::theTotalBarMovesToTheEndOfTheActsIfTheirNumberBecomesZer
     QCOMPARE(total->value(), 150);
 }
 
-void ProgressStepsTest::changeItemActStepsSetsTheValueAndTheMaximumOfTheItemBar()
+void ProgressStepsTest::theChangeItemActStepsFunctionSetsValueAndMaximumOfTheItemBar()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Reading", 100);
@@ -337,7 +337,7 @@ void ProgressStepsTest::changeItemActStepsSetsTheValueAndTheMaximumOfTheItemBar(
     QCOMPARE(total->value(), 40);
 }
 
-void ProgressStepsTest::changeItemActStepsSendsOnlyTheSignalWithThreeArguments()
+void ProgressStepsTest::theChangeItemActStepsFunctionSendsOnlyTheSignalWithThreeArguments()
 {
     Progress::Object progress(total, item);
     QSignalSpy two(&progress, SIGNAL(changeItemActStepsSig(Steps, Steps)));
@@ -348,7 +348,7 @@ void ProgressStepsTest::changeItemActStepsSendsOnlyTheSignalWithThreeArguments()
     QCOMPARE(three.count(), 1);
 }
 
-void ProgressStepsTest::thePartOfTheItemIsFullIfTheItemMaximumIsZero()
+void ProgressStepsTest::anItemFillsItsPartOfTheTotalBarIfTheItemMaximumIsZero()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Reading", 100);

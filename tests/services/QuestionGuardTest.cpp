@@ -58,12 +58,12 @@ private Q_SLOTS:
     void inputInTheFirstMomentOfAQuestionIsIgnored();
     void inputAfterTheFirstMomentOfAQuestionHasItsUsualEffect_data();
     void inputAfterTheFirstMomentOfAQuestionHasItsUsualEffect();
-    void repetitionsOfAKeyThatWasHeldWhenTheQuestionOpenedAreIgnored();
-    void keyRepetitionsThatQtDoesNotRecogniseAreIgnoredToo();
-    void aKeyThatIsPressedInTheFirstMomentAndThenHeldIsIgnored();
+    void theQuestionIgnoresRepetitionsOfAKeyThatWasHeldWhenItOpened();
+    void theQuestionAlsoIgnoresKeyRepetitionsThatQtDoesNotRecognise();
+    void theQuestionIgnoresAKeyThatIsHeldFromTheFirstMomentOn();
     void aKeyThatIsPressedAfterTheFirstMomentCanRepeat();
     void theButtonsAreDisabledInTheFirstMoment();
-    void aMouseClickThatBeginsInTheFirstMomentPressesNoButton();
+    void noButtonIsPressedIfAMouseClickBeginsInTheFirstMoment();
     void theDefaultButtonGetsTheFocusAfterTheFirstMoment_data();
     void theDefaultButtonGetsTheFocusAfterTheFirstMoment();
     void theQuestionIgnoresInputAgainWhenItsWindowFirstBecomesActive();
@@ -201,7 +201,7 @@ void QuestionGuardTest::inputAfterTheFirstMomentOfAQuestionHasItsUsualEffect()
     QCOMPARE(dialog->result(), input == 1 ? 0 : 1);
 }
 
-void QuestionGuardTest::repetitionsOfAKeyThatWasHeldWhenTheQuestionOpenedAreIgnored()
+void QuestionGuardTest::theQuestionIgnoresRepetitionsOfAKeyThatWasHeldWhenItOpened()
 {
     show();
     waitForInput();
@@ -215,7 +215,7 @@ void QuestionGuardTest::repetitionsOfAKeyThatWasHeldWhenTheQuestionOpenedAreIgno
     QVERIFY(!dialog->isVisible());
 }
 
-void QuestionGuardTest::keyRepetitionsThatQtDoesNotRecogniseAreIgnoredToo()
+void QuestionGuardTest::theQuestionAlsoIgnoresKeyRepetitionsThatQtDoesNotRecognise()
 {
     show();
     waitForInput();
@@ -229,7 +229,7 @@ void QuestionGuardTest::keyRepetitionsThatQtDoesNotRecogniseAreIgnoredToo()
     QVERIFY(!dialog->isVisible());
 }
 
-void QuestionGuardTest::aKeyThatIsPressedInTheFirstMomentAndThenHeldIsIgnored()
+void QuestionGuardTest::theQuestionIgnoresAKeyThatIsHeldFromTheFirstMomentOn()
 {
     show();
     sendKey(dialog->windowHandle(), QEvent::KeyPress, Qt::Key_Return, false);
@@ -265,7 +265,7 @@ void QuestionGuardTest::theButtonsAreDisabledInTheFirstMoment()
     }
 }
 
-void QuestionGuardTest::aMouseClickThatBeginsInTheFirstMomentPressesNoButton()
+void QuestionGuardTest::noButtonIsPressedIfAMouseClickBeginsInTheFirstMoment()
 {
     show();
     QPushButton* const ok = button(*dialog, "&OK");

@@ -66,15 +66,15 @@ private Q_SLOTS:
     void theErrorDialogHasOneCentredButton();
     void theDialogsShowTheIconsOfMessageBoxes();
     void eachButtonOfTheConfirmDialogGivesItsAnswer();
-    void enterAcceptsAndEscapeRejects();
-    void enterRejectsIfRejectionIsTheDefault();
-    void closingTheConfirmDialogRejects();
+    void enterAcceptsTheQuestionAndEscapeRejectsTheQuestion();
+    void enterRejectsTheQuestionIfRejectionIsTheDefault();
+    void closingTheConfirmDialogRejectsTheQuestion();
     void theDialogsShowTheirTextsAsPlainText();
     void aShortTextIsShownWithoutScrollBars();
     void aTextThatFitsOnTheScreenIsShownWithoutScrollBars_data();
     void aTextThatFitsOnTheScreenIsShownWithoutScrollBars();
-    void aTextThatIsTooLongForTheScreenScrollsInTheDialog_data();
-    void aTextThatIsTooLongForTheScreenScrollsInTheDialog();
+    void aTooLongTextCanBeScrolledInTheDialog_data();
+    void aTooLongTextCanBeScrolledInTheDialog();
     void navigationKeysScrollALongText();
     void navigationKeysScrollTheTextEvenIfAButtonHasTheFocus();
     void theNoticeAndTheSummaryAreVisibleEvenIfTheTextIsLong();
@@ -157,7 +157,7 @@ void ScrollableDialogsTest::eachButtonOfTheConfirmDialogGivesItsAnswer()
     QVERIFY(!error.isVisible());
 }
 
-void ScrollableDialogsTest::enterAcceptsAndEscapeRejects()
+void ScrollableDialogsTest::enterAcceptsTheQuestionAndEscapeRejectsTheQuestion()
 {
     ScrollableConfirmDialog dialog("Is this ok?", "Yes", "No", nullptr);
     dialog.show();
@@ -173,7 +173,7 @@ void ScrollableDialogsTest::enterAcceptsAndEscapeRejects()
     QCOMPARE(dialog.result(), static_cast<int>(QDialog::Rejected));
 }
 
-void ScrollableDialogsTest::enterRejectsIfRejectionIsTheDefault()
+void ScrollableDialogsTest::enterRejectsTheQuestionIfRejectionIsTheDefault()
 {
     ScrollableConfirmDialog dialog("Is this ok?", "Yes", "No", nullptr, true);
     dialog.setResult(QDialog::Accepted);
@@ -185,7 +185,7 @@ void ScrollableDialogsTest::enterRejectsIfRejectionIsTheDefault()
     QVERIFY(!dialog.isVisible());
     QCOMPARE(dialog.result(), static_cast<int>(QDialog::Rejected));
 
-    // If the user moves the focus to the other button, Return presses that button.
+    // If the user moves the focus to the second button, Return presses the second button.
     dialog.show();
     QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
     dialog.findChildren<QPushButton*>().at(0)->setFocus();
@@ -193,7 +193,7 @@ void ScrollableDialogsTest::enterRejectsIfRejectionIsTheDefault()
     QCOMPARE(dialog.result(), static_cast<int>(QDialog::Accepted));
 }
 
-void ScrollableDialogsTest::closingTheConfirmDialogRejects()
+void ScrollableDialogsTest::closingTheConfirmDialogRejectsTheQuestion()
 {
     ScrollableConfirmDialog dialog("Is this ok?", "Yes", "No", nullptr);
     dialog.setResult(QDialog::Accepted);
@@ -241,7 +241,7 @@ void ScrollableDialogsTest::aTextThatFitsOnTheScreenIsShownWithoutScrollBars()
 {
     QFETCH(QString, family);
     const FontScope font(family);
-    // Qt limits a new window to two thirds of the screen; this text needs more.
+    // Qt limits a new window to two thirds of the screen; this text needs more than that.
     const QSize wanted = Metrics::maxWindowSize() * 85 / 100;
     QLabel measured;
     measured.setTextFormat(Qt::PlainText);
@@ -268,14 +268,14 @@ void ScrollableDialogsTest::aTextThatFitsOnTheScreenIsShownWithoutScrollBars()
     QTRY_VERIFY(screen.contains(dialog.frameGeometry()));
 }
 
-void ScrollableDialogsTest::aTextThatIsTooLongForTheScreenScrollsInTheDialog_data()
+void ScrollableDialogsTest::aTooLongTextCanBeScrolledInTheDialog_data()
 {
     QTest::addColumn<bool>("confirm");
     QTest::newRow("confirm") << true;
     QTest::newRow("error") << false;
 }
 
-void ScrollableDialogsTest::aTextThatIsTooLongForTheScreenScrollsInTheDialog()
+void ScrollableDialogsTest::aTooLongTextCanBeScrolledInTheDialog()
 {
     QFETCH(bool, confirm);
     std::unique_ptr<QDialog> dialog;

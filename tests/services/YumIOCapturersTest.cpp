@@ -63,7 +63,7 @@ public:
     QString out;
     QString err;
     QStringList errors;
-    QStringList ended; // one element for each end of a capture: all output before this end
+    QStringList ended; // for each capture that has ended: all output until its end
     bool otherThread = false;
 
 private:
@@ -160,11 +160,11 @@ private Q_SLOTS:
     void capturedTextIsDeliveredOnTheGraphicalThread();
     void theLastOutputOfAChildArrives();
     void theDestructorReturnsOnlyAfterTheLastOutputHasArrived();
-    void theReceiverLearnsOfTheEndOfACaptureAfterItsLastOutput();
+    void theReceiverIsNotifiedOfTheEndOfACaptureAfterItsLastOutput();
     void aCharacterThatIsSplitBetweenTwoReadsArrivesUndamaged();
     void aSplitCharacterOnOneStreamDoesNotAffectTheOtherStream();
     void theDestructorRestoresTheDescriptors();
-    void textBufferedBeforeACaptureGoesToTheOriginalDescriptor();
+    void bufferedTextFromBeforeACaptureGoesToTheOriginalDescriptor();
     void aBackgroundChildDoesNotDelayTheEndOfTheCapture();
     void aBackgroundChildThatKeepsWritingDoesNotDelayTheEndOfTheCapture();
     void aFastWriterDoesNotFreezeTheGraphicalThread();
@@ -306,7 +306,7 @@ void YumIOCapturersTest::theDestructorReturnsOnlyAfterTheLastOutputHasArrived()
     }
 }
 
-void YumIOCapturersTest::theReceiverLearnsOfTheEndOfACaptureAfterItsLastOutput()
+void YumIOCapturersTest::theReceiverIsNotifiedOfTheEndOfACaptureAfterItsLastOutput()
 {
     Receiver receiver;
     for (const char* words : {"one", " two"}) {
@@ -368,7 +368,7 @@ void YumIOCapturersTest::theDestructorRestoresTheDescriptors()
     QVERIFY(restored);
 }
 
-void YumIOCapturersTest::textBufferedBeforeACaptureGoesToTheOriginalDescriptor()
+void YumIOCapturersTest::bufferedTextFromBeforeACaptureGoesToTheOriginalDescriptor()
 {
     QTemporaryFile file;
     QVERIFY(file.open());
@@ -653,8 +653,9 @@ void YumIOCapturersTest::aDescriptorThatCannotBeRestoredIsReportedAndReadingCont
     // program ends.
     static Receiver receivers[3];
     Receiver& receiver = receivers[descriptor];
-    // Standard output and standard error may be the same file. Then only the order of creation distinguishes
-    // the saved descriptors, so the test calculates the number of the descriptor that it closes.
+    // Standard output and standard error may be the same file. In this case, only the order of creation
+    // distinguishes the saved descriptors, so the test calculates the number of the descriptor that it
+    // closes.
     bool stderrRestored = true;
     bool stdoutRestored = true;
     runOnWorker([&] {

@@ -92,8 +92,8 @@ private Q_SLOTS:
 
     void theConfirmFunctionReturnsTheAnswerOfThePressedButton_data();
     void theConfirmFunctionReturnsTheAnswerOfThePressedButton();
-    void theDefaultButtonOfAConfirmationCanReject_data();
-    void theDefaultButtonOfAConfirmationCanReject();
+    void theReturnKeyGivesTheDefaultAnswerOfAConfirmation_data();
+    void theReturnKeyGivesTheDefaultAnswerOfAConfirmation();
     void closingAConfirmationWithTheWindowButtonRejectsIt();
     void aMessageBoxReturnsTheNumberOfThePressedButton_data();
     void aMessageBoxReturnsTheNumberOfThePressedButton();
@@ -189,14 +189,14 @@ void YumIODialogsTest::theConfirmFunctionReturnsTheAnswerOfThePressedButton()
     QCOMPARE(text, QString("Install <3> packages"));
 }
 
-void YumIODialogsTest::theDefaultButtonOfAConfirmationCanReject_data()
+void YumIODialogsTest::theReturnKeyGivesTheDefaultAnswerOfAConfirmation_data()
 {
     QTest::addColumn<bool>("rejectIsDefault");
     QTest::newRow("reject") << true;
     QTest::newRow("accept") << false;
 }
 
-void YumIODialogsTest::theDefaultButtonOfAConfirmationCanReject()
+void YumIODialogsTest::theReturnKeyGivesTheDefaultAnswerOfAConfirmation()
 {
     QFETCH(bool, rejectIsDefault);
     const int result = run(
@@ -438,7 +438,7 @@ void YumIODialogsTest::theScrollableDialogShowsTheTextUntilItIsClosed()
 void YumIODialogsTest::theWorkerGetsTheAnswerBeforeTheGraphicalThreadReturnsToItsLoop()
 {
     YumIODialogs dialogs(mainWindow.get());
-    // Becomes true as soon as an event is processed after the dialog has opened.
+    // Becomes true when the first event after the opening of the dialog is processed.
     bool eventsProcessed = false;
     connect(&dialogs, &YumIODialogs::confirmSig, this,
             [&] { QTimer::singleShot(0, this, [&] { eventsProcessed = true; }); });

@@ -106,8 +106,8 @@ class DesktopTest(unittest.TestCase):
         return facts
 
     def refused(self, program, *arguments, shown=False, environment=None, **options):
-        """The message of a refusal. If shown is true, exactly one program must have been started, to show the message;
-        otherwise none.
+        """The message of a refusal. If shown is true, exactly one program must have been started, to show the message.
+        Otherwise no program may have been started.
         """
         environment = dict(environment or {}, **{'DISPLAY': ':7'} if shown else {})
         done = self.run_program(program, *arguments, environment=environment, **options)
@@ -127,7 +127,7 @@ class OpenedTest(DesktopTest):
             with self.subTest(url=url):
                 self.assertEqual(self.opened('webbrowser', url)['argv'], [os.path.join(self.bin, 'xdg-open'), url])
 
-    def test_no_url_is_opened_with_credentials(self):
+    def test_urls_with_credentials_are_opened_without_the_credentials(self):
         with open(os.path.join(ROOT, 'tests', 'support', 'urls-with-credentials')) as lines:
             pairs = [line.rstrip('\n').split('\t') for line in lines if not line.startswith('#')]
         self.assertGreater(len(pairs), 20)
@@ -143,7 +143,7 @@ class OpenedTest(DesktopTest):
     def test_a_url_with_a_character_beyond_ascii_is_opened(self):
         self.assertEqual(self.opened('webbrowser', 'http://h/ä')['argv'][1], 'http://h/ä')
 
-    def test_a_file_is_opened_with_each_plain_mime_type(self):
+    def test_files_of_every_plain_mime_type_are_opened(self):
         path = self.file('manual.pdf')
         for mime_type in ('application/pdf', 'text/x-c++src', 'image/svg+xml', 'application/vnd.ms-excel'):
             with self.subTest(type=mime_type):
@@ -213,7 +213,7 @@ class RefusedTest(DesktopTest):
                 with self.subTest(path=path, program=program):
                     self.assertEqual(self.refused(program, *arguments), 'there is no file "{}"'.format(path))
 
-    def test_a_text_that_is_no_plain_mime_type_is_refused(self):
+    def test_a_text_that_is_not_a_plain_mime_type_is_refused(self):
         path = self.file('x')
         for mime_type in ('', 'text', 'text/', '/plain', 'text/plain; charset=utf-8', 'text/*', 'a/b/c', '-x/y',
                           'text/plain\n', 'tex t/plain'):
@@ -274,7 +274,7 @@ class UserTest(DesktopTest):
     HOSTILE = '<h1>x</h1><img src="/etc/passwd"> & \\n \\t'
 
     def message_of(self, program, started):
-        """The text that a message program would show the user, if it is started with these arguments."""
+        """The text that a message program would show the user if it were started with these arguments."""
         argument = started[-1]
         if program == 'kdialog':
             self.assertNotIn('\\', argument)
@@ -301,7 +301,7 @@ class UserTest(DesktopTest):
                 os.remove(os.path.join(self.bin, program))
 
     def run_admin_with_ended_vyre(self, end):
-        """Run vyre-admin. A stand-in for pkexec, and so for VYRE, prints a message and then runs this shell command."""
+        """Run vyre-admin. A stand-in for pkexec prints a message and runs the shell command "end" instead of VYRE."""
         self.install('pkexec', "#!/bin/sh\nprintf '%s\\n' '{}' >&2\n{}\n".format(self.HOSTILE, end))
 
         def become():
@@ -335,7 +335,7 @@ class UserTest(DesktopTest):
                 os.remove(self.report)
                 os.remove(os.path.join(self.bin, program))
 
-    def test_the_desktop_program_never_runs_as_an_unknown_user(self):
+    def test_no_desktop_program_runs_if_pkexec_names_an_unknown_user(self):
         for uid in ('4000000', '99999999999999999999'):
             self.assertEqual(self.refused('webbrowser', 'http://h/', environment={'PKEXEC_UID': uid}),
                              'the user {} of PKEXEC_UID does not exist'.format(uid))
@@ -364,7 +364,7 @@ class UserTest(DesktopTest):
         found = {name: value for name, value in facts['environment'].items() if name != 'LC_CTYPE'}
         self.assertEqual(found, expected)
 
-    def test_the_desktop_program_gets_no_runtime_directory_and_cookies_of_root(self):
+    def test_the_desktop_program_gets_neither_the_runtime_directory_nor_the_cookies_of_root(self):
         runtime = self.directory('runtime', 0o700)
         cookies = self.file('cookies')
         os.chmod(cookies, 0o600)
@@ -406,7 +406,7 @@ class EnvironmentTest(unittest.TestCase):
         self.assertEqual(self.make()['XDG_RUNTIME_DIR'], runtime)
         self.assertEqual(self.make(XDG_RUNTIME_DIR='/nonexistent')['XDG_RUNTIME_DIR'], runtime)
 
-    def test_the_session_bus_in_the_runtime_directory_is_used_if_no_bus_is_named(self):
+    def test_the_session_bus_in_the_runtime_directory_is_used_if_no_variable_names_a_bus(self):
         runtime = self.runtime()
         self.assertNotIn('DBUS_SESSION_BUS_ADDRESS', self.make())
         with socket.socket(socket.AF_UNIX) as bus:
@@ -414,7 +414,7 @@ class EnvironmentTest(unittest.TestCase):
             self.assertEqual(self.make()['DBUS_SESSION_BUS_ADDRESS'], 'unix:path=' + runtime + '/bus')
             self.assertEqual(self.make(DBUS_SESSION_BUS_ADDRESS='given')['DBUS_SESSION_BUS_ADDRESS'], 'given')
 
-    def test_display_cookies_in_the_home_directory_are_used_if_no_cookies_are_named(self):
+    def test_display_cookies_in_the_home_directory_are_used_if_no_variable_names_cookies(self):
         self.assertNotIn('XAUTHORITY', self.make())
         cookies = os.path.join(self.home, '.Xauthority')
         with open(cookies, 'w'):

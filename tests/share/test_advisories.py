@@ -118,7 +118,7 @@ class AdvisoriesTest(ScenarioTest):
                                                      ("libcairn", "x86_64", "2.2-1", 5, "")])
 
     @in_own_process
-    def test_an_update_has_the_advisories_of_all_versions_after_the_installed_version(self):
+    def test_an_update_has_the_advisories_of_all_versions_newer_than_the_installed_version(self):
         self.started()
         found = {"%s.%s" % (update.name, update.arch): ids for update, ids in self.yumio.updateAdvisories}
         self.assertEqual(found, {

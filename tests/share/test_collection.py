@@ -66,7 +66,7 @@ class InterruptedTransactionTest(ScenarioTest):
         self.collect_again()
         self.assertEqual(self.reports(), ["The history does not record the end of the last transaction, begun on "
                                           "%s.\nAll its packages are in the intended state." % time.ctime(86400)])
-        # If one of its packages is missing, the transaction counts as interrupted.
+        # If a package of the transaction is missing, the transaction counts as interrupted.
         self.sandbox.rpm("--erase", "astrolabe")
         self.collect_again()
         self.assertEqual(self.reports(), ["The last transaction, begun on %s, was interrupted.\n"
@@ -323,7 +323,7 @@ class CollectionTest(ScenarioTest):
         self.assertEqual(biArch("architecture-of-tomorrow"), "architecture-of-tomorrow")
 
     @in_own_process
-    def test_the_better_of_two_packages_has_the_system_architecture_or_else_the_newer_version(self):
+    def test_of_two_packages_the_one_with_the_system_architecture_or_else_the_newer_one_is_better(self):
         self.started()
         better = self.yumio.isBetterThan
         wide = self.package(self.available, "libcairn", "x86_64")
@@ -582,14 +582,16 @@ class ReplacementTest(ScenarioTest):
                          [self.yumio.base.sack])
 
     @in_own_process
-    def test_the_search_for_obsoleting_packages_marks_no_packages_in_dnf(self):
+    def test_the_search_for_obsoleting_packages_adds_nothing_to_the_goal_of_dnf(self):
         self.started()
         self.assertEqual(self.replacements(), [(self.OLD, self.NEW)])
         self.assertEqual(self.changes(self.apply, removes=["almanac"])[0], set())
 
 
 class ArchitectureTest(ScenarioTest):
-    """Tests of updates in which a package gains, loses or keeps an architecture, on a system with two architectures."""
+    """Tests of updates with which a package changes to or from "noarch", or keeps its architecture, on a system with
+    two architectures.
+    """
 
     REPOSITORY = "extra-crossings"
 
@@ -715,7 +717,7 @@ class ArchitectureTest(ScenarioTest):
         self.assertEqual(self.sandbox.installed(), after, output)
 
     @in_own_process
-    def test_packages_without_an_installed_counterpart_are_available(self):
+    def test_packages_without_an_installed_package_of_the_same_class_are_listed_as_available(self):
         self.started()
         biArch = self.yumio.getBiArch
         taken = {(package.name, biArch(package.arch)) for package in self.updates + self.installed}

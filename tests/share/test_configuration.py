@@ -232,7 +232,7 @@ class ConfigurationTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_changed_packages_are_collected_after_a_reset(self):
+    def test_the_collection_after_a_reset_finds_the_changed_packages(self):
         self.started()
         self.sandbox.rpm("-e", "--justdb", "--nodeps", "almanac")
         self.again()

@@ -32,7 +32,7 @@ def german():
 
 class QuestionTest(ScenarioTest):
     def question(self):
-        """The text that was printed for the question. Nothing else may have been printed together with it."""
+        """The text that was printed for the question. No other text may have been printed for it."""
         self.assertEqual(self.recording.names().count("gpgsigcheck") -
                          len([name for name in self.recording.names() if name == "downloadEnd"]), 1)
         return self.recording.printed()
@@ -115,7 +115,7 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(self.recording.order(), [])
 
     @in_own_process
-    def test_the_message_about_a_refused_mark_gives_the_mark_the_reason_and_the_result(self):
+    def test_the_message_about_a_refused_mark_contains_the_mark_with_its_reason_and_the_result(self):
         self.started()
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
             self.apply(updates=["tidewatch"])
@@ -150,7 +150,7 @@ class UpdatesTest(QuestionTest):
     @in_own_process
     def test_one_message_gives_all_reasons_if_the_second_resolution_fails(self):
         self.started()
-        # Here, the search for impossible marks finds only one of two.
+        # In this test, the search for impossible marks finds only one of two impossible marks.
         self.module("resolving").impossibleMarks = lambda base, marks: [
             package for package in marks.newVersions() if package.name == "tidewatch"]
         text = self.refusal_of(updates=["tidewatch"], installs=["moonbridge", "astrolabe"])
@@ -159,7 +159,7 @@ class UpdatesTest(QuestionTest):
         self.assertTrue(text.endswith("\nNothing was changed. VYRE keeps all marks."), text)
         for line in (BARRIER, "nothing provides gravity >= 6 needed by moonbridge-1.0-1.noarch"):
             self.assertEqual(text.count(line), 1, text)
-        # The text with which dnf lists problems on a terminal is not used.
+        # The message does not contain the headings of dnf's list of problems on a terminal.
         self.assertNotIn("Problem", text)
         self.assertNotIn("conflicting requests", text)
 
@@ -224,7 +224,7 @@ class UpdatesTest(QuestionTest):
         named = "nothing provides x needed by y-1-1.noarch"
         best = "cannot install the best candidate for the job"
         self.assertEqual(clearest(["conflicting requests", best, named]), [named, best])
-        # An unspecific reason is kept if it is the only one.
+        # An unspecific reason is kept if it is the only reason.
         self.assertEqual(clearest(["conflicting requests"]), ["conflicting requests"])
         self.assertEqual(clearest(["b", "a"]), ["b", "a"])
         self.assertEqual(clearest([]), [])
@@ -508,8 +508,8 @@ class RemovalTest(QuestionTest):
         self.assertEqual(self.left_out(), ["birch-log-3.0-1.x86_64", "parrot-1.0-1.noarch"])
 
     def install_protected_package_with_two_providers(self):
-        """Installs a protected package, and two packages that both satisfy its requirement. One of these two packages
-        can be removed, but not both.
+        """Installs a protected package, and two packages that both satisfy its requirement. Either of these two
+        packages can be removed, but not both.
         """
         self.build("oil-a", "Provides: lamp-oil")
         self.build("oil-b", "Provides: lamp-oil")

@@ -79,8 +79,10 @@ class LockTest(ScenarioTest):
         self.assertEqual([os.path.exists(path) for path in files], [True, False, False])
 
     @in_own_process
-    def test_a_lock_file_is_taken_over_if_it_is_older_than_the_named_process(self):
-        """After the machine was started again, another process can have the number that is in the lock file."""
+    def test_a_lock_file_is_taken_over_if_it_is_older_than_the_process_that_it_names(self):
+        """After a restart of the machine, a process that has not written the lock file can have the number in this
+        file.
+        """
         other = subprocess.Popen(["sleep", "600"])
         try:
             lock = self.write("/var/lib/dnf/rpmdb_lock.pid", str(other.pid))
@@ -100,7 +102,7 @@ class LockTest(ScenarioTest):
             other.wait()
 
     @in_own_process
-    def test_a_lock_file_is_kept_if_it_is_newer_than_the_named_process(self):
+    def test_a_lock_file_is_kept_if_it_is_newer_than_the_process_that_it_names(self):
         other = subprocess.Popen(["sleep", "600"])
         try:
             lock = self.write("/var/lib/dnf/rpmdb_lock.pid", str(other.pid))

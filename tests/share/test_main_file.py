@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Tests of the choice of the main configuration file, of the defaults if it is missing, and of the signature checks
-that dnf's own file demands.
+"""Tests of the choice of the main configuration file, of the defaults if this file is missing, and of the signature
+checks that dnf's own file demands.
 """
 
 import os
@@ -66,7 +66,7 @@ class MainFileTest(ScenarioTest):
         self.assertTrue(yumio.base.repos["sandbox-http"].gpgcheck)
 
     @in_own_process
-    def test_options_of_a_main_file_that_the_repository_editor_cannot_read_are_used(self):
+    def test_the_options_of_the_main_file_are_used_even_if_the_repository_editor_cannot_read_this_file(self):
         options = b"[main]\ngpgcheck=1\nexclude=astrolabe\ndebuglevel=7\n"
         odd = b"[odd]\nname=Odd\nbaseurl=file:///nowhere\n"
         large = b"#" * limits()["repositorySectionLimit"] + b"\n"
@@ -283,7 +283,7 @@ class MainFileTest(ScenarioTest):
         fault, checked = self.recording.errors()
         self.assertIn("Unable to use the configuration file %s: Parsing file" % own, fault)
         self.assertEqual(checked, said + "gpgcheck")
-        # If neither file demands a check, VYRE does not check.
+        # If neither file demands signature checks, VYRE does not check signatures.
         self.write("/etc/dnf/dnf.conf", "[main]\ngpgcheck=0\n")
         self.recording.clear()
         yumio.reset()

@@ -122,7 +122,7 @@ class MetadataTest(ScenarioTest):
         self.assertEqual(self.remarks(), [])
 
     @in_own_process
-    def test_a_package_list_newer_than_its_solv_cache_is_checked_once(self):
+    def test_a_package_list_that_is_newer_than_its_solv_cache_is_checked_only_once(self):
         self.begin()
         self.collect()
         path = self.module("metadata").documentPath(self.yumio.base.repos["sandbox-file"], "primary")
@@ -177,7 +177,7 @@ class MetadataTest(ScenarioTest):
 
     @in_own_process
     def test_packages_of_a_repository_with_damaged_metadata_are_not_listed(self):
-        """dnf itself would read those packages of a damaged list that come before the damage."""
+        """Without the script's check, dnf would read the packages before the damaged part of the list."""
         with open(self.repository_file("sandbox-file"), "a") as stream:
             stream.write("skip_if_unavailable=1\n")
         self.begin()

@@ -108,7 +108,7 @@ class StreamsTest(ModuleScenario):
         self.assertEqual([package.modulestreams for package in installed], ["grove:1"])
 
     @in_own_process
-    def test_the_description_of_a_package_does_not_make_the_index_of_streams(self):
+    def test_the_description_of_a_package_does_not_build_the_index_of_streams(self):
         self.started()
 
         def refuse(base):

@@ -19,7 +19,7 @@ SCENARIOS = [
              install="rich-with", dnf="install rich-with"),
     Scenario("a_conditional_weak_dependency_is_installed_if_its_condition_is_true", "+rich-weak +rich-english",
              repos=RULES, install="rich-weak", dnf="install rich-weak"),
-    Scenario("the_exception_to_a_conflict_is_installed_to_avoid_the_conflict", "+rich-unless +lexicon-de", repos=RULES,
+    Scenario("a_package_that_prevents_a_conditional_conflict_is_installed", "+rich-unless +lexicon-de", repos=RULES,
              before=["install rich-left"],
              install="rich-unless", dnf="install rich-unless"),
     Scenario("installing_a_package_also_installs_a_dependency_whose_condition_it_fulfils",

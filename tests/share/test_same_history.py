@@ -49,7 +49,7 @@ SCENARIOS = [
              replay=("redo", 1), dnf="history redo last-1"),
     Scenario("a_removal_is_repeated", "-almanac", before=["remove almanac", "install almanac"], replay=("redo", 1),
              dnf="history redo last-1"),
-    Scenario("an_undo_is_refused_if_another_package_needs_the_package_to_remove", "refused libbough",
+    Scenario("an_undo_is_refused_if_it_would_remove_a_package_that_another_package_needs", "refused libbough",
              before=["install libtwig", "install libbough"], replay=("undo", 1), dnf="history undo last-1"),
     Scenario("an_undo_is_refused_if_no_repository_has_the_removed_package",
              "refused Cannot find rpm nevra \"lexicon-en-2023.1-1.noarch\"",

@@ -172,7 +172,7 @@ class UpdateTest(ScenarioTest):
         self.assertEqual(reason(self.package(self.installed, "abacus-cli")), USER)
 
     @in_own_process
-    def test_an_available_package_of_the_installed_version_is_not_an_update(self):
+    def test_an_available_package_with_the_installed_version_is_not_an_update(self):
         self.started()
         pair = [self.package(self.available, "almanac"), self.package(self.installed, "almanac")]
         with self.assertRaisesRegex(self.dnf.exceptions.Error, "almanac-1.9-1.noarch is not newer"):
@@ -349,7 +349,7 @@ class GroupTest(ScenarioTest):
                                       "install the whole group, mark it for Install after this transaction.\n\n"])
         self.again()
         self.assertIsNone(self.group("weaving"))
-        # The sentence gives good advice, and no other listing has it.
+        # The user follows this advice: the group is installed, and the new listing does not give the advice again.
         changed = self.changes(self.apply, group_installs=["weaving"])
         self.assertEqual(changed, ({"shuttle-1.0-1.x86_64"}, set()))
         self.again()
@@ -469,7 +469,7 @@ class RefusalTest(ScenarioTest):
         self.assert_refused("/bin/sh", installs=["vanity-shell"])
 
     @in_own_process
-    def test_a_kept_exception_of_a_failed_transaction_does_not_disturb_the_next_transaction(self):
+    def test_an_exception_that_outlives_a_failed_transaction_does_not_disturb_the_next_transaction(self):
         self.started()
         kept = []
         try:

@@ -145,7 +145,7 @@ class VersionLocksTest(ScenarioTest):
         self.assertEqual(self.recording.of("userconfirm"), [])
 
     @in_own_process
-    def test_the_message_about_an_undo_prevented_by_a_version_lock_names_the_lock(self):
+    def test_if_a_version_lock_prevents_an_undo_the_message_names_the_lock(self):
         excluded = "abacus-cli-3.2.1-1.x86_64: the configuration or a plug-in excludes this version"
         number = self.updated("abacus-cli")
         self.write_locks("abacus-cli-0:3.3.0-2.*")
@@ -158,7 +158,7 @@ class VersionLocksTest(ScenarioTest):
         self.assert_undo_fails(number, excluded)
 
     @in_own_process
-    def test_the_question_about_an_undo_names_the_lock(self):
+    def test_the_question_about_an_undo_names_the_version_lock_that_prevents_a_change(self):
         number = self.updated("abacus-cli", "barometer")
         self.write_locks("abacus-cli-0:3.3.0-2.*")
         self.again()

@@ -201,7 +201,7 @@ class CatalogueTest(unittest.TestCase):
             places = [sorted(re.findall(r'%(?:L?\d{1,2}|n|s)|\{\}', text)) for text in (source, translation)]
             self.assertEqual(places[0], places[1])
 
-    def test_translations_have_the_line_count_and_the_outer_blanks_of_their_texts(self):
+    def test_translations_begin_and_end_with_the_same_blanks_as_their_texts_and_have_as_many_lines(self):
         for _, source, translation in self.each():
             self.assertEqual(re.match(r'\s*', translation).group(), re.match(r'\s*', source).group())
             self.assertEqual(re.search(r'\s*$', translation).group(), re.search(r'\s*$', source).group())
@@ -257,7 +257,7 @@ class CatalogueTest(unittest.TestCase):
                     self.assertEqual(doubled, [], language)
 
     def test_german_translations_differ_from_the_english_texts(self):
-        """A text of several words that is the same in German was not translated."""
+        """A German text of several words that equals the English text was not translated."""
         found = messages(os.path.join(TOP, 'translations', 'vyre_de.ts'))
         same = {source for (context, source), translation in found.items()
                 if source == translation and re.search('[A-Za-z]{2,} [A-Za-z]{2,}', source)

@@ -40,9 +40,9 @@ class ColorsTest : public QObject
 private Q_SLOTS:
     void eachColourFunctionReturnsTheExpectedColour_data();
     void eachColourFunctionReturnsTheExpectedColour();
-    void aTranslationMayChooseAnotherColour();
+    void aTranslationCanReplaceAColour();
     void aRequiredFieldIsColouredUnlessItIsDisabled();
-    void theTranslationOfTheRequiredFieldColourIsReadOnlyOnce();
+    void theTranslationOfTheRequiredFieldColourIsReadOnce();
     void aStatusLabelHasItsColourInEveryColourGroup_data();
     void aStatusLabelHasItsColourInEveryColourGroup();
     void textIsWhiteOnADarkColourAndBlackOnALightColour_data();
@@ -83,7 +83,7 @@ void ColorsTest::eachColourFunctionReturnsTheExpectedColour()
     QVERIFY(QColor::isValidColor(function()));
 }
 
-void ColorsTest::aTranslationMayChooseAnotherColour()
+void ColorsTest::aTranslationCanReplaceAColour()
 {
     ColorTranslator translator("darkorange", "purple");
     QCOMPARE(Colors::warning(), QStringLiteral("purple"));
@@ -103,7 +103,7 @@ void ColorsTest::aRequiredFieldIsColouredUnlessItIsDisabled()
     QCOMPARE(made.color(QPalette::Active, QPalette::Text), before.color(QPalette::Active, QPalette::Text));
 }
 
-void ColorsTest::theTranslationOfTheRequiredFieldColourIsReadOnlyOnce()
+void ColorsTest::theTranslationOfTheRequiredFieldColourIsReadOnce()
 {
     const QPalette first = Colors::makeRequired(QPalette());
     ColorTranslator translator("#fffacd", "#010203");
@@ -176,9 +176,9 @@ void ColorsTest::coloursAreReadableOnADarkBackground_data()
 {
     QTest::addColumn<QString>("background");
     QTest::newRow("black") << "#000000";
-    QTest::newRow("usual") << "#232323";
-    QTest::newRow("less dark") << "#2d3640";
-    QTest::newRow("grey") << "#5a5a5a";
+    QTest::newRow("dark grey") << "#232323";
+    QTest::newRow("dark blue grey") << "#2d3640";
+    QTest::newRow("medium grey") << "#5a5a5a";
 }
 
 void ColorsTest::coloursAreReadableOnADarkBackground()
@@ -202,7 +202,7 @@ void ColorsTest::coloursAreReadableOnADarkBackground()
         // The readable colour has the hue of the original colour; only its lightness differs.
         QVERIFY(qAbs(color.hslHue() - QColor(name()).hslHue()) <= 4);
     }
-    // A colour that is readable on this background stays the same.
+    // If a colour is readable on this background, the function returns it unchanged.
     if (background == "#232323") {
         QCOMPARE(Colors::readable("darkorange", QColor(background)), QString("darkorange"));
     }

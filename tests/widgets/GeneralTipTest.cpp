@@ -88,7 +88,7 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void theFunctionOfTheCallerFillsTheTipBeforeItIsVisible();
+    void theFunctionOfTheCallerFillsTheTipBeforeTheTipIsVisible();
     void theTipIsAsLargeAsItsContents();
     void aTipWithoutLayoutKeepsTheSizeThatItsCallerHasSet();
     void theTipIsAWindowWithTheFrameAndTheColoursOfAToolTip();
@@ -96,22 +96,22 @@ private Q_SLOTS:
     void theTipIsPlacedNearThePointer();
     void aSecondTipReplacesTheFirst();
     void hoveringOverAWidgetShowsItsTip();
-    void aTipThatIsNotStickyDisappearsAfterSomeTime();
+    void aTipDisappearsAfterSomeTimeIfItIsNotSticky();
     void aStickyTipDoesNotDisappearAfterSomeTime();
     void aTipIsDeletedAfterItWasHidden();
     void aTipCanBeShownAfterThePreviousTipWasDeleted();
     void movingThePointerIntoTheTipHidesTheTip();
-    void mouseMovesInTheWidgetDoNotHideTheTip();
-    void mouseButtonsHideTheTip_data();
-    void mouseButtonsHideTheTip();
-    void theWheelHidesTheTip();
+    void movingTheMouseInTheWidgetDoesNotHideTheTip();
+    void pressingAMouseButtonHidesTheTip_data();
+    void pressingAMouseButtonHidesTheTip();
+    void turningTheMouseWheelHidesTheTip();
     void aChangeOfTheFocusHidesTheTip();
     void activatingOrDeactivatingAWindowHidesTheTip_data();
     void activatingOrDeactivatingAWindowHidesTheTip();
     void movingThePointerOutOfTheWidgetHidesTheTip();
     void theTipIsHiddenByKeysOtherThanModifiers_data();
     void theTipIsHiddenByKeysOtherThanModifiers();
-    void inputThatHidesTheTipStillReachesItsWidget();
+    void theWidgetReceivesTheInputThatHidesItsTip();
 };
 
 void GeneralTipTest::initTestCase()
@@ -144,7 +144,7 @@ void GeneralTipTest::cleanup()
     delete currentTip();
 }
 
-void GeneralTipTest::theFunctionOfTheCallerFillsTheTipBeforeItIsVisible()
+void GeneralTipTest::theFunctionOfTheCallerFillsTheTipBeforeTheTipIsVisible()
 {
     struct Call
     {
@@ -273,7 +273,7 @@ void GeneralTipTest::hoveringOverAWidgetShowsItsTip()
     QTRY_VERIFY(currentTip() == nullptr);
 }
 
-void GeneralTipTest::aTipThatIsNotStickyDisappearsAfterSomeTime()
+void GeneralTipTest::aTipDisappearsAfterSomeTimeIfItIsNotSticky()
 {
     const QPointer<GeneralTip> tip = show(QPoint(500, 300), false);
     QCOMPARE(timers(tip).keys(), QList<int>{10000});
@@ -317,7 +317,7 @@ void GeneralTipTest::movingThePointerIntoTheTipHidesTheTip()
     QTRY_VERIFY(tip.isNull());
 }
 
-void GeneralTipTest::mouseMovesInTheWidgetDoNotHideTheTip()
+void GeneralTipTest::movingTheMouseInTheWidgetDoesNotHideTheTip()
 {
     GeneralTip* tip = show(QPoint(500, 300));
     edit->setMouseTracking(true);
@@ -327,7 +327,7 @@ void GeneralTipTest::mouseMovesInTheWidgetDoNotHideTheTip()
     QVERIFY(tip->isVisible());
 }
 
-void GeneralTipTest::mouseButtonsHideTheTip_data()
+void GeneralTipTest::pressingAMouseButtonHidesTheTip_data()
 {
     QTest::addColumn<QEvent::Type>("type");
     QTest::newRow("press") << QEvent::MouseButtonPress;
@@ -335,7 +335,7 @@ void GeneralTipTest::mouseButtonsHideTheTip_data()
     QTest::newRow("double click") << QEvent::MouseButtonDblClick;
 }
 
-void GeneralTipTest::mouseButtonsHideTheTip()
+void GeneralTipTest::pressingAMouseButtonHidesTheTip()
 {
     QFETCH(QEvent::Type, type);
     GeneralTip* tip = show(QPoint(500, 300));
@@ -345,7 +345,7 @@ void GeneralTipTest::mouseButtonsHideTheTip()
     QVERIFY(!tip->isVisible());
 }
 
-void GeneralTipTest::theWheelHidesTheTip()
+void GeneralTipTest::turningTheMouseWheelHidesTheTip()
 {
     GeneralTip* tip = show(QPoint(500, 300));
     QWheelEvent event(QPointF(2, 2), owner->mapToGlobal(QPoint(2, 2)), QPoint(), QPoint(0, 120), Qt::NoButton,
@@ -437,7 +437,7 @@ void GeneralTipTest::theTipIsHiddenByKeysOtherThanModifiers()
     }
 }
 
-void GeneralTipTest::inputThatHidesTheTipStillReachesItsWidget()
+void GeneralTipTest::theWidgetReceivesTheInputThatHidesItsTip()
 {
     GeneralTip* tip = show(QPoint(500, 300));
     QTest::keyClicks(edit, QStringLiteral("ab"));

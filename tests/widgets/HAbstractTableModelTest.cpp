@@ -12,11 +12,11 @@ class HAbstractTableModelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void forceSortColumnRediscoveryResetsTheModelOnce();
+    void theForceSortColumnRediscoveryFunctionResetsTheModelOnce();
     void aViewShowsTheChangedRowsAfterForceSortColumnRediscovery();
 };
 
-void HAbstractTableModelTest::forceSortColumnRediscoveryResetsTheModelOnce()
+void HAbstractTableModelTest::theForceSortColumnRediscoveryFunctionResetsTheModelOnce()
 {
     FixedTable model({{1, 2}});
     QStringList order;

@@ -14,8 +14,8 @@ private Q_SLOTS:
     void theReturnAndEnterKeysDoNotPressTheDefaultButton();
     void theDialogIgnoresTheKeyEventsOfReturnAndEnter_data();
     void theDialogIgnoresTheKeyEventsOfReturnAndEnter();
-    void anInputFieldStillReceivesReturn();
-    void theEscapeKeyStillCancelsTheDialog();
+    void anInputFieldInTheDialogReceivesTheReturnKey();
+    void theEscapeKeyCancelsTheDialog();
 };
 
 void HDialogTest::theReturnAndEnterKeysDoNotPressTheDefaultButton_data()
@@ -65,7 +65,7 @@ void HDialogTest::theDialogIgnoresTheKeyEventsOfReturnAndEnter()
     QVERIFY(!event.isAccepted());
 }
 
-void HDialogTest::anInputFieldStillReceivesReturn()
+void HDialogTest::anInputFieldInTheDialogReceivesTheReturnKey()
 {
     HDialog dialog;
     QVBoxLayout* column = new QVBoxLayout(&dialog);
@@ -79,7 +79,7 @@ void HDialogTest::anInputFieldStillReceivesReturn()
     QVERIFY(dialog.isVisible());
 }
 
-void HDialogTest::theEscapeKeyStillCancelsTheDialog()
+void HDialogTest::theEscapeKeyCancelsTheDialog()
 {
     HDialog dialog;
     QSignalSpy rejections(&dialog, &QDialog::rejected);

@@ -61,14 +61,14 @@ class HScrollAreaTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void homeAndEndKeysScrollToBothEnds_data()
+    void theHomeAndEndKeysScrollToBothEnds_data()
     {
         QTest::addColumn<bool>("inLabel");
         QTest::newRow("the area has the focus") << false;
         QTest::newRow("a text has the focus") << true;
     }
 
-    void homeAndEndKeysScrollToBothEnds()
+    void theHomeAndEndKeysScrollToBothEnds()
     {
         QFETCH(bool, inLabel);
         HScrollArea area;
@@ -117,8 +117,8 @@ private Q_SLOTS:
     void theMaximumSizeCanBeGivenInColumnsAndRows();
     void theScreenLimitsTheSizeHint_data();
     void theScreenLimitsTheSizeHint();
-    void forceResizeAdaptsTheAreaToTheInnerWidget();
-    void forceResizeDoesNothingIfNoInnerWidgetIsSet();
+    void theForceResizeFunctionAdaptsTheAreaToTheInnerWidget();
+    void theForceResizeFunctionDoesNothingIfNoInnerWidgetIsSet();
     void aLongLabelScrollsInsideItsWindow();
 };
 
@@ -209,7 +209,7 @@ void HScrollAreaTest::theScreenLimitsTheSizeHint()
     }
 }
 
-void HScrollAreaTest::forceResizeAdaptsTheAreaToTheInnerWidget()
+void HScrollAreaTest::theForceResizeFunctionAdaptsTheAreaToTheInnerWidget()
 {
     QWidget window;
     QVBoxLayout* column = new QVBoxLayout(&window);
@@ -228,7 +228,7 @@ void HScrollAreaTest::forceResizeAdaptsTheAreaToTheInnerWidget()
     QCOMPARE(window.sizeHint(), before + QSize(300, 220));
 }
 
-void HScrollAreaTest::forceResizeDoesNothingIfNoInnerWidgetIsSet()
+void HScrollAreaTest::theForceResizeFunctionDoesNothingIfNoInnerWidgetIsSet()
 {
     HScrollArea area;
     area.forceResize();

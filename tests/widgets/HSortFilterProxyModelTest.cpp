@@ -58,20 +58,20 @@ class HSortFilterProxyModelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void valuesOfEachTypeAreSortedByTheirValue_data();
-    void valuesOfEachTypeAreSortedByTheirValue();
-    void valuesOfDifferentTypesAreComparedAsTheTypeOfTheLeftValue();
+    void valuesOfEachTypeHaveTheExpectedOrder_data();
+    void valuesOfEachTypeHaveTheExpectedOrder();
+    void valuesOfDifferentTypesAreConvertedToTheTypeOfTheLeftValue();
     void anInvalidIndexIsSortedBeforeEveryValidIndex();
     void rowsWithEqualValuesAreOrderedByTheSecondColumn();
     void equalRowsAreOrderedByTheSecondColumnInDescendingOrderToo();
     void rowsThatAreEqualInBothColumnsKeepTheSourceOrder();
     void aSecondSortColumnOutsideTheTableHasNoEffect_data();
     void aSecondSortColumnOutsideTheTableHasNoEffect();
-    void theSecondarySortIndexIsInTheSameRow();
+    void theSecondarySortIndexIsInTheRowOfTheGivenIndex();
     void everyChangeOfTheFilterSortsAllRowsAgain_data();
     void everyChangeOfTheFilterSortsAllRowsAgain();
-    void setFilterRegExpWithAPatternFiltersAndKeepsTheOrder();
-    void setFilterRegExpWithAQRegExpFiltersAndKeepsTheOrder();
+    void theSetFilterRegExpFunctionAcceptsAPatternAndKeepsTheSortOrder();
+    void theSetFilterRegExpFunctionAcceptsAQRegExpAndKeepsTheSortOrder();
     void theFilterChangedFunctionAppliesTheFilterAgain();
     void theClearFunctionAppliesTheFilterAgain();
     void aProxyThatWasNeverSortedKeepsTheSourceOrder();
@@ -81,7 +81,7 @@ private Q_SLOTS:
     void aDeletedSourceModelIsIgnored();
 };
 
-void HSortFilterProxyModelTest::valuesOfEachTypeAreSortedByTheirValue_data()
+void HSortFilterProxyModelTest::valuesOfEachTypeHaveTheExpectedOrder_data()
 {
     QTest::addColumn<QVariantList>("given");
     QTest::addColumn<QVariantList>("expected");
@@ -90,7 +90,7 @@ void HSortFilterProxyModelTest::valuesOfEachTypeAreSortedByTheirValue_data()
         std::reverse(expected.begin(), expected.end());
         QTest::newRow(name) << given << expected;
     };
-    // The values of each row are in the wrong order. If the proxy compared the numbers as texts, it would
+    // Each data row has its values in the wrong order. If the proxy compared the numbers as texts, it would
     // keep this order.
     row("int puts 9 before 10", {10, 9});
     row("negative int", {-1, -2});
@@ -111,7 +111,7 @@ void HSortFilterProxyModelTest::valuesOfEachTypeAreSortedByTheirValue_data()
     row("no value as empty text", {"a", QVariant(QString())});
 }
 
-void HSortFilterProxyModelTest::valuesOfEachTypeAreSortedByTheirValue()
+void HSortFilterProxyModelTest::valuesOfEachTypeHaveTheExpectedOrder()
 {
     QFETCH(QVariantList, given);
     QFETCH(QVariantList, expected);
@@ -119,7 +119,7 @@ void HSortFilterProxyModelTest::valuesOfEachTypeAreSortedByTheirValue()
     QCOMPARE(sorted(expected), expected);
 }
 
-void HSortFilterProxyModelTest::valuesOfDifferentTypesAreComparedAsTheTypeOfTheLeftValue()
+void HSortFilterProxyModelTest::valuesOfDifferentTypesAreConvertedToTheTypeOfTheLeftValue()
 {
     FixedTable model({{9, 0},
                       {"10", 0},
@@ -193,7 +193,7 @@ void HSortFilterProxyModelTest::aSecondSortColumnOutsideTheTableHasNoEffect()
     QCOMPARE(column(proxy, 1), (QVariantList{"c", "b", "a"}));
 }
 
-void HSortFilterProxyModelTest::theSecondarySortIndexIsInTheSameRow()
+void HSortFilterProxyModelTest::theSecondarySortIndexIsInTheRowOfTheGivenIndex()
 {
     FixedTable model({{1, "b"}, {1, "a"}});
     SwitchedProxy proxy(1);
@@ -232,7 +232,7 @@ void HSortFilterProxyModelTest::everyChangeOfTheFilterSortsAllRowsAgain()
     QCOMPARE(proxy.sortOrder(), Qt::DescendingOrder);
 }
 
-void HSortFilterProxyModelTest::setFilterRegExpWithAPatternFiltersAndKeepsTheOrder()
+void HSortFilterProxyModelTest::theSetFilterRegExpFunctionAcceptsAPatternAndKeepsTheSortOrder()
 {
     FixedTable model({{"bc", 0}, {"x", 0}, {"ab", 0}});
     HSortFilterProxyModel proxy(1);
@@ -245,7 +245,7 @@ void HSortFilterProxyModelTest::setFilterRegExpWithAPatternFiltersAndKeepsTheOrd
     QCOMPARE(column(proxy, 0), (QVariantList{"ab", "bc", "x"}));
 }
 
-void HSortFilterProxyModelTest::setFilterRegExpWithAQRegExpFiltersAndKeepsTheOrder()
+void HSortFilterProxyModelTest::theSetFilterRegExpFunctionAcceptsAQRegExpAndKeepsTheSortOrder()
 {
     FixedTable model({{"BC", 0}, {"x", 0}, {"ab", 0}});
     HSortFilterProxyModel proxy(1);

@@ -56,7 +56,7 @@ QVector<FixedTable::Row> numbers(int count)
     return rows;
 }
 
-// The number of rows for which the size hint has space, or -1 if a part of a row remains.
+// The number of rows for which the size hint has space, or -1 if this is not a whole number.
 int rowsIn(const HTableView& view)
 {
     const int rows =
@@ -100,13 +100,13 @@ private Q_SLOTS:
     void controlHomeSelectsTheFirstRowAndControlEndTheLastRow();
     void theItemDelegateOfTheViewDrawsTheCells();
     void theConstructorDeterminesTheSideOfTheIconInACell();
-    void theSizeHintIsForTheMinimumNumberOfRowsIfTheTableHasFewRows();
-    void theSizeHintIsForTheMaximumNumberOfRowsIfTheTableHasManyRows();
-    void theSizeHintIsForAllRowsIfTheirNumberIsBetweenTheLimits();
-    void addingRowsLaterDoesNotChangeTheSizeHint();
-    void removingRowsLaterDoesNotChangeTheSizeHint();
-    void theSizeHintIsForTheMinimumNumberOfRowsIfTheTableIsEmpty();
-    void theSizeHintIsTheSumOfTheRowsTheColumnsAndAllOtherParts();
+    void theSizeHintHasSpaceForTheMinimumNumberOfRowsIfTheTableHasFewRows();
+    void theSizeHintHasSpaceForTheMaximumNumberOfRowsIfTheTableHasManyRows();
+    void theSizeHintHasSpaceForAllRowsIfTheirNumberIsBetweenTheLimits();
+    void addingRowsDoesNotChangeAComputedSizeHint();
+    void removingRowsDoesNotChangeAComputedSizeHint();
+    void theSizeHintHasSpaceForTheMinimumNumberOfRowsIfTheTableIsEmpty();
+    void theSizeHintIsTheSumOfAllPartsOfTheView();
     void hiddenHeadersNeedNoSpace();
     void theSizeHintIncludesAFrameAroundTheContents();
     void aViewWithoutAModelHasASizeHintButNoColumnWidth();
@@ -118,11 +118,11 @@ private Q_SLOTS:
     void fittingTheColumnsNeverShrinksTheWindow();
     void fittingTheColumnsUpdatesTheLayoutsOfAllParentWidgets();
     void theHeaderIndicatesTheSortedColumn();
-    void sortByColumnWithoutAnOrderKeepsTheOrderThatTheHeaderShows();
+    void theSortByColumnFunctionKeepsTheOrderOfTheHeaderIfNoOrderIsGiven();
     void clickingAHeaderTwiceReversesTheOrder();
     void sortingDoesNothingIfTheViewHasNoModel();
-    void selectedRowsAreReturnedInTheOrderOfTheirSelection();
-    void rowsThatCannotBeSelectedAreNotReturned();
+    void theSelectedRowsAreReturnedInTheOrderOfTheirSelection();
+    void unselectableRowsAreNotReturned();
     void eachSelectedRowIsReturnedAsItsLeftmostSelectedCell();
     void noRowIsReturnedIfTheViewHasNoModelOrNoSelection();
 };
@@ -170,7 +170,7 @@ void HTableViewTest::theConstructorDeterminesTheSideOfTheIconInACell()
     QCOMPARE(view.viewOptions().font, view.font());
 }
 
-void HTableViewTest::theSizeHintIsForTheMinimumNumberOfRowsIfTheTableHasFewRows()
+void HTableViewTest::theSizeHintHasSpaceForTheMinimumNumberOfRowsIfTheTableHasFewRows()
 {
     FixedTable model(numbers(3));
     View view(10, 20);
@@ -178,7 +178,7 @@ void HTableViewTest::theSizeHintIsForTheMinimumNumberOfRowsIfTheTableHasFewRows(
     QCOMPARE(rowsIn(view), 10);
 }
 
-void HTableViewTest::theSizeHintIsForTheMaximumNumberOfRowsIfTheTableHasManyRows()
+void HTableViewTest::theSizeHintHasSpaceForTheMaximumNumberOfRowsIfTheTableHasManyRows()
 {
     FixedTable model(numbers(30));
     View view(10, 20);
@@ -186,7 +186,7 @@ void HTableViewTest::theSizeHintIsForTheMaximumNumberOfRowsIfTheTableHasManyRows
     QCOMPARE(rowsIn(view), 20);
 }
 
-void HTableViewTest::theSizeHintIsForAllRowsIfTheirNumberIsBetweenTheLimits()
+void HTableViewTest::theSizeHintHasSpaceForAllRowsIfTheirNumberIsBetweenTheLimits()
 {
     FixedTable model(numbers(15));
     View view(10, anyNumber);
@@ -194,7 +194,7 @@ void HTableViewTest::theSizeHintIsForAllRowsIfTheirNumberIsBetweenTheLimits()
     QCOMPARE(rowsIn(view), 15);
 }
 
-void HTableViewTest::addingRowsLaterDoesNotChangeTheSizeHint()
+void HTableViewTest::addingRowsDoesNotChangeAComputedSizeHint()
 {
     FixedTable model(numbers(3));
     View view(10, anyNumber);
@@ -208,7 +208,7 @@ void HTableViewTest::addingRowsLaterDoesNotChangeTheSizeHint()
     QCOMPARE(rowsIn(view), 10);
 }
 
-void HTableViewTest::removingRowsLaterDoesNotChangeTheSizeHint()
+void HTableViewTest::removingRowsDoesNotChangeAComputedSizeHint()
 {
     FixedTable model(numbers(15));
     View view(10, anyNumber);
@@ -219,7 +219,7 @@ void HTableViewTest::removingRowsLaterDoesNotChangeTheSizeHint()
     QCOMPARE(rowsIn(view), 15);
 }
 
-void HTableViewTest::theSizeHintIsForTheMinimumNumberOfRowsIfTheTableIsEmpty()
+void HTableViewTest::theSizeHintHasSpaceForTheMinimumNumberOfRowsIfTheTableIsEmpty()
 {
     FixedTable model;
     View view(10, anyNumber);
@@ -231,7 +231,7 @@ void HTableViewTest::theSizeHintIsForTheMinimumNumberOfRowsIfTheTableIsEmpty()
     QCOMPARE(view.sizeHint().height(), height);
 }
 
-void HTableViewTest::theSizeHintIsTheSumOfTheRowsTheColumnsAndAllOtherParts()
+void HTableViewTest::theSizeHintIsTheSumOfAllPartsOfTheView()
 {
     FixedTable model(numbers(4));
     View view(2, 9);
@@ -421,7 +421,7 @@ void HTableViewTest::theHeaderIndicatesTheSortedColumn()
     QCOMPARE(view.horizontalHeader()->sortIndicatorOrder(), Qt::AscendingOrder);
 }
 
-void HTableViewTest::sortByColumnWithoutAnOrderKeepsTheOrderThatTheHeaderShows()
+void HTableViewTest::theSortByColumnFunctionKeepsTheOrderOfTheHeaderIfNoOrderIsGiven()
 {
     FixedTable model({{2, "a"}, {10, "b"}, {9, "c"}});
     HSortFilterProxyModel proxy(1);
@@ -467,7 +467,7 @@ void HTableViewTest::sortingDoesNothingIfTheViewHasNoModel()
     QCOMPARE(view.horizontalHeader()->sortIndicatorSection(), section);
 }
 
-void HTableViewTest::selectedRowsAreReturnedInTheOrderOfTheirSelection()
+void HTableViewTest::theSelectedRowsAreReturnedInTheOrderOfTheirSelection()
 {
     FixedTable model(numbers(9));
     View view;
@@ -488,7 +488,7 @@ void HTableViewTest::selectedRowsAreReturnedInTheOrderOfTheirSelection()
     QCOMPARE(rowsOf(rows), (QList<int>{4, 1, 2, 3}));
 }
 
-void HTableViewTest::rowsThatCannotBeSelectedAreNotReturned()
+void HTableViewTest::unselectableRowsAreNotReturned()
 {
     FixedTable model(numbers(5));
     View view;

@@ -27,14 +27,14 @@ private Q_SLOTS:
     void theSizeHintDependsOnTheFont();
     void movingTheFocusOutOfTheEditEmitsEditingFinished();
     void deactivatingTheWindowEmitsEditingFinished();
-    void openingAMenuDoesNotEmitEditingFinished();
+    void openingAMenuOfTheWindowDoesNotEmitEditingFinished();
     void openingAMenuOfTheEditDoesNotEmitEditingFinished();
     void deactivatingTheWindowEmitsEditingFinishedDespiteAnOpenMenu();
     void openingTheContextMenuDoesNotEmitEditingFinished();
     void editingFinishedIsEmittedBeforeTheFocusChanges();
     void appendedParagraphsHaveNoMargins();
     void eachAppendedTextIsOneParagraph();
-    void homeAndEndKeysScrollToTheEndsOfAReadOnlyText();
+    void theHomeAndEndKeysScrollToTheEndsOfAReadOnlyText();
 };
 
 void HTextEditTest::theSizeHintHasSpaceForTheGivenColumnsAndRows_data()
@@ -127,7 +127,7 @@ void HTextEditTest::deactivatingTheWindowEmitsEditingFinished()
     QTRY_COMPARE(ends.count(), 1);
 }
 
-void HTextEditTest::openingAMenuDoesNotEmitEditingFinished()
+void HTextEditTest::openingAMenuOfTheWindowDoesNotEmitEditingFinished()
 {
     QWidget window;
     QVBoxLayout* column = new QVBoxLayout(&window);
@@ -254,7 +254,7 @@ void HTextEditTest::eachAppendedTextIsOneParagraph()
     QCOMPARE(cursor.charFormat().foreground().color(), QColor(Qt::red));
 }
 
-void HTextEditTest::homeAndEndKeysScrollToTheEndsOfAReadOnlyText()
+void HTextEditTest::theHomeAndEndKeysScrollToTheEndsOfAReadOnlyText()
 {
     HTextEdit edit(20, 5);
     edit.setReadOnly(true);

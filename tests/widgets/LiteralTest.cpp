@@ -12,7 +12,7 @@ class LiteralTest : public QObject
 private Q_SLOTS:
     void aToolTipShowsTheTextLiterally_data();
     void aToolTipShowsTheTextLiterally();
-    void aTextThatCannotBeTakenForMarkupIsNotChanged();
+    void aTextThatQtShowsAsPlainTextIsNotChanged();
     void aWindowTitleShowsTheTextLiterally_data();
     void aWindowTitleShowsTheTextLiterally();
 };
@@ -47,7 +47,7 @@ void LiteralTest::aToolTipShowsTheTextLiterally()
     QCOMPARE(shown, text);
 }
 
-void LiteralTest::aTextThatCannotBeTakenForMarkupIsNotChanged()
+void LiteralTest::aTextThatQtShowsAsPlainTextIsNotChanged()
 {
     for (const char* text : {"", "Update package", "Available: 2-1\nInstalled: 1-1", "a < b & c"}) {
         QCOMPARE(Literal::toolTip(QString::fromLatin1(text)), QString::fromLatin1(text));

@@ -11,7 +11,7 @@ class MetricsTest : public QObject
 
 private Q_SLOTS:
     void theMaximumWindowSizeIsNineTenthsOfTheScreen();
-    void theWidthOfATextColumnIsThatOfTheLetterN();
+    void theWidthOfATextColumnIsTheWidthOfTheLetterN();
 };
 
 // The sizes come from Qt, so they also exist on a platform without an X server.
@@ -23,7 +23,7 @@ void MetricsTest::theMaximumWindowSizeIsNineTenthsOfTheScreen()
     QCOMPARE(Metrics::maxWindowSize(), QSize(screen.width() * 9 / 10, screen.height() * 9 / 10));
 }
 
-void MetricsTest::theWidthOfATextColumnIsThatOfTheLetterN()
+void MetricsTest::theWidthOfATextColumnIsTheWidthOfTheLetterN()
 {
     QFont font;
     font.setPixelSize(40);

@@ -83,7 +83,7 @@ class EndSignalsTest : public QObject
 private Q_SLOTS:
     // Finds the expected value by experiment: sends each signal to a child without handlers, and checks
     // whether the child ends.
-    void endsProcessReturnsTrueForExactlyTheSignalsThatEndAProcess_data()
+    void theEndsProcessFunctionReturnsTrueForExactlyTheSignalsThatEndAProcess_data()
     {
         QTest::addColumn<int>("number");
         for (int number = 1; number <= SIGRTMAX; ++number) {
@@ -94,7 +94,7 @@ private Q_SLOTS:
         }
     }
 
-    void endsProcessReturnsTrueForExactlyTheSignalsThatEndAProcess()
+    void theEndsProcessFunctionReturnsTrueForExactlyTheSignalsThatEndAProcess()
     {
         QFETCH(int, number);
         const pid_t child = fork();
@@ -113,7 +113,7 @@ private Q_SLOTS:
         QCOMPARE(EndSignals::endsProcess(number), bool(WIFSIGNALED(status)));
     }
 
-    void aSignalThatWouldEndTheProcessBecomesARequestToEnd_data()
+    void aTerminationSignalBecomesARequestToEnd_data()
     {
         QTest::addColumn<int>("number");
         for (int number : {SIGTERM, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2, SIGALRM, SIGSEGV, SIGFPE, SIGXCPU,
@@ -122,7 +122,7 @@ private Q_SLOTS:
         }
     }
 
-    void aSignalThatWouldEndTheProcessBecomesARequestToEnd()
+    void aTerminationSignalBecomesARequestToEnd()
     {
         QFETCH(int, number);
         QCOMPARE(inChild([number](int requests) {
@@ -132,7 +132,7 @@ private Q_SLOTS:
                  QStringLiteral("status %1").arg(number));
     }
 
-    void renewRestoresTheHandlerOfSIGINTAfterAnotherHandlerWasSet()
+    void theRenewFunctionRestoresTheHandlerOfSIGINT()
     {
         QCOMPARE(inChild([](int) {
                      kill(getpid(), SIGINT);
@@ -147,7 +147,7 @@ private Q_SLOTS:
                  QStringLiteral("status %1").arg(SIGINT));
     }
 
-    void renewChangesNothingIfNoHandlersAreInstalled()
+    void theRenewFunctionChangesNothingIfNoHandlersAreInstalled()
     {
         struct sigaction before = {};
         struct sigaction after = {};
@@ -246,7 +246,7 @@ private Q_SLOTS:
                  QStringLiteral("status 7"));
     }
 
-    void theEndByFunctionEndsTheProcessWithTheGivenSignal()
+    void theProcessCanEndItselfWithAGivenSignal()
     {
         QCOMPARE(inChild([](int) {
                      sigset_t all;

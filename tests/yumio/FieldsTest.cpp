@@ -63,7 +63,7 @@ private Q_SLOTS:
         QCOMPARE(labels(Fields::OfGroups | Fields::Searched), QStringList("the name") + groups);
     }
 
-    void forEachUntilStopsWhenTheFunctionReturnsTrue()
+    void theForEachUntilFunctionStopsWhenItsArgumentReturnsTrue()
     {
         QList<Fields::Field> given;
         const auto until = [&given](Fields::Field last) {
@@ -79,7 +79,7 @@ private Q_SLOTS:
         QCOMPARE(given.count(), 5);
     }
 
-    void eachFieldHasTheDataThatItsSourceNeeds()
+    void eachRowOfTheFieldTableHasTheDataThatItsSourceNeeds()
     {
         using Source = Fields::Source;
         for (int i = 0; i < Fields::Count; ++i) {

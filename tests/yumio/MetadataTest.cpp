@@ -54,7 +54,8 @@ class MetadataTest : public QObject
     Q_OBJECT
 
 private:
-    // Writes a file and returns its path. If libarchive's filter is named, the filter compresses the content.
+    // Writes a file and returns its path. If `filter` names a filter of libarchive, this filter compresses
+    // the content.
     QString write(const QByteArray& content, const char* filter = nullptr)
     {
         const QString path = directory.filePath(QString("file%1").arg(++number));
@@ -151,7 +152,7 @@ private Q_SLOTS:
         QCOMPARE(logs[0], QByteArray("* Thu Jan 1 1970 A\ntext"));
     }
 
-    void packagesThatAreNotWantedAreSkipped()
+    void unwantedPackagesAreSkipped()
     {
         const QString path = writePlain(fileLists(
             package("one", file("/one")) + package("two", file("/two")) + "<package name=\"nameless\">" +
@@ -171,7 +172,7 @@ private Q_SLOTS:
     {
         QCOMPARE(filesOfOne(file("/usr/z") + file("/usr/a") + file("/usr/z") + file("/Usr") + file("/usr/a")),
                  QByteArray("/Usr\n/usr/a\n/usr/z"));
-        // Paths in order, in reverse order, and in two sequences.
+        // The paths of the package are in order, in reverse order, or in two sorted sequences.
         QCOMPARE(filesOfOne(file("/a") + file("/b") + file("/b") + file("/c")), QByteArray("/a\n/b\n/c"));
         QCOMPARE(filesOfOne(file("/c") + file("/b") + file("/b") + file("/a")), QByteArray("/a\n/b\n/c"));
         QCOMPARE(filesOfOne(file("/b") + file("/d") + file("/a") + file("/c")), QByteArray("/a\n/b\n/c\n/d"));
@@ -352,7 +353,7 @@ private Q_SLOTS:
         QVERIFY(texts[1].isNull());
     }
 
-    void packagesBeforeTheDamageInAFileAreRead()
+    void theReaderReturnsThePackagesBeforeTheDamageInAFile()
     {
         std::vector<QByteArray> texts(2);
         QString problem;
@@ -367,7 +368,7 @@ private Q_SLOTS:
     void aFileOfTheWrongKindYieldsNoTexts()
     {
         // The files for change logs and for file lists name the same packages. If the program reads the wrong
-        // file, it must not conclude that the packages have no files or no changes.
+        // one of these files, it must not conclude that the packages have no files or no changes.
         const QByteArray packages = package("one", "") + package("two", "");
         const auto read = [this](const QByteArray& content, bool changeLogs) {
             std::vector<QByteArray> texts(2);
@@ -387,7 +388,7 @@ private Q_SLOTS:
                  QString("\"package\" where \"otherdata\" is expected"));
     }
 
-    void completeDocumentsHaveNoError()
+    void aCompleteDocumentHasNoError()
     {
         QString problem;
         const QByteArray two = package("one", file("/a")) + package("two", file("/b"));
@@ -398,7 +399,7 @@ private Q_SLOTS:
         QCOMPARE(problem, QString());
     }
 
-    void invalidDocumentsHaveAnError_data()
+    void anInvalidDocumentHasAnError_data()
     {
         QTest::addColumn<QByteArray>("content");
         QTest::addColumn<QString>("expected");
@@ -414,7 +415,7 @@ private Q_SLOTS:
                                           << "2 packages where 3 are announced";
     }
 
-    void invalidDocumentsHaveAnError()
+    void anInvalidDocumentHasAnError()
     {
         QFETCH(QByteArray, content);
         QFETCH(QString, expected);
@@ -423,7 +424,7 @@ private Q_SLOTS:
         QCOMPARE(problem, expected);
     }
 
-    void aMissingFileAndADirectoryHaveAnError()
+    void anErrorIsReturnedForAMissingFileAndForADirectory()
     {
         for (const QString& path : {directory.filePath("nothing"), directory.path()}) {
             std::vector<QByteArray> texts(1);

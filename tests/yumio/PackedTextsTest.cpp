@@ -120,14 +120,14 @@ private Q_SLOTS:
             copy = packed;
         }
         QCOMPARE(unpacker.text(copy), QByteArray("kept"));
-        // The unpacker does not confuse a block with an earlier block.
+        // The unpacker never returns a text from an earlier block.
         for (int i = 0; i < 100; ++i) {
             copy = PackedText(QByteArray::number(i));
             QCOMPARE(unpacker.text(copy), QByteArray::number(i));
         }
     }
 
-    void aTargetThatIsAddedTwiceHasTheSecondText()
+    void aTextReplacesTheFormerTextOfItsTarget()
     {
         PackedText target;
         TextPacker packer;

@@ -51,7 +51,7 @@ private Q_SLOTS:
         objects.clear();
     }
 
-    void recordsAreNotVisibleUntilTheyArePublished()
+    void recordsAreVisibleOnlyAfterTheyWerePublished()
     {
         records->reserve(10);
         Package::Entry* first = add("b", "x86_64");
@@ -95,7 +95,7 @@ private Q_SLOTS:
         QCOMPARE(records->count(), 2);
     }
 
-    void findPackagePrefersTheGivenBiArchClass()
+    void theFindPackageFunctionPrefersTheGivenBiArchClass()
     {
         Package::Entry* narrow = add("lib", "i386");
         Package::Entry* wide = add("lib", "x86_64");
@@ -106,7 +106,7 @@ private Q_SLOTS:
         QVERIFY(records->findPackage("nobody", "x86_64") == nullptr);
     }
 
-    void findPackageIgnoresGroups()
+    void theFindPackageFunctionIgnoresGroups()
     {
         Package::Entry*& place = records->place(Package::EntryKey(true, "a", QString()));
         place = make("a", QString(), Package::Available);
@@ -137,7 +137,7 @@ private Q_SLOTS:
         QCOMPARE(records->count(), 1);
     }
 
-    void allRecordsOfANameExceptTheBestAreDuplicates()
+    void aRecordIsADuplicateIfABetterRecordHasItsName()
     {
         QStringList compared;
         const auto isBetter = [&compared](const Package::Entry& best, const Package::Entry& other) {
@@ -186,7 +186,7 @@ private Q_SLOTS:
         QVERIFY(!records->isLeftToUser(*add("none", "x86_64")));
     }
 
-    void marksThatAreStillPossibleAreRestored()
+    void possibleMarksAreRestored()
     {
         add("install", "x86_64")->action = Package::Install;
         add("remove", "x86_64", Package::Installed)->action = Package::Remove;
@@ -205,7 +205,7 @@ private Q_SLOTS:
         QCOMPARE(removed->action, Package::None);
     }
 
-    void clearingReleasesEveryReferenceOnce()
+    void clearingTheRecordsReleasesEveryReferenceOnce()
     {
         Package::Entry* update = add("a", "x86_64", Package::Updatable);
         Records::endOfChain(update) = make("a", "x86_64", Package::Installed);

@@ -115,7 +115,7 @@ private Q_SLOTS:
         QCOMPARE(warnings(), QStringList("Internal error: YumIO::pyString did not understand type: list"));
     }
 
-    void functionsWhoseNamesEndInDecReleaseTheirArgument()
+    void aFunctionWithTheSuffixDecReleasesItsArgument()
     {
         for (const char* expression : {"'some text'", "3000000000"}) {
             const PyRef object = value(expression);
@@ -204,7 +204,7 @@ private Q_SLOTS:
         QCOMPARE(QString(ScriptValues::timeFormat(0)), QString("Thu Jan  1 00:00:00 1970"));
     }
 
-    void aTextFromTimeFormatIsStillValidAfterACallOfDateFormat()
+    void aCallOfDateFormatDoesNotChangeATextFromTimeFormat()
     {
         const char* time = ScriptValues::timeFormat(0);
         const char* date = ScriptValues::dateFormat(1700000000);
@@ -285,7 +285,7 @@ private Q_SLOTS:
         QCOMPARE(values->simpleString(thing.get(), "list"), QString("(a,\n b)"));
     }
 
-    void findRelationReturnsTheFirstValueOfThePairWithTheGivenSecondValue()
+    void theFindRelationFunctionFindsTheFirstValueOfAPairByTheSecondValue()
     {
         const PyRef pairs = value("[('x', 'one'), ('y', 'two'), ('z', 'two')]");
         QCOMPARE(values->pyStringDec(values->findRelation(pairs.get(), "two")), QString("y"));
@@ -446,7 +446,7 @@ private Q_SLOTS:
         QCOMPARE(warnings(), QStringList());
     }
 
-    void comparisonFlagsBecomeSigns()
+    void comparisonFlagsBecomeOperators()
     {
         const QHash<QString, QString> signs{{"GT", ">"},  {"GE", ">="}, {"LT", "<"},
                                             {"LE", "<="}, {"EQ", "="},  {"eq", "eq"}};
@@ -482,7 +482,7 @@ private Q_SLOTS:
         QCOMPARE(values->checksumOf(value("Thing()").get()), QByteArray());
     }
 
-    void anAttributeHasTheSameValueByItsNumberAndByItsName()
+    void anAttributeCanBeReadByItsNumberOrByItsName()
     {
         QCOMPARE(QString(ScriptValues::attributeName(ScriptValues::RepoIdAttribute)), QString("repoid"));
         for (int i = 0; i < ScriptValues::PackageAttributeCount; ++i) {

@@ -12,7 +12,7 @@ class StopRequestTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aRequestIsNotAcceptedIfNoOperationRuns()
+    void noStopRequestIsAcceptedIfNoOperationRuns()
     {
         StopRequest stop;
         QCOMPARE(stop.state(), State::Idle);
@@ -43,7 +43,7 @@ private Q_SLOTS:
         QVERIFY(!stop.wasRequested());
     }
 
-    void aRequestIsAcceptedEvenIfTheCurrentStepCannotBeStopped()
+    void aStopRequestIsAcceptedEvenIfTheCurrentStepCannotBeStopped()
     {
         StopRequest stop;
         stop.begin(false);
@@ -66,7 +66,7 @@ private Q_SLOTS:
         QCOMPARE(stop.state(), State::Useless);
     }
 
-    void noRequestIsAcceptedAfterRequestsWereRefused()
+    void theRefuseFunctionPreventsFurtherStopRequests()
     {
         StopRequest stop;
         stop.begin(true);
@@ -78,7 +78,7 @@ private Q_SLOTS:
         QCOMPARE(stop.state(), State::Refused);
     }
 
-    void requestsCannotBeRefusedIfAStopIsAlreadyRequested()
+    void theRefuseFunctionFailsIfAStopWasRequestedBefore()
     {
         StopRequest stop;
         stop.begin(true);

@@ -61,7 +61,7 @@ private Q_SLOTS:
         QVERIFY(transaction.payloadSlots.isEmpty());
     }
 
-    void newPackagesAreWeighedAsCachedOrDownloaded()
+    void cachedPackagesAndDownloadedPackagesHaveSeparateWeights()
     {
         TransactionState transaction;
         transaction.weighNew(30000, true);

@@ -48,7 +48,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().advisories().count(), 2);
     }
 
-    void theNextAttemptReadsTheAdvisoriesAgainIfReadingThemFails()
+    void aFailedReadOfTheAdvisoriesIsRepeatedAtTheNextAttempt()
     {
         QVERIFY(backEnd->collect());
         backEnd->run("it.raises['collectAdvisories'] = dnf.exceptions.Error('no luck')");
@@ -85,7 +85,7 @@ private Q_SLOTS:
         QVERIFY(yumIO().recordOf("tool", "i686") == nullptr);
     }
 
-    void aSearchOfManyPackagesUsesAnIndexOfTheAdvisoriesUntilItEnds()
+    void aSearchInManyPackagesUsesAnIndexOfTheAdvisories()
     {
         backEnd->run(
             "lists = {name: () for name in ('provides', 'requires', 'requires_pre', 'conflicts', "

@@ -59,10 +59,10 @@ private Q_SLOTS:
                                     << "Collecting File Lists"
                                     << "file lists"
                                     << "collect filelists";
-        QTest::newRow("other data") << false << "collectOtherData"
-                                    << "Collecting Miscellaneous data"
-                                    << "miscellaneous data"
-                                    << "collect miscellaneous data";
+        QTest::newRow("change logs") << false << "collectOtherData"
+                                     << "Collecting Miscellaneous data"
+                                     << "miscellaneous data"
+                                     << "collect miscellaneous data";
     }
 
     void missingExtraDataAreLoadedOnlyOnce()
@@ -109,9 +109,12 @@ private Q_SLOTS:
         QCOMPARE(spy.count(), 1);
     }
 
-    void loadingExtraDataLogsTheOutputOfTheScript_data() { missingExtraDataAreLoadedOnlyOnce_data(); }
+    void theOutputOfTheScriptIsLoggedWhileExtraDataAreLoaded_data()
+    {
+        missingExtraDataAreLoadedOnlyOnce_data();
+    }
 
-    void loadingExtraDataLogsTheOutputOfTheScript()
+    void theOutputOfTheScriptIsLoggedWhileExtraDataAreLoaded()
     {
         QFETCH(bool, files);
         QFETCH(QString, method);
@@ -129,11 +132,11 @@ private Q_SLOTS:
         QVERIFY(files ? yumIO().collectFileLists() : yumIO().collectOtherData());
         QStringList log = backEnd->log(before);
         QCOMPARE(log.takeFirst(), "4 0 " + heading);
-        log.sort(); // the streams reach the log in any order
+        log.sort(); // the order of the two streams in the log varies
         QCOMPARE(log, QStringList({"1 0 something odd", "3 0 something wrong"}));
     }
 
-    void readingAChangeLogLogsTheOutputOfTheScript()
+    void theOutputOfTheScriptIsLoggedWhileAChangeLogIsRead()
     {
         backEnd->run("import os\n"
                      "class Loud(Package):\n"
@@ -223,7 +226,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("it.did('collectFileLists')"), QString("[]"));
     }
 
-    void aFileListThatVanishesDuringLoadingIsReported()
+    void anErrorIsReportedIfAFileListVanishesDuringLoading()
     {
         yumIO().fileListsLoaded = false;
         backEnd->run("tool.files = ['/usr/bin/tool']\n"
@@ -269,7 +272,7 @@ private Q_SLOTS:
         QVERIFY(!backEnd->log(before).filter("ValueError: broken").isEmpty());
     }
 
-    void aListThatCanBeReadOnlyInPartIsNotShown()
+    void anIncompleteListIsNotShown()
     {
         backEnd->run("def broken():\n"
                      "    yield 'one'\n"
@@ -308,7 +311,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->log(before).filter("package's provides").count(), 1);
         QCOMPARE(yumIO().getRequires(tool()), QString());
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's requires"}));
-        // A missing file list or change log is also reported only once.
+        // A missing file list or change log is reported only once.
         backEnd->run("tool.files = None");
         QCOMPARE(yumIO().getFiles(tool()), QString());
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's files"}));
@@ -440,7 +443,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("getRpmHdrValue called for package with no hdr (i.e. not installed)"));
     }
 
-    void getRpmHdrValueReturnsTheValueOfATag()
+    void theGetRpmHdrValueFunctionReturnsTheValueOfATag()
     {
         backEnd->run("tool.hdr = {rpm.RPMTAG_NAME: 'tool'}");
         const PyRef value(yumIO().getRpmHdrValue(tool().pyObject, "NAME"));
@@ -457,7 +460,7 @@ private Q_SLOTS:
 
     // --- The package manager itself
 
-    void theVersionOfDnfIsReadOnlyOnce()
+    void theVersionOfDnfIsReadOnce()
     {
         QCOMPARE(yumIO().dnfVersionStr(), backEnd->text("dnf.__version__"));
         QVERIFY(yumIO().dnfVersion() >= 40000);

@@ -31,11 +31,11 @@ private Q_SLOTS:
                  QString("(4, %1)").arg(40240 + 60000 + 20000 + 10240 + 10240));
     }
 
-    void aPayloadIsCountedEvenIfItsArchitectureDiffersFromTheRecord()
+    void aPayloadIsCountedEvenIfItsArchitectureDiffersFromThatOfItsRecord()
     {
         collect("it.available = [Package('lib', arch='i686')]");
         QVERIFY(!apply("yumIOC.downloadRemotePayloads([Rpm('lib', 20000, 'i586')])\nseen.append(state())"));
-        // Without a listing, the total weight is unknown, so the downloads get no steps.
+        // The script has sent no listing. So the total weight is unknown, and the downloads get no steps.
         QCOMPARE(backEnd->text("seen[0]['remoteCount'], seen[0]['downloadSteps']"), QString("(1, 0)"));
     }
 
@@ -106,7 +106,7 @@ private Q_SLOTS:
                  QString("['Downloading b.rpm: Complete', 'Downloading a.rpm: Complete']"));
     }
 
-    void aDownloadThatEndsWithoutProgressIsShownInTheTipAndCounted()
+    void aDownloadWithoutProgressReportsIsShownInTheTipAndCounted()
     {
         collect("it.available = [Package('a', size=30000), Package('b', size=70000)]");
         QVERIFY(!apply("a, b = Rpm('a', 30000), Rpm('b', 70000)\n"
@@ -267,7 +267,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[0]['payloadSlots'], seen[1]['payloadSlots']"), QString("(0, 1)"));
     }
 
-    void downloadsThatExceedTheAnnouncedNumberCauseOneWarning()
+    void surplusDownloadsCauseOneWarning()
     {
         collect("it.available = [Package('a', size=30000), Package('b', size=30000)]");
         const QString extra = "yumIOC.downloadRemotePayloads([Rpm('a', 30000)])\n"

@@ -95,7 +95,7 @@ private Q_SLOTS:
                                                "\tRemove (unused): b 1.0-1 (x86_64)\n"));
     }
 
-    void theMarksOfPackagesThatAreLeftOutAreKept()
+    void packagesThatDnfLeavesOutKeepTheirMarks()
     {
         collect("it.updates = [Package('new', '2.0')]\n"
                 "it.installed = [Package('new', '1.0'), Package('gone')]\n"
@@ -121,7 +121,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().transactionOutcome().leftOut, 0);
     }
 
-    void aMarkedRemovalOmitsExcludedVersions()
+    void excludedVersionsOfAPackageMarkedForRemovalAreKept()
     {
         collect(
             "it.installed = [Package('kernel', '6.3'), Package('kernel', '6.2')]\n"
@@ -210,7 +210,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList());
         QCOMPARE(transaction().downloadSize, download);
         QCOMPARE(transaction().rpmWeight, rpmWeight);
-        // An item without a package object has the same weight.
+        // If the item has no package object, its weight is the same.
         backEnd->run(QString("yumIOC.listTransaction(None, [item(%1, 'nobody')])").arg(action));
         QCOMPARE(errors(), QStringList());
         QCOMPARE(transaction().downloadSize, download);
@@ -372,7 +372,7 @@ private Q_SLOTS:
 
     // --- Confirmation
 
-    void aTransactionWithOnlyRemovalsIsConfirmed()
+    void theListingSaysThatATransactionHasOnlyRemovals()
     {
         collect("it.installed = [Package('old')]");
         mark("old", Package::Remove);
@@ -401,7 +401,7 @@ private Q_SLOTS:
         QVERIFY(!transaction().txListed);
     }
 
-    void removalsOutsideTheMarksAreNamedBeforeTheListing_data()
+    void unmarkedRemovalsAreNamedBeforeTheListing_data()
     {
         QTest::addColumn<QString>("items");
         QTest::addColumn<QString>("notice");
@@ -439,7 +439,7 @@ private Q_SLOTS:
                "    p4 1.0-1 (x86_64)\n    ...";
     }
 
-    void removalsOutsideTheMarksAreNamedBeforeTheListing()
+    void unmarkedRemovalsAreNamedBeforeTheListing()
     {
         QFETCH(QString, items);
         QFETCH(QString, notice);
@@ -473,7 +473,7 @@ private Q_SLOTS:
                  QString("Removals: 2. You did not mark 1 of them:\n    member 1.0-1 (x86_64)"));
     }
 
-    void theSummaryShowsTheNumbersAndSizes()
+    void theSummaryShowsTheNumbersAndSizesOfThePackages()
     {
         collect("it.available = [Package('tool', size=30000)]\nit.installed = [Package('old')]");
         mark("tool", Package::Install);

@@ -99,7 +99,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->log(before), QStringList("2 0 careful"));
     }
 
-    void internalErrorsOfTheInterpreterAreAlsoShown()
+    void anInternalErrorOfTheInterpreterIsShown()
     {
         QVERIFY(yumIO().python().pyLookup("dnf.nothing", false) == nullptr);
         QCOMPARE(errors(), QStringList("Internal error: pyLookup nothing: nothing not found\n"));
@@ -128,7 +128,7 @@ private Q_SLOTS:
         QVERIFY(yumIO().classes[6] == nullptr);
     }
 
-    void pythonExceptionShowsTheErrorsThatWereLoggedSinceTheExpectation()
+    void pythonExceptionShowsTheErrorsThatWereLoggedAfterCommExceptSetup()
     {
         yumIO().error(QString("long ago"));
         errors();
@@ -148,7 +148,7 @@ private Q_SLOTS:
         yumIO().logEntries().unlock();
     }
 
-    void pythonExceptionShowsTheTextOfAnExceptionThatWasNotExpected()
+    void pythonExceptionShowsTheTextOfAnUnexpectedException()
     {
         QCOMPARE(int(yumIO().exceptLogStart), -1);
         backEnd->run("yumIOC.errorlog(0, 'before')");
@@ -165,7 +165,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("the value\nIt failed"));
     }
 
-    void pythonExceptionOmitsErrorsThatWereLoggedBeforeTheExpectation()
+    void pythonExceptionOmitsErrorsThatWereLoggedBeforeCommExceptSetup()
     {
         Python::ExceptScope scope(yumIO().python());
         yumIO().python().pyExceptExpect(PyExc_ValueError);
@@ -237,7 +237,7 @@ private Q_SLOTS:
         QVERIFY(!backEnd->log(before).join('\n').contains("Traceback"));
     }
 
-    void anyOtherRepositoryErrorIsReportedAsUnexpected()
+    void aRepositoryErrorOtherThanALockedDatabaseIsReportedAsUnexpected()
     {
         for (const char* text : {"no mirrors", "Database is locked"}) {
             const int before = logLength();
@@ -286,7 +286,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("(a,\n b)\nUnable to do something"));
     }
 
-    void anExceptionThatIsNotInTheTableIsNotExplained()
+    void anExceptionOfAnUnknownClassIsNotExplained()
     {
         const int before = logLength();
         QVERIFY(!explain("KeyError('odd')"));
@@ -303,7 +303,7 @@ private Q_SLOTS:
         QVERIFY(!yumIO().commExceptRaised(nullptr, "do something"));
     }
 
-    void anExceptionClassThatDnfLacksMatchesNoException()
+    void noExceptionMatchesAnExceptionClassThatDnfLacks()
     {
         backEnd->run("class Meta(Exception): pass\n");
         PyObject*& metadata = yumIO().classes[YumIOProbe::MetadataError];
@@ -369,7 +369,7 @@ private Q_SLOTS:
         sigaction(SIGCHLD, &original, nullptr);
     }
 
-    void childrenThatHaveEndedAreReaped()
+    void endedChildrenAreReaped()
     {
         const int before = logLength();
         const pid_t child = fork();
@@ -385,7 +385,7 @@ private Q_SLOTS:
         QCOMPARE(errno, ECHILD);
     }
 
-    void childrenThatAreStillRunningAreNotReaped()
+    void runningChildrenAreNotReaped()
     {
         const int before = logLength();
         const pid_t child = fork();

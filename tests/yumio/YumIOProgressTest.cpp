@@ -178,7 +178,7 @@ private Q_SLOTS:
                               generic, "Internal error: downloadStart: unable to interpret arguments"}));
     }
 
-    void aStatusNumberThatIsTooLargeRaisesNoException()
+    void aTooLargeStatusNumberRaisesNoException()
     {
         collect("it.available = [Package('a', size=30000)]");
         QVERIFY(!apply("a = Rpm('a', 30000)\n"
@@ -189,7 +189,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen"), QString("[None, ['Downloading a.rpm: Complete']]"));
     }
 
-    void downloadsOutsideOfAnOperationAreReported_data()
+    void anErrorIsReportedForADownloadOutsideAnOperation_data()
     {
         QTest::addColumn<QString>("function");
         QTest::addColumn<QString>("arguments");
@@ -203,7 +203,7 @@ private Q_SLOTS:
                              << "Rpm('a', 1), None, None";
     }
 
-    void downloadsOutsideOfAnOperationAreReported()
+    void anErrorIsReportedForADownloadOutsideAnOperation()
     {
         QFETCH(QString, function);
         QFETCH(QString, arguments);
@@ -212,7 +212,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("Internal error: " + function + ": download at unexpected time"));
     }
 
-    void payloadsThatCannotBeReadAreReported_data()
+    void unreadablePayloadsAreReported_data()
     {
         QTest::addColumn<QString>("call");
         QTest::addColumn<QString>("message");
@@ -235,7 +235,7 @@ private Q_SLOTS:
             "downloadRemotePayloads: unable to determine payload download_size", false);
     }
 
-    void payloadsThatCannotBeReadAreReported()
+    void unreadablePayloadsAreReported()
     {
         QFETCH(QString, call);
         QFETCH(QString, message);
@@ -334,7 +334,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen"), QString("[0, 1, 1, 1, 1, 0]"));
     }
 
-    void thePreparationOfATransactionEndsTheDownloads()
+    void thePreparationOfATransactionRemovesTheDownloadsFromTheTip()
     {
         collect("it.available = [Package('a', size=30000), Package('b', size=30000)]");
         QVERIFY(apply("confirmed(item(1, 'a'), item(1, 'b'))\n"
@@ -469,7 +469,7 @@ private Q_SLOTS:
         }
     }
 
-    void progressEndsWithTheTransaction()
+    void theProgressEndsWithTheTransaction()
     {
         collect("it.updates = [Package('up', '2.0', size=200000), Package('down', '2.0', size=5)]\n"
                 "it.installed = [Package('up', size=90000), Package('down', size=7), Package('old', "

@@ -31,9 +31,9 @@ qint64 residentMemory()
     return file.readAll().split(' ').value(1).toLongLong() * (sysconf(_SC_PAGESIZE) / 1024);
 }
 
-// The growth in KiB from the median of the first half to the median of the second half, less the largest step
-// between two rounds. A median ignores the peak of a single round, and the memory manager may once grow by a
-// large step.
+// The growth in KiB from the median of the first half of the rounds to the median of the second half, less
+// the largest step between two rounds. A median ignores the peak of a single round, and the heap may once
+// grow by a large step.
 qint64 growth(const QVector<qint64>& memory)
 {
     const auto median = [](QVector<qint64> part) {
@@ -126,7 +126,7 @@ private Q_SLOTS:
         QVERIFY(sandbox.stop());
     }
 
-    void repeatedCollectionsLeaveNoDescriptorsThreadsOrMemoryBehind()
+    void repeatedCollectionsLeakNoDescriptorsNoThreadsAndNoMemory()
     {
         const int rounds = numberOfRounds();
         // In the first rounds, the program may open descriptors and fill caches that later rounds use.
@@ -169,11 +169,11 @@ private Q_SLOTS:
         qInfo("%d rounds of %d packages; %lld KiB more in the second half", rounds, count,
               static_cast<long long>(growth(memory)));
 #ifndef __SANITIZE_ADDRESS__ // the sanitizer delays the release of freed memory
-        // If each round kept its records, the memory would grow by more than this bound. On a busy machine,
-        // the memory manager itself grows by a third of the bound.
+        // If the rounds did not release their records, the growth would exceed this bound. On a busy machine,
+        // the heap itself grows by a third of the bound.
         //
         // Measured with the script alone, Python 3.11 and these plug-ins: 20 more rounds do not add an object
-        // of any type. 30 more rounds add 28 KiB according to tracemalloc, 25 KiB of them in one block of an
+        // of any type. tracemalloc reports 28 KiB for 30 more rounds; 25 KiB of them are one block of an
         // import. The resident memory grows by 6 KiB a round in 60 rounds, but only by 0.6 KiB a round in the
         // last 140 of 160 rounds. Without plug-ins, it grows by 1 KiB in 60 rounds. So no round leaves
         // objects behind; only the heap itself grows.
@@ -182,7 +182,7 @@ private Q_SLOTS:
     }
 
     // The test clears the log, which keeps all messages.
-    void repeatedTransactionsLeaveNoDescriptorsThreadsOrMemoryBehind()
+    void repeatedTransactionsLeakNoDescriptorsNoThreadsAndNoMemory()
     {
         backEnd->yumIO.clearEntries();
         QVERIFY(backEnd->collect());
@@ -231,7 +231,7 @@ private Q_SLOTS:
         qInfo("%d transactions; %lld KiB more in the second half", rounds,
               static_cast<long long>(growth(memory)));
 #ifndef __SANITIZE_ADDRESS__
-        // Sometimes the memory manager grows by a large step, which is larger with newer versions of Python.
+        // Sometimes the heap grows by a large step. Newer versions of Python cause larger steps.
         QVERIFY(growth(memory) <= 3 * 1024);
 #endif
     }

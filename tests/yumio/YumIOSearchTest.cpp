@@ -10,7 +10,7 @@ class YumIOSearchTest : public BackEndFixture
 
 private Q_SLOTS:
     // A search reads most attributes without text(), so it must handle all values in the same way.
-    void theSearchTextsOfAnyValuesAreTheTextsOfTheFields_data()
+    void theSearchTextsEqualTheTextsOfTheFieldsForValuesOfAllKinds_data()
     {
         QTest::addColumn<QString>("attributes");
         QTest::newRow("usual texts") << "";
@@ -33,7 +33,7 @@ private Q_SLOTS:
         QTest::newRow("tuples") << "provides=('b', 'a'), requires=(x for x in ())";
     }
 
-    void theSearchTextsOfAnyValuesAreTheTextsOfTheFields()
+    void theSearchTextsEqualTheTextsOfTheFieldsForValuesOfAllKinds()
     {
         QFETCH(QString, attributes);
         backEnd->run(

@@ -95,7 +95,7 @@ private Q_SLOTS:
         workingDirectory = QDir::currentPath();
     }
 
-    void initializeRunsTheScriptOfTheShareDirectory()
+    void theInitializeFunctionRunsTheScriptOfTheShareDirectory()
     {
         QCOMPARE(start("import sys\n"
                        "print('argv', sys.argv[1:], __name__, flush=True)\n"
@@ -103,7 +103,7 @@ private Q_SLOTS:
                  QStringList({"argv ['info'] __main__", "started", "again: started"}));
     }
 
-    void theWindowServesEventsWhileTheScriptIsImported()
+    void theWindowRespondsWhileTheScriptIsImported()
     {
         variables.insert("PRINT_EVENTS", "1");
         QCOMPARE(start("import time\n"
@@ -123,7 +123,7 @@ private Q_SLOTS:
 
     // Root may start the program in a directory to which other users can write, so the script must not import
     // modules from this directory.
-    void theScriptIgnoresModulesOfTheSameNamesOutsideItsShareDirectory()
+    void theScriptImportsItsModulesOnlyFromItsShareDirectory()
     {
         const QByteArray foreign = "import os\nos.write(1, b'foreign\\n')\n";
         const QTemporaryDir place;
@@ -176,7 +176,7 @@ private Q_SLOTS:
                          "TypeError", "started", "again: started"}));
     }
 
-    void aSecondInitializeDoesNotCreateTheScriptsObjectAgain()
+    void aSecondCallOfInitializeDoesNotCreateTheScriptsObjectAgain()
     {
         QCOMPARE(start("class YumIO:\n"
                        "    base = 1\n"
@@ -225,7 +225,7 @@ private Q_SLOTS:
         QVERIFY2(standardError.contains("ValueError: wrong"), qPrintable(standardError));
     }
 
-    void theLogHasTheTracebackOfAScriptThatFailsWhileItIsImported()
+    void theLogContainsTheTracebackIfTheImportOfTheScriptFails()
     {
         variables.insert("PRINT_LOG", "1");
         QStringList log =
@@ -311,13 +311,14 @@ private Q_SLOTS:
             << remove("dnf", "dnf.Base", "_run_transaction") << "carry out transactions"
             << "Base._run_transaction";
         // Only an object of dnf.Base has this attribute, but creating the object needs the configuration.
-        QTest::newRow("of an object") << QByteArray("import dnf\n"
-                                                    "def without(self, *arguments, made=dnf.Base.__init__):\n"
-                                                    "    made(self, *arguments)\n"
-                                                    "    vars(self).pop('_trans_tempfiles', None)\n"
-                                                    "dnf.Base.__init__ = without\n")
-                                      << "carry out transactions"
-                                      << "Base._trans_tempfiles";
+        QTest::newRow("attribute of an object")
+            << QByteArray("import dnf\n"
+                          "def without(self, *arguments, made=dnf.Base.__init__):\n"
+                          "    made(self, *arguments)\n"
+                          "    vars(self).pop('_trans_tempfiles', None)\n"
+                          "dnf.Base.__init__ = without\n")
+            << "carry out transactions"
+            << "Base._trans_tempfiles";
     }
 
     // Runs the installed script with the real dnf: it must show one message, and must not start.

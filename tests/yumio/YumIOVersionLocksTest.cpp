@@ -18,7 +18,7 @@ private:
     }
 
 private Q_SLOTS:
-    void eachCollectionReadsTheLocks()
+    void eachCollectionReadsTheVersionLocks()
     {
         QVERIFY(backEnd->collect());
         QVERIFY(!yumIO().versionLocks().offered);
@@ -39,7 +39,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().versionLocks().fault, QString());
     }
 
-    void noLocksAreOfferedIfTheAnswerOfTheScriptIsUnusable()
+    void theMenuOffersNoLocksIfTheAnswerOfTheScriptIsUnusable()
     {
         backEnd->run("it.locks = ('', ['tool'])");
         QVERIFY(backEnd->collect());
