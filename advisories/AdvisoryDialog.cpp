@@ -147,5 +147,9 @@ void AdvisoryDialog::keyPressEvent(QKeyEvent* event)
         event->accept();
         return;
     }
+    if (event->matches(QKeySequence::Cancel) && list->stopComparing()) {
+        event->accept();
+        return;
+    }
     QDialog::keyPressEvent(event);
 }

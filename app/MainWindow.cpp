@@ -56,13 +56,6 @@ QString nodeName()
     return uname(&names) == 0 ? QString::fromLocal8Bit(names.nodename) : QString();
 }
 
-// Returns the notice for a user who cannot change packages, or an empty text.
-QString missingRights()
-{
-    return geteuid() == 0 ? QString()
-                          : MainWindow::tr("VYRE cannot change packages, because it does not run as root");
-}
-
 } // namespace
 
 MainWindow::MainWindow()
@@ -188,10 +181,23 @@ void MainWindow::initialize()
     setReady(true);
     focusTable();
     if (!warning.isEmpty()) {
-        // In the meantime, the first notice may have disappeared, or another notice may have replaced it.
+        // Since the first showNotice(), the notice may have disappeared, or a newer notice may have replaced
+        // it.
         showNotice(warning);
     }
     initialized = true;
+}
+
+// Returns the notice for a user who cannot change packages, or an empty text.
+QString MainWindow::missingRights() const
+{
+    if (geteuid() != 0) {
+        return tr("VYRE cannot change packages, because it does not run as root");
+    }
+    const QString directory = yumIO->refusedDirectory();
+    return directory.isEmpty()
+               ? QString()
+               : tr("VYRE cannot change packages, because it has no right to change %1").arg(directory);
 }
 
 std::unique_ptr<PackageTable::Preparation> MainWindow::prepareTable()
@@ -273,9 +279,10 @@ void MainWindow::reposChanged()
     showTable();
     setReady(true);
     focusTable();
-    if (first && !missingRights().isEmpty()) {
+    const QString warning = first ? missingRights() : QString();
+    if (!warning.isEmpty()) {
         // The repository editor has hidden the first notice, and beginOperation() has ended it.
-        showNotice(missingRights());
+        showNotice(warning);
     }
 }
 
@@ -330,7 +337,7 @@ void MainWindow::setReady(bool ready)
     }
     if (ready == busy) {
         busy = !ready;
-        loggedRefusal.clear();
+        endRefusal();
         if (busy) {
             QApplication::setOverrideCursor(Qt::BusyCursor);
         } else {
@@ -360,8 +367,11 @@ bool MainWindow::collect()
     }
     const ErrorWatch errors(yumIO->logEntries());
     collectFailed = !yumIO->collect(sessionEnabled);
+    stopButton->setResult(StopButton::Result::SameTable);
     showSkippedRepos();
-    showErrors(errors);
+    if (collectFailed || yumIO->unwantedRepos().isEmpty()) {
+        showErrors(errors); // otherwise the notice already refers to the log, and also names the cause
+    }
     for (const QString& id : yumIO->unwantedRepos()) {
         sessionEnabled.insert(id, false);
     }
@@ -376,11 +386,13 @@ bool MainWindow::collect()
 
 void MainWindow::showSkippedRepos()
 {
-    const QStringList skipped = yumIO->skippedRepos();
-    if (skipped == reportedSkipped) {
-        return; // for example after a transaction, whose outcome needs the space
+    QStringList skipped = yumIO->skippedRepos();
+    const QStringList unwanted = collectFailed ? QStringList() : yumIO->unwantedRepos();
+    if (skipped == reportedSkipped && unwanted.isEmpty()) {
+        return; // do not repeat the notice: it would hide the outcome of a transaction
     }
     reportedSkipped = skipped;
+    skipped += unwanted;
     if (skipped.count() == 1) {
         // In a narrow window, a notice shows only its beginning. A long identifier would push the advice out.
         constexpr int longest = 40;
@@ -405,15 +417,19 @@ void MainWindow::showErrors(const ErrorWatch& errors)
 void MainWindow::recollect(Kept kept)
 {
     view->setEmptyText(tr("Reading the packages..."));
-    const YumIO::Marks all = yumIO->marks();
-    const YumIO::Marks marks = kept == AllMarks       ? all
-                               : kept == LeftOutMarks ? yumIO->leftOutMarks()
-                                                      : YumIO::Marks();
+    // If the last collection failed, its records are incomplete and have no marks.
+    const bool failedBefore = collectFailed;
+    const YumIO::Marks all = failedBefore ? marksOfFailed : yumIO->marks();
+    const YumIO::Marks marks = kept == AllMarks || failedBefore ? all
+                               : kept == LeftOutMarks           ? yumIO->leftOutMarks()
+                                                                : YumIO::Marks();
     {
         const PackageTable::Model::Hiding hiding(*model);
         yumIO->clearEntries();
         const bool stopped = collect();
-        yumIO->restoreMarks(stopped && kept == NoMarks ? all : marks);
+        const YumIO::Marks wanted = (stopped || collectFailed) && kept == NoMarks ? all : marks;
+        yumIO->restoreMarks(wanted);
+        marksOfFailed = collectFailed ? wanted : YumIO::Marks();
         // Without this call, the proxy would read the search texts of each record on the graphical thread and
         // block this thread.
         if (!prepareFilterSearch(proxy->filterRegExp().pattern())) {
@@ -444,7 +460,7 @@ void MainWindow::refresh()
     focusTable();
 }
 
-void MainWindow::clean(bool (YumIO::*operation)())
+void MainWindow::clean(bool (YumIO::*operation)(), bool deletesMetadata)
 {
     beginOperation();
     (yumIO->*operation)();
@@ -452,6 +468,9 @@ void MainWindow::clean(bool (YumIO::*operation)())
         showNotice(tr("Stopped."));
     } else if (!closeWanted) {
         yumIO->reset();
+        if (deletesMetadata) {
+            stopButton->setResult(StopButton::Result::Remains);
+        }
         recollect(NoMarks);
     }
     setReady(true);
@@ -460,7 +479,7 @@ void MainWindow::clean(bool (YumIO::*operation)())
 
 void MainWindow::cleanDbcache()
 {
-    clean(&YumIO::cleanDbcache);
+    clean(&YumIO::cleanDbcache, false);
 }
 
 void MainWindow::cleanPackages()
@@ -476,12 +495,12 @@ void MainWindow::cleanPackages()
 
 void MainWindow::cleanMetadata()
 {
-    clean(&YumIO::cleanMetadata);
+    clean(&YumIO::cleanMetadata, true);
 }
 
 void MainWindow::cleanAll()
 {
-    clean(&YumIO::cleanAll);
+    clean(&YumIO::cleanAll, true);
 }
 
 void MainWindow::apply()
@@ -494,6 +513,7 @@ bool MainWindow::carryOut(const std::function<bool()>& operation, Kept kept)
     beginOperation();
     const ErrorWatch errors(yumIO->logEntries());
     const bool applied = operation();
+    endRefusal();
     const bool done = applied || yumIO->systemChanged();
     const bool hasErrors = errors.hasErrors();
     const bool stopped = yumIO->wasStopped();
@@ -511,7 +531,9 @@ bool MainWindow::carryOut(const std::function<bool()>& operation, Kept kept)
     }
     // Even a failed transaction may have changed the system.
     if (done) {
-        recollect(kept);
+        // After a failure, recollect() drops the marks of the changes that were carried out, because they are
+        // no longer possible. The user can apply the remaining marks again.
+        recollect(applied ? kept : AllMarks);
     } else if (yumIO->isOutdated()) {
         recollect(AllMarks);
     }
@@ -522,7 +544,9 @@ bool MainWindow::carryOut(const std::function<bool()>& operation, Kept kept)
     }
     marksChanged();
     if (stopped) {
-        showNotice(tr("Stopped. Nothing was changed."));
+        showNotice(outcome.keysImported
+                       ? tr("Stopped. No packages were changed, but signing keys were imported.")
+                       : tr("Stopped. Nothing was changed."));
     }
     setReady(true);
     focusTable();
@@ -568,7 +592,8 @@ void MainWindow::showStopState()
     }
 }
 
-// Called while the back end works. All work can be stopped safely, except a change to the system.
+// Called while the back end works. If the work can be stopped, the window closes when the work has stopped.
+// Otherwise, the window stays open, and a notice gives the reason.
 void MainWindow::closeLater()
 {
     if (yumIO->stop()) {
@@ -579,11 +604,19 @@ void MainWindow::closeLater()
                                     ? tr("VYRE cannot close while it changes packages")
                                     : tr("VYRE cannot close before the current work is complete");
         if (refusal != loggedRefusal) {
+            notice->withdraw(loggedRefusal);
             loggedRefusal = refusal;
             yumIO->log(Log::Warning, 0, refusal);
         }
         showNotice(refusal);
     }
+}
+
+// Removes the message that the window refuses to close, because the work that caused the refusal has ended.
+void MainWindow::endRefusal()
+{
+    notice->withdraw(loggedRefusal);
+    loggedRefusal.clear();
 }
 
 bool MainWindow::isChangingSystem() const

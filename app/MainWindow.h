@@ -22,6 +22,7 @@
 #include "app/CommandHost.h"
 #include "packagetable/PackageTable.h"
 #include "repo/YumRepoEnabled.h"
+#include "yumio/Package.h"
 
 class AdvisoriesCommand;
 class ExpressionEdit;
@@ -61,7 +62,8 @@ class MainWindow : public QMainWindow, private CommandHost
 public:
     MainWindow();
 
-    // These functions set the options of the command line. Call them before the window is first shown.
+    // The following functions set the options of the command line. Call them before the window is first
+    // shown.
     void setMode(PackageTable::Mode mode);
     void setRegexp(const char* regexp);
     void setStateFilter(PackageTable::StateFilter filter);
@@ -124,8 +126,8 @@ private Q_SLOTS:
 
 protected:
     // While the back end changes the system, the window stays open, because a transaction must not be
-    // interrupted. Any other operation stops, and then the window closes. If no operation runs, this function
-    // does the same as quit().
+    // interrupted. If any other operation runs, this function asks it to stop, and the window closes at its
+    // end. If no operation runs, this function does the same as quit().
     void closeEvent(QCloseEvent* event) override;
 
 private:
@@ -139,8 +141,8 @@ private:
     bool carryOut(const std::function<bool()>& operation, Kept kept) override;
     void marksChanged() override;
     void showErrors(const ErrorWatch& errors) override;
-    // Shows a notice about the repositories that the last collection left out without a question. Shows no
-    // notice if the last notice was about the same repositories.
+    // Shows a notice about the repositories that the last collection left out without a question. But if the
+    // last such notice was about the same repositories, shows no notice.
     void showSkippedRepos();
 
     void createMenuBar();
@@ -152,8 +154,8 @@ private:
     // the search; the table is then unchanged.
     bool prepareFilterSearch(const QString& expression);
     // Compares the records with the settings of the filter row and with `expression`, and then calls
-    // `change`, which changes the table. If the user stops the comparison, the filter row again shows the
-    // settings of the table. At the end, enables the controls if `ready` is true.
+    // `change`, which changes the table. If the user stops the comparison, the filter row shows the settings
+    // of the table again. If `ready` is true, finally enables the controls.
     void changeListing(const QString& expression, bool ready, const std::function<void()>& change);
     void showMode(int mode);
     void showAppliedSettings();
@@ -174,11 +176,13 @@ private:
     void focusTable();
     void updateEmptyText();
     void closeLater();
+    void endRefusal();
+    QString missingRights() const;
     void saveLayout() const;
     bool checkCredentials(bool& changed);
-    void clean(bool (YumIO::*operation)());
+    void clean(bool (YumIO::*operation)(), bool deletesMetadata);
     void showNotice(const QString& text);
-    // Shows the message to the user, unless the message is empty.
+    // Shows the message `text` to the user, unless it is empty.
     void showFault(const QString& text);
     bool quitting() const { return yumIO == nullptr; }
 
@@ -186,7 +190,7 @@ private:
     bool logAtStart;
     QList<YumRepoEnabled> repoOverrides;
     QHash<QString, bool> sessionEnabled;
-    QSet<QString> loggedWarnings; // warnings about the configuration that are already in the log
+    QSet<QString> loggedWarnings; // the warnings about the configuration that are already in the log
     QString loggedRefusal;        // the last logged refusal to close during the current operation
     YumIO* yumIO;                 // null after the start of quit()
     YumIO* closing;               // the back end while quit() closes the window
@@ -196,6 +200,7 @@ private:
     bool busy;
     bool closeWanted;              // the window closes at the end of the current operation
     bool collectFailed;            // the last collection of packages failed
+    Package::Marks marksOfFailed;  // the next collection restores these marks if the last collection failed
     QPointer<QWidget> focusBefore; // the widget that had the focus when the controls were disabled
 
     HistoryCommand* historyCommand;

@@ -24,6 +24,7 @@
 #include "services/HProgressBar.h"
 #include "widgets/Colors.h"
 #include "widgets/ExpressionEdit.h"
+#include "widgets/HComboBox.h"
 #include "widgets/HFrameLabel.h"
 #include "widgets/HMenu.h"
 #include "widgets/Literal.h"
@@ -123,7 +124,7 @@ void MainWindow::createMainArea()
 QBoxLayout* MainWindow::createFilterRow()
 {
     auto* row = new QHBoxLayout;
-    modeBox = new QComboBox;
+    modeBox = new HComboBox;
     modeBox->addItem(tr("Filter"));
     modeBox->addItem(tr("Search"));
     connect(modeBox, SIGNAL(currentIndexChanged(int)), this, SLOT(modeChanged(int)));
@@ -139,7 +140,7 @@ QBoxLayout* MainWindow::createFilterRow()
     connect(filterButton, SIGNAL(clicked()), this, SLOT(filtersearch()));
     row->addWidget(filterButton);
 
-    stateBox = new QComboBox;
+    stateBox = new HComboBox;
     stateBox->addItem(tr("View Updatable"), PackageTable::ViewUpdatable);
     stateBox->addItem(tr("View Installable"), PackageTable::ViewInstallable);
     stateBox->addItem(tr("View Removable"), PackageTable::ViewRemovable);

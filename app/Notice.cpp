@@ -33,10 +33,23 @@ void Notice::showMessage(const Message& message)
     if (!isHidden()) {
         waiting.append(current);
     }
-    waiting.erase(std::remove_if(waiting.begin(), waiting.end(),
-                                 [&message](const Message& each) { return each.text == message.text; }),
-                  waiting.end());
+    forget(message.text);
     present(message);
+}
+
+void Notice::forget(const QString& text)
+{
+    waiting.erase(std::remove_if(waiting.begin(), waiting.end(),
+                                 [&text](const Message& each) { return each.text == text; }),
+                  waiting.end());
+}
+
+void Notice::withdraw(const QString& text)
+{
+    forget(text);
+    if (!isHidden() && current.text == text) {
+        showNext();
+    }
 }
 
 void Notice::logOpened()

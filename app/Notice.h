@@ -3,9 +3,9 @@
 // A message next to the menus. A message box would interrupt the user. Most messages disappear after a while.
 // A message about the log stays until the user opens the log or starts an operation.
 //
-// The row of the menus has space for only one text. A new text is visible immediately. When it disappears,
-// the text that it has replaced is visible again, because the user may not have read that text yet.
-// If the window is too narrow for the text, the tool tip shows the whole text.
+// The row of the menus has space for only one text. A new text replaces the visible text immediately. When
+// the new text disappears, the replaced text is visible again, because the user may not have read it yet. If
+// the window is too narrow for the text, the tool tip shows the whole text.
 //
 // The object lives on the graphical thread; its Qt parent owns it.
 
@@ -29,6 +29,8 @@ public:
     void showText(const QString& text);
     // Shows a text that refers to the log.
     void showTextAboutLog(const QString& text);
+    // Removes this text, even if a newer text has replaced it.
+    void withdraw(const QString& text);
     // Call this function when the user has opened the log. All texts that refer to the log disappear.
     void logOpened();
     // Call this function when the user has started an operation. The visible text disappears, because it
@@ -47,6 +49,8 @@ private:
 
     void showMessage(const Message& message);
     void present(const Message& message);
+    // Removes this text from the replaced texts.
+    void forget(const QString& text);
 
     QTimer end;
     Message current;

@@ -30,7 +30,7 @@ void OutcomeLine::showOutcome(const TransactionOutcome& outcome, int logEntry)
     const bool failed = outcome.hasFailures();
     label->setPalette(failed ? Colors::makeError(palette()) : palette());
     label->setAutoFillBackground(failed);
-    label->showText(outcome.text());
+    label->showText(outcome.text(), outcome.details());
     show();
 }
 

@@ -20,29 +20,49 @@ QString buttonText(StopRequest::State state)
     return state == StopRequest::State::Possible ? text : text.remove(QLatin1Char('&'));
 }
 
-QString reason(StopRequest::State state)
+} // namespace
+
+// Returns the text about the effect of a press.
+QString StopButton::effect() const
+{
+    switch (result) {
+    case Result::FirstTable:
+        return tr(
+            "Stops the current operation (Esc).\n"
+            "VYRE then lists the installed packages, and the packages whose metadata are in the cache.");
+    case Result::Remains:
+        return tr("Stops the current operation (Esc).\n"
+                  "VYRE has deleted the metadata. After a stop, it lists the installed packages, and only\n"
+                  "the packages of repositories whose metadata it has already read again.\n"
+                  "The marks of all other packages are lost.");
+    case Result::SameTable:
+        break;
+    }
+    return tr("Stops the current operation (Esc).\n"
+              "VYRE keeps the listed packages and all marks.");
+}
+
+// Returns the text about the effect of a press, or the reason why a press has no effect.
+QString StopButton::reason(StopRequest::State state) const
 {
     switch (state) {
     case StopRequest::State::Possible:
-        return StopButton::tr("Stops the current operation (Esc).\n"
-                              "VYRE keeps the listed packages and all marks.");
+        return effect();
     case StopRequest::State::Useless:
-        return StopButton::tr("The current step cannot be stopped. It ends by itself.");
+        return tr("The current step cannot be stopped. It ends by itself.");
     case StopRequest::State::Requested:
-        return StopButton::tr("The operation stops as soon as the current step allows it.");
+        return tr("The operation stops as soon as the current step allows it.");
     case StopRequest::State::Refused:
-        return StopButton::tr("Packages are being installed, updated or removed now.\n"
-                              "A stop would leave the system half changed.");
+        return tr("Packages are being installed, updated or removed now.\n"
+                  "A stop would leave the system half changed.");
     case StopRequest::State::Idle:
         break;
     }
-    return StopButton::tr("Stops VYRE while it reads repositories or downloads packages.\n"
-                          "No operation is running now.");
+    return tr("Stops VYRE while it reads repositories or downloads packages.\n"
+              "No operation is running now.");
 }
 
-} // namespace
-
-StopButton::StopButton(QWidget* parent) : QPushButton(parent)
+StopButton::StopButton(QWidget* parent) : QPushButton(parent), result(Result::FirstTable)
 {
     setAutoDefault(false);
     new QShortcut(Qt::Key_Escape, this, SLOT(click()));

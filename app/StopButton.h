@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // The button that stops the running operation. While the button is enabled, the Escape key also presses it.
-// Its tool tip describes the effect of a press, or the reason why the operation cannot be stopped.
+// The tool tip describes the effect of a press, or the reason why the operation cannot be stopped.
 //
 // The object lives on the graphical thread; its Qt parent owns it. The main window connects clicked() and
 // reports each new state to the button.
@@ -18,11 +18,27 @@ class StopButton : public QPushButton
     Q_OBJECT
 
 public:
+    // What the table lists after the user has stopped the operation.
+    enum class Result {
+        FirstTable, // before the operation, the table listed no packages
+        SameTable,  // the same packages and marks as before
+        Remains     // the operation has deleted the metadata, so many packages are missing
+    };
+
     explicit StopButton(QWidget* parent);
 
+    // Sets the result that the tool tip describes from the next showState() on. Before the first call, the
+    // result is FirstTable.
+    void setResult(Result newResult) { result = newResult; }
     void showState(StopRequest::State state);
     // Returns the same size in all states, so that the bars next to the button keep their width.
     QSize sizeHint() const override;
+
+private:
+    QString effect() const;
+    QString reason(StopRequest::State state) const;
+
+    Result result;
 };
 
 #endif

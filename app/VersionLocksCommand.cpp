@@ -31,11 +31,18 @@ void VersionLocksCommand::run(const QList<int>& rows, bool locked)
         return;
     }
     const Package::EntryKey first(*entries.first());
+    const int marksBefore = yumIO->marks().count();
     host.beginOperation();
     const ErrorWatch errors(yumIO->logEntries());
     yumIO->changeVersionLocks(entries, locked);
     // Even if the call has failed, it may have changed some locks.
     host.recollect(CommandHost::AllMarks);
+    // The user may have quit while the packages were read.
+    const YumIO* const remaining = host.backEnd();
+    const int removed = remaining == nullptr ? 0 : marksBefore - remaining->marks().count();
+    if (removed > 0 && host.hasPackages()) {
+        host.warnAndNotice(tr("Removed marks that a version lock does not permit: %1").arg(removed));
+    }
     host.showErrors(errors);
     host.setReady(true);
     makeCurrent(first);

@@ -19,8 +19,8 @@
 
 namespace {
 
-// When another row becomes current, the dialog waits for this time before it reads the details. Thus it skips
-// the rows over which the user moves with an arrow key.
+// When a different row becomes current, the dialog waits for this time before it reads the details. So the
+// dialog reads no details of the rows over which the user moves with an arrow key.
 constexpr int describeDelay = 120; // in milliseconds
 
 } // namespace
@@ -29,7 +29,7 @@ HistoryDialog::HistoryDialog(YumIO* backEnd, QWidget* parent)
     : QDialog(parent), yumIO(backEnd), model(new HistoryModel(this)),
       list(new FilteredList(model, tr("Transactions"), this)), details(new HTextEdit(90, 14, this)),
       faultLabel(new PlainLabel(this)), wanted(Replay::UndoThis), number(0), working(false), closeResult(-1),
-      newestBefore(0)
+      columnsFitted(false), keptNumber(0)
 {
     setWindowTitle(tr("VYRE History"));
     details->setReadOnly(true);
@@ -80,6 +80,16 @@ void HistoryDialog::showEvent(QShowEvent* event)
 {
     QDialog::showEvent(event);
     if (!event->spontaneous()) {
+        // Row 0 is the newest transaction. If row 0 was current, the newest transaction becomes current after
+        // the next reading. Otherwise the same transaction as before becomes current.
+        if (model->rowCount() > 0) {
+            const int row = list->currentRow();
+            keptNumber = row > 0 ? model->record(row).number : 0;
+        }
+        // The transactions of the previous opening may be out of date. Until load() has read the history, the
+        // list is empty, so all command buttons are disabled.
+        list->setEmptyText(tr("Reading the history..."));
+        model->setRecords(HistoryRecords());
         // Read the history only after the window has been painted.
         QTimer::singleShot(0, this, SLOT(load()));
     }
@@ -91,11 +101,6 @@ void HistoryDialog::load()
         return;
     }
     known.clear();
-    const int row = list->currentRow();
-    const qint64 before = row >= 0 ? model->record(row).number : 0;
-    if (model->rowCount() == 0) {
-        list->setEmptyText(tr("Reading the history..."));
-    }
     HistoryRecords records;
     bool read = false;
     {
@@ -108,20 +113,16 @@ void HistoryDialog::load()
     }
     faultLabel->setText(fault);
     faultLabel->setVisible(!fault.isEmpty());
-    list->setEmptyText(read
-                           ? tr("The history has no transactions.")
-                           : tr("The history could not be read.\nThe Log window (Ctrl+L) shows the reason."));
-    const bool first = model->rowCount() == 0;
+    // This window is modal, so Ctrl+L has no effect while it is open.
+    list->setEmptyText(read ? tr("The history has no transactions.")
+                            : tr("The history could not be read.\n"
+                                 "To see the reason, close this window and open the Log window (Ctrl+L)."));
     model->setRecords(records);
-    if (first) {
+    if (!columnsFitted) {
         list->fitColumns();
+        columnsFitted = !records.isEmpty();
     }
-    // The first row is the newest transaction. If this transaction is new since the previous call, it becomes
-    // current. Otherwise the same transaction as before stays current.
-    const qint64 newest = records.isEmpty() ? 0 : records.first().number;
-    const int again = newest == newestBefore ? model->rowOf(before) : -1;
-    newestBefore = newest;
-    list->setCurrentRow(again >= 0 ? again : 0);
+    list->setCurrentRow(qMax(0, model->rowOf(keptNumber)));
     currentChanged();
     if (closeResult >= 0) {
         done(closeResult);
@@ -223,8 +224,12 @@ void HistoryDialog::choose(Replay kind)
 void HistoryDialog::done(int result)
 {
     if (working) {
-        // The worker still runs. When it ends, the window closes with this result.
+        // The worker still runs. When it ends, the window closes with this result. If the worker waits for
+        // another process that uses the history, the wait ends now.
         closeResult = result;
+        if (yumIO != nullptr) {
+            yumIO->stop();
+        }
         return;
     }
     closeResult = -1;
@@ -236,6 +241,10 @@ void HistoryDialog::keyPressEvent(QKeyEvent* event)
 {
     // This window has no default button, because Enter in the expression field would press it.
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        event->accept();
+        return;
+    }
+    if (event->matches(QKeySequence::Cancel) && list->stopComparing()) {
         event->accept();
         return;
     }

@@ -3,10 +3,10 @@
 // The history window. It lists all transactions, shows the details of the current transaction, and has
 // buttons that undo and repeat transactions.
 //
-// A worker reads the list when the window opens, and the details of a transaction shortly after this
-// transaction became current. While a worker reads details, the user can select another transaction. The
-// window does not change the system: a button closes the window, and then the main window carries out the
-// user's request.
+// Whenever the window opens, the list is empty until a worker has read it. Shortly after a transaction has
+// become current, a worker reads its details. While a worker reads details, the user can select another
+// transaction. The window does not change the system: a button closes the window, and then the main window
+// carries out the user's request.
 //
 // The object lives on the graphical thread. The main window creates it on the first request and owns it.
 
@@ -80,9 +80,10 @@ private:
     QString fault; // the reason why no transaction can be undone, or empty
     Replay wanted;
     qint64 number;
-    bool working;        // true while a worker of this window runs
-    int closeResult;     // the argument of done() if done() was called while a worker ran; otherwise -1
-    qint64 newestBefore; // the newest transaction when the list was last read
+    bool working;       // true while a worker of this window runs
+    int closeResult;    // the argument of done() if done() was called while a worker ran; otherwise -1
+    bool columnsFitted; // whether the columns were fitted to transactions
+    qint64 keptNumber;  // the transaction that becomes current when the list has been read; 0: the newest
 };
 
 #endif

@@ -125,6 +125,11 @@ const VersionLocks& Model::versionLocks() const
     return yumIO.isNull() ? none : yumIO->versionLocks();
 }
 
+bool Model::isLocal(const Package::Entry& entry) const
+{
+    return !yumIO.isNull() && yumIO->isLocalRepo(entry.repo);
+}
+
 void Model::changeAction(int row, Package::Action action)
 {
     entry(row)->action = action;

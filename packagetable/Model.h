@@ -55,6 +55,9 @@ public:
 
     Package::State getState(int row) const;
     const VersionLocks& versionLocks() const;
+    // Returns whether the package of the record is in a local directory, so that dnf does not download the
+    // package.
+    bool isLocal(const Package::Entry& entry) const;
     // Sets the action without checking whether the record's state permits it.
     void setAction(const QModelIndex& index, Package::Action action);
     // Returns true if the record permits any action.
@@ -63,8 +66,8 @@ public:
     void toggleAction(const QModelIndex& index);
     void reset();
 
-    // While a Hiding object exists, the model has no rows. Use it while the records change, because views
-    // would otherwise show cells of records that are only partly changed.
+    // While a Hiding object exists, the model has no rows. Create one before the records change. Without a
+    // Hiding object, views would show cells of records that are only partly changed.
     class Hiding
     {
     public:
@@ -85,7 +88,8 @@ public:
 
 public Q_SLOTS:
     // Marks available packages for Install and updatable packages for Update. Skips all other records. Also
-    // skips a record if a package with another name replaces it or is replaced by it.
+    // skips a record if a package with another name replaces the record's package, or if the record's package
+    // replaces a package with another name.
     void setSelected(QModelIndexList indices);
     // Marks each of these records for Update, if the record permits this action.
     void setUpdates(const QVector<Package::Entry*>& entries);

@@ -3,17 +3,14 @@
 #include "packagetable/SortFilterProxyModel.h"
 
 #include <QElapsedTimer>
-#include <QRegularExpression>
 
 #include <atomic>
 #include <cstdlib>
 #include <memory>
 #include <utility>
 
-#include <regex.h>
-#include <string.h>
-
 #include "packagetable/Columns.h"
+#include "widgets/CaselessPattern.h"
 #include "widgets/HAbstractTableModel.h"
 #include "yumio/YumIO.h"
 
@@ -24,23 +21,27 @@ namespace {
 // prepareQuickly() gives up after this number of milliseconds.
 constexpr int quickTime = 30;
 
+// If a search has found nothing, it looks for matches with a different letter case. It stops after this
+// number of milliseconds. The result is only a hint.
+constexpr int longestHintTime = 1000;
+
 // The kinds of texts of a record. A search compares all of them with its expression.
 enum TextKind { FieldTexts, FileText, ChangeLogText, TextKindCount };
 
-bool matchesText(const Expression& pattern, TextKind kind, const QByteArray& text)
+template <typename Pattern> bool matchesText(const Pattern& pattern, TextKind kind, const QByteArray& text)
 {
     return kind == FieldTexts ? pattern.matchesAny(text) : pattern.matches(text.constData());
 }
 
 // The texts of many records, in their packed blocks. Several threads may call match() at once. After the user
-// has stopped a search, its threads may still use the object, even if the records no longer exist.
+// has stopped a search, its threads may still use the SearchedTexts, even after the deletion of the records.
 class SearchedTexts
 {
 public:
     explicit SearchedTexts(int records) : found(new std::atomic<bool>[static_cast<size_t>(records)]()) {}
 
-    // Adds the texts of one kind. The fields should come first, because a match in them saves the comparison
-    // of the other texts.
+    // Adds the texts of one kind. Add the fields first, because a match in a field saves the comparison of
+    // the file list and the change log.
     template <typename TextOf> void add(TextKind kind, int records, TextOf textOf)
     {
         QHash<const char*, size_t> numbers;
@@ -85,8 +86,8 @@ public:
 
     size_t blockCount() const { return blocks.size(); }
 
-    // Compares the texts of a block, except those of records that are known to match. Returns whether a text
-    // of the block matches.
+    // Compares the texts of a block, except the texts of records that are known to match. Returns whether a
+    // text of the block matches.
     bool match(const Expression& pattern, size_t index)
     {
         thread_local TextUnpacker unpacker; // keeps its memory for the next block
@@ -101,6 +102,18 @@ public:
             }
         }
         return any;
+    }
+    // Returns whether a text of the block matches.
+    bool matchesIgnoringCase(const CaselessPattern& pattern, size_t index) const
+    {
+        thread_local TextUnpacker unpacker;
+        const Block& block = blocks[index];
+        for (size_t i = block.first; i < block.end && !stopped; ++i) {
+            if (matchesText(pattern, block.kind, unpacker.text(block.packed, texts[i].position))) {
+                return true;
+            }
+        }
+        return false;
     }
     // Makes all later calls of match() end at once, and each running call end after its current text.
     void stop() { stopped = true; }
@@ -127,46 +140,21 @@ private:
     std::atomic<bool> stopped{false};
 };
 
-// An expression that is not case-sensitive. It cannot be used if it refers to its groups, because comparing
-// such an expression with one text may take hours.
-class CaselessPattern
+// Returns the texts of these records that a search compares.
+std::shared_ptr<SearchedTexts> textsOf(YumIO& yumIO, const QVector<int>& rows)
 {
-public:
-    explicit CaselessPattern(const QString& expression)
-    {
-        static const QRegularExpression reference(QStringLiteral("\\\\[1-9]"));
-        const QByteArray encoded = expression.toUtf8();
-        const QByteArray required = Expression::requiredText(encoded, fixed);
-        if (fixed) {
-            text = required;
-        } else if (!expression.contains(reference)) {
-            compiled = regcomp(&regex, encoded.constData(), REG_EXTENDED | REG_NOSUB | REG_ICASE) == 0;
-        }
-    }
-    ~CaselessPattern()
-    {
-        if (compiled) {
-            regfree(&regex);
-        }
-    }
-    CaselessPattern(const CaselessPattern&) = delete;
-    CaselessPattern& operator=(const CaselessPattern&) = delete;
-
-    bool isUsable() const { return fixed || compiled; }
-    // Returns whether the expression is only a text without blanks.
-    bool isWord() const { return fixed && !text.contains(' '); }
-    bool matches(const char* searched) const
-    {
-        return fixed ? strcasestr(searched, text.constData()) != nullptr
-                     : regexec(&regex, searched, 0, nullptr, 0) == 0;
-    }
-
-private:
-    bool fixed = false; // the expression is only a text
-    QByteArray text;
-    bool compiled = false;
-    regex_t regex = {};
-};
+    auto texts = std::make_shared<SearchedTexts>(rows.count());
+    const auto addTexts = [&yumIO, &rows, &texts](TextKind kind, PackedText Package::Entry::*text) {
+        texts->add(kind, rows.count(), [&yumIO, &rows, kind, text](int place) {
+            const Package::Entry* entry = yumIO[rows.at(place)];
+            return kind == FieldTexts || entry->kind != Package::Group ? &(entry->*text) : nullptr;
+        });
+    };
+    addTexts(FieldTexts, &Package::Entry::searchTexts);
+    addTexts(FileText, &Package::Entry::searchFiles);
+    addTexts(ChangeLogText, &Package::Entry::searchChangeLog);
+    return texts;
+}
 
 } // namespace
 
@@ -174,8 +162,8 @@ SortFilterProxyModel::SortFilterProxyModel(StateFilter state, bool withDups, boo
                                            QObject* parent)
     : HSortFilterProxyModel(NameColumn, parent), mode(Filter), filtering(true), stateFilter(state),
       dups(withDups), groups(withGroups), yumIO(backEnd), source(nullptr), comparedMode(Filter),
-      comparison(0), sortedBy(-1), sortedIn(Qt::AscendingOrder), sortPauses(0), sortWanted(false),
-      mapped(false), mapping(false)
+      comparison(0), foundIgnoringCase(false), sortedBy(-1), sortedIn(Qt::AscendingOrder), sortPauses(0),
+      sortWanted(false), mapped(false), mapping(false)
 {
     idle.setSingleShot(true);
     idle.setInterval(100); // the table is painted before this timer fires
@@ -404,8 +392,8 @@ void SortFilterProxyModel::refilter()
 
 void SortFilterProxyModel::map() const
 {
-    // Reading a field may open a message box, which processes paint events. A paint event of the table calls
-    // this function, so the call must end here while an outer call runs.
+    // The function that reads a field may open a message box, which processes paint events. A paint event of
+    // the table calls this function a second time, and this inner call must end here.
     if (mapped || mapping) {
         return;
     }
@@ -651,7 +639,7 @@ void SortFilterProxyModel::keep(const Settings& wanted, bool again, const QVecto
                                 const std::vector<char>& found)
 {
     if (!again) {
-        static qint32 last = 0; // all proxies share `last`: the records store one number for all
+        static qint32 last = 0; // all proxies share `last`, because a record stores only one number
         comparison = ++last;
         comparedMode = wanted.mode;
         comparedExpression = wanted.expression;
@@ -666,8 +654,7 @@ bool SortFilterProxyModel::prepareQuickly(const Settings& given)
     Settings wanted = given;
     wanted.expression = Expression::withoutOuterAny(given.expression);
     // If the expression refers to its groups, comparing it with a single row may already take hours.
-    static const QRegularExpression reference(QStringLiteral("\\\\[1-9]"));
-    if (wanted.mode != Filter || yumIO.isNull() || wanted.expression.contains(reference)) {
+    if (wanted.mode != Filter || yumIO.isNull() || Expression::refersToGroups(wanted.expression)) {
         return false;
     }
     Expression compiled;
@@ -704,6 +691,17 @@ bool SortFilterProxyModel::prepare(const Settings& given)
     if (yumIO.isNull() || wanted.expression.isEmpty() || !compiled.isValid()) {
         return true;
     }
+    if (!compare(wanted)) {
+        return false;
+    }
+    if (wanted.mode == Search) {
+        searchIgnoringCase(wanted);
+    }
+    return true;
+}
+
+bool SortFilterProxyModel::compare(const Settings& wanted)
+{
     bool again = false;
     const QVector<int> rows = unknownRows(wanted, again);
     if (rows.isEmpty()) {
@@ -713,16 +711,7 @@ bool SortFilterProxyModel::prepare(const Settings& given)
     auto count = static_cast<size_t>(rows.count());
     std::shared_ptr<SearchedTexts> texts;
     if (wanted.mode == Search) {
-        texts = std::make_shared<SearchedTexts>(rows.count());
-        const auto addTexts = [this, &rows, &texts](TextKind kind, PackedText Package::Entry::*text) {
-            texts->add(kind, rows.count(), [this, &rows, kind, text](int place) {
-                const Package::Entry* entry = (*yumIO)[rows.at(place)];
-                return kind == FieldTexts || entry->kind != Package::Group ? &(entry->*text) : nullptr;
-            });
-        };
-        addTexts(FieldTexts, &Package::Entry::searchTexts);
-        addTexts(FileText, &Package::Entry::searchFiles);
-        addTexts(ChangeLogText, &Package::Entry::searchChangeLog);
+        texts = textsOf(*yumIO, rows);
         count = texts->blockCount();
         matches = [texts](const Expression& each, size_t index) { return texts->match(each, index); };
     } else {
@@ -757,14 +746,58 @@ bool SortFilterProxyModel::prepare(const Settings& given)
     return true;
 }
 
+// If a search has no match, searches a second time without regard to the letter case, and stores whether the
+// second search has a match.
+void SortFilterProxyModel::searchIgnoringCase(const Settings& wanted)
+{
+    foundIgnoringCase = false;
+    QVector<int> rows;
+    for (int row = 0; !yumIO.isNull() && row < yumIO->count(); ++row) {
+        const Package::Entry& entry = *(*yumIO)[row];
+        if (passes(entry, wanted.state, wanted.dups, wanted.groups)) {
+            if (entry.match == comparison || entry.searchTexts.isNull()) {
+                return;
+            }
+            rows.append(row);
+        }
+    }
+    const auto caseless = std::make_shared<CaselessPattern>(wanted.expression);
+    if (rows.isEmpty() || !caseless->isQuick()) {
+        return;
+    }
+    const std::shared_ptr<SearchedTexts> texts = textsOf(*yumIO, rows);
+    const auto any = std::make_shared<std::atomic<bool>>(false);
+    std::vector<char> found;
+    QElapsedTimer running;
+    running.start();
+    const bool complete = yumIO->findMatches(
+        wanted.expression, texts->blockCount(),
+        [texts, caseless, any, running](const Expression&, size_t index) {
+            if (*any || running.elapsed() > longestHintTime) {
+                texts->stop();
+            } else if (texts->matchesIgnoringCase(*caseless, index)) {
+                *any = true;
+            }
+            return false;
+        },
+        found);
+    if (!complete) {
+        texts->stop(); // without a hint, the result of the search is still complete
+    }
+    foundIgnoringCase = *any;
+}
+
 bool SortFilterProxyModel::matchesIgnoringCase() const
 {
     if (yumIO.isNull() || expression.isEmpty() || !pattern.isValid()) {
         return false;
     }
+    if (mode == Search && foundIgnoringCase) {
+        return true;
+    }
     const CaselessPattern caseless(expression.pattern());
-    // A search also compares the visible texts, but each field alone. The other texts are packed, and
-    // unpacking them takes too long.
+    // This function compares the joined visible texts, but a search compares each field alone. For words,
+    // both give the same result, so without the result of a worker, a search compares only words.
     if (!caseless.isUsable() || (mode == Search && !caseless.isWord())) {
         return false;
     }

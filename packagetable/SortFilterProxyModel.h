@@ -3,7 +3,7 @@
 // Filters and sorts the package records in the table. The proxy filters by state, duplicates, groups and a
 // regular expression.
 //
-// The object lives on the graphical thread; the main window owns it. The object has its own map between table
+// The proxy lives on the graphical thread; the main window owns it. The proxy has its own map between table
 // rows and records, instead of the base class's map. Filtering does not sort again, and sorting does not
 // filter again. The proxy reads the records directly from the back end, without QVariants. Therefore a table
 // of a whole distribution responds immediately.
@@ -46,7 +46,7 @@ public:
     void setStateFilter(StateFilter state);
     void setDupsFilter(bool withDups);
     void setGroupsFilter(bool withGroups);
-    // Enables or disables all filters. If they are disabled, the table lists every row.
+    // Enables or disables all filters. If all filters are disabled, the table lists every row.
     void setFilter(bool on);
     bool getFilter() const { return filtering; }
     // Sets the extended POSIX expression, which is case-sensitive. ".*" is removed from both ends. An empty
@@ -72,22 +72,23 @@ public:
     QVector<Package::Entry*> searched(StateFilter state, bool withDups, bool withGroups) const;
     // Compares the expression of these settings with all records that the other settings permit, and stores
     // the results. This function may start a worker and serve events. When the settings are then applied, the
-    // proxy lists the records at once. Without a call of this function, the proxy lists the same records, but
-    // compares them itself and serves no events. Returns false if the user has stopped the worker; the
-    // results for the current settings are then kept.
+    // proxy lists the records at once. Without an earlier prepare(), the proxy lists the same records, but
+    // compares them on the graphical thread and serves no events. Returns false if the user has stopped the
+    // worker; the results for the current settings are then kept.
     bool prepare(const Settings& wanted);
-    // If the comparison takes only some milliseconds, does the same as prepare() in Filter mode, but on the
-    // graphical thread. Otherwise returns false.
+    // Does the same as prepare() in Filter mode, but on the graphical thread. If the comparison takes more
+    // than some milliseconds, gives up and returns false.
     bool prepareQuickly(const Settings& wanted);
-    // Returns whether the expression would list at least one record if it were not case-sensitive. Compares
-    // only the visible texts. Gives up, and returns false, after some milliseconds.
+    // Returns whether the expression would list at least one record if it were not case-sensitive. For a
+    // search, prepare() has compared all texts if it has found nothing. Otherwise, this function compares the
+    // visible texts. After some milliseconds, the function gives up and returns false.
     bool matchesIgnoringCase() const;
     // Gives the proxy the result of a Preparation for the present records. The proxy uses it at the next
     // reset of the source model, which must follow before the records change.
     void setPrepared(PreparedRows rows);
     // Marks every listed updatable record for Update.
     void setUpdateListed();
-    // Filters and sorts again.
+    // Forgets the results of all comparisons, and then filters and sorts again.
     void clear();
 
     // Returns the sorted column, or -1 if the rows are in the back end's order. The base class must not know
@@ -142,6 +143,8 @@ private:
 
     bool acceptRow(Package::Entry* entry, int row, const QModelIndex& parent) const;
     static bool passes(const Package::Entry& entry, StateFilter state, bool withDups, bool withGroups);
+    bool compare(const Settings& wanted);
+    void searchIgnoringCase(const Settings& wanted);
     QVector<int> unknownRows(const Settings& wanted, bool& again) const;
     void keep(const Settings& wanted, bool again, const QVector<int>& rows, const std::vector<char>& found);
     bool matchesAnyText(const Package::Entry& entry) const;
@@ -170,6 +173,8 @@ private:
     Mode comparedMode;
     QString comparedExpression;
     qint32 comparison; // the number of the comparison; 0 before the first comparison
+    // Whether the last search has found no record, but would have found one if it were not case-sensitive.
+    bool foundIgnoringCase;
 
     int sortedBy;
     Qt::SortOrder sortedIn;

@@ -24,7 +24,8 @@ TableStatus::TableStatus(Model* packages, SortFilterProxyModel* listedRows, View
     setAccessibleName(tr("Rows and marks"));
     setToolTip(
         Literal::toolTip(tr("The download size includes all packages that are marked for Install or Update,\n"
-                            "but neither their dependencies nor the packages of groups.\n"
+                            "but neither their dependencies nor the packages of groups and of local "
+                            "repositories.\n"
                             "Packages in the cache are not downloaded again.")));
     addWidget(label, 1);
     later.setSingleShot(true);
@@ -82,7 +83,7 @@ void TableStatus::countMarks()
     for (int row = 0; row < rows; ++row) {
         const Package::Entry& entry = *model->entry(row);
         ++marks[entry.action];
-        if (entry.action == Package::Install || entry.action == Package::Update) {
+        if ((entry.action == Package::Install || entry.action == Package::Update) && !model->isLocal(entry)) {
             bytes += entry.size;
         }
         if (anyLocks && locks.isLocked(entry)) {

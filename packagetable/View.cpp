@@ -201,8 +201,11 @@ void View::keyPressEvent(QKeyEvent* event)
 {
     const QModelIndex current = currentIndex();
     if (event->key() == Qt::Key_Space && event->modifiers() == Qt::NoModifier && current.isValid()) {
-        // The space key acts as a click on the Action column of the row.
-        handleActivated(current.sibling(current.row(), ActionColumn));
+        // The space key acts as a click on the Action column of the row. A key that the user holds down acts
+        // only once, because its repetitions would select one action after another.
+        if (!event->isAutoRepeat()) {
+            handleActivated(current.sibling(current.row(), ActionColumn));
+        }
         return;
     }
     if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && current.isValid()) {
@@ -222,14 +225,17 @@ void View::mousePressEvent(QMouseEvent* event)
         sincePress.start();
         pressedAt = event->pos();
         const QModelIndex record = proxy->mapToSource(index);
-        if (quick && pressedRecord.isValid() && pressedRecord != record) {
-            // The previous click changed the row's action. The table is sorted by action, so the row has
-            // moved, and another row is now under the pointer. The user still means the row that moved.
-            handleActivated(proxy->mapFromSource(pressedRecord));
+        const QModelIndex pressed = proxy->mapFromSource(pressedRecord);
+        if (quick && pressedRecord.isValid() && pressedRecord != record && pressed.row() != pressedRow) {
+            // The previous click has changed the row's action. Because the table is sorted by action, the row
+            // has moved, and now a different row is under the pointer. The user still means the row that has
+            // moved. But if the row has not moved, the user has clicked a neighbouring row.
+            handleActivated(pressed);
             pressIsHandled = true;
             return;
         }
         pressedRecord = record;
+        pressedRow = index.row();
     }
     pressIsHandled = false;
     HTableView::mousePressEvent(event);
@@ -249,8 +255,8 @@ void View::mouseDoubleClickEvent(QMouseEvent* event)
 {
     const QModelIndex index = indexAt(event->pos());
     if (index.column() == ActionColumn) {
-        // Treat a double click as another single click, because each click must change the action. The base
-        // class would not emit clicked() for it.
+        // Treat a double click as a further single click, because each click must change the action. The base
+        // class would not emit clicked() for a double click.
         QMouseEvent press(QEvent::MouseButtonPress, event->localPos(), event->windowPos(), event->screenPos(),
                           event->button(), event->buttons(), event->modifiers(), event->source());
         mousePressEvent(&press);
@@ -306,7 +312,8 @@ void View::currentChanged(const QModelIndex& current, const QModelIndex& previou
 void View::adaptColors()
 {
     // Pass the lighter of the two alternating row backgrounds to the model. If both backgrounds are dark,
-    // light text has less contrast on the lighter one. Text that is readable there is readable on both.
+    // light text has less contrast on the lighter background. Text that is readable on the lighter background
+    // is readable on both.
     const QColor base = palette().color(QPalette::Base);
     const QColor alternate = palette().color(QPalette::AlternateBase);
     model->setBackground(alternate.lightness() > base.lightness() ? alternate : base);

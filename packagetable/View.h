@@ -42,22 +42,22 @@ public:
     QModelIndexList selectedRows() const;
 
     // The user's changes to the columns since they were last fitted. Each column has a width in pixels, or 0
-    // for the fitted width, and a position from the left. A layout with another number of columns is not
-    // restored.
+    // for the fitted width, and a position from the left. A layout whose number of columns differs from the
+    // table's is not restored.
     struct Layout
     {
         QList<int> widths;
         QList<int> places;
     };
     // Does the same as resizeColumnsToContents(). If `widest` is not null, it points to one list of source
-    // rows for each column; then only the rows in these lists are measured.
+    // rows for each column. In this case, the view measures only the rows in these lists.
     void fitColumns(const std::vector<int>* widest);
     Layout layoutByHand() const;
     void restoreLayout(const Layout& layout);
 
 public Q_SLOTS:
     void reset() override;
-    // Opens the description of the package in the current row, if any.
+    // Opens the description of the package in the current row. If no row is current, does nothing.
     void describe();
     // Fits the columns to all records, including unlisted records, so that no text is truncated after a
     // change to the filter.
@@ -86,7 +86,7 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     // The Enter key opens the description of the package in the current row. The space key changes the action
-    // of the current row to the next permitted action.
+    // of the current row to the next permitted action; repetitions of a held space key are ignored.
     void keyPressEvent(QKeyEvent* event) override;
     int contentsWidthForColumn(int column) const override;
 
@@ -98,8 +98,9 @@ private:
     int currentRow;                                  // the row that the last currentChanged() reported
     const std::vector<int>* widestRecords = nullptr; // the argument of fitColumns() while it runs
     bool fittingRecords; // true while the columns are fitted to all records, not only to the listed ones
-    // The following three members describe the last click on a cell of the Action column.
+    // The following four members describe the last click on a cell of the Action column.
     QPersistentModelIndex pressedRecord; // an index of the source model
+    int pressedRow = -1;                 // the row of the proxy that contained the record at the click
     QPoint pressedAt;
     QElapsedTimer sincePress;
     bool pressIsHandled = false;   // the current press has already changed an action

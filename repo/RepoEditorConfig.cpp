@@ -20,6 +20,7 @@
 #include "repo/RepoVantor.h"
 #include "repo/YumConfIO.h"
 #include "widgets/Colors.h"
+#include "widgets/HComboBox.h"
 #include "widgets/HFrameLabel.h"
 #include "widgets/HGroupBox.h"
 #include "widgets/Literal.h"
@@ -153,7 +154,7 @@ QWidget* Config::createSimpleOptions(QWidget* parent)
     auto* grid = new QGridLayout(area);
     grid->setContentsMargins(0, 0, 0, 0);
     const auto makeBox = [area]() {
-        auto* box = new QComboBox(area);
+        auto* box = new HComboBox(area);
         // The items are in the order of the values of Qt::CheckState. setDefaults() appends the default value
         // to the text of the second item.
         box->addItems({tr("No"), tr("Default"), tr("Yes")});
@@ -290,10 +291,10 @@ void Config::setFieldsEnabled(bool enabled)
 QString Config::refusal(const Repo::Entry& entry)
 {
     // Permit only the characters that the package manager permits in an identifier, and the characters of
-    // variables ("$", "{" and "}"). The package manager expands the variables first, and then ignores a
-    // repository whose identifier contains another character. A closing bracket would make the package
-    // manager reject the whole file. Bytes beyond ASCII are refused because the package manager decodes them
-    // differently from VYRE.
+    // variables ("$", "{" and "}"). The package manager expands the variables first. Then it ignores a
+    // repository whose identifier contains a character that it does not permit. Because of a closing bracket,
+    // the package manager would reject the whole file. Bytes beyond ASCII are refused because the package
+    // manager decodes them differently from VYRE.
     const auto unusable = [](QChar character) {
         const char sign = character.unicode() <= 0x7f ? character.toLatin1() : '\0';
         return std::isalnum(static_cast<unsigned char>(sign)) == 0 &&
@@ -308,8 +309,8 @@ QString Config::refusal(const Repo::Entry& entry)
     if (entry.options.startsWith(QLatin1Char('[')) || entry.options.contains(QLatin1String("\n["))) {
         return tr("Other Options have a line that begins with a bracket");
     }
-    // Refuse white space before the first option: in the configuration file, it would make the first line a
-    // continuation of the option above it.
+    // Refuse white space before the first option: in the configuration file, this white space would make the
+    // line a continuation of the option above the line.
     if (entry.options.startsWith(QLatin1Char(' ')) || entry.options.startsWith(QLatin1Char('\t'))) {
         return tr("Other Options begin with a blank");
     }

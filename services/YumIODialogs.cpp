@@ -51,8 +51,8 @@ void YumIODialogsMinion::scrollable(const QString& caption, const QString& text)
     Q_EMIT setResult(0);
 }
 
-// Works like QMessageBox::warning() and critical() with three buttons. But those functions would interpret
-// markup in the text, which comes from packages and failures.
+// Does the same as QMessageBox::warning() and critical() with three buttons, but never interprets markup,
+// because the text comes from packages and failures.
 int YumIODialogsMinion::message(QMessageBox::Icon icon, const QString& caption, const QString& text,
                                 const QStringList& buttonTexts, int defaultButtonNumber,
                                 int escapeButtonNumber)
@@ -70,8 +70,8 @@ int YumIODialogsMinion::message(QMessageBox::Icon icon, const QString& caption, 
     box.setEscapeButton(buttons.value(escapeButtonNumber));
     const QuestionGuard guard(&box);
     const int number = box.exec();
-    // If the program ends while the box is open, no button was clicked. Return the safe answer, because
-    // exec() returns 0, which would mean button 0.
+    // If the program has ended the box, no button was clicked. Return the safe answer, because the 0 that
+    // exec() returns would mean button 0.
     return box.clickedButton() != nullptr ? number : escapeButtonNumber;
 }
 
@@ -176,8 +176,8 @@ void YumIODialogs::giveUpWaiting()
     QMetaObject::invokeMethod(this, "setResult", Qt::QueuedConnection, Q_ARG(int, safeResult));
 }
 
-YumIODialogsUser::YumIODialogsUser(YumIODialogs*& dialogsSlot, QWidget* parent)
-    : slot(dialogsSlot), former(dialogsSlot)
+YumIODialogsUser::YumIODialogsUser(YumIODialogs*& dialogsPointer, QWidget* parent)
+    : slot(dialogsPointer), former(dialogsPointer)
 {
     slot = new YumIODialogs(parent);
 }

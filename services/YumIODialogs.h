@@ -2,9 +2,9 @@
 
 // Lets a worker thread ask the user a question and wait for the answer.
 //
-// YumIODialogs lives on the thread that asks the question, and waits for the answer in an event loop of that
-// thread. YumIODialogsMinion lives on the graphical thread and runs the dialogs. YumIODialogsUser creates a
-// YumIODialogs on the worker for one operation.
+// A YumIODialogs lives on the thread that asks the question, and waits for the answer in an event loop of
+// that thread. YumIODialogsMinion lives on the graphical thread and runs the dialogs. YumIODialogsUser
+// creates a YumIODialogs on the worker for one operation.
 
 #ifndef SERVICES_YUMIODIALOGS_H
 #define SERVICES_YUMIODIALOGS_H
@@ -16,8 +16,9 @@
 
 #include "services/Unattended.h"
 
-// Runs the dialogs on the graphical thread. A YumIODialogs creates this object, and the graphical thread
-// deletes it. A QuestionGuard protects each dialog from input that is meant for something else.
+// Runs the dialogs on the graphical thread. A YumIODialogs creates its YumIODialogsMinion, and the graphical
+// thread deletes the minion. A QuestionGuard protects each dialog from input that is meant for something
+// else.
 class YumIODialogsMinion : public QObject
 {
     Q_OBJECT
@@ -49,9 +50,9 @@ private:
     QWidget* parentWidget;
 };
 
-// Only the thread that created this object may use it, with one request at a time. On the graphical thread,
-// the dialog runs inside the request. While the program is unattended, no dialog is shown, and each request
-// immediately returns the safe answer: the rejection or the escape button.
+// Only the thread that created a YumIODialogs may use it, with one request at a time. If this is the
+// graphical thread, the request itself runs the dialog. While the program is unattended, no dialog is shown,
+// and each request immediately returns the safe answer: the rejection or the escape button.
 class YumIODialogs : public QObject, private Unattended::Waiter
 {
     Q_OBJECT
@@ -67,10 +68,10 @@ public:
     int confirm(const QString& caption, const QString& text, const QString& acceptText,
                 const QString& rejectText, bool rejectIsDefault = false, const QString& notice = QString(),
                 const QString& summary = QString());
-    // Both functions return the number of the pressed button. A button without a text is omitted, except
-    // button 0, which then has the text "OK". If the number of the escape button is -1, the box has an escape
-    // button only if it has exactly one button. If the program ends before the user answers, the result is
-    // the number of the escape button.
+    // warning() and critical() return the number of the pressed button. A button without a text is omitted,
+    // except button 0, which then has the text "OK". The number -1 means that no button is the escape button,
+    // except for the only button of a box. If the program ends before the user answers, the result is the
+    // number of the escape button.
     int warning(const QString& caption, const QString& text, const QString& button0Text,
                 const QString& button1Text, const QString& button2Text, int defaultButtonNumber,
                 int escapeButtonNumber);
@@ -108,12 +109,12 @@ private:
     int safeResult; // the safe answer to the current request
 };
 
-// While an object exists, the slot contains a new YumIODialogs. After that, the slot has its former value
-// again. Objects can be nested.
+// While a YumIODialogsUser exists, `dialogsPointer` points to a new YumIODialogs. After that,
+// `dialogsPointer` has its former value again. Several of these objects can be nested.
 class YumIODialogsUser
 {
 public:
-    YumIODialogsUser(YumIODialogs*& dialogsSlot, QWidget* parent);
+    YumIODialogsUser(YumIODialogs*& dialogsPointer, QWidget* parent);
     ~YumIODialogsUser();
     YumIODialogsUser(const YumIODialogsUser&) = delete;
     YumIODialogsUser& operator=(const YumIODialogsUser&) = delete;

@@ -418,6 +418,14 @@ als wären sie durch Leerzeichen getrennt</translation>
         <source>%1 of %2 listed</source>
         <translation>%1 von %2 aufgelistet</translation>
     </message>
+    <message>
+        <source>Comparing the rows with the expression...</source>
+        <translation>Die Zeilen werden mit dem Ausdruck verglichen ...</translation>
+    </message>
+    <message>
+        <source>Comparing the rows (Esc stops)</source>
+        <translation>Zeilen werden verglichen (Esc hält an)</translation>
+    </message>
 </context>
 <context>
     <name>FindBar</name>
@@ -527,9 +535,9 @@ als wären sie durch Leerzeichen getrennt</translation>
     </message>
     <message>
         <source>The history could not be read.
-The Log window (Ctrl+L) shows the reason.</source>
+To see the reason, close this window and open the Log window (Ctrl+L).</source>
         <translation>Der Verlauf konnte nicht gelesen werden.
-Das Protokollfenster (Strg+L) zeigt den Grund.</translation>
+Um den Grund zu sehen, schließen Sie dieses Fenster und öffnen Sie das Protokollfenster (Strg+L).</translation>
     </message>
     <message>
         <source>Reverses this transaction. VYRE shows the changes first.</source>
@@ -1092,6 +1100,14 @@ With other upper and lower case letters, packages match. For both forms of a let
         <translation>Kein Paket entspricht der Auswahl.
 Mit anderer Groß- und Kleinschreibung passen Pakete. Für beide Formen eines Buchstabens steht „[Aa]“.</translation>
     </message>
+    <message>
+        <source>VYRE cannot change packages, because it has no right to change %1</source>
+        <translation>VYRE kann keine Pakete ändern, weil es %1 nicht ändern darf</translation>
+    </message>
+    <message>
+        <source>Stopped. No packages were changed, but signing keys were imported.</source>
+        <translation>Angehalten. Es wurden keine Pakete geändert, aber Signaturschlüssel importiert.</translation>
+    </message>
 </context>
 <context>
     <name>Manuals</name>
@@ -1357,14 +1373,6 @@ bei einer Epoche ungleich null als Epoche:Version-Release</translation>
         <translation>Zeilen und Vormerkungen</translation>
     </message>
     <message>
-        <source>The download size includes all packages that are marked for Install or Update,
-but neither their dependencies nor the packages of groups.
-Packages in the cache are not downloaded again.</source>
-        <translation>Die Größe zum Herunterladen umfasst alle Pakete, die zum Installieren oder
-Aktualisieren vorgemerkt sind, aber weder ihre Abhängigkeiten noch die Pakete von Gruppen.
-Pakete im Cache werden nicht noch einmal heruntergeladen.</translation>
-    </message>
-    <message>
         <source>Listed: %1   Selected: %2   No marks</source>
         <translation>Aufgelistet: %1   Ausgewählt: %2   Nichts vorgemerkt</translation>
     </message>
@@ -1379,6 +1387,14 @@ Pakete im Cache werden nicht noch einmal heruntergeladen.</translation>
     <message>
         <source>Locked: %1 (%2 selected)</source>
         <translation>Gesperrt: %1 (%2 ausgewählt)</translation>
+    </message>
+    <message>
+        <source>The download size includes all packages that are marked for Install or Update,
+but neither their dependencies nor the packages of groups and of local repositories.
+Packages in the cache are not downloaded again.</source>
+        <translation>Die Größe zum Herunterladen umfasst alle Pakete, die zum Installieren oder
+Aktualisieren vorgemerkt sind, aber weder ihre Abhängigkeiten noch die Pakete von Gruppen und lokalen Paketquellen.
+Pakete im Cache werden nicht noch einmal heruntergeladen.</translation>
     </message>
 </context>
 <context>
@@ -2288,6 +2304,22 @@ No operation is running now.</source>
         <translation>Hält VYRE an, während es Paketquellen liest oder Pakete herunterlädt.
 Zurzeit läuft kein Vorgang.</translation>
     </message>
+    <message>
+        <source>Stops the current operation (Esc).
+VYRE then lists the installed packages, and the packages whose metadata are in the cache.</source>
+        <translation>Hält den laufenden Vorgang an (Esc).
+VYRE listet dann die installierten Pakete auf, und die Pakete, deren Metadaten im Cache sind.</translation>
+    </message>
+    <message>
+        <source>Stops the current operation (Esc).
+VYRE has deleted the metadata. After a stop, it lists the installed packages, and only
+the packages of repositories whose metadata it has already read again.
+The marks of all other packages are lost.</source>
+        <translation>Hält den laufenden Vorgang an (Esc).
+VYRE hat die Metadaten gelöscht. Nach einem Halt listet es die installierten Pakete auf, und nur
+die Pakete von Paketquellen, deren Metadaten es schon wieder gelesen hat.
+Die Vormerkungen aller anderen Pakete gehen verloren.</translation>
+    </message>
 </context>
 <context>
     <name>TextDialog</name>
@@ -2381,6 +2413,25 @@ Zurzeit läuft kein Vorgang.</translation>
     <message>
         <source>%1 left out</source>
         <translation>%1 ausgelassen</translation>
+    </message>
+    <message>
+        <source>The scriptlets of these packages failed:</source>
+        <translation>Skripte dieser Pakete sind fehlgeschlagen:</translation>
+    </message>
+    <message>
+        <source>The log names %1 more.</source>
+        <translation>Das Protokoll nennt %1 weitere.</translation>
+    </message>
+    <message>
+        <source>No packages were changed, but signing keys were imported</source>
+        <translation>Es wurden keine Pakete geändert, aber Signaturschlüssel importiert</translation>
+    </message>
+</context>
+<context>
+    <name>VersionLocksCommand</name>
+    <message>
+        <source>Removed marks that a version lock does not permit: %1</source>
+        <translation>Entfernte Markierungen, die eine Versionssperre nicht erlaubt: %1</translation>
     </message>
 </context>
 <context>

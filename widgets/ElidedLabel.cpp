@@ -20,11 +20,13 @@ ElidedLabel::ElidedLabel(QWidget* parent) : PlainLabel(parent)
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 
-void ElidedLabel::showText(const QString& text)
+void ElidedLabel::showText(const QString& text, const QString& newDetails)
 {
-    if (whole != text) {
+    if (whole != text || details != newDetails) {
         whole = text;
+        details = newDetails;
         setAccessibleName(whole);
+        setAccessibleDescription(details);
         updateGeometry();
         fit();
     }
@@ -38,8 +40,8 @@ int ElidedLabel::margins() const
 QSize ElidedLabel::sizeHint() const
 {
     const QSize text = fontMetrics().size(Qt::TextSingleLine, whole);
-    // With some fonts, a label without text is lower than a label with text. Use one height for both, so that
-    // the first text does not move the widgets below.
+    // With some fonts, a label without text has a smaller height than a label with text. Use one height for
+    // both, so that the first text does not move the widgets below the label.
     const int letter = fontMetrics().size(Qt::TextSingleLine, QStringLiteral("X")).height() + margins();
     return {text.width() + margins(), qMax(PlainLabel::sizeHint().height(), letter)};
 }
@@ -68,7 +70,9 @@ void ElidedLabel::fit()
 {
     const QString visible = fontMetrics().elidedText(whole, Qt::ElideRight, width() - margins());
     setText(visible);
-    if (visible == whole) {
+    if (!details.isEmpty()) {
+        setToolTip(Literal::toolTip(details));
+    } else if (visible == whole) {
         setToolTip(QString());
     } else {
         setToolTip(Literal::toolTip(whole));

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A label of one line that shortens its text to its width. If the text is shortened, the tool tip shows the
-// whole text. Assistive programs always read the whole text.
+// A label of one line that shortens its text to the width of the label. If the text is shortened, the tool
+// tip shows the whole text. Assistive programs always read the whole text. If the label has details, the tool
+// tip always shows these details, and assistive programs read them as the description.
 //
 // The object lives on the graphical thread; its Qt parent owns it.
 
@@ -17,7 +18,8 @@ class ElidedLabel : public PlainLabel
 public:
     explicit ElidedLabel(QWidget* parent = nullptr);
 
-    void showText(const QString& text);
+    // details: a longer text, which includes `text`; or an empty string.
+    void showText(const QString& text, const QString& details = QString());
     // Returns the whole text, even if the label shows a shortened text.
     QString wholeText() const { return whole; }
 
@@ -36,6 +38,7 @@ private:
     void fit();
 
     QString whole;
+    QString details;
 };
 
 #endif

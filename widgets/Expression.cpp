@@ -2,6 +2,9 @@
 
 #include "widgets/Expression.h"
 
+#include <QRegularExpression>
+#include <QVector>
+
 #include <cstdlib>
 #include <cstring>
 
@@ -9,8 +12,8 @@
 
 namespace {
 
-// Returns the position after the bracket expression that begins at the given position, or -1 if the closing
-// bracket is missing.
+// Returns the position after the bracket expression that begins at `begin`, or -1 if the closing bracket is
+// missing.
 int afterBrackets(const QByteArray& text, int begin)
 {
     int at = begin + 1;
@@ -34,8 +37,30 @@ int afterBrackets(const QByteArray& text, int begin)
     return at < text.size() ? at + 1 : -1;
 }
 
-// Returns the position after the group that begins at the given position, or -1 if the closing parenthesis is
-// missing.
+// The C library copies the repeated part of an expression for each repetition, and crashes if an expression
+// has too many of these copies. An expression with more parts than this number is invalid.
+constexpr qint64 mostParts = 5000;
+
+// Returns the greatest number of repetitions of the bound that begins at `at`, for example 5 for "{2,5}".
+// Sets `at` to the position after the bound, or after the brace if no bound begins there.
+qint64 repetitionsOfBound(const QByteArray& text, int& at)
+{
+    static const QRegularExpression bound(QStringLiteral("\\{([0-9]*)(,?)([0-9]*)\\}"));
+    const QRegularExpressionMatch found =
+        bound.match(QString::fromLatin1(text), at, QRegularExpression::NormalMatch,
+                    QRegularExpression::AnchoredMatchOption);
+    if (!found.hasMatch()) {
+        ++at;
+        return 1;
+    }
+    at = found.capturedEnd();
+    const qint64 least = found.captured(1).left(6).toLongLong();
+    const qint64 most = found.captured(3).left(6).toLongLong();
+    const bool unlimited = !found.captured(2).isEmpty() && found.captured(3).isEmpty();
+    return qMax<qint64>(1, unlimited ? least + 1 : qMax(least, most));
+}
+
+// Returns the position after the group that begins at `begin`, or -1 if the closing parenthesis is missing.
 int afterGroup(const QByteArray& text, int begin)
 {
     int depth = 0;
@@ -224,13 +249,14 @@ QByteArray Expression::inOnePass(const QByteArray& expression)
             break;
         case '^':
             // The C library also accepts "^" after a line end, but only if another part of the expression has
-            // matched the line end. Then the added ".*" would match it.
+            // matched the line end. In the new form, the added ".*" would match the line end.
             return QByteArray();
         default:
             ++at;
         }
     }
-    // A parenthesis that closes no group is an ordinary character, but it would close the added group.
+    // In `expression`, a parenthesis that closes no group is an ordinary character. In the new form, this
+    // parenthesis would close the added group.
     const QByteArray grouped = '(' + expression + ')';
     return repeats && afterGroup(grouped, 0) == grouped.size() ? "^.*" + grouped : QByteArray();
 }
@@ -259,18 +285,84 @@ QString Expression::withoutOuterAny(QString text)
     return text;
 }
 
+bool Expression::refersToGroups(const QString& text)
+{
+    static const QRegularExpression reference(QStringLiteral("\\\\[1-9]"));
+    return text.contains(reference);
+}
+
+bool Expression::isTooLarge(const QByteArray& text)
+{
+    QVector<qint64> outer; // the numbers of parts before each open group
+    qint64 sum = 0;        // the number of parts in the current group
+    qint64 last = 0;       // the number of parts that a following repetition repeats
+    const auto repeat = [&sum, &last](qint64 times) {
+        sum += last * (times - 1);
+        last *= times;
+    };
+    int at = 0;
+    while (at >= 0 && at < text.size()) {
+        switch (text.at(at)) {
+        case '\\':
+            at += 2;
+            last = 1;
+            ++sum;
+            break;
+        case '[':
+            at = afterBrackets(text, at);
+            last = 1;
+            ++sum;
+            break;
+        case '(':
+            ++at;
+            outer.append(sum);
+            sum = 0;
+            last = 0;
+            break;
+        case ')':
+            ++at;
+            last = sum;
+            sum += outer.isEmpty() ? 0 : outer.takeLast();
+            break;
+        case '{':
+            repeat(repetitionsOfBound(text, at));
+            break;
+        case '+':
+            ++at;
+            repeat(2); // "E+" becomes "EE*"
+            break;
+        case '*':
+        case '?':
+            ++at;
+            break;
+        default:
+            ++at;
+            last = 1;
+            ++sum;
+        }
+        if (last > mostParts || sum > mostParts) {
+            return true;
+        }
+    }
+    return false;
+}
+
 void Expression::compile(const QString& text)
 {
     clear();
     const QByteArray expression(text.toUtf8().constData()); // regcomp() reads only up to a null byte
+    if (isTooLarge(expression)) {
+        regStatus = REG_ESIZE;
+        return;
+    }
     regStatus = regcomp(&pattern, expression.constData(), REG_EXTENDED | REG_NOSUB);
     required = requiredText(expression, literal);
     literal = literal && !required.isEmpty();
     if (regStatus != 0 || literal) {
         return;
     }
-    // In an encoding other than UTF-8 with several bytes per character, "." does not match every part of a
-    // UTF-8 text.
+    // If the C library uses another encoding than UTF-8 with several bytes per character, "." does not match
+    // every part of a UTF-8 text.
     const bool everyByteMatches = MB_CUR_MAX == 1 || std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0;
     const QByteArray faster = everyByteMatches ? inOnePass(expression) : QByteArray();
     hasOnePass = !faster.isEmpty() && regcomp(&onePass, faster.constData(), REG_EXTENDED | REG_NOSUB) == 0;

@@ -12,7 +12,8 @@
 // compiled a second time, as "^.*(E)". This expression can match only at the first position, so one pass over
 // the text is enough. The results are the same if the text is valid UTF-8.
 //
-// Any thread may use an object, but only one thread at a time: regexec() takes a lock for each expression.
+// Any thread may use an Expression, but only one thread at a time: regexec() takes a lock for each
+// expression.
 
 #ifndef WIDGETS_EXPRESSION_H
 #define WIDGETS_EXPRESSION_H
@@ -25,7 +26,7 @@
 class Expression
 {
 public:
-    // Creates an object that has no expression and matches nothing.
+    // Creates an Expression that has no text and matches nothing.
     Expression() = default;
     ~Expression() { clear(); }
     Expression(const Expression&) = delete;
@@ -37,7 +38,15 @@ public:
     // Returns the expression without any ".*" at its ends. If nothing remains, every text matches.
     static QString withoutOuterAny(QString text);
 
-    // Returns true if the object has a valid expression.
+    // Returns whether the expression refers to the text that one of its groups has matched, for example with
+    // "\1". The C library may need hours to compare such an expression with a single text.
+    static bool refersToGroups(const QString& text);
+
+    // Returns whether the C library would need too much memory for the copies of the repeated parts of this
+    // expression, and might crash. Such an expression is invalid.
+    static bool isTooLarge(const QByteArray& text);
+
+    // Returns true if compile() was called with a valid expression.
     bool isValid() const { return regStatus == 0; }
     // Returns the C library's description of the error in an invalid expression, in the user's language. If
     // the expression is valid or missing, the text is empty.
@@ -47,11 +56,11 @@ public:
     // Returns true if the expression matches at least one of the texts. A zero byte ends each text.
     bool matchesAny(const QByteArray& texts) const;
 
-    // Returns a fixed text that every match of the expression contains, or an empty string if none is known.
-    // Sets `whole` to true if the expression consists only of this text.
+    // Returns a fixed text that every match of the expression contains, or an empty string if no such text is
+    // known. Sets `whole` to true if the expression consists only of this text.
     static QByteArray requiredText(const QByteArray& expression, bool& whole);
-    // Returns the expression that finds the same texts in one pass, or an empty string if the expression has
-    // no such form or needs none. The expression must be valid.
+    // Returns an expression that finds the same texts as `expression` in one pass. Returns an empty string if
+    // `expression` has no such form, or needs no such form. `expression` must be valid.
     static QByteArray inOnePass(const QByteArray& expression);
 
 private:

@@ -6,6 +6,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QHelpEvent>
+#include <QHideEvent>
 #include <QItemSelectionModel>
 #include <QKeyEvent>
 #include <QShowEvent>
@@ -37,8 +38,8 @@ constexpr size_t measuredTexts = 8;
 // The value of `reported` if the row is unknown. No row has this number.
 constexpr int unknownRow = -2;
 
-// A delegate that shows the whole text as tool tip if the column is too narrow for the text and the cell has
-// no tool tip.
+// A delegate with a tool tip for cells without a tool tip: if the column is too narrow for a text, the tool
+// tip shows the whole text.
 class Cells : public HItemDelegate
 {
 public:
@@ -79,7 +80,7 @@ public:
 FilteredList::FilteredList(HAbstractTableModel* records, const QString& name, QWidget* parent)
     : QWidget(parent), model(records), rows(new FilteredRows(this)), edit(new ExpressionEdit(this)),
       countLabel(new PlainLabel(this)), splitter(new QSplitter(Qt::Vertical, this)),
-      table(new Table(splitter)), reported(-1), listing(false), sharing(false)
+      table(new Table(splitter)), comparingLong(false), reported(-1), listing(false), sharing(false)
 {
     auto* editLabel = new PlainLabel(tr("&Filter"), this);
     editLabel->setBuddy(edit);
@@ -90,12 +91,13 @@ FilteredList::FilteredList(HAbstractTableModel* records, const QString& name, QW
     edit->installEventFilter(this);
     connect(edit, SIGNAL(textChanged(const QString&)), this, SLOT(applyExpression()));
 
-    // Connect this slot before the view connects its own: aboutToList() must store the current row before the
-    // view loses it.
+    // Connect this slot before the view connects its own slot: aboutToList() must store the current row
+    // before the view loses the current row.
     connect(rows, SIGNAL(modelAboutToBeReset()), this, SLOT(aboutToList()));
     rows->setSourceModel(model);
     table->setModel(rows);
     connect(rows, SIGNAL(modelReset()), this, SLOT(listed()));
+    connect(rows, SIGNAL(longComparison(bool)), this, SLOT(handleLongComparison(bool)));
     table->setAccessibleName(name);
     table->setItemDelegate(new Cells(table));
     table->setShowGrid(false);
@@ -195,8 +197,8 @@ void FilteredList::shareWidth()
         }
         free -= widths[column];
     }
-    // Begin with the column that lacks the least width: its share of the free width may be more than this
-    // column needs.
+    // Begin with the column that needs the least additional width: if its share of the free width is more
+    // than this column needs, the other columns get the rest.
     std::sort(narrowed.begin(), narrowed.end(), [this, &widths](size_t l, size_t r) {
         return textWidths[l] - widths[l] < textWidths[r] - widths[r];
     });
@@ -217,7 +219,7 @@ void FilteredList::shareWidth()
 
 void FilteredList::columnResized(int column)
 {
-    // The last column also changes its width when the list does.
+    // When the width of the list changes, the width of the last column changes too.
     if (!sharing && column != model->columnCount() - 1) {
         textWidths.clear(); // from now on, the user decides
     }
@@ -250,16 +252,42 @@ void FilteredList::applyExpression()
     updateTexts();
 }
 
+bool FilteredList::stopComparing()
+{
+    if (!rows->isComparing()) {
+        return false;
+    }
+    // Do not call setText(), because Ctrl+Z could then not bring the stopped expression back.
+    const QString listedExpression = rows->listedExpression();
+    edit->selectAll();
+    edit->insert(listedExpression);
+    if (!rows->isValidExpression()) {
+        // Remove the invalid expression: probably, the user had typed only a part of it.
+        edit->selectAll();
+        edit->insert(QString());
+    }
+    return true;
+}
+
+void FilteredList::handleLongComparison(bool running)
+{
+    comparingLong = running;
+    updateTexts();
+}
+
 void FilteredList::updateTexts()
 {
     if (model->rowCount() == 0) {
         table->setEmptyText(emptyText);
+    } else if (rows->isComparing()) {
+        table->setEmptyText(tr("Comparing the rows with the expression..."));
     } else if (!rows->isValidExpression()) {
         table->setEmptyText(tr("This is not a valid regular expression:\n%1").arg(rows->expressionFault()));
     } else {
         table->setEmptyText(tr("Nothing matches."));
     }
-    countLabel->setText(tr("%1 of %2 listed").arg(rows->rowCount()).arg(model->rowCount()));
+    countLabel->setText(comparingLong ? tr("Comparing the rows (Esc stops)")
+                                      : tr("%1 of %2 listed").arg(rows->rowCount()).arg(model->rowCount()));
 }
 
 // --- The current row
@@ -271,6 +299,9 @@ int FilteredList::currentRow() const
 
 void FilteredList::setCurrentRow(int row)
 {
+    if (rows->isComparing()) {
+        wanted = QPersistentModelIndex(model->index(row, 0));
+    }
     selectCurrent(row);
     reportCurrent();
 }
@@ -294,7 +325,8 @@ void FilteredList::aboutToList()
     const int row = currentRow();
     // If the model is reset, this persistent index becomes invalid. listed() then makes the first row
     // current.
-    kept = row >= 0 ? QPersistentModelIndex(model->index(row, 0)) : QPersistentModelIndex();
+    kept = row >= 0 ? QPersistentModelIndex(model->index(row, 0)) : wanted;
+    wanted = QPersistentModelIndex();
 }
 
 void FilteredList::listed()
@@ -311,8 +343,8 @@ void FilteredList::listed()
     Q_EMIT selectionChanged();
 }
 
-// Makes this row the only selected row, and the current row. If the filter hides the row, uses the first
-// listed row instead.
+// Makes `row` the only selected row, and the current row. If the filter hides the row, uses the first listed
+// row instead.
 void FilteredList::selectCurrent(int row)
 {
     QModelIndex index = rows->mapFromSource(model->index(row, 0));
@@ -320,7 +352,10 @@ void FilteredList::selectCurrent(int row)
         index = rows->index(0, 0);
     }
     if (index.isValid()) {
-        table->setCurrentIndex(index);
+        // Qt's setCurrentIndex() would not select the row while the user holds a modifier key, for example
+        // the Ctrl key of the shortcut that has opened the window.
+        table->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect |
+                                                            QItemSelectionModel::Rows);
     }
 }
 
@@ -352,9 +387,17 @@ void FilteredList::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);
     // A spontaneous event comes from the window manager, for example when it restores a minimized window.
-    // Only an event of the program means that the window opens.
+    // Only a show event from the program means that the window opens.
     if (!event->spontaneous()) {
         table->setFocus();
+    }
+}
+
+void FilteredList::hideEvent(QHideEvent* event)
+{
+    QWidget::hideEvent(event);
+    if (!event->spontaneous()) {
+        stopComparing();
     }
 }
 

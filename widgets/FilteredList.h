@@ -4,10 +4,15 @@
 // the list, and an area below the list for the details of the current record. A window that uses this widget
 // adds only its own buttons.
 //
-// The list is filtered while the user types. The model provides the rows and columns. It may also provide
-// tool tips, and values for SortRole and SearchRole of FilteredRows. If a cell has no tool tip, but its text
-// is too long for the column, the text is the tool tip. If the list is not empty, one row is current. This
-// row stays current as long as the list contains it.
+// The list is filtered while the user types. If the comparison of the rows with an expression takes long, a
+// text shows that the comparison runs, and the list keeps its rows until the comparison ends. The user can
+// stop the comparison with Escape or by closing the window. Then the edit shows the expression of the listed
+// rows again. The window must call stopComparing() when the user presses Escape.
+//
+// The model provides the rows and columns. It may also provide tool tips, and values for SortRole and
+// SearchRole of FilteredRows. If a cell without a tool tip has a text that is too long for its column, the
+// list shows this text as the tool tip. If the list is not empty, one row is current. This row stays current
+// as long as the list contains it.
 //
 // The object lives on the graphical thread; its Qt parent owns it. The surrounding window owns the model.
 
@@ -39,8 +44,8 @@ public:
 
     // Sets the plain text that the list shows if the model has no rows.
     void setEmptyText(const QString& text);
-    // Sets the widget below the list. This widget becomes a child. The user can move the border between the
-    // list and this widget.
+    // Sets the widget below the list. This widget becomes a child of the FilteredList. The user can move the
+    // border between the list and this widget.
     void setDetails(QWidget* details);
 
     // Makes each column as wide as its longest texts. If the list is too narrow for this, columns with long
@@ -51,8 +56,12 @@ public:
 
     QString expression() const;
     void setExpression(const QString& text);
+    // Stops a running comparison. The edit then has the previous expression again. But if the previous
+    // expression is invalid, the edit becomes empty. If no comparison runs, returns false.
+    bool stopComparing();
 
-    // Both functions use rows of the model. -1 means that no row is current, because no row is listed.
+    // currentRow() and setCurrentRow() use rows of the model. -1 means that no row is current, because no row
+    // is listed.
     int currentRow() const;
     void setCurrentRow(int row);
     // Returns rows of the model, in the order of the list.
@@ -66,6 +75,7 @@ protected:
     // Gives the focus to the list, each time the window opens. The widget has no focus proxy: with a proxy,
     // the Tab key would go from the last button of the window to the list, and never to the edit.
     void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
 Q_SIGNALS:
     // Emitted when another row becomes current. The argument is a row of the model, or -1.
@@ -76,6 +86,7 @@ Q_SIGNALS:
 
 private Q_SLOTS:
     void applyExpression();
+    void handleLongComparison(bool running);
     void aboutToList();
     void listed();
     void handleSelection();
@@ -98,9 +109,11 @@ private:
     QSplitter* splitter;
     HTableView* table;
     QString emptyText;
-    QPersistentModelIndex kept; // the row that was current before the list changed
-    int reported;               // the row that the last currentChanged() reported
-    bool listing;               // true while the list changes; selection signals are then ignored
+    QPersistentModelIndex kept;   // the row that was current before the list changed
+    QPersistentModelIndex wanted; // the row that becomes current when the comparison ends
+    bool comparingLong;           // whether a text shows that the rows are being compared
+    int reported;                 // the row that the last currentChanged() reported
+    bool listing;                 // true while the list changes; selection signals are then ignored
     std::vector<int>
         textWidths; // the widths of the columns' longest texts; if it is empty, shareWidth() does nothing
     bool sharing;   // true while shareWidth() changes the widths

@@ -5,8 +5,23 @@
 #include <QDateTime>
 
 #include <algorithm>
+#include <utility>
+
+#include "widgets/ParallelMatching.h"
 
 namespace {
+
+// After this number of milliseconds, other threads continue a comparison.
+constexpr int quickTime = 30;
+// The graphical thread checks the elapsed time each time it has compared this number of bytes.
+constexpr int bytesBetweenChecks = 16384;
+// The number of milliseconds between two checks whether the other threads have finished.
+constexpr int checkInterval = 20;
+// After this number of milliseconds, a window shows that a comparison runs.
+constexpr int longTime = 200;
+// If a new expression replaces the expression of a running comparison, the new comparison begins after this
+// number of milliseconds. The user is probably typing, and each comparison may leave threads behind.
+constexpr int typingPause = 200;
 
 bool isNumber(const QVariant& value)
 {
@@ -50,13 +65,17 @@ struct Key
 } // namespace
 
 FilteredRows::FilteredRows(QObject* parent)
-    : QAbstractProxyModel(parent), sortedBy(-1), sortedIn(Qt::AscendingOrder)
+    : QAbstractProxyModel(parent), isListed(true), comparing(false), isLong(false), sortedBy(-1),
+      sortedIn(Qt::AscendingOrder)
 {
+    connect(&checkTimer, SIGNAL(timeout()), this, SLOT(checkMatching()));
 }
+
+FilteredRows::~FilteredRows() = default;
 
 void FilteredRows::setSourceModel(QAbstractItemModel* model)
 {
-    beginResetModel();
+    sourceAboutToChange();
     if (sourceModel() != nullptr) {
         disconnect(sourceModel(), nullptr, this, nullptr);
     }
@@ -73,17 +92,40 @@ void FilteredRows::setSourceModel(QAbstractItemModel* model)
         connect(model, SIGNAL(dataChanged(const QModelIndex&, const QModelIndex&, const QVector<int>&)), this,
                 SLOT(sourceDataChanged(const QModelIndex&, const QModelIndex&, const QVector<int>&)));
     }
-    map();
-    endResetModel();
+    sourceHasChanged();
 }
 
-void FilteredRows::setExpression(const QString& text)
+void FilteredRows::setExpression(const QString& newText)
 {
-    beginResetModel();
-    expression = Expression::withoutOuterAny(text);
+    const bool wasComparing = comparing;
+    stopMatching();
+    wantedText = newText;
+    expression = Expression::withoutOuterAny(newText);
     pattern.compile(expression);
-    map();
-    endResetModel();
+    const bool known = expression.isEmpty() || texts != nullptr;
+    if (isListed && known && expression == Expression::withoutOuterAny(listedText)) {
+        listedText = wantedText;
+        reportLong(false);
+    } else {
+        filter(wasComparing);
+    }
+}
+
+// Lists the rows that match the expression, at once or when other threads have compared them.
+void FilteredRows::filter(bool soon)
+{
+    std::vector<char> found;
+    if (compare(found)) {
+        beginResetModel();
+        setListed(std::move(found));
+        map();
+        endResetModel();
+        reportLong(false);
+    } else if (soon) {
+        checkTimer.start(typingPause);
+    } else {
+        startMatching();
+    }
 }
 
 void FilteredRows::sort(int column, Qt::SortOrder order)
@@ -98,14 +140,29 @@ void FilteredRows::sort(int column, Qt::SortOrder order)
 void FilteredRows::sourceAboutToChange()
 {
     beginResetModel();
+    stopMatching();
+    texts.reset();
     sourceRows.clear();
     ownRows.clear();
 }
 
 void FilteredRows::sourceHasChanged()
 {
+    std::vector<char> found;
+    if (compare(found)) {
+        setListed(std::move(found));
+    } else {
+        isListed = false;
+        listedText.clear();
+        accepted.clear();
+    }
     map();
     endResetModel();
+    if (comparing) {
+        startMatching();
+    } else {
+        reportLong(false);
+    }
 }
 
 // Rows do not move when their data change. They move when the user filters or sorts again.
@@ -118,27 +175,140 @@ void FilteredRows::sourceDataChanged(const QModelIndex& topLeft, const QModelInd
             Q_EMIT dataChanged(first, index(first.row(), bottomRight.column()), roles);
         }
     }
+    texts.reset();
+    if (comparing) {
+        stopMatching();
+        filter(true);
+    }
 }
 
-bool FilteredRows::matches(int sourceRow) const
+// --- Comparing the rows with the expression
+
+int FilteredRows::rowsOfSource() const
 {
-    if (expression.isEmpty()) {
+    return sourceModel() != nullptr ? sourceModel()->rowCount() : 0;
+}
+
+void FilteredRows::joinTexts()
+{
+    const int rows = rowsOfSource();
+    const int columns = sourceModel()->columnCount();
+    auto joined = std::make_shared<Texts>();
+    joined->reserve(static_cast<size_t>(rows));
+    for (int row = 0; row < rows; ++row) {
+        QStringList all;
+        all.reserve(columns + 1);
+        for (int column = 0; column < columns; ++column) {
+            all.append(sourceModel()->index(row, column).data().toString());
+        }
+        const QString further = sourceModel()->index(row, 0).data(SearchRole).toString();
+        if (!further.isEmpty()) {
+            all.append(further);
+        }
+        joined->push_back(all.join(QLatin1Char(' ')).toUtf8());
+    }
+    texts = joined;
+}
+
+// Finds out for each row whether it matches the expression. If this takes too long for the graphical thread,
+// sets `comparing` to true and returns false; the caller must then call startMatching().
+bool FilteredRows::compare(std::vector<char>& found)
+{
+    const int rows = rowsOfSource();
+    if (rows == 0 || expression.isEmpty() || !pattern.isValid()) {
+        if (expression.isEmpty()) {
+            texts.reset(); // the user does not filter the rows
+        }
+        found.assign(static_cast<size_t>(rows), expression.isEmpty() ? 1 : 0);
         return true;
     }
-    if (!pattern.isValid()) {
+    if (texts == nullptr) {
+        joinTexts();
+    }
+    if (compareQuickly(found)) {
+        return true;
+    }
+    comparing = true;
+    running.start();
+    return false;
+}
+
+bool FilteredRows::compareQuickly(std::vector<char>& found) const
+{
+    // If the expression refers to its groups, comparing it with a single row may already take hours.
+    if (Expression::refersToGroups(expression)) {
         return false;
     }
-    QStringList texts;
-    const int columns = sourceModel()->columnCount();
-    texts.reserve(columns);
-    for (int column = 0; column < columns; ++column) {
-        texts.append(sourceModel()->index(sourceRow, column).data().toString());
+    QElapsedTimer elapsed;
+    elapsed.start();
+    found.reserve(texts->size());
+    int bytes = 0;
+    for (const QByteArray& each : *texts) {
+        found.push_back(pattern.matches(each.constData()) ? 1 : 0);
+        bytes += each.size();
+        if (bytes > bytesBetweenChecks) {
+            bytes = 0;
+            if (elapsed.elapsed() >= quickTime) {
+                return false;
+            }
+        }
     }
-    const QString further = sourceModel()->index(sourceRow, 0).data(SearchRole).toString();
-    if (!further.isEmpty()) {
-        texts.append(further);
+    return true;
+}
+
+void FilteredRows::startMatching()
+{
+    matching = std::make_unique<ParallelMatching>(expression, texts->size(),
+                                                  [own = texts](const Expression& each, size_t index) {
+                                                      return each.matches((*own)[index].constData());
+                                                  });
+    checkTimer.start(checkInterval);
+    // For most expressions, the threads also need only some milliseconds.
+    matching->wait(quickTime);
+    checkMatching();
+}
+
+// Ends the comparison without a result. The threads end by themselves.
+void FilteredRows::stopMatching()
+{
+    matching.reset();
+    checkTimer.stop();
+    comparing = false;
+}
+
+void FilteredRows::checkMatching()
+{
+    if (matching == nullptr) {
+        startMatching();
+    } else if (!matching->wait(0)) {
+        reportLong(isLong || running.elapsed() >= longTime);
+    } else {
+        std::vector<char> found = matching->found();
+        stopMatching();
+        // If the source model no longer exists, ignore the result.
+        if (found.size() == static_cast<size_t>(rowsOfSource())) {
+            beginResetModel();
+            setListed(std::move(found));
+            map();
+            endResetModel();
+        }
+        reportLong(false);
     }
-    return pattern.matches(texts.join(QLatin1Char(' ')).toUtf8().constData());
+}
+
+void FilteredRows::reportLong(bool now)
+{
+    if (isLong != now) {
+        isLong = now;
+        Q_EMIT longComparison(now);
+    }
+}
+
+void FilteredRows::setListed(std::vector<char> found)
+{
+    accepted = std::move(found);
+    listedText = wantedText;
+    isListed = true;
 }
 
 void FilteredRows::map()
@@ -148,9 +318,9 @@ void FilteredRows::map()
     if (sourceModel() == nullptr) {
         return;
     }
-    const int rows = sourceModel()->rowCount();
+    const int rows = rowsOfSource();
     for (int row = 0; row < rows; ++row) {
-        if (matches(row)) {
+        if (static_cast<size_t>(row) < accepted.size() && accepted[static_cast<size_t>(row)] != 0) {
             sourceRows.push_back(row);
         }
     }

@@ -8,6 +8,11 @@
 // them. The source model may provide an additional text for each row; this text is appended to the joined
 // texts.
 //
+// The proxy compares most expressions at once. If an expression refers to its groups, or if the comparison
+// takes more than some milliseconds, other threads compare it (see ParallelMatching). During this time, the
+// proxy serves events and lists the same rows as before the comparison. If the rows of the source model
+// change during this time, the proxy lists no row until the new rows are compared.
+//
 // The object lives on the graphical thread; its Qt parent owns it. The caller of setSourceModel() owns the
 // source model.
 
@@ -15,11 +20,17 @@
 #define WIDGETS_FILTEREDROWS_H
 
 #include <QAbstractProxyModel>
+#include <QByteArray>
+#include <QElapsedTimer>
 #include <QString>
+#include <QTimer>
 
+#include <memory>
 #include <vector>
 
 #include "widgets/Expression.h"
+
+class ParallelMatching;
 
 class FilteredRows : public QAbstractProxyModel
 {
@@ -33,12 +44,20 @@ public:
     static constexpr int SearchRole = Qt::UserRole + 2;
 
     explicit FilteredRows(QObject* parent = nullptr);
+    ~FilteredRows() override;
 
     void setSourceModel(QAbstractItemModel* model) override;
 
     // Sets the extended POSIX expression, which is case-sensitive. ".*" is removed from both ends. An empty
-    // expression matches every row; an invalid expression matches no row.
-    void setExpression(const QString& text);
+    // expression matches every row; an invalid expression matches no row. A running comparison with another
+    // expression ends without a result.
+    void setExpression(const QString& newText);
+    // Returns the argument of the setExpression() call whose matches are listed. While new rows of the source
+    // model are compared, the text is empty.
+    QString listedExpression() const { return listedText; }
+    // Returns whether other threads compare the last expression. Until they have finished, the listed rows do
+    // not match this expression.
+    bool isComparing() const { return comparing; }
     bool isValidExpression() const { return expression.isEmpty() || pattern.isValid(); }
     // Returns the description of the error in an invalid expression, or an empty string if the expression is
     // valid.
@@ -58,18 +77,45 @@ public:
     QModelIndex mapToSource(const QModelIndex& listed) const override;
     QModelIndex mapFromSource(const QModelIndex& sourceIndex) const override;
 
+Q_SIGNALS:
+    // Emitted with true when a comparison has taken so long that the window should show this. Emitted with
+    // false when this comparison has ended.
+    void longComparison(bool running);
+
 private Q_SLOTS:
+    void checkMatching();
     void sourceAboutToChange();
     void sourceHasChanged();
     void sourceDataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
                            const QVector<int>& roles);
 
 private:
-    bool matches(int sourceRow) const;
+    // The texts with which an expression is compared, in UTF-8, indexed by source row.
+    using Texts = std::vector<QByteArray>;
+
+    int rowsOfSource() const;
+    void joinTexts();
+    bool compare(std::vector<char>& found);
+    bool compareQuickly(std::vector<char>& found) const;
+    void filter(bool soon);
+    void startMatching();
+    void stopMatching();
+    void reportLong(bool now);
+    void setListed(std::vector<char> found);
     void map();
 
-    QString expression;
+    QString expression; // without ".*" at its ends
+    QString wantedText; // the argument of the last setExpression() call
+    QString listedText;
     Expression pattern;
+    std::shared_ptr<const Texts> texts; // null until an expression is compared with the present rows
+    std::vector<char> accepted;         // whether each source row matches the listed expression
+    bool isListed;                      // false while new rows of the source model are compared
+    bool comparing;
+    std::unique_ptr<ParallelMatching> matching; // null while no thread runs
+    QTimer checkTimer;                          // runs while `comparing` is true
+    QElapsedTimer running;                      // the time since the comparison began
+    bool isLong;                                // the argument of the last longComparison()
     int sortedBy;
     Qt::SortOrder sortedIn;
     std::vector<int> sourceRows; // source rows, indexed by the rows of this model

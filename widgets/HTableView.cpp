@@ -93,8 +93,8 @@ void HTableView::paintEvent(QPaintEvent* event)
     color.setAlphaF(0.7);
     painter.setPen(color);
     const int margin = 2 * fontMetrics().height();
-    painter.drawText(viewport()->rect().adjusted(margin, margin, -margin, -margin),
-                     Qt::AlignCenter | Qt::TextWordWrap, emptyText);
+    painter.drawText(viewport()->rect().adjusted(margin, 0, -margin, 0), Qt::AlignCenter | Qt::TextWordWrap,
+                     emptyText);
 }
 
 void HTableView::changeEvent(QEvent* event)
@@ -159,6 +159,18 @@ QSize HTableView::sizeHint() const
         height += rows->defaultSectionSize() * minRows;
     }
     return QSize(width, height);
+}
+
+QSize HTableView::minimumSizeHint() const
+{
+    // Qt draws only the lines that fit into the view, and a text in an empty table has up to three lines.
+    constexpr int lines = 3;
+    int height =
+        2 * frameWidth() + lines * fontMetrics().lineSpacing() + horizontalScrollBar()->sizeHint().height();
+    if (!horizontalHeader()->isHidden()) {
+        height += horizontalHeader()->sizeHint().height();
+    }
+    return QTableView::minimumSizeHint().expandedTo(QSize(0, height));
 }
 
 int HTableView::sizeHintForColumn(int column) const

@@ -22,6 +22,8 @@ public:
     // The first call sets the number of rows in the size hint to the number of rows in the model. Later
     // changes to the model do not resize the view.
     QSize sizeHint() const override;
+    // Returns a size that has space for the text of an empty table.
+    QSize minimumSizeHint() const override;
 
     // Returns the width of the column in pixels, or -1 if the view has no model. Considers all rows, not only
     // the visible rows.
@@ -36,8 +38,8 @@ public:
     int frameOnlyAroundContentsPixels() const;
 
     // Sets the height of all rows to one line of text, with icons of a matching size. Adjusts the rows when
-    // the font changes. The view then does not ask each row for its height, which would be slow with very
-    // many rows.
+    // the font changes. The view then does not calculate the height of each row, because this would be slow
+    // with very many rows.
     void setOneLineRows();
 
     // Sets the plain text that the view shows if the model has no rows. Assistive programs read this text as
@@ -47,8 +49,8 @@ public:
     void setModel(QAbstractItemModel* model) override;
 
 public Q_SLOTS:
-    // Fits the columns to their contents. Then enlarges the window to its size hint, but not beyond the
-    // screen.
+    // Fits the columns to their contents. Then enlarges the window to the size hint of the window, but not
+    // beyond the screen.
     void resizeColumnsToContents();
 
     // Sorts in the order that the header shows for the column, or in ascending order if the header shows no
@@ -66,7 +68,7 @@ protected:
 
     // Returns the width of the column's widest cell in pixels, without the grid. Called only if the view has
     // a model. This implementation asks the delegate about every row. A view with very many rows can override
-    // this function with a faster one.
+    // this function with a faster implementation.
     virtual int contentsWidthForColumn(int column) const;
 
 private Q_SLOTS:

@@ -13,6 +13,10 @@
 
 #include <csignal>
 
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
 #include "widgets/Expression.h"
 
 namespace {
@@ -20,11 +24,20 @@ namespace {
 // A thread takes at most this number of items at once.
 constexpr size_t mostAtOnce = 64;
 
-// If the number of items permits it, each thread takes many portions, because some portions take longer than
-// others.
+// The items are divided into at least this number of portions, if possible. With many small portions, all
+// threads stay busy, although some portions take longer than others.
 constexpr size_t portionsOfAll = 256;
 
 constexpr unsigned int mostThreads = 8;
+
+// The lowest priority for setpriority().
+constexpr int lowest = 19;
+
+// Linux gives each thread a number and a priority of its own. The C library of old systems has no gettid().
+pid_t numberOfThread()
+{
+    return static_cast<pid_t>(syscall(SYS_gettid));
+}
 
 } // namespace
 
@@ -38,9 +51,10 @@ struct ParallelMatching::Shared
     std::atomic<size_t> done{0};
     std::atomic<bool> stopped{false};
     std::vector<char> found; // a thread writes only the items that it has taken
-    std::mutex mutex;        // guards `running`
+    std::mutex mutex;        // guards `running` and `numbers`
     std::condition_variable ended;
-    unsigned int running = 0; // the number of threads
+    unsigned int running = 0;   // the number of threads
+    std::vector<pid_t> numbers; // of the threads that compare items
 };
 
 ParallelMatching::ParallelMatching(const QString& expression, size_t count, Matches matches)
@@ -65,8 +79,14 @@ ParallelMatching::ParallelMatching(const QString& expression, size_t count, Matc
             ++shared->running;
         }
         const auto run = [own = shared] {
+            const pid_t number = numberOfThread();
+            {
+                const std::lock_guard<std::mutex> lock(own->mutex);
+                own->numbers.push_back(number);
+            }
             compare(*own);
             const std::lock_guard<std::mutex> lock(own->mutex);
+            own->numbers.erase(std::find(own->numbers.begin(), own->numbers.end(), number));
             --own->running;
             own->ended.notify_all();
         };
@@ -89,6 +109,12 @@ ParallelMatching::ParallelMatching(const QString& expression, size_t count, Matc
 ParallelMatching::~ParallelMatching()
 {
     shared->stopped = true;
+    // The current items may take hours, and nobody needs their results after the deletion. So give these
+    // threads the lowest priority.
+    const std::lock_guard<std::mutex> lock(shared->mutex);
+    for (const pid_t number : shared->numbers) {
+        setpriority(PRIO_PROCESS, static_cast<id_t>(number), lowest);
+    }
 }
 
 void ParallelMatching::compare(Shared& shared)

@@ -2,6 +2,15 @@
 
 #include "yumio/TransactionOutcome.h"
 
+namespace {
+
+// A line of the details has about this number of letters.
+constexpr int lineLength = 72;
+// The details have at most this number of names, because no more than this fit on a screen.
+constexpr int mostNames = 100;
+
+} // namespace
+
 const char* TransactionOutcome::nameOf(Count count)
 {
     static const char* const names[] = {"installed", "updated",         "downgraded",    "reinstalled",
@@ -46,7 +55,8 @@ QString TransactionOutcome::text() const
         numbers.append(tr("%1 failed").arg(counts[Failed]));
     }
     if (numbers.isEmpty()) {
-        numbers.append(tr("Nothing was changed"));
+        numbers.append(keysImported ? tr("No packages were changed, but signing keys were imported")
+                                    : tr("Nothing was changed"));
     }
     if (leftOut != 0) {
         numbers.append(tr("%1 left out").arg(leftOut));
@@ -63,4 +73,26 @@ QString TransactionOutcome::text() const
                          .arg(failedScriptlets.first(), QString::number(failedScriptlets.count() - 1)));
     }
     return parts.join(QLatin1String("; "));
+}
+
+QString TransactionOutcome::details() const
+{
+    if (failedScriptlets.count() < 2) {
+        return QString();
+    }
+    QStringList lines{text(), tr("The scriptlets of these packages failed:")};
+    const QString indent(4, QLatin1Char(' '));
+    QString line;
+    for (const QString& name : failedScriptlets.mid(0, mostNames)) {
+        if (!line.isEmpty() && line.length() + name.length() + 2 > lineLength) {
+            lines.append(indent + line + QLatin1Char(','));
+            line.clear();
+        }
+        line += line.isEmpty() ? name : QStringLiteral(", ") + name;
+    }
+    lines.append(indent + line);
+    if (failedScriptlets.count() > mostNames) {
+        lines.append(tr("The log names %1 more.").arg(failedScriptlets.count() - mostNames));
+    }
+    return lines.join(QLatin1Char('\n'));
 }

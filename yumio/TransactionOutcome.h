@@ -4,8 +4,8 @@
 // that are left out, and whether a restart is needed. The script reports these values; this class makes the
 // texts for the user.
 //
-// The worker writes the object while it holds the interpreter lock, and the graphical thread reads it
-// afterwards. The object is a part of a TransactionState.
+// A TransactionOutcome is a part of a TransactionState. The worker writes it while the worker holds the
+// interpreter lock, and the graphical thread reads it afterwards.
 
 #ifndef YUMIO_TRANSACTIONOUTCOME_H
 #define YUMIO_TRANSACTIONOUTCOME_H
@@ -34,7 +34,7 @@ public:
         CountCount
     };
 
-    // Returns the name that the script uses for this number.
+    // Returns the name that the script uses for this count.
     static const char* nameOf(Count count);
 
     bool hasFailures() const { return counts[Failed] != 0 || !failedScriptlets.isEmpty(); }
@@ -42,12 +42,16 @@ public:
     QString changes() const;
     // Returns the whole outcome in one line.
     QString text() const;
+    // If the text names only the first of several packages with failed scriptlets, returns a text of several
+    // short lines that names all of them, or the first hundred. Otherwise returns an empty string.
+    QString details() const;
 
     bool known = false; // the user has confirmed a transaction
     std::array<int, CountCount> counts{};
     QStringList failedScriptlets; // the names of the packages whose scriptlets failed
     int leftOut = 0;              // the number of marks that the package manager could not apply
     bool restartNeeded = false;
+    bool keysImported = false; // the user has accepted keys that sign packages
 };
 
 #endif

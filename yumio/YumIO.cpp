@@ -341,7 +341,8 @@ PyObject* YumIO::faultOfMetadata(PyObject*, PyObject* args)
     }
     QString problem;
     {
-        // The check of a distribution's file lists takes seconds. The script reads packages in the meantime.
+        // Release the interpreter lock: the check of a distribution's file lists takes seconds, and the
+        // script reads packages during the check.
         const PyThreadStateWrapper released;
         Metadata::check(QFile::decodeName(path), root, problem);
     }
@@ -424,7 +425,7 @@ PyObject* YumIO::waitForLock(PyObject* capsule, PyObject* text)
 }
 
 // Returns whether the user has requested a stop. If the argument is True and no request exists, refuses all
-// later requests: the script is about to do something that must not be interrupted.
+// further requests, because the next step of the script must not be interrupted.
 PyObject* YumIO::stopWanted(PyObject* capsule, PyObject* last)
 {
     auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));
@@ -449,10 +450,15 @@ QStringList YumIO::knownDirectories()
     return result;
 }
 
-void YumIO::reset()
+QString YumIO::refusedDirectory()
 {
+    if (!yumIO) {
+        return QString();
+    }
     PyGILStateWrapper lock(true);
-    const PyRef result(pyMethodCall(yumIO.get(), "reset", "()"));
+    const PyRef directory(pyMethodCall(yumIO.get(), "refusedDirectory", "()"));
+    PyErr_Clear(); // the notice is only a help: if this user has no rights, a transaction fails anyway
+    return directory ? pyString(directory.get()) : QString();
 }
 
 QString YumIO::getYumVar(QString variable)
@@ -482,7 +488,7 @@ QString YumIO::expandVariables(QString text)
         PyErr_Clear();
         return text;
     }
-    // If the script has no method that replaces variables, replace only these three variables.
+    // Without the script's method for this purpose, replace only the following three variables.
     for (const char* variable : {"basearch", "arch", "releasever"}) {
         const QString name = QLatin1String(variable);
         const QString reference = QLatin1Char('$') + name;

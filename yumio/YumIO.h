@@ -65,7 +65,8 @@ public:
     YumIO();
     ~YumIO() override;
 
-    // Call this function once, before any other function. The caller still owns the three widgets.
+    // Call this function once, before any other function of this class. The caller still owns the three
+    // widgets.
     void setup(QWidget* parentWidget, HProgressBar* total, HProgressBar* item);
 
     // Starts the interpreter and the script. After the first success, further calls do nothing. On failure,
@@ -73,8 +74,11 @@ public:
     bool initialize();
 
     // Returns the directories in which the package manager looks for repository files. The list is empty if
-    // they are unknown.
+    // these directories are unknown.
     QStringList knownDirectories();
+    // Returns the directory of the package database if this user has no right to change it. Otherwise returns
+    // an empty text.
+    QString refusedDirectory();
 
     // --- Collection. A successful collect() makes the records valid until the next clearEntries().
 
@@ -90,7 +94,8 @@ public:
     // Returns the identifiers of the failing repositories that the package manager left out without a
     // question during the last collection.
     const QStringList& skippedRepos() const { return skipped; }
-    // Makes the script forget its packages and read the configuration again.
+    // Makes the script forget its packages and read the configuration again, on a worker. The graphical
+    // thread waits in an event loop without user input.
     void reset();
     void clearEntries();
     // Deletes the records when the program ends. Does not release the script's objects, because the
@@ -111,8 +116,8 @@ public:
     // it.
     bool isChangingSystem() const { return changingSystem; }
     // Asks the running operation to stop. Downloads and the wait for another process end at once. A step that
-    // only computes is first completed. A stopped operation shows no message. Returns false if no worker
-    // runs, or if the worker changes the system.
+    // only computes is first completed. A stopped operation shows no message. The function returns false if
+    // no worker runs, or if the worker changes the system.
     bool stop() { return stopRequest.request(); }
     StopRequest::State stopState() const { return stopRequest.state(); }
     // Returns whether the last operation was stopped.
@@ -120,12 +125,17 @@ public:
     // Prepares the end of the program after a signal or the loss of the display. From now on, no questions
     // are asked. A worker that changes the system finishes its work; any other worker gives up. The function
     // waits for the worker without serving events, and then releases the package manager's lock. From now on,
-    // log entries go to standard error. If the display still exists, only errors and warnings go there.
+    // log entries go to standard error. But if the display still exists, only errors and warnings go to
+    // standard error.
     void finish(bool displayIsThere);
 
     // Access to the records by position. While a worker rebuilds the list, count() returns 0.
     int count() const { return rebuilding ? 0 : records.count(); }
     Package::Entry* operator[](int row) const { return records.at(row); }
+
+    // Returns whether the packages of this repository are in a local directory, so that the package manager
+    // does not download them.
+    bool isLocalRepo(const QString& id) const { return localRepos.value(id); }
 
     // --- Extra data. collectFileLists() and collectOtherData() load the data at most once, and return
     // whether the data are loaded.
@@ -137,9 +147,9 @@ public:
     // Returns false if the user has stopped the operation. In this case, some of these records still lack
     // their texts.
     bool collectSearchTexts(const QVector<Package::Entry*>& wanted);
-    // Compares the expression with this number of items, on several threads without the interpreter. Each
-    // thread calls the function for some of the items; see ParallelMatching. Sets `found` for each item to 1
-    // if it matches, or to 0. Returns false if the user has stopped the operation. Then a thread may still
+    // Compares the expression with `count` items, on several threads without the interpreter. Each thread
+    // calls the function for some of the items; see ParallelMatching. Sets `found` for each item to 1 if it
+    // matches, or to 0. Returns false if the user has stopped the operation. In this case, a thread may still
     // call the function for a while.
     using Matches = std::function<bool(const Expression& expression, size_t index)>;
     bool findMatches(const QString& expression, size_t count, const Matches& matches,
@@ -180,8 +190,8 @@ public:
     // Returns the reason why no transaction can be undone or repeated now, or an empty string. Call
     // readHistory() first.
     QString replayFault() const;
-    // Undoes or repeats a recorded transaction. Works like apply() in all other respects, but ignores the
-    // marks of the records.
+    // Undoes or repeats a recorded transaction. Apart from this, works in the same way as apply(), but
+    // ignores the marks of the records.
     bool replay(Replay kind, qint64 number);
 
     // Returns the marks. restoreMarks() sets them again after a new collection.
@@ -192,7 +202,7 @@ public:
     // action.
     void restoreMarks(const Marks& marks) { records.restoreMarks(marks); }
 
-    // In each function, a worker removes files from the package manager's cache.
+    // In each of the following functions, a worker removes files from the package manager's cache.
     bool cleanDbcache();
     bool cleanPackages();
     bool cleanMetadata();
@@ -285,8 +295,8 @@ public:
     // Each line of the text becomes an entry of the log. A new line begins before an error number such as
     // "[Errno 2]".
     void log(Log::Kind kind, unsigned int level, const QString& text);
-    // Both functions log the text and show it in a dialog, without passwords in URLs. They return when the
-    // user has closed the dialog.
+    // error() and warning() log the text and show it in a dialog, without passwords in URLs. They return when
+    // the user has closed the dialog.
     void error(const QString& text) override;
     void warning(const QString& text) override;
     void stdoutCapturedWrite(const QString& text) override;
@@ -344,8 +354,8 @@ private:
     class ChildSignal;
     class OperationScope;
 
-    // Delays a worker until the event loop of the graphical thread runs, because the worker will end that
-    // loop.
+    // Delays a worker until the event loop of the graphical thread runs. Otherwise the worker might end that
+    // loop before the loop has begun.
     class Blocker
     {
     public:
@@ -365,7 +375,7 @@ private:
     // The current operation. The effect of some callbacks depends on this value.
     enum Phase : quint32 { Idle = 0, Collecting = 1, Applying = 2 };
 
-    // Resets the phase on every path out of an operation.
+    // Resets the phase to Idle on every path out of an operation.
     class PhaseScope
     {
     public:
@@ -399,11 +409,12 @@ private:
     // `flags` selects.
     void execWorkThread(QEventLoop& loop, QThread& thread, bool stoppable = false,
                         QEventLoop::ProcessEventsFlags flags = QEventLoop::AllEvents);
-    // Returns the result of the operation. If the operation was stopped, logs this.
+    // Returns the result of the operation. If the user has stopped the operation, logs this.
     bool outcome(bool done);
-    // Returns whether the running operation must end, unless it changes the system.
+    // Returns whether the running operation must end if it does not change the system.
     bool mustGiveUp() const;
     bool initializeReal();
+    void resetReal();
     bool collectReal(const QHash<QString, bool>& repoEnable, Source source);
     void clearEntriesReal();
     bool collectFileListsReal();
@@ -421,6 +432,7 @@ private:
     QString describeTransactionReal(qint64 number);
     bool replayReal(Replay kind, qint64 number);
     using InitializeThread = WorkerThread<&YumIO::initializeReal>;
+    using ResetThread = WorkerThread<&YumIO::resetReal>;
     using CollectThread = WorkerThread<&YumIO::collectReal>;
     using ClearEntriesThread = WorkerThread<&YumIO::clearEntriesReal>;
     using CollectFileListsThread = WorkerThread<&YumIO::collectFileListsReal>;
@@ -459,8 +471,8 @@ private:
     // set, does nothing.
     bool collectExcluded(PyObject* all);
     bool collectSet(PyObject* set, Package::State state, bool excluded = false);
-    // The arguments include the package's name and architecture, because the caller has already read both for
-    // the key.
+    // The package's name and architecture are arguments, because the caller has already read both for the
+    // key.
     void collectPkg(Package::Entry*& slot, Package::State state, PyObject* pkg, const QString& name,
                     const QString& arch);
     bool collectGroups(PyObject* groups);
@@ -495,8 +507,8 @@ private:
     QString getRelDepList(PyObject* pkg, const char* attr);
     QString getGroupPkgs(const Package::Entry& entry, const char* item);
     QString getRpmList(PyObject* pkg, const char* tag);
-    // Returns a new reference or null. This function can also read tags that are not lists. The program does
-    // not call it at present.
+    // Returns a new reference or null. Unlike getRpmList(), this function can also read tags that are not
+    // lists. At present, only tests call it.
     PyObject* getRpmHdrValue(PyObject* pkg, const char* tag);
     PyObject* headerValue(PyObject* header, const char* tag); // new reference or null
     void missingAttribute(const char* attr);
@@ -538,6 +550,7 @@ private:
     void readOutcome();
     void readCounts(PyObject* values);
     bool verifyLocalPkg(PyObject* pkg);
+    void noteRepository(const Package::Entry& entry);
     bool cleanType(const QString& label, const char* method);
 
     // The history (YumIOHistory.cpp)
@@ -598,15 +611,17 @@ private:
     void commExceptSetup();
     bool commExceptRaised(PyObject* result, const QString& what, const QString& carriedOut = QString());
     void showRemarks();
-    // If the call has failed after a request to stop, logs the failure as a detail and returns true.
+    // Returns true if `result` is null because the user has stopped the operation. In this case, logs the
+    // failure as a detail.
     bool stopRaised(PyObject* result);
-    // Only ChildSignal calls these two functions.
+    // Only ChildSignal calls sigchldDisable() and sigchldRestore().
     bool sigchldDisable();
     void sigchldRestore();
     bool reapChildren();
 
     Records records;
     VersionLocks versionLockState;
+    QHash<QString, bool> localRepos; // whether each collected repository is local, by its identifier
     QVector<Advisory> advisoryList;
     bool advisoriesLoaded = false;
     QHash<const Package::Entry*, QStringList> updateAdvisoryIds;

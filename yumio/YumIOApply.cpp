@@ -273,6 +273,7 @@ void YumIO::readCounts(PyObject* values)
         }
     }
     outcome.restartNeeded = PyDict_GetItemString(values, "restartNeeded") == Py_True;
+    outcome.keysImported = PyDict_GetItemString(values, "keysImported") == Py_True;
 }
 
 bool YumIO::applyGroups()
@@ -476,8 +477,8 @@ void YumIO::listItem(PyObject* item, Listing& listing)
     weighItem(item, action);
 }
 
-// Returns whether the user has marked the item, or its group, for removal. The item's reason is not
-// sufficient: superfluous kernel versions are removed for the same reason as marked packages.
+// Returns whether the user has marked the item, or its group, for removal. The item's reason does not show
+// this: superfluous kernel versions and marked packages have the same reason.
 bool YumIO::isMarkedForRemoval(PyObject* item)
 {
     const QString name = pyStringDec(attribute(item, "name"));
@@ -486,8 +487,8 @@ bool YumIO::isMarkedForRemoval(PyObject* item)
            transaction.membersToRemove.contains(name);
 }
 
-// Returns a notice of the removals that the user has not marked. The dialog shows it outside the scrolling
-// listing, so the user always sees it.
+// Returns a notice of the removals that the user has not marked. The dialog shows the notice outside the
+// scrolling listing, so that the user always sees the notice.
 QString YumIO::noticeOfListing() const
 {
     constexpr int most = 5;
@@ -620,9 +621,9 @@ void YumIO::weighUnlisted(PyObject* item, long action)
 
 bool YumIO::verifyLocalPkg(PyObject* pkg)
 {
-    // This function may run inside a longer operation. If that operation fails later, its message must
-    // include all log entries since that operation began. Therefore the start of that operation in the log is
-    // stored here and restored below.
+    // This function may run inside a longer operation. If the longer operation fails after this function, its
+    // message must include all log entries since the longer operation began. Therefore store the start of the
+    // longer operation in the log here, and restore it below.
     const int outerLogStart = exceptLogStart;
     bool valid = false;
     {

@@ -5,6 +5,7 @@
 #include "yumio/YumIO.h"
 
 #include "python/CPython.h"
+#include "python/GarbageCollectorPause.h"
 #include "services/Progress.h"
 #include "services/Unattended.h"
 #include "services/YumIOCapturers.h"
@@ -72,11 +73,13 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable, Source source)
     if (!readRepos(source)) {
         return false;
     }
-    // The user cannot stop the remaining steps: they only compute, and take no longer than collecting again
-    // from the cache.
+    // The user cannot stop the remaining steps: these steps only compute, and a new collection from the cache
+    // would take at least as long.
     stopRequest.setStoppable(false);
     progress->endItemActs();
     basearch = getYumVar(QStringLiteral("basearch"));
+    localRepos.clear();
+    const GarbageCollectorPause pause; // the records keep all package objects that the following steps make
     if (!collectUpdates() || !collectInstalledAndAvailable()) {
         return false;
     }
@@ -229,7 +232,7 @@ bool YumIO::collectUpdates()
 }
 
 // Handles updates that change the architecture to or from "noarch". Such an update and the installed package
-// may have different bi-arch classes. The installed packages of the other class are then added to the
+// may have different bi-arch classes. This function adds the installed packages of the different class to the
 // update's record.
 void YumIO::addCounterparts()
 {
@@ -420,8 +423,8 @@ bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
     PyErr_Clear();
     bool comparisonFailed = false;
     const auto isBetter = [this, &comparisonFailed](const Package::Entry& best, const Package::Entry& other) {
-        // A comparison that fails for one pair fails for thousands of pairs, so only the first failure is
-        // reported.
+        // If a comparison fails for one pair, it fails for thousands of pairs. So report only the first
+        // failure.
         ExceptScope scope(*this);
         if (comparisonFailed) {
             pyExceptExpect(PyExc_Exception);
@@ -431,6 +434,7 @@ bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
         PyErr_Clear();
         return better.get() == Py_True;
     };
+    const QChar* repo = nullptr; // the text with the identifier of the last repository
     for (Steps done = 0;; ++done) {
         if (done % packagesAtOnce == 0) {
             if (!excluded) {
@@ -457,6 +461,11 @@ bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
         }
         collectPkg(entry, state, pkg.get(), name, arch);
         entry->excluded = excluded;
+        // Most packages belong to the same repository as the package before, and share its text.
+        if (state != Package::Installed && entry->repo.constData() != repo) {
+            repo = entry->repo.constData();
+            noteRepository(*entry);
+        }
         records.added(entry);
         records.rank(entry, isBetter);
     }
@@ -464,6 +473,22 @@ bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
         return internalError(tr("Internal error: the packages cannot be walked"));
     }
     return true;
+}
+
+// Finds out whether the repository of this package is local. The script is called only once for each
+// repository: all packages of a repository have the same base URL.
+void YumIO::noteRepository(const Package::Entry& entry)
+{
+    if (localRepos.contains(entry.repo)) {
+        return;
+    }
+    bool local = false;
+    if (PyObject_HasAttrString(yumIO.get(), "isLocal") != 0) {
+        const PyRef result(pyMethodCall(yumIO.get(), "isLocal", "(O)", entry.pyObject));
+        local = result.get() == Py_True;
+        PyErr_Clear();
+    }
+    localRepos.insert(entry.repo, local);
 }
 
 void YumIO::collectPkg(Package::Entry*& slot, Package::State state, PyObject* pkg, const QString& name,

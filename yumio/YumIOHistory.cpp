@@ -37,7 +37,7 @@ bool YumIO::readHistoryReal(HistoryRecords* found)
     commExceptSetup();
     const PyRef result(pyMethodCall(yumIO.get(), "transactions", "()"));
     if (!result || PyList_Check(result.get()) == 0) {
-        if (!commExceptRaised(result.get(), tr("read the history"))) {
+        if (!stopRaised(result.get()) && !commExceptRaised(result.get(), tr("read the history"))) {
             internalError(tr("Internal error: the history cannot be read"));
         }
         return false;
@@ -86,7 +86,9 @@ QString YumIO::describeTransactionReal(qint64 number)
     const PyRef result(
         pyMethodCall(yumIO.get(), "describeTransaction", "(L)", static_cast<long long>(number)));
     if (!result) {
-        commExceptRaised(nullptr, tr("read the history"));
+        if (!stopRaised(nullptr)) {
+            commExceptRaised(nullptr, tr("read the history"));
+        }
         return QString();
     }
     return pyString(result.get());

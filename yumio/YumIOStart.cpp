@@ -68,8 +68,8 @@ bool YumIO::initialize()
     }
     QEventLoop loop;
     InitializeThread thread(this, loop);
-    // The user must not close the window between this operation and the collection, which can be stopped. The
-    // requests of the user wait until then.
+    // The user must not close the window between this operation and the collection. Only the collection can
+    // be stopped, so the user's requests wait until the collection runs.
     execWorkThread(loop, thread, false, QEventLoop::ExcludeUserInputEvents);
     return thread.result;
 }
@@ -152,4 +152,19 @@ bool YumIO::initializeReal()
         classes[lookup.slot] = pyLookup(lookup.name, false);
     }
     return true;
+}
+
+void YumIO::reset()
+{
+    QEventLoop loop;
+    ResetThread thread(this, loop);
+    // Only the following collection can be stopped, so the user's requests wait until the collection runs.
+    execWorkThread(loop, thread, false, QEventLoop::ExcludeUserInputEvents);
+}
+
+void YumIO::resetReal()
+{
+    OperationScope operationScope(*this);
+    PyGILStateWrapper lock(true);
+    const PyRef result(pyMethodCall(yumIO.get(), "reset", "()"));
 }

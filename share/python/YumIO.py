@@ -5,8 +5,8 @@ The program runs this file in its embedded interpreter, makes one object of the 
 one thread at a time calls these methods: the graphical thread when VYRE starts, and a worker during every long
 operation. The script passes all messages of the package manager to the program through the built-in yumIOC module.
 
-This file contains the class; the vyre package next to this file does the work. The file and the package need Python 3.6
-or later, and dnf 4.
+This file contains only the YumIO class; the vyre package next to this file does the work. The file and the package need
+Python 3.6 or later, and dnf 4.
 """
 
 import contextlib
@@ -36,11 +36,11 @@ import yumIOC
 
 @contextlib.contextmanager
 def ownPackage():
-    """Within this scope, modules of the vyre package next to this file can be imported.
+    """Within this scope, Python can import modules of the vyre package next to this file.
 
     Because the program runs as root, Python must never import a vyre package from another directory. So this function
     loads the package by its path. The share directory must keep its installed contents, so Python writes no compiled
-    files there, but compiles the modules each time VYRE starts, in less than a tenth of a second.
+    files there. Python compiles the modules each time VYRE starts, in less than a tenth of a second.
     """
     forgetOwnPackage()
     directory = os.path.join(os.path.dirname(os.path.abspath(__file__)), 'vyre')
@@ -79,7 +79,7 @@ with ownPackage():
     from vyre.base import Base, forgetInterrupt
     from vyre.cache import cleanCache
     from vyre.configuration import readConfiguration
-    from vyre.database import databaseCookie, installedNumbers, useDatabaseOfRoot
+    from vyre.database import databaseCookie, installedNumbers, refusedDirectory, useDatabaseOfRoot
     from vyre.groups import Group
     from vyre.history import commandLine, refuseHistory, reportLeftovers
     from vyre.image import checkPersistence
@@ -166,7 +166,7 @@ class YumIO:
 
     @property
     def skippedRepos(self):
-        """The identifiers of the repositories that dnf has left out, because they failed and have skip_if_unavailable.
+        """The identifiers of the failed repositories that dnf has left out because of skip_if_unavailable.
         """
         return self.base.skipped
 
@@ -333,8 +333,8 @@ class YumIO:
         return biArchOf(self.base, arch)
 
     def isBetterThan(self, a, b):
-        """Whether package a is better than package b. If only one of them has the system's bi-arch class, this package
-        is better. Otherwise a is better if it is not older than b.
+        """Whether package a is better than package b. If only one of the two packages has the system's bi-arch class,
+        this package is better. Otherwise a is better if a is not older than b.
         """
         native = self.base.conf.basearch
         aNative = self.getBiArch(a.arch) == native
@@ -347,6 +347,10 @@ class YumIO:
         if package._from_system:
             return False
         return package.verifyLocalPkg()
+
+    def isLocal(self, package):
+        """Whether dnf uses the package's file in a local repository instead of downloading the package."""
+        return package._is_local_pkg()
 
     def expandVariables(self, text):
         """Replace the variables in a text, as dnf replaces the variables in repository files."""
@@ -362,10 +366,9 @@ class YumIO:
     @withReason
     def apply(self, installs, updates, removes, groupInstalls, groupUpdates, groupRemoves):
         """Find the transaction for the marks, ask the user to confirm it, download its packages, check their signatures
-        and run the transaction. Return False if "tsflags" contains "test", so that nothing was changed; otherwise True.
-
-        Each failure raises an exception. If the text of the exception does not name packages, nothing was changed. If
-        the user refuses the transaction, this is not a failure.
+        and run the transaction. Return True; but if "tsflags" contains "test", change nothing and return False. Each
+        failure raises an exception. If the text of the exception does not name packages, nothing was changed. A
+        transaction that the user refuses is not a failure.
         """
         def resolve():
             marks, leftOut, reasons = resolveMarks(
@@ -385,8 +388,8 @@ class YumIO:
 
     @withReason
     def replay(self, kind, number):
-        """Undo a recorded transaction ("undo"), undo all transactions after it ("rollback"), or repeat it ("redo"). The
-        steps after resolving, the result and the exceptions are the same as for apply().
+        """Undo the recorded transaction ("undo"), undo all transactions after it ("rollback"), or repeat it ("redo").
+        The steps after resolving, the result and the exceptions are the same as for apply().
         """
         def resolve():
             goesOn = resolveReplay(self.base, kind, number)
@@ -396,7 +399,7 @@ class YumIO:
 
     def _carryOut(self, resolve):
         """Carry out the transaction that resolve() finds. resolve() returns a pair: the command line for the history,
-        and a text about the marks that are left out. If the user does not want to go on, resolve() returns None.
+        and a text about the marks that are left out. If the user stops at a question, resolve() returns None.
         """
         base = self.base
         base.headers.clear()
@@ -412,8 +415,8 @@ class YumIO:
         try:
             del base._ts
             base.reset(goal=True)
-            # runTransaction() repeats this check before rpm's work. The first check prevents a listing and a download
-            # that would be useless.
+            # runTransaction() repeats this check before rpm's work. This first check prevents a useless listing and
+            # download.
             with DatabaseLock(tr('Resolve Dependencies')):
                 self._checkCurrent()
             resolved = resolve()
@@ -451,12 +454,13 @@ class YumIO:
             base.reset(goal=True)
             del base._ts
             if base.changed and base.plugInsHaveChanged():
-                # The program now reads the packages again, and must load the changed plug-ins first.
+                # The program is going to read the packages again. Before this, the script must load the changed
+                # plug-ins.
                 base.readReposLater()
 
     def _checkCurrent(self):
         """Raise an exception if the installed packages have changed since the script read them. rpm removes packages by
-        their numbers in its database, which may now be the numbers of other packages.
+        their numbers in its database. After a change, these may be the numbers of other packages.
         """
         cookie = databaseCookie()
         if not cookie or not self._cookie or cookie == self._cookie:
@@ -489,8 +493,13 @@ class YumIO:
 
     @staticmethod
     def lacksReplay():
-        """The reason why the script cannot undo or repeat recorded transactions; empty if it can."""
+        """The reason why the script cannot undo or repeat recorded transactions; empty if the script can do both."""
         return lacksReplay()
+
+    @staticmethod
+    def refusedDirectory():
+        """The directory of rpm's database if this user has no right to change the database; otherwise empty."""
+        return refusedDirectory()
 
     # Cleaning
 

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "tests/packagetable/Table.h"
+#include "tests/support/Buttons.h"
 #include "widgets/FilteredList.h"
 #include "widgets/HTableView.h"
 
@@ -22,27 +23,19 @@ private Q_SLOTS:
     void cleanupTestCase() { table.reset(); }
     void theListShowsTheAdvisories();
     void theDetailsPaneDescribesTheCurrentAdvisory();
-    void loadingTheListAgainKeepsTheCurrentAdvisory();
+    void reloadingTheListKeepsTheCurrentAdvisory();
     void anEmptyListSaysThatNoAdvisoryWasFound();
     void aButtonMarksTheUpdatesInTheSelectedAdvisories();
     void altSMarksAllSecurityUpdates();
     void aMessageExplainsWhyAPackageCannotBeMarked();
-    void theButtonThatMarksUpdatesIsDisabledIfTheSelectionHasNoMissingUpdate();
+    void theMarkUpdatesButtonIsDisabledIfTheSelectedAdvisoriesHaveNoMissingUpdate();
     void enterPressesNoButton();
     void escapeClosesTheDialog();
+    void theFirstEscapeStopsTheComparisonAndTheSecondEscapeClosesTheDialog();
     void tabMovesTheFocusThroughAllPartsOfTheDialog();
 
 private:
-    QPushButton* button(const QString& text) const
-    {
-        for (QPushButton* each : dialog->findChildren<QPushButton*>()) {
-            if (each->text() == text) {
-                return each;
-            }
-        }
-        qFatal("the button %s is missing", qPrintable(text));
-        return nullptr;
-    }
+    QPushButton* button(const QString& text) const { return buttonOf(dialog.get(), text); }
     HTableView* view() const { return dialog->findChild<HTableView*>(); }
     QStringList listed() const
     {
@@ -61,7 +54,8 @@ private:
                                              QItemSelectionModel::Select | QItemSelectionModel::Rows);
         }
     }
-    // The names of the packages in the updatesWanted() signals since the previous call of this function.
+    // Returns the names of the packages that updatesWanted() has emitted since the previous call of this
+    // function.
     QStringList wanted()
     {
         QStringList names;
@@ -131,7 +125,7 @@ void AdvisoryDialogTest::theDetailsPaneDescribesTheCurrentAdvisory()
     QCOMPARE(details(), QString());
 }
 
-void AdvisoryDialogTest::loadingTheListAgainKeepsTheCurrentAdvisory()
+void AdvisoryDialogTest::reloadingTheListKeepsTheCurrentAdvisory()
 {
     QTest::keyClick(view(), Qt::Key_Down);
     table->standIn.setAdvisories({StandIn::advisory("Z-9", true, {StandIn::advised("tool", 0)}),
@@ -195,7 +189,7 @@ void AdvisoryDialogTest::aMessageExplainsWhyAPackageCannotBeMarked()
     QCOMPARE(wanted(), QStringList{"tool"});
 }
 
-void AdvisoryDialogTest::theButtonThatMarksUpdatesIsDisabledIfTheSelectionHasNoMissingUpdate()
+void AdvisoryDialogTest::theMarkUpdatesButtonIsDisabledIfTheSelectedAdvisoriesHaveNoMissingUpdate()
 {
     select({"C-3"});
     QVERIFY(!button("&Mark Updates")->isEnabled());
@@ -218,6 +212,41 @@ void AdvisoryDialogTest::escapeClosesTheDialog()
     QTest::keyClick(view(), Qt::Key_Escape);
     QVERIFY(!dialog->isVisible());
     QCOMPARE(wanted(), QStringList());
+}
+
+void AdvisoryDialogTest::theFirstEscapeStopsTheComparisonAndTheSecondEscapeClosesTheDialog()
+{
+    const QString longName = QString(300, 'a') + "b";
+    table->standIn.setAdvisories({StandIn::advisory("A-1", true, {StandIn::advised("tool", 0)}),
+                                  StandIn::advisory(longName, false, {StandIn::advised("many", 0)})});
+    table->collectUsual();
+    QVERIFY(table->yumIO.collectAdvisories());
+    dialog->load();
+    auto* const edit = dialog->findChild<QLineEdit*>();
+    const auto comparing = [this] { return resultIsShown("Comparing the rows (Esc stops)"); };
+    const auto typeDifficult = [edit] {
+        edit->selectAll();
+        QTest::keyClicks(edit, "(a*)*\\1b");
+    };
+    typeDifficult();
+    QTRY_VERIFY(comparing());
+    bool answered = false;
+    QTimer::singleShot(0, [&answered] { answered = true; });
+    QTRY_VERIFY(answered);
+    QVERIFY(comparing());
+    // Escape acts in the same way regardless of the focus.
+    for (QWidget* focused : {static_cast<QWidget*>(edit), static_cast<QWidget*>(view()),
+                             static_cast<QWidget*>(button("&Close"))}) {
+        typeDifficult();
+        QTRY_VERIFY(comparing());
+        focused->setFocus();
+        QTest::keyClick(focused, Qt::Key_Escape);
+        QVERIFY(!comparing());
+        QVERIFY(dialog->isVisible());
+        QCOMPARE(listed(), (QStringList{"A-1", longName}));
+    }
+    QTest::keyClick(view(), Qt::Key_Escape);
+    QVERIFY(!dialog->isVisible());
 }
 
 void AdvisoryDialogTest::tabMovesTheFocusThroughAllPartsOfTheDialog()

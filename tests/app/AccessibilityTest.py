@@ -47,6 +47,9 @@ class AccessibilityTest(unittest.TestCase):
             json.dump({'updates': [{'name': 'tool', 'version': '2', 'repoid': 'updates'}],
                        'installed': [old, dict(old, name='shell')], 'available': [{'name': 'editor'}],
                        'groups': [{'name': 'Games'}]}, stream)
+        with open(os.path.join(share, 'advisories.json'), 'w') as stream:
+            json.dump([['LSA-1', 'security', True, 'Important/Sec.', 4, '2024-02-20', 'About LSA-1', 'A long text', [],
+                        [], [['tool', 'x86_64', '2-1', 0, '2-1']]]], stream)
         self.program = driver.Program(VYRE, scratch.name, environment={
             'VYRESHARE': share, 'VYREROOT': root, 'XDG_CONFIG_HOME': os.path.join(scratch.name, 'config')})
         self.addCleanup(self.program.__exit__)
@@ -96,6 +99,32 @@ class AccessibilityTest(unittest.TestCase):
         self.assertEqual(self.field(log, 'VYRE Log'), pyatspi.ROLE_TEXT)
         self.assertEqual(self.field(log, 'Detail level'), pyatspi.ROLE_SPIN_BUTTON)
         self.assertEqual(self.field(log, 'Close'), pyatspi.ROLE_PUSH_BUTTON)
+
+    def test_controls_of_the_history_window_have_accessible_names_and_roles(self):
+        driver.key('ctrl+h')
+        history = self.program.window('VYRE History')
+        history.wait_settled()
+        self.check_names(history, 7)
+        self.assertEqual(self.field(history, 'Regular expression'), pyatspi.ROLE_TEXT)
+        self.assertEqual(self.field(history, 'Transactions'), pyatspi.ROLE_TABLE)
+        self.assertEqual(self.field(history, 'Details of the transaction'), pyatspi.ROLE_TEXT)
+        table = history.find(pyatspi.ROLE_TABLE).queryTable()
+        wait_for(lambda: table.nRows == 3, 'the transactions')
+        self.assertEqual([table.getAccessibleAt(0, column).name for column in (0, 3, 5)],
+                         ['3', 'vyre: install editor', 'Interrupted'])
+        self.assertTrue(table.isRowSelected(0))
+
+    def test_controls_of_the_advisories_window_have_accessible_names_and_roles(self):
+        driver.key('ctrl+d')
+        advisories = self.program.window('VYRE Advisories')
+        advisories.wait_settled()
+        self.check_names(advisories, 6)
+        self.assertEqual(self.field(advisories, 'Regular expression'), pyatspi.ROLE_TEXT)
+        self.assertEqual(self.field(advisories, 'Advisories'), pyatspi.ROLE_TABLE)
+        self.assertEqual(self.field(advisories, 'Details of the advisory'), pyatspi.ROLE_TEXT)
+        table = advisories.find(pyatspi.ROLE_TABLE).queryTable()
+        self.assertEqual([table.getAccessibleAt(0, column).name for column in (0, 1, 4)],
+                         ['LSA-1', 'security', 'Not Installed'])
 
     def test_repository_editor_and_its_form_are_usable_with_keyboard_and_screen_reader(self):
         driver.key('ctrl+e')

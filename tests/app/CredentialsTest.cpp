@@ -31,8 +31,7 @@ QString starred(const QString& text, Text kind)
     return result;
 }
 
-// The same rules as in the scanner, but as regular expressions. The test applies each expression at every
-// position of a text.
+// The scanner's rules as regular expressions. The test applies each expression at every position of a text.
 QVector<QRegularExpression> expressions(Text kind)
 {
     const auto make = [](const char* pattern) {
@@ -63,7 +62,7 @@ QVector<bool> secretBy(const QRegularExpression& expression, const QString& text
     return secret;
 }
 
-// Replaces each character of a secret by a star. Line feeds, and the indentation after them, are kept.
+// Replaces each character of a secret by a star, except line feeds and the indentation after them.
 QString lettersOf(const QString& text, const QVector<bool>& secret)
 {
     QString result = text;
@@ -148,10 +147,10 @@ private Q_SLOTS:
     void passwordsInUrlsAreFound();
     void passwordsInOptionsAreFound_data();
     void passwordsInOptionsAreFound();
-    void holdsReturnsTrueEvenIfThePasswordIsEmpty();
-    void holdsPasswordReturnsFalseIfThePasswordIsEmpty();
-    void theScannerFindsTheSamePasswordsAsRegularExpressions_data();
-    void theScannerFindsTheSamePasswordsAsRegularExpressions();
+    void theHoldsFunctionReturnsTrueEvenIfThePasswordIsEmpty();
+    void theHoldsPasswordFunctionReturnsFalseIfThePasswordIsEmpty();
+    void theScannerAndRegularExpressionsFindTheSamePasswords_data();
+    void theScannerAndRegularExpressionsFindTheSamePasswords();
     void everyPasswordIsHiddenByThreeDots();
     void credentialsAreRemovedFromUrls();
     void theSearchTimeIsLinearInTheLengthOfTheText_data();
@@ -165,30 +164,30 @@ void CredentialsTest::passwordsInUrlsAreFound_data()
     const auto add = [](const char* name, const char* text, const char* expected) {
         QTest::newRow(name) << QString::fromLatin1(text) << QString::fromLatin1(expected);
     };
-    add("nothing", "", "");
+    add("no password at all", "", "");
     add("vantor", "http://h/vantor?u=bob&p=abc&path=/x", "http://h/vantor?u=bob&p=***&path=/x");
     add("vantor without a password", "http://h/vantor?u=&p=&path=/x", "http://h/vantor?u=&p=|&path=/x");
     add("vantor with a path first", "http://h/vantor/a/b?u=bob&p=abc&path=/x",
         "http://h/vantor/a/b?u=bob&p=***&path=/x");
-    add("unfinished", "http://h/vantor?u=bob&p=abc&pat", "http://h/vantor?u=bob&p=abc&pat");
-    add("only a mark", "/vantor?", "/vantor?");
-    add("no path mark", "/vantor?u=&p=", "/vantor?u=&p=");
+    add("unfinished path parameter", "http://h/vantor?u=bob&p=abc&pat", "http://h/vantor?u=bob&p=abc&pat");
+    add("nothing after vantor", "/vantor?", "/vantor?");
+    add("no path parameter", "/vantor?u=&p=", "/vantor?u=&p=");
     add("ampersand, blank and equals sign", "/vantor?u=&p=a&b c=d&path=", "/vantor?u=&p=*******&path=");
     add("two lines", "/vantor?u=&p=ab\n cd&path=", "/vantor?u=&p=**\n **&path=");
-    add("several", "/vantor?u=&p=ab&path=\nhttp://k/\n/vantor?u=&p=c&path=/vantor?u=&p=d&path=x",
+    add("several URLs", "/vantor?u=&p=ab&path=\nhttp://k/\n/vantor?u=&p=c&path=/vantor?u=&p=d&path=x",
         "/vantor?u=&p=**&path=\nhttp://k/\n/vantor?u=&p=*&path=/vantor?u=&p=*&path=x");
-    add("before the host", "https://me:abc@h:80/x", "https://me:***@h:80/x");
-    add("an at sign in it", "https://me:a@c@h/x", "https://me:***@h/x");
+    add("password before the host", "https://me:abc@h:80/x", "https://me:***@h:80/x");
+    add("an at sign in the password", "https://me:a@c@h/x", "https://me:***@h/x");
     add("an at sign in the name", "https://me@corp:ac@h/x", "https://me@corp:**@h/x");
-    add("a slash in it", "https://me:a/c@h/x", "https://me:***@h/x");
+    add("a slash in the password", "https://me:a/c@h/x", "https://me:***@h/x");
     add("no name", "https://:abc@h/x", "https://:***@h/x");
     add("no password", "https://me:@h/x", "https://me:|@h/x");
     add("a name only", "https://me@h/x", "https://me@h/x");
     add("ports", "http://h:80/a@b http://h:$port/a@b http://h:/a@b http://[::1]/a@b",
         "http://h:80/a@b http://h:$port/a@b http://h:/a@b http://[::1]/a@b");
     add("no URL", "write to joe:k@h", "write to joe:k@h");
-    add("parameters", "/x?Password=abc&y=z&db_password=&z", "/x?Password=***&y=z&db_password=|&z");
-    add("an option is none", "password = abc", "password = abc");
+    add("password parameters", "/x?Password=abc&y=z&db_password=&z", "/x?Password=***&y=z&db_password=|&z");
+    add("an option instead of a URL", "password = abc", "password = abc");
 }
 
 void CredentialsTest::passwordsInUrlsAreFound()
@@ -206,13 +205,13 @@ void CredentialsTest::passwordsInOptionsAreFound_data()
     };
     add("usual", "a=b\npassword=x&y z\nb=c", "a=b\npassword=*****\nb=c");
     add("blanks and a colon", "proxy_Password \t: \tabc", "proxy_Password \t: \t***");
-    add("empty", "password=\n", "password=|\n");
-    add("continued", "password=ab\n  cd\n\te f\nx=y", "password=**\n  **\n\t***\nx=y");
-    add("continued only", "password=\n  ab\nx=y", "password=|\n  **\nx=y");
-    add("a comment", "# password=ab", "# password=**");
-    add("another option", "passwords=ab\npassword_file=x\nusername=y",
+    add("empty password", "password=\n", "password=|\n");
+    add("password on several lines", "password=ab\n  cd\n\te f\nx=y", "password=**\n  **\n\t***\nx=y");
+    add("password only on the second line", "password=\n  ab\nx=y", "password=|\n  **\nx=y");
+    add("password in a comment", "# password=ab", "# password=**");
+    add("options that are no passwords", "passwords=ab\npassword_file=x\nusername=y",
         "passwords=ab\npassword_file=x\nusername=y");
-    add("a proxy", "proxy=http://me:abc@h:3128/", "proxy=http://me:***@h:3128/");
+    add("URL of a proxy", "proxy=http://me:abc@h:3128/", "proxy=http://me:***@h:3128/");
     add("a vantor URL", "x=/vantor?u=&p=ab&path=", "x=/vantor?u=&p=**&path=");
 }
 
@@ -222,7 +221,7 @@ void CredentialsTest::passwordsInOptionsAreFound()
     QTEST(starred(text, Text::Options), "expected");
 }
 
-void CredentialsTest::holdsReturnsTrueEvenIfThePasswordIsEmpty()
+void CredentialsTest::theHoldsFunctionReturnsTrueEvenIfThePasswordIsEmpty()
 {
     QVERIFY(Credentials::holds(QStringLiteral("/vantor?u=&p=&path="), Text::Urls));
     QVERIFY(Credentials::holds(QStringLiteral("[r]\nproxy=http://u:p@h/\n"), Text::Options));
@@ -231,7 +230,7 @@ void CredentialsTest::holdsReturnsTrueEvenIfThePasswordIsEmpty()
     QVERIFY(!Credentials::holds(QStringLiteral("http://h/vantor\nusername=u\n"), Text::Options));
 }
 
-void CredentialsTest::holdsPasswordReturnsFalseIfThePasswordIsEmpty()
+void CredentialsTest::theHoldsPasswordFunctionReturnsFalseIfThePasswordIsEmpty()
 {
     for (const char* text : {"/vantor?u=&p=&path=", "password=\n", "password = \n[r]\n",
                              "http://h/?password=", "http://u:@h/", "http://h/\n"}) {
@@ -243,14 +242,14 @@ void CredentialsTest::holdsPasswordReturnsFalseIfThePasswordIsEmpty()
     }
 }
 
-void CredentialsTest::theScannerFindsTheSamePasswordsAsRegularExpressions_data()
+void CredentialsTest::theScannerAndRegularExpressionsFindTheSamePasswords_data()
 {
     QTest::addColumn<bool>("options");
     QTest::newRow("URLs") << false;
     QTest::newRow("options") << true;
 }
 
-void CredentialsTest::theScannerFindsTheSamePasswordsAsRegularExpressions()
+void CredentialsTest::theScannerAndRegularExpressionsFindTheSamePasswords()
 {
     QFETCH(bool, options);
     const Text kind = options ? Text::Options : Text::Urls;

@@ -24,16 +24,13 @@ private:
 private Q_SLOTS:
     void controlsAreDisabledWhileAWorkerRuns();
     void theQuitKeyAndTheRefreshButtonDoNothingWhileAWorkerRuns();
-    void logCanBeOpenedWhileAWorkerRuns();
-    void windowCannotBeClosedWhileTheSystemIsChanged();
+    void theLogCanBeOpenedWhileAWorkerRuns();
+    void theWindowCannotBeClosedWhileTheSystemIsChanged();
     void theQuitCommandIsRefusedWhileTheSystemIsChanged();
-    void severalRefusalsToCloseInOneOperationCauseOneLogEntry();
+    void severalRefusedAttemptsToCloseTheWindowCauseOneLogEntry();
     void theTableIsEnabledIfAnOperationEndsWhileTheAboutWindowIsOpen();
-    void aFilteredTableListsOnlyMatchingRowsWhileThePackagesAreReadAgain()
-    {
-        compareReadAgain(Filter, "too", {"tool"});
-    }
-    void aSearchedTableListsOnlyMatchingRowsWhileThePackagesAreReadAgain()
+    void theFilterStaysInEffectWhileThePackagesAreReadAgain() { compareReadAgain(Filter, "too", {"tool"}); }
+    void theSearchStaysInEffectWhileThePackagesAreReadAgain()
     {
         compareReadAgain(Search, "needle", {"editor", "many", "tool"});
     }
@@ -44,14 +41,16 @@ private Q_SLOTS:
     void cleaningTheMetadataCollectsThePackagesAgain() { compareClean("Clean Metadata", "cleanMetadata"); }
     void cleaningAllCachedDataCollectsThePackagesAgain() { compareClean("Clean All", "cleanAll"); }
     void cleaningTheCachedPackagesDoesNotChangeTheTable();
-    void readingTheConfigurationAgainDoesNotLogItsWarningsAgain();
+    void theWarningsAboutTheConfigurationAreLoggedOnlyOnce();
     void theToolTipsOfTheCleaningCommandsNameTheCacheDirectory();
     void theResizeButtonFitsTheColumnsToTheirContents();
     void anApplyChangesTheSystemAndReadsThePackagesAgain();
     void theCollectionAfterAnApplyUsesTheCredentialsThatTheUserHasTyped();
     void theMarksAreKeptIfTheUserCancelsAnApply();
-    void anApplyThatFailsBeforeItsFirstChangeKeepsTheTable();
-    void anApplyThatFailsAfterAChangeReadsThePackagesAgain();
+    void theTableIsKeptIfAnApplyFailsBeforeItsFirstChange();
+    void thePackagesAreReadAgainIfAnApplyFailsAfterAChange();
+    void theMarksThatAFailedApplyHasNotCarriedOutAreKept();
+    void theCollectionAfterAFailedCollectionRestoresTheMarks();
     void possibleMarksAreKeptIfAnotherProgramHasChangedTheSystem();
     void theUserIsAskedForCredentialsIfATransactionAddsARepository();
 };
@@ -82,7 +81,7 @@ void MainWindowOperationsTest::theQuitKeyAndTheRefreshButtonDoNothingWhileAWorke
     QCOMPARE(standIn->calls("setupRepos"), 1);
 }
 
-void MainWindowOperationsTest::logCanBeOpenedWhileAWorkerRuns()
+void MainWindowOperationsTest::theLogCanBeOpenedWhileAWorkerRuns()
 {
     shown->start();
     bool opened = false;
@@ -116,7 +115,7 @@ void MainWindowOperationsTest::whileTheSystemIsChanged(const std::function<void(
     QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
 }
 
-void MainWindowOperationsTest::windowCannotBeClosedWhileTheSystemIsChanged()
+void MainWindowOperationsTest::theWindowCannotBeClosedWhileTheSystemIsChanged()
 {
     whileTheSystemIsChanged([this] {
         QVERIFY(!shown->window->close());
@@ -124,6 +123,8 @@ void MainWindowOperationsTest::windowCannotBeClosedWhileTheSystemIsChanged()
         QVERIFY(notice != nullptr && notice->isVisible());
         QCOMPARE(notice->wholeText(), QString("VYRE cannot close while it changes packages"));
     });
+    // After the end of the change, the notice is not true any more, so it disappears at once.
+    QVERIFY(!shown->window->findChild<Notice*>()->isVisible());
 }
 
 void MainWindowOperationsTest::theQuitCommandIsRefusedWhileTheSystemIsChanged()
@@ -133,7 +134,7 @@ void MainWindowOperationsTest::theQuitCommandIsRefusedWhileTheSystemIsChanged()
     QVERIFY(!shown->window->isVisible());
 }
 
-void MainWindowOperationsTest::severalRefusalsToCloseInOneOperationCauseOneLogEntry()
+void MainWindowOperationsTest::severalRefusedAttemptsToCloseTheWindowCauseOneLogEntry()
 {
     const auto refuse = [this] {
         for (int i = 0; i < 3; ++i) {
@@ -162,7 +163,7 @@ void MainWindowOperationsTest::theTableIsEnabledIfAnOperationEndsWhileTheAboutWi
     QTRY_VERIFY(shown->isReady());
     QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
     QVERIFY(aboutBox() != nullptr);
-    // While the About window is open, the table is enabled.
+    // The user can filter the table while the About window is open.
     shown->filter("too");
     QCOMPARE(shown->listed(), QStringList{"tool"});
     QTest::keyClick(aboutBox(), Qt::Key_Escape);
@@ -178,7 +179,7 @@ void MainWindowOperationsTest::compareReadAgain(Mode mode, const QString& expres
     shown->filter(expression);
     QCOMPARE(shown->sorted(), before);
     using S = StandIn;
-    // The next collection finds other packages than the listed ones.
+    // The next collection finds packages that differ from the listed packages.
     standIn->setPackages({}, {S::package("shell"), S::package("games")},
                          {S::package("zoo"), S::package("tooth", {{"summary", "needle"}}), S::package("one"),
                           S::package("two"), S::package("three"), S::package("four")});
@@ -302,7 +303,7 @@ void MainWindowOperationsTest::cleaningTheCachedPackagesDoesNotChangeTheTable()
     QCOMPARE(usable(), usableWhenReady);
 }
 
-void MainWindowOperationsTest::readingTheConfigurationAgainDoesNotLogItsWarningsAgain()
+void MainWindowOperationsTest::theWarningsAboutTheConfigurationAreLoggedOnlyOnce()
 {
     QFile file(standIn->root() + "/etc/yum.repos.d/doubted.repo");
     QVERIFY(file.open(QIODevice::WriteOnly));
@@ -432,7 +433,7 @@ void MainWindowOperationsTest::theMarksAreKeptIfTheUserCancelsAnApply()
     QCOMPARE(usable(), usableWhenReady);
 }
 
-void MainWindowOperationsTest::anApplyThatFailsBeforeItsFirstChangeKeepsTheTable()
+void MainWindowOperationsTest::theTableIsKeptIfAnApplyFailsBeforeItsFirstChange()
 {
     shown->start();
     shown->click("tool", ActionColumn);
@@ -448,7 +449,7 @@ void MainWindowOperationsTest::anApplyThatFailsBeforeItsFirstChangeKeepsTheTable
     QVERIFY(shown->button("&Apply Actions")->isEnabled());
 }
 
-void MainWindowOperationsTest::anApplyThatFailsAfterAChangeReadsThePackagesAgain()
+void MainWindowOperationsTest::thePackagesAreReadAgainIfAnApplyFailsAfterAChange()
 {
     shown->start();
     shown->click("tool", ActionColumn);
@@ -465,6 +466,46 @@ void MainWindowOperationsTest::anApplyThatFailsAfterAChangeReadsThePackagesAgain
     QCOMPARE(shown->listed(), QStringList());
     QCOMPARE(shown->marks(), QStringList());
     QVERIFY(!shown->button("&Apply Actions")->isEnabled());
+}
+
+void MainWindowOperationsTest::theMarksThatAFailedApplyHasNotCarriedOutAreKept()
+{
+    shown->start();
+    shown->choose(shown->stateBox, ViewAll);
+    shown->click("tool", ActionColumn);
+    shown->click("editor", ActionColumn);
+    QCOMPARE(shown->marks(), (QStringList{"editor install", "tool update"}));
+    // The apply fails after it has installed the editor.
+    const QJsonObject next{{"version", "2"}};
+    standIn->setPackages({StandIn::package("tool", next)},
+                         {StandIn::package("tool"), StandIn::package("editor")}, {});
+    standIn->setBreaking(true);
+    const Answers answers("OK");
+    shown->press("&Apply Actions");
+    QTRY_VERIFY(answers.titles().size() >= 2);
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(shown->marks(), QStringList{"tool update"});
+    QVERIFY(shown->button("&Apply Actions")->isEnabled());
+}
+
+void MainWindowOperationsTest::theCollectionAfterAFailedCollectionRestoresTheMarks()
+{
+    shown->start();
+    shown->click("tool", ActionColumn);
+    standIn->setUnreadable(true);
+    const Answers answers("OK");
+    shown->press("Re&fresh");
+    QTRY_VERIFY(!answers.titles().isEmpty());
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(shown->listed(), QStringList());
+    standIn->setUnreadable(false);
+    shown->press("Re&fresh");
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(shown->marks(), QStringList{"tool update"});
+    // A Refresh after a successful collection removes the marks.
+    shown->press("Re&fresh");
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(shown->marks(), QStringList());
 }
 
 void MainWindowOperationsTest::possibleMarksAreKeptIfAnotherProgramHasChangedTheSystem()

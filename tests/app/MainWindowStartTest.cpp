@@ -23,39 +23,40 @@ private:
     void compareAfterTheEditor(Mode mode, const char* expression, const QStringList& listed);
 
 private Q_SLOTS:
-    void aWindowThatIsNotShownYetCallsNoScriptMethod();
+    void theWindowCallsNoScriptMethodBeforeItIsShown();
     void theWindowIsPaintedBeforeThePackagesAreCollected();
     void theTableListsTheOutdatedPackagesAfterTheStart();
     void showingTheWindowForTheSecondTimeCollectsNothing();
     void theColumnsFitTheirContentsAfterTheStart();
     void theFirstCollectionUsesTheFilterThatWasSetBeforehand();
     void theFirstCollectionUsesTheSearchThatWasSetBeforehand();
-    void theFilterOfTheCommandLineIsAppliedAfterTheEditorHasClosed()
+    void theFilterOfTheCommandLineIsAppliedAfterTheRepositoryEditorHasClosed()
     {
         compareAfterTheEditor(Filter, "many|shell", {"many", "shell"});
     }
-    void theSearchOfTheCommandLineIsAppliedAfterTheEditorHasClosed()
+    void theSearchOfTheCommandLineIsAppliedAfterTheRepositoryEditorHasClosed()
     {
         compareAfterTheEditor(Search, "needle", {"editor", "many", "tool"});
     }
     void theProgramQuitsIfTheBackEndCannotStart();
     void theLogOptionShowsTheLogBeforeTheBackEndStarts();
     void theQuitButtonInTheCredentialsDialogPreventsTheFirstCollection();
-    void credentialsThatTheUserEntersAtStartupAreUsedInTheFirstCollection();
-    void theScriptReadsTheRepositoriesAgainAfterTheEditorWasOpenAtStartup();
+    void theFirstCollectionUsesTheCredentialsThatTheUserEntersAtStartup();
+    void theScriptReadsTheRepositoriesAgainAfterTheirEditorWasOpenAtStartup();
     void theLogIsVisibleAtStartupIfSetLogAtStartWasCalled();
     void theLogIsHiddenAtStartupIfSetLogAtStartWasNotCalled();
     void theNoticesAboutMissingRightsAndLoggedErrorsAreShownInTurn();
-    void theNoticeAboutMissingRightsIsShownAfterTheEditorHasClosed();
+    void aNoticeSaysThatRootHasNoRightToChangeTheDatabase();
+    void theNoticeAboutMissingRightsIsShownAfterTheRepositoryEditorHasClosed();
 
     void theTableShowsTheReasonIfNoRowIsListed();
-    void theTableDoesNotSayThatUpdatesAreMissingIfACollectionFails();
+    void theTableDoesNotSayThatTheSystemIsUpToDateIfACollectionFails();
     void quittingSavesTheWindowSizeAndTheColumns();
     void theSavedWindowSizeAndColumnsAreRestored();
     void invalidSavedSettingsChangeNothing();
 };
 
-void MainWindowStartTest::aWindowThatIsNotShownYetCallsNoScriptMethod()
+void MainWindowStartTest::theWindowCallsNoScriptMethodBeforeItIsShown()
 {
     QCOMPARE(usable(), usableWhileBusy);
     QCOMPARE(busyCursor(), QString("busy"));
@@ -219,7 +220,7 @@ void MainWindowStartTest::theQuitButtonInTheCredentialsDialogPreventsTheFirstCol
     QCOMPARE(file.readAll(), repos);
 }
 
-void MainWindowStartTest::credentialsThatTheUserEntersAtStartupAreUsedInTheFirstCollection()
+void MainWindowStartTest::theFirstCollectionUsesTheCredentialsThatTheUserEntersAtStartup()
 {
     standIn->setRepos("[base]\nbaseurl=http://h/vantor?u=&p=&path=/x\n");
     const auto dialogTakesInput = [] {
@@ -239,14 +240,14 @@ void MainWindowStartTest::credentialsThatTheUserEntersAtStartupAreUsedInTheFirst
     QFile file(standIn->root() + "/etc/yum.repos.d/standin.repo");
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), QByteArray("[base]\nbaseurl=http://h/vantor?u=me&p=me&path=/x\n"));
-    // The script read the repository file before VYRE wrote the credentials to the file, so the script must
-    // read it again.
+    // The script read the repository file before VYRE wrote the credentials to this file, so the script must
+    // read the file a second time.
     const QStringList calls = standIn->calls();
     QVERIFY2(calls.contains("reset") && calls.indexOf("reset") < calls.indexOf("setupRepos"),
              qPrintable(calls.join(';')));
 }
 
-void MainWindowStartTest::theScriptReadsTheRepositoriesAgainAfterTheEditorWasOpenAtStartup()
+void MainWindowStartTest::theScriptReadsTheRepositoriesAgainAfterTheirEditorWasOpenAtStartup()
 {
     shown->window->setRepoEditorAtStart();
     const Once once([] { return qobject_cast<QDialog*>(QApplication::activeModalWidget()) != nullptr; },
@@ -275,7 +276,18 @@ void MainWindowStartTest::theNoticesAboutMissingRightsAndLoggedErrorsAreShownInT
     QVERIFY(notice->isVisible());
 }
 
-void MainWindowStartTest::theNoticeAboutMissingRightsIsShownAfterTheEditorHasClosed()
+void MainWindowStartTest::aNoticeSaysThatRootHasNoRightToChangeTheDatabase()
+{
+    // For example, any user can be root inside a user namespace.
+    standIn->setDatabaseRefused(true);
+    shown->start();
+    const auto* notice = shown->window->findChild<Notice*>();
+    QVERIFY(notice->isVisible());
+    QCOMPARE(notice->wholeText(),
+             QString("VYRE cannot change packages, because it has no right to change /db"));
+}
+
+void MainWindowStartTest::theNoticeAboutMissingRightsIsShownAfterTheRepositoryEditorHasClosed()
 {
     constexpr char nobody[] = "65534";
     QCOMPARE(QProcess::execute("chown", {"--recursive", nobody, QFile::decodeName(qgetenv("VYRESHARE"))}), 0);
@@ -344,7 +356,7 @@ void MainWindowStartTest::theTableShowsTheReasonIfNoRowIsListed()
     QCOMPARE(colours(), 1);
 }
 
-void MainWindowStartTest::theTableDoesNotSayThatUpdatesAreMissingIfACollectionFails()
+void MainWindowStartTest::theTableDoesNotSayThatTheSystemIsUpToDateIfACollectionFails()
 {
     standIn->setUnreadable(true);
     const Answers answers("OK");

@@ -44,6 +44,7 @@ private Q_SLOTS:
     void closingTheWindowStopsTheRunningOperation();
     void theQuitCommandStopsTheRunningOperation();
     void closingTheWindowDuringAnUndoDoesNotOpenTheHistoryAgain();
+    void theNoticeAfterAStoppedTransactionSaysWhetherKeysWereImported();
     void aStoppedSearchDoesNotChangeTheListedRows();
     void aStoppedFilterDoesNotChangeTheListedRows();
     void stoppingTheSearchAfterAChangeOfTheStateBoxRestoresTheBox();
@@ -51,6 +52,8 @@ private Q_SLOTS:
     void theTableIsNotFilteredIfTheComparisonAfterARefreshIsStopped();
     void closingTheWindowStopsTheRunningSearch();
     void theStopButtonIsDisabledIfNoOperationRuns();
+    void theToolTipOfTheStopButtonSaysWhetherTheTableKeepsItsPackages_data();
+    void theToolTipOfTheStopButtonSaysWhetherTheTableKeepsItsPackages();
     void failingRepositoriesAreDisabledForTheSessionIfTheUserAgrees();
     void theYesToAllButtonDisablesAllFailingRepositoriesForTheSession();
     void noPackageIsListedIfTheUserKeepsAFailingRepository();
@@ -120,9 +123,14 @@ void MainWindowStopTest::theAltKeyOfTheStopButtonStopsARefresh()
 void MainWindowStopTest::aStopDuringTheFirstCollectionListsThePackagesFromTheCache()
 {
     standIn->setHeld(true);
+    QString tip;
     const Once once([this] { return button()->isEnabled() && standIn->calls("setupRepos") > 0; },
-                    [this] { shown->click(button()); });
+                    [this, &tip] {
+                        tip = button()->toolTip();
+                        shown->click(button());
+                    });
     shown->start();
+    QVERIFY2(tip.contains("VYRE then lists the installed packages"), qPrintable(tip));
     QCOMPARE(standIn->calls("setupCachedRepos"), 1);
     QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
 }
@@ -177,6 +185,28 @@ void MainWindowStopTest::closingTheWindowDuringAnUndoDoesNotOpenTheHistoryAgain(
     QVERIFY(!shown->window->isVisible());
     QTest::qWait(100); // if the history opened again, it would now use the back end, which has ended
     QCOMPARE(histories, 1);
+}
+
+void MainWindowStopTest::theNoticeAfterAStoppedTransactionSaysWhetherKeysWereImported()
+{
+    shown->start();
+    shown->click("tool", ActionColumn);
+    standIn->setDownloading(true);
+    for (const bool imported : {false, true}) {
+        standIn->setOutcome({{"keysImported", imported}});
+        standIn->forgetCalls();
+        const Answers answers("OK");
+        const Once once([this] { return button()->isEnabled() && standIn->calls("downloading") > 0; },
+                        [this] { shown->click(button()); });
+        shown->press("&Apply Actions");
+        QTRY_VERIFY(once.isDone());
+        QTRY_VERIFY(shown->isReady());
+        QCOMPARE(notice(), imported
+                               ? QString("Stopped. No packages were changed, but signing keys were imported.")
+                               : QString("Stopped. Nothing was changed."));
+        QCOMPARE(shown->marks(), QStringList{"tool update"});
+    }
+    standIn->setDownloading(false);
 }
 
 void MainWindowStopTest::startWithHardPackage(PackageTable::StateFilter state)
@@ -317,6 +347,45 @@ void MainWindowStopTest::theStopButtonIsDisabledIfNoOperationRuns()
     QCOMPARE(standIn->calls(), QStringList());
 }
 
+void MainWindowStopTest::theToolTipOfTheStopButtonSaysWhetherTheTableKeepsItsPackages_data()
+{
+    QTest::addColumn<QString>("entry");
+    QTest::addColumn<bool>("keeps");
+    QTest::newRow("dbcache") << "Clean dbcache" << true;
+    QTest::newRow("metadata") << "Clean Metadata" << false;
+    QTest::newRow("all") << "Clean All" << false;
+}
+
+void MainWindowStopTest::theToolTipOfTheStopButtonSaysWhetherTheTableKeepsItsPackages()
+{
+    QFETCH(QString, entry);
+    QFETCH(bool, keeps);
+    shown->start();
+    QStringList tips;
+    const auto stopWhileHeld = [this, &tips](const std::function<void()>& act) {
+        standIn->setHeld(true);
+        standIn->forgetCalls();
+        const Once once([this] { return button()->isEnabled() && standIn->calls("setupRepos") > 0; },
+                        [this, &tips] {
+                            tips << button()->toolTip();
+                            shown->click(button());
+                        });
+        act();
+        QTRY_VERIFY(once.isDone());
+        QTRY_VERIFY(shown->isReady());
+        standIn->setHeld(false);
+    };
+    stopWhileHeld([this, &entry] { shown->action("&Cache", entry)->trigger(); });
+    stopWhileHeld([this] { shown->press("Re&fresh"); });
+    QCOMPARE(tips.count(), 2);
+    const QString kept = "VYRE keeps the listed packages and all marks.";
+    const QString lost = "VYRE has deleted the metadata.";
+    QCOMPARE(tips.at(0).contains(kept), keeps);
+    QCOMPARE(tips.at(0).contains(lost), !keeps);
+    // The next operation has not deleted metadata.
+    QVERIFY2(tips.at(1).contains(kept), qPrintable(tips.at(1)));
+}
+
 QStringList MainWindowStopTest::switchedOff() const
 {
     QStringList found;
@@ -342,6 +411,7 @@ void MainWindowStopTest::failingRepositoriesAreDisabledForTheSessionIfTheUserAgr
     standIn->setRepos("[base]\nbaseurl=file:///base\n[extras]\nbaseurl=file:///extras\n");
     shown->start();
     standIn->setLacking(true);
+    standIn->setComplaining(true);
     const AnsweringUser user(AnsweringUser::click("Yes"));
     shown->press("Re&fresh");
     QTRY_VERIFY(shown->isReady());
@@ -350,14 +420,20 @@ void MainWindowStopTest::failingRepositoriesAreDisabledForTheSessionIfTheUserAgr
                           "session?",
                           "The repository extras cannot be read:\nextras is away\n\nGo on without it for "
                           "this session?"}));
+    // The notice names the cause of the errors in the log.
+    const auto* notice = shown->window->findChild<Notice*>();
+    QVERIFY(notice->isVisible());
+    QCOMPARE(notice->wholeText(), QString("2 repositories are left out: see the log (Ctrl+L)"));
     QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
     QCOMPARE(switchedOff(), (QStringList{"base", "extras"}));
     standIn->setLacking(false);
+    standIn->setComplaining(false);
     standIn->forgetCalls();
     shown->press("Re&fresh");
     QTRY_VERIFY(shown->isReady());
     QVERIFY(standIn->calls().contains("disableRepo base"));
     QVERIFY(standIn->calls().contains("disableRepo extras"));
+    QVERIFY(!notice->isVisible());
 }
 
 void MainWindowStopTest::theYesToAllButtonDisablesAllFailingRepositoriesForTheSession()

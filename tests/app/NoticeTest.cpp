@@ -40,7 +40,7 @@ private Q_SLOTS:
         brief.showTextAboutLog("errors");
         QTest::qWait(50);
         QVERIFY(brief.isVisible());
-        // Another text replaces the notice about the log only for a while.
+        // A second text replaces the notice about the log only for a while.
         brief.showText("stopped");
         QCOMPARE(brief.wholeText(), QString("stopped"));
         QTRY_COMPARE(brief.wholeText(), QString("errors"));
@@ -50,7 +50,7 @@ private Q_SLOTS:
         QVERIFY(!brief.isVisible());
     }
 
-    void openingTheLogRemovesNoOtherTexts()
+    void openingTheLogDoesNotRemoveTextsAboutOtherSubjects()
     {
         notice->showTextAboutLog("errors");
         notice->showText("other");
@@ -64,7 +64,7 @@ private Q_SLOTS:
         QCOMPARE(text(), QString("other"));
     }
 
-    void anOperationThatBeginsRemovesATextAboutTheLog()
+    void theStartOfAnOperationRemovesATextAboutTheLog()
     {
         notice->showTextAboutLog("errors");
         notice->beginOperation();
@@ -90,7 +90,7 @@ private Q_SLOTS:
         QCOMPARE(textAfterwards(), QString());
     }
 
-    void aTextThatIsShownTwiceAppearsOnce()
+    void aRepeatedTextIsStoredOnlyOnce()
     {
         notice->showText("a");
         notice->showText("b");
@@ -101,7 +101,22 @@ private Q_SLOTS:
         QCOMPARE(textAfterwards(), QString());
     }
 
-    void aTextThatIsTooLongForTheWindowIsShortenedAndShownInTheToolTip()
+    void aWithdrawnTextDisappearsAndIsNotShownAgain()
+    {
+        notice->showText("a");
+        notice->showText("b");
+        notice->showText("c");
+        notice->withdraw("b");
+        QCOMPARE(text(), QString("c"));
+        notice->withdraw("c");
+        QCOMPARE(text(), QString("a"));
+        notice->withdraw("other");
+        QCOMPARE(text(), QString("a"));
+        notice->withdraw("a");
+        QCOMPARE(text(), QString());
+    }
+
+    void aTooLongTextIsShortenedAndShownCompletelyInTheToolTip()
     {
         const QString longText = QString("a long text about the log ").repeated(20).trimmed();
         window.resize(400, 40);

@@ -39,14 +39,14 @@ private Q_SLOTS:
         QVERIFY(!label->autoFillBackground());
         line->showOutcome(outcome(2, {"limpgate"}), 4);
         QCOMPARE(label->wholeText(), QString("2 installed; the scriptlet of limpgate failed"));
-        QVERIFY(label->autoFillBackground()); // a failure has another colour than a success
+        QVERIFY(label->autoFillBackground()); // the colour of a failure differs from the colour of a success
         line->clear();
         QVERIFY(!line->isVisible());
         line->showOutcome(outcome(1), 4);
         QVERIFY(!label->autoFillBackground());
     }
 
-    void aTextThatIsTooLongIsShortenedAndShownInTheToolTip()
+    void aTooLongTextIsShortenedAndShownCompletelyInTheToolTip()
     {
         QWidget window;
         auto* line = new OutcomeLine(&window);
@@ -65,7 +65,29 @@ private Q_SLOTS:
         QVERIFY(button->width() >= button->sizeHint().width());
     }
 
-    void theButtonSignalsTheLogEntryOfTheTransaction()
+    void theToolTipAndTheDescriptionNameAllPackagesWithFailedScriptlets()
+    {
+        QWidget window;
+        auto* line = new OutcomeLine(&window);
+        (new QHBoxLayout(&window))->addWidget(line);
+        window.resize(1500, 40);
+        window.show();
+        const auto* label = line->findChild<ElidedLabel*>();
+        line->showOutcome(outcome(3, {"<b>limpgate</b>", "brokenlatch", "loudhailer"}), 0);
+        QTRY_COMPARE(label->text(), label->wholeText()); // the window has room for the whole text
+        const QString whole = "3 installed; the scriptlets of <b>limpgate</b> and 2 more failed";
+        QCOMPARE(label->accessibleName(), whole);
+        QCOMPARE(label->accessibleDescription(), whole + "\nThe scriptlets of these packages failed:\n"
+                                                         "    <b>limpgate</b>, brokenlatch, loudhailer");
+        QVERIFY2(label->toolTip().contains("&lt;b&gt;limpgate&lt;/b&gt;, brokenlatch, loudhailer"),
+                 qPrintable(label->toolTip()));
+        // The next outcome has no failures.
+        line->showOutcome(outcome(3), 0);
+        QCOMPARE(label->toolTip(), QString());
+        QCOMPARE(label->accessibleDescription(), QString());
+    }
+
+    void theButtonEmitsASignalWithTheLogEntryOfTheTransaction()
     {
         QWidget window;
         auto* line = new OutcomeLine(&window);

@@ -46,6 +46,23 @@ private Q_SLOTS:
         QCOMPARE(button.sizeHint(), size);
     }
 
+    void theToolTipShowsWhichPackagesAreListedAfterAStop()
+    {
+        using Result = StopButton::Result;
+        StopButton button(nullptr);
+        const auto tip = [&button] {
+            button.showState(State::Possible);
+            return button.accessibleDescription();
+        };
+        QVERIFY(tip().contains("VYRE then lists the installed packages, and the packages"));
+        button.setResult(Result::SameTable);
+        QVERIFY(tip().contains("VYRE keeps the listed packages and all marks."));
+        button.setResult(Result::Remains);
+        QVERIFY(tip().contains("VYRE has deleted the metadata."));
+        button.setResult(Result::SameTable);
+        QVERIFY(!tip().contains("deleted"));
+    }
+
     void escapePressesTheStopButtonIfTheButtonIsEnabled()
     {
         QWidget window;

@@ -3,6 +3,7 @@
 #include <QtTest>
 #include <QtWidgets>
 
+#include "app/Notice.h"
 #include "app/VersionLocksCommand.h"
 #include "tests/app/EachAlone.h"
 #include "tests/app/StandInWindow.h"
@@ -16,11 +17,11 @@ class VersionLocksCommandTest : public StandInWindow
     Q_OBJECT
 
 private Q_SLOTS:
-    void lockingAPackageReadsThePackagesAgainAndKeepsTheOtherMarks();
+    void lockingAPackageReadsThePackagesAgainAndKeepsTheMarksOfOtherPackages();
     void controlsAreDisabledWhileAWorkerLocksVersions();
 };
 
-void VersionLocksCommandTest::lockingAPackageReadsThePackagesAgainAndKeepsTheOtherMarks()
+void VersionLocksCommandTest::lockingAPackageReadsThePackagesAgainAndKeepsTheMarksOfOtherPackages()
 {
     standIn->setVersionLocks({});
     shown->start();
@@ -47,6 +48,8 @@ void VersionLocksCommandTest::lockingAPackageReadsThePackagesAgainAndKeepsTheOth
     QTRY_COMPARE(shown->listed(), QStringList{"many"});
     QTRY_VERIFY(shown->isReady());
     QCOMPARE(shown->marks(), QStringList{"many update"});
+    QCOMPARE(shown->window->findChild<Notice*>()->wholeText(),
+             QString("Removed marks that a version lock does not permit: 1"));
     QCOMPARE(standIn->calls("lockVersions tool"), 1);
     QCOMPARE(standIn->calls("setupRepos"), 1);
     QCOMPARE(standIn->calls("reset"), 0);

@@ -36,9 +36,15 @@ private Q_SLOTS:
     void theCommandButtonsAreDisabledAndShowTheReasonIfTheScriptRefusesTheCommands();
     void aMessageIsShownIfTheHistoryCannotBeRead();
     void theWindowClosesOnlyAfterTheWorkerHasEnded();
+    void closingTheWindowStopsTheWorker();
     void everyControlCanBeReachedByKeys();
     void openingTheWindowAgainKeepsTheCurrentTransaction();
+    void openingTheWindowAgainAfterANewTransactionKeepsAnOlderCurrentTransaction();
+    void openingTheWindowAgainAfterANewTransactionKeepsTheNewestTransactionCurrent();
+    void theCommandButtonsAreDisabledUntilTheWindowHasReadTheHistoryAgain();
     void fiveThousandTransactionsAreListed();
+    void theWindowRespondsWhileADifficultExpressionIsCompared();
+    void theWindowCanBeClosedDuringAComparison();
 
 private:
     QTableView* table() const { return dialog->findChild<QTableView*>(); }
@@ -52,6 +58,9 @@ private:
     // `act` returns.
     void whileWorking(const std::function<void()>& act);
     void compareRefusal(const QString& reason);
+    // Opens the window with 5,000 transactions and types an expression whose comparison takes minutes.
+    void typeDifficultExpression();
+    bool isComparing() const;
     void go(int row) const { table()->setCurrentIndex(table()->model()->index(row, 0)); }
 
     std::unique_ptr<StandIn> standIn;
@@ -150,7 +159,7 @@ void HistoryDialogTest::theDetailsPaneShowsTheCurrentTransactionAsPlainText()
 void HistoryDialogTest::whileWorking(const std::function<void()>& act)
 {
     // While the stand-in holds the worker, a nested event loop runs. The test function continues only after
-    // this loop, so a timer calls act() inside it.
+    // this loop, so a timer calls act() inside the loop.
     standIn->setHeld(true);
     QTimer timer;
     bool done = false;
@@ -178,8 +187,8 @@ void HistoryDialogTest::theUserCanSelectAnotherTransactionWhileDetailsAreRead()
     });
     QCOMPARE(seen, (QStringList{detailsOf(3), QString()}));
     QTRY_COMPARE(details(), detailsOf(1));
-    // When the user selected another transaction, the worker was reading the details of transaction 2. The
-    // window has kept these details.
+    // While the worker read the details of transaction 2, the user selected a different transaction. The
+    // window has kept the details of transaction 2 all the same.
     go(1);
     QCOMPARE(details(), detailsOf(2));
 }
@@ -206,7 +215,7 @@ void HistoryDialogTest::eachCommandButtonReturnsItsCommandAndTheCurrentTransacti
     QTest::addColumn<int>("kind");
 
     QTest::newRow("undo") << "&Undo This" << int(Qt::Key_U) << int(Replay::UndoThis);
-    QTest::newRow("since") << "Undo All &Since" << int(Qt::Key_S) << int(Replay::UndoAllSince);
+    QTest::newRow("undo all since") << "Undo All &Since" << int(Qt::Key_S) << int(Replay::UndoAllSince);
     QTest::newRow("redo") << "&Redo" << int(Qt::Key_R) << int(Replay::Redo);
 }
 
@@ -305,7 +314,8 @@ void HistoryDialogTest::aMessageIsShownIfTheHistoryCannotBeRead()
     dialog->show();
     QTRY_VERIFY(message.contains("the history is broken"));
     QTRY_COMPARE(table()->accessibleDescription(),
-                 QString("The history could not be read.\nThe Log window (Ctrl+L) shows the reason."));
+                 QString("The history could not be read.\n"
+                         "To see the reason, close this window and open the Log window (Ctrl+L)."));
     QVERIFY(!button("&Redo")->isEnabled());
     dialog->reject();
     QVERIFY(!dialog->isVisible());
@@ -323,7 +333,7 @@ void HistoryDialogTest::theWindowClosesOnlyAfterTheWorkerHasEnded()
     QVERIFY(open);
     QTRY_VERIFY(!dialog->isVisible());
     QCOMPARE(dialog->result(), int(QDialog::Rejected));
-    // If the user chooses a command, the window also stays open until the worker has ended.
+    // After the choice of a command too, the window stays open until the worker has ended.
     show();
     go(2);
     whileWorking([this, &open] {
@@ -334,6 +344,28 @@ void HistoryDialogTest::theWindowClosesOnlyAfterTheWorkerHasEnded()
     QTRY_VERIFY(!dialog->isVisible());
     QCOMPARE(dialog->result(), int(QDialog::Accepted));
     QCOMPARE(dialog->wantedNumber(), qint64(1));
+}
+
+void HistoryDialogTest::closingTheWindowStopsTheWorker()
+{
+    show();
+    // The worker does not end by itself.
+    standIn->setHeld(true);
+    bool closed = false;
+    QTimer timer;
+    connect(&timer, &QTimer::timeout, this, [&] {
+        if (!closed && yumIO->isWorking()) {
+            closed = true;
+            QTest::keyClick(dialog.get(), Qt::Key_Escape);
+        }
+    });
+    timer.start(20);
+    go(1);
+    QTRY_VERIFY(closed && !yumIO->isWorking());
+    QTRY_VERIFY(!dialog->isVisible());
+    standIn->setHeld(false);
+    show(); // the window reads the history again
+    QCOMPARE(numbers(), (QStringList{"3", "2", "1"}));
 }
 
 void HistoryDialogTest::everyControlCanBeReachedByKeys()
@@ -378,6 +410,75 @@ void HistoryDialogTest::openingTheWindowAgainKeepsTheCurrentTransaction()
     QCOMPARE(table()->currentIndex().row(), 1);
 }
 
+void HistoryDialogTest::openingTheWindowAgainAfterANewTransactionKeepsAnOlderCurrentTransaction()
+{
+    show();
+    go(1);
+    QTRY_COMPARE(details(), detailsOf(2));
+    dialog->reject();
+    standIn->setHistoryLong(true); // many transactions are now newer than the current one
+    show();
+    QCOMPARE(table()->currentIndex().siblingAtColumn(0).data().toString(), QString("2"));
+    QCOMPARE(details(), detailsOf(2));
+    QTest::keyClick(dialog.get(), Qt::Key_U, Qt::AltModifier);
+    QTRY_VERIFY(!dialog->isVisible());
+    QCOMPARE(dialog->wantedNumber(), qint64(2));
+    // If the history no longer contains the transaction, the newest transaction becomes current.
+    show();
+    go(1);
+    QTRY_COMPARE(details(), detailsOf(4999));
+    dialog->reject();
+    standIn->setHistoryLong(false);
+    show();
+    QCOMPARE(table()->currentIndex().row(), 0);
+    QCOMPARE(details(), detailsOf(3));
+}
+
+void HistoryDialogTest::openingTheWindowAgainAfterANewTransactionKeepsTheNewestTransactionCurrent()
+{
+    show();
+    QCOMPARE(details(), detailsOf(3));
+    dialog->reject();
+    standIn->setHistoryLong(true);
+    show();
+    QCOMPARE(table()->currentIndex().row(), 0);
+    QCOMPARE(details(), detailsOf(5000));
+}
+
+void HistoryDialogTest::theCommandButtonsAreDisabledUntilTheWindowHasReadTheHistoryAgain()
+{
+    show();
+    go(1);
+    QTRY_COMPARE(details(), detailsOf(2));
+    dialog->reject();
+    QSignalSpy finished(dialog.get(), SIGNAL(finished(int)));
+    QStringList enabled;
+    const auto tryCommands = [this, &enabled] {
+        for (const char* text : {"&Undo This", "Undo All &Since", "&Redo"}) {
+            if (button(text)->isEnabled()) {
+                enabled << text;
+            }
+        }
+        QTest::keyClick(dialog.get(), Qt::Key_U, Qt::AltModifier);
+    };
+    dialog->show();
+    tryCommands();
+    QStringList listed = numbers();
+    whileWorking([&] {
+        tryCommands();
+        listed += numbers();
+    });
+    QCOMPARE(enabled, QStringList());
+    // The window does not list the transactions of the previous opening, which may be out of date.
+    QCOMPARE(listed, QStringList());
+    QTRY_COMPARE(details(), detailsOf(2));
+    QCOMPARE(finished.count(), 0);
+    QVERIFY(dialog->isVisible());
+    QTest::keyClick(dialog.get(), Qt::Key_U, Qt::AltModifier);
+    QTRY_COMPARE(finished.count(), 1);
+    QCOMPARE(dialog->wantedNumber(), qint64(2));
+}
+
 void HistoryDialogTest::fiveThousandTransactionsAreListed()
 {
     standIn->setHistoryLong(true);
@@ -388,6 +489,68 @@ void HistoryDialogTest::fiveThousandTransactionsAreListed()
     QTRY_COMPARE(details(), detailsOf(4999));
     // The script has described only the few transactions that were current, not all of them.
     QVERIFY(standIn->calls("describeTransaction") < 10);
+}
+
+bool HistoryDialogTest::isComparing() const
+{
+    for (const QLabel* label : dialog->findChildren<QLabel*>()) {
+        if (label->isVisible() && label->text() == "Comparing the rows (Esc stops)") {
+            return true;
+        }
+    }
+    return false;
+}
+
+void HistoryDialogTest::typeDifficultExpression()
+{
+    standIn->setHistoryLong(true);
+    show();
+    QTest::keyClicks(edit(), "(.*)(.*)(.*)\\3\\2\\1[!]");
+    QTRY_VERIFY(isComparing());
+}
+
+void HistoryDialogTest::theWindowRespondsWhileADifficultExpressionIsCompared()
+{
+    typeDifficultExpression();
+    bool answered = false;
+    QTimer::singleShot(0, [&answered] { answered = true; });
+    QTRY_VERIFY(answered);
+    QVERIFY(isComparing());
+    // The newest expression replaces the expression of the comparison.
+    edit()->selectAll();
+    QTest::keyClicks(edit(), "p4999$");
+    QTRY_COMPARE(numbers(), QStringList{"4999"});
+    QVERIFY(!isComparing());
+    QTRY_COMPARE(details(), detailsOf(4999));
+    // Escape stops the comparison, and only the next Escape closes the window.
+    edit()->selectAll();
+    QTest::keyClicks(edit(), "(.*)(.*)(.*)\\3\\2\\1[!]");
+    QTRY_VERIFY(isComparing());
+    QTest::keyClick(edit(), Qt::Key_Escape);
+    QVERIFY(!isComparing());
+    QVERIFY(dialog->isVisible());
+    QVERIFY(!numbers().isEmpty());
+    QTRY_VERIFY(!details().isEmpty());
+    QTRY_VERIFY(!yumIO->isWorking());
+    QTest::keyClick(edit(), Qt::Key_Escape);
+    QVERIFY(!dialog->isVisible());
+}
+
+void HistoryDialogTest::theWindowCanBeClosedDuringAComparison()
+{
+    typeDifficultExpression();
+    QTRY_VERIFY(!yumIO->isWorking());
+    button("&Close")->click();
+    QTRY_VERIFY(!dialog->isVisible());
+    show(); // the window shows its transactions again
+    QVERIFY(!isComparing());
+    QTRY_COMPARE(numbers().size(), 5000);
+    // Deleting the window also stops the comparison.
+    edit()->selectAll();
+    QTest::keyClicks(edit(), "(.*)(.*)(.*)\\3\\2\\1[!]");
+    QTRY_VERIFY(isComparing());
+    QTRY_VERIFY(!yumIO->isWorking());
+    dialog.reset();
 }
 
 QTEST_MAIN(HistoryDialogTest)

@@ -26,7 +26,7 @@ from vyresandbox import Sandbox  # noqa: E402
 DATABASE_LOCK = 'var/lib/dnf/rpmdb_lock.pid'
 
 DEPENDENCIES = 'Performing the following to resolve dependencies:'
-# Maps the first word of a line about an additional removal to the heading above this line in the listing.
+# In the listing, these headings are above the additional removals. The keys are the first words of these lines.
 DEPENDENCY_HEADINGS = {'Remove (unused):': 'Removing unused dependencies:', 'Remove:': 'Removing dependent packages:'}
 ONLY_REMOVALS = 'No downloads; only removals\n'
 
@@ -131,6 +131,23 @@ class JourneyTest(unittest.TestCase):
         wait_for(lambda: window.program.popups() > before, 'the menu of ' + name)
         driver.key(*['Down'] * (choice + 1))
         driver.key('Return')
+
+    def tool_tip(self, window, name, column):
+        """Let the pointer rest on this cell of a package, and return the text of the tool tip. Then the pointer leaves
+        the cell.
+        """
+        x, y = driver.place(window.visible_cell(name, column))
+        # The tip appears only after a movement of the pointer inside the cell.
+        driver.xdotool('mousemove', x - 3, y, 'sleep', '0.1', 'mousemove', x, y)
+
+        def look():
+            return next((tip for tip in window.program.windows()
+                         if tip.accessible.getRole() == driver.pyatspi.ROLE_TOOL_TIP and tip.title), None)
+        tip = wait_for(look, 'the tool tip of ' + name)
+        text = tip.title
+        driver.xdotool('mousemove', *driver.place(window.edit()))
+        window.program.no_window(text)
+        return text
 
     def picture(self, name):
         """If VYRE_PICTURES is set, save a picture of the screen."""
@@ -313,8 +330,8 @@ class JourneyTest(unittest.TestCase):
         program.no_window(title)
 
     def check_message(self, program, title, *texts, picture=None):
-        """Check that the program shows a message with these texts, and close it. picture: a name; if given, save a
-        picture of the message with this name.
+        """Check that the program shows a message with these texts, and close this message. picture: a name; if given,
+        save a picture of the message with this name.
         """
         dialog = self.read_dialog(program, title, *texts)
         if picture is not None:
@@ -337,7 +354,7 @@ class JourneyTest(unittest.TestCase):
         return text
 
     def check_usable(self, window, name='almanac'):
-        """Check that the window responds: it lists all packages, and a filter finds this package."""
+        """Check that the window responds: it lists all packages, and a filter finds the package "name"."""
         window.wait_ready()
         window.show_all()
         window.set_filter('^' + name + ' ')

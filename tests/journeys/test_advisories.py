@@ -70,6 +70,10 @@ class AdvisoriesTest(JourneyTest):
 
     def test_the_keyboard_alone_can_mark_the_updates_of_one_advisory(self):
         with self.opened() as window:
+            window.set_filter('^barometer ')
+            window.wait_names(['barometer'])
+            self.assertEqual(self.tool_tip(window, 'barometer', driver.STATE),
+                             'Package is available to update an out-of-date version\nAdvisories: LBA-3')
             dialog = self.open(window)
             driver.key('alt+f')
             driver.type_text('barometer')

@@ -9,7 +9,9 @@ from journey import Gate, JourneyTest, driver, wait_for
 
 
 class ClosingTest(JourneyTest):
-    """While the program changes the system, it refuses to close. A request to close stops any other operation."""
+    """While the program changes the system, it refuses to close. If any other operation runs, a request to close stops
+    this operation.
+    """
 
     def request_close(self, program):
         """Close the main window, press the key for Quit, and wait until the program has received both requests."""
@@ -71,6 +73,7 @@ class ClosingTest(JourneyTest):
             self.check_usable(window)
             self.check_changed(new=['doorkeeper-1.1-1.noarch'],
                                gone=['doorkeeper-1.0-1.noarch', 'birch-log-3.0-1.x86_64'])
+            self.assertNotIn(refusal, window.labels())
             self.assertIn(refusal, self.read_log(window))
             self.close(window)
         self.check_consistent()

@@ -4,43 +4,11 @@
 import os
 
 import journey
-from journey import JourneyTest, driver, wait_for
-
-TITLE = 'VYRE History'
-NUMBER = 0
-RESULT = 5
+from historywindow import NUMBER, RESULT, TITLE, HistoryJourneyTest
+from journey import driver, wait_for
 
 
-class HistoryWindow(driver.MainWindow):
-    """The history window. Its list is read with the functions for the main window's table."""
-
-    def cells(self, column):
-        table = self.table().queryTable()
-        return [table.getAccessibleAt(row, column).name for row in range(table.nRows)]
-
-    def details(self):
-        return max((driver.text_of(accessible) for accessible in self.find_all(driver.pyatspi.ROLE_TEXT)), key=len)
-
-    def wait_details(self, *texts):
-        wait_for(lambda: all(text in self.details() for text in texts), 'details with {}'.format(texts))
-
-    def choose(self, letter):
-        """Press the button whose mnemonic is this letter."""
-        self.wait_settled()
-        driver.key('alt+' + letter)
-
-
-class HistoryTest(JourneyTest):
-
-    def open_history(self, window):
-        window.press('ctrl+h')
-        return self.history(window)
-
-    def history(self, window):
-        history = HistoryWindow(window.program.window(TITLE).accessible, window.program)
-        wait_for(lambda: history.row_count() > 0, 'the transactions')
-        history.wait_settled()
-        return history
+class HistoryTest(HistoryJourneyTest):
 
     def test_transaction_with_an_installation_and_an_update_can_be_undone_and_redone(self):
         changed = dict(new=['libbough-1.1-1.x86_64', 'libtwig-1.0-1.x86_64', 'anvil-make-4.2-2.x86_64'],

@@ -5,6 +5,7 @@ import os
 import subprocess
 
 import journey
+from historywindow import RESULT, HistoryJourneyTest
 from journey import Gate, JourneyTest, wait_for
 
 INTERRUPTED = 'was interrupted.\nIn the History window (Ctrl+H), "Redo" completes it.'
@@ -13,7 +14,7 @@ SEVERAL = ('An interrupted transaction has left several installed versions of th
            '"dnf remove --duplicates" removes the older versions.')
 
 
-class KillInTransactionTest(JourneyTest):
+class KillInTransactionTest(HistoryJourneyTest):
 
     def kill_in_transaction(self, *names):
         """Kill the program while the scriptlet of doorkeeper waits. The scriptlet continues."""
@@ -31,7 +32,7 @@ class KillInTransactionTest(JourneyTest):
             wait_for(lambda: program.left_over() == [], 'the end of the scriptlet')
         self.assertNotEqual(self.locks(), [])
 
-    def test_next_start_reports_that_an_installation_was_interrupted_by_a_kill(self):
+    def test_next_start_reports_an_interrupted_installation_and_the_history_window_completes_it(self):
         self.sandbox.rpm('--erase', 'doorkeeper')
         self.before = self.sandbox.installed()
         self.kill_in_transaction('doorkeeper', 'birch-log', 'pergola')
@@ -44,10 +45,22 @@ class KillInTransactionTest(JourneyTest):
             window.wait_names(['doorkeeper', 'birch-log', 'pergola'])
             self.assertEqual({row[0]: row[2] for row in window.rows()},
                              {'doorkeeper': '@System', 'birch-log': '@System', 'pergola': 'sandbox-http'})
-            window.mark_listed('birch-log')
-            window.mark_listed('pergola')
-            self.carry_out(window)
+            history = self.open_history(window)
+            self.assertEqual(history.cells(RESULT)[0], 'Interrupted')
+            history.wait_details('birch-log-3.0-1.x86_64')
+            self.picture('interrupted-in-history')
+            history.choose('r')
+            dialog = window.program.window('Apply')
+            self.check_listing(dialog, ['Install: pergola 6.1-1 (x86_64) [sandbox-http]',
+                                        'Remove: birch-log 3.0-1 (x86_64)'], remark=(
+                'This completes transaction 2.\n'
+                'Package "doorkeeper.noarch" is already installed for action "Install".'))
+            self.carry_out(window, dialog)
             self.check_changed(new=['doorkeeper-1.1-1.noarch', 'pergola-6.1-1.x86_64'], gone=['birch-log-3.0-1.x86_64'])
+            history = self.open_history(window)
+            self.assertEqual(history.cells(RESULT)[:2], ['Succeeded', 'Interrupted'])
+            history.press('Escape')
+            window.program.no_window(history.title)
             # Later collections have not added the report to the log again.
             self.assertEqual(self.read_log(window).count(INTERRUPTED), 1)
         self.check_consistent()
@@ -101,8 +114,8 @@ class KillBeforeTransactionTest(JourneyTest):
         self.assertIn('Operation aborted', done.stdout.decode())
 
     def check_after_kill(self, program, *locks):
-        """Wait until the program holds these locks, and kill it. Check that the lock files are left behind, and that no
-        package has changed. Return the number of the killed process, and the paths of the lock files.
+        """Wait until the program holds these locks, and kill the program. Check that the lock files are left behind,
+        and that no package has changed. Return the number of the killed process, and the paths of the lock files.
         """
         files = [os.path.join(self.sandbox.root, lock) for lock in locks]
         wait_for(lambda: set(files) <= set(self.locks()), 'the locks')

@@ -183,7 +183,7 @@ class MarksTest(JourneyTest):
 
 class FilterRowTest(JourneyTest):
 
-    def test_each_choice_in_the_state_box_lists_the_packages_in_this_state(self):
+    def test_each_entry_of_the_state_box_lists_the_packages_with_this_state(self):
         with self.program() as program:
             window = program.ready()
             window.set_filter('^(pergola|barometer|almanac) ')
@@ -232,6 +232,16 @@ class FilterRowTest(JourneyTest):
             window.wait_names([])
             window.choose(0, 'Search')
             window.wait_ready()
+            window.wait_names(['inkwell-modern'])
+            window.set_filter('/usr/bin/Inkwell-modern')
+            window.wait_names([])
+            self.assertIn('With other upper and lower case letters, packages match', window.table().description)
+            # "$" is the end of the whole list of files. The table gives a hint, which finds the package.
+            window.set_filter('/usr/bin/inkwell-modern$')
+            window.wait_names([])
+            self.assertIn('In a search, "$" is the end of a whole field', window.table().description)
+            self.picture('search-hint')
+            window.set_filter('/usr/bin/inkwell-modern([[:space:]]|$)')
             window.wait_names(['inkwell-modern'])
             window.mark('inkwell-modern')
             self.carry_out(window)

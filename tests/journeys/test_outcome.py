@@ -81,6 +81,9 @@ class OutcomeTest(JourneyTest):
             self.close_dialog(window.program, dialog)
             window.wait_ready()
             self.check_line(window, '1 installed, 1 updated, 1 failed; the scriptlet of brokenlatch failed')
+            window.set_filter('^brokenlatch ')
+            wait_for(lambda: set(window.names()) == {'brokenlatch'}, 'brokenlatch alone')
+            self.assertEqual(window.action('brokenlatch'), 'install')
             self.picture('outcome-failed')
 
 

@@ -67,6 +67,22 @@ class ConfirmationTest(JourneyTest):
             window.wait_ready()
             self.check_changed(new=['pergola-6.1-1.x86_64'])
 
+    def test_enter_pressed_before_the_user_could_read_the_listing_does_not_confirm_the_transaction(self):
+        with self.opened() as window:
+            window.mark_listed('pergola')
+            window.wait_settled()
+            # The listing appears between the two key presses, or the second key arrives while the program still works.
+            driver.xdotool('key', 'alt+a', 'sleep', '0.35', 'key', 'Return')
+            driver.key_in_new_window('Apply', 'Return', 'Return')
+            dialog = window.program.window('Apply')
+            dialog.wait_input()
+            self.assertEqual(dialog.buttons(), ['OK', 'Cancel'])
+            self.check_unchanged()
+            dialog.press('Return')
+            window.program.no_window('Apply')
+            window.wait_ready()
+            self.check_changed(new=['pergola-6.1-1.x86_64'])
+
 
 class ConflictingMarksTest(JourneyTest):
     """A group and one of its packages are marked for different actions."""
@@ -98,7 +114,7 @@ class ConflictingMarksTest(JourneyTest):
             window.wait_action('remove', 'cormorant-fetch')
 
     @needs_groups
-    def test_the_no_button_changes_neither_packages_nor_marks(self):
+    def test_if_the_user_answers_no_neither_packages_nor_marks_change(self):
         self.check_declined(lambda question: question.click_button('No'))
 
     @needs_groups
@@ -110,14 +126,14 @@ class ConflictingMarksTest(JourneyTest):
         self.check_declined(lambda question: question.press('Return'))
 
     def accept_conflict(self, window, question):
-        """Answer Yes. Return the dialog with the listing, which has the same title as the question."""
+        """Answer Yes. Return the dialog with the listing, whose title is the same as the title of the question."""
         question.click_button('Yes')
         return journey.wait_for(
             lambda: next((dialog for dialog in window.program.windows()
                           if dialog.title == 'Apply' and dialog.buttons() == ['OK', 'Cancel']), None), 'the listing')
 
     @needs_groups
-    def test_the_yes_button_removes_a_package_of_an_updated_group(self):
+    def test_if_the_user_answers_yes_a_marked_member_of_an_updated_group_is_removed(self):
         with self.opened('--groups') as window:
             question = self.ask(window, 'Weaving', 'loomctl', ('Update', 'Update', 'Remove'), clicks=2)
             dialog = self.accept_conflict(window, question)
@@ -128,7 +144,7 @@ class ConflictingMarksTest(JourneyTest):
             self.check_changed(gone=['loomctl-1.0-1.x86_64'])
 
     @needs_groups
-    def test_the_yes_button_installs_a_package_of_a_removed_group(self):
+    def test_if_the_user_answers_yes_a_marked_member_of_a_removed_group_is_installed(self):
         with self.opened('--groups') as window:
             question = self.ask(window, 'Arts', 'varnish-coat', ('Remove', 'Install', 'Install'))
             dialog = self.accept_conflict(window, question)
@@ -140,7 +156,7 @@ class ConflictingMarksTest(JourneyTest):
                                gone=['easel-1.1-1.noarch', 'palette-knife-1.0-1.noarch'])
 
     @needs_groups
-    def test_listing_can_be_canceled_after_the_yes_button_was_pressed(self):
+    def test_listing_can_be_canceled_after_the_user_has_answered_yes(self):
         with self.opened('--groups') as window:
             question = self.ask(window, 'Arts', 'varnish-coat', ('Remove', 'Install', 'Install'))
             self.accept_conflict(window, question).click_button('Cancel')
@@ -174,7 +190,7 @@ class ImpossibleMarksTest(JourneyTest):
             question.wait_input()
             yield window, question
 
-    def test_the_yes_button_applies_the_possible_mark_and_keeps_the_impossible_mark(self):
+    def test_if_the_user_answers_yes_the_possible_mark_is_applied_and_the_impossible_mark_is_kept(self):
         with self.asked() as (window, question):
             question.click_button('Yes')
             dialog = window.program.window('Apply')
@@ -191,7 +207,7 @@ class ImpossibleMarksTest(JourneyTest):
                                   r'tidewatch-2\.0-1\.noarch\n    nothing provides libtide')
             self.assertNotIn('conflicting requests', log)
 
-    def test_the_no_button_changes_neither_packages_nor_marks(self):
+    def test_if_the_user_answers_no_neither_packages_nor_marks_change(self):
         with self.asked() as (window, question):
             # The default button gives the safe answer, "No".
             question.press('Return')

@@ -59,15 +59,25 @@ class SignatureTest(JourneyTest):
             self.check_changed(new=['wax-tablet-1.0-1.noarch'])
             self.quit(window)
 
-    def test_escape_declines_the_key(self):
-        with self.program() as program:
-            window, query = self.ask(program)
-            query.press('Escape')
-            program.no_window('Query')
-            self.check_message(program, 'VYRE Yum Error', 'Unable to apply changes')
-            self.check_usable(window)
-            self.check_unchanged()
-            self.quit(window)
+    def test_several_quick_enters_do_not_answer_the_question_and_a_later_enter_or_escape_declines_the_key(self):
+        with self.opened() as window:
+            program = window.program
+            window.mark_listed('wax-tablet')
+            window.apply().press('Return')
+            driver.key_in_new_window('Query', 'Return', 'Return', 'Return')
+            query = self.read_dialog(program, 'Query', 'Package:\twax-tablet-1.0-1.noarch\n',
+                                     'Repository:\tsandbox-signed\n')
+            self.assertRegex(query.text(), r'Fingerprint:\t[0-9A-F]{4}( [0-9A-F]{4}){9}\n')
+            self.assertEqual(self.keys(), set())
+            for name in ('Return', 'Escape'):
+                query.press(name)
+                program.no_window('Query')
+                self.check_message(program, 'VYRE Yum Error', 'Unable to apply changes')
+                window.wait_ready()
+                self.check_unchanged()
+                if name == 'Return':
+                    window.accept(window.apply())
+                    query = self.read_dialog(program, 'Query')
 
     def test_unsigned_package_is_refused(self):
         with self.program() as program:

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Users who can read the packages but cannot change them run the program."""
+"""The program runs as a user who can read the packages but cannot change them."""
 import contextlib
 import os
 import shutil
@@ -17,6 +17,8 @@ AS_NOBODY = 'setpriv --reuid={0} --regid={0} --clear-groups'.format(NOBODY)
 
 
 class UserTest(JourneyTest):
+
+    REFUSAL = 'VYRE cannot change packages, because it has no right to change '
 
     def setUp(self):
         super().setUp()
@@ -141,6 +143,10 @@ class UserTest(JourneyTest):
             self.change_owner(name, NOBODY)
         with self.run_by(AS_NOBODY + ' unshare --user --map-root-user') as program:
             window = program.ready()
+            # Before the user marks a package, a notice already says that the program cannot change packages.
+            text = self.REFUSAL + self.sandbox.root
+            wait_for(lambda: any(label.startswith(text) for label in window.labels()), 'the notice')
+            self.picture('namespace-notice')
             window.show_all()
             window.mark_listed('pergola')
             window.mark_listed('birch-log')
@@ -159,6 +165,7 @@ class UserTest(JourneyTest):
     def test_root_inside_a_user_namespace_can_change_packages_if_this_user_is_root_outside(self):
         with self.run_by('unshare --user --map-root-user') as program:
             window = program.ready()
+            self.assertNotIn(self.REFUSAL, self.read_log(window))
             window.show_all()
             window.mark_listed('pergola')
             window.mark_listed('birch-log')

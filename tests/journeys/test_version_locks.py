@@ -48,9 +48,11 @@ class VersionLocksTest(JourneyTest):
             self.assertEqual(self.locked(), ['abacus-cli-0:3.2.1-1.*'])
             # The program has kept the mark of the package that the user did not lock.
             window.wait_action('update', 'quillbase')
-            # The line below the table shows the lock without a tool tip, whether or not the row is listed.
+            # The line below the table shows the number of locks, even if the table does not list the locked package.
             line = window.find(driver.pyatspi.ROLE_STATUS_BAR, 'Rows and marks').getChildAtIndex(0)
             self.assertTrue(line.name.endswith('   Locked: 1 (1 selected)'), line.name)
+            self.assertEqual(self.tool_tip(window, 'abacus-cli', driver.STATE).splitlines()[-1],
+                             'The version is locked: abacus-cli-0:3.2.1-1.*')
             self.picture('locked-package')
             self.assertIn('Adding versionlock on: abacus-cli-0:3.2.1-1.*', self.read_log(window))
             window.click_button('Set Update of Listed')

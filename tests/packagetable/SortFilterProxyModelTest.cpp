@@ -38,7 +38,7 @@ private Q_SLOTS:
     void theStateFilterListsOnlyRecordsInTheChosenState();
     void onlyOneOfTwoArchitecturesIsListedIfDuplicatesAreDisabled();
     void excludedGroupsAreNotListedEvenIfTheExpressionMatches();
-    void filtersGivenToTheConstructorAreApplied();
+    void theConstructorAppliesTheGivenFilters();
     void anExpressionOfWildcardsAloneListsEveryRow_data();
     void anExpressionOfWildcardsAloneListsEveryRow();
     void wildcardsAroundAnExpressionAreIgnored_data();
@@ -50,15 +50,16 @@ private Q_SLOTS:
     void anExpressionMatchesAcrossColumns();
     void anEmptyColumnAddsNoBlankToTheMatchedText();
     void anExpressionMatchesTheStarAfterTheVersion();
-    void theSearchMatchesEachField_data();
-    void theSearchMatchesEachField();
-    void theSearchListsAllLockedPackages();
-    void theSearchMatchesEachListOfAGroup_data();
-    void theSearchMatchesEachListOfAGroup();
+    void theSearchFindsTextsInEachField_data();
+    void theSearchFindsTextsInEachField();
+    void theSearchFindsLockedPackagesByTheirLocks();
+    void theSearchFindsTextsInEachListOfAGroup_data();
+    void theSearchFindsTextsInEachListOfAGroup();
     void theSearchDoesNotMatchAcrossFields();
     void theExpressionInFilterModeMatchesOnlyVisibleTexts();
     void aFilterWithoutMatchesReportsWhetherOnlyTheLetterCaseDiffers();
     void aSearchWithoutMatchesReportsWhetherOnlyTheLetterCaseDiffers();
+    void aPreparedSearchWithoutMatchesReportsWhetherOnlyTheLetterCaseDiffers();
     void aMatchingRecordIsListedOnlyIfAllFiltersAcceptTheRecord();
     void theSearchReadsNoFieldsOfARecordAfterTheFirstMatch();
     void preparedAndUnpreparedComparisonsListTheSameRecords_data();
@@ -66,7 +67,7 @@ private Q_SLOTS:
     void preparedComparisonsAreValidForEveryStateFilter();
     void theProxyDoesNotCompareAPreparedRecordAgain();
     void aResetOfTheModelDiscardsPreparedResults();
-    void anExpressionWithABackReferenceCannotBePreparedQuickly();
+    void theQuickPreparationRefusesAnExpressionWithABackReference();
     void eachRecordIsSearchedOnlyOnceForTheSameSettings();
     void aResetOfTheModelClearsTheStoredResults();
     void aResetOfTheFormerSourceModelKeepsTheStoredResults();
@@ -84,11 +85,11 @@ private Q_SLOTS:
     void rowsWithASortKeyAreOrderedByThisKey_data();
     void rowsWithASortKeyAreOrderedByThisKey();
     void anInvalidIndexIsSortedBeforeEveryRow();
-    void theSetUpdateListedFunctionMarksTheListedUpdates();
-    void setUpdateListedDoesNotMarkReplacedPackages();
-    void setUpdateListedDoesNotMarkUnlistedUpdates();
-    void sortingByActionUsesActionsThatWereSetWhileAnotherColumnWasSorted();
-    void theNextFilterChangeSortsTheTableAfterListedUpdatesWereMarked();
+    void allListedUpdatesCanBeMarked();
+    void replacedPackagesAreNotMarkedWithTheListedUpdates();
+    void unlistedUpdatesAreNotMarkedWithTheListedUpdates();
+    void sortingByActionUsesActionsThatWereSetUnderADifferentSortOrder();
+    void theTableIsNotSortedByTheNewMarksBeforeTheFilterChanges();
     void theTableIsSortedOnceAtTheEndOfASortPause();
     void aSortPauseHasNoEffectIfTheTableIsNotSortedByAction();
     void theNextResetOfTheModelUsesTheOrderThatAWorkerHasPrepared();
@@ -192,7 +193,7 @@ void SortFilterProxyModelTest::excludedGroupsAreNotListedEvenIfTheExpressionMatc
     QCOMPARE(listed("Games"), QStringList{"Games"});
 }
 
-void SortFilterProxyModelTest::filtersGivenToTheConstructorAreApplied()
+void SortFilterProxyModelTest::theConstructorAppliesTheGivenFilters()
 {
     SortFilterProxyModel strict(ViewInstallable, false, false, &table->yumIO);
     strict.setSourceModel(model.get());
@@ -222,18 +223,18 @@ void SortFilterProxyModelTest::wildcardsAroundAnExpressionAreIgnored_data()
 {
     QTest::addColumn<QString>("expression");
     QTest::addColumn<QString>("taken");
-    QTest::newRow("bare") << "shell"
-                          << "shell";
-    QTest::newRow("before") << ".*shell"
-                            << "shell";
-    QTest::newRow("after") << "shell.*"
-                           << "shell";
-    QTest::newRow("both") << ".*shell.*"
-                          << "shell";
-    QTest::newRow("several") << ".*.*shell.*.*.*"
-                             << "shell";
-    QTest::newRow("inside") << ".*sh.*ll"
-                            << "sh.*ll";
+    QTest::newRow("no wildcard") << "shell"
+                                 << "shell";
+    QTest::newRow("wildcard before the expression") << ".*shell"
+                                                    << "shell";
+    QTest::newRow("wildcard after the expression") << "shell.*"
+                                                   << "shell";
+    QTest::newRow("wildcards on both sides") << ".*shell.*"
+                                             << "shell";
+    QTest::newRow("several wildcards on both sides") << ".*.*shell.*.*.*"
+                                                     << "shell";
+    QTest::newRow("wildcard inside the expression") << ".*sh.*ll"
+                                                    << "sh.*ll";
 }
 
 void SortFilterProxyModelTest::wildcardsAroundAnExpressionAreIgnored()
@@ -296,7 +297,7 @@ void SortFilterProxyModelTest::anExpressionMatchesAcrossColumns()
 
 void SortFilterProxyModelTest::anEmptyColumnAddsNoBlankToTheMatchedText()
 {
-    // In the row of a group, only the Name column has a text.
+    // A group has a text only in the Name column.
     QCOMPARE(listed("^Games$"), QStringList{"Games"});
     QCOMPARE(listed("^Games "), QStringList());
 }
@@ -306,7 +307,7 @@ void SortFilterProxyModelTest::anExpressionMatchesTheStarAfterTheVersion()
     QCOMPARE(listed("1 \\* "), (QStringList{"kernel", "many"}));
 }
 
-void SortFilterProxyModelTest::theSearchMatchesEachField_data()
+void SortFilterProxyModelTest::theSearchFindsTextsInEachField_data()
 {
     QTest::addColumn<QJsonObject>("attributes");
     QTest::addColumn<QString>("expression");
@@ -348,7 +349,7 @@ void SortFilterProxyModelTest::theSearchMatchesEachField_data()
     QTest::newRow("changelogs") << QJsonObject{{"changelogs", log}} << "needle";
 }
 
-void SortFilterProxyModelTest::theSearchMatchesEachField()
+void SortFilterProxyModelTest::theSearchFindsTextsInEachField()
 {
     QFETCH(QJsonObject, attributes);
     QFETCH(QString, expression);
@@ -361,7 +362,7 @@ void SortFilterProxyModelTest::theSearchMatchesEachField()
     QCOMPARE(listed(expression + "s"), QStringList());
 }
 
-void SortFilterProxyModelTest::theSearchListsAllLockedPackages()
+void SortFilterProxyModelTest::theSearchFindsLockedPackagesByTheirLocks()
 {
     table->standIn.setVersionLocks({{"shell", "shell-0:1-1.*"}, {"edit", "edit"}, {"Games", "Games"}});
     table->collect({}, {StandIn::package("shell", {{"repoid", "@System"}})},
@@ -374,7 +375,7 @@ void SortFilterProxyModelTest::theSearchListsAllLockedPackages()
     QCOMPARE(listed("^Locked by shell-0:1-1"), QStringList{"shell"});
 }
 
-void SortFilterProxyModelTest::theSearchMatchesEachListOfAGroup_data()
+void SortFilterProxyModelTest::theSearchFindsTextsInEachListOfAGroup_data()
 {
     QTest::addColumn<QJsonObject>("attributes");
     QTest::newRow("name") << QJsonObject{{"name", "needle"}};
@@ -384,7 +385,7 @@ void SortFilterProxyModelTest::theSearchMatchesEachListOfAGroup_data()
     }
 }
 
-void SortFilterProxyModelTest::theSearchMatchesEachListOfAGroup()
+void SortFilterProxyModelTest::theSearchFindsTextsInEachListOfAGroup()
 {
     QFETCH(QJsonObject, attributes);
     const QString name = attributes.value("name").toString("found");
@@ -415,12 +416,42 @@ void SortFilterProxyModelTest::aFilterWithoutMatchesReportsWhetherOnlyTheLetterC
         proxy->setFilterRegExp(expression);
         QVERIFY2(!proxy->matchesIgnoringCase(), expression);
     }
-    // The other filters also apply.
+    // A record must also pass the state filter.
     proxy->setStateFilter(ViewUpdatable);
     QCOMPARE(listed("SHELL"), QStringList());
     QVERIFY(!proxy->matchesIgnoringCase());
     QCOMPARE(listed("TOOL"), QStringList());
     QVERIFY(proxy->matchesIgnoringCase());
+}
+
+void SortFilterProxyModelTest::aPreparedSearchWithoutMatchesReportsWhetherOnlyTheLetterCaseDiffers()
+{
+    table->collect(
+        {},
+        {StandIn::package("tool", {{"repoid", "@System"}}),
+         StandIn::package("shell", {{"repoid", "@System"}, {"files", QJsonArray{"/usr/bin/shell"}}})},
+        {});
+    model->reset();
+    proxy->setMode(Search);
+    readTexts();
+    const auto isHinted = [this](const QString& expression, StateFilter state = ViewAll) {
+        if (!proxy->prepare({Search, state, true, true, expression})) {
+            qFatal("the search was stopped");
+        }
+        proxy->setStateFilter(state);
+        return listed(expression).isEmpty() && proxy->matchesIgnoringCase();
+    };
+    proxy->setGroupsFilter(true);
+    for (const char* expression : {"/USR/BIN/SHELL", "/Usr/bin/shell", "/usr/bin/.HELL", "^SHELL$"}) {
+        QVERIFY2(isHinted(expression), expression);
+    }
+    for (const char* expression :
+         {"/usr/bin/shell", "/USR/BIN/SHELLS", "(S)HELL\\1", "/usr/bin/.*ELL", "[/]USR/OTHER"}) {
+        QVERIFY2(!isHinted(expression), expression);
+    }
+    // A record must also pass the state filter.
+    QVERIFY(isHinted("/USR/BIN/SHELL", ViewRemovable));
+    QVERIFY(!isHinted("/USR/BIN/SHELL", ViewUpdatable));
 }
 
 void SortFilterProxyModelTest::aSearchWithoutMatchesReportsWhetherOnlyTheLetterCaseDiffers()
@@ -431,7 +462,7 @@ void SortFilterProxyModelTest::aSearchWithoutMatchesReportsWhetherOnlyTheLetterC
         QCOMPARE(listed(expression), QStringList());
         QVERIFY2(proxy->matchesIgnoringCase(), expression);
     }
-    // A search compares each field alone, and no regular expression is compared again.
+    // If no search was prepared, only words are compared.
     for (const char* expression : {"SHELLS", "NOARCH 4", "^SHELL"}) {
         QCOMPARE(listed(expression), QStringList());
         QVERIFY2(!proxy->matchesIgnoringCase(), expression);
@@ -506,7 +537,7 @@ void SortFilterProxyModelTest::preparedAndUnpreparedComparisonsListTheSameRecord
     QFETCH(QString, expression);
     for (const Mode mode : {Filter, Search}) {
         proxy->setMode(mode);
-        // Without a preparation, the proxy compares the records itself.
+        // If no comparison was prepared, the proxy compares the records itself.
         const QStringList expected = listed(expression);
         readTexts();
         QVERIFY(proxy->prepare({mode, ViewAll, true, true, expression}));
@@ -532,7 +563,7 @@ void SortFilterProxyModelTest::preparedComparisonsAreValidForEveryStateFilter()
     QVERIFY(all.count() > installable.count());
     proxy->clear(); // clear() discards the prepared results
     QCOMPARE(sortedNames(*proxy), all);
-    // The proxy does not use these results for another expression or for another mode.
+    // The proxy does not use these results if the expression or the mode differs.
     QVERIFY(proxy->prepare({Search, ViewAll, true, true, "o"}));
     QCOMPARE(listed("nothing has this"), QStringList());
     QCOMPARE(listed("^$").contains("tool"), listed("").contains("tool"));
@@ -552,7 +583,7 @@ void SortFilterProxyModelTest::theProxyDoesNotCompareAPreparedRecordAgain()
     QVERIFY(!listed("tool").contains("editor"));
     proxy->clear();
     QVERIFY(listed("tool").contains("editor"));
-    // The worker compares these texts too, although each of them has a block of its own.
+    // The worker compares these texts too, although each text is packed in a block of its own.
     QVERIFY(proxy->prepare({Search, ViewAll, true, true, "^other$"}));
     QCOMPARE(listed("^other$"), QStringList{"tool"});
     table->entry("editor").searchFiles = PackedText("/only/here");
@@ -570,7 +601,7 @@ void SortFilterProxyModelTest::aResetOfTheModelDiscardsPreparedResults()
     QCOMPARE(listed("tool"), QStringList{"toolbox"});
 }
 
-void SortFilterProxyModelTest::anExpressionWithABackReferenceCannotBePreparedQuickly()
+void SortFilterProxyModelTest::theQuickPreparationRefusesAnExpressionWithABackReference()
 {
     QVERIFY(proxy->prepareQuickly({Filter, ViewAll, true, true, "t(o)o"}));
     QVERIFY(!proxy->prepareQuickly({Filter, ViewAll, true, true, "t(o)\\1"}));
@@ -857,7 +888,7 @@ void SortFilterProxyModelTest::anInvalidIndexIsSortedBeforeEveryRow()
     QVERIFY(proxy->lessThan(QModelIndex(), model->index(0, NameColumn)));
 }
 
-void SortFilterProxyModelTest::theSetUpdateListedFunctionMarksTheListedUpdates()
+void SortFilterProxyModelTest::allListedUpdatesCanBeMarked()
 {
     proxy->sort(NameColumn);
     table->entry("many").action = Package::Remove;
@@ -870,7 +901,7 @@ void SortFilterProxyModelTest::theSetUpdateListedFunctionMarksTheListedUpdates()
     }
 }
 
-void SortFilterProxyModelTest::setUpdateListedDoesNotMarkReplacedPackages()
+void SortFilterProxyModelTest::replacedPackagesAreNotMarkedWithTheListedUpdates()
 {
     using S = StandIn;
     const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
@@ -885,7 +916,7 @@ void SortFilterProxyModelTest::setUpdateListedDoesNotMarkReplacedPackages()
     QCOMPARE(table->entry("tool").action, Package::Update);
 }
 
-void SortFilterProxyModelTest::setUpdateListedDoesNotMarkUnlistedUpdates()
+void SortFilterProxyModelTest::unlistedUpdatesAreNotMarkedWithTheListedUpdates()
 {
     QCOMPARE(listed("many|shell"), (QStringList{"many", "shell"}));
     QSignalSpy spy(proxy.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
@@ -895,7 +926,7 @@ void SortFilterProxyModelTest::setUpdateListedDoesNotMarkUnlistedUpdates()
     QCOMPARE(table->entry("tool").action, Package::None);
 }
 
-void SortFilterProxyModelTest::sortingByActionUsesActionsThatWereSetWhileAnotherColumnWasSorted()
+void SortFilterProxyModelTest::sortingByActionUsesActionsThatWereSetUnderADifferentSortOrder()
 {
     proxy->setGroupsFilter(false);
     QCOMPARE(inOrder(ActionColumn).first(), QStringLiteral("editor"));
@@ -907,7 +938,7 @@ void SortFilterProxyModelTest::sortingByActionUsesActionsThatWereSetWhileAnother
     QCOMPARE(inOrder(ActionColumn).mid(0, 3), (QStringList{"many", "tool", "editor"}));
 }
 
-void SortFilterProxyModelTest::theNextFilterChangeSortsTheTableAfterListedUpdatesWereMarked()
+void SortFilterProxyModelTest::theTableIsNotSortedByTheNewMarksBeforeTheFilterChanges()
 {
     proxy->setGroupsFilter(false);
     const QStringList before = inOrder(ActionColumn);
@@ -945,9 +976,9 @@ void SortFilterProxyModelTest::aPreparedOrderIsIgnoredIfTheRecordsOrTheSortOrder
     QTest::addColumn<int>("more");
     QTest::addColumn<int>("column");
     QTest::addColumn<Qt::SortOrder>("order");
-    QTest::addRow("for another number of records") << 1 << int(NameColumn) << Qt::AscendingOrder;
-    QTest::addRow("for another sorted column") << 0 << int(VersionColumn) << Qt::AscendingOrder;
-    QTest::addRow("for descending order") << 0 << int(NameColumn) << Qt::DescendingOrder;
+    QTest::addRow("one more record") << 1 << int(NameColumn) << Qt::AscendingOrder;
+    QTest::addRow("different sort column") << 0 << int(VersionColumn) << Qt::AscendingOrder;
+    QTest::addRow("descending order") << 0 << int(NameColumn) << Qt::DescendingOrder;
 }
 
 void SortFilterProxyModelTest::aPreparedOrderIsIgnoredIfTheRecordsOrTheSortOrderHaveChanged()

@@ -29,6 +29,7 @@ private Q_SLOTS:
     void theStatusLineAlsoCountsTheMarksOfUnlistedRecords();
     void markingTheListedUpdatesChangesTheCounts();
     void theDownloadSizeIncludesInstallationsAndUpdatesButNoRemovals();
+    void theDownloadSizeDoesNotIncludePackagesOfLocalRepositories();
     void theStatusLineAlsoCountsLockedPackagesThatAreNotListed();
     void theStatusLineCountsTheLockedRowsInTheSelection();
     void aNewCollectionResetsAllCounts();
@@ -155,6 +156,23 @@ void TableStatusTest::theDownloadSizeIncludesInstallationsAndUpdatesButNoRemoval
     QVERIFY(shows("Listed: 2   Selected: 0   Marks: 0 Install, 1 Update, 1 Remove   To download: 3.0Mb"));
     mark("editor", Package::Install);
     QVERIFY(shows("Listed: 2   Selected: 0   Marks: 1 Install, 1 Update, 1 Remove   To download: 4.0Mb"));
+}
+
+void TableStatusTest::theDownloadSizeDoesNotIncludePackagesOfLocalRepositories()
+{
+    const QJsonObject local{{"repoid", "local"}};
+    const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
+    table->collect({StandIn::package("tool", {{"version", "2"}, {"repoid", "local"}})},
+                   {StandIn::package("tool", old)},
+                   {StandIn::package("near", local), StandIn::package("far", {{"repoid", "base"}})});
+    for (const char* const name : {"tool", "near", "far"}) {
+        table->entry(name).size = 1024 * 1024;
+    }
+    mark("near", Package::Install);
+    mark("tool", Package::Update);
+    QVERIFY(QTest::qWaitFor([this] { return label()->wholeText().endsWith("To download: 0b"); }));
+    mark("far", Package::Install);
+    QVERIFY(QTest::qWaitFor([this] { return label()->wholeText().endsWith("To download: 1.0Mb"); }));
 }
 
 void TableStatusTest::theStatusLineAlsoCountsLockedPackagesThatAreNotListed()

@@ -48,14 +48,15 @@ private Q_SLOTS:
     void theUserCanMoveColumns();
     void clickingAnActionCellSelectsTheNextAction();
     void clickingTheActionCellOfAnExcludedPackageShowsTheReason();
-    void clickingOtherColumnsSetsNoAction();
+    void aClickOutsideTheActionColumnSetsNoAction();
     void aClickWithTheRightButtonSetsNoAction();
-    void clicksInAMovedActionColumnStillSetActions();
+    void clicksSetActionsEvenIfTheActionColumnWasMoved();
     void aSignalReportsAChangeOfTheCurrentRow();
     void noSignalIsEmittedIfOnlyTheCurrentColumnChanges();
     void aSignalReportsMinusOneIfTheCurrentRowIsFilteredOut();
     void theSelectedRowsFunctionReturnsIndexesOfTheSourceModel();
     void theSpaceKeySelectsTheNextActionOfTheCurrentRow();
+    void aHeldSpaceKeyChangesTheActionOnce();
     void theTabKeyMovesTheFocusOutOfTheTable();
     void textsInADisabledViewHaveTheColoursOfDisabledText();
     void fittedColumnsAreAlsoWideEnoughForUnlistedRecords();
@@ -69,8 +70,8 @@ private Q_SLOTS:
     void theWidthOfAFittedColumnIncludesControlCharacters();
     void theWidthHintOfEachColumnIsZeroIfTheTableIsEmpty();
     void aRightClickInTheActionColumnOpensTheActionMenu();
-    void aRightClickInAnyOtherColumnOpensTheOtherContextMenu();
-    void aRightClickBelowTheRowsOpensTheOtherContextMenu();
+    void aRightClickOutsideTheActionColumnOpensTheMenuWithoutActions();
+    void aRightClickBelowTheRowsOpensTheMenuWithoutActions();
     void aRightClickOnTheHeaderOpensNoMenu();
     void theMenuKeyOpensTheMenuOfTheCurrentCell();
     void theDescribeFunctionDescribesTheCurrentRow();
@@ -79,6 +80,7 @@ private Q_SLOTS:
     void eachOfSeveralQuickClicksOnAnActionCellChangesTheAction_data();
     void eachOfSeveralQuickClicksOnAnActionCellChangesTheAction();
     void severalQuickClicksChangeOnlyTheRowOfTheFirstClick();
+    void twoQuickClicksOnNeighbouringRowsChangeBothRows();
     void controlHomeAndControlEndReachTheFirstAndTheLastRow();
     void gettingTheFocusDoesNotMakeARowCurrent();
     void eachContextMenuIsCreatedOnlyOnce();
@@ -262,7 +264,7 @@ void ViewTest::clickingTheActionCellOfAnExcludedPackageShowsTheReason()
     QCOMPARE(table->entry("shell").action, Package::None);
 }
 
-void ViewTest::clickingOtherColumnsSetsNoAction()
+void ViewTest::aClickOutsideTheActionColumnSetsNoAction()
 {
     QSignalSpy spy(view, SIGNAL(stateChanged(int)));
     for (int column = StateColumn; column < ColumnCount; ++column) {
@@ -278,7 +280,7 @@ void ViewTest::aClickWithTheRightButtonSetsNoAction()
     QCOMPARE(table->entry("tool").action, Package::None);
 }
 
-void ViewTest::clicksInAMovedActionColumnStillSetActions()
+void ViewTest::clicksSetActionsEvenIfTheActionColumnWasMoved()
 {
     view->horizontalHeader()->moveSection(0, 3);
     shown->click("tool", StateColumn);
@@ -353,6 +355,28 @@ void ViewTest::theSpaceKeySelectsTheNextActionOfTheCurrentRow()
     QCOMPARE(spy.at(0).at(0).toInt(), table->row("tool"));
     QTest::keyClick(view, Qt::Key_Space, Qt::ControlModifier);
     QCOMPARE(table->entry("tool").action, Package::Update);
+}
+
+void ViewTest::aHeldSpaceKeyChangesTheActionOnce()
+{
+    shown->click("tool", NameColumn);
+    QSignalSpy changed(view, SIGNAL(stateChanged(int)));
+    const auto send = [this](QEvent::Type type, bool repeats) {
+        QKeyEvent event(type, Qt::Key_Space, Qt::NoModifier, QStringLiteral(" "), repeats);
+        QApplication::sendEvent(shown->window.windowHandle(), &event);
+    };
+    send(QEvent::KeyPress, false);
+    for (int i = 0; i < 4; ++i) {
+        send(QEvent::KeyRelease, true);
+        send(QEvent::KeyPress, true);
+    }
+    send(QEvent::KeyRelease, false);
+    QCOMPARE(table->entry("tool").action, Package::Update);
+    QCOMPARE(changed.count(), 1);
+    // A key press after the release has its effect again.
+    send(QEvent::KeyPress, false);
+    send(QEvent::KeyRelease, false);
+    QCOMPARE(table->entry("tool").action, Package::Remove);
 }
 
 void ViewTest::theTabKeyMovesTheFocusOutOfTheTable()
@@ -507,7 +531,7 @@ void ViewTest::theWidthOfAFittedColumnIncludesKerning()
 void ViewTest::theWidthOfAFittedColumnIncludesTheWholeLastLetter()
 {
     // The drawing of a letter may be wider than the distance to the next letter. This makes a text wider only
-    // if the letter is its last one.
+    // if the letter is the last letter of the text.
     for (char letter = '!'; letter <= '~'; ++letter) {
         for (const char* others : {"HHHH", "0000"}) {
             const QString first = QLatin1Char(letter) + QString(others);
@@ -593,7 +617,7 @@ void ViewTest::aRightClickInTheActionColumnOpensTheActionMenu()
     QCOMPARE(spy.first().first().toInt(), -1);
 }
 
-void ViewTest::aRightClickInAnyOtherColumnOpensTheOtherContextMenu()
+void ViewTest::aRightClickOutsideTheActionColumnOpensTheMenuWithoutActions()
 {
     QSignalSpy spy(view, SIGNAL(stateChanged(int)));
     for (int column = StateColumn; column < ColumnCount; ++column) {
@@ -606,7 +630,7 @@ void ViewTest::aRightClickInAnyOtherColumnOpensTheOtherContextMenu()
     QCOMPARE(spy.count(), 0);
 }
 
-void ViewTest::aRightClickBelowTheRowsOpensTheOtherContextMenu()
+void ViewTest::aRightClickBelowTheRowsOpensTheMenuWithoutActions()
 {
     bool right = false;
     const QPoint below(20, view->viewport()->height() - 10);
@@ -730,6 +754,32 @@ void ViewTest::severalQuickClicksChangeOnlyTheRowOfTheFirstClick()
     QVERIFY(under.sibling(under.row(), NameColumn).data().toString() != "tool");
 }
 
+void ViewTest::twoQuickClicksOnNeighbouringRowsChangeBothRows()
+{
+    // The table is sorted by name, so no click moves a row. The clicks are close to the common border of both
+    // rows, so their distance is small enough for a double click.
+    const int first = shown->listedRow("editor");
+    const int height = view->rowHeight(first);
+    QVERIFY(4 < QApplication::startDragDistance() && 4 < height);
+    const QString next = shown->proxy.index(first + 1, NameColumn).data().toString();
+    const QPoint above = shown->place("editor", ActionColumn) + QPoint(0, height / 2 - 2);
+    const QPoint below = above + QPoint(0, 4);
+    QCOMPARE(view->indexAt(above).row(), first);
+    QCOMPARE(view->indexAt(below).row(), first + 1);
+    QSignalSpy changed(view, SIGNAL(stateChanged(int)));
+    for (const QPoint& each : {above, below}) {
+        // QTest::mouseClick() would add delays between the clicks.
+        const QPoint place = view->viewport()->mapTo(&shown->window, each);
+        QTest::mousePress(shown->window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
+        QTest::mouseRelease(shown->window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
+    }
+    QCOMPARE(table->entry("editor").action, Package::Install);
+    QCOMPARE(changed.count(), 2);
+    QCOMPARE(changed.at(0).at(0).toInt(), table->row("editor"));
+    QCOMPARE(changed.at(1).at(0).toInt(), table->row(next));
+    QVERIFY(table->entry(next).action != Package::None);
+}
+
 void ViewTest::controlHomeAndControlEndReachTheFirstAndTheLastRow()
 {
     const int last = shown->proxy.rowCount() - 1;
@@ -740,7 +790,7 @@ void ViewTest::controlHomeAndControlEndReachTheFirstAndTheLastRow()
         }
         return rows;
     };
-    // At first, no row is current. The keys work in this case too.
+    // "" stands for no current row: the keys also work in this case.
     for (const char* start : {"", "shell", "tool"}) {
         if (*start != '\0') {
             shown->click(start, NameColumn);

@@ -31,10 +31,10 @@ private Q_SLOTS:
 
     void typedTextIsInsertedIntoThePassword();
     void typedTextReplacesASelectedPartOfThePassword();
-    void backspaceAndDeleteChangeThePassword();
-    void controlDeleteDeletesAWordAsInTheShownText();
+    void theBackspaceAndDeleteKeysChangeThePassword();
+    void controlDeleteRemovesOneWordOfTheMaskedText();
     void theCursorGoesThroughThePasswordCharacterByCharacter();
-    void aFunctionKeyKeepsTheSelection();
+    void pressingAFunctionKeyKeepsTheSelection();
     void undoAndRedoRestoreThePassword();
     void undoMasksTheRestoredPassword();
     void aClickMovesTheCursorToTheClickedCharacter();
@@ -47,19 +47,19 @@ private Q_SLOTS:
 
     void pastedTextIsInsertedIntoThePassword();
     void copiedPasswordsAreMaskedOnTheClipboard();
-    void cuttingAndPastingInTheSameEditKeepsThePassword();
+    void cuttingAndPastingWithinOneEditKeepsThePassword();
     void selectedPasswordsAreMaskedInThePrimarySelection();
     void theMiddleButtonPastesTheSelection();
 
-    void textComposedWithAnInputMethodIsInsertedIntoThePassword();
-    void textComposedWithAnInputMethodReplacesTheSelectedText();
+    void textFromAnInputMethodIsInsertedIntoThePassword();
+    void textFromAnInputMethodReplacesTheSelectedText();
     void anInputMethodCanReplaceTextNextToTheCursor();
     void theInputMethodDoesNotGetThePassword();
 
     void assistiveProgramsDoNotGetThePassword();
     void assistiveProgramsCanEditTheText();
     void settingTheTextOfTheShownEditAlsoSetsTheRealText();
-    void oneEscapeKeyPressClosesTheWindowOnce();
+    void oneEscapeKeyPressFinishesTheDialogOnlyOnce();
 
 protected:
     // The position of the password in the text with which every test starts.
@@ -82,7 +82,7 @@ protected:
     virtual void setRealText(QWidget* of, const QString& real) const = 0;
     virtual const char* changeSignal() const = 0;
 
-    // These functions accept the masking edit, its hidden edit and the ordinary edit.
+    // The following functions accept the masking edit, its hidden edit and the ordinary edit.
     virtual QList<QWidget*> editsIn(const QWidget* window) const = 0;
     virtual QString textOf(const QWidget* of) const = 0;
     virtual void setText(QWidget* of, const QString& shown) const = 0;

@@ -42,16 +42,17 @@ void LogTest::passwordsInUrlsAreHidden_data()
     const auto add = [](const char* name, const char* message, const char* hidden) {
         QTest::newRow(name) << QString::fromUtf8(message) << QString::fromUtf8(hidden);
     };
-    add("query", "404 for http://h/vantor?u=joe&p=s3%26t&path=/x (IP: 1)",
+    add("password in the query", "404 for http://h/vantor?u=joe&p=s3%26t&path=/x (IP: 1)",
         "404 for http://h/vantor?u=joe&p=●●●&path=/x (IP: 1)");
     add("path before the query", "http://h:8/a/vantor/repodata/repomd.xml?u=joe&p=s3&path=/x",
         "http://h:8/a/vantor/repodata/repomd.xml?u=joe&p=●●●&path=/x");
-    add("two of them", "http://h/vantor?u=&p=a&path= http://h/vantor?u=&p=b&path=",
+    add("two URLs", "http://h/vantor?u=&p=a&path= http://h/vantor?u=&p=b&path=",
         "http://h/vantor?u=&p=●●●&path= http://h/vantor?u=&p=●●●&path=");
-    add("before the host", "ftp://joe:s3t@h:21/x", "ftp://joe:●●●@h:21/x");
+    add("password before the host", "ftp://joe:s3t@h:21/x", "ftp://joe:●●●@h:21/x");
     add("at sign in the password", "http://me:s@3@h/x failed", "http://me:●●●@h/x failed");
     add("no password", "http://h/vantor?u=&p=&path=/x", "http://h/vantor?u=&p=&path=/x");
-    add("other queries", "http://h/list?u=joe&p=9&arch=x86", "http://h/list?u=joe&p=9&arch=x86");
+    add("queries that are not vantor", "http://h/list?u=joe&p=9&arch=x86",
+        "http://h/list?u=joe&p=9&arch=x86");
     add("a port and an address", "http://h:80/x: write to joe:k@h", "http://h:80/x: write to joe:k@h");
 }
 

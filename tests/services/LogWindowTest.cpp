@@ -22,6 +22,7 @@
 #include <QTextBlock>
 #include <QThread>
 
+#include "tests/support/Buttons.h"
 #include "widgets/Colors.h"
 #include "widgets/FindBar.h"
 #include "widgets/HTextEdit.h"
@@ -66,36 +67,36 @@ private Q_SLOTS:
     void theLogWindowHasNoParent();
     void anOpenedWindowShowsAllEntriesAndIsScrolledToTheEnd();
     void theShowFromFunctionScrollsToTheGivenEntry();
-    void anotherDetailLevelAndTheTimesKeepThePlace();
-    void anotherDetailLevelAndTheTimesKeepTheViewAtTheEnd();
+    void changingTheDetailLevelOrTheTimesBoxKeepsThePlace();
+    void changingTheDetailLevelOrTheTimesBoxKeepsTheViewAtTheEnd();
     void entriesAboveTheDetailLevelAreNotShown();
     void theDetailLevelAlsoAppliesToErrors();
     void detailLevelsAreComparedAsUnsignedNumbers();
-    void infoEntriesFromDetailLevelTenOnHaveTheMinorColour();
+    void infoEntriesOfDetailLevelTenOrHigherHaveTheMinorColour();
     void eachKindOfEntryHasTheExpectedColour_data();
     void eachKindOfEntryHasTheExpectedColour();
     void theColoursAreReadableOnADarkBackground();
-    void anEntryOfTheKindActionIsShownAsAHeading();
+    void anActionEntryIsShownAsAHeading();
     void linesHaveNoSpaceBetweenThem();
     void markupIsShownAsPlainText();
     void blanksAndTabsInALineAreShownUnchanged();
-    void htmlProtectEscapesMarkupExceptAmpersands();
+    void theHtmlProtectFunctionEscapesMarkupExceptAmpersands();
     void anOpenWindowShowsNewEntriesOfAllThreads();
     void thePaneScrollsToNewEntriesUnlessTheUserHasScrolledUp();
     void escapeHidesTheWindow_data();
     void escapeHidesTheWindow();
     void keysOtherThanEscapeDoNotHideTheWindow();
     void theCloseButtonHidesTheWindow();
-    void closingByTheWindowManagerHidesTheWindow();
+    void theWindowIsHiddenIfTheWindowManagerClosesIt();
     void aHiddenWindowHasNoText();
-    void aNotificationThatArrivesAfterHidingDoesNotFillTheWindow();
+    void aHiddenWindowIgnoresALateNotification();
     void aHiddenWindowIsNotConnectedToTheLog();
     void theLogIsLockedWhileTheWindowConnectsOrDisconnects();
     void openingTheWindowAgainShowsAllEntries();
     void tabMovesTheFocusOutOfThePane();
-    void anEntryThatArrivesWhileTheWindowOpensIsShown();
+    void theWindowShowsEntriesThatArriveWhileItOpens();
     void noEntryIsLostIfTheWindowOpensWhileAThreadWrites();
-    void thousandsOfMessagesThatArriveWhileTheWindowIsOpenAreShown();
+    void theOpenWindowShowsThousandsOfNewMessages();
     void theWindowShowsThousandsOfEntries();
     void theTimesBoxShowsTheTimeOfEachEntry();
     void theFindBarFindsTextInTheLog();
@@ -110,16 +111,7 @@ private:
     void open();
     QStringList lines() const;
     QString topLine() const { return pane->cursorForPosition(QPoint(2, 4)).block().text(); }
-    QPushButton* button(const QString& text) const
-    {
-        for (QPushButton* each : window->findChildren<QPushButton*>()) {
-            if (each->text() == text) {
-                return each;
-            }
-        }
-        qFatal("the button %s is missing", qPrintable(text));
-        return nullptr;
-    }
+    QPushButton* button(const QString& text) const { return buttonOf(window.get(), text); }
     // The text colour of a line; invalid if the line has the pane's own colour.
     QColor colourOf(int line) const;
 
@@ -242,7 +234,7 @@ void LogWindowTest::theShowFromFunctionScrollsToTheGivenEntry()
     QCOMPARE(topLine(), QString("Begin"));
     QCOMPARE(pane->textCursor().block().text(), QString("Begin"));
     QVERIFY(pane->hasFocus());
-    // At a higher detail level, the window shows more lines above this entry.
+    // At a higher detail level than before, the window shows more lines than before above this entry.
     level->setValue(5);
     window->showFrom(200);
     QCOMPARE(topLine(), QString("Begin"));
@@ -256,7 +248,7 @@ void LogWindowTest::theShowFromFunctionScrollsToTheGivenEntry()
     QCOMPARE(topLine(), QString("line 0"));
 }
 
-void LogWindowTest::anotherDetailLevelAndTheTimesKeepThePlace()
+void LogWindowTest::changingTheDetailLevelOrTheTimesBoxKeepsThePlace()
 {
     for (int i = 0; i < 400; ++i) {
         log(Log::Info, i % 2 == 0 ? 0 : 5, QString("line %1").arg(i));
@@ -286,7 +278,7 @@ void LogWindowTest::anotherDetailLevelAndTheTimesKeepThePlace()
     QCOMPARE(scrollBar->value(), scrollBar->maximum());
 }
 
-void LogWindowTest::anotherDetailLevelAndTheTimesKeepTheViewAtTheEnd()
+void LogWindowTest::changingTheDetailLevelOrTheTimesBoxKeepsTheViewAtTheEnd()
 {
     for (int i = 0; i < 400; ++i) {
         log(Log::Info, i % 2 == 0 ? 0 : 5, QString("line %1").arg(i));
@@ -339,7 +331,7 @@ void LogWindowTest::detailLevelsAreComparedAsUnsignedNumbers()
     QCOMPARE(lines(), QStringList({"near"}));
 }
 
-void LogWindowTest::infoEntriesFromDetailLevelTenOnHaveTheMinorColour()
+void LogWindowTest::infoEntriesOfDetailLevelTenOrHigherHaveTheMinorColour()
 {
     log(Log::Info, 9, "nine");
     log(Log::Info, 10, "ten");
@@ -360,7 +352,7 @@ void LogWindowTest::eachKindOfEntryHasTheExpectedColour_data()
     QTest::newRow("warning") << 2 << Colors::warning();
     QTest::newRow("error") << 3 << Colors::error();
     QTest::newRow("action") << 4 << Colors::action();
-    QTest::newRow("any other") << 17 << Colors::error();
+    QTest::newRow("unknown kind") << 17 << Colors::error();
 }
 
 void LogWindowTest::eachKindOfEntryHasTheExpectedColour()
@@ -386,7 +378,7 @@ void LogWindowTest::theColoursAreReadableOnADarkBackground()
     QVERIFY(colourOf(0) != QColor(Colors::action()));
 }
 
-void LogWindowTest::anEntryOfTheKindActionIsShownAsAHeading()
+void LogWindowTest::anActionEntryIsShownAsAHeading()
 {
     log(Log::Action, 0, "Applying");
     log(Log::Info, 0, "text");
@@ -434,7 +426,7 @@ void LogWindowTest::blanksAndTabsInALineAreShownUnchanged()
     QCOMPARE(lines(), QStringList({"  two  blanks\tand\t\ttabs "}));
 }
 
-void LogWindowTest::htmlProtectEscapesMarkupExceptAmpersands()
+void LogWindowTest::theHtmlProtectFunctionEscapesMarkupExceptAmpersands()
 {
     QString line("<a> &lt;\t& <");
     Log::Window::htmlProtect(line);
@@ -518,7 +510,7 @@ void LogWindowTest::theCloseButtonHidesTheWindow()
     QTRY_VERIFY(!window->isVisible());
 }
 
-void LogWindowTest::closingByTheWindowManagerHidesTheWindow()
+void LogWindowTest::theWindowIsHiddenIfTheWindowManagerClosesIt()
 {
     log(Log::Info, 0, "text");
     open();
@@ -543,7 +535,7 @@ void LogWindowTest::aHiddenWindowHasNoText()
     QCOMPARE(lines(), QStringList({"before", "while hidden"}));
 }
 
-void LogWindowTest::aNotificationThatArrivesAfterHidingDoesNotFillTheWindow()
+void LogWindowTest::aHiddenWindowIgnoresALateNotification()
 {
     open();
     std::unique_ptr<QThread> writer(QThread::create([this] { log(Log::Info, 0, "too late"); }));
@@ -596,7 +588,7 @@ void LogWindowTest::tabMovesTheFocusOutOfThePane()
     QVERIFY(level->hasFocus());
 }
 
-void LogWindowTest::anEntryThatArrivesWhileTheWindowOpensIsShown()
+void LogWindowTest::theWindowShowsEntriesThatArriveWhileItOpens()
 {
     log(Log::Info, 0, "before");
     // This entry arrives while the window paints the earlier entries, before the window connects to the log.
@@ -629,7 +621,7 @@ void LogWindowTest::noEntryIsLostIfTheWindowOpensWhileAThreadWrites()
     }
 }
 
-void LogWindowTest::thousandsOfMessagesThatArriveWhileTheWindowIsOpenAreShown()
+void LogWindowTest::theOpenWindowShowsThousandsOfNewMessages()
 {
     open();
     const int count = 20000;

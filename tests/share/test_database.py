@@ -1,8 +1,10 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Tests with other programs that use the package database at the same time."""
 
+import ctypes
 import fcntl
 import os
+import shutil
 import signal
 import sqlite3
 import subprocess
@@ -11,6 +13,7 @@ import threading
 from scenario import ScenarioTest, in_own_process
 
 CHANGED = "^Another program has changed the system since VYRE read the packages"
+DATABASE = "/var/lib/rpm"
 ALMANAC = "almanac-1.9-1.noarch"
 ASTROLABE = "astrolabe-5.6-1.x86_64"
 
@@ -197,7 +200,7 @@ class LockedTest(DatabaseTest):
         self.check_ended_by_the_program(self.database_lock)
 
     @in_own_process
-    def test_a_lock_on_another_device_with_the_same_inode_number_is_not_reported(self):
+    def test_a_lock_on_a_file_of_another_device_with_the_same_inode_number_is_not_reported(self):
         self.load()
         self.isolate()
         places = []
@@ -363,3 +366,41 @@ class HistoryTest(DatabaseTest):
     @in_own_process
     def test_an_empty_history_is_reported(self):
         self.check_damaged(lambda content: b"")
+
+
+class RightsTest(ScenarioTest):
+    """The script names the directory of the database if this user has no right to change it."""
+
+    @in_own_process
+    def test_root_can_change_databases_of_other_users_and_read_only_databases_lack_no_rights(self):
+        yumio = self.load()
+        directory = self.sandbox.root + DATABASE
+        self.assertEqual(yumio.refusedDirectory(), "")
+        os.chown(directory, 65534, 65534)
+        os.chmod(directory, 0o700)
+        self.assertEqual(yumio.refusedDirectory(), "")
+        self.isolate()
+        subprocess.run(["mount", "-t", "tmpfs", "-o", "ro", "none", directory], check=True)
+        self.assertFalse(os.access(directory, os.W_OK))
+        self.assertEqual(yumio.refusedDirectory(), "")
+        subprocess.run(["umount", directory], check=True)
+        shutil.rmtree(directory)
+        self.assertEqual(yumio.refusedDirectory(), "")
+
+    @in_own_process
+    def test_an_ordinary_user_who_is_root_inside_a_user_namespace_has_no_rights(self):
+        yumio = self.load()
+        os.chmod(os.path.dirname(self.sandbox.root), 0o755)
+        os.setgroups([])
+        os.setresgid(65534, 65534, 65534)
+        os.setresuid(65534, 65534, 65534)
+        library = ctypes.CDLL(None, use_errno=True)
+        set_dumpable, new_user_namespace = 4, 0x10000000
+        # Without this call, the files below /proc/self would still belong to root.
+        library.prctl(set_dumpable, 1, 0, 0, 0)
+        if library.unshare(new_user_namespace) != 0:
+            self.skipTest("the kernel permits no user namespaces: " + os.strerror(ctypes.get_errno()))
+        with open("/proc/self/uid_map", "w") as stream:
+            stream.write("0 65534 1")
+        self.assertEqual(os.geteuid(), 0)
+        self.assertEqual(yumio.refusedDirectory(), self.sandbox.root + DATABASE)

@@ -159,6 +159,17 @@ class DownloadTest(ScenarioTest):
         self.assertIn("loupe-45.0-1.x86_64", self.sandbox.installed())
 
     @in_own_process
+    def test_the_script_distinguishes_packages_in_a_local_directory_from_packages_on_a_server(self):
+        self.started()
+        self.assertTrue(self.yumio.isLocal(self.package(self.available, "corkboard")))
+        self.assertFalse(self.yumio.isLocal(self.package(self.available, "loupe")))
+        # The package list of a local repository may contain the URL of a server.
+        self.index("sandbox-file", "--baseurl", "http://127.0.0.1:9/")
+        self.sandbox.expire_metadata()
+        self.again()
+        self.assertFalse(self.yumio.isLocal(self.package(self.available, "corkboard")))
+
+    @in_own_process
     def test_packages_of_a_local_repository_are_not_downloaded(self):
         self.started()
         self.assertTrue(self.verified(self.package(self.available, "corkboard")))

@@ -137,8 +137,53 @@ class TransactionListTest(ReplayTest):
             for place, mode in modes:
                 os.chmod(place, mode)
 
+    @contextlib.contextmanager
+    def locked(self):
+        """Within this scope, another program locks the history file."""
+        with contextlib.closing(sqlite3.connect(self.path, isolation_level=None, check_same_thread=False)) as holder:
+            holder.execute("pragma locking_mode = exclusive")
+            holder.execute("begin exclusive")
+            yield holder
+
     @in_own_process
-    def test_few_queries_read_five_thousand_transactions(self):
+    def test_a_locked_history_is_read_as_soon_as_it_is_free(self):
+        self.started()
+        self.apply(installs=["astrolabe"])
+        self.yumio.base.history.close()
+        transactions = self.module("transactions")
+        attempts = []
+
+        def endIfStopped():
+            attempts.append(None)
+            if len(attempts) == 3:
+                holder.close()
+
+        transactions.endIfStopped = endIfStopped
+        with self.locked() as holder:
+            self.assertIn("install astrolabe", self.newest()[3])
+        self.assertEqual(len(attempts), 3)
+        transactions.PATIENCE = 0.5
+        with self.locked():
+            with self.assertRaisesRegex(self.dnf.exceptions.Error, "history.sqlite: database is locked"):
+                self.yumio.transactions()
+
+    @in_own_process
+    def test_the_user_can_stop_the_wait_for_a_locked_history(self):
+        wanted = [False]
+        self.load(stopWanted=lambda last: wanted[0])
+        self.yumio.lock()
+        self.collect()
+        self.apply(installs=["astrolabe"])
+        self.yumio.base.history.close()
+        self.module("transactions").PATIENCE = 3600
+        with self.locked():
+            wanted[0] = True
+            for read in (self.yumio.transactions, lambda: self.yumio.describeTransaction(1)):
+                with self.assertRaisesRegex(self.dnf.exceptions.Error, "^Stopped[.]$"):
+                    read()
+
+    @in_own_process
+    def test_five_thousand_transactions_are_read_with_few_queries(self):
         self.started()
         self.apply(installs=["astrolabe", "libbough"])
         with self.database() as database:
@@ -221,7 +266,7 @@ class TransactionDetailsTest(ReplayTest):
         introduced = []
         self.module("program").addBeforeListing = introduced.append
         self.assertEqual(self.changes(self.replay, "redo", number), ({"loupe-45.0-1.x86_64"}, set()))
-        # dnf's warnings about the changes that were already made follow.
+        # The next lines are dnf's warnings about the changes that were already made.
         self.assertEqual("".join(introduced).split("\n")[0], "This completes transaction %d." % number)
         # After "Redo", and after a later change to the package, the details list no missing change.
         self.again()
@@ -267,7 +312,7 @@ class UndoTest(ReplayTest):
         return self.newest()[0]
 
     @in_own_process
-    def test_a_question_names_impossible_changes_of_an_undo_before_the_listing(self):
+    def test_a_question_before_the_listing_names_the_impossible_changes_of_an_undo(self):
         number = self.removed_from_two_repositories()
         self.assertEqual(self.changes(self.replay, "undo", number, answers=[0]), (set(), set()))
         question = ("These changes are impossible:\n  Cannot find rpm nevra \"lexicon-en-2023.1-1.noarch\".\n\n"
@@ -333,7 +378,7 @@ class UndoTest(ReplayTest):
         introduced = []
 
         def introduce(text):
-            # The program accepts such lines only after the listing itself.
+            # The program accepts these lines only after listTransaction().
             self.assertEqual(self.recording.names()[-1], "listTransaction")
             introduced.append(text)
 

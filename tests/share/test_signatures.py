@@ -21,7 +21,7 @@ class SignatureTest(ScenarioTest):
         return self.recording.names().count("userconfirm")
 
     @in_own_process
-    def test_an_accepted_key_is_imported_and_not_asked_for_again(self):
+    def test_an_accepted_key_is_imported_and_causes_no_second_question(self):
         self.started()
         self.apply(installs=["wax-tablet"], answers=[1, 1])
         self.assertIn(TABLET, self.sandbox.installed())
@@ -56,7 +56,7 @@ class SignatureTest(ScenarioTest):
         self.assertLessEqual({TABLET, CANDLE, "wax-polish-2.0-1.x86_64"}, self.sandbox.installed())
 
     @in_own_process
-    def test_a_declined_key_stops_the_transaction_and_the_next_transaction_asks_for_it_again(self):
+    def test_a_declined_key_stops_the_transaction_and_the_next_transaction_asks_about_it_again(self):
         self.started()
         self.assert_refused("key", installs=["wax-tablet", "astrolabe"], answers=[1, 0])
         self.assertEqual(self.questions(), 2)
@@ -68,6 +68,27 @@ class SignatureTest(ScenarioTest):
                               self.module("progress").DownloadProgress)
         self.apply(installs=["wax-tablet"], answers=[1, 1])
         self.assertIn(TABLET, self.sandbox.installed())
+
+    @in_own_process
+    def test_the_outcome_says_whether_keys_were_imported_before_the_user_stopped_the_transaction(self):
+        self.load(stopWanted=lambda last: self.questions() == 2)
+        self.yumio.lock()
+        self.collect()
+        self.assertEqual(self.keys(), set())
+        self.assert_refused("key", installs=["wax-tablet", "wax-candle"], answers=[1, 0])
+        self.assertFalse(self.yumio.outcome["keysImported"])
+        self.recording.clear()
+        before = self.sandbox.installed()
+        with self.assertRaisesRegex(self.dnf.exceptions.Error, "^Stopped[.]"):
+            self.apply(installs=["wax-tablet", "wax-candle"], answers=[1, 1])
+        self.assertEqual(len(self.keys()), 1)
+        self.assertEqual(self.sandbox.installed() - before, self.keys())
+        self.assertFalse(self.yumio.systemChanged)
+        self.assertTrue(self.yumio.outcome["keysImported"])
+        # The next transaction needs no key.
+        self.recording.clear()
+        self.apply(installs=["wax-tablet"], answers=[1])
+        self.assertFalse(self.yumio.outcome["keysImported"])
 
     @in_own_process
     def test_a_package_signed_with_an_unknown_key_is_refused(self):
@@ -175,7 +196,7 @@ class MetadataSignatureTest(ScenarioTest):
             stream.write("repo_gpgcheck=1\ngpgkey=file://%s\n" % key)
 
     @in_own_process
-    def test_the_key_of_signed_metadata_is_asked_for_once(self):
+    def test_the_user_is_asked_only_once_about_the_key_of_signed_metadata(self):
         self.sign()
         self.load()
         self.recording.answers = [0]

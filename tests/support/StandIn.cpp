@@ -71,6 +71,11 @@ void StandIn::setHeld(bool held)
     setFlag("held", held);
 }
 
+void StandIn::setDatabaseRefused(bool refused)
+{
+    setFlag("refused", refused);
+}
+
 void StandIn::setRefusing(bool refuse)
 {
     setFlag("refusing", refuse);
@@ -84,6 +89,11 @@ void StandIn::setFailing(bool fail)
 void StandIn::setBreaking(bool doBreak)
 {
     setFlag("breaking", doBreak);
+}
+
+void StandIn::setDownloading(bool downloading)
+{
+    setFlag("downloading", downloading);
 }
 
 void StandIn::setOutdated(bool outdated)

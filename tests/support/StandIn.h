@@ -4,8 +4,8 @@
 //
 // The script reads these answers at each collection, and records the calls of its methods.
 //
-// A test program has only one object of this class. The object sets the environment variables VYRESHARE and
-// VYREROOT, so it must exist before any code looks for the share directory.
+// A test program has only one StandIn. It sets the environment variables VYRESHARE and VYREROOT, so it must
+// exist before any code looks for the share directory.
 
 #ifndef TESTS_SUPPORT_STANDIN_H
 #define TESTS_SUPPORT_STANDIN_H
@@ -32,17 +32,22 @@ public:
     void setPackages(const QJsonArray& updates, const QJsonArray& installed, const QJsonArray& available,
                      const QJsonArray& groups = QJsonArray());
 
-    // While true, the script waits whenever it collects packages, loads file lists or changes the system.
+    // While `held` is true, the script waits whenever it collects packages, loads file lists or changes
+    // the system.
     void setHeld(bool held);
     // Whether the constructor of the script's class fails.
     void setRefusing(bool refuse);
+    // Whether the user has no right to change the database, "/db".
+    void setDatabaseRefused(bool refused);
     // Whether an apply fails before it changes the system.
     void setFailing(bool fail);
     // Whether an apply fails after it has begun to change the system.
     void setBreaking(bool doBreak);
+    // Whether an apply, before it changes the system, waits until the user stops it.
+    void setDownloading(bool downloading);
     // Whether an apply reports that another program has changed the system.
     void setOutdated(bool outdated);
-    // The outcome that an apply reports after it has begun to change the system.
+    // The outcome that an apply reports after it has begun to change the system, or if the user stops it.
     void setOutcome(const QJsonObject& outcome);
     // Whether collections fail from now on.
     void setUnreadable(bool unreadable);
@@ -59,7 +64,7 @@ public:
     void setHistoryLong(bool many);
     // Whether the script refuses to undo and to repeat transactions.
     void setReplayRefused(bool refused);
-    // The change log of a package with the "waiting" attribute exists only while this is true.
+    // The change log of a package with the "waiting" attribute exists only while `readable` is true.
     void letChangeLogsBeRead(bool readable = true);
     // Sets the contents of the repository file. The stand-in script has two repositories, whatever this file
     // contains: "base" and "extras".

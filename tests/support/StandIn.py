@@ -136,7 +136,7 @@ class Group:
 
 
 class History:
-    """The history. Its "group" attribute is the object itself."""
+    """A stand-in for dnf's history and for its "group" object."""
 
     def __init__(self):
         self.group = self
@@ -161,7 +161,8 @@ class YumIO:
         to call it.
         """
         value = object.__getattribute__(self, name)
-        if callable(value) and name not in ('getBiArch', 'isBetterThan', 'readOutcome', 'versionLocks', 'wait'):
+        unnoted = ('getBiArch', 'isBetterThan', 'readOutcome', 'refusedDirectory', 'versionLocks', 'wait')
+        if callable(value) and name not in unnoted:
             note(name)
         return value
 
@@ -192,6 +193,12 @@ class YumIO:
             return
         if os.path.exists(os.path.join(SHARE, 'failing')):
             raise RuntimeError('too early')
+        if os.path.exists(os.path.join(SHARE, 'downloading')):
+            self.outcome = self.readOutcome()
+            note('downloading')
+            while not stopWanted(False):  # noqa: F821  (the program offers it)
+                time.sleep(0.01)
+            raise dnf.exceptions.Error('interrupted')
         yumIOC.rpmtransInit(False)
         while os.path.exists(os.path.join(SHARE, 'held')):
             time.sleep(0.01)
@@ -257,6 +264,9 @@ class YumIO:
         self.wait()
         note('describeTransaction {}'.format(number))
         return 'Details of {}\n<b>not bold</b>'.format(number)
+
+    def refusedDirectory(self):
+        return '/db' if os.path.exists(os.path.join(SHARE, 'refused')) else ''
 
     def lacksReplay(self):
         return 'Not with this version.' if os.path.exists(os.path.join(SHARE, 'noreplay')) else ''
@@ -332,6 +342,9 @@ class YumIO:
 
     def getBiArch(self, arch):
         return 'i386' if arch == 'i686' else 'x86_64'
+
+    def isLocal(self, package):
+        return package.repoid == 'local'
 
     def isBetterThan(self, a, b):
         return a.arch != 'i686'

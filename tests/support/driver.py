@@ -3,8 +3,8 @@
 
 It needs a display with an accessibility bus, so tests must run it under "with-display --accessible".
 
-Events and AT-SPI use different connections: a test that reads directly after a key or a click may still find the old
-state. Therefore every function that sends input waits until the effect is visible.
+Events and AT-SPI use different connections: a test that reads directly after a key or a click may still find the state
+before this input. Therefore every function that sends input waits until the effect is visible.
 """
 import contextlib
 import glob
@@ -174,6 +174,17 @@ def key(*names):
     xdotool('key', '--clearmodifiers', *codes)
 
 
+def key_in_new_window(title, *names):
+    """Wait until a window with this title is on the screen, and press these keys at once. This imitates a user who
+    expects a different window.
+    """
+    def look():
+        return subprocess.run(['xdotool', 'search', '--onlyvisible', '--name', '^' + title + '$'],
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
+    wait_for(look, 'window ' + repr(title))
+    key(*names)
+
+
 def kill_display():
     """Kill the X server of this display, and so end all its connections."""
     os.kill(int(os.environ['X_SERVER_PID']), signal.SIGKILL)
@@ -268,9 +279,11 @@ class Program:
     def _application_of(self, desktop):
         for i in range(desktop.childCount):
             application = desktop.getChildAtIndex(i)
-            # If the application has just ended, any access to it raises an error.
+            # If the application has just ended, any access to it raises an error. The number of its children is read
+            # because the list may also contain a former connection of this program, which has the same process.
             with contextlib.suppress(Exception):
-                if application is not None and application.get_process_id() == self.process.pid:
+                if application is not None and application.get_process_id() == self.process.pid and \
+                        application.childCount >= 0:
                     return application
         return None
 
@@ -391,7 +404,7 @@ class Window:
         click(button)
 
     def press(self, name):
-        """Wait until the window has the focus, and then press a key: without the focus, another window could receive
+        """Wait until the window has the focus, and then press a key. Without this wait, another window could receive
         the key.
         """
         self.wait_settled()

@@ -12,10 +12,13 @@
 
 #include "advisories/AdvisoryDialog.h"
 #include "app/MainWindow.h"
+#include "app/Notice.h"
+#include "app/OutcomeLine.h"
 #include "app/Translations.h"
 #include "app/base/Share.h"
 #include "packagetable/PackageTable.h"
 #include "packagetable/SortFilterProxyModel.h"
+#include "packagetable/TableStatus.h"
 #include "packagetable/View.h"
 #include "repo/RepoAuthDialog.h"
 #include "repo/RepoEditorConfigDialog.h"
@@ -27,7 +30,10 @@
 #include "tests/app/EachAlone.h"
 #include "tests/history/ShownHistory.h"
 #include "tests/packagetable/Described.h"
+#include "tests/support/AnsweringUser.h"
+#include "tests/support/Buttons.h"
 #include "tests/support/StandIn.h"
+#include "widgets/ElidedLabel.h"
 #include "widgets/FindBar.h"
 #include "widgets/HFrameLabel.h"
 #include "widgets/HMessageBox.h"
@@ -49,8 +55,8 @@ public:
     mutable QStringList asked;
 };
 
-// Counts the texts that the program requests. It is installed after the catalogues, so Qt asks it first. It
-// translates nothing, so Qt then asks the catalogues.
+// Counts the texts that the program requests. This translator is installed after the catalogues, so Qt asks
+// it first. It translates nothing, so Qt asks the catalogues next.
 class Counting : public QTranslator
 {
 public:
@@ -91,7 +97,15 @@ int neededWidth(const QWidget* widget)
     return 0;
 }
 
-// A description of each text in the window that is cut off, or that is outside the window.
+// The part of the box in which the style draws the text.
+QRect fieldOf(const QComboBox* box)
+{
+    QStyleOptionComboBox option;
+    option.initFrom(box);
+    return box->style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, box);
+}
+
+// Describes each text that is cut off, or that is outside the window.
 QStringList cutOff(const QWidget* window)
 {
     QStringList found;
@@ -104,6 +118,13 @@ QStringList cutOff(const QWidget* window)
         ++looked;
         const QString text = widget->property("text").toString() + widget->property("title").toString() +
                              widget->property("currentText").toString();
+        if (const auto* box = qobject_cast<const QComboBox*>(widget)) {
+            for (int i = 0; i < box->count(); ++i) {
+                if (fieldOf(box).width() < box->fontMetrics().horizontalAdvance(box->itemText(i))) {
+                    found << QStringLiteral("the item ") + box->itemText(i);
+                }
+            }
+        }
         if (widget->width() < needed || widget->height() < widget->minimumSizeHint().height()) {
             found << QStringLiteral("%1 needs %2, has %3").arg(text).arg(needed).arg(widget->width());
         }
@@ -195,6 +216,7 @@ private:
             {"version", "2"}, {"repoid", "updates"}, {"size", 1536}, {"summary", "Werkzeug"}};
         standIn->setPackages({S::package("tool", next)}, {S::package("tool", old), S::package("shell", old)},
                              {S::package("editor")}, {S::group("Games")});
+        standIn->setVersionLocks({{"shell", "shell-0:1-1.*"}});
         window = new MainWindow;
         view = window->findChild<PackageTable::View*>();
         listed = window->findChild<PackageTable::SortFilterProxyModel*>();
@@ -223,6 +245,7 @@ private:
         qFatal("the entry %s is missing", qPrintable(text));
         return nullptr;
     }
+    QPushButton* button(const QString& text) const { return buttonOf(window, text); }
     static void click(QPushButton* button) { QTest::mouseClick(button, Qt::LeftButton); }
 
 private Q_SLOTS:
@@ -324,7 +347,7 @@ private Q_SLOTS:
     {
         start();
         QCOMPARE(cutOffFinally(window).join('\n'), QString());
-        // With the warning about unlisted actions, the button row is widest.
+        // The button row is widest while it contains the warning about unlisted actions.
         for (QPushButton* button : window->findChildren<QPushButton*>()) {
             if (button->text() == QLatin1String("Akt&ualisierungen vormerken")) {
                 click(button);
@@ -336,6 +359,98 @@ private Q_SLOTS:
         auto* warning = window->findChild<HFrameLabel*>();
         QTRY_COMPARE(warning->text(), QStringLiteral("Ungelistete Aktionen"));
         QCOMPARE(cutOffAtAnySize(window).join('\n'), QString());
+    }
+
+    void theLineBelowTheTableShowsMarksAndLocksAtTheSmallestSize()
+    {
+        start();
+        window->findChildren<QComboBox*>().at(1)->setCurrentIndex(PackageTable::ViewAll);
+        QTRY_COMPARE(listed->rowCount(), 3);
+        view->selectAll();
+        click(button("Akt&ualisierungen vormerken"));
+        const auto* line = window->findChild<PackageTable::TableStatus*>()->findChild<ElidedLabel*>();
+        QTRY_COMPARE(line->wholeText(),
+                     QStringLiteral("Aufgelistet: 3   Ausgewählt: 3   Vorgemerkt: 0 Installieren, "
+                                    "1 Aktualisieren, 0 Entfernen   Herunterzuladen: 1.5Kb   Gesperrt: 1 "
+                                    "(1 ausgewählt)"));
+        QCOMPARE(cutOffAtAnySize(window).join('\n'), QString());
+        QCOMPARE(line->text(), line->wholeText());
+    }
+
+    void theOutcomeAndANoticeTogetherCutOffNeitherTheMenusNorTheButton()
+    {
+        start();
+        click(button("Akt&ualisierungen vormerken"));
+        standIn->setOutcome({{"installed", 18},
+                             {"updated", 1},
+                             {"restartNeeded", true},
+                             {"failedScriptlets", QJsonArray{"a-package-with-a-long-name-1.0-1.noarch",
+                                                             "another-1.0-1.noarch"}}});
+        standIn->setComplaining(true);
+        const AnsweringUser user(AnsweringUser::click("OK"), AnsweringUser::EveryDialog);
+        click(button("Aktionen &anwenden"));
+        const auto* outcome = window->findChild<OutcomeLine*>();
+        const auto* notice = window->findChild<Notice*>();
+        QTRY_VERIFY(outcome->isVisible() && notice->isVisible());
+        QTRY_VERIFY(view->isEnabled());
+        // The button is as high as the menus, so it has less height than other buttons. Its text must fit all
+        // the same.
+        const QPushButton* show = button("Im Protokoll &zeigen");
+        const auto cutOffElsewhere = [this, show] {
+            QStringList texts;
+            for (const QString& text : cutOff(window)) {
+                texts << text.section(QLatin1String(" needs "), 0, 0);
+            }
+            texts.removeOne(show->text());
+            return texts;
+        };
+        auto* widget = static_cast<QWidget*>(window); // MainWindow has a slot of the same name
+        for (const QSize& size : {widget->size(), window->minimumSizeHint()}) {
+            widget->resize(size);
+            QTRY_COMPARE(widget->size(), size);
+            // The row is too narrow for both texts. Only the texts are shortened, and the tool tip shows the
+            // whole text.
+            QStringList shortened = cutOffElsewhere();
+            QVERIFY(shortened.contains(outcome->findChild<ElidedLabel*>()->text()));
+            for (const ElidedLabel* label :
+                 QList<const ElidedLabel*>{outcome->findChild<ElidedLabel*>(), notice}) {
+                if (label->text() != label->wholeText()) {
+                    QVERIFY(label->toolTip().contains(label->wholeText()));
+                    QVERIFY2(shortened.removeOne(label->text()), qPrintable(shortened.join('|')));
+                }
+            }
+            QCOMPARE(shortened, QStringList());
+            QVERIFY(show->height() >= show->fontMetrics().height() &&
+                    show->width() >= show->sizeHint().width());
+        }
+    }
+
+    void theHintsOfTheEmptyTableFitTheSmallestWindow()
+    {
+        start();
+        auto* widget = static_cast<QWidget*>(window); // MainWindow has a slot of the same name
+        widget->resize(window->minimumSizeHint());
+        QTRY_COMPARE(widget->size(), window->minimumSizeHint());
+        auto* mode = window->findChildren<QComboBox*>().at(0);
+        auto* expression = window->findChild<QLineEdit*>();
+        const QVector<QPair<const char*, const char*>> hints{
+            {"^nothing", "Kein Paket entspricht der Auswahl."},
+            {"^TOOL", "Groß- und Kleinschreibung"},
+            {"[", "kein gültiger regulärer Ausdruck"},
+            {"nothing$", "das Ende eines ganzen Feldes"}};
+        for (const auto& hint : hints) {
+            mode->setCurrentIndex(hint == hints.last() ? PackageTable::Search : PackageTable::Filter);
+            QTRY_VERIFY(view->isEnabled());
+            expression->setText(hint.first);
+            QTest::keyClick(expression, Qt::Key_Return);
+            QTRY_VERIFY(view->accessibleDescription().contains(QString::fromUtf8(hint.second)));
+            // The view leaves this margin on both sides of the text.
+            const int margin = 2 * view->fontMetrics().height();
+            const QRect room = view->viewport()->rect().adjusted(margin, 0, -margin, 0);
+            const QRect text = view->fontMetrics().boundingRect(room, Qt::AlignCenter | Qt::TextWordWrap,
+                                                                view->accessibleDescription());
+            QVERIFY2(room.contains(text), hint.first);
+        }
     }
 
     void theEditorAndItsFormCutOffNoGermanText()
@@ -468,7 +583,7 @@ private Q_SLOTS:
         QCOMPARE(found.join('\n'), QString());
     }
 
-    void questionsCutOffNoGermanText()
+    void noGermanTextIsCutOffInQuestions()
     {
         ScrollableConfirmDialog listing(QStringLiteral("Auszuführen:\n\tEntfernen: tool 1-1 (x86_64)\n"),
                                         "OK", "Abbrechen", nullptr, true,
@@ -536,7 +651,7 @@ private Q_SLOTS:
     }
 
     // The filters compare values, not translated texts.
-    void filtersListTheSameRowsInEveryLanguage()
+    void theFiltersListTheSameRowsInEveryLanguage()
     {
         start();
         auto* state = window->findChildren<QComboBox*>().at(1);

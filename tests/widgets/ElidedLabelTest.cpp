@@ -3,6 +3,7 @@
 #include "widgets/ElidedLabel.h"
 
 #include <QHBoxLayout>
+#include <QTextDocument>
 #include <QtTest>
 
 // Tests of a label that shortens a text that is too long for it.
@@ -12,10 +13,11 @@ class ElidedLabelTest : public QObject
 
 private Q_SLOTS:
     void aTextThatFitsIsShownWithoutAToolTip();
-    void aTextThatIsTooLongIsShortenedAndShownInTheToolTip();
+    void aTooLongTextIsShortenedAndShownCompletelyInTheToolTip();
     void theShownTextDependsOnTheWidthOfTheLabel();
     void aLongTextDoesNotWidenTheWindow();
     void markupInTheTextIsShownAsPlainText();
+    void theToolTipShowsTheDetailsEvenIfTheWholeTextIsVisible();
 };
 
 namespace {
@@ -35,7 +37,7 @@ void ElidedLabelTest::aTextThatFitsIsShownWithoutAToolTip()
     QCOMPARE(label.toolTip(), QString());
 }
 
-void ElidedLabelTest::aTextThatIsTooLongIsShortenedAndShownInTheToolTip()
+void ElidedLabelTest::aTooLongTextIsShortenedAndShownCompletelyInTheToolTip()
 {
     ElidedLabel label;
     label.resize(100, 20);
@@ -79,6 +81,25 @@ void ElidedLabelTest::markupInTheTextIsShownAsPlainText()
     label.showText("<b>a bold text that is too long</b>");
     QCOMPARE(label.textFormat(), Qt::PlainText);
     QVERIFY(!label.toolTip().contains("<b>"));
+}
+
+void ElidedLabelTest::theToolTipShowsTheDetailsEvenIfTheWholeTextIsVisible()
+{
+    ElidedLabel label;
+    label.resize(1000, 20);
+    label.showText("short");
+    QCOMPARE(label.toolTip(), QString());
+    label.showText("short", "short\n<b>details</b>");
+    QCOMPARE(label.text(), QString("short"));
+    QCOMPARE(label.toolTip(), QString("short\n<b>details</b>")); // Qt shows this text as plain text
+    QVERIFY(!Qt::mightBeRichText(label.toolTip()));
+    QCOMPARE(label.accessibleName(), QString("short"));
+    QCOMPARE(label.accessibleDescription(), QString("short\n<b>details</b>"));
+    label.showText("short", "<b>short</b>\ndetails");
+    QVERIFY2(label.toolTip().contains("&lt;b&gt;short"), qPrintable(label.toolTip()));
+    label.showText("short");
+    QCOMPARE(label.toolTip(), QString());
+    QCOMPARE(label.accessibleDescription(), QString());
 }
 
 QTEST_MAIN(ElidedLabelTest)

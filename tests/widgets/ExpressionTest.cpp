@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 #include "widgets/Expression.h"
+#include "widgets/CaselessPattern.h"
 
 #include <random>
 
@@ -8,7 +9,8 @@
 
 namespace {
 
-// Matches an expression only by regcomp() and regexec(), for a comparison with the class Expression.
+// Matches an expression with regcomp() and regexec() alone. The tests compare its results with the results of
+// the class Expression.
 class Plain
 {
 public:
@@ -145,11 +147,20 @@ private Q_SLOTS:
                 found += any ? 1 : 0;
             }
         }
-        // The random cases are meaningful only if they include enough of each result: valid and invalid
-        // expressions, matching and other texts.
+        // The random cases are meaningful only if they include many valid and many invalid expressions, and
+        // many texts with and without a match.
         QVERIFY2(compiled > 500 && compiled < 2500, qPrintable(QString::number(compiled)));
         QVERIFY2(matched > 1000 && matched < compiled * 20 - 1000, qPrintable(QString::number(matched)));
         QVERIFY2(found > matched && found < compiled * 20 - 1000, qPrintable(QString::number(found)));
+    }
+
+    void aBackReferenceInAnExpressionIsFound()
+    {
+        QVERIFY(Expression::refersToGroups("(a*)*\\1b"));
+        QVERIFY(Expression::refersToGroups("^(\\w+\\s?)+\\1$"));
+        QVERIFY(!Expression::refersToGroups("(a*)*b1"));
+        QVERIFY(!Expression::refersToGroups("\\w+\\.0"));
+        QVERIFY(!Expression::refersToGroups(QString()));
     }
 
     void anEscapedTextMatchesExactlyTheTextsThatContainIt()
@@ -251,7 +262,7 @@ private Q_SLOTS:
         QCOMPARE(answer, whole);
     }
 
-    void theInOnePassFunctionConvertsExpressionsThatNeedOnlyOnePass_data()
+    void theInOnePassFunctionConvertsOnlyExpressionsThatOnePassCanMatch_data()
     {
         QTest::addColumn<QByteArray>("expression");
         QTest::addColumn<QByteArray>("onePass");
@@ -275,15 +286,15 @@ private Q_SLOTS:
         row("a*)|(b", "");
     }
 
-    void theInOnePassFunctionConvertsExpressionsThatNeedOnlyOnePass()
+    void theInOnePassFunctionConvertsOnlyExpressionsThatOnePassCanMatch()
     {
         QFETCH(QByteArray, expression);
         QFETCH(QByteArray, onePass);
         QCOMPARE(Expression::inOnePass(expression), onePass);
     }
 
-    // In a text that is not UTF-8, "." does not match every byte.
-    void textsThatAreNotUtf8AreMatchedAsInTheCLibrary()
+    // If a text is not UTF-8, "." does not match each of its bytes.
+    void invalidUtf8IsMatchedAsInTheCLibrary()
     {
         for (const char* expression : {"a+b", "a.*b", "(a|b)+"}) {
             const Plain plain(expression);
@@ -326,6 +337,37 @@ private Q_SLOTS:
         QCOMPARE(expression.fault(), QString("Unmatched \\{"));
         expression.compile("a");
         QCOMPARE(expression.fault(), QString());
+    }
+
+    void anExpressionIsInvalidIfItsRepetitionsNeedTooMuchMemory_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("valid");
+        QTest::newRow("one large bound") << "a{1,30000}" << false;
+        QTest::newRow("nested bounds") << "((a{1,100}){1,100}){1,50}" << false;
+        QTest::newRow("nested bounds in several groups") << "((ab{70}c)x(d{70})){70}" << false;
+        QTest::newRow("nested bounds without an upper limit") << "((a{100,}){100,}){50,}" << false;
+        QTest::newRow("bounds of one part") << "a{100}{100}{50}" << false;
+        QTest::newRow("bound of a bracket expression") << "[}]{30000}" << false;
+        QTest::newRow("many nested pluses")
+            << QString("(").repeated(40) + "a" + QString(")+").repeated(40) << false;
+        QTest::newRow("small bounds") << "(ab){2,20}[x-z]{3}c{255}" << true;
+        QTest::newRow("many bounds in a row") << QString("a{9}b").repeated(50) << true;
+        QTest::newRow("long text") << QString("abc.").repeated(1000) << true;
+        QTest::newRow("escaped braces") << "a\\{30000\\}" << true;
+        QTest::newRow("braces in brackets") << "a[{30000}]" << true;
+    }
+
+    void anExpressionIsInvalidIfItsRepetitionsNeedTooMuchMemory()
+    {
+        QFETCH(QString, text);
+        QFETCH(bool, valid);
+        Expression expression;
+        expression.compile(text);
+        QCOMPARE(expression.isValid(), valid);
+        QCOMPARE(expression.fault(), valid ? QString() : QString("Regular expression too big"));
+        QVERIFY(valid || !expression.matches("aaaa"));
+        QVERIFY(CaselessPattern(text).isUsable() == valid);
     }
 
     void aSecondExpressionReplacesTheFirst()

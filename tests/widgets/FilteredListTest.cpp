@@ -28,6 +28,17 @@ public:
 
 const QVector<FixedTable::Row> usual = {{3, "update kernel"}, {2, "install shell"}, {1, "install kernel"}};
 
+// The C library compares this expression with a long row of letters "a". If a row has no letter "b", the
+// comparison is short.
+const QString difficult = QStringLiteral("(a*)*\\1b");
+
+QString letters(int count)
+{
+    return QString(count, 'a') + "xb";
+}
+
+const QString comparing = QStringLiteral("Comparing the rows (Esc stops)");
+
 } // namespace
 
 class FilteredListTest : public QObject
@@ -43,23 +54,37 @@ private Q_SLOTS:
     void theCurrentRowStaysCurrentAsLongAsItIsListed();
     void anInvalidExpressionHasTheErrorColourAndAnExplanation();
     void theListShowsTheReasonIfNoRowIsListed();
+    void theCurrentRowIsSelectedWhileTheUserHoldsAModifierKey();
     void aSignalReportsTheCurrentRowWhenTheRecordsAreReplaced();
-    void selectedRowsAreReturnedInTheOrderOfTheList();
+    void theSelectedRowsAreReturnedInTheOrderOfTheList();
     void aClickOnAHeaderSortsTheRowsByThisColumn();
     void theKeyboardReachesAllPartsOfTheList();
     void theListGetsTheFocusWhenTheWindowOpens();
     void theEnterKeyAndADoubleClickActivateTheRow();
-    void aCellThatIsTooNarrowShowsItsTextAsToolTip();
+    void aTooNarrowCellShowsItsTextAsToolTip();
     void columnsFitTheirTextsIfTheListIsWideEnough();
     void columnsWithLongTextsShareTheWidthOfTheList();
     void theDetailsPaneIsBelowTheList();
     void tenThousandRowsAreFiltered();
+    void theListRespondsWhileADifficultExpressionIsCompared();
+    void theRowsAreListedWhenTheComparisonWithADifficultExpressionEnds();
+    void aNewerExpressionReplacesADifficultExpression();
+    void stoppingAComparisonRestoresTheExpressionOfTheListedRows();
+    void stoppingAComparisonListsAllRowsIfThePreviousExpressionIsInvalid();
+    void aDifficultExpressionCanBeTyped();
+    void hidingTheListStopsTheComparison();
+    void newRowsDuringAComparisonAreFilteredAndTheWantedRowBecomesCurrent();
+    void allRowsAreListedIfAComparisonWithNewRowsIsStopped();
+    void theListCanBeDeletedDuringAComparison();
 
 private:
     QLineEdit* edit() const { return list->findChild<QLineEdit*>(); }
     QString count() const;
     QString emptyText() const { return list->tableView()->accessibleDescription(); }
     void show();
+    // Adds a row to the model and puts the difficult expression into the edit. The C library compares the two
+    // for minutes.
+    void pasteDifficultExpression();
 
     std::unique_ptr<Records> records;
     std::unique_ptr<FilteredList> list;
@@ -81,7 +106,7 @@ void FilteredListTest::cleanup()
 QString FilteredListTest::count() const
 {
     for (const QLabel* label : list->findChildren<QLabel*>()) {
-        if (label->buddy() == nullptr && label->text().contains("listed")) {
+        if (label->buddy() == nullptr && (label->text().contains("listed") || label->text() == comparing)) {
             return label->text();
         }
     }
@@ -159,6 +184,22 @@ void FilteredListTest::theListShowsTheReasonIfNoRowIsListed()
     QCOMPARE(count(), QString("0 of 0 listed"));
 }
 
+void FilteredListTest::theCurrentRowIsSelectedWhileTheUserHoldsAModifierKey()
+{
+    // For example, the user still holds the Ctrl key of the shortcut that opens the window.
+    for (const Qt::KeyboardModifier modifier : {Qt::ControlModifier, Qt::ShiftModifier}) {
+        QTest::keyPress(list->tableView(), Qt::Key_F2, modifier);
+        QVERIFY(QGuiApplication::keyboardModifiers().testFlag(modifier));
+        list->setCurrentRow(0);
+        QCOMPARE(list->selectedRows(), QList<int>{0});
+        list->setCurrentRow(0);
+        QCOMPARE(list->selectedRows(), QList<int>{0});
+        list->setCurrentRow(1);
+        QCOMPARE(list->selectedRows(), QList<int>{1});
+        QTest::keyRelease(list->tableView(), Qt::Key_F2, Qt::NoModifier);
+    }
+}
+
 void FilteredListTest::aSignalReportsTheCurrentRowWhenTheRecordsAreReplaced()
 {
     QSignalSpy spy(list.get(), SIGNAL(currentChanged(int)));
@@ -169,7 +210,7 @@ void FilteredListTest::aSignalReportsTheCurrentRowWhenTheRecordsAreReplaced()
     QCOMPARE(spy.takeFirst().at(0).toInt(), -1);
 }
 
-void FilteredListTest::selectedRowsAreReturnedInTheOrderOfTheList()
+void FilteredListTest::theSelectedRowsAreReturnedInTheOrderOfTheList()
 {
     list->sortBy(0, Qt::AscendingOrder);
     list->tableView()->selectAll();
@@ -257,7 +298,7 @@ void FilteredListTest::theEnterKeyAndADoubleClickActivateTheRow()
     QCOMPARE(spy.takeFirst().at(0).toInt(), 2);
 }
 
-void FilteredListTest::aCellThatIsTooNarrowShowsItsTextAsToolTip()
+void FilteredListTest::aTooNarrowCellShowsItsTextAsToolTip()
 {
     show();
     HTableView* table = list->tableView();
@@ -337,8 +378,149 @@ void FilteredListTest::tenThousandRowsAreFiltered()
     records->reset(many);
     list->sortBy(0, Qt::DescendingOrder);
     list->setExpression("remove");
-    QCOMPARE(count(), QString("5000 of 10000 listed"));
+    QTRY_COMPARE(count(), QString("5000 of 10000 listed"));
     QCOMPARE(list->tableView()->model()->index(0, 0).data().toInt(), 9999);
+}
+
+void FilteredListTest::pasteDifficultExpression()
+{
+    show();
+    records->append({4, letters(300)});
+    QTest::keyClick(list.get(), Qt::Key_F, Qt::AltModifier); // selects the present expression
+    QTRY_VERIFY(edit()->hasFocus());
+    QApplication::clipboard()->setText(difficult);
+    QTest::keyClick(edit(), Qt::Key_V, Qt::ControlModifier);
+    QCOMPARE(edit()->text(), difficult);
+    QTRY_COMPARE(count(), comparing);
+}
+
+void FilteredListTest::theListRespondsWhileADifficultExpressionIsCompared()
+{
+    pasteDifficultExpression();
+    bool answered = false;
+    QTimer::singleShot(0, [&answered] { answered = true; });
+    QTRY_VERIFY(answered);
+    // The list still has the rows of the previous expression, and the user can sort them and move in them.
+    const QAbstractItemModel* listed = list->tableView()->model();
+    QCOMPARE(listed->rowCount(), 4);
+    QTest::keyClick(edit(), Qt::Key_Down);
+    QTRY_VERIFY(list->tableView()->hasFocus());
+    list->setCurrentRow(0);
+    QTest::keyClick(list->tableView(), Qt::Key_Down);
+    QCOMPARE(list->currentRow(), 1);
+    list->sortBy(0, Qt::AscendingOrder);
+    QCOMPARE(listed->index(0, 0).data().toInt(), 1);
+    QCOMPARE(list->currentRow(), 1);
+    QCOMPARE(count(), comparing);
+    QCOMPARE(emptyText(), QString());
+}
+
+void FilteredListTest::theRowsAreListedWhenTheComparisonWithADifficultExpressionEnds()
+{
+    show();
+    records->append({4, letters(100)});
+    records->append({5, "aab"});
+    records->append({6, "aaa"});
+    QTest::keyClicks(edit(), difficult);
+    QTRY_COMPARE_WITH_TIMEOUT(count(), QString("2 of 6 listed"), 300000);
+    QCOMPARE(list->tableView()->model()->index(0, 0).data().toInt(), 4);
+    QCOMPARE(list->tableView()->model()->index(1, 0).data().toInt(), 5);
+    QCOMPARE(edit()->text(), difficult);
+}
+
+void FilteredListTest::aNewerExpressionReplacesADifficultExpression()
+{
+    pasteDifficultExpression();
+    edit()->selectAll();
+    QTest::keyClicks(edit(), "install");
+    QCOMPARE(count(), QString("2 of 4 listed"));
+    edit()->selectAll();
+    QTest::keyClicks(edit(), difficult);
+    QTRY_COMPARE(count(), comparing);
+    edit()->selectAll();
+    QTest::keyClicks(edit(), "k(e).n\\1l$"); // also has a back reference
+    QTRY_COMPARE(count(), QString("2 of 4 listed"));
+    QCOMPARE(list->tableView()->model()->index(0, 0).data().toInt(), 3);
+    QTest::qWait(500); // an older comparison must not change the list
+    QCOMPARE(count(), QString("2 of 4 listed"));
+    QCOMPARE(list->tableView()->model()->index(0, 0).data().toInt(), 3);
+}
+
+void FilteredListTest::stoppingAComparisonRestoresTheExpressionOfTheListedRows()
+{
+    QVERIFY(!list->stopComparing());
+    list->setExpression("kernel");
+    pasteDifficultExpression();
+    QVERIFY(list->stopComparing());
+    QCOMPARE(edit()->text(), QString("kernel"));
+    QCOMPARE(count(), QString("2 of 4 listed"));
+    QVERIFY(!list->stopComparing());
+    QTest::keyClick(edit(), Qt::Key_Z, Qt::ControlModifier);
+    QCOMPARE(edit()->text(), difficult);
+    QTRY_COMPARE(count(), comparing);
+}
+
+void FilteredListTest::stoppingAComparisonListsAllRowsIfThePreviousExpressionIsInvalid()
+{
+    list->setExpression("(");
+    pasteDifficultExpression();
+    QVERIFY(list->stopComparing());
+    QCOMPARE(edit()->text(), QString());
+    QCOMPARE(count(), QString("4 of 4 listed"));
+}
+
+void FilteredListTest::aDifficultExpressionCanBeTyped()
+{
+    show();
+    records->append({4, letters(300)});
+    QTest::keyClicks(edit(), difficult);
+    QTRY_COMPARE(count(), comparing);
+    QCOMPARE(edit()->text(), difficult);
+    QVERIFY(edit()->palette().color(QPalette::Base) != QColor(Colors::errorBg()));
+}
+
+void FilteredListTest::hidingTheListStopsTheComparison()
+{
+    pasteDifficultExpression();
+    list->hide();
+    QVERIFY(!list->stopComparing());
+    QCOMPARE(edit()->text(), QString());
+    QCOMPARE(count(), QString("4 of 4 listed"));
+}
+
+void FilteredListTest::newRowsDuringAComparisonAreFilteredAndTheWantedRowBecomesCurrent()
+{
+    pasteDifficultExpression();
+    QSignalSpy spy(list.get(), SIGNAL(currentChanged(int)));
+    records->reset({{1, "aab"}, {2, letters(100)}, {3, "aaa"}, {4, "b"}});
+    list->setCurrentRow(3);
+    QTRY_COMPARE_WITH_TIMEOUT(count(), QString("3 of 4 listed"), 300000);
+    QCOMPARE(list->tableView()->model()->index(1, 0).data().toInt(), 2);
+    QCOMPARE(list->currentRow(), 3);
+    QCOMPARE(spy.last().at(0).toInt(), 3);
+    QCOMPARE(edit()->text(), difficult);
+}
+
+void FilteredListTest::allRowsAreListedIfAComparisonWithNewRowsIsStopped()
+{
+    pasteDifficultExpression();
+    records->reset({{1, "kernel"}, {2, letters(300)}});
+    QCOMPARE(list->tableView()->model()->rowCount(), 0); // the comparison has found no matching row so far
+    QCOMPARE(list->currentRow(), -1);
+    QCOMPARE(emptyText(), QString("Comparing the rows with the expression..."));
+    QTRY_COMPARE(count(), comparing);
+    QVERIFY(list->stopComparing());
+    QCOMPARE(edit()->text(), QString());
+    QCOMPARE(count(), QString("2 of 2 listed"));
+    QCOMPARE(list->currentRow(), 0);
+}
+
+void FilteredListTest::theListCanBeDeletedDuringAComparison()
+{
+    pasteDifficultExpression();
+    list.reset();
+    records.reset();
+    QTest::qWait(100);
 }
 
 QTEST_MAIN(FilteredListTest)

@@ -9,8 +9,8 @@
 
 namespace {
 
-// A table in which a search uses other values than column 0 displays, and sorting uses other values than
-// column 1 displays.
+// In column 0 of this table, the searched texts differ from the displayed texts. In column 1, the sorted
+// values differ from the displayed values.
 class Keyed : public FixedTable
 {
 public:
@@ -48,6 +48,14 @@ QStringList firstColumn(const FilteredRows& rows)
     return texts;
 }
 
+// The C library compares this expression with the text for minutes.
+const QString difficult = QStringLiteral("(a*)*\\1b");
+
+QString difficultText()
+{
+    return QString(300, 'a') + "xb";
+}
+
 } // namespace
 
 class FilteredRowsTest : public QObject
@@ -65,8 +73,13 @@ private Q_SLOTS:
     void rowIndexesAreMappedToTheSourceModelAndBack();
     void rowsAreFilteredAndSortedAgainWhenTheSourceChanges();
     void aSignalReportsChangedCellsOfListedRows();
-    void theHeaderIsThatOfTheSourceEvenIfNoRowIsListed();
+    void theHeaderShowsTheTitlesOfTheSourceEvenIfNoRowIsListed();
     void noRowIsListedIfNoSourceIsSet();
+    void anExpressionWithABackReferenceIsComparedByOtherThreads();
+    void sortingDuringAComparisonSortsTheListedRows();
+    void anEquivalentExpressionIsNotComparedAgain();
+    void theNewTextIsComparedIfACellChangesDuringAComparison();
+    void theSourceCanBeDeletedDuringAComparison();
 };
 
 void FilteredRowsTest::everyRowIsListedIfNoExpressionIsSet()
@@ -210,7 +223,7 @@ void FilteredRowsTest::aSignalReportsChangedCellsOfListedRows()
     QCOMPARE(spy.first().at(1).toModelIndex(), rows.index(0, 1));
 }
 
-void FilteredRowsTest::theHeaderIsThatOfTheSourceEvenIfNoRowIsListed()
+void FilteredRowsTest::theHeaderShowsTheTitlesOfTheSourceEvenIfNoRowIsListed()
 {
     Keyed table;
     FilteredRows rows;
@@ -232,6 +245,89 @@ void FilteredRowsTest::noRowIsListedIfNoSourceIsSet()
     }
     QCOMPARE(rows.rowCount(), 0);
     QVERIFY(!rows.index(0, 0).isValid());
+}
+
+void FilteredRowsTest::anExpressionWithABackReferenceIsComparedByOtherThreads()
+{
+    FixedTable table({{QString(100, 'a') + "xb", 1}, {"aab", 2}, {"kernel", 3}});
+    FilteredRows rows;
+    rows.setSourceModel(&table);
+    QSignalSpy spy(&rows, SIGNAL(longComparison(bool)));
+    rows.setExpression("[kx]");
+    rows.setExpression("(a*)*\\1b");
+    QVERIFY(rows.isComparing());
+    QCOMPARE(rows.listedExpression(), QString("[kx]"));
+    QCOMPARE(rows.rowCount(), 2);
+    QTRY_VERIFY_WITH_TIMEOUT(!rows.isComparing(), 300000);
+    QCOMPARE(rows.listedExpression(), QString("(a*)*\\1b"));
+    QCOMPARE(rows.rowCount(), 2);
+    QCOMPARE(rows.index(1, 0).data().toString(), QString("aab"));
+    QCOMPARE(spy.count(), 2);
+    QCOMPARE(spy.at(0).at(0).toBool(), true);
+    QCOMPARE(spy.at(1).at(0).toBool(), false);
+    rows.setExpression("(a*)*\\1)["); // an invalid expression is never compared
+    QVERIFY(!rows.isComparing());
+    QCOMPARE(rows.rowCount(), 0);
+}
+
+void FilteredRowsTest::sortingDuringAComparisonSortsTheListedRows()
+{
+    FixedTable table({{"b", 1}, {difficultText(), 2}, {"a", 3}});
+    FilteredRows rows;
+    rows.setSourceModel(&table);
+    rows.setExpression("^[ab] ");
+    rows.setExpression(difficult);
+    rows.sort(0, Qt::AscendingOrder);
+    QVERIFY(rows.isComparing());
+    QCOMPARE(firstColumn(rows), QStringList({"a", "b"}));
+}
+
+void FilteredRowsTest::anEquivalentExpressionIsNotComparedAgain()
+{
+    FixedTable table({{"b", 1}, {difficultText(), 2}});
+    FilteredRows rows;
+    rows.setSourceModel(&table);
+    rows.setExpression("^b");
+    rows.setExpression(difficult);
+    QSignalSpy spy(&rows, SIGNAL(modelReset()));
+    rows.setExpression("^b.*");
+    QVERIFY(!rows.isComparing());
+    QCOMPARE(spy.count(), 0);
+    QCOMPARE(firstColumn(rows), QStringList({"b"}));
+    QCOMPARE(rows.listedExpression(), QString("^b.*"));
+    // After a change to a text, the same expression may match different rows than before.
+    table.rows[0][0] = "x";
+    Q_EMIT table.dataChanged(table.index(0, 0), table.index(0, 0));
+    QCOMPARE(rows.rowCount(), 1);
+    rows.setExpression("^b");
+    QCOMPARE(rows.rowCount(), 0);
+}
+
+void FilteredRowsTest::theNewTextIsComparedIfACellChangesDuringAComparison()
+{
+    FixedTable table({{"b", 1}, {difficultText(), 2}});
+    FilteredRows rows;
+    rows.setSourceModel(&table);
+    rows.setExpression(difficult);
+    QVERIFY(rows.isComparing());
+    table.rows[0][0] = "x";
+    table.rows[1][0] = "aab";
+    Q_EMIT table.dataChanged(table.index(0, 0), table.index(1, 0));
+    QTRY_VERIFY(!rows.isComparing());
+    QCOMPARE(firstColumn(rows), QStringList({"aab"}));
+}
+
+void FilteredRowsTest::theSourceCanBeDeletedDuringAComparison()
+{
+    FilteredRows rows;
+    {
+        FixedTable table({{QString(80, 'a') + "xb", 1}, {"aab", 2}});
+        rows.setSourceModel(&table);
+        rows.setExpression(difficult);
+        QVERIFY(rows.isComparing());
+    }
+    QTRY_VERIFY_WITH_TIMEOUT(!rows.isComparing(), 300000);
+    QCOMPARE(rows.rowCount(), 0);
 }
 
 QTEST_MAIN(FilteredRowsTest)

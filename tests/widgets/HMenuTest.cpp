@@ -39,12 +39,12 @@ private Q_SLOTS:
     void theToolTipOfAnActionIsShownAtThePointer();
     void aToolTipThatOnlyRepeatsTheTextIsNotShown_data();
     void aToolTipThatOnlyRepeatsTheTextIsNotShown();
-    void noToolTipIsShownIfNoActionIsActive();
+    void noToolTipOfAnActionIsShownIfNoActionIsActive();
     void theTipOfTheActiveActionInAnOpenSubMenuIsShown();
     void theTipOfTheActiveActionInTheInnermostOpenMenuIsShown();
     void theTipOfTheParentEntryIsShownIfItsSubMenuHasNoActiveAction();
     void theTipOfTheParentEntryIsShownIfItsSubMenuIsClosed();
-    void theToolTipOfTheMenuItselfIsShownIfNoActionIsActive();
+    void theToolTipOfTheMenuIsShownIfNoActionIsActive();
     void hoveringOverAnActionShowsItsToolTip();
 };
 
@@ -147,17 +147,17 @@ void HMenuTest::aToolTipThatOnlyRepeatsTheTextIsNotShown_data()
     const auto row = [](const char* name, const char* text, const char* toolTip, bool shown) {
         QTest::newRow(name) << QString::fromLatin1(text) << QString::fromLatin1(toolTip) << shown;
     };
-    row("none given", "Quit", "", false);
-    row("none given, mnemonic and dots", "&About...", "", false);
-    row("the text", "Quit", "Quit", false);
-    row("the text without mnemonic", "E&xit", "Exit", false);
-    row("the text without dots", "Open...", "Open", false);
-    row("the text without any mnemonic and dots", "&a...&b...", "ab", false);
-    row("no text and none given", "", "", false);
-    row("other case", "Quit", "quit", true);
-    row("with the mnemonic", "&Quit", "&Quit", true);
-    row("with the dots", "Open...", "Open...", true);
-    row("more", "Quit", "Quit the program", true);
+    row("no tool tip", "Quit", "", false);
+    row("no tool tip, text with mnemonic and dots", "&About...", "", false);
+    row("tool tip equal to the text", "Quit", "Quit", false);
+    row("tool tip equal to the text without mnemonic", "E&xit", "Exit", false);
+    row("tool tip equal to the text without dots", "Open...", "Open", false);
+    row("tool tip equal to the text without all mnemonics and dots", "&a...&b...", "ab", false);
+    row("neither text nor tool tip", "", "", false);
+    row("different letter case", "Quit", "quit", true);
+    row("tool tip with the mnemonic", "&Quit", "&Quit", true);
+    row("tool tip with the dots", "Open...", "Open...", true);
+    row("longer than the text", "Quit", "Quit the program", true);
 }
 
 void HMenuTest::aToolTipThatOnlyRepeatsTheTextIsNotShown()
@@ -172,7 +172,7 @@ void HMenuTest::aToolTipThatOnlyRepeatsTheTextIsNotShown()
     QCOMPARE(toolTipOf(menu), shown ? toolTip : QString());
 }
 
-void HMenuTest::noToolTipIsShownIfNoActionIsActive()
+void HMenuTest::noToolTipOfAnActionIsShownIfNoActionIsActive()
 {
     menu->setActiveAction(nullptr);
     QCOMPARE(toolTipOf(menu), QString());
@@ -224,7 +224,7 @@ void HMenuTest::theTipOfTheParentEntryIsShownIfItsSubMenuIsClosed()
     QCOMPARE(toolTipOf(menu), QStringLiteral("more of it"));
 }
 
-void HMenuTest::theToolTipOfTheMenuItselfIsShownIfNoActionIsActive()
+void HMenuTest::theToolTipOfTheMenuIsShownIfNoActionIsActive()
 {
     // If no entry is active, QMenu shows the tool tip of the menu itself.
     HMenu plain(QStringLiteral("Plain"));

@@ -9,6 +9,10 @@
 
 #include <QtTest>
 
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
 #include "widgets/Expression.h"
 
 namespace {
@@ -95,10 +99,39 @@ private Q_SLOTS:
             QTRY_VERIFY(state->begun > 0);
             QVERIFY(!matching.wait(1));
         }
-        const int begun = state->begun + 8; // each of up to 8 threads may be just before its next item
+        const int begun = state->begun + 8; // up to 8 threads may each begin one more item
         state->held = false;
         QTRY_COMPARE(state.use_count(), 1L); // true when all threads have ended
         QVERIFY2(state->begun <= begun, qPrintable(QString::number(state->begun)));
+    }
+
+    void aThreadThatIsNoLongerNeededHasTheLowestPriority()
+    {
+        struct State
+        {
+            std::atomic<pid_t> thread{0};
+            std::atomic<bool> held{true};
+        };
+        const int before = getpriority(PRIO_PROCESS, 0);
+        const auto state = std::make_shared<State>();
+        const auto priority = [&state] {
+            return getpriority(PRIO_PROCESS, static_cast<id_t>(state->thread));
+        };
+        {
+            const ParallelMatching matching("a", 1, [state](const Expression&, size_t) {
+                state->thread = static_cast<pid_t>(syscall(SYS_gettid));
+                while (state->held) {
+                    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                }
+                return true;
+            });
+            QTRY_VERIFY(state->thread != 0);
+            QCOMPARE(priority(), before);
+        }
+        QCOMPARE(priority(), 19);
+        QCOMPARE(getpriority(PRIO_PROCESS, 0), before); // the other threads keep their priority
+        state->held = false;
+        QTRY_COMPARE(state.use_count(), 1L);
     }
 
     void anInvalidExpressionMatchesNoItem()

@@ -40,6 +40,15 @@ private Q_SLOTS:
         QCOMPARE(outcome.changes(), QString("3 installed"));
     }
 
+    void theDescriptionMentionsImportedKeysIfNoPackagesWereChanged()
+    {
+        TransactionOutcome outcome;
+        outcome.keysImported = true;
+        QCOMPARE(outcome.text(), QString("No packages were changed, but signing keys were imported"));
+        outcome.counts[TransactionOutcome::Installed] = 3;
+        QCOMPARE(outcome.text(), QString("3 installed"));
+    }
+
     void theDescriptionOfAnOutcomeIsOneLine_data()
     {
         using O = TransactionOutcome;
@@ -52,9 +61,10 @@ private Q_SLOTS:
                             bool restart, const QString& changes, const QString& text) {
             QTest::newRow(name) << counts << scriptlets << restart << changes << text;
         };
-        row("packages", {O::Installed, 18, O::Updated, 1, O::Failed, 1}, {}, true, "18 installed, 1 updated",
-            "18 installed, 1 updated, 1 failed; a restart is needed");
-        row("other packages", {O::Downgraded, 1, O::Reinstalled, 2, O::Removed, 3}, {}, false,
+        row("installed, updated and failed packages", {O::Installed, 18, O::Updated, 1, O::Failed, 1}, {},
+            true, "18 installed, 1 updated", "18 installed, 1 updated, 1 failed; a restart is needed");
+        row("downgraded, reinstalled and removed packages",
+            {O::Downgraded, 1, O::Reinstalled, 2, O::Removed, 3}, {}, false,
             "1 downgraded, 2 reinstalled, 3 removed", "1 downgraded, 2 reinstalled, 3 removed");
         row("one group", {O::GroupsInstalled, 1}, {}, false, "1 group installed", "1 group installed");
         row("a group of each kind", {O::GroupsUpdated, 1, O::GroupsRemoved, 1, O::Modules, 1}, {}, false,
@@ -86,6 +96,40 @@ private Q_SLOTS:
         QTEST(outcome.text(), "text");
         QCOMPARE(outcome.hasFailures(),
                  !scriptlets.isEmpty() || outcome.counts[TransactionOutcome::Failed] != 0);
+    }
+
+    void theDetailsNameAllPackagesWithFailedScriptlets()
+    {
+        TransactionOutcome outcome;
+        outcome.counts[TransactionOutcome::Installed] = 3;
+        QCOMPARE(outcome.details(), QString());
+        outcome.failedScriptlets = QStringList{"limpgate"};
+        QCOMPARE(outcome.details(), QString()); // the text names this package
+        outcome.failedScriptlets = QStringList{"limpgate", "%1%2", "loudhailer"};
+        QCOMPARE(outcome.details(), QString("3 installed; the scriptlets of limpgate and 2 more failed\n"
+                                            "The scriptlets of these packages failed:\n"
+                                            "    limpgate, %1%2, loudhailer"));
+    }
+
+    void theDetailsOfManyFailuresFitOnAScreen()
+    {
+        TransactionOutcome outcome;
+        for (int i = 0; i < 100; ++i) {
+            outcome.failedScriptlets.append(QString("some-package-%1").arg(i));
+        }
+        QStringList lines = outcome.details().split('\n');
+        QVERIFY2(lines.size() < 40, qPrintable(outcome.details()));
+        for (const QString& line : qAsConst(lines)) {
+            QVERIFY2(line.size() < 90, qPrintable(line));
+        }
+        QCOMPARE(lines.mid(2).join(QString()).remove(' ').split(','), outcome.failedScriptlets);
+        outcome.failedScriptlets += QStringList{"package-x", "package-y"};
+        lines = outcome.details().split('\n');
+        QCOMPARE(lines.last(), QString("The log names 2 more."));
+        QVERIFY(!outcome.details().contains("package-x"));
+        outcome.failedScriptlets = QStringList{QString(300, 'x'), "short"};
+        QCOMPARE(outcome.details().split('\n').mid(2),
+                 (QStringList{"    " + QString(300, 'x') + ",", "    short"}));
     }
 };
 

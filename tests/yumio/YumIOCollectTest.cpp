@@ -68,6 +68,24 @@ private Q_SLOTS:
         QVERIFY(PyErr_Occurred() == nullptr);
     }
 
+    void theScriptIsAskedOnceForEachRepositoryWhetherItIsLocal()
+    {
+        backEnd->run(
+            "it.does['isLocal'] = lambda repoid: repoid == 'near'\n"
+            "it.updates = [Package('u', repoid='far')]\n"
+            "it.installed = [Package('u', version='0', repoid='@System')]\n"
+            "it.available = [Package('p%d' % i, repoid='near' if i % 3 else 'far') for i in range(30)]");
+        QVERIFY(yumIO().collect({}));
+        QCOMPARE(backEnd->text("sorted(it.did('isLocal'))"), QString("[('far',), ('near',)]"));
+        QVERIFY(yumIO().isLocalRepo("near"));
+        QVERIFY(!yumIO().isLocalRepo("far"));
+        QVERIFY(!yumIO().isLocalRepo("@System"));
+        // The next collection asks a second time, because the user may have edited the repositories.
+        backEnd->run("it.does['isLocal'] = lambda repoid: False");
+        QVERIFY(yumIO().collect({}));
+        QVERIFY(!yumIO().isLocalRepo("near"));
+    }
+
     void aRecordHasTheValuesOfItsPackage()
     {
         backEnd->run(
@@ -164,7 +182,7 @@ private Q_SLOTS:
         QVERIFY(backEnd->collect());
     }
 
-    void aCollectionReportsAnyOtherReasonWhyTheLockCannotBeTaken()
+    void aCollectionReportsAnUnexpectedErrorOfTheLock()
     {
         backEnd->run("it.raises['lock'] = KeyError('x')");
         QVERIFY(!backEnd->collect());
@@ -172,7 +190,7 @@ private Q_SLOTS:
         QVERIFY(!yumIO().locked);
     }
 
-    void extraDataCountAsLoadedEvenAfterAFailedCollection()
+    void theExtraDataCountAsLoadedEvenAfterAFailedCollection()
     {
         yumIO().fileListsLoaded = false;
         yumIO().otherDataLoaded = false;
@@ -398,7 +416,7 @@ private Q_SLOTS:
         QVERIFY(!yumIO().wasStopped());
     }
 
-    void theBackEndNamesRepositoriesThatWereLeftOutWithoutAQuestion()
+    void theBackEndNamesRepositoriesThatTheScriptLeavesOutWithoutAQuestion()
     {
         const int before = yumIO().logEntries().count();
         backEnd->run("def read():\n"
@@ -444,7 +462,8 @@ private Q_SLOTS:
         QCOMPARE(asked[1].text,
                  QString("The repository two cannot be read:\nbroken\n\nGo on without it for this session?"));
         QCOMPARE(yumIO().unwantedRepos(), QStringList({"one", "two", "three"}));
-        // The next collection asks again, although the user has answered "Yes to All" before.
+        // The next collection asks a second time, although the user has answered "Yes to All" in the first
+        // collection.
         for (const QString answer : {"No", "Escape", "Enter"}) {
             backEnd->run("seen = []\n"
                          "it.does['setupRepos'] = lambda: seen.append(goOnWithout('one', 'late', 0))");
@@ -569,7 +588,7 @@ private Q_SLOTS:
         QVERIFY(entry->next->next == nullptr);
     }
 
-    void anUpdateIsAlsoChainedToInstalledVersionsOfAnotherBiArchClass()
+    void anUpdateIsChainedToItsInstalledVersionEvenIfTheirBiArchClassesDiffer()
     {
         backEnd->run(
             "loses, gets = Package('loses', '2.0', arch='noarch'), Package('gets', '2.0', arch='i686')\n"
@@ -662,7 +681,7 @@ private Q_SLOTS:
         QVERIFY(!backEnd->entry("lib", "i386")->duplicate);
     }
 
-    void repeatedFailuresToCompareTwoRecordsAreReportedOnce()
+    void severalFailuresToCompareRecordsAreReportedOnce()
     {
         backEnd->run(
             "it.available = [Package('lib%d' % n, arch=a) for n in range(50) for a in ('x86_64', 'i686')]\n"
@@ -744,7 +763,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("Broken.asked"), QString("1"));
         QCOMPARE(yumIO().count(), 501);
         QCOMPARE(backEnd->group("G499")->state, Package::Updatable);
-        // In the next collection, the same failure is not reported again.
+        // The next collection does not report this failure a second time.
         yumIO().clearEntries();
         QVERIFY(backEnd->collect());
         QCOMPARE(backEnd->answers.take().count(), 0);
@@ -773,7 +792,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->entry("suite")->kind, Package::Ordinary);
     }
 
-    void clearEntriesRemovesAllRecords()
+    void theClearEntriesFunctionRemovesAllRecords()
     {
         backEnd->run("it.available = [Package('lib', arch='x86_64'), Package('lib', arch='i686')]\n"
                      "it.groups = [Group('G', 'g')]");
@@ -784,7 +803,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().records.keyCount(), 0);
     }
 
-    void clearEntriesBeforeQuitReleasesNoReferences()
+    void theClearEntriesBeforeQuitFunctionReleasesNoReferences()
     {
         backEnd->run("it.installed = [Package('kernel', v) for v in ('6.1', '6.2')]\nkernels = it.installed");
         QVERIFY(backEnd->collect());
@@ -795,10 +814,25 @@ private Q_SLOTS:
         QCOMPARE(yumIO().records.keyCount(), 0);
     }
 
-    void resetCallsTheResetMethodOfTheScript()
+    void theResetFunctionCallsTheResetMethodOfTheScript()
     {
         yumIO().reset();
         QCOMPARE(backEnd->text("it.calls"), QString("[('reset',)]"));
+    }
+
+    void theWindowRespondsWhileTheScriptIsReset()
+    {
+        backEnd->run("import threading\n"
+                     "served = threading.Event()\n"
+                     "def reset():\n"
+                     "    it.calls.append(served.wait(60))\n"
+                     "it.reset = reset");
+        QTimer::singleShot(0, this, [this] {
+            Python::PyGILStateWrapper lock(true);
+            backEnd->run("served.set()");
+        });
+        yumIO().reset();
+        QCOMPARE(backEnd->text("it.calls"), QString("[True]"));
     }
 
     void configurationVariablesAreRead()

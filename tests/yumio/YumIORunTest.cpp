@@ -13,7 +13,8 @@
 
 namespace {
 
-// If one of these variables is true, the system call fails. A test cannot make the real call fail.
+// Each variable that is true makes one of the functions below fail. A test cannot make the real functions
+// fail.
 bool failWaiting = false;
 bool failSettingTheChildSignal = false;
 bool failRestoringTheChildSignal = false;
@@ -163,7 +164,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text(descriptors), original);
     }
 
-    void theListOfMarkedRecordsNeitherKeepsNorDeletesTheRecords()
+    void theListOfMarkedRecordsDoesNotOwnTheRecords()
     {
         collect("it.available = [Package('tool')]");
         mark("tool", Package::Install);
@@ -205,7 +206,7 @@ private Q_SLOTS:
         backEnd->answers.take();
     }
 
-    void theMessageAboutAFailureContainsTheErrorsThatTheScriptHasLogged()
+    void theMessageAboutAFailureContainsTheErrorsThatTheScriptLogged()
     {
         collect("it.updates = [Package('tool', '2.0')]\nit.installed = [Package('tool')]\n"
                 "it.raises['verifyLocalPkg'] = dnf.exceptions.MiscError('not there')");
@@ -249,7 +250,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen"), QString("[256]"));
     }
 
-    void childrenThatHaveEndedBeforeAnApplyAreReaped()
+    void anApplyFirstReapsTheEndedChildren()
     {
         const pid_t child = fork();
         if (child == 0) {
@@ -294,7 +295,7 @@ private Q_SLOTS:
                  QStringList("Unable to restore SIGCHLD signal handler; errno=22 (Invalid argument)"));
     }
 
-    void systemChangedReturnsTrueIfTheRealTransactionHasBegun()
+    void theSystemChangedFunctionReturnsTrueIfTheRealTransactionHasBegun()
     {
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\nyumIOC.rpmtransInit(True)"));
         backEnd->answers.take();
@@ -327,12 +328,14 @@ private Q_SLOTS:
     void theScriptReportsTheOutcomeOfATransaction()
     {
         const QString confirmed = "yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n";
-        QVERIFY(apply(confirmed +
-                      "it.outcome = {'installed': 3, 'failed': 'x', 'groupsRemoved': 2, 'odd': 1, "
-                      "'failedScriptlets': ['b\\u00f6se', 'other'], 'restartNeeded': True}"));
+        QVERIFY(apply(
+            confirmed +
+            "it.outcome = {'installed': 3, 'failed': 'x', 'groupsRemoved': 2, 'odd': 1, "
+            "'failedScriptlets': ['b\\u00f6se', 'other'], 'restartNeeded': True, 'keysImported': True}"));
         backEnd->answers.take();
         TransactionOutcome outcome = yumIO().transactionOutcome();
         QVERIFY(outcome.known);
+        QVERIFY(outcome.keysImported);
         QCOMPARE(outcome.text(),
                  QString("3 installed, 2 groups removed; a restart is needed; the scriptlets of b\u00f6se "
                          "and 1 more failed"));
@@ -340,11 +343,12 @@ private Q_SLOTS:
         QVERIFY(!apply("it.outcome = None"));
         outcome = yumIO().transactionOutcome();
         QVERIFY(!outcome.known);
+        QVERIFY(!outcome.keysImported);
         QCOMPARE(outcome.text(), QString("Nothing was changed"));
         backEnd->run("del it.outcome");
     }
 
-    void theMessageAboutAFailureBeginsWithTheChangesMadeSoFar()
+    void theMessageAboutAFailureBeginsWithTheCompletedChanges()
     {
         const QString changed = "yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
                                 "it.outcome = {'installed': 3, 'updated': 1, 'failed': 1}\n"
@@ -424,7 +428,7 @@ private Q_SLOTS:
         backEnd->answers.take();
     }
 
-    void theEnterKeyAcceptsTheListingButRefusesAnyOtherQuestion()
+    void theEnterKeyAcceptsTheListingButAnswersQuestionsWithNo()
     {
         backEnd->answers.press("Enter");
         QVERIFY(!apply("seen.append(yumIOC.userconfirm())"));
@@ -445,7 +449,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen"),
                  QString("[['Running Transaction: Total Progress (1%) 100/9100', "
                          "'Waiting for w\u00e4scher (17) 0/0']]")); // "0/0" means that the bar has no maximum
-        // Outside of an operation, the idle bars cannot show an activity.
+        // While no operation runs, the bars are idle and cannot show an activity.
         backEnd->run("changeActivity('later')");
     }
 
@@ -460,7 +464,7 @@ private Q_SLOTS:
         backEnd->answers.take();
         QCOMPARE(backEnd->text("seen"), QString("['Waiting for x 0/0', 'Preparing (0%) 0/1', "
                                                 "[True, True, True]]"));
-        // On the graphical thread, waitForLock() does not wait.
+        // waitForLock() does not wait on the graphical thread.
         backEnd->run("seen.append([waitForLock('later'), waitForLock(None)])");
         QCOMPARE(backEnd->text("seen[-1]"), QString("[False, True]"));
         QVERIFY(!yumIO().stop());
@@ -569,7 +573,7 @@ private Q_SLOTS:
         QVERIFY(!yumIO().wasStopped());
     }
 
-    void aCollectionKeepsTheMarksThatAreStillPossible()
+    void aCollectionKeepsPossibleMarks()
     {
         const QString before("it.updates = [Package('fresh', '2.0'), Package('done', '2.0'), "
                              "Package('both', '2.0', arch='i686'), Package('away', '2.0')]\n"
@@ -612,7 +616,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->group("tool")->action, Package::None);
     }
 
-    void signalsThatEndTheProgramAreDelayedWhileTheSystemIsChanged()
+    void terminationSignalsAreDelayedWhileTheSystemIsChanged()
     {
         // The test framework has changed the actions for SIGHUP and SIGTERM, so set their default actions.
         const std::array<int, 2> numbers{SIGHUP, SIGTERM};

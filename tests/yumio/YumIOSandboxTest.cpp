@@ -181,6 +181,15 @@ private Q_SLOTS:
         QCOMPARE(yumIO().count(), yumIO().records.keyCount());
     }
 
+    void onlyARepositoryInADirectoryIsLocal()
+    {
+        QVERIFY(yumIO().isLocalRepo("sandbox-file"));
+        for (const char* const id : {"sandbox-http", "sandbox-updates", "sandbox-unreachable", "@System"}) {
+            QVERIFY2(!yumIO().isLocalRepo(id), id);
+        }
+        QCOMPARE(backEnd->entry("corkboard")->repo, QString("sandbox-file"));
+    }
+
     void installedRecordsMatchTheRpmDatabase()
     {
         QSet<QString> records;
@@ -343,7 +352,7 @@ private Q_SLOTS:
                  QString("lectern-slides\nledger-calc\nscribe-writer"));
     }
 
-    void textsWithMarkupAndManyScriptsAreUnchanged()
+    void textsWithMarkupAndLettersOfManyAlphabetsAreUnchanged()
     {
         QCOMPARE(yumIO().getSummary(*backEnd->entry("tagsoup")),
                  QString("Shows <b>bold</b><script>alert(1)</script> & <img src=x>"));
@@ -360,7 +369,7 @@ private Q_SLOTS:
         QVERIFY(yumIO().collectFileLists());
         QVERIFY(yumIO().collectOtherData());
         QCOMPARE(spy.count(), 0);
-        // The extra data can also be loaded later.
+        // The extra data can also be loaded after the collection.
         yumIO().fileListsLoaded = false;
         yumIO().otherDataLoaded = false;
         QVERIFY(yumIO().collectFileLists());
@@ -391,11 +400,11 @@ private Q_SLOTS:
 
     // --- Texts to search
 
-    void theSearchTextsOfPackagesAreTheTextsOfTheGetters()
+    void theSearchTextsOfPackagesEqualTheTextsOfTheGetters()
     {
         setMetadataPath("genuinePath(self, repoid, kind)");
         checkSearchTexts(1 << 30);
-        // With this setting, the texts come from the packages, not from the metadata.
+        // Because of this limit, the texts come from the packages, not from the metadata.
         QCOMPARE(backEnd->text("asked"), QString("[]"));
         const Package::Entry& orchard = *backEnd->entry("orchard");
         QVERIFY(
@@ -412,7 +421,7 @@ private Q_SLOTS:
                  QByteArray("Arts|easel|palette-knife|brushwork\nvarnish-coat||"));
     }
 
-    void searchTextsReadFromTheMetadataAreTheTextsOfTheGetters()
+    void searchTextsFromTheMetadataEqualTheTextsOfTheGetters()
     {
         const int logged = backEnd->log().count();
         const QByteArray zone = qgetenv("TZ");
@@ -504,7 +513,7 @@ private Q_SLOTS:
                  warned);
     }
 
-    void theSearchTextsOfARecordAreReadOnlyOnce()
+    void theSearchTextsOfARecordAreReadOnce()
     {
         setMetadataPath("genuinePath(self, repoid, kind)");
         checkSearchTexts(1 << 30);
@@ -584,7 +593,7 @@ private Q_SLOTS:
         backEnd->entry("moonbridge")->action = Package::None;
     }
 
-    void anApplyInstallsUpdatesAndRemovesPackages()
+    void oneApplyCanInstallUpdateAndRemovePackages()
     {
         const QSet<QString> before = installed();
         const int logged = backEnd->log().count();
@@ -629,7 +638,7 @@ private Q_SLOTS:
              {"chatterbox: pre to standard output", "chatterbox: post to standard error"}) {
             QVERIFY2(log.filter(said).count() == 1, qPrintable(log.join('\n')));
         }
-        // At the end, the progress has reached exactly the calculated weight.
+        // The progress has ended exactly at the calculated weight.
         QCOMPARE(yumIO().transaction.actCounter, yumIO().transaction.rpmWeight);
         QCOMPARE(yumIO().transaction.remoteCount, 2U);
         QVERIFY(yumIO().transaction.payloadSlots.isEmpty());
@@ -738,7 +747,7 @@ private Q_SLOTS:
 
     // The browser must open the address from which dnf downloads. Newer versions of dnf replace more
     // variables than older ones.
-    void theBrowserGetsUrlsWithTheVariablesReplacedAsByDnf()
+    void variablesInTheUrlForTheBrowserHaveTheValuesOfDnf()
     {
         QVERIFY(QDir().mkpath(root + "/etc/dnf/vars"));
         QFile variable(root + "/etc/dnf/vars/place");

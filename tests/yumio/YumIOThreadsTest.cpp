@@ -199,7 +199,7 @@ private Q_SLOTS:
         QCOMPARE(PyGILState_Check(), 1);
     }
 
-    void eventsThatAWorkerPostsAfterEndingTheLoopAreDelivered()
+    void theWindowGetsEventsThatAWorkerPostsAfterEndingTheLoop()
     {
         QStringList delivered;
         QEventLoop loop;
@@ -243,7 +243,7 @@ private Q_SLOTS:
         Worker* current = nullptr;
         Worker worker(yumIO(), loop, [&] {
             current->endLoop();
-            // Wait until the loop has ended. A posted event then runs outside of it.
+            // Wait until the loop has ended, so that a posted event runs outside of the loop.
             QSemaphore outside;
             for (int i = 0; i < 1000 && !outside.tryAcquire(1, 10); ++i) {
                 later([&] {
@@ -310,7 +310,7 @@ private Q_SLOTS:
         QVERIFY(action.sa_handler == SIG_DFL);
     }
 
-    void anInterruptEndsTheProgramAfterAnOperation()
+    void afterAnOperationAnInterruptEndsTheProgram()
     {
         yumIO().python().setEnablePythonSIGINTHandler(true);
         QVERIFY(backEnd->collect());
@@ -405,13 +405,13 @@ private Q_SLOTS:
             [](auto& yumIO, auto& loop) { return new YumIOProbe::ClearEntriesThread(&yumIO, loop); });
         add("file lists",
             [](auto& yumIO, auto& loop) { return new YumIOProbe::CollectFileListsThread(&yumIO, loop); });
-        add("other data",
+        add("change logs",
             [](auto& yumIO, auto& loop) { return new YumIOProbe::CollectOtherDataThread(&yumIO, loop); });
-        add("texts to search", [](auto& yumIO, auto& loop) {
+        add("search texts", [](auto& yumIO, auto& loop) {
             wanted = {yumIO.records.at(0)};
             return new YumIOProbe::CollectSearchTextsThread(&yumIO, loop, wanted);
         });
-        add("change log", [](auto& yumIO, auto& loop) {
+        add("one change log", [](auto& yumIO, auto& loop) {
             return new YumIOProbe::LoadChangeLogThread(&yumIO, loop, *yumIO.records.at(0));
         });
         static const QString label("All");

@@ -195,7 +195,7 @@ class QueryTest(unittest.TestCase):
         self.assertIn("kernel-6.1.31-1.x86_64", self.available("kernel"))
         self.assertIn("kernel", self.base.conf.installonlypkgs)
 
-    def test_newer_versions_are_upgrades(self):
+    def test_packages_newer_than_the_installed_packages_are_upgrades(self):
         self.assertLessEqual({
             "abacus-cli-3.3.0-2.x86_64", "atrium-web-2.4.1-2.x86_64", "meridian-tz-2023d-2.noarch",
             "libcairn-2.2-1.x86_64", "libcairn-2.2-1.i686", "parrot-1.1-1.noarch"}, self.upgrades())
@@ -367,7 +367,7 @@ class ExtrasTest(SandboxTest):
         self.assertEqual(len(files), 4)
         self.assertEqual(self.available(self.extra("extra-zstd")), {"zesty-1.0-1.noarch"})
 
-    def test_an_update_has_a_smaller_delta(self):
+    def test_an_update_has_a_delta_that_is_smaller_than_the_package(self):
         self.assertIn("prestodelta", self.documents("extra-deltas"))
         base = self.extra("extra-deltas")
         new, = base.sack.query().available().filterm(name="delta-tides", version="1.1")
@@ -634,7 +634,7 @@ class SignatureTest(SandboxTest):
 
 
 class CopyTest(SandboxTest):
-    def test_changes_of_a_copy_leave_the_original_alone(self):
+    def test_changes_to_a_copy_do_not_change_the_original(self):
         before = original.installed()
         sandbox = self.copied()
         sandbox.rpm("-e", "almanac")
@@ -647,7 +647,7 @@ class CopyTest(SandboxTest):
         self.assertGreater(os.path.getsize(self.file(original, "sandbox-http", os.path.basename(package))), 1000)
         self.assertTrue(os.path.exists(self.file(original, "sandbox-file", "repodata/repomd.xml")))
 
-    def test_repository_files_name_the_copy(self):
+    def test_the_repository_files_of_a_copy_refer_only_to_the_copy(self):
         sandbox = self.copied()
         for name in ("sandbox-file", "sandbox-disabled", "sandbox-signed"):
             with open(os.path.join(sandbox.root, "etc/yum.repos.d", name + ".repo")) as stream:
@@ -663,7 +663,7 @@ class CopyTest(SandboxTest):
         with self.assertRaises(RuntimeError):
             Sandbox.made(tempfile.mkdtemp(dir=workspace))
 
-    def test_make_leaves_nothing_behind_when_it_fails(self):
+    def test_the_make_command_leaves_nothing_behind_if_it_fails(self):
         target = os.path.join(workspace, "failed")
         with tempfile.TemporaryDirectory() as empty:
             done = subprocess.run(
@@ -712,7 +712,7 @@ class ServerTest(SandboxTest):
         self.assertEqual(sandbox.server.paths(206), [self.index])
         self.assertEqual(len(sandbox.server.paths(404)), 4)
 
-    def test_faults_change_the_answers(self):
+    def test_faults_change_the_answers_of_the_server(self):
         sandbox = self.copied()
         content = self.content(sandbox)
         faults = sandbox.server.faults
@@ -765,7 +765,7 @@ class ServerTest(SandboxTest):
         sandbox.stop()
         self.assertEqual(connection.recv(1), b"")
 
-    def test_second_start_keeps_the_port_and_expires_the_metadata(self):
+    def test_a_second_start_of_the_server_keeps_the_port_and_expires_the_metadata(self):
         sandbox = self.copied()
         port = sandbox.server.port
         self.make_caches(sandbox)
@@ -788,7 +788,7 @@ class ServerTest(SandboxTest):
             self.assertIn("3.3.0-2", output)
             self.assertIn("sandbox-http.solv", os.listdir(sandbox.root + place))
 
-    def test_expiring_and_clearing_cover_both_caches(self):
+    def test_the_sandbox_can_expire_and_clear_the_caches_of_both_programs(self):
         sandbox = self.copied()
         self.make_caches(sandbox)
         fetched = sandbox.server.paths(200).count(self.index)
@@ -812,7 +812,7 @@ class CommandLineTest(SandboxTest):
         with open(os.path.join(sandbox.root, "etc/yum.repos.d/sandbox-http.repo")) as stream:
             return int(re.search(r":(\d+)/", stream.read()).group(1))
 
-    def test_copy_makes_a_sandbox_and_list_prints_its_packages(self):
+    def test_the_copy_command_makes_a_sandbox_and_the_list_command_prints_its_packages(self):
         target = os.path.join(tempfile.mkdtemp(dir=workspace), "copy")
         self.assertEqual(self.run_sandbox("copy", original.directory, target).status, 0)
         self.addCleanup(shutil.rmtree, target)
@@ -820,7 +820,7 @@ class CommandLineTest(SandboxTest):
         self.assertEqual(outcome.output.splitlines(), sorted(original.rpm("-qa").splitlines()))
         self.assertIn("kernel-6.1.25-1.x86_64\n", outcome.output)
 
-    def test_run_serves_the_repositories_to_the_command(self):
+    def test_the_run_command_serves_the_repositories_to_its_program(self):
         sandbox = self.copied()
         script = (
             'import os, re, urllib.request\n'
@@ -832,19 +832,19 @@ class CommandLineTest(SandboxTest):
         with self.assertRaises(ConnectionRefusedError):
             socket.create_connection(("127.0.0.1", self.port(sandbox)))
 
-    def test_run_sets_the_environment(self):
+    def test_the_run_command_sets_the_environment_of_its_program(self):
         sandbox = self.copied()
         outcome = self.run_sandbox("run", sandbox.directory, "sh", "-c", 'echo "$VYREROOT"; rpm --eval %_dbpath')
         self.assertEqual(outcome.output.splitlines(), [sandbox.root, "/var/lib/rpm"])
 
-    def test_run_returns_the_status_of_the_command(self):
+    def test_the_run_command_returns_the_status_of_its_program(self):
         directory = self.copied().directory
         self.assertEqual(self.run_sandbox("run", directory, "sh", "-c", "exit 7").status, 7)
         self.assertEqual(self.run_sandbox("run", directory, "sh", "-c", "kill -9 $$").status, 128 + 9)
         self.assertEqual(self.run_sandbox("run", directory, "/no/such/command").status, 127)
         self.assertEqual(self.run_sandbox("run", directory).status, 2)
 
-    def test_signal_ends_the_command_and_the_server(self):
+    def test_a_signal_to_the_run_command_ends_its_program_and_the_server(self):
         for number in (signal.SIGTERM, signal.SIGHUP):
             sandbox = self.copied()
             process = subprocess.Popen(

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """dnf's class Base with the script's additions.
 
-The graphical thread makes, renews and closes the only object of this class. Workers use the object.
+The graphical thread makes, renews and closes the only Base object. Workers use this object.
 """
 
 import ctypes
@@ -58,16 +58,20 @@ class Base(dnf.Base):
         self.introduction = []  # the lines above the listing of the next transaction
         # The messages that the program shows after a successful operation, and then removes from this list.
         self.remarks = []
-        self._remarked = set()  # all messages so far: if remark() gets a message again, it only logs this message
+        self._remarked = set()  # all messages so far: if remark() gets a message twice, it only logs the second
         self.onlyCache = False  # whether to read only the metadata in the cache, without the network
         self.failed = []  # the repositories that cannot be read, with the reasons
         self.leftOut = []  # the repositories without metadata in the cache
         self.skipped = []  # the identifiers of the failed repositories that have skip_if_unavailable
+        # The repositories that fill_sack() has disabled, except those that the user does without in this session.
+        self.disabled = []
         self.plugInFault = ''  # why dnf cannot use the plug-ins; every operation fails unless this text is empty
         self._plugInStamp = None  # the result of stampOfPlugIns() when the plug-ins were loaded
 
     def renew(self, conf):
-        """Initialise the same object again, with another configuration. The program keeps a reference to the object."""
+        """Initialise this Base object again, with another configuration. A new object is impossible, because the
+        program keeps a reference to this one.
+        """
         kept = self.remarks, self._remarked
         self.end()
         forgetPlugIns()
@@ -75,7 +79,7 @@ class Base(dnf.Base):
         self.remarks, self._remarked = kept
 
     def end(self):
-        """Close dnf's files, and save dnf's state for the next run, as the dnf command does when it ends."""
+        """Close dnf's files, and save dnf's state for the next run. The dnf command does the same when it ends."""
         # close() uses the repos property, which would read repositories that are still unread.
         self._reposUnread = False
         try:
@@ -84,8 +88,8 @@ class Base(dnf.Base):
             logging.getLogger('dnf').warning('%s', e)
 
     def endTransaction(self):
-        """Remove the downloaded packages of a transaction, or keep them for the next transaction, as the dnf command
-        does when it ends.
+        """Remove the downloaded packages of a transaction, or keep them for the next transaction. The dnf command does
+        the same when it ends.
         """
         done = self._trans_success
         try:
@@ -136,7 +140,7 @@ class Base(dnf.Base):
         return self._comps
 
     def _readRepos(self):
-        # An earlier call that was interrupted may have added some repositories.
+        # If an earlier call was interrupted, it may have added some repositories.
         self._repos.clear()
         self._plugInStamp = stampOfPlugIns(self.conf)
         self.plugInFault = ''
@@ -163,7 +167,9 @@ class Base(dnf.Base):
                 repo._repo.setSyncStrategy(dnf.repo.SYNC_ONLY_CACHE)
 
     def _expireRepos(self):
-        """Mark the metadata of a repository as expired if an earlier run has recorded this in expired_repos.json."""
+        """Mark the metadata of a repository as expired if expired_repos.json, which an earlier run has written, names
+        the repository.
+        """
         self._activate_persistor()
         expired = self._repo_persistor.get_expired_repos()
         for repo in self._repos.values():
@@ -184,7 +190,9 @@ class Base(dnf.Base):
                 'dnf.conf(5) for how to squelch this message)'))
 
     def _usePlugIns(self, *steps):
-        """Call these functions, which run the plug-ins, until one fails. setupRepos() reports the failure later."""
+        """Call these functions, which run the plug-ins, in their order. After the first failure, call no further
+        function. setupRepos() reports the failure later.
+        """
         try:
             for step in steps:
                 if not self.plugInFault:
@@ -204,7 +212,7 @@ class Base(dnf.Base):
         failed repository. So the user waits only once, before the first question. If no user can answer, the first
         failure ends the operation, as in dnf.
         """
-        del self.leftOut[:], self.failed[:], self.skipped[:]
+        del self.leftOut[:], self.failed[:], self.skipped[:], self.disabled[:]
         showActivity(tr('Reading the installed packages'))
         sack = super(Base, self).fill_sack(*args, **kwargs)
         endIfStopped()
@@ -213,12 +221,17 @@ class Base(dnf.Base):
             if not program.goOnWithout(repo.id, passable(reason + hint), len(self.failed) - number - 1):
                 endIfStopped()
                 raise dnf.exceptions.RepoError(reason)
+            self.disabled.remove(repo)
         return sack
 
     def fillSackFromCache(self):
         """Read the installed packages and the metadata in the cache, without the network and without questions. Leave
         out each repository whose metadata are not in the cache.
         """
+        # Enable the repositories that failed before the user stopped fill_sack(), because the cache may contain their
+        # metadata.
+        for repo in self.disabled:
+            repo.enable()
         strategies = [(repo, repo._repo.getSyncStrategy()) for repo in self.repos.iter_enabled()]
         self.onlyCache = True
         try:
@@ -249,13 +262,18 @@ class Base(dnf.Base):
                 self.leftOut.append(repo)
             elif program.goOnWithout is None or repo.skip_if_unavailable:
                 self.skipped.append(repo.id)
+                self.disabled.append(repo)
                 raise
             else:
                 repo._repo.expire()
                 self.failed.append((repo, '\n'.join([str(e)] + overheard.details())))
-            repo.disable()
+            self._disable(repo)
         finally:
             LogHandler.mayBeSkipped = False
+
+    def _disable(self, repo):
+        repo.disable()
+        self.disabled.append(repo)
 
     def _readRepo(self, repo):
         # While this option is true, load() downloads the change logs together with the package list. The option is
@@ -273,10 +291,10 @@ class Base(dnf.Base):
             self.remark(tr('The modules metadata of the repository {} are damaged: {}\n'
                            'VYRE does not use this repository.')
                         .format(repo.id, fault))
-            repo.disable()
+            self._disable(repo)
             return
         before = self._cacheStamp(repo)
-        # dnf reads all documents of new metadata. Check them in the meantime.
+        # dnf reads all documents of new metadata. Check these documents while dnf reads them.
         checks = DocumentChecks(repo) if isNew or before is None else None
         try:
             # Check the metadata before the sack gets the packages, because disabling the repository afterwards would
@@ -286,7 +304,7 @@ class Base(dnf.Base):
                 self._checkPackages(repo)
             super(Base, self)._add_repo_to_sack(repo)
         except dnf.exceptions.RepoError as e:
-            # The text of this RepoError lacks the reason, which dnf logs only as a detail.
+            # The text of this RepoError lacks the reason of the failure, which dnf logs only as a detail.
             if isinstance(e.__context__, hawkey.Exception):
                 raise dnf.exceptions.RepoError('{}: {}'.format(e, e.__context__))
             raise
@@ -316,8 +334,9 @@ class Base(dnf.Base):
 
     @staticmethod
     def _renewTime(cache):
-        """Set only the change time of a cache file that dnf has just accepted, although the package list is newer: for
-        example, somebody has copied both files. The next run then does not check the package list again.
+        """Set only the change time of a cache file that dnf has just accepted, although the package list is newer. This
+        happens, for example, if somebody has copied both files. With the new time, the next run does not check the
+        package list again.
         """
         try:
             found = os.stat(cache)
@@ -358,10 +377,9 @@ class Base(dnf.Base):
                 os.unlink(cache)
 
     def _run_transaction(self, cb):
-        """Run the transaction. Ignore a failed scriptlet if rpm has changed its package all the same.
-
-        After such a scriptlet, versions of rpm newer than Debian 12's report a failed transaction, although no package
-        has failed. The packages have changed all the same, so the history must record the end of the transaction.
+        """Run the transaction. Ignore a failed scriptlet if rpm has changed its package all the same. After such a
+        scriptlet, rpm versions after Debian 12's report a failed transaction, although no package has failed. The
+        packages have changed, so the history must record the end of the transaction.
         """
         try:
             return super(Base, self)._run_transaction(cb)
@@ -384,6 +402,8 @@ class Base(dnf.Base):
             self.judge = None
 
     def resolve(self, allow_erasing=False):
+        # The search for impossible marks needs many resolutions. A stop must not wait for all of them.
+        endIfStopped()
         self.unsolved = None
         try:
             return super(Base, self).resolve(allow_erasing)
@@ -433,7 +453,9 @@ def isInCache(package):
 
 
 def forgetInterrupt():
-    """Clear librepo's flag lr_interrupt. After an interrupted download, librepo would cancel all later downloads."""
+    """Clear librepo's flag lr_interrupt. Otherwise, after an interrupted download, librepo would cancel all later
+    downloads.
+    """
     try:
         ctypes.c_int.in_dll(ctypes.CDLL('librepo.so.0'), 'lr_interrupt').value = 0
     except (OSError, ValueError):  # another version of librepo

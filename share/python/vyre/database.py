@@ -11,7 +11,7 @@ import dnf.rpm.miscutils
 import rpm
 
 from .packages import decoded
-from .paths import managedRoot
+from .paths import canWrite, inRoot, isReadOnly, managedRoot
 from .privatenames import RPMKEYS_NAMES
 from .program import tr
 
@@ -20,12 +20,13 @@ DATABASES = ('/var/lib/rpm', '/usr/lib/sysimage/rpm')
 
 
 def useDatabaseOfRoot():
-    """Make rpm use the database of the managed system, not a database in the user's home directory, as rpm does by
-    default in some distributions.
+    """Make rpm use the database of the managed system. In some distributions, rpm by default uses a database in the
+    user's home directory.
 
     dnf checks signatures with the rpmkeys program, which must use the same directory. So this function also replaces
-    dnf's function that runs rpmkeys. This replacement must be permanent, and does not use program.replace(): if the
-    script runs again in the same interpreter, rpm's macro already has its value, and this function returns at once.
+    dnf's function that runs rpmkeys. This replacement must be permanent, and so does not use program.replace(): if the
+    script runs again in the same interpreter, rpm's macro already has its value, and useDatabaseOfRoot() returns at
+    once.
     """
     if rpm.expandMacro('%{?_dbpath}') in DATABASES:
         return
@@ -35,8 +36,8 @@ def useDatabaseOfRoot():
 
 
 def verifyWithDatabaseOfRoot(package, root):
-    """Check the signatures of a package, as dnf's function does, but with the database in DATABASES[0]. package: the
-    open package file. Returns dnf's number for the result; 0 means that the signatures are correct.
+    """Check the signatures of a package in the same way as dnf's function, but with the database in DATABASES[0].
+    package: the open package file. Returns dnf's number for the result; 0 means that the signatures are correct.
     """
     program = dnf.rpm.miscutils._find_rpmkeys_binary()
     if program is None:
@@ -49,6 +50,15 @@ def verifyWithDatabaseOfRoot(package, root):
     if checked.returncode not in (0, 1):
         return 2
     return dnf.rpm.miscutils._process_rpm_output(checked.stdout.split(b'\n')) or 2 * checked.returncode
+
+
+def refusedDirectory():
+    """The directory of rpm's database if this user has no right to change the database; otherwise empty. Not every user
+    with the number 0 has this right: inside a user namespace, each user can have this number. If the file system is
+    read-only, the result is empty, because in this case nobody can change the database.
+    """
+    path = inRoot(rpm.expandMacro('%{_dbpath}'))
+    return path if not canWrite(path) and not isReadOnly(path) else ''
 
 
 def databaseCookie():
@@ -67,7 +77,7 @@ def installedNumbers():
     out signing keys, which the database stores as packages.
     """
     transaction = rpm.TransactionSet(managedRoot())
-    # To save time, do not check the signatures of installed packages again.
+    # To save time, do not check the signatures of packages that are already installed.
     transaction.setVSFlags(rpm._RPMVSF_NOSIGNATURES | rpm._RPMVSF_NODIGESTS)
     try:
         found = set((header[rpm.RPMTAG_DBINSTANCE], decoded(header[rpm.RPMTAG_NAME]))

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""What a confirmed transaction has carried out, for the line that the program shows afterwards. The worker that applies
-the marks runs this module.
+"""What a confirmed transaction has carried out, for the line that the program shows after the transaction. The worker
+that applies the marks runs this module.
 """
 
 import glob
@@ -20,7 +20,8 @@ import rpm
 from .history import unrecorded
 from .listing import otherSections
 
-# For each action, the number that counts it. Replacing a package of another name counts as a removal of this package.
+# For each action, the name of the number that counts the action. If a package replaces a package of another name, this
+# counts as a removal of the replaced package.
 COUNTED = {
     libdnf.transaction.TransactionItemAction_INSTALL: 'installed',
     libdnf.transaction.TransactionItemAction_UPGRADE: 'updated',
@@ -49,9 +50,12 @@ class Outcome:
         self.complete = False  # dnf has carried out the transaction, perhaps without some packages
         self.missing = None  # the items that rpm's database does not record, if they are known
         self.failedScriptlets = []  # the full names of packages
+        self.keysImported = False  # the user has accepted keys that sign packages
 
     def values(self):
-        """A dictionary with the numbers of changes, the failures, and whether a restart is needed."""
+        """A dictionary with the numbers of changes, the failures, whether a restart is needed, and whether signing keys
+        were imported.
+        """
         base = self._base
         items = list(base.transaction or [])
         counts = dict.fromkeys(COUNTED.values(), 0)
@@ -73,7 +77,7 @@ class Outcome:
         if self.complete or base.changed and not items:
             counts.update(self._groups)
         names = [nameOf(package) for package in self.failedScriptlets]
-        return dict(counts, failedScriptlets=sorted(set(names), key=names.index),
+        return dict(counts, failedScriptlets=sorted(set(names), key=names.index), keysImported=self.keysImported,
                     restartNeeded=restartNeeded(base, [item.pkg for item in done
                                                        if item.action in dnf.transaction.FORWARD_ACTIONS]))
 
@@ -108,7 +112,7 @@ def restartNeeded(base, packages):
         # Some versions of the plug-in also accept packages that provide these names.
         return bool(packages and names and base.sack.query(flags=hawkey.IGNORE_EXCLUDES).filterm(
             pkg=packages).filterm(provides=sorted(names)))
-    except (ValueError, hawkey.Exception):  # a file has a line that is no name
+    except (ValueError, hawkey.Exception):  # a line in a file is not a name
         return False
 
 

@@ -41,8 +41,20 @@ def namedDirectoryOfFiles(path):
     return inRoot(path) if isElsewhere(path) and os.path.isdir(inRoot(path)) else path
 
 
-def canWrite(path):
-    """Whether this user can create files in a directory. The directory need not exist yet."""
+def nearestExisting(path):
+    """This path, or its nearest parent directory that exists."""
     while not os.path.lexists(path):
         path = os.path.dirname(path)
-    return os.access(path, os.W_OK | os.X_OK)
+    return path
+
+
+def canWrite(path):
+    """Whether this user can create files in a directory. The directory need not exist yet."""
+    return os.access(nearestExisting(path), os.W_OK | os.X_OK)
+
+
+def isReadOnly(path):
+    """Whether nobody can create files in a directory, because its file system is read-only. The directory need not
+    exist yet.
+    """
+    return bool(os.statvfs(nearestExisting(path)).f_flag & os.ST_RDONLY)

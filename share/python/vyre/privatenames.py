@@ -37,7 +37,7 @@ PRIVATE_NAMES = tuple((place, name, text) for text, found in (
         (dnf.callback.KeyImport, ('_confirm',)),
         (dnf.conf.read.RepoReader, ('_get_repos',)),
         (dnf.lock.ProcessLock, ('_lock_thread', '_try_lock', '_unlock_thread')),
-        (dnf.package.Package, ('_from_system',)),
+        (dnf.package.Package, ('_from_system', '_is_local_pkg')),
         (dnf.repo.Repo, ('_repo', '_set_key_import')),
         (dnf.sack, ('_build_sack', '_rpmdb_sack')),
     )),
@@ -77,7 +77,7 @@ REPLAY_NAMES = ('_hcmd_redo', '_hcmd_rollback', '_hcmd_undo')
 
 
 def lacksReplay():
-    """The reason why the script cannot undo or repeat recorded transactions; empty if it can."""
+    """The reason why the script cannot undo or repeat recorded transactions; empty if the script can do both."""
     try:
         importlib.import_module('dnf.transaction_sr')
         command = importlib.import_module('dnf.cli.commands.history').HistoryCommand

@@ -18,6 +18,7 @@ from .marks import Judged, Marks, installedVersions, markAll, markInstallation, 
 from .output import showActivity
 from .program import tr, yumIOC
 from .reasons import clearest, nothingToDo, reasonsOf, refusal
+from .stopping import endIfStopped
 from .updates import findUpdates
 
 
@@ -118,7 +119,7 @@ def resolveWithRemovals(base, marks, strict):
         return
     except Judged:
         pass
-    # The transaction may remove only the packages that the marked removals would remove without the other marks.
+    # The transaction may remove only the packages that dnf would remove if only the removals were marked.
     allowed = removedAlone(base, marks)
     unwanted = dependents - allowed
     base.reset(goal=True)
@@ -135,7 +136,7 @@ def resolveWithRemovals(base, marks, strict):
 
 
 def removedAlone(base, marks):
-    """All packages that the marked removals would remove if there were no other marks."""
+    """All packages that dnf would remove if only the removals were marked."""
     found = set()
 
     def judge(goal):
@@ -154,8 +155,8 @@ def removedAlone(base, marks):
 
 @contextlib.contextmanager
 def availableHidden(base):
-    """Hides the available packages within this scope, as the dnf command does for a removal. So the resolver cannot
-    replace a removed package with an available package.
+    """Within this scope, hides the available packages, so that the resolver cannot replace a removed package with an
+    available one. The dnf command does the same for a removal.
     """
     names = [repo.id for repo in base.repos.iter_enabled()]
     hidden = []
@@ -296,8 +297,8 @@ def missingMarks(base, marks):
 
 
 def missingMembers(base, marks):
-    """Pairs of a marked group and a package that the transaction should install or update for this group, but does
-    not.
+    """Pairs of a marked group and a package that the transaction lacks, although dnf should install or update the
+    package for this group.
     """
     if not marks.groupInstalls and not marks.groupUpdates:
         return []
@@ -339,7 +340,10 @@ def missingOf(base, group, names):
 
 
 def problemsOfTheBest(base, marks):
-    """dnf's reasons why the transaction cannot contain the newest version of every package; empty if it can."""
+    """dnf's reasons why the transaction cannot contain the newest version of every package; empty if no such reason
+    exists.
+    """
+    endIfStopped()
     goal = copy.deepcopy(base.goal)
     if goal.run(allow_uninstall=marks.isRemoving(), force_best=True, ignore_weak=True):
         return []

@@ -27,7 +27,7 @@ class KeyImport(dnf.callback.KeyImport):
 
 
 def inFours(fingerprint):
-    """The fingerprint in groups of four characters, as other programs and web pages show it."""
+    """The fingerprint in groups of four characters, the usual form in other programs and on web pages."""
     return ' '.join(fingerprint[i:i + 4] for i in range(0, len(fingerprint), 4))
 
 
@@ -44,6 +44,12 @@ def askForKey(question):
 
 def checkSignatures(base, packages):
     """Raise an exception if a package has a wrong signature, or lacks a signature that the configuration requires."""
+    def ask(key):
+        accepted = askForPackageKey(key)
+        # dnf imports an accepted key at once. The key remains even if the transaction then ends without changes.
+        base.outcome.keysImported = base.outcome.keysImported or accepted
+        return accepted
+
     for package in sorted(packages):
         endIfStopped()
         yumIOC.gpgsigcheck()
@@ -52,20 +58,21 @@ def checkSignatures(base, packages):
             # Switch off the progress reports while dnf downloads a key: the program has no bar for this download.
             package.repo.set_progress_bar(dnf.callback.NullDownloadProgress())
             try:
-                base.package_import_key(package, fullaskcb=askForPackageKey)
+                base.package_import_key(package, fullaskcb=ask)
             except (ValueError, OSError) as e:
                 raise dnf.exceptions.Error(str(e))
             finally:
                 package.repo.set_progress_bar(DownloadProgress())
-                # dnf remembers the repositories whose keys it has asked about, and would not ask again in this run.
-                # Remove the repository from this set, so that the user can answer differently in the next transaction.
+                # dnf remembers the repositories about whose keys it has asked, and would not ask a second time in this
+                # run. Remove the repository from this set, so that the user can change the answer in the next
+                # transaction.
                 base._repo_set_imported_gpg_keys.discard(package.repoid)
         elif result != 0:
             raise dnf.exceptions.Error(text)
 
 
 def askForPackageKey(key):
-    """Ask the user about a key that signs packages. dnf calls this function."""
+    """Ask the user about a key that signs packages; return whether to import it."""
     package = key['po']
     return askForKey(tr('Import the signing key 0x{}?\n\n'
                         'Package:\t{}\n'

@@ -18,6 +18,7 @@ import libdnf.transaction
 
 from .history import refuseHistory, unrecorded
 from .program import tr
+from .stopping import endIfStopped
 
 # The possible outcomes of a transaction.
 SUCCEEDED, FAILED, INTERRUPTED = range(3)
@@ -41,8 +42,13 @@ ACTIONS = collections.OrderedDict((
 HALVES = (libdnf.transaction.TransactionItemAction_UPGRADED, libdnf.transaction.TransactionItemAction_DOWNGRADED,
           libdnf.transaction.TransactionItemAction_REINSTALLED, libdnf.transaction.TransactionItemAction_OBSOLETE)
 
-# The largest number of packages that a summary names for one action. For more packages, the summary has their number.
+# The largest number of packages that a summary names for one action. For more packages than this, the summary has the
+# number of the packages.
 NAMED = 3
+
+# If another process has locked the database, VYRE tries to read the database for PATIENCE seconds. Each attempt takes
+# ATTEMPT seconds. Between two attempts, the user can stop the operation.
+PATIENCE, ATTEMPT = 20, 0.2
 
 # Parts of SQL queries: the tables, and the name of a transaction item. The names of groups begin with "@".
 ITEMS = ('trans_item ti left join rpm r on r.item_id = ti.item_id '
@@ -53,8 +59,24 @@ NAME = "coalesce(r.name, '@' || g.groupid, '@' || e.environmentid, '?')"
 Item = collections.namedtuple('Item', 'name epoch version release arch action state repository isPackage')
 
 
+def isLocked(fault):
+    return 'locked' in str(fault)
+
+
+def patiently(read):
+    """The result of read(), which reads the database."""
+    end = time.monotonic() + PATIENCE
+    while True:
+        try:
+            return read()
+        except sqlite3.OperationalError as e:
+            if not isLocked(e) or time.monotonic() > end:
+                raise
+        endIfStopped()
+
+
 class History:
-    """A context manager that opens dnf's history database for reading. It turns SQLite's errors into dnf's errors."""
+    """A context manager that opens dnf's history database for reading, and turns SQLite's errors into dnf's errors."""
 
     def __init__(self, base):
         self._base = base
@@ -64,7 +86,7 @@ class History:
         path = self._base.history.dbpath
         if os.path.exists(path):
             try:
-                self._connection = self._connect(path)
+                self._connection = patiently(lambda: self._connect(path))
             except sqlite3.Error as e:
                 refuseHistory(self._base, '{}: {}'.format(path, e))
         return self
@@ -81,26 +103,28 @@ class History:
     def _connect(path):
         address = 'file:{}?mode=ro'.format(urllib.parse.quote(path))
         for options in ('', '&immutable=1'):
-            connection = sqlite3.connect(address + options, uri=True, timeout=20)
+            connection = sqlite3.connect(address + options, uri=True, timeout=ATTEMPT)
             connection.text_factory = lambda content: content.decode('utf-8', 'replace')
             connection.row_factory = sqlite3.Row
             try:
                 connection.execute('select id from trans limit 1').fetchall()
                 return connection
-            except sqlite3.OperationalError:
+            except sqlite3.OperationalError as e:
                 connection.close()
                 # SQLite keeps temporary files next to the database, and needs these files for reading too. If the user
                 # has no right to create these files and no process is writing, "immutable" opens the database without
                 # them.
                 log = path + '-wal'
-                if options or \
+                if options or isLocked(e) or \
                         os.access(os.path.dirname(path), os.W_OK, effective_ids=True) or \
                         os.path.exists(log) and os.path.getsize(log):
                     raise
 
     def rows(self, query, *arguments):
         """The result of a query; empty if the history is missing."""
-        return self._connection.execute(query, arguments).fetchall() if self._connection is not None else []
+        if self._connection is None:
+            return []
+        return patiently(lambda: self._connection.execute(query, arguments).fetchall())
 
 
 def readTransactions(base):
@@ -148,7 +172,9 @@ def userName(number, known):
 
 
 def printable(text):
-    """The text in one line. A blank replaces each unprintable character, because a cell of the table cannot show it."""
+    """The text in one line. A blank replaces each unprintable character, because a table cell cannot show such a
+    character.
+    """
     text = text or ''
     if not text.isprintable():
         text = ''.join(letter if letter.isprintable() else ' ' for letter in text)
@@ -267,8 +293,8 @@ def outsideChanges(history, row):
 
 
 def remaining(base, history, number, items):
-    """The changes that an interrupted transaction has not made. If a later transaction has changed a package, the
-    result leaves out this package.
+    """The changes that an interrupted transaction has not made. If a transaction after the interrupted one has changed
+    a package, the result leaves out this package.
     """
     later = set((row['name'], row['arch']) for row in history.rows(
         'select distinct r.name as name, r.arch as arch from trans_item ti join rpm r on r.item_id = ti.item_id '

@@ -175,6 +175,9 @@ class YumIO:
     def verifyLocalPkg(self, package):
         return self._called('verifyLocalPkg', package, answer=False)
 
+    def isLocal(self, package):
+        return self._called('isLocal', package.repoid, answer=False)
+
     def collectAdvisories(self):
         return self._called('collectAdvisories', answer=[])
 
