@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // The advisory window. It lists the repositories' advisories about installed packages, shows the details of
-// the current advisory, and has buttons that mark the requested updates.
+// the current advisory, and has buttons for marking the updates that the advisories request.
 //
 // The window is modal, so the records and the advisories do not change while the window is open. The window
-// does not change records either: its signal reports the records to mark.
+// itself marks no record: the signal updatesWanted() reports the records to mark.
 //
 // The object lives on the graphical thread. The main window creates it on the first request and owns it.
 

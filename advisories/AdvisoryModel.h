@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // The table of advisories. Each row is one advisory; the newest advisory comes first. A filter expression
-// also finds the CVE numbers, the bug numbers, the packages and the description of an advisory.
+// finds the visible texts of a row, and also the CVE numbers, the bug numbers, the packages and the
+// description of the advisory.
 //
 // The object lives on the graphical thread; its Qt parent owns it. The object owns a copy of the advisories.
 
@@ -37,8 +38,8 @@ public:
 
     // Returns all details of an advisory as plain text.
     QString details(int row) const;
-    // Sets the background colour of the rows. The model then chooses a colour for missing security updates
-    // that is readable on this background.
+    // Sets the background colour of the rows. For the state of a missing security update, the model then
+    // chooses a text colour that is readable on this background.
     void setBackground(const QColor& color);
 
 private:

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The main window, as the commands of its menus use it. Each of these commands is a class of its own, which
-// the main window creates and owns.
+// The interface through which the commands of the menus use the main window. Each longer command is an object
+// of its own class. The main window creates and owns this object.
 //
 // All functions run on the graphical thread.
 
@@ -37,7 +37,8 @@ public:
     // Hides the outcome of the last transaction, and disables the controls.
     virtual void beginOperation() = 0;
 
-    // The marks that recollect() sets again, except marks that can no longer be carried out.
+    // Selects the marks that recollect() sets again. recollect() drops marks that can no longer be carried
+    // out.
     enum Kept { NoMarks, AllMarks, LeftOutMarks };
     // Reads the packages again.
     virtual void recollect(Kept kept) = 0;

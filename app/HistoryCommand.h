@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The command "History": shows the History window, and carries out what the user chooses there.
+// The command "History": shows the History window, and carries out the user's request to undo or repeat a
+// transaction.
 //
 // The object lives on the graphical thread; the main window owns it.
 

@@ -75,7 +75,8 @@ public:
 
     void setVisible(bool visible) override;
     QSize sizeHint() const override;
-    // Hides QMainWindow::menuBar(), which would replace the row of the menus by a new menu bar.
+    // Callers get this function instead of QMainWindow::menuBar(), which would replace the row of the menus
+    // by a new menu bar.
     QMenuBar* menuBar() const { return menus; }
 
     // Returns whether the back end is changing the system now. This work must not be interrupted.
@@ -126,8 +127,8 @@ private Q_SLOTS:
 
 protected:
     // While the back end changes the system, the window stays open, because a transaction must not be
-    // interrupted. If any other operation runs, this function asks it to stop, and the window closes at its
-    // end. If no operation runs, this function does the same as quit().
+    // interrupted. If any other operation runs, this function asks the operation to stop, and the window
+    // closes when the operation has ended. If no operation runs, this function does the same as quit().
     void closeEvent(QCloseEvent* event) override;
 
 private:
@@ -191,7 +192,7 @@ private:
     QList<YumRepoEnabled> repoOverrides;
     QHash<QString, bool> sessionEnabled;
     QSet<QString> loggedWarnings; // the warnings about the configuration that are already in the log
-    QString loggedRefusal;        // the last logged refusal to close during the current operation
+    QString loggedRefusal;        // the logged reason why the window stays open; empty between operations
     YumIO* yumIO;                 // null after the start of quit()
     YumIO* closing;               // the back end while quit() closes the window
     YumConfIO* yumConfIO;

@@ -21,7 +21,7 @@ public:
     // What the table lists after the user has stopped the operation.
     enum class Result {
         FirstTable, // before the operation, the table listed no packages
-        SameTable,  // the same packages and marks as before
+        SameTable,  // the same packages and marks as before the operation
         Remains     // the operation has deleted the metadata, so many packages are missing
     };
 

@@ -3,10 +3,10 @@
 // The history window. It lists all transactions, shows the details of the current transaction, and has
 // buttons that undo and repeat transactions.
 //
-// Whenever the window opens, the list is empty until a worker has read it. Shortly after a transaction has
-// become current, a worker reads its details. While a worker reads details, the user can select another
-// transaction. The window does not change the system: a button closes the window, and then the main window
-// carries out the user's request.
+// Whenever the window opens, the list is empty until a worker has read the transactions. Shortly after a
+// transaction has become current, a worker reads its details. While a worker reads details, the user can
+// select another transaction. The window does not change the system: a button closes the window, and then the
+// main window carries out the user's request.
 //
 // The object lives on the graphical thread. The main window creates it on the first request and owns it.
 

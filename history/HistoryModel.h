@@ -33,8 +33,8 @@ public:
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
-    // Sets the background colour of the rows. The model then chooses colours for the results that are
-    // readable on this background.
+    // Sets the background colour of the rows. The model then chooses text colours for the results. These
+    // colours are readable on this background.
     void setBackground(const QColor& color);
 
 private:

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // The menu of the Action column. The menu sets an action for the clicked row, or for all selected rows whose
-// state permits the action. If the package manager has version locks, the menu also locks and unlocks these
-// rows.
+// state permits the action. If the package manager offers version locks, the menu also locks and unlocks the
+// packages of these rows.
 //
 // The object lives on the graphical thread; the view is its Qt parent.
 
@@ -46,7 +46,8 @@ private Q_SLOTS:
 private:
     void handleAction(Package::Action action);
     QModelIndexList selectedRows() const; // source indexes
-    // Returns the source rows that can be locked if `locked` is true, or unlocked if it is false.
+    // If `locked` is true, returns the source rows whose packages can be locked. Otherwise returns the source
+    // rows whose packages can be unlocked.
     QList<int> lockableRows(bool locked) const;
     void offerVersionLocks();
 

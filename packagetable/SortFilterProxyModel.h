@@ -79,9 +79,10 @@ public:
     // Does the same as prepare() in Filter mode, but on the graphical thread. If the comparison takes more
     // than some milliseconds, gives up and returns false.
     bool prepareQuickly(const Settings& wanted);
-    // Returns whether the expression would list at least one record if it were not case-sensitive. For a
-    // search, prepare() has compared all texts if it has found nothing. Otherwise, this function compares the
-    // visible texts. After some milliseconds, the function gives up and returns false.
+    // Returns whether the expression would list at least one record if it were not case-sensitive. In Search
+    // mode, the result may be known already: if the search has found nothing, prepare() has also searched
+    // without regard to the letter case. Otherwise, this function compares the visible texts. After some
+    // milliseconds, it gives up and returns false.
     bool matchesIgnoringCase() const;
     // Gives the proxy the result of a Preparation for the present records. The proxy uses it at the next
     // reset of the source model, which must follow before the records change.

@@ -4,9 +4,9 @@
 // action, the size of the marked packages that dnf would download, and the number of locked packages. Screen
 // readers present it as a status bar.
 //
-// The object lives on the graphical thread; its Qt parent owns it. The object counts the marks of all records
-// only after a change to the marks or to the records, and only once after many quick changes. After a change
-// to the selection or the filter, the object does not count the marks again.
+// The object lives on the graphical thread; its Qt parent owns it. After a change to the marks or to the
+// records, the object counts the marks of all records. If many changes come in quick succession, it counts
+// only once. After a change to the selection or the filter, it does not count the marks.
 
 #ifndef PACKAGETABLE_TABLESTATUS_H
 #define PACKAGETABLE_TABLESTATUS_H

@@ -3,10 +3,10 @@
 // The embedded Python 3 interpreter. This class starts the interpreter, runs statements, looks up dotted
 // names, calls functions and methods, converts strings, and handles the exceptions of these calls.
 //
-// The back end derives from this class and is its only object. Any thread may call the functions while that
-// thread holds the interpreter lock. The graphical thread holds the lock from initialize() on, except while
-// it waits for a worker thread. No function throws: it reports a failure through error() and returns NULL,
-// false or 0.
+// The back end derives from this class, and the program has only one back end. Any thread may call the
+// functions while that thread holds the interpreter lock. The graphical thread holds the lock from
+// initialize() on, except while it waits for a worker thread. No function throws: a function that fails calls
+// error() and returns NULL, false or 0.
 //
 // Results are PyObject*. The caller must release a "new" reference (PyRef does this), but must not release a
 // "borrowed" reference.
@@ -60,8 +60,8 @@ public:
     // Called by handleException() for an exception that is not expected. Prints its traceback to sys.stderr
     // and calls error().
     virtual void exceptionError();
-    // Called after a traceback was printed to the process's standard error, because the script had not
-    // replaced sys.stderr. The argument is the traceback in UTF-8.
+    // If the script has not replaced sys.stderr, a printed traceback goes to the process's standard error.
+    // This function is called after that, with the traceback in UTF-8.
     virtual void tracebackOnTerminal(const char* text);
     // Returns whether the innermost scope expects the pending exception.
     bool exceptionIsExpected() const;

@@ -66,8 +66,8 @@ bool movesCursor(const QKeyEvent* event);
 // Returns `position`, or the next position if `position` would split a surrogate pair.
 int characterBoundary(const QString& text, int position);
 
-// The difference between two texts. "removed" characters at "begin" of the first text are replaced by "added"
-// characters at "begin" of the second text.
+// The difference between two texts: one part, which starts at `begin` in both texts. The part has `removed`
+// characters in the first text, and `added` characters in the second text.
 struct Difference
 {
     Difference(const QString& from, const QString& to);

@@ -36,7 +36,7 @@ QString replaceAuth(const QString& url, const QString& name, const QString& pass
 // Replaces only the password. Uses the keys and the user name that getAuth() finds in the text.
 QString replaceAuth(const QString& url, const QString& password);
 
-// Expressions for the masking edits and for comparisons. The first capture is the password. oneUrlRegExp()
+// Expressions for the constructors of the masking edits. The first capture is the password. oneUrlRegExp()
 // matches a text that is a single URL; urlsRegExp() matches each URL in a list. To find credentials in texts
 // of any length, use Credentials instead.
 QRegExp oneUrlRegExp();

@@ -35,8 +35,8 @@ public:
     // Prepares to create a file with this mode, reduced by the umask. If the file already exists, fails with
     // EEXIST.
     bool create(const QString& path, const QByteArray& text, mode_t mode);
-    // Gives the file its new text. Call syncDirectories() afterwards, because the file's directory is not yet
-    // on the disk.
+    // Gives the file its new text. Call syncDirectories() afterwards, because commit() does not write the
+    // file's directory to the disk.
     bool commit();
 
     // Writes the prepared texts of many files to the disk together. Without an earlier sync(), each commit()

@@ -122,7 +122,7 @@ private:
     };
 
     // The order in which files are written. A section may move from one file to another. The file that gains
-    // it is written first, so at least one of the two files always contains the section.
+    // the section is written first, so at least one of the two files always contains the section.
     enum Turn { Gains, GainsAndLoses, GainsNothing, Unedited };
 
     // The planned write of one file.

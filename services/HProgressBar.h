@@ -35,7 +35,7 @@ protected:
 private:
     QString activity;
     QElapsedTimer
-        sinceAnimation; // the time since the last move of the busy look; invalid before the first such move
+        sinceAnimation; // the time since the last step of the animation; invalid before the first step
 };
 
 #endif

@@ -53,7 +53,7 @@ private:
     struct Way
     {
         Channel channel;
-        QByteArray waiting; // the output that has been read; the bytes before "done" have been written
+        QByteArray waiting; // the output that has been read; the bytes before `done` have been written
         int done = 0;
         bool ended = false;   // the input has ended
         bool leftOut = false; // output has been dropped since the buffer became full

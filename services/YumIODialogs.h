@@ -69,9 +69,9 @@ public:
                 const QString& rejectText, bool rejectIsDefault = false, const QString& notice = QString(),
                 const QString& summary = QString());
     // warning() and critical() return the number of the pressed button. A button without a text is omitted,
-    // except button 0, which then has the text "OK". The number -1 means that no button is the escape button,
-    // except for the only button of a box. If the program ends before the user answers, the result is the
-    // number of the escape button.
+    // except button 0, which then has the text "OK". If `escapeButtonNumber` is -1, no button is the escape
+    // button, unless the box has only one button. If the program ends before the user answers, the result is
+    // the number of the escape button.
     int warning(const QString& caption, const QString& text, const QString& button0Text,
                 const QString& button1Text, const QString& button2Text, int defaultButtonNumber,
                 int escapeButtonNumber);

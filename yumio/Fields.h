@@ -95,8 +95,8 @@ public:
         const char* label; // not translated; null for the name, because it is the heading of a description
         Source source;
         const char*
-            attribute; // the script's attribute, or the tag of the package header; null for other sources
-        QString Package::Entry::*member; // the record's member with the text; null for other sources
+            attribute; // the script's attribute, or the tag of the package header; null for all other sources
+        QString Package::Entry::*member; // the member with the text; null unless the source is Record
         int uses;                        // flags of Use
     };
 

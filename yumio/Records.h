@@ -102,7 +102,7 @@ private:
     QHash<QString, Package::Entry*> bestByName; // empty after publish()
     QSet<QString> biArchs;
     QSet<QString> sharedTexts;
-    QHash<const Package::Entry*, Package::Replacement> replacements; // of the few replaced records
+    QHash<const Package::Entry*, Package::Replacement> replacements; // only a few records have a replacement
 };
 
 #endif

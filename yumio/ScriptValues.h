@@ -72,8 +72,8 @@ public:
     // attribute.
     QString simpleString(PyObject* object, const char* attr);
     // Finds the first pair (object, name) with this name in a sequence of pairs. Returns a new reference to
-    // the object, or null. Another script may return related packages in such pairs; the present script does
-    // not.
+    // the object, or null. The program does not use this function at present: only scripts for other package
+    // managers may return related packages in such pairs.
     PyObject* findRelation(PyObject* sequence, const char* name);
 
     // --- Packages and items of transactions

@@ -155,7 +155,7 @@ public:
     bool findMatches(const QString& expression, size_t count, const Matches& matches,
                      std::vector<char>& found);
     // Runs a computation that needs neither the interpreter nor graphical objects on a worker. In the
-    // meantime, the window serves events, but the user's requests wait.
+    // meantime, the window serves events, but keys and clicks wait.
     void compute(const std::function<void()>& computation);
     // Calls the function for each searched text, except the file list and the change log, until the function
     // returns true. Returns whether the function returned true.
@@ -411,7 +411,7 @@ private:
                         QEventLoop::ProcessEventsFlags flags = QEventLoop::AllEvents);
     // Returns the result of the operation. If the user has stopped the operation, logs this.
     bool outcome(bool done);
-    // Returns whether the running operation must end if it does not change the system.
+    // Returns whether a running operation that does not change the system must end.
     bool mustGiveUp() const;
     bool initializeReal();
     void resetReal();
@@ -629,8 +629,8 @@ private:
     QHash<QString, QString> biArchByArch; // the script's answers to getBiArch()
     bool clearing = false;                // the records are being deleted; for diagnostics only
     QThread* worker = nullptr;            // the running worker, or null
-    QString missingForReplay; // what the package manager lacks to undo transactions; usually empty
-    bool blockerHeld = false; // the worker waits for blockerRelease()
+    QString missingForReplay;             // why the script cannot undo or repeat transactions; usually empty
+    bool blockerHeld = false;             // the worker waits for blockerRelease()
     std::atomic<bool> changingSystem{false};
     StopRequest stopRequest;
     bool stopped = false; // the user stopped the last operation

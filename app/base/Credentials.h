@@ -42,17 +42,17 @@ QVector<Place> places(const QString& text, Text kind);
 // Returns whether the text has a place for a password, even if the password is empty.
 bool holds(const QString& text, Text kind);
 
-// Returns whether the text contains a password that is not empty. Only the owner may read a file with a
-// password.
+// Returns whether the text contains a password that is not empty. A file with such a password must not be
+// readable for all users.
 bool holdsPassword(const QString& text, Text kind);
 
 // Returns the message with three dots instead of each password. Three dots also hide the length of the
 // password. The function searches each line separately.
 QString hidden(const QString& message, Text kind = Text::Urls);
 
-// Returns the parts of vantor URLs that are replaced by new credentials, in ascending order. Each part
-// reaches from "/vantor?" to the end of "&path=". A part is skipped if its keys, name or password contain "&"
-// or white space.
+// Returns the parts of vantor URLs that new credentials replace, in ascending order. Each part reaches from
+// "/vantor?" to the end of "&path=". A part is skipped if its keys, name or password contain "&" or white
+// space.
 QVector<Place> vantorParts(const QString& text);
 
 // Returns the URL without credentials, for use in other programs. Removes the user name and password before
