@@ -64,11 +64,11 @@ public:
     //
     // look() returns the result of bars(). tip() returns the result of the C++ function tip(). captured()
     // returns the unfinished lines of captured standard output and standard error. counted() returns the
-    // number of records that the graphical thread sees. state() returns some members of the back end by their
-    // names.
+    // number of records that the graphical thread sees. state() returns a dictionary of some members of the
+    // back end, with their names as keys.
     bool start(const QByteArray& share = QByteArray());
 
-    // For the total bar and for the item bar: "text value/maximum", or "idle".
+    // The state of the total bar and of the item bar, each as "text value/maximum" or "idle".
     QStringList bars() const;
     // The rows "text: state" of the tip that the item bar shows during downloads.
     QStringList tip();

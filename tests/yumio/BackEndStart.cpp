@@ -3,7 +3,7 @@
 // Starts the back end with the script of VYRESHARE, and prints what the user sees, one item per line. The
 // first argument is Python code that the interpreter runs before the script. If PRINT_LOG is set, the program
 // also prints the log. If PRINT_EVENTS is set, it also prints whether a timer fired while the back end
-// started. A second argument starts a collection.
+// started. If it gets a second argument, it also collects the packages.
 
 #include <cstdio>
 
@@ -23,7 +23,7 @@ void print(const QString& text)
 
 int main(int argc, char** argv)
 {
-    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ); // keeps the order of our lines and the script's lines
+    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ); // keeps all lines of output in order
     QApplication app(argc, argv);
     Answers answers;
     {

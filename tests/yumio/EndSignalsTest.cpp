@@ -83,7 +83,7 @@ class EndSignalsTest : public QObject
 private Q_SLOTS:
     // Finds the expected value by experiment: sends each signal to a child without handlers, and checks
     // whether the child ends.
-    void theEndsProcessFunctionReturnsTrueForExactlyTheSignalsThatEndAProcess_data()
+    void theProgramKnowsWhichSignalsEndAProcess_data()
     {
         QTest::addColumn<int>("number");
         for (int number = 1; number <= SIGRTMAX; ++number) {
@@ -94,7 +94,7 @@ private Q_SLOTS:
         }
     }
 
-    void theEndsProcessFunctionReturnsTrueForExactlyTheSignalsThatEndAProcess()
+    void theProgramKnowsWhichSignalsEndAProcess()
     {
         QFETCH(int, number);
         const pid_t child = fork();
@@ -132,7 +132,7 @@ private Q_SLOTS:
                  QStringLiteral("status %1").arg(number));
     }
 
-    void theRenewFunctionRestoresTheHandlerOfSIGINT()
+    void renewingTheHandlersRestoresTheHandlerOfSIGINT()
     {
         QCOMPARE(inChild([](int) {
                      kill(getpid(), SIGINT);
@@ -147,7 +147,7 @@ private Q_SLOTS:
                  QStringLiteral("status %1").arg(SIGINT));
     }
 
-    void theRenewFunctionChangesNothingIfNoHandlersAreInstalled()
+    void renewingTheHandlersChangesNothingIfNoneAreInstalled()
     {
         struct sigaction before = {};
         struct sigaction after = {};
@@ -212,7 +212,7 @@ private Q_SLOTS:
                  QStringLiteral("status 7"));
     }
 
-    void aSignalBecomesARequestToEndAfterTheRecorderHasDeliveredIt()
+    void aSignalThatTheRecorderDeliversBecomesARequestToEnd()
     {
         for (int number : {SIGTERM, SIGABRT, SIGUSR1, SIGSEGV}) {
             QCOMPARE(inChild([number](int requests) {

@@ -63,7 +63,7 @@ private Q_SLOTS:
         QCOMPARE(labels(Fields::OfGroups | Fields::Searched), QStringList("the name") + groups);
     }
 
-    void theForEachUntilFunctionStopsWhenItsArgumentReturnsTrue()
+    void theLoopOverTheFieldsStopsWhenTheCallbackReturnsTrue()
     {
         QList<Fields::Field> given;
         const auto until = [&given](Fields::Field last) {

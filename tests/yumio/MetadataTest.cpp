@@ -172,7 +172,7 @@ private Q_SLOTS:
     {
         QCOMPARE(filesOfOne(file("/usr/z") + file("/usr/a") + file("/usr/z") + file("/Usr") + file("/usr/a")),
                  QByteArray("/Usr\n/usr/a\n/usr/z"));
-        // The paths of the package are in order, in reverse order, or in two sorted sequences.
+        // These packages list their paths in order, in reverse order, or as two sorted sequences.
         QCOMPARE(filesOfOne(file("/a") + file("/b") + file("/b") + file("/c")), QByteArray("/a\n/b\n/c"));
         QCOMPARE(filesOfOne(file("/c") + file("/b") + file("/b") + file("/a")), QByteArray("/a\n/b\n/c"));
         QCOMPARE(filesOfOne(file("/b") + file("/d") + file("/a") + file("/c")), QByteArray("/a\n/b\n/c\n/d"));
@@ -321,7 +321,8 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, filter);
         QFETCH(QString, damage);
-        // The numbers can hardly be compressed, so a damage in the middle of the file hits them.
+        // The random numbers in the paths can hardly be compressed. So they fill most of the file, and the
+        // damage in the middle of the file hits them.
         QByteArray many;
         quint32 state = 1;
         for (int i = 0; i < 60000; ++i) {
@@ -345,7 +346,7 @@ private Q_SLOTS:
         QString problem;
         QVERIFY(!Metadata::readFileLists(path, {{"one", 0}, {"two", 1}}, into(texts), problem));
         QVERIFY(!problem.isEmpty());
-        // The package with the damage has no text, rather than an incomplete text.
+        // The damaged package has no text, because an incomplete text would be wrong.
         QVERIFY(texts[1].isNull());
         problem.clear();
         QVERIFY(!Metadata::readChangeLogs(path, {{"two", 1}}, into(texts), problem));

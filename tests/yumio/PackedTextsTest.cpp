@@ -127,7 +127,7 @@ private Q_SLOTS:
         }
     }
 
-    void aTextReplacesTheFormerTextOfItsTarget()
+    void aNewTextReplacesTheFormerTextOfAPackedText()
     {
         PackedText target;
         TextPacker packer;

@@ -82,7 +82,7 @@ private Q_SLOTS:
         QVERIFY(records->place(Package::EntryKey(false, "a", "x86_64")) == package);
     }
 
-    void aSecondKeyFindsItsRecordUnlessAnotherRecordHasThisKey()
+    void aRecordIsFoundByASecondKeyIfNoOtherRecordHasThisKey()
     {
         Package::Entry* record = add("a", "x86_64");
         Package::Entry* other = add("b", "i386");
@@ -95,7 +95,7 @@ private Q_SLOTS:
         QCOMPARE(records->count(), 2);
     }
 
-    void theFindPackageFunctionPrefersTheGivenBiArchClass()
+    void aLookUpByNamePrefersTheGivenBiArchClass()
     {
         Package::Entry* narrow = add("lib", "i386");
         Package::Entry* wide = add("lib", "x86_64");
@@ -106,7 +106,7 @@ private Q_SLOTS:
         QVERIFY(records->findPackage("nobody", "x86_64") == nullptr);
     }
 
-    void theFindPackageFunctionIgnoresGroups()
+    void aLookUpByNameIgnoresGroups()
     {
         Package::Entry*& place = records->place(Package::EntryKey(true, "a", QString()));
         place = make("a", QString(), Package::Available);
@@ -186,7 +186,7 @@ private Q_SLOTS:
         QVERIFY(!records->isLeftToUser(*add("none", "x86_64")));
     }
 
-    void possibleMarksAreRestored()
+    void marksThatAreStillPossibleAreRestored()
     {
         add("install", "x86_64")->action = Package::Install;
         add("remove", "x86_64", Package::Installed)->action = Package::Remove;
@@ -232,7 +232,7 @@ private Q_SLOTS:
         });
     }
 
-    void recordsCanBeAddedAgainAfterClear()
+    void recordsCanBeAddedAfterAllRecordsWereCleared()
     {
         add("a", "x86_64");
         records->publish();

@@ -204,7 +204,7 @@ private Q_SLOTS:
         QCOMPARE(QString(ScriptValues::timeFormat(0)), QString("Thu Jan  1 00:00:00 1970"));
     }
 
-    void aCallOfDateFormatDoesNotChangeATextFromTimeFormat()
+    void formattingADateDoesNotChangeAFormattedTime()
     {
         const char* time = ScriptValues::timeFormat(0);
         const char* date = ScriptValues::dateFormat(1700000000);
@@ -285,7 +285,7 @@ private Q_SLOTS:
         QCOMPARE(values->simpleString(thing.get(), "list"), QString("(a,\n b)"));
     }
 
-    void theFindRelationFunctionFindsTheFirstValueOfAPairByTheSecondValue()
+    void theFirstValueOfAPairIsFoundByTheSecondValue()
     {
         const PyRef pairs = value("[('x', 'one'), ('y', 'two'), ('z', 'two')]");
         QCOMPARE(values->pyStringDec(values->findRelation(pairs.get(), "two")), QString("y"));
@@ -301,14 +301,14 @@ private Q_SLOTS:
         QTest::addColumn<QString>("expected");
         QTest::newRow("epoch 0") << "Thing(version='1.2', release='3', epoch=0)"
                                  << "1.2-3";
-        QTest::newRow("text epoch 0") << "Thing(version='1.2', release='3', epoch='0')"
-                                      << "1.2-3";
+        QTest::newRow("epoch 0 as a text") << "Thing(version='1.2', release='3', epoch='0')"
+                                           << "1.2-3";
         QTest::newRow("no epoch") << "Thing(version='1.2', release='3', epoch=None)"
                                   << "1.2-3";
         QTest::newRow("epoch 2") << "Thing(version='1.2', release='3', epoch=2)"
                                  << "2:1.2-3";
-        QTest::newRow("text epoch 2") << "Thing(version='1.2', release='3', epoch='2')"
-                                      << "2:1.2-3";
+        QTest::newRow("epoch 2 as a text") << "Thing(version='1.2', release='3', epoch='2')"
+                                           << "2:1.2-3";
         QTest::newRow("no release") << "Thing(version='1.2', release='', epoch=0)"
                                     << "1.2";
     }

@@ -66,7 +66,7 @@ private Q_SLOTS:
         QCOMPARE(stop.state(), State::Useless);
     }
 
-    void theRefuseFunctionPreventsFurtherStopRequests()
+    void noStopRequestIsAcceptedAfterARefusal()
     {
         StopRequest stop;
         stop.begin(true);
@@ -78,7 +78,7 @@ private Q_SLOTS:
         QCOMPARE(stop.state(), State::Refused);
     }
 
-    void theRefuseFunctionFailsIfAStopWasRequestedBefore()
+    void aRefusalFailsIfAStopWasRequestedBefore()
     {
         StopRequest stop;
         stop.begin(true);

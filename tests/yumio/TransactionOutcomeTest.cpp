@@ -104,7 +104,7 @@ private Q_SLOTS:
         outcome.counts[TransactionOutcome::Installed] = 3;
         QCOMPARE(outcome.details(), QString());
         outcome.failedScriptlets = QStringList{"limpgate"};
-        QCOMPARE(outcome.details(), QString()); // the text names this package
+        QCOMPARE(outcome.details(), QString()); // text() already names this package
         outcome.failedScriptlets = QStringList{"limpgate", "%1%2", "loudhailer"};
         QCOMPARE(outcome.details(), QString("3 installed; the scriptlets of limpgate and 2 more failed\n"
                                             "The scriptlets of these packages failed:\n"

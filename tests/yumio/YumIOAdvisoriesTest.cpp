@@ -77,7 +77,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().advisoriesOfUpdate(*backEnd->entry("tool")), QStringList());
     }
 
-    void theRecordForAnAdvisoryIsFoundByNameAndArchitecture()
+    void theRecordOfAPackageInAnAdvisoryIsFoundByNameAndArchitecture()
     {
         backEnd->run("it.installed = [Package('tool', arch='noarch')]");
         QVERIFY(backEnd->collect());

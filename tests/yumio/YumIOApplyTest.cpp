@@ -8,8 +8,8 @@
 
 namespace {
 
-// Simulates a lack of memory for Python lists: the list with this number cannot get memory for its elements;
-// 0 means that each list gets memory.
+// Simulates a lack of memory for Python lists. The value counts down to the list that gets no memory for its
+// elements; 0 means that each list gets memory.
 int failingList = 0;
 PyMemAllocatorEx memory;
 
@@ -81,7 +81,7 @@ private Q_SLOTS:
 
     // --- Arguments of the script
 
-    void theApplyFunctionShowsAnErrorIfTheUserIsNotRoot()
+    void anErrorIsShownIfAUserOtherThanRootAppliesMarks()
     {
         collect("it.available = [Package('tool')]");
         mark("tool", Package::Install);
@@ -370,7 +370,7 @@ private Q_SLOTS:
                  QStringList(conflict("tool", "ERROR", "Install", "ERROR")));
     }
 
-    void theFindPackageFunctionPrefersTheArchitectureOfTheSystem()
+    void aLookUpByNamePrefersTheArchitectureOfTheSystem()
     {
         collect("it.available = [Package('lib', arch='i686'), Package('lib', arch='x86_64'),\n"
                 "                Package('only', arch='i686'), Package('text', arch='noarch')]");
@@ -422,7 +422,7 @@ private Q_SLOTS:
         QVERIFY(clean());
     }
 
-    void whileCleaningWaitsForALockTheBarNamesTheLock()
+    void theBarNamesTheLockForWhichCleaningWaits()
     {
         backEnd->run("import threading\nworkers = []\n"
                      "def clean():\n"

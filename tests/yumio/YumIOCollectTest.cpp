@@ -238,7 +238,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().enabledRepos, QStringList({"z", "a"}));
     }
 
-    void aCollectionEnablesAndDisablesRepositoriesAsInTheSession()
+    void aCollectionEnablesAndDisablesRepositoriesForTheSession()
     {
         backEnd->run("BASE.repos['second'] = Thing(enabled=0)");
         QVERIFY(backEnd->collect({{"main", false}, {"second", true}, {"not-configured", true}}));
@@ -416,7 +416,7 @@ private Q_SLOTS:
         QVERIFY(!yumIO().wasStopped());
     }
 
-    void theBackEndNamesRepositoriesThatTheScriptLeavesOutWithoutAQuestion()
+    void theBackEndKnowsWhichRepositoriesTheScriptSkips()
     {
         const int before = yumIO().logEntries().count();
         backEnd->run("def read():\n"
@@ -470,7 +470,7 @@ private Q_SLOTS:
             backEnd->answers.press(answer);
             yumIO().clearEntries();
             QVERIFY(backEnd->collect());
-            // "No" would empty the table, although all other repositories are readable.
+            // Enter means "Yes": "No" would empty the table, although all other repositories are readable.
             const bool goesOn = answer == "Enter";
             QCOMPARE(backEnd->text("seen"), QString(goesOn ? "[True]" : "[False]"));
             asked = backEnd->answers.take();
@@ -792,7 +792,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->entry("suite")->kind, Package::Ordinary);
     }
 
-    void theClearEntriesFunctionRemovesAllRecords()
+    void clearingTheEntriesRemovesAllRecords()
     {
         backEnd->run("it.available = [Package('lib', arch='x86_64'), Package('lib', arch='i686')]\n"
                      "it.groups = [Group('G', 'g')]");
@@ -803,7 +803,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().records.keyCount(), 0);
     }
 
-    void theClearEntriesBeforeQuitFunctionReleasesNoReferences()
+    void clearingTheEntriesBeforeQuittingReleasesNoReferences()
     {
         backEnd->run("it.installed = [Package('kernel', v) for v in ('6.1', '6.2')]\nkernels = it.installed");
         QVERIFY(backEnd->collect());
@@ -814,7 +814,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().records.keyCount(), 0);
     }
 
-    void theResetFunctionCallsTheResetMethodOfTheScript()
+    void aResetOfTheBackEndResetsTheScript()
     {
         yumIO().reset();
         QCOMPARE(backEnd->text("it.calls"), QString("[('reset',)]"));

@@ -443,7 +443,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("getRpmHdrValue called for package with no hdr (i.e. not installed)"));
     }
 
-    void theGetRpmHdrValueFunctionReturnsTheValueOfATag()
+    void theValueOfATagIsReadFromTheRpmHeader()
     {
         backEnd->run("tool.hdr = {rpm.RPMTAG_NAME: 'tool'}");
         const PyRef value(yumIO().getRpmHdrValue(tool().pyObject, "NAME"));

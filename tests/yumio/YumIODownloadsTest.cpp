@@ -23,7 +23,7 @@ private Q_SLOTS:
         backEnd->answers.take();
         QCOMPARE(backEnd->text("seen[0][0]"), QString("Running Transaction: Total Progress (0%) 0/33100"));
         QCOMPARE(backEnd->text("seen[1]['remoteCount'], seen[1]['remoteWeight']"), QString("(2, 40240)"));
-        // The downloads have 40240 of the 400000 units of weight of the whole transaction.
+        // The downloads weigh 40240, and the whole transaction weighs 400000.
         QCOMPARE(backEnd->text("seen[1]['downloadSteps']"), QString::number(40240 * 24000ULL / 400000));
         QCOMPARE(backEnd->text("seen[2][0]"),
                  QString("Running Transaction: Total Progress (0%) 0/%1").arg(2414 + 9100));
@@ -31,7 +31,7 @@ private Q_SLOTS:
                  QString("(4, %1)").arg(40240 + 60000 + 20000 + 10240 + 10240));
     }
 
-    void aPayloadIsCountedEvenIfItsArchitectureDiffersFromThatOfItsRecord()
+    void aPayloadIsCountedEvenIfItsRecordHasAnotherArchitecture()
     {
         collect("it.available = [Package('lib', arch='i686')]");
         QVERIFY(!apply("yumIOC.downloadRemotePayloads([Rpm('lib', 20000, 'i586')])\nseen.append(state())"));

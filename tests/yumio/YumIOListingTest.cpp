@@ -121,7 +121,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().transactionOutcome().leftOut, 0);
     }
 
-    void excludedVersionsOfAPackageMarkedForRemovalAreKept()
+    void theRemovalOfAPackageKeepsItsExcludedVersions()
     {
         collect(
             "it.installed = [Package('kernel', '6.3'), Package('kernel', '6.2')]\n"
@@ -142,7 +142,7 @@ private Q_SLOTS:
                  QString("['6.3', '6.2']"));
     }
 
-    void aRecordShowsTheInstalledVersionEvenIfItIsExcluded()
+    void aRecordShowsAnInstalledVersionThatIsExcluded()
     {
         collect(
             "hidden = [Package('tool', '1.0')]\n"

@@ -208,7 +208,7 @@ private Q_SLOTS:
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
             memory.append(residentMemory());
             if (installs) {
-                continue; // one round is an installation and a removal
+                continue; // the objects are counted after each removal
             }
             // For each identifier of a thread that Python has not started, Python keeps an object. The system
             // reuses identifiers, but a new identifier may appear in any round.

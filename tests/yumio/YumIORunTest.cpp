@@ -13,7 +13,7 @@
 
 namespace {
 
-// Each variable that is true makes one of the functions below fail. A test cannot make the real functions
+// If one of these variables is true, one of the functions below fails. A test cannot make the real functions
 // fail.
 bool failWaiting = false;
 bool failSettingTheChildSignal = false;
@@ -295,7 +295,7 @@ private Q_SLOTS:
                  QStringList("Unable to restore SIGCHLD signal handler; errno=22 (Invalid argument)"));
     }
 
-    void theSystemChangedFunctionReturnsTrueIfTheRealTransactionHasBegun()
+    void theSystemCountsAsChangedIfTheRealTransactionHasBegun()
     {
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\nyumIOC.rpmtransInit(True)"));
         backEnd->answers.take();
@@ -573,7 +573,7 @@ private Q_SLOTS:
         QVERIFY(!yumIO().wasStopped());
     }
 
-    void aCollectionKeepsPossibleMarks()
+    void aCollectionKeepsTheMarksThatAreStillPossible()
     {
         const QString before("it.updates = [Package('fresh', '2.0'), Package('done', '2.0'), "
                              "Package('both', '2.0', arch='i686'), Package('away', '2.0')]\n"

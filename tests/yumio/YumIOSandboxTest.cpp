@@ -75,8 +75,8 @@ private:
         return text.trimmed();
     }
 
-    // The texts that a search must find in a record, except file list and change log. text() reads them on
-    // this thread.
+    // The texts that a search must find in a record, except the file list and the change log. text() reads
+    // them on this thread.
     QByteArray searchedTexts(const Package::Entry& entry)
     {
         const int owner = entry.kind == Package::Group ? Fields::OfGroups : Fields::OfPackages;
@@ -404,7 +404,8 @@ private Q_SLOTS:
     {
         setMetadataPath("genuinePath(self, repoid, kind)");
         checkSearchTexts(1 << 30);
-        // Because of this limit, the texts come from the packages, not from the metadata.
+        // The limit is larger than the number of packages. So the texts come from the packages, not from the
+        // metadata.
         QCOMPARE(backEnd->text("asked"), QString("[]"));
         const Package::Entry& orchard = *backEnd->entry("orchard");
         QVERIFY(

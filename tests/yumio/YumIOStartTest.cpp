@@ -95,7 +95,7 @@ private Q_SLOTS:
         workingDirectory = QDir::currentPath();
     }
 
-    void theInitializeFunctionRunsTheScriptOfTheShareDirectory()
+    void theBackEndRunsTheScriptOfTheShareDirectory()
     {
         QCOMPARE(start("import sys\n"
                        "print('argv', sys.argv[1:], __name__, flush=True)\n"
@@ -200,7 +200,7 @@ private Q_SLOTS:
                          "again: failed"}));
     }
 
-    void anErrorIsReportedIfTheNameRpmIsNoModule()
+    void anErrorIsReportedIfAnotherObjectReplacesTheRpmModule()
     {
         QCOMPARE(
             start("class YumIO:\n    base = 1\n", {"import sys; sys.modules['rpm'] = object()"}),
@@ -310,7 +310,8 @@ private Q_SLOTS:
         QTest::newRow("transactions")
             << remove("dnf", "dnf.Base", "_run_transaction") << "carry out transactions"
             << "Base._run_transaction";
-        // Only an object of dnf.Base has this attribute, but creating the object needs the configuration.
+        // Only an object of dnf.Base has this attribute. So this __init__() creates the object and then
+        // deletes the attribute.
         QTest::newRow("attribute of an object")
             << QByteArray("import dnf\n"
                           "def without(self, *arguments, made=dnf.Base.__init__):\n"
