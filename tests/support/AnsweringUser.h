@@ -2,7 +2,7 @@
 
 // Answers message boxes as a user does, and records the boxes. On request, an AnsweringUser also answers
 // dialogs that are no message boxes. It works in the program's own event loop and in the test's event loop.
-// To save time, it shortens the first moment in which a worker's question ignores input.
+// A worker's question ignores input for a moment after it appears; an AnsweringUser shortens this moment.
 
 #ifndef TESTS_SUPPORT_ANSWERINGUSER_H
 #define TESTS_SUPPORT_ANSWERINGUSER_H
@@ -61,7 +61,7 @@ public:
             QTest::mouseClick(qobject_cast<QMessageBox*>(dialog)->button(button), Qt::LeftButton);
         };
     }
-    // Clicks the button with this text, with or without its "&".
+    // Clicks the button with this text. The text may omit a "&" at its beginning.
     static Answer click(const QString& text)
     {
         return [text](QDialog* dialog) {
@@ -101,7 +101,7 @@ public:
 
     // The dialogs that have opened, in order.
     QList<ShownBox> seen;
-    // How this object answers the next dialog.
+    // Answers the next dialog.
     Answer answer;
 
 private:

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// An environment variable that a test sets. The destructor restores its former value.
+// An environment variable that a test sets. The destructor restores the variable's former value.
 
 #ifndef TESTS_SUPPORT_ENVIRONMENTVARIABLE_H
 #define TESTS_SUPPORT_ENVIRONMENTVARIABLE_H
@@ -11,7 +11,7 @@
 class EnvironmentVariable
 {
 public:
-    // Stores the present value, and does not change the variable before set() or unset().
+    // Stores the present value. Only set() and unset() change the variable.
     explicit EnvironmentVariable(const char* variable)
         : name(variable), wasSet(qEnvironmentVariableIsSet(variable)), before(qgetenv(variable))
     {

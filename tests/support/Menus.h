@@ -12,7 +12,8 @@
 #include <QTimer>
 #include <QtTest>
 
-// Opens a menu, uses it, and closes it if it is still open. Returns whether a menu opened.
+// Calls open(), which opens a menu, and passes the menu to use(). Closes the menu if it is still open.
+// Returns whether a menu opened.
 template <typename Open, typename Use> bool withMenu(Open open, Use use)
 {
     bool opened = false;
@@ -49,8 +50,7 @@ inline void choose(QMenu& menu, const QString& text)
                       menu.actionGeometry(actionOf(menu, text)).center());
 }
 
-// shownIn() returns the texts of all visible actions of a menu; offeredIn() returns only the texts of the
-// enabled actions.
+// shownIn() returns the texts of all visible actions of a menu; offeredIn() leaves out the disabled actions.
 inline QStringList shownIn(const QMenu& menu)
 {
     QStringList texts;

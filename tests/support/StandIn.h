@@ -2,10 +2,10 @@
 
 // A share directory with a script that needs no package manager. The tests set the script's answers.
 //
-// The script reads these answers at each collection, and records the calls of its methods.
+// The script reads an answer when the program asks for it, and records the calls of its methods.
 //
-// A test program has only one StandIn. It sets the environment variables VYRESHARE and VYREROOT, so it must
-// exist before any code looks for the share directory.
+// A test program has only one StandIn. Its constructor sets the environment variables VYRESHARE and VYREROOT,
+// so the test must create the StandIn before any code looks for the share directory.
 
 #ifndef TESTS_SUPPORT_STANDIN_H
 #define TESTS_SUPPORT_STANDIN_H
@@ -19,7 +19,7 @@
 class StandIn
 {
 public:
-    // Copies the icons from the share directory that VYRESHARE names before this call.
+    // Links the icons of the real share directory, which VYRESHARE names before this call.
     StandIn();
 
     // An object with the attributes of a package or group. The script adds default values for missing
@@ -32,22 +32,23 @@ public:
     void setPackages(const QJsonArray& updates, const QJsonArray& installed, const QJsonArray& available,
                      const QJsonArray& groups = QJsonArray());
 
-    // While `held` is true, the script waits whenever it collects packages, loads file lists or changes
-    // the system.
+    // Whether the script waits when it collects packages or advisories, loads file lists, reads the history,
+    // locks versions or changes the system.
     void setHeld(bool held);
     // Whether the constructor of the script's class fails.
     void setRefusing(bool refuse);
     // Whether the user has no right to change the database, "/db".
     void setDatabaseRefused(bool refused);
-    // Whether an apply fails before it changes the system.
+    // Whether apply() of the script fails before it changes the system.
     void setFailing(bool fail);
-    // Whether an apply fails after it has begun to change the system.
+    // Whether apply() fails after it has begun to change the system.
     void setBreaking(bool doBreak);
-    // Whether an apply, before it changes the system, waits until the user stops it.
+    // Whether apply() waits until the user stops the operation. It waits before it changes the system.
     void setDownloading(bool downloading);
-    // Whether an apply reports that another program has changed the system.
+    // Whether apply() reports that another program has changed the system.
     void setOutdated(bool outdated);
-    // The outcome that an apply reports after it has begun to change the system, or if the user stops it.
+    // The outcome that apply() and replay() report after they have begun to change the system. If the user
+    // stops apply(), it reports this outcome too.
     void setOutcome(const QJsonObject& outcome);
     // Whether collections fail from now on.
     void setUnreadable(bool unreadable);
@@ -64,7 +65,8 @@ public:
     void setHistoryLong(bool many);
     // Whether the script refuses to undo and to repeat transactions.
     void setReplayRefused(bool refused);
-    // The change log of a package with the "waiting" attribute exists only while `readable` is true.
+    // If a package has the "waiting" attribute, the script returns its change log only while `readable` is
+    // true.
     void letChangeLogsBeRead(bool readable = true);
     // Sets the contents of the repository file. The stand-in script has two repositories, whatever this file
     // contains: "base" and "extras".
@@ -78,7 +80,8 @@ public:
     void setAdvisories(const QList<QJsonArray>& advisories);
 
     // From the next collection on, the script offers version locks. lines: the names of the locked packages,
-    // each with the lines of the lock list that lock this package.
+    // each with the lines of the lock list that lock this package. fault: the reason why the user cannot
+    // change the locks, or an empty text.
     void setVersionLocks(const QJsonObject& lines, const QString& fault = QString());
     void removeVersionLocks();
 

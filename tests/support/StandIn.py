@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""A stand-in for the script. It reads its answers from a file, and needs no package manager."""
+"""A stand-in for the script. It reads its answers from files, and needs no package manager."""
 import bdb  # noqa: F401  (looked up by name)
 import datetime
 import json
@@ -69,8 +69,8 @@ class Package:
 
 
 class WaitingPackage(Package):
-    """A package whose change log exists only after the test permits it. If the program blocked the graphical thread
-    until then, the test could never permit it.
+    """A package whose change log exists only after the test calls letChangeLogsBeRead(). The test runs on the graphical
+    thread. If the program blocks this thread while it reads the change log, the test cannot call the function.
     """
 
     @property
@@ -104,8 +104,8 @@ class LockedPackage(Package):
 
 
 class WatchedPackage(Package):
-    """A package that records each read of its description. Records do not store this text, because no column shows it.
-    So only a search or an open description reads it.
+    """A package that notes each time the program reads its description. The program's records do not store the
+    description, because no column shows it. So only a search or an open description dialog reads it.
     """
 
     @property
@@ -157,9 +157,7 @@ class YumIO:
                                                                      releasever='39'))
 
     def __getattribute__(self, name):
-        """Record the name of a method when the program looks up the method, because the program looks up a method only
-        to call it.
-        """
+        """Note the name of each method that the program looks up: the program looks up a method only to call it."""
         value = object.__getattribute__(self, name)
         unnoted = ('getBiArch', 'isBetterThan', 'readOutcome', 'refusedDirectory', 'versionLocks', 'wait')
         if callable(value) and name not in unnoted:
@@ -179,8 +177,8 @@ class YumIO:
         note('disableRepo ' + id)
 
     def apply(self, installs, updates, removes, *groups):
-        """Record the packages, ask for confirmation, and begin the change. The test can set a failure before the
-        change.
+        """Note the packages, ask for confirmation, and begin the change. The test can set a failure before the change
+        or after it has begun.
         """
         note('apply {} {} {}'.format(*(','.join(sorted(package.name for package in packages)) or '-'
                                        for packages in (installs, [pair[0] for pair in updates], removes))))
@@ -272,7 +270,7 @@ class YumIO:
         return 'Not with this version.' if os.path.exists(os.path.join(SHARE, 'noreplay')) else ''
 
     def replay(self, kind, number):
-        """Record the transaction, ask for confirmation, and begin the change. While the test holds the script, this
+        """Note the transaction, ask for confirmation, and begin the change. While the test holds the script, this
         method waits.
         """
         note('replay {} {}'.format(kind, number))

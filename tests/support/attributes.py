@@ -6,7 +6,7 @@ import re
 
 SOURCES = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 
-# A row in Fields.cpp. The "name" field has an empty label. If the value of a field does not come from an attribute,
+# A row in Fields.cpp. `label` is empty for Fields::Name. If the value of a field does not come from an attribute,
 # `attribute` is empty.
 Field = collections.namedtuple('Field', 'name label source attribute uses')
 
@@ -39,7 +39,7 @@ def fields():
 
 
 def of_fields(source):
-    """The attributes of all fields whose source is "source", for example "Text"."""
+    """The attributes of all fields with this source, for example "Text"."""
     names = [field.attribute for field in fields() if field.source == source]
     assert names, source
     return names

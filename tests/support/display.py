@@ -35,7 +35,7 @@ class StartError(Exception):
 
 
 class VirtualDisplay:
-    """with VirtualDisplay() as environment: run programs in that environment.
+    """The display of one `with` block. "with VirtualDisplay() as environment" returns the environment for programs.
 
     any_user: if true, the accessibility bus accepts programs of all users.
     """
@@ -95,7 +95,7 @@ class VirtualDisplay:
             self.log.seek(0)
             raise StartError('Xvfb did not start:\n' + self.log.read().decode(errors='replace'))
         self.environment['DISPLAY'] = ':' + number
-        # Some tests have already killed the server.
+        # Some tests kill the server, and need its process number.
         self.environment['X_SERVER_PID'] = str(self.started[0].pid)
 
     def _clean_up_after_server(self):
@@ -119,8 +119,8 @@ class VirtualDisplay:
     def _start_accessibility(self):
         self.environment['QT_LINUX_ACCESSIBILITY_ALWAYS_ON'] = '1'
         if self.any_user:
-            # The usual launcher starts an accessibility bus that accepts only its own user and root. Therefore the
-            # message bus serves as the accessibility bus too.
+            # The usual launcher starts an accessibility bus that accepts only programs of the same user and of root.
+            # Therefore the message bus serves as the accessibility bus too.
             os.chmod(self.scratch.name, 0o711)
             address = 'unix:path=' + os.path.join(self.scratch.name, 'bus')
             # Programs that the message bus starts need this variable too.
@@ -129,7 +129,7 @@ class VirtualDisplay:
             with open(path, 'w') as stream:
                 stream.write(BUS_OF_ALL.format(address))
             self._start_bus('--config-file=' + path)
-            # A program that finds no launcher reads this property.
+            # A program that finds no launcher reads the AT_SPI_BUS property of the root window.
             self._set_bus_property(address)
             return
         self._start_bus('--session')

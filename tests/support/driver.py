@@ -1,10 +1,11 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Drives the built program from outside, as a user does. It sends X events with xdotool, and reads through AT-SPI.
+"""Drives the built program from outside, as a user does. It sends X events with xdotool, and reads the windows through
+AT-SPI.
 
 It needs a display with an accessibility bus, so tests must run it under "with-display --accessible".
 
-Events and AT-SPI use different connections: a test that reads directly after a key or a click may still find the state
-before this input. Therefore every function that sends input waits until the effect is visible.
+Events and AT-SPI use different connections. A test that reads a window directly after a key or a click may still find
+the state before this input. Therefore every function that sends input waits until the effect is visible.
 """
 import contextlib
 import glob
@@ -83,7 +84,7 @@ def text_of(accessible):
     try:
         return accessible.queryText().getText(0, -1)
     except NotImplementedError:
-        # pyatspi's cached text can be older than the text in the window.
+        # pyatspi's cache may not know yet that this widget has a text.
         accessible.clear_cache()
         return accessible.queryText().getText(0, -1)
 
@@ -206,7 +207,7 @@ class Program:
     def __init__(self, binary, scratch, arguments=(), environment=None, unset=()):
         self.stdout_path = os.path.join(scratch, 'stdout')
         self.stderr_path = os.path.join(scratch, 'stderr')
-        # The tests look for English texts, whatever language the user who runs them has set.
+        # The tests look for English texts, even if the user who runs the tests has set another language.
         variables = dict(os.environ, VYRESHARE=SHARE, LANGUAGE='en')
         variables.update(environment or {})
         for name in unset:
@@ -220,8 +221,8 @@ class Program:
             return err.read()
 
     def complaints(self):
-        """The program's standard error without empty lines and one known message. Qt prints this message if it looks
-        for the window under the pointer while the window manager removes the frame of a closed dialog.
+        """The program's standard error, without empty lines and without one known message. Qt prints this message if it
+        looks for the window under the pointer while the window manager removes the frame of a closed dialog.
         """
         harmless = re.compile(
             r'vyre: QXcbConnection: XCB error: 3 \(BadWindow\), .*\(TranslateCoords\), minor code: 0$')
@@ -279,8 +280,8 @@ class Program:
     def _application_of(self, desktop):
         for i in range(desktop.childCount):
             application = desktop.getChildAtIndex(i)
-            # If the application has just ended, any access to it raises an error. The number of its children is read
-            # because the list may also contain a former connection of this program, which has the same process.
+            # If the application has just ended, any access to it raises an error. The list may also contain a closed
+            # connection of the same process: the number of its children cannot be read.
             with contextlib.suppress(Exception):
                 if application is not None and application.get_process_id() == self.process.pid and \
                         application.childCount >= 0:
@@ -288,7 +289,9 @@ class Program:
         return None
 
     def accessibility(self):
-        """Text for a failed test: the applications that the accessibility bus and the X server know."""
+        """Text for a failed test: the applications on the accessibility bus, and how many windows of the program the X
+        server shows.
+        """
         desktop = pyatspi.Registry.getDesktop(0)
         lines = ['applications on the desktop: {}'.format(desktop.childCount)]
         for i in range(desktop.childCount):
@@ -332,7 +335,7 @@ class Program:
                  'the end of window ' + repr(title), seconds)
 
     def popups(self):
-        """The numbers of all the program's windows on the screen. Unlike AT-SPI, this includes context menus."""
+        """The X numbers of all windows of the program on the screen. They include context menus, which AT-SPI omits."""
         found = subprocess.run(['xdotool', 'search', '--onlyvisible', '--pid', str(self.process.pid)],
                                stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout.split()
         return frozenset(found)
@@ -424,7 +427,7 @@ class Window:
 
 class MainWindow(Window):
 
-    # Maps the pictures of Action cells that were already recognised to their actions.
+    # Maps each recognised picture of an Action cell to its action.
     actions_seen = {}
 
     def __init__(self, accessible, program):
@@ -437,7 +440,7 @@ class MainWindow(Window):
         return enabled(self.button('Refresh'))
 
     def wait_ready(self, seconds=120):
-        # While the program works, the window sometimes does not answer at all, which wait_for() accepts.
+        # While the program works, the window sometimes does not answer at all. In this case, wait_for() tries again.
         wait_for(self.is_ready, 'a usable main window', seconds)
 
     def table(self):
@@ -603,7 +606,7 @@ class MainWindow(Window):
 
     def mark_listed(self, name, arch=None, clicks=1):
         """Filter the table so that it lists only this package or group, and click its Action cell."""
-        # The other columns of a group are empty.
+        # The text of a group ends with its name, because its other columns are empty.
         self.set_filter('^' + name + '( |$)')
         wait_for(lambda: set(self.names()) == {name}, name + ' alone')
         self.mark(name, arch, clicks)

@@ -20,7 +20,7 @@ def isolate():
     name space. The mounts disappear when this process and its children end.
     """
     if not rootIsMountPoint():
-        raise unittest.SkipTest('"/" is no mount point here, as in a bare chroot: what is mounted is seen outside')
+        raise unittest.SkipTest('"/" is no mount point here, as in a bare chroot: other processes would see the mounts')
     library = ctypes.CDLL(None, use_errno=True)
     if library.unshare(_CLONE_NEWNS) != 0:
         raise OSError(ctypes.get_errno(), 'the process gets no separate mount name space')
