@@ -152,7 +152,7 @@ private Q_SLOTS:
         QCOMPARE(shown->filterButton()->text(), QString(mode == 0 ? "Filter" : "Search"));
     }
 
-    void theExpressionEditShowsTheExpressionOfTheOption_data()
+    void theExpressionEditShowsTheArgumentOfTheRegexpOption_data()
     {
         QTest::addColumn<QList<QByteArray>>("options");
         QTest::addColumn<QString>("expression");
@@ -168,7 +168,7 @@ private Q_SLOTS:
         QTest::newRow("two options") << Options{"-e", "a", "-e", "b"} << "b";
     }
 
-    void theExpressionEditShowsTheExpressionOfTheOption()
+    void theExpressionEditShowsTheArgumentOfTheRegexpOption()
     {
         QFETCH(QList<QByteArray>, options);
         QFETCH(QString, expression);
@@ -201,7 +201,7 @@ private Q_SLOTS:
         QCOMPARE(shown->stateBox->currentIndex(), state);
     }
 
-    void theOptionsForDuplicatesAndGroupsTakeNoArgument_data()
+    void theOptionsForDuplicatesAndGroupsSetTheCheckBoxes_data()
     {
         QTest::addColumn<QList<QByteArray>>("options");
         QTest::addColumn<bool>("duplicates");
@@ -215,7 +215,7 @@ private Q_SLOTS:
         QTest::newRow("several letters in one argument") << Options{"-gl", "--duplicates"} << false << true;
     }
 
-    void theOptionsForDuplicatesAndGroupsTakeNoArgument()
+    void theOptionsForDuplicatesAndGroupsSetTheCheckBoxes()
     {
         QFETCH(QList<QByteArray>, options);
         QFETCH(bool, duplicates);
@@ -258,13 +258,13 @@ private Q_SLOTS:
                  (QStringList{"disableRepo extras", "enableRepo base"}));
     }
 
-    void repositoryOptionsAreStoredInTheOrderOfTheCommandLine()
+    void repositoryOptionsAreAppliedInTheOrderOfTheCommandLine()
     {
         QCOMPARE(repositories({"--disablerepo=*", "--enablerepo=extras"}),
                  (QStringList{"disableRepo base", "enableRepo extras"}));
     }
 
-    void theLastMatchingRepositoryOptionDecides()
+    void theLastMatchingRepositoryOptionOverridesTheOthers()
     {
         QCOMPARE(repositories({"--enablerepo=extras", "--disablerepo=*"}),
                  (QStringList{"disableRepo base", "disableRepo extras"}));
@@ -339,7 +339,7 @@ private Q_SLOTS:
         QCOMPARE(ended.status, 1);
     }
 
-    void aMessageShowsAnInvalidOptionLetterAsOneReplacementCharacter()
+    void aByteThatIsNotUtf8IsShownAsOneReplacementCharacter()
     {
         const QString script = QStringLiteral("exec \"$0\" \"$(printf '%b' '-g\\0351')\" -l");
         const Ended ended = run({"-c", script, VYRE}, "/bin/sh");

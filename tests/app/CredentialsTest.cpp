@@ -31,7 +31,8 @@ QString starred(const QString& text, Text kind)
     return result;
 }
 
-// The scanner's rules as regular expressions. The test applies each expression at every position of a text.
+// The rules of the scanner, Credentials::places(), as regular expressions. The test applies each expression
+// at every position of a text.
 QVector<QRegularExpression> expressions(Text kind)
 {
     const auto make = [](const char* pattern) {
@@ -147,8 +148,8 @@ private Q_SLOTS:
     void passwordsInUrlsAreFound();
     void passwordsInOptionsAreFound_data();
     void passwordsInOptionsAreFound();
-    void theHoldsFunctionReturnsTrueEvenIfThePasswordIsEmpty();
-    void theHoldsPasswordFunctionReturnsFalseIfThePasswordIsEmpty();
+    void aTextWithAnEmptyPasswordHoldsCredentials();
+    void aTextWithAnEmptyPasswordHoldsNoPassword();
     void theScannerAndRegularExpressionsFindTheSamePasswords_data();
     void theScannerAndRegularExpressionsFindTheSamePasswords();
     void everyPasswordIsHiddenByThreeDots();
@@ -164,7 +165,7 @@ void CredentialsTest::passwordsInUrlsAreFound_data()
     const auto add = [](const char* name, const char* text, const char* expected) {
         QTest::newRow(name) << QString::fromLatin1(text) << QString::fromLatin1(expected);
     };
-    add("no password at all", "", "");
+    add("empty text", "", "");
     add("vantor", "http://h/vantor?u=bob&p=abc&path=/x", "http://h/vantor?u=bob&p=***&path=/x");
     add("vantor without a password", "http://h/vantor?u=&p=&path=/x", "http://h/vantor?u=&p=|&path=/x");
     add("vantor with a path first", "http://h/vantor/a/b?u=bob&p=abc&path=/x",
@@ -221,7 +222,7 @@ void CredentialsTest::passwordsInOptionsAreFound()
     QTEST(starred(text, Text::Options), "expected");
 }
 
-void CredentialsTest::theHoldsFunctionReturnsTrueEvenIfThePasswordIsEmpty()
+void CredentialsTest::aTextWithAnEmptyPasswordHoldsCredentials()
 {
     QVERIFY(Credentials::holds(QStringLiteral("/vantor?u=&p=&path="), Text::Urls));
     QVERIFY(Credentials::holds(QStringLiteral("[r]\nproxy=http://u:p@h/\n"), Text::Options));
@@ -230,7 +231,7 @@ void CredentialsTest::theHoldsFunctionReturnsTrueEvenIfThePasswordIsEmpty()
     QVERIFY(!Credentials::holds(QStringLiteral("http://h/vantor\nusername=u\n"), Text::Options));
 }
 
-void CredentialsTest::theHoldsPasswordFunctionReturnsFalseIfThePasswordIsEmpty()
+void CredentialsTest::aTextWithAnEmptyPasswordHoldsNoPassword()
 {
     for (const char* text : {"/vantor?u=&p=&path=", "password=\n", "password = \n[r]\n",
                              "http://h/?password=", "http://u:@h/", "http://h/\n"}) {
@@ -320,8 +321,8 @@ void CredentialsTest::theSearchTimeIsLinearInTheLengthOfTheText_data()
     }
 }
 
-// The second text is eight times as long as the first text. A linear search needs 8 times as long for it, a
-// quadratic search 64 times as long.
+// The second text is eight times as long as the first text. For the second text, a linear search takes 8
+// times as long as for the first text, and a quadratic search takes 64 times as long.
 void CredentialsTest::theSearchTimeIsLinearInTheLengthOfTheText()
 {
     QFETCH(QString, piece);

@@ -106,7 +106,7 @@ private Q_SLOTS:
         QCOMPARE(currentStyle(), QStringLiteral("fusion"));
     }
 
-    void theDefaultStyleIsAppliedIfOnlyTheSystemSettingsNameAStyle()
+    void theDefaultStyleIsAppliedIfOnlyTheSystemSettingsContainAStyle()
     {
         {
             QSettings stored(QSettings::SystemScope, "Trolltech");
@@ -118,7 +118,7 @@ private Q_SLOTS:
         QCOMPARE(currentStyle(), QStringLiteral("fusion"));
     }
 
-    void theDefaultStyleIsNotAppliedIfTheUserSettingsNameAStyle()
+    void theDefaultStyleIsNotAppliedIfTheUserSettingsContainAStyle()
     {
         {
             QSettings stored(QSettings::UserScope, "Trolltech");

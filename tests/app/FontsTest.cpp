@@ -137,7 +137,7 @@ private Q_SLOTS:
         }
     }
 
-    void theMakeBoldFunctionChangesOnlyTheWeightOfAFont()
+    void aBoldFontDiffersFromTheGivenFontOnlyInItsWeight()
     {
         QFont font("Some Family", 9);
         font.setItalic(true);

@@ -21,9 +21,10 @@ std::atomic<qint64> executedBlocks{0};
 // The smaller number of packages. The test also counts the work for four times this number.
 constexpr int smallNumber = 2000;
 
-// The limit for the work with four times as many packages. Most operations need less than four times the
-// work, because some of their work does not depend on the number of packages. A sort needs about 4.7 times
-// the work, and a quadratic loop needs sixteen times the work.
+// The limit for the work with four times as many packages, as a multiple of the work with the smaller number.
+// Most operations need less than four times the work, because some of their work does not depend on the
+// number of packages. A sort needs about 4.7 times the work, and a quadratic loop needs sixteen times the
+// work.
 constexpr double mostGrowth = 5;
 
 } // namespace
@@ -147,7 +148,7 @@ void GrowthTest::workGrowsNoFasterThanTheNumberOfPackages()
 {
     QJsonObject found[2];
     for (int run = 0; run < 2; ++run) {
-        QProcess process; // one process has only one stand-in
+        QProcess process; // a process can have only one stand-in
         process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         process.start(QCoreApplication::applicationFilePath(),
                       {"count", QString::number(run == 0 ? smallNumber : 4 * smallNumber)});

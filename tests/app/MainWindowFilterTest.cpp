@@ -34,7 +34,7 @@ private Q_SLOTS:
     void aHintIsShownIfAnExpressionWithAFinalDollarSignFindsNothing();
     void anInvalidExpressionHasTheErrorColour();
     void theStateBoxAndBothCheckBoxesFilterTheRowsInSearchModeToo();
-    void aSearchWithoutAnExpressionReadsNoSearchTexts();
+    void aWorkerReadsTheSearchTextsOfRecordsWithTheSelectedState();
     void aWorkerReadsTheSearchTextsAgainAfterARefresh();
 
     void theApplyButtonIsEnabledWhileAnyRecordIsMarked();
@@ -43,7 +43,7 @@ private Q_SLOTS:
     void aButtonRemovesAllMarks();
     void markingManyRowsSortsTheTableOnce();
     void aWarningIsShownIfAMarkedRowIsNotListed();
-    void theWarningIsShownIfAnyFilterHidesAMarkedRow();
+    void aWarningIsShownIfAControlOfTheFilterRowHidesAMarkedRow();
     void theWarningAboutUnlistedActionsDoesNotMoveTheControls();
     void theWarningAboutUnlistedActionsHasTheWarningColour();
 };
@@ -292,7 +292,7 @@ void MainWindowFilterTest::theStateBoxAndBothCheckBoxesFilterTheRowsInSearchMode
     QCOMPARE(busyCursor(), QString("none"));
 }
 
-void MainWindowFilterTest::aSearchWithoutAnExpressionReadsNoSearchTexts()
+void MainWindowFilterTest::aWorkerReadsTheSearchTextsOfRecordsWithTheSelectedState()
 {
     shown->start();
     // Whether a worker has read the search texts of all records with this state.
@@ -441,7 +441,7 @@ void MainWindowFilterTest::aWarningIsShownIfAMarkedRowIsNotListed()
     QCOMPARE(shown->label->toolTip(), QString());
 }
 
-void MainWindowFilterTest::theWarningIsShownIfAnyFilterHidesAMarkedRow()
+void MainWindowFilterTest::aWarningIsShownIfAControlOfTheFilterRowHidesAMarkedRow()
 {
     shown->start();
     listEverything();

@@ -51,7 +51,7 @@ private Q_SLOTS:
     void thePackagesAreReadAgainIfAnApplyFailsAfterAChange();
     void theMarksThatAFailedApplyHasNotCarriedOutAreKept();
     void theCollectionAfterAFailedCollectionRestoresTheMarks();
-    void possibleMarksAreKeptIfAnotherProgramHasChangedTheSystem();
+    void marksThatAreStillPossibleAreKeptIfAnotherProgramHasChangedTheSystem();
     void theUserIsAskedForCredentialsIfATransactionAddsARepository();
 };
 
@@ -508,7 +508,7 @@ void MainWindowOperationsTest::theCollectionAfterAFailedCollectionRestoresTheMar
     QCOMPARE(shown->marks(), QStringList());
 }
 
-void MainWindowOperationsTest::possibleMarksAreKeptIfAnotherProgramHasChangedTheSystem()
+void MainWindowOperationsTest::marksThatAreStillPossibleAreKeptIfAnotherProgramHasChangedTheSystem()
 {
     shown->start();
     shown->choose(shown->stateBox, ViewAll);

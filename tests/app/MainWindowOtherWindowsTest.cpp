@@ -17,7 +17,8 @@
 
 using namespace PackageTable;
 
-// Tests of the windows for descriptions, the log, the manual and the program itself, and tests of quitting.
+// Tests of the commands that open the descriptions, the log, the manuals and the About window, tests of the
+// notices and the outcome line, and tests of quitting.
 class MainWindowOtherWindowsTest : public StandInWindow
 {
     Q_OBJECT
@@ -33,10 +34,10 @@ private:
 private Q_SLOTS:
     void theDescribeCommandDescribesTheCurrentPackage();
     void theDescribeCommandIsDisabledIfNoRowIsCurrent();
-    void aNoticeIsShownIfErrorsAreOnlyInTheLog();
+    void aNoticeIsShownIfAnOperationLogsErrors();
     void openingTheLogRemovesTheNoticeAboutErrors();
     void aNoticeIsShownIfRepositoriesAreLeftOut();
-    void aSeparateNoticeIsShownIfErrorsOccurDuringATransaction();
+    void aNoticeSaysWhetherErrorsOccurredDuringATransaction();
     void theOutcomeOfATransactionIsShownUntilTheNextOperation();
     void theButtonOfTheOutcomeLineOpensTheLogAtTheTransaction();
     void aClickShowsTheReasonWhyARowCannotBeMarked();
@@ -147,7 +148,7 @@ QString MainWindowOtherWindowsTest::noticeText() const
     return label != nullptr && label->isVisible() ? label->wholeText() : QString();
 }
 
-void MainWindowOtherWindowsTest::aNoticeIsShownIfErrorsAreOnlyInTheLog()
+void MainWindowOtherWindowsTest::aNoticeIsShownIfAnOperationLogsErrors()
 {
     shown->start();
     const auto notices = [this] {
@@ -180,7 +181,7 @@ void MainWindowOtherWindowsTest::aNoticeIsShownIfRepositoriesAreLeftOut()
     standIn->setSkipped({"extras"});
     shown->start();
     QCOMPARE(noticeText(), QString("The repository extras is left out: see the log (Ctrl+L)"));
-    // A transaction does not repeat the notice, because its outcome needs the space.
+    // A transaction does not repeat the notice, because the outcome of the transaction needs the space.
     applyWithOutcome({{"updated", 1}});
     QCOMPARE(noticeText(), QString());
     shown->press("Re&fresh");
@@ -201,7 +202,7 @@ void MainWindowOtherWindowsTest::aNoticeIsShownIfRepositoriesAreLeftOut()
     QCOMPARE(noticeText(), QString());
 }
 
-void MainWindowOtherWindowsTest::aSeparateNoticeIsShownIfErrorsOccurDuringATransaction()
+void MainWindowOtherWindowsTest::aNoticeSaysWhetherErrorsOccurredDuringATransaction()
 {
     shown->start();
     standIn->setComplaining(true); // from now on, each collection logs an error
@@ -270,7 +271,7 @@ void MainWindowOtherWindowsTest::theOutcomeOfATransactionIsShownUntilTheNextOper
     QTRY_VERIFY(shown->isReady());
     QCOMPARE(outcomeText(), QString());
     apply();
-    // If the user refuses the next transaction, the window does not show the previous outcome any more.
+    // If the user cancels the next transaction, the window does not show the previous outcome any more.
     shown->click("tool", PackageTable::ActionColumn);
     const Answers answers("Cancel");
     shown->press("&Apply Actions");

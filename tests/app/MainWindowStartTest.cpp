@@ -42,9 +42,9 @@ private Q_SLOTS:
     void theLogOptionShowsTheLogBeforeTheBackEndStarts();
     void theQuitButtonInTheCredentialsDialogPreventsTheFirstCollection();
     void theFirstCollectionUsesTheCredentialsThatTheUserEntersAtStartup();
-    void theScriptReadsTheRepositoriesAgainAfterTheirEditorWasOpenAtStartup();
-    void theLogIsVisibleAtStartupIfSetLogAtStartWasCalled();
-    void theLogIsHiddenAtStartupIfSetLogAtStartWasNotCalled();
+    void theScriptReadsTheRepositoriesAgainAfterTheRepositoryEditorHasClosed();
+    void theLogOptionShowsTheLogAtStartup();
+    void theLogIsHiddenAtStartupWithoutTheLogOption();
     void theNoticesAboutMissingRightsAndLoggedErrorsAreShownInTurn();
     void aNoticeSaysThatRootHasNoRightToChangeTheDatabase();
     void theNoticeAboutMissingRightsIsShownAfterTheRepositoryEditorHasClosed();
@@ -247,7 +247,7 @@ void MainWindowStartTest::theFirstCollectionUsesTheCredentialsThatTheUserEntersA
              qPrintable(calls.join(';')));
 }
 
-void MainWindowStartTest::theScriptReadsTheRepositoriesAgainAfterTheirEditorWasOpenAtStartup()
+void MainWindowStartTest::theScriptReadsTheRepositoriesAgainAfterTheRepositoryEditorHasClosed()
 {
     shown->window->setRepoEditorAtStart();
     const Once once([] { return qobject_cast<QDialog*>(QApplication::activeModalWidget()) != nullptr; },
@@ -278,7 +278,7 @@ void MainWindowStartTest::theNoticesAboutMissingRightsAndLoggedErrorsAreShownInT
 
 void MainWindowStartTest::aNoticeSaysThatRootHasNoRightToChangeTheDatabase()
 {
-    // For example, any user can be root inside a user namespace.
+    // For example, a user who is root inside a user namespace has no such right.
     standIn->setDatabaseRefused(true);
     shown->start();
     const auto* notice = shown->window->findChild<Notice*>();
@@ -453,7 +453,7 @@ void MainWindowStartTest::invalidSavedSettingsChangeNothing()
     QCOMPARE(shown->marks(), QStringList{"tool update"});
 }
 
-void MainWindowStartTest::theLogIsVisibleAtStartupIfSetLogAtStartWasCalled()
+void MainWindowStartTest::theLogOptionShowsTheLogAtStartup()
 {
     shown->window->setLogAtStart();
     QVERIFY(inTheMiddle([this] { shown->window->show(); }, [] { QVERIFY(logIsVisible()); }));
@@ -461,7 +461,7 @@ void MainWindowStartTest::theLogIsVisibleAtStartupIfSetLogAtStartWasCalled()
     QVERIFY(logIsVisible());
 }
 
-void MainWindowStartTest::theLogIsHiddenAtStartupIfSetLogAtStartWasNotCalled()
+void MainWindowStartTest::theLogIsHiddenAtStartupWithoutTheLogOption()
 {
     shown->start();
     QVERIFY(logWindow() == nullptr);

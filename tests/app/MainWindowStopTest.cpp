@@ -25,8 +25,8 @@ private:
     QString notice() const;
     QString log() const;
     void compareStop(const std::function<void()>& stop);
-    // Shows the window with the available package "hard". The comparison of its name and of its summary with
-    // `hard` takes hours.
+    // Shows the window with an available package whose name begins with "hard". To compare its name or its
+    // summary with the expression `hard` takes hours.
     void startWithHardPackage(PackageTable::StateFilter state);
     // Whether VYRE is comparing the records, and the Stop button is enabled.
     bool isComparing() const;
@@ -382,7 +382,7 @@ void MainWindowStopTest::theToolTipOfTheStopButtonSaysWhetherTheTableKeepsItsPac
     const QString lost = "VYRE has deleted the metadata.";
     QCOMPARE(tips.at(0).contains(kept), keeps);
     QCOMPARE(tips.at(0).contains(lost), !keeps);
-    // The next operation has not deleted metadata.
+    // The second operation, a Refresh, has not deleted the metadata.
     QVERIFY2(tips.at(1).contains(kept), qPrintable(tips.at(1)));
 }
 

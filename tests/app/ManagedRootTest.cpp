@@ -34,7 +34,8 @@ private Q_SLOTS:
         QCOMPARE(ManagedRoot::namedDirectory(root.path() + "/srv"), root.path() + "/srv");
         QCOMPARE(ManagedRoot::namedDirectory(root.path() + "2"), root.path() + root.path() + "2");
         QCOMPARE(ManagedRoot::namedDirectory("cache"), QStringLiteral("cache"));
-        // A directory that VYRE only reads may be outside the root, if it is missing below the root.
+        // If a directory that VYRE only reads is missing below the root, VYRE uses the directory outside the
+        // root.
         QCOMPARE(ManagedRoot::namedDirectoryOfFiles("/etc"), QStringLiteral("/etc"));
         QVERIFY(QDir(root.path()).mkdir("etc"));
         QCOMPARE(ManagedRoot::namedDirectoryOfFiles("/etc"), root.path() + "/etc");

@@ -166,7 +166,7 @@ private Q_SLOTS:
         QVERIFY(!reader.read().contains("lost"));
     }
 
-    void theWatcherGetsEachMessageUntilTheWatcherIsRemoved()
+    void theWatcherIsCalledForEachMessageUntilTheWatcherIsRemoved()
     {
         install();
         static QVector<bool> heard;

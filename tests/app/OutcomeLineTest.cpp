@@ -65,7 +65,7 @@ private Q_SLOTS:
         QVERIFY(button->width() >= button->sizeHint().width());
     }
 
-    void theToolTipAndTheDescriptionNameAllPackagesWithFailedScriptlets()
+    void allPackagesWithFailedScriptletsAreInTheToolTipAndTheDescription()
     {
         QWidget window;
         auto* line = new OutcomeLine(&window);

@@ -209,7 +209,7 @@ inline int runToTheEnd(const std::function<void()>& action)
 }
 
 // As soon as the condition is true, calls the action once, even if the program waits in an inner event loop
-// at that time. The Once must exist until then.
+// at that time. The Once object must exist until it calls the action.
 class Once
 {
 public:
@@ -232,8 +232,8 @@ private:
     bool done = false;
 };
 
-// While an Answers exists, it presses the named button of each dialog that opens, and records the texts of
-// the dialogs.
+// While an object of this class exists, it presses the button with this text in each dialog that opens, and
+// records the texts of the dialogs.
 class Answers : public AnsweringUser
 {
 public:

@@ -64,7 +64,7 @@ void VersionLocksCommandTest::lockingAPackageReadsThePackagesAgainAndKeepsTheMar
              QVariant("tool"));
     QCOMPARE(shown->marks(), QStringList{"many update"});
 
-    // If locking fails, the marks are kept too.
+    // If locking fails, VYRE reads the packages again too.
     standIn->setFailing(true);
     standIn->setVersionLocks({});
     shown->press("Re&fresh");

@@ -13,7 +13,8 @@
 
 namespace {
 
-// A window whose size is saved and restored. The program itself sets its size to 300 by 200 pixels.
+// Makes a window whose size is saved and restored. As the program does, this function sets a first size, 300
+// by 200 pixels.
 std::unique_ptr<QWidget> makeWindow()
 {
     auto window = std::make_unique<QWidget>();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// For every window of the program, these tests check that the keyboard alone can operate it, that assistive
-// programs can read its controls, and that it fits on a small screen.
+// These tests check each window of the program: the keyboard alone can operate the window, assistive programs
+// can read its controls, and the window fits on a small screen.
 //
 // If VYRE_PICTURES names a directory, the tests save pictures of the windows there. If VYRE_PALETTE is
 // "dark", the windows are dark.
@@ -39,8 +39,8 @@
 
 using PackageTable::Describe::Instance::RepoDialog;
 
-// A named pipe. Markup in the tests names it as a picture. If the program opened the pipe to read the
-// picture, it would wait for a writer and hang. Therefore a thread counts the readers, and releases them.
+// A named pipe. Markup in the tests names the pipe as the file of a picture. If the program opens the pipe to
+// read the picture, the program waits for a writer. A thread counts these readers, and ends their wait.
 class WatchedPipe
 {
 public:
@@ -92,7 +92,7 @@ private:
     std::unique_ptr<WatchedPipe> watched;
     std::unique_ptr<ShownWindow> shown;
 
-    // The tests put this markup before each name and text that comes from outside the program.
+    // The markup before each name and text that comes from outside the program. In most tests, it is empty.
     QByteArray foreign;
 
     QString longText() const
@@ -153,7 +153,8 @@ private:
         QTRY_VERIFY(QApplication::activeWindow() == shown->window);
         QVERIFY(withHistory([this] { shown->key(Qt::Key_H, Qt::ControlModifier); },
                             [&](HistoryDialog& history) {
-                                // If the current transaction is not the newest, all commands are enabled.
+                                // If the current transaction is not the newest transaction, all commands are
+                                // enabled.
                                 history.findChild<QTableView*>()->selectRow(1);
                                 QTRY_VERIFY(!history.findChild<QTextEdit*>()->toPlainText().isEmpty());
                                 check("history", history);
@@ -644,7 +645,8 @@ private Q_SLOTS:
                 key(Qt::Key_Left);
                 key(Qt::Key_Space);
                 seen << boxes();
-                press(buttonNamed(editor, "Reset All")); // so the editor closes without a question
+                // Undo the changes, so that the editor closes without a question.
+                press(buttonNamed(editor, "Reset All"));
             });
         QCOMPARE(seen, (QStringList{"Yes/Yes", "Yes/Yes", "Yes/No", "No/No"}));
     }

@@ -64,8 +64,8 @@ private Q_SLOTS:
     void theRuntimeDirectoryIsCreatedInTMPDIR_data()
     {
         QTest::addColumn<QByteArray>("setting");
-        QTest::newRow("unset") << QByteArray();
-        QTest::newRow("empty") << QByteArray("");
+        QTest::newRow("XDG_RUNTIME_DIR unset") << QByteArray();
+        QTest::newRow("XDG_RUNTIME_DIR empty") << QByteArray("");
     }
 
     void theRuntimeDirectoryIsCreatedInTMPDIR()
@@ -305,7 +305,7 @@ private Q_SLOTS:
         QCOMPARE(umount(again), 0);
     }
 
-    void xdgRuntimeDirNamesTheDirectoryEvenIfItCannotBeCreated()
+    void theVariableContainsThePathEvenIfTheDirectoryCannotBeCreated()
     {
         const QString missing = temporary->filePath("missing");
         const EnvironmentVariable variable("XDG_RUNTIME_DIR", QByteArray());
