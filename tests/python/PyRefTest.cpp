@@ -60,7 +60,7 @@ private Q_SLOTS:
         QCOMPARE(added(), Py_ssize_t(0));
     }
 
-    void theBorrowFunctionAddsAReference()
+    void borrowingAnObjectAddsAReference()
     {
         const PyRef ref = PyRef::borrow(object);
         QVERIFY(ref.get() == object);
@@ -68,7 +68,7 @@ private Q_SLOTS:
         // cleanup() checks that the destructor of `ref` has released the reference.
     }
 
-    void theReleaseFunctionPassesTheReferenceToTheCaller()
+    void releasingAPyRefPassesItsReferenceToTheCaller()
     {
         PyObject* released = nullptr;
         {

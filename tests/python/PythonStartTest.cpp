@@ -51,7 +51,7 @@ private:
         QCOMPARE(PyRun_SimpleString(hook.constData()), 0);
     }
 
-    // The lines that interpreter-report prints in this environment; none if it fails.
+    // The lines that interpreter-report prints in this environment; no lines if interpreter-report fails.
     QStringList report(const QProcessEnvironment& environment)
     {
         QProcess process;
@@ -127,7 +127,7 @@ private Q_SLOTS:
         QCOMPARE(python.text("broken"), QStringLiteral("True"));
     }
 
-    void theInitializeFunctionDoesNotChangeARunningInterpreter()
+    void aSecondCallOfInitializeDoesNotChangeTheRunningInterpreter()
     {
         RecordingPython python;
         QVERIFY(python.initialize());
@@ -141,7 +141,7 @@ private Q_SLOTS:
         QVERIFY(another->initialize());
         QCOMPARE(another->text("defaultSigIntSigaction"), QStringLiteral("mine"));
         delete another;
-        QVERIFY2(!Py_IsInitialized(), "the interpreter ends with any of its wrappers");
+        QVERIFY2(!Py_IsInitialized(), "the interpreter ends when any Python object is deleted");
     }
 
     void theDestructorEndsTheInterpreter()

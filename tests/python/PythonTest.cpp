@@ -573,7 +573,7 @@ private Q_SLOTS:
         QVERIFY(!python->pyExceptMatches(nullptr, nullptr));
     }
 
-    void theHandleExceptionFunctionReportsAnErrorIfNoExceptionIsPending()
+    void anErrorIsReportedIfTheExceptionToHandleIsMissing()
     {
         python->handleException();
         QCOMPARE(

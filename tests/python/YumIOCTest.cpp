@@ -266,7 +266,8 @@ private Q_SLOTS:
         QFETCH(QString, answer);
         QCOMPARE(python->text("yumIOC." + call), answer);
         QCOMPARE(target->calls, QStringList(recorded));
-        QVERIFY2(target->lastModule == python->pyLookup("yumIOC"), "the member receives the module");
+        QVERIFY2(target->lastModule == python->pyLookup("yumIOC"),
+                 "the back end's function receives the module");
     }
 
     void wrongArgumentsRaiseTypeErrorInTheScript_data()

@@ -120,7 +120,7 @@ private Q_SLOTS:
     void cleanup();
 
     void theStartedProgramGetsItsArguments();
-    void theExecuteFunctionDoesNotWaitForTheProgram();
+    void theCallerDoesNotWaitForTheStartedProgram();
     void theStartedProgramIsNoChildOfThisProcess();
     void theStartedProgramHasASessionOfItsOwn();
     void theStartedProgramInheritsOnlyTheStandardDescriptors_data();
@@ -182,7 +182,7 @@ void ExecuteTest::theStartedProgramGetsItsArguments()
     QCOMPARE(read("whole"), QByteArray("one\ntwo words\n\n$three; 'four'\n"));
 }
 
-void ExecuteTest::theExecuteFunctionDoesNotWaitForTheProgram()
+void ExecuteTest::theCallerDoesNotWaitForTheStartedProgram()
 {
     // The program waits for "gate", which this test opens only after execute() has returned.
     QCOMPARE(mkfifo(QFile::encodeName(path("gate")).constData(), 0600), 0);
@@ -287,8 +287,8 @@ void ExecuteTest::startedProgramsWriteToTheSavedStandardStreams()
     QCOMPARE(status, 0);
     read("whole");
     QTRY_VERIFY(read("kept").contains("execv("));
-    // The shell script and the error about the missing program are written at the same time, so their order
-    // is unknown.
+    // The output of the shell script and the error about the missing program arrive at the same time, in any
+    // order.
     QVERIFY(read("kept").contains("out\n") && read("kept").contains("err\n"));
     QCOMPARE(read("later"), QByteArray());
 }

@@ -35,9 +35,9 @@ inline QList<WId> windowsIn(const char* property)
     return windows;
 }
 
-// Whether the window manager has removed the hidden windows and has given the focus to `active`. If a hidden
-// window is shown again before this, the window may never get the focus. Without a window manager, the result
-// is always true.
+// Whether the window manager has removed the hidden windows and has given the focus to `active`. If a test
+// shows a hidden window again too early, the window may never get the focus. Without a window manager, the
+// result is always true.
 inline bool windowManagerHasSettled(const QWidget* active)
 {
     if (QGuiApplication::platformName() != QLatin1String("xcb")) {

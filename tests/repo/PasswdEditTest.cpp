@@ -158,8 +158,8 @@ void PasswdEditTest::aTextWithoutAPasswordIsShownUnmasked()
 
 void PasswdEditTest::everyPasswordOfAUrlIsMasked()
 {
-    // The edit's own expression matches none of these URLs. The edit masks their passwords all the same,
-    // because the class Credentials finds them.
+    // The edit's own expression matches none of these URLs. The edit still masks their passwords, because the
+    // class Credentials finds the passwords.
     const QString urls = QStringLiteral("http://bob:secret@a/ http://a/?password=secret&x=y "
                                         "http://a/vantor?u=bob&p=sec ret&path=/x");
     setRealText(urls);

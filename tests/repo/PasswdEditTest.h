@@ -65,8 +65,8 @@ protected:
     // The position of the password in the text with which every test starts.
     static constexpr int passwordBegin = 24;
     static const QString password;
-    // The text of the tests, with another password at `passwordBegin`. If the text has a second password,
-    // this password is unchanged.
+    // The text of the tests, with another password at `passwordBegin`. If the text has a second password, the
+    // second password is unchanged.
     virtual QString textWith(const QString& insertedPassword) const = 0;
     QString maskedWith(int passwordLength) const;
     QString text() const { return textWith(password); }

@@ -10,16 +10,16 @@ class PlainTextTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void theExactFunctionReturnsTheTextOfADocumentUnchanged();
-    void theExactFunctionReturnsLineSeparatorsAsLineFeeds();
+    void theTextOfADocumentIsReadUnchanged();
+    void lineSeparatorsAreReadAsLineFeeds();
     void charactersHaveTheSamePositionsInTheTextAndInTheDocument();
 };
 
-void PlainTextTest::theExactFunctionReturnsTheTextOfADocumentUnchanged()
+void PlainTextTest::theTextOfADocumentIsReadUnchanged()
 {
     QTextDocument document;
-    // The last text ends in a letter whose UTF-8 was read as Latin-1. In Latin-1, the second byte of this
-    // letter is a no-break space.
+    // The last text ends in "à", whose two bytes in UTF-8 were read as Latin-1. In Latin-1, the second byte
+    // is a no-break space.
     for (const QString& text : {QString(), QStringLiteral("a\nb\n"), QStringLiteral("\n\n"),
                                 QStringLiteral(" a\t b "), QString::fromLatin1("vuel\xc3\xa0\n")}) {
         document.setPlainText(text);
@@ -27,7 +27,7 @@ void PlainTextTest::theExactFunctionReturnsTheTextOfADocumentUnchanged()
     }
 }
 
-void PlainTextTest::theExactFunctionReturnsLineSeparatorsAsLineFeeds()
+void PlainTextTest::lineSeparatorsAreReadAsLineFeeds()
 {
     QTextDocument document;
     document.setPlainText(QStringLiteral("a") + QChar(QChar::LineSeparator) + QStringLiteral("b"));

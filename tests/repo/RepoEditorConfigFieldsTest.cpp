@@ -18,8 +18,8 @@ private Q_SLOTS:
     void theDefaultItemOfEachBoxShowsTheDefaultValue_data();
     void theDefaultItemOfEachBoxShowsTheDefaultValue();
     void theArrowKeysChangeTheSortPositionInWholeSteps();
-    void theSetEntryFunctionFillsTheFields();
-    void theSetEntryFunctionEmitsNoSignal();
+    void settingAnEntryFillsTheFields();
+    void settingAnEntryEmitsNoSignal();
     void theFormReturnsTheValuesOfAnEntryUnchanged_data();
     void theFormReturnsTheValuesOfAnEntryUnchanged();
     void everyTypedChangeIsSignalledAndReturned();
@@ -113,7 +113,7 @@ void RepoEditorConfigFieldsTest::theArrowKeysChangeTheSortPositionInWholeSteps()
     QCOMPARE(config->toEntry().position, 1.5);
 }
 
-void RepoEditorConfigFieldsTest::theSetEntryFunctionFillsTheFields()
+void RepoEditorConfigFieldsTest::settingAnEntryFillsTheFields()
 {
     config->setEntry(usual());
     QCOMPARE(form->id->text(), usual().id);
@@ -131,7 +131,7 @@ void RepoEditorConfigFieldsTest::theSetEntryFunctionFillsTheFields()
     }
 }
 
-void RepoEditorConfigFieldsTest::theSetEntryFunctionEmitsNoSignal()
+void RepoEditorConfigFieldsTest::settingAnEntryEmitsNoSignal()
 {
     config->setEntry(vantor());
     config->setEntry(usual());

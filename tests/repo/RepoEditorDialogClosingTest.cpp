@@ -26,7 +26,7 @@ private Q_SLOTS:
     void closingTheWindowDiscardsEditsButKeepsChangesOfTheSessionBoxes();
     void closingAnUnchangedEditorEmitsNoSignal();
     void theCancelButtonAlwaysEmitsReposChangedIfReposChangedForcedIsSet();
-    void theResetFunctionOfTheEditorKeepsUnappliedChanges();
+    void callingResetKeepsUnappliedChanges();
 };
 
 void RepoEditorDialogClosingTest::theResetAllButtonRestoresTheContentsOfTheFiles()
@@ -261,7 +261,7 @@ void RepoEditorDialogClosingTest::theCancelButtonAlwaysEmitsReposChangedIfReposC
     QCOMPARE(reposChangedSpy->size(), 1);
 }
 
-void RepoEditorDialogClosingTest::theResetFunctionOfTheEditorKeepsUnappliedChanges()
+void RepoEditorDialogClosingTest::callingResetKeepsUnappliedChanges()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), PermanentColumn);

@@ -57,8 +57,8 @@ private Q_SLOTS:
     void togglingThePermanentBoxChangesThePermanentState_data();
     void togglingThePermanentBoxChangesThePermanentState();
     void togglingAnInvalidIndexDoesNothing();
-    void theBrowseFunctionOpensTheUrlOfTheRepository();
-    void theBrowseFunctionDoesNothingForAnIndexBelowTheLastRow();
+    void browsingARepositoryOpensItsUrl();
+    void browsingAnIndexBelowTheLastRowDoesNothing();
 
 private:
     QVariant data(int row, int column, int role = Qt::DisplayRole) const
@@ -352,7 +352,7 @@ void RepoEditorModelTest::togglingAnInvalidIndexDoesNothing()
     QCOMPARE(uses.size() + configs.size(), 0);
 }
 
-void RepoEditorModelTest::theBrowseFunctionOpensTheUrlOfTheRepository()
+void RepoEditorModelTest::browsingARepositoryOpensItsUrl()
 {
     backEnd->installBrowser();
     model->browse(model->index(1, IdentifierColumn), nullptr);
@@ -362,7 +362,7 @@ void RepoEditorModelTest::theBrowseFunctionOpensTheUrlOfTheRepository()
     QVERIFY(!BackEnd::wasBrowsed());
 }
 
-void RepoEditorModelTest::theBrowseFunctionDoesNothingForAnIndexBelowTheLastRow()
+void RepoEditorModelTest::browsingAnIndexBelowTheLastRowDoesNothing()
 {
     backEnd->installBrowser();
     backEnd->collect(1);

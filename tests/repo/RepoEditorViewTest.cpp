@@ -45,7 +45,7 @@ private Q_SLOTS:
     void noSignalIsEmittedIfOnlyTheCurrentColumnChanges();
     void aResetOfTheModelEmitsASignalThatNoRowIsCurrent();
     void theCurrentRowCanBeSet();
-    void theSelectedRowsFunctionReturnsRowsOfTheSourceModel();
+    void theSelectedRowsAreRowsOfTheSourceModel();
     void oneClickTogglesTheSessionState();
     void oneClickTogglesThePermanentState();
     void clicksOnTextCellsToggleNoBox();
@@ -248,7 +248,7 @@ void RepoEditorViewTest::theCurrentRowCanBeSet()
     QCOMPARE(view->currentRow(), -1);
 }
 
-void RepoEditorViewTest::theSelectedRowsFunctionReturnsRowsOfTheSourceModel()
+void RepoEditorViewTest::theSelectedRowsAreRowsOfTheSourceModel()
 {
     click(QStringLiteral("updates"), IdentifierColumn);
     click(QStringLiteral("base"), IdentifierColumn, Qt::LeftButton, Qt::ControlModifier);

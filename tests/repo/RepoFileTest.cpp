@@ -30,7 +30,7 @@ private Q_SLOTS:
     void aFileKeepsItsTextIfItIsReadAndThenWritten();
     void aFileMayBeAsLargeAsTheLimit();
     void aRepositoryMayBeAsLargeAsTheLimit();
-    void theReadFunctionReturnsTheReasonIfAFileIsUnreadable();
+    void readingAnUnreadableFileReturnsTheReason();
     void readingAPipeDoesNotBlock();
     void aLinkToAFileHasTheFileNumberOfTheFile();
     void pathsAreMadeCanonical_data();
@@ -147,7 +147,7 @@ void RepoFileTest::aRepositoryMayBeAsLargeAsTheLimit()
     QCOMPARE(stateOf("[a]\n[main]\n#" + whole), int(File::LeftAlone));
 }
 
-void RepoFileTest::theReadFunctionReturnsTheReasonIfAFileIsUnreadable()
+void RepoFileTest::readingAnUnreadableFileReturnsTheReason()
 {
     QCOMPARE(int(File::read(path("x")).state), int(File::Missing));
     QCOMPARE(int(File::read(path("none/x")).state), int(File::Missing));

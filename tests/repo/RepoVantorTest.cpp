@@ -75,7 +75,7 @@ private Q_SLOTS:
     void everyCredentialUrlGetsTheSameCredentials();
     void replacingTheCredentialsKeepsTheParameterNames();
     void replacingThePasswordKeepsTheName();
-    void theReplaceAuthFunctionDoesNotChangeATextWithoutCredentials();
+    void replacingTheCredentialsDoesNotChangeATextWithoutCredentials();
     void theRegularExpressionsHaveTheExpectedPatterns();
     void theExpressionForOneUrlCapturesItsPassword();
     void theExpressionForUrlsCapturesEachPassword();
@@ -229,7 +229,7 @@ void RepoVantorTest::replacingThePasswordKeepsTheName()
              QStringLiteral("http://h/vantor?u=bob&p=pw&path=/x"));
 }
 
-void RepoVantorTest::theReplaceAuthFunctionDoesNotChangeATextWithoutCredentials()
+void RepoVantorTest::replacingTheCredentialsDoesNotChangeATextWithoutCredentials()
 {
     const QString url = QStringLiteral("http://h/x?u=bob&p=secret&path=/x");
     QCOMPARE(Vantor::replaceAuth(url, QStringLiteral("pw")), url);

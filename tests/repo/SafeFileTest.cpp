@@ -44,8 +44,8 @@ bool createNow(const QString& path, const QByteArray& text, mode_t mode = 0666)
 }
 
 // Runs `work` in a traced child process, which stops at the beginning and at the end of each system call.
-// Counts these stops, and kills the child at number `stop`. Appends the numbers of the system calls to
-// `calls`. Returns true if `work` ends before this stop.
+// Counts these stops, and kills the child at the stop with the number `stop`. Appends the numbers of the
+// system calls to `calls`. Returns true if `work` ends before this stop.
 bool runUntil(int stop, const std::function<void()>& work, QList<quint64>* calls = nullptr)
 {
     const pid_t child = fork();
@@ -90,10 +90,10 @@ class SafeFileTest : public QObject
 private Q_SLOTS:
     void init();
 
-    void theReplaceFunctionWritesTheNewText();
+    void replacingAFileWritesTheNewText();
     void aNewFileIsCreated();
     void aReplacedFileKeepsItsOwnerItsModeAndItsAttributes();
-    void theReplaceFunctionCanRemoveTheRightsOfOtherUsers();
+    void replacingAFileCanRemoveTheRightsOfOtherUsers();
     void theTargetOfALinkIsReplacedAndNotTheLink();
     void allHardLinksOfAFileGetTheNewText();
     void aFileInAReadOnlyDirectoryIsReplaced();
@@ -107,7 +107,7 @@ private Q_SLOTS:
     void theFileHasEitherTheOldOrTheNewTextIfTheProgramIsKilled_data();
     void theFileHasEitherTheOldOrTheNewTextIfTheProgramIsKilled();
     void theNewFileIsEitherMissingOrCompleteIfTheProgramIsKilled();
-    void theRemoveLeftoversFunctionKeepsFilesOfRunningProgramsAndOfOtherUsers();
+    void leftoversOfRunningProgramsAndOfOtherUsersAreKept();
     void leftoversAreNotReadAsRepositoryFiles();
 
 private:
@@ -144,7 +144,7 @@ void SafeFileTest::init()
     put(path(QStringLiteral("x.repo")), oldText);
 }
 
-void SafeFileTest::theReplaceFunctionWritesTheNewText()
+void SafeFileTest::replacingAFileWritesTheNewText()
 {
     const QString file = path(QStringLiteral("x.repo"));
     for (const QByteArray& text : {newText, QByteArray(), QByteArray(300000, 'x'), oldText}) {
@@ -192,7 +192,7 @@ void SafeFileTest::aReplacedFileKeepsItsOwnerItsModeAndItsAttributes()
     QCOMPARE(QByteArray(value, 4), QByteArray("kept"));
 }
 
-void SafeFileTest::theReplaceFunctionCanRemoveTheRightsOfOtherUsers()
+void SafeFileTest::replacingAFileCanRemoveTheRightsOfOtherUsers()
 {
     const QString file = path(QStringLiteral("x.repo"));
     SafeFile safe;
@@ -475,7 +475,7 @@ void SafeFileTest::theNewFileIsEitherMissingOrCompleteIfTheProgramIsKilled()
     QVERIFY(before > 5);
 }
 
-void SafeFileTest::theRemoveLeftoversFunctionKeepsFilesOfRunningProgramsAndOfOtherUsers()
+void SafeFileTest::leftoversOfRunningProgramsAndOfOtherUsersAreKept()
 {
     SafeFile living;
     QVERIFY(living.replace(path(QStringLiteral("x.repo")), oldText, newText));

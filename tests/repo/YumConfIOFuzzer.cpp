@@ -130,19 +130,19 @@ QList<Repo::Entry> readBack(QList<Repo::Entry> entries)
 void check(YumConfIO& conf)
 {
     if (!conf.read(nullptr)) {
-        require(surroundings->answers.shown == 1, "a failed reading shows one error");
+        require(surroundings->answers.shown == 1, "a failed read shows one error");
         return;
     }
-    require(surroundings->answers.shown == 0, "what is read well needs no message box");
-    require(conf.pendingLines.isEmpty(), "no line is left");
+    require(surroundings->answers.shown == 0, "a successful read shows no message box");
+    require(conf.pendingLines.isEmpty(), "no unread line is left");
     if (conf.reposdir != surroundings->directories) {
         // The input names directories of its own. The fuzzer must not write to them.
         return;
     }
     for (const Repo::Entry& each : qAsConst(conf.entries)) {
         if (each.file == surroundings->files.first() && each.id == QLatin1String("main")) {
-            // The main configuration file has two main sections. If VYRE drops all sections between them, the
-            // next read takes both for one section.
+            // The main configuration file has two main sections. If VYRE drops all sections between these
+            // two, the next read takes both for one section.
             return;
         }
     }
@@ -155,22 +155,23 @@ void check(YumConfIO& conf)
     for (Repo::Entry& each : conf.entries) {
         each.options += line;
     }
-    require(conf.write(nullptr), "what was read can be written");
-    require(surroundings->answers.shown <= 1, "writing asks once");
+    require(conf.write(nullptr), "the configuration can be written after it was read");
+    require(surroundings->answers.shown <= 1, "a write asks at most one question");
     const QList<QByteArray> written = contents();
     const QString mainText = readBack(conf.mainText);
     const QStringList expected = describe(readBack(conf.entries));
 
     surroundings->answers.shown = 0;
-    require(conf.read(nullptr), "what was written can be read");
+    require(conf.read(nullptr), "the written configuration can be read");
     require(conf.mainText == mainText, "the main part is read as it was written");
     require(describe(conf.entries) == expected, "the entries are read as they were written");
-    require(conf.write(nullptr), "what was read again can be written");
-    require(surroundings->answers.shown == 0, "what was written needs no message box");
+    require(conf.write(nullptr), "the configuration can be written a second time");
+    require(surroundings->answers.shown == 0,
+            "reading and writing the written configuration shows no message box");
     const QList<QByteArray> again = contents();
     for (int i = 0; i < written.size(); ++i) {
         const QByteArray& before = written.at(i);
-        require(again.at(i) == before, "what is not edited is left as it is");
+        require(again.at(i) == before, "the second write does not change the files");
     }
 }
 
@@ -179,7 +180,7 @@ void check(YumConfIO& conf)
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    // Otherwise Qt would print a warning for each message box.
+    // Without this rule, Qt would print a warning for each message box.
     qputenv("QT_LOGGING_RULES", "default.warning=false");
     surroundings = new Surroundings;
     std::atexit([] { surroundings->root.remove(); });

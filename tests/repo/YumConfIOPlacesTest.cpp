@@ -227,7 +227,7 @@ void YumConfIOPlacesTest::etcDistroReposDIsAlsoReadIfItExists()
     QVERIFY(conf->read(window.get()));
     QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc/yum.repos.d")),
                                           path(QStringLiteral("etc/yum/repos.d")), directory, newer}));
-    // If dnf has reported its directories, VYRE reads no directory except these.
+    // If dnf has reported its directories, VYRE reads only these directories.
     conf->knownDirectories =
         QStringList{QStringLiteral("/etc/yum.repos.d"), QStringLiteral("/etc/distro.repos.d")};
     QVERIFY(conf->read(window.get()));

@@ -137,8 +137,8 @@ private:
     // in this file.
     int choose(RandomConfiguration& random, QString& file, int& index);
 
-    // No message box is expected. This user logs the text of an unexpected box and closes it, so the test
-    // fails instead of waiting.
+    // No message box is expected. This simulated user logs the text of an unexpected box and closes the box,
+    // so the test fails instead of waiting.
     const AnsweringUser user{[](QDialog* box) {
         qWarning("%s", qPrintable(qobject_cast<QMessageBox*>(box)->text()));
         box->reject();

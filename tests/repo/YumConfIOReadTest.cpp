@@ -451,7 +451,8 @@ void YumConfIOReadTest::repositoriesOfTheMainFileAreRead()
     putMain("# top\n[main]\nretries=1\n\n  more\n[x]\nname=a\n\n[main]\nname=b\n");
     QVERIFY(conf->read(window.get()));
     QCOMPARE(conf->mainText, QStringLiteral("# top\n[main]\nretries=1\n\n  more\n"));
-    // Only above the first repository is "main" the main section. Below it, "main" is an ordinary identifier.
+    // A section "main" above the first repository is the main section. Below the first repository, "main" is
+    // an ordinary identifier.
     QCOMPARE(ids(), QStringList({QStringLiteral("x"), QStringLiteral("main")}));
     QCOMPARE(conf->entries.at(0).file, mainPath());
     QCOMPARE(conf->entries.at(0).name, QStringLiteral("a"));
