@@ -166,11 +166,11 @@ void MainWindow::initialize()
         return;
     }
     model->reset();
-    collectedExtraData(); // the collection has changed haveFileLists() and haveOtherData()
+    collectedExtraData(); // the collection may have loaded file lists and change logs
     showTable(preparation->widest);
     if (search || regexpEdit->text() != expression) {
-        // The columns were fitted to all rows. While a search is prepared, rows that do not match must not be
-        // visible.
+        // showTable() has fitted the columns to all rows. Hide the rows while the program prepares the
+        // search, because some of them do not match the expression.
         const PackageTable::Model::Hiding hiding(*model);
         view->setEmptyText(tr("Reading the packages..."));
         filtersearch();
@@ -204,7 +204,7 @@ std::unique_ptr<PackageTable::Preparation> MainWindow::prepareTable()
 {
     auto preparation = std::make_unique<PackageTable::Preparation>(*yumIO, proxy->sortColumn(),
                                                                    proxy->sortOrder(), view->font());
-    const bool fitting = tableArea->isHidden(); // showTable() fits the columns only then
+    const bool fitting = tableArea->isHidden(); // showTable() fits the columns of a hidden table
     yumIO->compute([&preparation, fitting] { preparation->run(fitting); });
     if (!quitting()) {
         proxy->setPrepared(std::move(preparation->rows));
@@ -370,7 +370,7 @@ bool MainWindow::collect()
     stopButton->setResult(StopButton::Result::SameTable);
     showSkippedRepos();
     if (collectFailed || yumIO->unwantedRepos().isEmpty()) {
-        showErrors(errors); // otherwise the notice already refers to the log, and also names the cause
+        showErrors(errors); // otherwise the notice of showSkippedRepos() already refers to the log
     }
     for (const QString& id : yumIO->unwantedRepos()) {
         sessionEnabled.insert(id, false);
@@ -394,7 +394,8 @@ void MainWindow::showSkippedRepos()
     reportedSkipped = skipped;
     skipped += unwanted;
     if (skipped.count() == 1) {
-        // In a narrow window, a notice shows only its beginning. A long identifier would push the advice out.
+        // In a narrow window, a notice shows only its beginning. A long identifier would move the advice
+        // behind the visible part.
         constexpr int longest = 40;
         QString id = skipped.first();
         if (id.length() > longest) {
@@ -612,7 +613,7 @@ void MainWindow::closeLater()
     }
 }
 
-// Removes the message that the window refuses to close, because the work that caused the refusal has ended.
+// Removes the notice that explains why the window stays open, because the work that caused this has ended.
 void MainWindow::endRefusal()
 {
     notice->withdraw(loggedRefusal);
@@ -730,7 +731,7 @@ void MainWindow::about()
             QMessageBox::Ok, this);
         aboutBox->setIconPixmap(windowIcon().pixmap(64));
         aboutBox->setModal(false);
-        // Qt would open the web page with the rights of root.
+        // Let openPage() open the web page: Qt itself would start the browser with the rights of root.
         for (QLabel* label : aboutBox->findChildren<QLabel*>()) {
             label->setOpenExternalLinks(false);
             connect(label, SIGNAL(linkActivated(const QString&)), this, SLOT(openPage(const QString&)));

@@ -5,7 +5,7 @@
 //
 // usage: plain-reader DOCUMENT.xml.gz ...
 //
-// Two threads share the documents. The largest document is the first. The handlers count the elements, the
+// Two threads share the documents, and begin with the largest one. The handlers count the elements, the
 // attributes and the bytes of text, so that the compiler cannot omit any work. The program prints the elapsed
 // time and the CPU time, in seconds, and the counts.
 

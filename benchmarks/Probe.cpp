@@ -135,7 +135,7 @@ private Q_SLOTS:
         waitForTable();
     }
 
-    // Runs in each round of the event loop, also of nested loops.
+    // Runs in each round of the event loop, and also of nested event loops.
     void beat()
     {
         if (windowPainted != 0) {

@@ -51,7 +51,7 @@ public:
         std::vector<Text> added;
         blockOf.reserve(static_cast<size_t>(records));
         added.reserve(static_cast<size_t>(records));
-        std::vector<size_t> places; // the number of texts in each block, later the place of its next text
+        std::vector<size_t> places; // by block: the number of its texts, later the place of its next text
         const size_t firstBlock = blocks.size();
         for (int record = 0; record < records; ++record) {
             const PackedText* const text = textOf(record);
@@ -796,8 +796,9 @@ bool SortFilterProxyModel::matchesIgnoringCase() const
         return true;
     }
     const CaselessPattern caseless(expression.pattern());
-    // This function compares the joined visible texts, but a search compares each field alone. For words,
-    // both give the same result, so without the result of a worker, a search compares only words.
+    // This function compares the joined visible texts, but a search compares each field separately. If the
+    // joined texts contain a word without blanks, one of the texts contains this word too. Therefore, in
+    // Search mode, this function compares only words.
     if (!caseless.isUsable() || (mode == Search && !caseless.isWord())) {
         return false;
     }

@@ -50,7 +50,7 @@ View::View(Model* packages, SortFilterProxyModel* sortedRows, QWidget* parent)
     header->setSortIndicatorShown(true); // setHorizontalHeader() has cleared this setting
 
     sortByColumn(KindColumn, Qt::AscendingOrder);
-    // The proxy ignores this column: it matches an expression against every column.
+    // The proxy ignores this setting, because it compares an expression with every column.
     proxy->setFilterKeyColumn(KindColumn);
 
     connect(header, SIGNAL(sectionClicked(int)), this, SLOT(handleHorizontalHeaderClicked(int)));
@@ -160,7 +160,7 @@ int View::contentsWidthForColumn(int column) const
 
 void View::reset()
 {
-    pressedRecord = QPersistentModelIndex(); // the rows have changed, but not by a click on one of them
+    pressedRecord = QPersistentModelIndex(); // the reset may have moved all rows, so forget the last press
     HTableView::reset();
     // A reset clears the current row, but the selection model emits no signal for it. Emit the signal here.
     if (currentRow != -1) {
@@ -227,9 +227,10 @@ void View::mousePressEvent(QMouseEvent* event)
         const QModelIndex record = proxy->mapToSource(index);
         const QModelIndex pressed = proxy->mapFromSource(pressedRecord);
         if (quick && pressedRecord.isValid() && pressedRecord != record && pressed.row() != pressedRow) {
-            // The previous click has changed the row's action. Because the table is sorted by action, the row
-            // has moved, and now a different row is under the pointer. The user still means the row that has
-            // moved. But if the row has not moved, the user has clicked a neighbouring row.
+            // The previous click has changed the action of a row. Because the table is sorted by action, this
+            // row has moved, and a different row is now under the pointer. The user still means the row that
+            // has moved. (A second click on a neighbouring row does not get here, because then no row has
+            // moved.)
             handleActivated(pressed);
             pressIsHandled = true;
             return;

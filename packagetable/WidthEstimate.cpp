@@ -39,7 +39,8 @@ std::vector<int> WidthEstimate::widestRows(int count, const std::function<QStrin
     }
     // The real width of a text differs from its estimate by at most this margin.
     const qreal margin = metrics.averageCharWidth();
-    // The last letter is compared because its right edge may extend beyond its width.
+    // Texts with equal estimates look equally wide only if they also end with the same letter: the right edge
+    // of a letter may extend beyond its width.
     QSet<qint64> looks;
     QSet<QString> texts;
     std::vector<int> found;

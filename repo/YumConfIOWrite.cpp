@@ -260,8 +260,8 @@ bool YumConfIO::respectChanges(QList<Target>& list, QList<int>& removed)
         if (target.edited && target.outdated) {
             changedFiles.append(target.path);
         }
-        // An unedited plain file is written nevertheless, without its blank lines and the comments above its
-        // first section. Any other unedited file is skipped, because a write would change its characters.
+        // VYRE also writes unedited files if they are plain: this removes their blank lines and the comments
+        // above their first section. In any other unedited file, a write would change characters.
         target.skipped = !target.edited && (target.outdated || !known.file.isPlain ||
                                             known.file.encoded(target.text) == known.file.bytes);
     }

@@ -6,8 +6,9 @@
 
 namespace {
 
-// The busy look moves once in this number of milliseconds. The style wants to move it 60 times a second, and
-// painting the bars so often needs a twentieth of the processor time of a start.
+// While the length of an activity is unknown, the style animates the bar. The bar is painted at most once in
+// this number of milliseconds. The style itself would paint the bars 60 times a second, which would need a
+// twentieth of the processor time of the program's start.
 constexpr qint64 animationInterval = 100;
 
 } // namespace

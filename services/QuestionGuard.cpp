@@ -100,7 +100,7 @@ bool QuestionGuard::eventFilter(QObject* watched, QEvent* event)
         return false;
     case QEvent::ShortcutOverride:
         if (belongsToQuestion(watched) && ignoresKey(static_cast<QKeyEvent*>(event))) {
-            event->accept(); // an accepted ShortcutOverride makes Qt send a key press instead
+            event->accept(); // makes Qt send a key press instead of activating a shortcut
             return true;
         }
         return false;

@@ -58,8 +58,8 @@ bool isModifier(int key)
 
 bool isModifierHeld(const QKeyEvent* event)
 {
-    // Ignore the keypad modifier: Qt sets it for each key of the number pad, and the user holds no modifier
-    // key.
+    // Ignore the keypad modifier: Qt sets it for each key of the number pad, although the user holds no
+    // modifier key.
     return (event->modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier;
 }
 

@@ -65,7 +65,7 @@ extern "C" void passOn(int number, siginfo_t* info, void*)
 {
     const int failure = errno;
     if (getpid() != owner) {
-        // A child process runs this handler between fork() and exec(). End only this child.
+        // This process is a child between fork() and exec(). End only this child.
         endBy(number);
     }
     const bool unheard = firstCame != 0 && now() - firstTime > patience;

@@ -15,7 +15,7 @@ pid_t owner = 0;
 extern "C" void record(int number, siginfo_t* info, void*)
 {
     if (getpid() != owner) {
-        // A child process runs this handler between fork() and exec(). End only this child.
+        // This process is a child between fork() and exec(). End only this child.
         EndSignals::endBy(number);
     }
     if (!EndSignals::wasSent(*info)) {

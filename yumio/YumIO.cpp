@@ -341,8 +341,8 @@ PyObject* YumIO::faultOfMetadata(PyObject*, PyObject* args)
     }
     QString problem;
     {
-        // Release the interpreter lock: the check of a distribution's file lists takes seconds, and the
-        // script reads packages during the check.
+        // Release the interpreter lock: the check of a distribution's file lists takes seconds, and another
+        // thread of the script reads packages during the check.
         const PyThreadStateWrapper released;
         Metadata::check(QFile::decodeName(path), root, problem);
     }
@@ -406,7 +406,7 @@ PyObject* YumIO::waitForLock(PyObject* capsule, PyObject* text)
     }
     if (text == Py_None) {
         if (yumIO->progress != nullptr && !Unattended::is()) {
-            // Show the step that was interrupted by the wait.
+            // Show the step that the wait has interrupted.
             yumIO->progress->startItem(
                 yumIO->phase == Collecting ? tr("Reading repositories") : tr("Preparing"), 0, 1);
         }
@@ -488,7 +488,7 @@ QString YumIO::expandVariables(QString text)
         PyErr_Clear();
         return text;
     }
-    // Without the script's method for this purpose, replace only the following three variables.
+    // If the script has no method expandVariables(), replace only the following three variables.
     for (const char* variable : {"basearch", "arch", "releasever"}) {
         const QString name = QLatin1String(variable);
         const QString reference = QLatin1Char('$') + name;

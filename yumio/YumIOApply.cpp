@@ -54,7 +54,7 @@ bool YumIO::apply()
 }
 
 // The arguments for the script's method that applies marks: lists of the script's objects for the marked
-// records. After a failure, the lists are null.
+// records. If Python cannot create a list, this list is null.
 struct YumIO::MarkedObjects
 {
     PyRef installs{PyList_New(0)};

@@ -461,7 +461,8 @@ bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
         }
         collectPkg(entry, state, pkg.get(), name, arch);
         entry->excluded = excluded;
-        // Most packages belong to the same repository as the package before, and share its text.
+        // Most packages belong to the same repository as the package before, and share the text of its
+        // identifier.
         if (state != Package::Installed && entry->repo.constData() != repo) {
             repo = entry->repo.constData();
             noteRepository(*entry);

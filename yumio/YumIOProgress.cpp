@@ -392,9 +392,9 @@ PyObject* YumIO::rpmtransInit(PyObject*, PyObject* args)
     const bool flag = test != Py_False;
     if (!flag && phase == Applying && !transaction.signalRecorder) {
         // Set changingSystem before checking whether the program is ending. If the program begins to end
-        // after the next line, the program sees the variable and waits for the transaction. If the program
-        // has begun to end before this, the check stops the transaction. The variable stays true until the
-        // operation is over.
+        // after the next line, it sees that the variable is true, and waits for the transaction. If the
+        // program has already begun to end, the check stops the transaction. The variable stays true until
+        // the operation is over.
         changingSystem = true;
         if (Unattended::is()) {
             changingSystem = false;
