@@ -75,7 +75,8 @@ def environment(user, given):
     made = {name: value for name, value in given.items() if name in KEPT or name.startswith('LC_')}
     made.update(HOME=user.pw_dir, USER=user.pw_name, LOGNAME=user.pw_name, SHELL=user.pw_shell or '/bin/sh')
 
-    # XDG_RUNTIME_DIR may name a directory of root, or a directory that VYRE has created. Use only the user's own.
+    # XDG_RUNTIME_DIR may name a directory of root, or a directory that VYRE has created. Use only a directory of the
+    # user.
     for directory in (given.get('XDG_RUNTIME_DIR'), os.path.join(RUNTIME_DIRECTORIES, str(user.pw_uid))):
         if directory and is_own_directory(directory, user.pw_uid):
             made['XDG_RUNTIME_DIR'] = directory

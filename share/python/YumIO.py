@@ -2,8 +2,9 @@
 """The program's interface to the package manager.
 
 The program runs this file in its embedded interpreter, makes one object of the YumIO class and calls its methods. Only
-one thread at a time calls these methods: the graphical thread when VYRE starts, and a worker during every long
-operation. The script passes all messages of the package manager to the program through the built-in yumIOC module.
+one thread at a time calls these methods: a worker during every long operation, such as the start, and the graphical
+thread between these operations. The script passes all messages of the package manager to the program through the
+built-in yumIOC module.
 
 This file contains only the YumIO class; the vyre package next to this file does the work. The file and the package need
 Python 3.6 or later, and dnf 4.
@@ -366,7 +367,7 @@ class YumIO:
     @withReason
     def apply(self, installs, updates, removes, groupInstalls, groupUpdates, groupRemoves):
         """Find the transaction for the marks, ask the user to confirm it, download its packages, check their signatures
-        and run the transaction. Return True; but if "tsflags" contains "test", change nothing and return False. Each
+        and run the transaction. Return True. But if "tsflags" contains "test", change nothing and return False. Each
         failure raises an exception. If the text of the exception does not name packages, nothing was changed. A
         transaction that the user refuses is not a failure.
         """
@@ -435,7 +436,7 @@ class YumIO:
                 signatures.checkSignatures(base, installSet(base))
                 return runTransaction(base, self._checkCurrent)
             finally:
-                # base.end() closes the history, and so forgets the transaction.
+                # Read the values before endTransaction(), which closes the history and so forgets the transaction.
                 try:
                     self.outcome = base.outcome.values()
                 finally:

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """dnf's class Base with the script's additions.
 
-The graphical thread makes, renews and closes the only Base object. Workers use this object.
+Workers make, renew and use the only Base object. When VYRE ends, the graphical thread closes this object.
 """
 
 import ctypes
@@ -63,9 +63,9 @@ class Base(dnf.Base):
         self.failed = []  # the repositories that cannot be read, with the reasons
         self.leftOut = []  # the repositories without metadata in the cache
         self.skipped = []  # the identifiers of the failed repositories that have skip_if_unavailable
-        # The repositories that fill_sack() has disabled, except those that the user does without in this session.
+        # The repositories that fill_sack() has disabled, except those without which the user goes on in this session.
         self.disabled = []
-        self.plugInFault = ''  # why dnf cannot use the plug-ins; every operation fails unless this text is empty
+        self.plugInFault = ''  # why dnf cannot use the plug-ins; if not empty, every operation fails
         self._plugInStamp = None  # the result of stampOfPlugIns() when the plug-ins were loaded
 
     def renew(self, conf):
@@ -297,8 +297,8 @@ class Base(dnf.Base):
         # dnf reads all documents of new metadata. Check these documents while dnf reads them.
         checks = DocumentChecks(repo) if isNew or before is None else None
         try:
-            # Check the metadata before the sack gets the packages, because disabling the repository afterwards would
-            # not remove them.
+            # Check the metadata before the sack gets the packages, because a repository that is disabled later keeps
+            # its packages in the sack.
             isNewer = self._isNewerThanCache(repo)
             if isNewer:
                 self._checkPackages(repo)
@@ -353,7 +353,7 @@ class Base(dnf.Base):
         return found.st_ino, found.st_mtime_ns, found.st_size
 
     def _checkPackages(self, repo):
-        """Refuse a damaged package list. dnf would accept a damaged list, with no packages or only some of them."""
+        """Refuse a damaged package list. dnf would read no packages or only some of them, and report no error."""
         path = documentPath(repo, 'primary')
         fault = metadataFault(path, 'metadata') if path is not None else ''
         if fault:
@@ -377,9 +377,10 @@ class Base(dnf.Base):
                 os.unlink(cache)
 
     def _run_transaction(self, cb):
-        """Run the transaction. Ignore a failed scriptlet if rpm has changed its package all the same. After such a
-        scriptlet, rpm versions after Debian 12's report a failed transaction, although no package has failed. The
-        packages have changed, so the history must record the end of the transaction.
+        """Run the transaction. If a scriptlet has failed, but rpm has still changed the package of this scriptlet,
+        ignore the failure. After such a scriptlet, versions of rpm that are newer than Debian 12's report a failed
+        transaction, although no package has failed. The packages have changed, so the history must record the end of
+        the transaction.
         """
         try:
             return super(Base, self)._run_transaction(cb)
@@ -423,8 +424,8 @@ class Base(dnf.Base):
         return super(Base, self)._goal2transaction(goal)
 
     def _verify_transaction(self, *args, **kwargs):
-        """Complete the history. If dnf cannot write the history, store the error: rpm has changed the packages all the
-        same.
+        """Complete the history. If dnf cannot write the history, store the error, and raise no exception, because rpm
+        has already changed the packages.
         """
         try:
             super(Base, self)._verify_transaction(*args, **kwargs)

@@ -124,7 +124,7 @@ def largestSection(content):
 
 
 class RepositoryReader(dnf.conf.read.RepoReader):
-    """dnf's reader of repository files, which here reads only the files that the repository editor can read, too."""
+    """dnf's reader of repository files, restricted to the files that the repository editor can read, too."""
 
     def _get_repos(self, path):
         return super(RepositoryReader, self)._get_repos(path) if isUsable(path) else iter(())

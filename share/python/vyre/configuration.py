@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Reads dnf's configuration of the managed system from its files.
 
-The graphical thread runs this module when VYRE starts, and again before each new collection.
+A worker runs this module when VYRE starts, and again when the program resets the script, for example for a Refresh.
 """
 
 import logging
@@ -29,7 +29,7 @@ def readConfiguration():
     If a file or an option is unusable, log the reason and keep the default.
     """
     conf = dnf.conf.Conf()
-    # This call must follow Conf(), which makes rpm read rpm's configuration again, and so would undo the call.
+    # Conf() makes rpm read its configuration again. This would undo an earlier call of useDatabaseOfRoot().
     useDatabaseOfRoot()
     conf._set_value('installroot', managedRoot(), dnf.conf.PRIO_COMMANDLINE)
     # If this option is false, dnf waits for the locks on its cache. WaitingLock lets the user end such a wait.
@@ -193,8 +193,8 @@ def setReleasever(conf):
 
 
 def detectedRelease():
-    """The release of the managed system. Without a release package, the release in /etc/os-release. If both are
-    missing, "1".
+    """The release of the managed system. If no release package is installed, the function returns the release in
+    /etc/os-release. If this file does not name a release either, the function returns "1".
     """
     try:
         detected = dnf.rpm.detect_releasever(managedRoot())

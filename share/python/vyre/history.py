@@ -84,8 +84,9 @@ def reportInterrupted(base, parts):
 
 
 def severalVersions(base):
-    """A list for each name and architecture of which several versions are installed by mistake. Each list contains
-    these packages, the oldest first. Packages such as kernels, which may have several installed versions, are left out.
+    """The packages of which several versions are installed by mistake: for each name and architecture, a list of the
+    installed versions, the oldest first. Packages such as kernels, which may have several installed versions, are left
+    out.
     """
     installed = base.sack.query(flags=hawkey.IGNORE_EXCLUDES).installed()
     duplicated = installed.duplicated().difference(base._get_installonly_query(installed))

@@ -38,8 +38,8 @@ def checkPersistence(base):
 
 def checkDrift(base):
     """Refuse to change files that must match the image, such as the boot loader's files. The next start of the system
-    discards changes below /usr, but keeps changes to these other files. dnf checks these files only from version 4.24
-    on.
+    discards changes below /usr, but keeps changes to the files that usr_drift_protected_paths names. dnf checks these
+    files only from version 4.24 on.
     """
     patterns = getattr(base.conf, 'usr_drift_protected_paths', ())
     found = {}

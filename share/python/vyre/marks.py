@@ -22,7 +22,7 @@ class Marks:
         self.groupRemoves = list(groupRemoves)
 
     def newVersions(self):
-        """The new package of each marked update, without duplicates. updates: pairs whose first value is the new
+        """The new package of each marked update, without duplicates. Each pair in self.updates begins with the new
         package.
         """
         seen = {}

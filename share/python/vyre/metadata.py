@@ -25,7 +25,9 @@ from .program import tr
 
 
 def documentPath(repo, kind):
-    """The path of a metadata document in the cache; None if the repository lacks it. kind: such as "primary"."""
+    """The path of a metadata document in the cache; None if the repository lacks the document. kind: for example
+    "primary".
+    """
     try:
         return repo._repo.getMetadataPath(kind) or None
     except (RuntimeError, libdnf.error.Error):
@@ -33,7 +35,7 @@ def documentPath(repo, kind):
 
 
 # The file name endings of uncompressed documents. The script can also unpack documents with the endings in COMPRESSED,
-# and with .zst. Documents with any other ending, such as .zck, can be read only by dnf.
+# and with .zst. Only dnf can read documents with other endings, such as .zck.
 PLAIN = ('', '.xml', '.yaml', '.yml')
 
 COMPRESSED = {'.gz': gzip.open, '.bz2': bz2.open, '.xz': lzma.open}
@@ -53,8 +55,8 @@ def metadataFault(path, element):
 
 
 class DocumentChecks:
-    """Checks the file lists and the change logs of a repository on a thread of its own. Most of the check needs no
-    interpreter, so dnf can read the same documents during the check.
+    """Checks the file lists and the change logs of a repository on a thread of its own. Most of the check does not need
+    the interpreter's lock, so dnf can read the same documents during the check.
     """
 
     def __init__(self, repo):
@@ -124,8 +126,8 @@ def modulesFault(base, path):
 
 
 def checkModuleFiles(base):
-    """Raise an exception if a module file below /etc is damaged. dnf would crash, or report an error without the file's
-    name.
+    """Raise an exception if a module file below /etc is damaged. Without this check, dnf would crash, or report an
+    error without the file's name.
     """
     faults = {path: modulesFault(base, path)
               for path in sorted(glob.glob(inRoot('/etc/dnf/modules.defaults.d') + '/*.yaml'))}

@@ -47,10 +47,10 @@ class Outcome:
                                             ('groupsRemoved', '_removed'))}
         self._modules = len(set(re.split('[/ ]', line)[0] for heading, lines in otherSections(base, withGroups=False)
                                 for line in lines))
-        self.complete = False  # dnf has carried out the transaction, perhaps without some packages
-        self.missing = None  # the items that rpm's database does not record, if they are known
+        self.complete = False  # whether dnf has carried out the transaction, perhaps without some packages
+        self.missing = None  # the items that rpm's database does not record; None if not known yet
         self.failedScriptlets = []  # the full names of packages
-        self.keysImported = False  # the user has accepted keys that sign packages
+        self.keysImported = False  # whether the user has accepted keys that sign packages
 
     def values(self):
         """A dictionary with the numbers of changes, the failures, whether a restart is needed, and whether signing keys
@@ -102,7 +102,9 @@ def nameOf(package):
 
 
 def restartNeeded(base, packages):
-    """Whether dnf's needs-restarting plug-in asks for a restart because these packages have been installed."""
+    """Whether the system needs a restart after the installation of these packages, by the rules of dnf's
+    needs-restarting plug-in.
+    """
     plugIn = sys.modules.get(dnf.plugin.DYNAMIC_PACKAGE + '.needs_restarting')
     names = set(getattr(plugIn, 'NEED_REBOOT', NEED_REBOOT))
     names.update(namesOfFiles(os.path.join(base.conf.installroot, 'etc/dnf/plugins/needs-restarting.d')))

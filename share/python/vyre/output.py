@@ -59,8 +59,8 @@ class Writer:
 
 
 def programListens():
-    """Whether the script can call the program. False after the program has begun to end: then it has restored the
-    interpreter's streams.
+    """Whether the script can call the program. When the program begins to end, it restores the interpreter's streams;
+    from then on, the result is False.
     """
     return isinstance(sys.stdout, Writer)
 
@@ -79,7 +79,7 @@ class LogHandler(logging.Handler):
     LEVELS = ((logging.CRITICAL, 0), (logging.ERROR, 1), (logging.WARNING, 2), (logging.INFO, 2),
               (logging.DEBUG, 3), (dnf.logging.DDEBUG, 7), (dnf.logging.SUBDEBUG, 8), (dnf.logging.TRACE, 9))
 
-    # Whether dnf would leave out the repository that it is reading if this repository failed.
+    # Whether dnf leaves out the repository that it is now reading if dnf cannot read this repository.
     mayBeSkipped = False
 
     @classmethod
@@ -103,8 +103,8 @@ class LogHandler(logging.Handler):
         except Exception:  # an operation must not fail because one of its log records cannot be formatted
             text = str(record.msg)
         if record.msg == dnf.i18n._("You can remove cached packages by executing '%s'."):
-            # The text of this record names a command for a terminal, which may clean a cache directory that VYRE does
-            # not use.
+            # The text of this record names a dnf command. This command may clean a cache directory that VYRE does not
+            # use.
             text = tr('You can remove the downloaded packages with Clean Packages in the Cache menu.')
         text = passable(text)
         level = next((level for number, level in self.LEVELS if record.levelno >= number), 10)
@@ -214,6 +214,6 @@ def hidePasswordsInLogFiles():
             if isinstance(handler, logging.FileHandler):
                 handler.setFormatter(DiscreetFormatter(handler.formatter or logging.Formatter()))
     if not logging.getLogger('librepo').handlers:
-        # In this version of dnf, librepo writes its log file without Python's logging module, and would write passwords
-        # to it. So this call ends librepo's log file.
+        # If librepo has no handler here, it writes its log file without Python's logging module, and would write
+        # passwords to this file. So this call ends librepo's log file.
         libdnf.repo.LibrepoLog.removeAllHandlers()

@@ -22,8 +22,8 @@ def inRoot(path):
 
 
 def isElsewhere(path):
-    """Whether this is an absolute path outside the managed root. The paths in files of the managed system lack the path
-    of the root.
+    """Whether this is an absolute path outside the managed root. For example, this is true for an absolute path in a
+    file of the managed system, because the path does not begin with the managed root.
     """
     root = managedRoot()
     return path.startswith('/') and root != '/' and path != root and not path.startswith(root + '/')

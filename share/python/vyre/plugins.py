@@ -27,8 +27,8 @@ def isOfPlugIn(module):
 
 
 def forgetPlugIns():
-    """Make Python forget the modules of all plug-ins. Otherwise the next import would return the modules of the last
-    configuration.
+    """Make Python forget the modules of all plug-ins. Otherwise the next import would return the modules of the
+    previous configuration.
     """
     for name in list(sys.modules):
         if name == dnf.plugin.DYNAMIC_PACKAGE or isOfPlugIn(name):

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The private names of dnf that the script uses, and the check whether the installed version of dnf has these names.
 
-The check runs once, when VYRE starts, on the graphical thread.
+A worker runs the check once, when VYRE starts.
 """
 
 import importlib
@@ -92,7 +92,7 @@ def lacksReplay():
 
 def requirePrivateNames(*objects):
     """Refuse to start if dnf lacks one of PRIVATE_NAMES. objects: objects of the classes that have NAMES_OF_OBJECTS.
-    If no objects are given, the function does not check these names.
+    If no objects are given, the function does not check NAMES_OF_OBJECTS.
     """
     for place, name, text in PRIVATE_NAMES:
         made = [each for each in objects if isinstance(place, type) and isinstance(each, place)]

@@ -35,7 +35,7 @@ class DownloadProgress(dnf.callback.DownloadProgress):
 
     def end(self, payload, status, msg):
         if status == dnf.callback.STATUS_MIRROR:
-            # The download continues with the next mirror. This may be the same server as before.
+            # The download continues with the next mirror, which may be the same server.
             text = '{}: {}'.format(payload, msg)
             failure = re.sub(r' after [0-9]+ ms', '', text)
             logging.getLogger('dnf').log(logging.DEBUG if failure in self._reported else logging.WARNING, '%s', text)
@@ -137,8 +137,9 @@ class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
             self.base.outcome.failedScriptlets.append(owner)
 
     def _ownerOfScriptlet(self, key):
-        """The full name of the package whose scriptlet has just failed. dnf's key of a trigger is another package,
-        which has caused the trigger. Only rpm's message at the end of the output names the package of the trigger.
+        """The full name of the package whose scriptlet has just failed. If the scriptlet is a trigger, dnf's key names
+        the package that has caused the trigger. Only rpm's message at the end of the output names the package that
+        contains the trigger.
         """
         lines = self._heard.decode('utf-8', 'replace').split('\n') if self._heard else []
         for line in reversed(lines):

@@ -14,7 +14,7 @@ PACKAGE = re.compile(r'[^\s-]\S*-[^\s-]+-[^\s-]+\.\w')
 
 
 def clearest(lines):
-    """The lines of one of dnf's problems, with the lines that name packages first. The line "conflicting requests",
+    """The lines of one of dnf's problems. The lines that name packages come first. The line "conflicting requests",
     which has no details, is left out if the problem has other lines.
     """
     text = 'conflicting requests'
@@ -42,7 +42,7 @@ def refusal(failure, marks, objects, problems):
 
 
 def nothingToDo():
-    """The exception if a transaction would change nothing."""
+    """Returns the exception for a transaction that would change nothing."""
     return dnf.exceptions.Error(tr('There is nothing to do.'))
 
 

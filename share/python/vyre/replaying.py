@@ -41,8 +41,8 @@ class Notes(logging.Handler):
 
 
 def replayed(base, kind, number, skip):
-    """Add the changes that undo or repeat a recorded transaction to dnf's goal, and return dnf's replay object. skip:
-    whether to leave out impossible changes; if false, they cause an exception.
+    """Add to dnf's goal the changes that undo or repeat a recorded transaction. Return dnf's replay object. skip:
+    whether to leave out impossible changes; if false, an impossible change causes an exception.
     """
     from dnf.cli.commands.history import HistoryCommand  # import here: this import loads the whole dnf command
     # HistoryCommand uses only the attributes that this function sets.
@@ -67,8 +67,8 @@ def explained(base, errors):
 
 
 def reasonOfExclusion(base, text, locks):
-    """The reason why dnf does not find the package that "text", an error message of dnf, names; empty if no repository
-    has the package.
+    """The reason why dnf does not find a package, although a repository has this package; otherwise empty. text: dnf's
+    error message, which names the package.
 
     locks: a dictionary from names to the lines that lock their versions.
     """

@@ -119,7 +119,8 @@ def resolveWithRemovals(base, marks, strict):
         return
     except Judged:
         pass
-    # The transaction may remove only the packages that dnf would remove if only the removals were marked.
+    # Without the marked installations and updates, dnf would remove the packages in `allowed`. The transaction must not
+    # remove other packages.
     allowed = removedAlone(base, marks)
     unwanted = dependents - allowed
     base.reset(goal=True)

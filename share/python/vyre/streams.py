@@ -16,7 +16,8 @@ def fullName(package):
 
 
 class StreamIndex:
-    """The streams by the full names of their packages. dnf can only list the packages of a stream.
+    """The streams by the full names of their packages. The index is necessary because dnf can list the packages of a
+    stream, but not the streams of a package.
 
     The worker makes the index at the end of each collection, because the graphical thread must not wait for this work.
     For 400 streams with 24,000 packages, the work takes about a tenth of a second. Without module streams, the work

@@ -42,8 +42,8 @@ ACTIONS = collections.OrderedDict((
 HALVES = (libdnf.transaction.TransactionItemAction_UPGRADED, libdnf.transaction.TransactionItemAction_DOWNGRADED,
           libdnf.transaction.TransactionItemAction_REINSTALLED, libdnf.transaction.TransactionItemAction_OBSOLETE)
 
-# The largest number of packages that a summary names for one action. For more packages than this, the summary has the
-# number of the packages.
+# The largest number of packages that a summary names for one action. For more packages, the summary shows only their
+# number.
 NAMED = 3
 
 # If another process has locked the database, VYRE tries to read the database for PATIENCE seconds. Each attempt takes
@@ -64,7 +64,7 @@ def isLocked(fault):
 
 
 def patiently(read):
-    """The result of read(), which reads the database."""
+    """Call read(), which reads the database, until no other process has locked the database. Return the result."""
     end = time.monotonic() + PATIENCE
     while True:
         try:
@@ -112,8 +112,8 @@ class History:
             except sqlite3.OperationalError as e:
                 connection.close()
                 # SQLite keeps temporary files next to the database, and needs these files for reading too. If the user
-                # has no right to create these files and no process is writing, "immutable" opens the database without
-                # them.
+                # has no right to create these files and no process is writing, the option "immutable" opens the
+                # database without these files.
                 log = path + '-wal'
                 if options or isLocked(e) or \
                         os.access(os.path.dirname(path), os.W_OK, effective_ids=True) or \
@@ -128,9 +128,9 @@ class History:
 
 
 def readTransactions(base):
-    """All transactions, the newest first. Each transaction is a tuple: its number, its begin in seconds since 1970, the
-    user, the command line, a summary of the changes, the names of all changed packages, the outcome, and the number of
-    recorded output lines.
+    """All transactions, the newest first. Each transaction is a tuple: its number, its start time in seconds since
+    1970, the user, the command line, a summary of the changes, the names of all changed packages, the outcome, and the
+    number of recorded output lines.
     """
     with History(base) as history:
         summaries, names = {}, {}
