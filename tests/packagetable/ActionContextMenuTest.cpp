@@ -29,16 +29,16 @@ private Q_SLOTS:
     void theClickedRowGetsTheActionIfNoRowIsSelected();
     void theMenuOffersEveryActionThatSomeSelectedRowPermits_data();
     void theMenuOffersEveryActionThatSomeSelectedRowPermits();
-    void anActionIsSetOnlyInSelectedRowsThatPermitIt_data();
-    void anActionIsSetOnlyInSelectedRowsThatPermitIt();
+    void anActionIsSetOnlyInSelectedRowsThatPermitTheAction_data();
+    void anActionIsSetOnlyInSelectedRowsThatPermitTheAction();
     void theSelectedRowsAndNotTheClickedRowGetTheAction();
     void aRightClickOnAnUnselectedRowSelectsThisRow();
     void anActionCanBeChosenWithTheMouse();
     void escapeClosesTheMenuWithoutAnAction();
     void noActionIsSetIfTheRowIsRemovedWhileTheMenuIsOpen();
     void allSelectedRowsGetTheActionEvenIfTheTableIsSortedByAction();
-    void theLockEntryIsForUnlockedRowsAndTheUnlockEntryForLockedRows_data();
-    void theLockEntryIsForUnlockedRowsAndTheUnlockEntryForLockedRows();
+    void unlockedRowsHaveALockEntryAndLockedRowsHaveAnUnlockEntry_data();
+    void unlockedRowsHaveALockEntryAndLockedRowsHaveAnUnlockEntry();
     void theLockEntryEmitsASignalWithTheRows();
     void theUnlockEntryAppliesOnlyToTheLockedRowsInTheSelection();
     void theLockEntriesAreDisabledAndShowTheReasonIfTheUserCannotWriteLocks();
@@ -154,8 +154,8 @@ void ActionContextMenuTest::theMenuOffersEveryActionThatSomeSelectedRowPermits_d
         << QStringList{"editor", "shell"} << QStringList{"&Install", "&Remove", "&No Action"};
     QTest::newRow("out of date and installed")
         << QStringList{"tool", "shell"} << QStringList{"&Update", "&Remove", "&No Action"};
-    QTest::newRow("two available") << QStringList{"editor", "office"}
-                                   << QStringList{"&Install", "&No Action"};
+    QTest::newRow("two available packages")
+        << QStringList{"editor", "office"} << QStringList{"&Install", "&No Action"};
     QTest::newRow("out of date, available and installed")
         << QStringList{"tool", "editor", "shell"}
         << QStringList{"&Update", "&Install", "&Remove", "&No Action"};
@@ -170,7 +170,7 @@ void ActionContextMenuTest::theMenuOffersEveryActionThatSomeSelectedRowPermits()
     QCOMPARE(choose(selected.first(), Qt::Key_Escape), offered);
 }
 
-void ActionContextMenuTest::anActionIsSetOnlyInSelectedRowsThatPermitIt_data()
+void ActionContextMenuTest::anActionIsSetOnlyInSelectedRowsThatPermitTheAction_data()
 {
     QTest::addColumn<int>("key");
     QTest::addColumn<Actions>("expected");
@@ -185,7 +185,7 @@ void ActionContextMenuTest::anActionIsSetOnlyInSelectedRowsThatPermitIt_data()
     QTest::newRow("none") << int(Qt::Key_N) << Actions();
 }
 
-void ActionContextMenuTest::anActionIsSetOnlyInSelectedRowsThatPermitIt()
+void ActionContextMenuTest::anActionIsSetOnlyInSelectedRowsThatPermitTheAction()
 {
     QFETCH(int, key);
     QFETCH(Actions, expected);
@@ -267,7 +267,7 @@ void ActionContextMenuTest::allSelectedRowsGetTheActionEvenIfTheTableIsSortedByA
     QCOMPARE(shown->view->selectedRows().count(), 4);
 }
 
-void ActionContextMenuTest::theLockEntryIsForUnlockedRowsAndTheUnlockEntryForLockedRows_data()
+void ActionContextMenuTest::unlockedRowsHaveALockEntryAndLockedRowsHaveAnUnlockEntry_data()
 {
     QTest::addColumn<QStringList>("selected");
     QTest::addColumn<QStringList>("offered");
@@ -281,7 +281,7 @@ void ActionContextMenuTest::theLockEntryIsForUnlockedRowsAndTheUnlockEntryForLoc
     QTest::newRow("group") << QStringList{"Games"} << QStringList();
 }
 
-void ActionContextMenuTest::theLockEntryIsForUnlockedRowsAndTheUnlockEntryForLockedRows()
+void ActionContextMenuTest::unlockedRowsHaveALockEntryAndLockedRowsHaveAnUnlockEntry()
 {
     QFETCH(QStringList, selected);
     QFETCH(QStringList, offered);
@@ -314,8 +314,8 @@ void ActionContextMenuTest::theUnlockEntryAppliesOnlyToTheLockedRowsInTheSelecti
     shown = std::make_unique<ShownTable>(*table);
     shown->select({"shell", "tool", "Games"});
     QSignalSpy chosen(shown->view, SIGNAL(versionLocksChosen(const QList<int>&, bool)));
-    // "Lock" and "Unlock" have the same mnemonic. So its key only moves from one entry to the other, and
-    // Return chooses an entry.
+    // The entries for locking and unlocking have the same mnemonic. So the key of the mnemonic only moves
+    // from one entry to the other, and Return chooses an entry.
     const auto press = [this](int times) {
         withMenu([this] { shown->click("shell", ActionColumn, Qt::RightButton, Qt::ControlModifier); },
                  [times](QMenu& menu) {

@@ -107,7 +107,8 @@ void DescribeAreaTest::theAreaOfAnAvailablePackageShowsEveryField()
                               "Files|[Show]",
                               "Change Log|[Show]"}));
         // The comparison above does not notice a field without a value, because the window does not show such
-        // a field. Files and change logs have a button until they are read.
+        // a field. The file list and the change log may be empty here, because the window shows a button for
+        // each of them.
         Fields::forEachUntil(Fields::OfPackages | Fields::Described, [this, &entry](Fields::Field field) {
             const bool button = field == Fields::Files || field == Fields::ChangeLog;
             QTest::qVerify(button || !table->yumIO.text(entry, field).isEmpty(), "the field has a text",

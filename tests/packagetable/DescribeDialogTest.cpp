@@ -271,7 +271,7 @@ void DescribeDialogTest::aSecondDescriptionReplacesTheFirst()
 {
     table->collectUsual();
     describe("many", [](Dialog& shown) { QCOMPARE(areasOf(shown).count(), 3); });
-    // config() is called a second time before the first description was shown. Only the second description
+    // If config() is called a second time before the first description is shown, only the second description
     // appears.
     dialog->config(&table->yumIO, table->entry("many"), conf.get());
     describe("shell", [](Dialog& shown) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Functions that read the windows that describe a package, and that click and type in these windows.
+// Functions that read, click and type in the windows that describe a package.
 
 #ifndef TESTS_PACKAGETABLE_DESCRIBED_H
 #define TESTS_PACKAGETABLE_DESCRIBED_H
@@ -20,8 +20,8 @@
 #include "widgets/HScrollArea.h"
 #include "widgets/TextDialog.h"
 
-// The areas of a description from top to bottom. The first area describes the record itself, each other area
-// an installed version.
+// The areas of a description from top to bottom. The first area describes the record itself, and each other
+// area describes an installed version.
 inline QList<HScrollArea*> areasOf(const QWidget& dialog)
 {
     QList<HScrollArea*> found;

@@ -51,31 +51,31 @@ private Q_SLOTS:
     void theKindColumnShowsAnIcon();
     void everyTextColumnHasATextInAtLeastOneRow();
     void textColumnsHaveNoIcon();
-    void theToolTipOfTheActionColumnNamesTheAction();
-    void theToolTipOfTheStateColumnNamesTheState();
-    void theToolTipOfTheStateColumnNamesTheVersionLock();
-    void theToolTipOfTheStateColumnNamesTheAdvisories();
-    void theSetUpdatesFunctionMarksOnlyUpdatableRecords();
+    void theToolTipOfTheActionColumnShowsTheAction();
+    void theToolTipOfTheStateColumnShowsTheState();
+    void theToolTipOfTheStateColumnShowsTheVersionLock();
+    void theToolTipOfTheStateColumnShowsTheAdvisories();
+    void onlyUpdatableRecordsAreMarkedForUpdate();
     void anExcludedPackageCannotBeMarked();
-    void theToolTipOfTheKindColumnNamesTheKind();
+    void theToolTipOfTheKindColumnShowsTheKind();
     void theToolTipOfTheVersionColumnListsAllVersions();
     void cellsHaveNoToolTipIfTheirColumnDefinesNone();
     void theTextColourDependsOnTheState_data();
     void theTextColourDependsOnTheState();
     void theTextColoursDependOnTheBackground();
     void theActionAndStateColumnsHaveNoColour();
-    void theUserRoleOfACellContainsTheSortKeyOrElseTheRecord();
+    void theUserRoleOfACellContainsTheSortKeyOrTheRecord();
     void theCellsHaveNoDataForUnsupportedRoles();
     void theModelHasNoDataForAnIndexOutsideTheTable();
     void aStarFollowsTheVersionOfAnAvailablePackageIfTheRecordHasAChain();
     void theModelReturnsTheStateOfARow();
-    void theSetActionFunctionStoresEvenAForbiddenAction();
-    void theSetActionFunctionIgnoresAnIndexOutsideTheTable();
+    void theModelStoresEvenAForbiddenAction();
+    void anIndexOutsideTheTableGetsNoAction();
     void togglingAnActionSelectsTheNextPermittedAction_data();
     void togglingAnActionSelectsTheNextPermittedAction();
-    void theSetSelectedFunctionMarksRowsForInstallationOrUpdate();
-    void theSetSelectedFunctionDoesNotMarkReplacedOrReplacingPackages();
-    void theSetSelectedFunctionDoesNotChangeTheMarksOfInstalledPackages();
+    void selectedRowsAreMarkedForInstallationOrUpdate();
+    void replacedAndReplacingPackagesAreNotMarkedWithTheSelectedRows();
+    void theMarksOfInstalledPackagesAreNotChangedWithTheSelectedRows();
     void clearingTheActionsRemovesAllMarks();
     void aResetOfTheModelNotifiesTheViews();
     void describingAMissingRowOpensNoDialog();
@@ -273,7 +273,7 @@ void ModelTest::textColumnsHaveNoIcon()
     }
 }
 
-void ModelTest::theToolTipOfTheActionColumnNamesTheAction()
+void ModelTest::theToolTipOfTheActionColumnShowsTheAction()
 {
     Package::Entry& entry = table->entry("tool");
     QCOMPARE(data("tool", 0, Qt::ToolTipRole), QVariant());
@@ -285,7 +285,7 @@ void ModelTest::theToolTipOfTheActionColumnNamesTheAction()
     QCOMPARE(data("tool", 0, Qt::ToolTipRole), QVariant(QStringLiteral("Remove package")));
 }
 
-void ModelTest::theToolTipOfTheStateColumnNamesTheState()
+void ModelTest::theToolTipOfTheStateColumnShowsTheState()
 {
     QCOMPARE(data("editor", 1, Qt::ToolTipRole),
              QVariant(QStringLiteral("Package is available for installation")));
@@ -299,7 +299,7 @@ void ModelTest::theToolTipOfTheStateColumnNamesTheState()
                  "Package is installed; the configuration excludes it from updates and removals")));
 }
 
-void ModelTest::theToolTipOfTheStateColumnNamesTheVersionLock()
+void ModelTest::theToolTipOfTheStateColumnShowsTheVersionLock()
 {
     table->standIn.setVersionLocks({{"shell", "shell-0:1-1.*"}, {"editor", "edi*"}, {"Games", "Games"}});
     table->collectUsual();
@@ -316,7 +316,7 @@ void ModelTest::theToolTipOfTheStateColumnNamesTheVersionLock()
              QVariant(QStringLiteral("Package is available to update an out-of-date version")));
 }
 
-void ModelTest::theToolTipOfTheStateColumnNamesTheAdvisories()
+void ModelTest::theToolTipOfTheStateColumnShowsTheAdvisories()
 {
     using S = StandIn;
     QJsonArray many;
@@ -334,7 +334,7 @@ void ModelTest::theToolTipOfTheStateColumnNamesTheAdvisories()
     QCOMPARE(data("other", 1, Qt::ToolTipRole).toString(), update);
 }
 
-void ModelTest::theSetUpdatesFunctionMarksOnlyUpdatableRecords()
+void ModelTest::onlyUpdatableRecordsAreMarkedForUpdate()
 {
     QSignalSpy dataChanged(model.get(), SIGNAL(dataChanged(const QModelIndex&, const QModelIndex&)));
     model->setUpdates({&table->entry("tool"), &table->entry("shell"), &table->entry("editor")});
@@ -371,7 +371,7 @@ void ModelTest::anExcludedPackageCannotBeMarked()
     QVERIFY(!data("tool", 0, Qt::ToolTipRole).isValid());
 }
 
-void ModelTest::theToolTipOfTheKindColumnNamesTheKind()
+void ModelTest::theToolTipOfTheKindColumnShowsTheKind()
 {
     QCOMPARE(data("Games", 2, Qt::ToolTipRole), QVariant(QStringLiteral("Group of packages")));
     QCOMPARE(data("tool", 2, Qt::ToolTipRole), QVariant(QStringLiteral("Ordinary package")));
@@ -452,7 +452,7 @@ void ModelTest::theActionAndStateColumnsHaveNoColour()
     }
 }
 
-void ModelTest::theUserRoleOfACellContainsTheSortKeyOrElseTheRecord()
+void ModelTest::theUserRoleOfACellContainsTheSortKeyOrTheRecord()
 {
     table->entry("editor").action = Package::Install;
     QCOMPARE(data("editor", 0, Qt::UserRole), QVariant(1));
@@ -521,7 +521,7 @@ void ModelTest::theModelReturnsTheStateOfARow()
     QCOMPARE(model->getState(table->row("shell")), Package::Installed);
 }
 
-void ModelTest::theSetActionFunctionStoresEvenAForbiddenAction()
+void ModelTest::theModelStoresEvenAForbiddenAction()
 {
     QSignalSpy spy(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
     model->setAction(cell("shell", 5), Package::Install);
@@ -529,7 +529,7 @@ void ModelTest::theSetActionFunctionStoresEvenAForbiddenAction()
     QCOMPARE(changed(spy), QStringList{"shell"});
 }
 
-void ModelTest::theSetActionFunctionIgnoresAnIndexOutsideTheTable()
+void ModelTest::anIndexOutsideTheTableGetsNoAction()
 {
     const QModelIndex last = model->index(model->rowCount() - 1, 0);
     table->collect({}, {}, {StandIn::package("alone")});
@@ -578,7 +578,7 @@ void ModelTest::togglingAnActionSelectsTheNextPermittedAction()
     QCOMPARE(changed(spy), QStringList{name});
 }
 
-void ModelTest::theSetSelectedFunctionMarksRowsForInstallationOrUpdate()
+void ModelTest::selectedRowsAreMarkedForInstallationOrUpdate()
 {
     table->entry("tool").action = Package::Remove;
     QSignalSpy spy(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
@@ -590,7 +590,7 @@ void ModelTest::theSetSelectedFunctionMarksRowsForInstallationOrUpdate()
     QCOMPARE(changed(spy), (QStringList{"editor", "tool", "Games"}));
 }
 
-void ModelTest::theSetSelectedFunctionDoesNotMarkReplacedOrReplacingPackages()
+void ModelTest::replacedAndReplacingPackagesAreNotMarkedWithTheSelectedRows()
 {
     using S = StandIn;
     const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
@@ -617,7 +617,7 @@ void ModelTest::theSetSelectedFunctionDoesNotMarkReplacedOrReplacingPackages()
     QCOMPARE(table->entry("newpost").action, Package::Install);
 }
 
-void ModelTest::theSetSelectedFunctionDoesNotChangeTheMarksOfInstalledPackages()
+void ModelTest::theMarksOfInstalledPackagesAreNotChangedWithTheSelectedRows()
 {
     table->entry("shell").action = Package::Remove;
     QSignalSpy spy(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));

@@ -32,8 +32,8 @@ private Q_SLOTS:
     void theBrowseEntryShowsAMessageIfTheRepositoryIsNotConfigured();
 
 private:
-    // Opens the menu of a cell, and clicks an entry. If the entry opens a window, returns only after this
-    // window is closed.
+    // Opens the menu of a cell, and clicks an entry. If the entry opens a window, this function returns when
+    // the window is closed.
     void choose(const QString& name, int column, const QString& text)
     {
         withMenu([this, name, column] { shown->click(name, column, Qt::RightButton); },

@@ -66,7 +66,7 @@ void PreparationTest::theComputationRunsOnAWorker()
         QThread::msleep(300);
     });
     QVERIFY(thread != nullptr && thread != QThread::currentThread());
-    QVERIFY2(served, "the window served no events in the meantime");
+    QVERIFY2(served, "the event loop handled no events during the computation");
 }
 
 void PreparationTest::thePreparedOrderEqualsTheOrderOfTheTable_data()

@@ -30,9 +30,9 @@ protected:
     // Markup that every window must show as plain text.
     static constexpr char markup[] = "<b>bold</b> &amp; <img src=x> <script>alert(1)</script>";
 
-    // Opens the description of a record, and calls use() with its window.
+    // Opens the description of a record, and calls use() with the opened dialog.
     void describe(const QString& name, const std::function<void(Dialog&)>& use);
-    // Replaces all records by one package with the name "it" and these attributes.
+    // Replaces all records by one available or installed package with the name "it" and these attributes.
     void available(const QJsonObject& attributes);
     void installed(const QJsonObject& attributes);
     void repo(const QString& id, const QString& name, const QString& urls, const QString& mirrorList);

@@ -65,7 +65,7 @@ private Q_SLOTS:
     void preparedAndUnpreparedComparisonsListTheSameRecords_data();
     void preparedAndUnpreparedComparisonsListTheSameRecords();
     void preparedComparisonsAreValidForEveryStateFilter();
-    void theProxyDoesNotCompareAPreparedRecordAgain();
+    void theProxyUsesPreparedResultsInsteadOfComparingAgain();
     void aResetOfTheModelDiscardsPreparedResults();
     void theQuickPreparationRefusesAnExpressionWithABackReference();
     void eachRecordIsSearchedOnlyOnceForTheSameSettings();
@@ -82,8 +82,8 @@ private Q_SLOTS:
     void buildTimesAreComparedAsSigned32BitIntegers();
     void rowsWithEqualValuesAreSortedByName_data();
     void rowsWithEqualValuesAreSortedByName();
-    void rowsWithASortKeyAreOrderedByThisKey_data();
-    void rowsWithASortKeyAreOrderedByThisKey();
+    void rowsAreOrderedByTheirSortKeysOrTexts_data();
+    void rowsAreOrderedByTheirSortKeysOrTexts();
     void anInvalidIndexIsSortedBeforeEveryRow();
     void allListedUpdatesCanBeMarked();
     void replacedPackagesAreNotMarkedWithTheListedUpdates();
@@ -280,8 +280,8 @@ void SortFilterProxyModelTest::aDotMatchesAnyLetter()
 
 void SortFilterProxyModelTest::anExpressionMatchesAcrossColumns()
 {
-    // The Size column follows the Architecture column. It shows 5000 bytes as "4.9Kb", and 1000 bytes as
-    // "1.0Kb".
+    // The Size column follows the Architecture column. The Size column shows 5000 bytes as "4.9Kb", and 1000
+    // bytes as "1.0Kb".
     QCOMPARE(listed("noarch 4"), QStringList{"editor"});
     QCOMPARE(listed("noarch 1"), QStringList());
     QCOMPARE(listed("i686 1"), QStringList{"lib"});
@@ -462,7 +462,7 @@ void SortFilterProxyModelTest::aSearchWithoutMatchesReportsWhetherOnlyTheLetterC
         QCOMPARE(listed(expression), QStringList());
         QVERIFY2(proxy->matchesIgnoringCase(), expression);
     }
-    // If no search was prepared, only words are compared.
+    // If no search was prepared, matchesIgnoringCase() compares only words.
     for (const char* expression : {"SHELLS", "NOARCH 4", "^SHELL"}) {
         QCOMPARE(listed(expression), QStringList());
         QVERIFY2(!proxy->matchesIgnoringCase(), expression);
@@ -572,7 +572,7 @@ void SortFilterProxyModelTest::preparedComparisonsAreValidForEveryStateFilter()
     QCOMPARE(listed("^editor "), QStringList{"editor"});
 }
 
-void SortFilterProxyModelTest::theProxyDoesNotCompareAPreparedRecordAgain()
+void SortFilterProxyModelTest::theProxyUsesPreparedResultsInsteadOfComparingAgain()
 {
     proxy->setMode(Search);
     readTexts();
@@ -850,12 +850,12 @@ void SortFilterProxyModelTest::rowsWithEqualValuesAreSortedByName()
     QCOMPARE(inOrder(column, Qt::DescendingOrder), expected);
 }
 
-void SortFilterProxyModelTest::rowsWithASortKeyAreOrderedByThisKey_data()
+void SortFilterProxyModelTest::rowsAreOrderedByTheirSortKeysOrTexts_data()
 {
     rowsWithEqualValuesAreSortedByName_data();
 }
 
-void SortFilterProxyModelTest::rowsWithASortKeyAreOrderedByThisKey()
+void SortFilterProxyModelTest::rowsAreOrderedByTheirSortKeysOrTexts()
 {
     QFETCH(int, column);
     table->entry("tool").action = Package::Remove;

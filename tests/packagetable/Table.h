@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A stand-in for the back end, which makes the records of a package table, and functions that read a table.
+// The records of a package table, which the back end makes with a stand-in script, and functions that read a
+// table.
 
 #ifndef TESTS_PACKAGETABLE_TABLE_H
 #define TESTS_PACKAGETABLE_TABLE_H
@@ -122,8 +123,8 @@ inline QStringList sortedNames(const QAbstractItemModel& model)
 }
 
 // Returns the names of the rows in the recorded dataChanged() signals, in the order of the signals, and
-// clears the record. A signal must cover only one Action cell. For any other signal, the list contains a text
-// that is no name, so the comparison fails.
+// removes these signals. A signal must cover only one Action cell. For any other signal, the list contains a
+// text that is no name, so the comparison fails.
 inline QStringList changed(QSignalSpy& dataChanged)
 {
     QStringList found;

@@ -54,7 +54,7 @@ private Q_SLOTS:
     void aSignalReportsAChangeOfTheCurrentRow();
     void noSignalIsEmittedIfOnlyTheCurrentColumnChanges();
     void aSignalReportsMinusOneIfTheCurrentRowIsFilteredOut();
-    void theSelectedRowsFunctionReturnsIndexesOfTheSourceModel();
+    void theSelectedRowsAreIndexesOfTheSourceModel();
     void theSpaceKeySelectsTheNextActionOfTheCurrentRow();
     void aHeldSpaceKeyChangesTheActionOnce();
     void theTabKeyMovesTheFocusOutOfTheTable();
@@ -74,7 +74,7 @@ private Q_SLOTS:
     void aRightClickBelowTheRowsOpensTheMenuWithoutActions();
     void aRightClickOnTheHeaderOpensNoMenu();
     void theMenuKeyOpensTheMenuOfTheCurrentCell();
-    void theDescribeFunctionDescribesTheCurrentRow();
+    void theViewDescribesTheCurrentRow();
     void theEnterKeyDescribesTheCurrentRow();
     void aDoubleClickDescribesTheRow();
     void eachOfSeveralQuickClicksOnAnActionCellChangesTheAction_data();
@@ -330,7 +330,7 @@ void ViewTest::aSignalReportsMinusOneIfTheCurrentRowIsFilteredOut()
     QCOMPARE(spy.value(0), (QList<QVariant>{table->row("tool"), -1}));
 }
 
-void ViewTest::theSelectedRowsFunctionReturnsIndexesOfTheSourceModel()
+void ViewTest::theSelectedRowsAreIndexesOfTheSourceModel()
 {
     QCOMPARE(view->selectedRows(), QModelIndexList());
     shown->select({"tool", "editor"});
@@ -373,7 +373,7 @@ void ViewTest::aHeldSpaceKeyChangesTheActionOnce()
     send(QEvent::KeyRelease, false);
     QCOMPARE(table->entry("tool").action, Package::Update);
     QCOMPARE(changed.count(), 1);
-    // A key press after the release has its effect again.
+    // After the release, the next key press changes the action again.
     send(QEvent::KeyPress, false);
     send(QEvent::KeyRelease, false);
     QCOMPARE(table->entry("tool").action, Package::Remove);
@@ -671,7 +671,7 @@ void ViewTest::theMenuKeyOpensTheMenuOfTheCurrentCell()
     QCOMPARE(table->entry("shell").action, Package::None);
 }
 
-void ViewTest::theDescribeFunctionDescribesTheCurrentRow()
+void ViewTest::theViewDescribesTheCurrentRow()
 {
     view->describe(); // no row is current, so no dialog opens, and the function returns at once
     QVERIFY(view->findChildren<QDialog*>().isEmpty());
