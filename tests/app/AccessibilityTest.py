@@ -126,7 +126,7 @@ class AccessibilityTest(unittest.TestCase):
         self.assertEqual([table.getAccessibleAt(0, column).name for column in (0, 1, 4)],
                          ['LSA-1', 'security', 'Not Installed'])
 
-    def test_repository_editor_and_its_form_are_usable_with_keyboard_and_screen_reader(self):
+    def test_the_repository_editor_and_its_form_are_usable_with_a_keyboard_and_a_screen_reader(self):
         driver.key('ctrl+e')
         editor = self.program.window('VYRE Repository Configuration Editor')
         editor.wait_settled()

@@ -69,7 +69,7 @@ class InstallTest(unittest.TestCase):
 
     # The places of the files
 
-    def test_program_is_executable(self):
+    def test_the_program_is_executable(self):
         self.assertTrue(os.access(self.place('usr/bin/vyre'), os.X_OK))
 
     def test_the_share_directory_is_installed_without_the_source_drawings_of_its_icons(self):
@@ -122,10 +122,10 @@ class InstallTest(unittest.TestCase):
         drawing = ElementTree.parse(self.place('usr/share/icons/hicolor/scalable/apps/vyre.svg')).getroot()
         self.assertEqual(drawing.tag, '{http://www.w3.org/2000/svg}svg')
 
-    def test_desktop_entry_is_valid(self):
+    def test_the_desktop_entry_is_valid(self):
         self.check_silent('desktop-file-validate', '--no-hints', self.place(DESKTOP))
 
-    def test_commands_and_icon_of_the_desktop_entry_are_installed(self):
+    def test_the_commands_and_the_icon_of_the_desktop_entry_are_installed(self):
         entry = configparser.ConfigParser(interpolation=None)
         entry.optionxform = str
         entry.read(self.place(DESKTOP))
@@ -136,7 +136,7 @@ class InstallTest(unittest.TestCase):
         name = entry['Desktop Entry']['Icon']
         self.assertTrue(os.path.exists(self.place('usr/share/icons/hicolor/48x48/apps', name + '.png')))
 
-    def test_metainfo_is_valid(self):
+    def test_the_metainfo_is_valid(self):
         done = subprocess.run(['appstreamcli', 'validate', '--no-net', '--no-color', self.place(METAINFO)],
                               stdout=subprocess.PIPE, universal_newlines=True)
         self.assertEqual(done.returncode, 0, done.stdout)
@@ -147,17 +147,17 @@ class InstallTest(unittest.TestCase):
         self.assertLessEqual(set(found), {'cid-maybe-not-rdns', 'developer-name-tag-deprecated',
                                           'developer-info-missing'}, done.stdout)
 
-    def test_metainfo_names_the_installed_files(self):
+    def test_the_metainfo_names_the_installed_files(self):
         component = ElementTree.parse(self.place(METAINFO)).getroot()
         self.assertEqual(component.findtext('launchable'), os.path.basename(DESKTOP))
         self.assertEqual(component.findtext('id') + '.desktop', os.path.basename(DESKTOP))
         for binary in component.iter('binary'):
             self.assertTrue(os.access(self.place('usr/bin', binary.text), os.X_OK), binary.text)
 
-    def test_policy_is_valid(self):
+    def test_the_policy_is_valid(self):
         self.check_silent('xmllint', '--noout', '--nonet', '--dtdvalid', POLICY_DTD, self.place(POLICY))
 
-    def test_policy_demands_an_administrator_password_for_vyre_admin_and_passes_the_display_on(self):
+    def test_the_policy_demands_an_administrator_password_for_vyre_admin_and_passes_the_display_on(self):
         action, = ElementTree.parse(self.place(POLICY)).getroot().findall('action')
         notes = {note.get('key'): note.text for note in action.findall('annotate')}
         path = notes['org.freedesktop.policykit.exec.path']
@@ -174,7 +174,7 @@ class InstallTest(unittest.TestCase):
             self.assertEqual((done.returncode, done.stderr), (0, ''), name)
             self.assertIn(name[:-2].upper() + '(8)', done.stdout)
 
-    def test_licence_file_contains_the_licence_that_metainfo_and_readme_name(self):
+    def test_the_licence_file_contains_the_licence_that_metainfo_and_readme_name(self):
         self.assertTrue(self.read(LICENSE).lstrip().startswith('GNU GENERAL PUBLIC LICENSE'))
         self.assertIn('Version 2, June 1991', self.read(LICENSE))
         self.assertIn('either version 2 of the License, or', self.read(LICENSE))

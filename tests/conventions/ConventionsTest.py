@@ -102,15 +102,15 @@ class ConventionsTest(unittest.TestCase):
     def test_nothing_is_reported_in_a_project_that_follows_all_rules(self):
         self.assertEqual(self.found(status=0), [])
 
-    def test_include_guard_with_a_wrong_name_is_reported(self):
+    def test_an_include_guard_with_a_wrong_name_is_reported(self):
         self.write('low/Thing.h', self.read('low/Thing.h').replace('LOW_THING_H', 'THING_H'))
         self.assertEqual(self.found(), ['low/Thing.h:3: the include guard is not LOW_THING_H'])
 
-    def test_missing_include_guard_is_reported(self):
+    def test_a_missing_include_guard_is_reported(self):
         self.write('low/Thing.h', '// A thing.\n')
         self.assertEqual(self.found(), ['low/Thing.h:1: the include guard LOW_THING_H is missing'])
 
-    def test_header_without_a_comment_is_reported(self):
+    def test_a_header_without_a_comment_is_reported(self):
         self.change('low/Thing.h', '// A thing.\n\n', '')
         self.assertEqual(self.found(), ['low/Thing.h:1: the header does not begin with a comment about its purpose'])
 
@@ -138,29 +138,29 @@ class ConventionsTest(unittest.TestCase):
                 self.assertEqual(len(found), 1, found)
                 self.assertTrue(found[0].startswith('low/Thing.cpp:3: Qt\'s keyword "{}"'.format(word)), found)
 
-    def test_include_from_a_higher_folder_is_reported(self):
+    def test_an_include_from_a_higher_folder_is_reported(self):
         self.change('low/Thing.cpp', '#include <QLabel>', '#include "high/Window.h"')
         self.assertEqual(self.found(), ['low/Thing.cpp:3: a circular include: high/Window -> low/Thing -> high/Window',
                                         'low/Thing.cpp:3: low does not link the folder of "high/Window.h"'])
 
-    def test_include_from_the_tests_is_reported(self):
+    def test_an_include_from_the_tests_is_reported(self):
         self.write('tests/low/Made.h', '// Made.\n\n#ifndef TESTS_LOW_MADE_H\n#define TESTS_LOW_MADE_H\n#endif\n')
         self.change('low/Thing.cpp', '#include <QLabel>', '#include "tests/low/Made.h"')
         self.assertEqual(self.found(), ['low/Thing.cpp:3: low does not link the folder of "tests/low/Made.h"'])
 
-    def test_link_to_a_higher_folder_is_reported(self):
+    def test_a_link_to_a_higher_folder_is_reported(self):
         self.change('low/CMakeLists.txt', 'Qt5::Widgets', 'vyre_high')
         self.assertEqual(self.found(), ['low/CMakeLists.txt:1: low links high, which is above it'])
 
-    def test_include_from_a_folder_that_is_not_linked_is_reported(self):
+    def test_an_include_from_a_folder_that_is_not_linked_is_reported(self):
         self.change('high/CMakeLists.txt', 'LINKS vyre_low', 'LINKS Qt5::Widgets')
         self.assertEqual(self.found(), ['high/Window.h:6: high does not link the folder of "low/Thing.h"'])
 
-    def test_include_path_that_does_not_begin_at_the_project_root_is_reported(self):
+    def test_an_include_path_that_does_not_begin_at_the_project_root_is_reported(self):
         self.change('low/Thing.cpp', '#include <QLabel>', '#include "Thing.h"')
         self.assertEqual(self.found(), ['low/Thing.cpp:3: includes are named from the root: "Thing.h"'])
 
-    def test_include_of_a_missing_header_is_reported(self):
+    def test_an_include_of_a_missing_header_is_reported(self):
         self.change('low/Thing.cpp', '#include <QLabel>', '#include "low/Gone.h"')
         self.assertEqual(self.found(), ['low/Thing.cpp:3: "low/Gone.h" does not exist'])
 
@@ -186,12 +186,12 @@ class ConventionsTest(unittest.TestCase):
         self.change('low/Thing.h', 'class Thing', '#include "low/Other.h"\n\nclass Thing')
         self.assertEqual(self.found(), finding)
 
-    def test_window_class_that_includes_a_python_header_is_reported(self):
+    def test_a_window_class_that_includes_a_python_header_is_reported(self):
         self.change('high/Window.cpp', '#include "high/Window.h"\n',
                     '#include "high/Window.h"\n\n#include <Python.h>\n')
         self.assertEqual(self.found(), ['high/Window.cpp:3: <Python.h> is for python and yumio only'])
 
-    def test_window_class_that_includes_a_python_header_indirectly_is_reported(self):
+    def test_a_window_class_that_includes_a_python_header_indirectly_is_reported(self):
         for folder, links in (('python', 'Python'), ('yumio', 'vyre_python')):
             self.write(folder + '/CMakeLists.txt',
                        'vyre_library(vyre_{}\n    SOURCES\n    LINKS {})\n'.format(folder, links))
@@ -211,11 +211,11 @@ class ConventionsTest(unittest.TestCase):
         self.assertEqual(self.found(), ['high/Window.cpp:3: "yumio/Yumio.h" includes <Python.h>, '
                                         'which is for python and yumio only'])
 
-    def test_source_file_that_does_not_include_its_own_header_first_is_reported(self):
+    def test_a_source_file_that_does_not_include_its_own_header_first_is_reported(self):
         self.write('low/Thing.cpp', '#include <QLabel>\n\n#include "low/Thing.h"\n')
         self.assertEqual(self.found(), ['low/Thing.cpp:1: the first include is not "low/Thing.h"'])
 
-    def test_folder_diagram_that_differs_from_the_linked_folders_is_reported(self):
+    def test_a_folder_diagram_that_differs_from_the_linked_folders_is_reported(self):
         self.write('docs/architecture.md', 'The links:\n\n```mermaid\nflowchart TD\n    high --> low\n```\n')
         self.assertEqual(self.found(status=0), [])
         differ = 'docs/architecture.md:3: the diagram and the build file differ: '
@@ -224,32 +224,32 @@ class ConventionsTest(unittest.TestCase):
         self.write('docs/architecture.md', 'No links.\n')
         self.assertEqual(self.found(), ['docs/architecture.md:1: the diagram of the folders is missing'])
 
-    def test_const_that_follows_its_type_is_reported(self):
+    def test_a_const_that_follows_its_type_is_reported(self):
         self.change('high/Window.cpp', 'const QString& text', 'QList<QString> const& text')
         self.assertEqual(self.found(), ['high/Window.cpp:3: "const" is behind its type: write "const X&"'])
 
-    def test_number_conversion_without_static_cast_is_reported(self):
+    def test_a_number_conversion_without_static_cast_is_reported(self):
         self.change('high/Window.cpp', 'Q_EMIT filled();', 'Q_EMIT filled(int(sizeof text));')
         self.assertEqual(self.found(), ['high/Window.cpp:13: write static_cast<int>(...)'])
 
-    def test_source_file_that_no_target_builds_is_reported(self):
+    def test_a_source_file_that_no_target_builds_is_reported(self):
         self.change('low/CMakeLists.txt', 'Thing.cpp', '# Thing.cpp')
         self.assertEqual(self.found(), ['low/Thing.cpp:1: low/CMakeLists.txt does not name it'])
 
-    def test_unregistered_test_source_is_reported(self):
+    def test_an_unregistered_test_source_is_reported(self):
         self.write('tests/low/CMakeLists.txt', '# vyre_test(Thing LINKS vyre_low)\n')
         self.assertEqual(self.found(), ['tests/low/ThingTest.cpp:1: tests/low/CMakeLists.txt does not name it'])
 
-    def test_unregistered_journey_is_reported(self):
+    def test_an_unregistered_journey_is_reported(self):
         self.write('tests/journeys/test_second.py', 'pass\n')
         self.assertEqual(self.found(),
                          ['tests/journeys/test_second.py:1: tests/journeys/CMakeLists.txt does not name it'])
 
-    def test_class_without_a_test_is_reported(self):
+    def test_a_class_without_a_test_is_reported(self):
         os.remove(os.path.join(self.root, 'tests/low/ThingTest.cpp'))
         self.assertEqual(self.found(), ['low/Thing.h:1: tests/low/ThingTest.cpp is missing'])
 
-    def test_class_is_accepted_if_each_of_several_tests_covers_one_of_its_subjects(self):
+    def test_a_class_is_accepted_if_each_of_several_tests_covers_one_of_its_subjects(self):
         os.rename(os.path.join(self.root, 'tests/low/ThingTest.cpp'),
                   os.path.join(self.root, 'tests/low/ThingColourTest.cpp'))
         self.write('tests/low/CMakeLists.txt', 'vyre_test(ThingColour LINKS vyre_low)\n')
@@ -260,12 +260,12 @@ class ConventionsTest(unittest.TestCase):
                    '// A colour.\n\n#ifndef LOW_THINGCOLOUR_H\n#define LOW_THINGCOLOUR_H\n\n#endif\n')
         self.assertEqual(self.found(), ['low/Thing.h:1: tests/low/ThingTest.cpp is missing'])
 
-    def test_test_source_for_a_missing_class_is_reported(self):
+    def test_a_test_source_for_a_missing_class_is_reported(self):
         self.write('tests/low/GoneTest.cpp', '#include <QtTest>\n')
         self.write('tests/low/CMakeLists.txt', 'vyre_test(Thing LINKS vyre_low)\nvyre_test(Gone LINKS vyre_low)\n')
         self.assertEqual(self.found(), ['tests/low/GoneTest.cpp:1: the class that it tests is missing'])
 
-    def test_text_without_tr_is_reported(self):
+    def test_a_text_without_tr_is_reported(self):
         for before, after, text in (('new PlainLabel(tr("Heading"))', 'new PlainLabel("Heading")', '"Heading"'),
                                     (': tr("Narrow")', ': QStringLiteral("Narrow")', '"Narrow"'),
                                     ('setObjectName("value")', 'setToolTip(QStringLiteral("A value"))', '"A value"')):
@@ -277,7 +277,7 @@ class ConventionsTest(unittest.TestCase):
                 self.assertTrue(found[0].endswith(': a text that a user reads does not go through tr(): ' + text),
                                 found)
 
-    def test_label_class_that_interprets_markup_is_reported(self):
+    def test_a_label_class_that_interprets_markup_is_reported(self):
         for before, after, line in (('new PlainLabel(tr("Heading"))', 'new QLabel(tr("Heading"))', 6),
                                     ('auto* value = new PlainLabel;', 'QLabel value(text);', 7),
                                     ('auto* value = new PlainLabel;', 'auto value = std::make_unique<QLabel>();', 7),
@@ -292,7 +292,7 @@ class ConventionsTest(unittest.TestCase):
         self.change('high/Window.h', '#endif', 'class QLabel;\nvoid fill(const QList<QLabel*>& labels);\n\n#endif')
         self.assertEqual(self.found(status=0), [])
 
-    def test_message_box_class_that_interprets_markup_is_reported(self):
+    def test_a_message_box_class_that_interprets_markup_is_reported(self):
         message = 'a message box that may show a foreign text as markup: use HMessageBox'
         self.change('high/Window.cpp', 'tr("It failed.")', 'tr("%1 failed.").arg(text)')
         self.assertEqual(self.found(), ['high/Window.cpp:12: ' + message])
@@ -303,7 +303,7 @@ class ConventionsTest(unittest.TestCase):
         self.change('high/Window.cpp', box, '    HMessageBox box(QMessageBox::Critical, tr("Error"), text);\n')
         self.assertEqual(self.found(status=0), [])
 
-    def test_tool_tip_or_title_set_without_the_literal_class_is_reported(self):
+    def test_a_tool_tip_or_title_that_is_set_without_the_literal_class_is_reported(self):
         for call, wrapped in (('value->setToolTip(text);', 'value->setToolTip(Literal::toolTip(text));'),
                               ('setToolTip(tr("In %1").arg(text));', 'setToolTip(tr("Here"));'),
                               ('box.setWindowTitle(text);', 'box.setWindowTitle(Literal::title(text));'),
@@ -322,16 +322,16 @@ class ConventionsTest(unittest.TestCase):
                 self.change('high/Window.cpp', call, wrapped)
                 self.assertEqual(self.found(status=0), [])
 
-    def test_comment_about_unfinished_code_is_reported(self):
+    def test_a_comment_about_unfinished_code_is_reported(self):
         word = 'TO' + 'DO'
         self.change('low/Thing.h', '// A thing.', '// A thing. ' + word)
         self.assertEqual(self.found(), ['low/Thing.h:1: a note of something unfinished: ' + word])
 
-    def test_non_executable_script_is_reported(self):
+    def test_a_non_executable_script_is_reported(self):
         os.chmod(os.path.join(self.root, 'tools/go'), 0o644)
         self.assertEqual(self.found(), ['tools/go:1: it has a first line "#!" and is not executable'])
 
-    def test_executable_file_without_an_interpreter_line_is_reported(self):
+    def test_an_executable_file_without_an_interpreter_line_is_reported(self):
         self.write('tools/go', 'true\n')
         self.assertEqual(self.found(), ['tools/go:1: it is executable and has no first line "#!"'])
 
@@ -345,11 +345,11 @@ class ConventionsTest(unittest.TestCase):
                 self.write('tests/journeys/test_first.py', text)
                 self.assertEqual(self.found(), ['tests/journeys/test_first.py:' + finding])
 
-    def test_long_line_of_cpp_is_reported(self):
+    def test_a_long_line_of_cpp_is_reported(self):
         self.change('low/Thing.cpp', '#include <QLabel>', '// ' + 'x' * 108)
         self.assertEqual(self.found(), ['low/Thing.cpp:3: the line has 111 characters; 110 are agreed on'])
 
-    def test_exception_to_a_rule_is_accepted_only_with_a_reason(self):
+    def test_an_exception_to_a_rule_is_accepted_only_with_a_reason(self):
         self.change('high/Window.cpp', 'new PlainLabel(tr("Heading"));',
                     'new QLabel(tr("%1").arg(2)); // convention: a number is no markup')
         self.assertEqual(self.found(status=0), [])

@@ -85,7 +85,7 @@ class AdvisoriesTest(JourneyTest):
             window.wait_action('none', 'abacus-cli')
         self.check_unchanged()
 
-    def test_search_for_an_advisory_lists_its_packages(self):
+    def test_a_search_for_an_advisory_lists_the_packages_of_the_advisory(self):
         with self.opened() as window:
             window.choose(0, 'Search')
             window.wait_ready()

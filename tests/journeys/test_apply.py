@@ -49,7 +49,7 @@ class ApplyTest(JourneyTest):
                 self.assertIn(text, log)
             self.check_changed(new=['chatterbox-1.0-1.noarch'])
 
-    def test_removal_also_removes_an_unused_dependency(self):
+    def test_a_removal_also_removes_an_unused_dependency(self):
         with self.opened() as window:
             window.mark_listed('trellis-editor')
             dialog = window.apply()
@@ -58,7 +58,7 @@ class ApplyTest(JourneyTest):
             self.carry_out(window, dialog)
             self.check_changed(gone=['trellis-editor-1.2-1.x86_64', 'libtrellis-1.2-1.x86_64'])
 
-    def test_removal_also_removes_dependent_packages(self):
+    def test_a_removal_also_removes_dependent_packages(self):
         with self.opened() as window:
             window.mark_listed('libtrellis')
             dialog = window.apply()
@@ -72,7 +72,7 @@ class ApplyTest(JourneyTest):
             self.carry_out(window, dialog)
             self.check_changed(gone=['trellis-editor-1.2-1.x86_64', 'libtrellis-1.2-1.x86_64'])
 
-    def test_transaction_with_only_a_removal_downloads_nothing(self):
+    def test_a_transaction_with_only_a_removal_downloads_nothing(self):
         with self.opened() as window:
             window.mark_listed('birch-log')
             dialog = window.apply()
@@ -96,7 +96,7 @@ class ApplyTest(JourneyTest):
             self.carry_out(window)
             self.check_changed(new=['barometer-1.1-2.x86_64'], gone=['barometer-1.0-1.x86_64'])
 
-    def test_installation_of_a_suite_installs_its_members(self):
+    def test_an_installation_of_a_suite_installs_its_members(self):
         with self.opened() as window:
             window.mark_listed('vyre-office-suite')
             dialog = window.apply()
@@ -108,7 +108,7 @@ class ApplyTest(JourneyTest):
             self.check_changed(new=['vyre-office-suite-1.0-1.noarch', 'lectern-slides-2.0-1.x86_64',
                                     'ledger-calc-2.0-1.x86_64', 'scribe-writer-2.0-1.x86_64'])
 
-    def test_update_of_a_suite_installs_its_new_member(self):
+    def test_an_update_of_a_suite_installs_its_new_member(self):
         with self.opened() as window:
             window.mark_listed('vyre-network-suite')
             dialog = window.apply()
@@ -118,7 +118,7 @@ class ApplyTest(JourneyTest):
             self.check_changed(new=['vyre-network-suite-1.1-1.noarch', 'nettle-scan-7.9-1.x86_64'],
                                gone=['vyre-network-suite-1.0-1.noarch'])
 
-    def test_installation_also_installs_weak_dependencies(self):
+    def test_an_installation_also_installs_weak_dependencies(self):
         with self.opened() as window:
             window.mark_listed('orchard')
             dialog = window.apply()
@@ -133,7 +133,7 @@ class ApplyTest(JourneyTest):
                 'libbough-1.1-1.x86_64', 'libtwig-1.0-1.x86_64', 'orchard-3.0-1.x86_64', 'orchard-lang-3.0-1.noarch',
                 'orchard-plugins-3.0-1.noarch', 'orchard-thumbnails-3.0-1.noarch'])
 
-    def test_marked_package_replaces_the_package_that_it_obsoletes(self):
+    def test_a_marked_package_replaces_the_package_that_it_obsoletes(self):
         with self.opened() as window:
             window.mark_listed('newpost')
             dialog = window.apply()
@@ -160,7 +160,7 @@ class ConfiguredTest(JourneyTest):
         with open(os.path.join(self.sandbox.root, 'etc/yum.conf'), 'a') as configuration:
             configuration.write(''.join(line + '\n' for line in lines))
 
-    def test_locked_package_has_no_update(self):
+    def test_a_locked_package_has_no_update(self):
         settings = os.path.join(self.scratch, 'settings')
         os.mkdir(settings)
         for name, lines in (('versionlock.conf', '[main]\nenabled=1\nlocklist={}/locks\n'.format(settings)),
@@ -181,7 +181,7 @@ class ConfiguredTest(JourneyTest):
             window.wait_action('update', 'quillbase')
         self.check_unchanged()
 
-    def test_transaction_changes_nothing_if_tsflags_contains_test(self):
+    def test_a_transaction_changes_nothing_if_tsflags_contains_test(self):
         self.configure('tsflags=test')
         with self.opened() as window:
             window.mark_listed('pergola')
@@ -203,7 +203,7 @@ class ConfiguredTest(JourneyTest):
 class SeveralVersionsTest(JourneyTest):
     """Updates and removals of packages with several installed versions."""
 
-    def test_update_of_a_package_with_two_installed_versions_replaces_both(self):
+    def test_an_update_of_a_package_with_two_installed_versions_replaces_both(self):
         found = glob.glob(os.path.join(self.sandbox.repository('sandbox-updates'), '**', 'abacus-cli-3.3.0-2.*.rpm'),
                           recursive=True)
         self.sandbox.rpm('--install', '--force', '--nosignature', *found)
@@ -218,7 +218,7 @@ class SeveralVersionsTest(JourneyTest):
             self.carry_out(window, dialog)
             self.check_changed(new=['abacus-cli-4.0-0.beta.x86_64'], gone=versions)
 
-    def test_new_kernel_replaces_no_installed_kernel(self):
+    def test_a_new_kernel_does_not_replace_installed_kernels(self):
         with self.opened() as window:
             window.mark_listed('kernel')
             self.assertEqual([row[1] for row in window.rows()], ['6.1.31-1 *'])
@@ -230,7 +230,7 @@ class SeveralVersionsTest(JourneyTest):
             window.wait_names(['kernel'])
             self.assertEqual([row[1:3] for row in window.rows()], [('6.1.31-1 *', '@System')])
 
-    def test_removal_of_a_package_with_two_installed_versions_removes_both(self):
+    def test_a_removal_of_a_package_with_two_installed_versions_removes_both(self):
         with self.opened() as window:
             window.mark_listed('kernel', clicks=2)
             window.wait_action('remove', 'kernel')

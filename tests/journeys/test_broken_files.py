@@ -40,42 +40,42 @@ class ScriptTest(StartTest):
             self.assertEqual(self.locks(), [])
             self.assertEqual(program.left_over(), [])
 
-    def test_missing_script_is_reported(self):
+    def test_a_missing_script_is_reported(self):
         self.check_ends(None, ['Internal error: unable to open YumIO.py'])
 
-    def test_empty_script_is_reported(self):
+    def test_an_empty_script_is_reported(self):
         self.check_ends('', ['Internal error: cannot find python YumIO'])
 
-    def test_syntax_error_in_the_script_is_reported(self):
+    def test_a_syntax_error_in_the_script_is_reported(self):
         self.check_ends('def broken(:\n', [UNEXPECTED, 'Internal error: unable to execute YumIO.py'],
                         'File "YumIO.py", line 1', 'SyntaxError')
 
-    def test_exception_while_the_script_is_loaded_is_reported(self):
+    def test_an_exception_while_the_script_is_loaded_is_reported(self):
         self.check_ends('raise RuntimeError("the reason")\n',
                         [UNEXPECTED, 'Internal error: unable to execute YumIO.py'], 'RuntimeError: the reason')
 
-    def test_missing_module_is_reported(self):
+    def test_a_missing_module_is_reported(self):
         self.check_ends('import no_such_module\n', [UNEXPECTED, 'Internal error: unable to execute YumIO.py'],
                         'No module named \'no_such_module\'')
 
-    def test_exit_call_while_the_script_is_loaded_is_reported(self):
+    def test_an_exit_call_while_the_script_is_loaded_is_reported(self):
         self.check_ends('import sys\nsys.exit(3)\n', [UNEXPECTED, 'Internal error: unable to execute YumIO.py'],
                         'SystemExit: 3')
 
-    def test_exit_call_while_the_script_object_is_created_is_reported(self):
+    def test_an_exit_call_while_the_script_object_is_created_is_reported(self):
         self.check_ends('import sys, yumIOC\n'
                         'class YumIO:\n'
                         '    def __init__(self):\n'
                         '        yumIOC.errorlog(0, "the reason")\n'
                         '        sys.exit(3)\n', ['the reason\nUnable to initialize'])
 
-    def test_exception_while_the_script_object_is_created_is_reported(self):
+    def test_an_exception_while_the_script_object_is_created_is_reported(self):
         self.check_ends('class YumIO:\n'
                         '    def __init__(self):\n'
                         '        raise ValueError("the reason")\n',
                         [UNEXPECTED, 'Internal error: cannot create python yumIO'], 'ValueError: the reason')
 
-    def test_script_object_without_a_dnf_base_is_reported(self):
+    def test_a_script_object_without_a_dnf_base_is_reported(self):
         self.check_ends('class YumIO:\n    pass\n', [UNEXPECTED, 'Internal error: yumIO.base not evaluable'],
                         'AttributeError')
 
@@ -99,28 +99,28 @@ class ConfigurationTest(StartTest):
             self.check_usable(window)
             self.quit(window)
 
-    def test_missing_main_configuration_file_is_reported(self):
+    def test_a_missing_main_configuration_file_is_reported(self):
         path = self.path('etc/yum.conf')
         os.unlink(path)
         self.check_message('Unable to read yum configuration file', path, 2, 'No such file or directory')
 
-    def test_directory_in_place_of_the_main_configuration_file_is_reported(self):
+    def test_a_directory_in_place_of_the_main_configuration_file_is_reported(self):
         path = self.path('etc/yum.conf')
         os.unlink(path)
         os.mkdir(path)
         self.check_message('Error reading repository configuration file', path, 21, 'Is a directory')
 
-    def test_main_configuration_file_without_read_permission_is_reported(self):
+    def test_a_main_configuration_file_without_read_permission_is_reported(self):
         path = self.path('etc/yum.conf')
         os.chmod(path, 0)
         with self.unprivileged():
             self.check_message('Unable to read yum configuration file', path, 13, 'Permission denied')
 
-    def test_malformed_section_in_the_main_configuration_file_is_reported(self):
+    def test_a_malformed_section_in_the_main_configuration_file_is_reported(self):
         self.write('etc/yum.conf', '[main]\ngpgcheck=0\n\n[nonsense\n')
         self.check_message('Malformed section name in line:', '[nonsense', 0, 'Success')
 
-    def test_malformed_section_in_a_repository_file_is_reported(self):
+    def test_a_malformed_section_in_a_repository_file_is_reported(self):
         self.write('etc/yum.repos.d/broken.repo', '[broken\nname=Broken\nbaseurl=file:///nonexistent/\n')
         self.check_message('Malformed section name in line:', '[broken', 0, 'Success')
 
@@ -136,22 +136,22 @@ class ConfigurationTest(StartTest):
             self.quit(window)
         self.assertTrue(os.path.lexists(path))
 
-    def test_repository_file_that_is_a_broken_link_is_neither_read_nor_changed(self):
+    def test_a_repository_file_that_is_a_broken_link_is_neither_read_nor_changed(self):
         path = self.path('etc/yum.repos.d/broken.repo')
         os.symlink('/nonexistent/file', path)
         self.check_left_alone(path, 'it is a broken link')
 
-    def test_repository_file_that_is_a_link_to_itself_is_neither_read_nor_changed(self):
+    def test_a_repository_file_that_is_a_link_to_itself_is_neither_read_nor_changed(self):
         path = self.path('etc/yum.repos.d/broken.repo')
         os.symlink('broken.repo', path)
         self.check_left_alone(path, 'it is a broken link')
 
-    def test_repository_file_that_is_a_pipe_is_neither_read_nor_changed(self):
+    def test_a_repository_file_that_is_a_pipe_is_neither_read_nor_changed(self):
         path = self.path('etc/yum.repos.d/broken.repo')
         os.mkfifo(path)
         self.check_left_alone(path, 'it is not a regular file')
 
-    def test_repository_file_that_is_a_socket_is_neither_read_nor_changed(self):
+    def test_a_repository_file_that_is_a_socket_is_neither_read_nor_changed(self):
         path = self.path('etc/yum.repos.d/broken.repo')
         made = socket.socket(socket.AF_UNIX)
         self.addCleanup(made.close)
@@ -161,25 +161,25 @@ class ConfigurationTest(StartTest):
         made.bind('/proc/self/fd/{}/broken.repo'.format(short))
         self.check_left_alone(path, 'it is not a regular file')
 
-    def test_repository_file_without_read_permission_is_reported(self):
+    def test_a_repository_file_without_read_permission_is_reported(self):
         path = self.write('etc/yum.repos.d/broken.repo', '[broken]\nenabled=0\n')
         os.chmod(path, 0)
         with self.unprivileged():
             self.check_message('Unable to read repository configuration file', path, 13, 'Permission denied')
 
-    def test_repository_file_with_a_read_error_is_reported(self):
+    def test_a_repository_file_with_a_read_error_is_reported(self):
         path = self.path('etc/yum.repos.d/broken.repo')
         os.symlink('/proc/self/mem', path)
         self.check_message('Error reading repository configuration file', path, 5, 'Input/output error')
 
-    def test_directory_with_the_name_of_a_repository_file_is_ignored(self):
+    def test_a_directory_with_the_name_of_a_repository_file_is_ignored(self):
         os.mkdir(self.path('etc/yum.repos.d/directory.repo'))
         with self.program() as program:
             window = program.ready()
             self.check_usable(window)
             self.quit(window)
 
-    def test_repository_file_of_random_bytes_is_reported(self):
+    def test_a_repository_file_of_random_bytes_is_reported(self):
         with open(self.path('etc/yum.repos.d/nonsense.repo'), 'wb') as stream:
             stream.write(bytes(byte for byte in range(256) if byte != ord('[')) * 100)
         with self.program() as program:
@@ -188,7 +188,7 @@ class ConfigurationTest(StartTest):
             self.assertIn('nonsense.repo', self.read_log(window))
             self.quit(window)
 
-    def test_main_configuration_file_that_dnf_cannot_parse_is_reported(self):
+    def test_a_main_configuration_file_that_dnf_cannot_parse_is_reported(self):
         path = self.write('etc/yum.conf', 'nonsense\n')
         with self.program() as program:
             window = program.ready()

@@ -34,7 +34,7 @@ class RepositoriesTest(StartTest):
             self.check_refresh_helps(window)
             self.quit(window)
 
-    def test_session_without_enabled_repositories_is_reported(self):
+    def test_a_session_without_enabled_repositories_is_reported(self):
         with self.program('--disablerepo=*') as program:
             text = self.message(program, YUM_ERROR)
             self.assertEqual(text, 'No repositories are enabled.' + ADVICE)
@@ -47,7 +47,7 @@ class RepositoriesTest(StartTest):
             self.check_nothing_listed(window)
             self.quit(window)
 
-    def test_unreachable_repository_is_skipped_if_its_settings_allow_this(self):
+    def test_an_unreachable_repository_is_skipped_if_its_settings_allow_this(self):
         with self.program() as program:
             window = program.ready()
             self.check_usable(window)
@@ -57,7 +57,7 @@ class RepositoriesTest(StartTest):
                 self.assertIn(text, log)
             self.quit(window)
 
-    def test_unreachable_repository_is_reported_if_its_settings_forbid_skipping(self):
+    def test_an_unreachable_repository_is_reported_if_its_settings_forbid_skipping(self):
         path = self.add('gone', baseurl='http://127.0.0.1:9/gone/', retries=1, timeout=2)
         with self.program() as program:
             self.refuse_without(program, 'gone', "Failed to download metadata for repo 'gone'")
@@ -69,7 +69,7 @@ class RepositoriesTest(StartTest):
             self.check_refresh_helps(window)
             self.quit(window)
 
-    def test_disabled_unreachable_repository_is_ignored(self):
+    def test_a_disabled_unreachable_repository_is_ignored(self):
         self.add('gone', baseurl='http://127.0.0.1:9/gone/', retries=1, timeout=2)
         with self.program('--disablerepo=gone') as program:
             window = program.ready()
@@ -77,7 +77,7 @@ class RepositoriesTest(StartTest):
             self.assertNotIn("'gone'", self.read_log(window))
             self.quit(window)
 
-    def test_repository_without_a_url_is_reported(self):
+    def test_a_repository_without_a_url_is_reported(self):
         path = self.add('nowhere')
         with self.program() as program:
             self.refuse_without(program, 'nowhere', 'nowhere')
@@ -135,24 +135,24 @@ class MetadataTest(StartTest):
         self.sandbox.server.faults[path] = fault
         self.check_fails(lambda: self.sandbox.server.faults.pop(path), 'sandbox-http', "repo 'sandbox-http'", *texts)
 
-    def test_truncated_repomd_is_reported(self):
+    def test_a_truncated_repomd_is_reported(self):
         self.check_fault(REPOMD, server.truncated(100), 'partial file')
 
-    def test_corrupted_repomd_is_reported(self):
+    def test_a_corrupted_repomd_is_reported(self):
         self.check_fault(REPOMD, server.corrupted(), 'repomd.xml parser error')
 
-    def test_missing_repomd_is_reported(self):
+    def test_a_missing_repomd_is_reported(self):
         self.check_fault(REPOMD, server.status(404), '404')
 
-    def test_server_error_for_repomd_is_reported(self):
+    def test_a_server_error_for_repomd_is_reported(self):
         self.check_fault(REPOMD, server.status(503), '503')
 
-    def test_package_list_with_a_wrong_checksum_is_reported(self):
+    def test_a_package_list_with_a_wrong_checksum_is_reported(self):
         directory = os.path.join(self.sandbox.repository('sandbox-http'), 'repodata')
         name, = [name for name in os.listdir(directory) if 'primary.xml' in name]
         self.check_fault('/sandbox-http/repodata/' + name, server.corrupted(), "checksum doesn't match")
 
-    def test_local_repository_without_metadata_is_reported(self):
+    def test_a_local_repository_without_metadata_is_reported(self):
         directory = os.path.join(self.sandbox.repository('sandbox-file'), 'repodata')
         os.rename(directory, directory + '.away')
         self.check_fails(lambda: os.rename(directory + '.away', directory), 'sandbox-file', "repo 'sandbox-file'")
@@ -197,7 +197,7 @@ class MetadataTest(StartTest):
             self.assertEqual(program.wait(), 0)
 
     @needs_groups
-    def test_damaged_history_is_reported(self):
+    def test_a_damaged_history_is_reported(self):
         """One message reports the unreadable states of all groups. The program still lists the groups."""
         path = self.path('var/lib/dnf/history.sqlite')
         for name in os.listdir(os.path.dirname(path)):
@@ -220,7 +220,7 @@ class MetadataTest(StartTest):
             self.check_usable(window)
             self.quit(window)
 
-    def test_broken_package_database_is_reported(self):
+    def test_a_broken_package_database_is_reported(self):
         directory = self.path('var/lib/rpm')
         shutil.copytree(directory, directory + '.away')
         for name in os.listdir(directory):

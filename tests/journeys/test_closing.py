@@ -131,7 +131,7 @@ class ClosingTest(JourneyTest):
             self.check_closed_while_waiting(program, lock)
         self.assertEqual(self.cached(), before)
 
-    def test_cache_cleaning_waits_until_another_process_releases_the_lock(self):
+    def test_cleaning_the_cache_waits_until_another_process_releases_the_lock(self):
         with self.program() as program:
             window = program.ready()
             old = os.path.join(self.sandbox.root, 'var/cache/yum/sandbox-http-0123456789abcdef/packages/old.rpm')
@@ -144,7 +144,7 @@ class ClosingTest(JourneyTest):
             self.assertFalse(os.path.exists(old))
             self.close(window)
 
-    def test_collection_waits_until_another_process_releases_the_lock(self):
+    def test_a_collection_waits_until_another_process_releases_the_lock(self):
         lock = self.cache_lock('metadata')
         with self.program() as program:
             window = program.main()
@@ -176,7 +176,7 @@ class ClosingTest(JourneyTest):
             self.assertEqual(self.locks(), [])
             self.check_unchanged()
 
-    def test_main_window_can_be_closed_while_packages_are_marked(self):
+    def test_the_main_window_can_be_closed_while_packages_are_marked(self):
         with self.program() as program:
             window = program.ready()
             window.show_all()

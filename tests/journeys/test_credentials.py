@@ -260,7 +260,7 @@ class CredentialsDialogTest(CredentialsTest):
         self.check_file('one')
         self.assertEqual(self.server.requests, [])
 
-    def test_program_asks_for_no_credentials_of_disabled_repositories(self):
+    def test_the_program_does_not_ask_for_credentials_of_disabled_repositories(self):
         self.configure()
         with self.program('--disablerepo=t*', '--disablerepo=one') as program:
             self.quit(program.ready())
@@ -281,7 +281,7 @@ class CredentialsDialogTest(CredentialsTest):
 
 class WrongPasswordTest(CredentialsTest):
 
-    def test_error_message_does_not_show_the_wrong_password(self):
+    def test_the_error_message_does_not_show_the_wrong_password(self):
         self.server.users = {NAME: 'another one'}
         # If skip_if_unavailable is off, dnf must report that the repository cannot be read.
         self.write_repo('vantor.repo', '[one]\nbaseurl={}\ngpgcheck=0\n'.format(self.url('one')))

@@ -97,7 +97,7 @@ class ContentTest(DescriptionTest):
             window.program.no_window(files.title)
             self.close_description(window, dialog)
 
-    def test_cell_menu_describes_each_installed_version_of_a_package(self):
+    def test_the_cell_menu_describes_each_installed_version_of_a_package(self):
         with self.opened() as window:
             window.set_filter('^kernel ')
             window.wait_names(['kernel'])
@@ -114,7 +114,7 @@ class ContentTest(DescriptionTest):
             self.assertEqual(labels[first:], expected)
             self.close_description(window, dialog)
 
-    def test_installed_package_is_described(self):
+    def test_an_installed_package_is_described(self):
         with self.opened() as window:
             dialog = self.describe(window, 'gallivant')
             self.check_pairs(dialog, 'Installed', Repository='@System', Relocations='/opt/gallivant',
@@ -132,7 +132,7 @@ class ContentTest(DescriptionTest):
             self.close_description(window, dialog)
 
     @needs_groups
-    def test_group_is_described(self):
+    def test_a_group_is_described(self):
         with self.opened(groups=True) as window:
             dialog = self.describe(window, 'Arts')
             self.assertEqual(dialog.labels(), [
@@ -141,7 +141,7 @@ class ContentTest(DescriptionTest):
             self.assertEqual(dialog.buttons(), ['Close'])
             self.close_description(window, dialog)
 
-    def test_suite_is_described(self):
+    def test_a_suite_is_described(self):
         with self.opened() as window:
             dialog = self.describe(window, 'vyre-games-suite')
             self.check_pairs(dialog, 'Available for installation', Kind='Suite of packages',
@@ -192,7 +192,7 @@ class ContentTest(DescriptionTest):
             return True
         wait_for(look, 'the copied text', 20)
 
-    def test_long_field_value_can_be_selected_and_copied(self):
+    def test_a_long_field_value_can_be_selected_and_copied(self):
         with self.opened() as window:
             dialog = self.describe(window, 'longwinded')
             label = next(label for label in dialog.find_all(driver.pyatspi.ROLE_LABEL)
@@ -222,7 +222,7 @@ class ContentTest(DescriptionTest):
 
     # Closing
 
-    def test_buttons_keys_and_the_window_manager_can_close_the_description(self):
+    def test_the_buttons_keys_and_the_window_manager_can_close_the_description(self):
         with self.opened() as window:
             for name, close in (('orchard', lambda dialog: dialog.click_button('Close')),
                                 ('gallivant', lambda dialog: dialog.press('Escape')),
@@ -275,7 +275,7 @@ class BrowsingTest(DescriptionTest):
                 found.append(path)
         return found
 
-    def test_table_and_description_open_the_url_of_a_repository_in_the_browser(self):
+    def test_the_table_and_the_description_open_the_url_of_a_repository_in_the_browser(self):
         url = self.sandbox.server.url + '/sandbox-http/'
         with self.program(environment=self.environment) as program:
             window = program.ready()
@@ -295,7 +295,7 @@ class BrowsingTest(DescriptionTest):
             self.close_description(window, dialog)
             self.quit(window)
 
-    def test_repository_editor_opens_the_url_of_a_repository_in_the_browser(self):
+    def test_the_repository_editor_opens_the_url_of_a_repository_in_the_browser(self):
         self.write_repo('pages.repo',
                         '[a-several]\nbaseurl=http://127.0.0.1:9/$releasever/$basearch/$arch/\n  http://127.0.0.1:9/b\n'
                         'enabled=0\n\n[b-mirrors]\nmirrorlist=http://127.0.0.1:9/list?a=b&c=d\nenabled=0\n\n'
@@ -320,7 +320,7 @@ class BrowsingTest(DescriptionTest):
             editor.close('OK')
             self.quit(window)
 
-    def test_missing_browser_is_reported(self):
+    def test_a_missing_browser_is_reported(self):
         os.unlink(self.browser)
         with self.program(environment=self.environment) as program:
             window = program.ready()

@@ -149,7 +149,7 @@ class DisplayTest(JourneyTest):
             driver.kill_window(program, driver.main_title())
         self.check_transaction_completes(cut)
 
-    def test_end_of_the_session_does_not_interrupt_a_transaction(self):
+    def test_the_end_of_the_session_does_not_interrupt_a_transaction(self):
         """At the end of a session, the desktop sends signals and closes the display at the same time."""
         def end(program):
             for number in (signal.SIGHUP, signal.SIGTERM):
@@ -157,7 +157,7 @@ class DisplayTest(JourneyTest):
             self.lose(program)
         self.check_transaction_completes(end)
 
-    def test_end_of_the_session_ends_the_idle_program(self):
+    def test_the_end_of_the_session_ends_the_idle_program(self):
         with self.started() as program:
             program.ready()
             for number in (signal.SIGHUP, signal.SIGTERM):

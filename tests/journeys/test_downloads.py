@@ -12,7 +12,7 @@ PERGOLA = '/sandbox-http/pergola-6.1-1.x86_64.rpm'
 
 class DownloadTest(JourneyTest):
 
-    def test_cached_package_is_not_downloaded_again(self):
+    def test_a_cached_package_is_not_downloaded_again(self):
         with open(os.path.join(self.sandbox.root, 'etc/yum.conf'), 'a') as configuration:
             configuration.write('keepcache=1\n')
         size = '{:.1f}Kb'.format(os.path.getsize(self.sandbox.directory + '/http' + PERGOLA) / 1024)
@@ -105,7 +105,7 @@ class FailureTest(JourneyTest):
     def test_package_that_the_server_lacks_is_reported(self):
         self.check_refused(server.status(404), '404', picture='not-on-the-server')
 
-    def test_error_of_the_server_is_reported(self):
+    def test_an_error_of_the_server_is_reported(self):
         self.check_refused(server.status(500), '500')
 
     def test_closed_connection_during_a_download_is_reported(self):
@@ -115,7 +115,7 @@ class FailureTest(JourneyTest):
     def test_package_with_a_wrong_checksum_is_reported(self):
         self.check_refused(server.corrupted(), 'checksum', picture='wrong-bytes')
 
-    def test_dependency_that_the_server_lacks_is_reported(self):
+    def test_a_dependency_that_the_server_lacks_is_reported(self):
         self.sandbox.server.faults['/sandbox-http/libtwig-1.0-1.x86_64.rpm'] = server.status(404)
         with self.opened() as window:
             window.mark_listed('libbough')
@@ -141,7 +141,7 @@ class FailureTest(JourneyTest):
             self.carry_out(window)
             self.check_changed(new=['pergola-6.1-1.x86_64'])
 
-    def test_failure_is_reported_if_the_server_stops_during_the_download(self):
+    def test_a_failure_is_reported_if_the_server_stops_during_the_download(self):
         gate = Gate()
         self.sandbox.server.faults[PERGOLA] = gate
         with self.opened() as window:

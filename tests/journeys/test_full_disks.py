@@ -19,22 +19,22 @@ class DiskTest(StartTest):
             self.read_log(window)
             self.quit(window)
 
-    def test_read_only_managed_root_is_reported(self):
+    def test_a_read_only_managed_root_is_reported(self):
         with self.wrapped('mount --bind "$VYREROOT" "$VYREROOT"; mount -o remount,bind,ro "$VYREROOT"'):
             self.check_no_lock('Read-only file system')
 
-    def test_lock_directory_without_write_permission_is_reported(self):
+    def test_a_lock_directory_without_write_permission_is_reported(self):
         directory = os.path.dirname(self.path(DATABASE_LOCK))
         os.chmod(directory, 0o555)
         with self.unprivileged():
             self.check_no_lock('Permission denied', directory)
 
-    def test_lock_directory_on_a_full_disk_is_reported(self):
+    def test_a_lock_directory_on_a_full_disk_is_reported(self):
         directory = os.path.dirname(self.path(DATABASE_LOCK))
         with self.wrapped('mount -t tmpfs -o size=4k none {0}; printf x > {0}/fill'.format(directory)):
             self.check_no_lock('No space left on device')
 
-    def test_cache_directory_on_a_full_disk_is_reported(self):
+    def test_a_cache_directory_on_a_full_disk_is_reported(self):
         directory = os.path.dirname(self.path('var/cache/yum/x'))
         with self.wrapped('mount -t tmpfs -o size=16k none ' + directory):
             with self.program() as program:
@@ -48,7 +48,7 @@ class DiskTest(StartTest):
                 self.check_refresh_helps(window)
                 self.quit(window)
 
-    def test_program_starts_even_if_the_log_directory_is_on_a_full_disk(self):
+    def test_the_program_starts_even_if_the_log_directory_is_on_a_full_disk(self):
         directory = os.path.dirname(self.path('var/log/x'))
         with self.wrapped('mount -t tmpfs -o size=4k none {0}; printf x > {0}/fill'.format(directory)):
             with self.program() as program:
@@ -56,7 +56,7 @@ class DiskTest(StartTest):
                 self.check_usable(window)
                 self.quit(window)
 
-    def test_missing_managed_root_is_reported(self):
+    def test_a_missing_managed_root_is_reported(self):
         """The user has probably mistyped the path, so the program does not create the directory."""
         root = os.path.join(self.scratch, 'nothing')
         with self.program(environment={'VYREROOT': root}) as program:

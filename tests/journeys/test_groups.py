@@ -17,7 +17,7 @@ class GroupsTest(JourneyTest):
         window.wait_names([name] if listed else [])
 
     @needs_groups
-    def test_group_that_the_user_has_installed_can_be_removed(self):
+    def test_a_group_that_the_user_has_installed_can_be_removed(self):
         members = ['hedgerow-4.0-1.noarch', 'orrery-3.7-1.x86_64', 'pebble-go-1.4-1.x86_64']
         with self.opened('--groups') as window:
             window.mark_listed('Games')
@@ -42,7 +42,7 @@ class GroupsTest(JourneyTest):
             self.check_view(window, 'View Installable', 'Games', True)
 
     @needs_groups
-    def test_group_that_dnf_has_installed_can_be_removed(self):
+    def test_a_group_that_dnf_has_installed_can_be_removed(self):
         with self.opened('--groups') as window:
             window.mark_listed('Arts')
             window.wait_action('remove', 'Arts')
@@ -54,7 +54,7 @@ class GroupsTest(JourneyTest):
             self.check_view(window, 'View Removable', 'Arts', False)
 
     @needs_groups
-    def test_update_of_a_group_updates_its_installed_packages(self):
+    def test_an_update_of_a_group_updates_its_installed_packages(self):
         with self.opened('--groups') as window:
             window.mark_listed('Weaving')
             window.wait_action('update', 'Weaving')
@@ -67,7 +67,7 @@ class GroupsTest(JourneyTest):
             self.check_view(window, 'View Updatable', 'Weaving', False)
 
     @needs_groups
-    def test_conditional_member_is_installed_with_the_group_if_the_required_package_is_installed(self):
+    def test_a_conditional_member_is_installed_with_the_group_if_the_required_package_is_installed(self):
         with self.opened('--groups') as window:
             # The name should be "Office & ...", but libcomps has removed a blank from it.
             window.set_filter('^Office &')
@@ -81,7 +81,7 @@ class GroupsTest(JourneyTest):
                                     'scribe-lexicon-1.0-1.noarch'])
 
     @needs_groups
-    def test_group_is_installed_without_a_member_that_no_repository_has(self):
+    def test_a_group_is_installed_without_a_member_that_no_repository_has(self):
         with self.opened('--groups') as window:
             window.mark_listed('Ghosts')
             dialog = window.apply()

@@ -10,7 +10,7 @@ from journey import driver, wait_for
 
 class HistoryTest(HistoryJourneyTest):
 
-    def test_transaction_with_an_installation_and_an_update_can_be_undone_and_redone(self):
+    def test_a_transaction_with_an_installation_and_an_update_can_be_undone_and_redone(self):
         changed = dict(new=['libbough-1.1-1.x86_64', 'libtwig-1.0-1.x86_64', 'anvil-make-4.2-2.x86_64'],
                        gone=['anvil-make-4.1-1.x86_64'])
         with self.opened() as window:
@@ -64,7 +64,7 @@ class HistoryTest(HistoryJourneyTest):
                          'Applying: OK', 'Not Applying: Canceled'):
                 self.assertIn(text, log)
 
-    def test_rollback_undoes_all_transactions_after_the_chosen_one_and_keeps_the_marks(self):
+    def test_a_rollback_undoes_all_transactions_after_the_chosen_one_and_keeps_the_marks(self):
         with self.opened() as window:
             for name in ('astrolabe', 'loupe'):
                 window.mark_listed(name)

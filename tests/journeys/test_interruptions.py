@@ -32,7 +32,7 @@ class KillInTransactionTest(HistoryJourneyTest):
             wait_for(lambda: program.left_over() == [], 'the end of the scriptlet')
         self.assertNotEqual(self.locks(), [])
 
-    def test_next_start_reports_an_interrupted_installation_and_the_history_window_completes_it(self):
+    def test_the_next_start_reports_an_interrupted_installation_which_the_history_window_can_complete(self):
         self.sandbox.rpm('--erase', 'doorkeeper')
         self.before = self.sandbox.installed()
         self.kill_in_transaction('doorkeeper', 'birch-log', 'pergola')

@@ -37,7 +37,7 @@ class TableTest(EditingTest):
             # The keys move the current row, so the next key continues from this row.
             self.press_in_table(window, 'Down', 1)
 
-    def test_describe_button_is_enabled_only_if_the_current_row_is_listed(self):
+    def test_the_describe_button_is_enabled_only_if_the_current_row_is_listed(self):
         with self.opened() as window:
             def is_enabled():
                 return driver.enabled(window.button('Describe'))
@@ -91,7 +91,7 @@ class LongTextTest(EditingTest):
             driver.key(home)
             wait_for(lambda: all(bar.currentValue == 0 for bar in bars), '{} in {}'.format(home, window.title))
 
-    def test_home_and_end_keys_move_the_cursor_in_the_log(self):
+    def test_the_home_and_end_keys_move_the_cursor_in_the_log(self):
         with self.opened() as window:
             window.press('ctrl+l')
             log = window.program.window('VYRE Log')
@@ -99,7 +99,7 @@ class LongTextTest(EditingTest):
             log.click_button('Close')
             window.program.no_window('VYRE Log')
 
-    def test_home_and_end_keys_move_the_cursor_in_the_listing(self):
+    def test_the_home_and_end_keys_move_the_cursor_in_the_listing(self):
         with self.opened() as window:
             window.set_filter('^tilepack-')
             window.wait_names(['tilepack-{}'.format(number) for number in range(1, 9)])
@@ -113,7 +113,7 @@ class LongTextTest(EditingTest):
             window.program.no_window('Apply')
             window.wait_ready()
 
-    def test_home_and_end_keys_move_the_cursor_in_descriptions(self):
+    def test_the_home_and_end_keys_move_the_cursor_in_descriptions(self):
         with self.opened() as window:
             window.set_filter('^orchard ')
             window.wait_names(['orchard'])
@@ -125,7 +125,7 @@ class LongTextTest(EditingTest):
             description.click_button('Close')
             window.program.no_window(description.title)
 
-    def test_home_and_end_keys_move_the_cursor_in_transaction_details(self):
+    def test_the_home_and_end_keys_move_the_cursor_in_transaction_details(self):
         with self.opened() as window:
             window.press('ctrl+h')
             history = window.program.window('VYRE History')
@@ -135,7 +135,7 @@ class LongTextTest(EditingTest):
             history.click_button('Close')
             window.program.no_window(history.title)
 
-    def test_home_and_end_keys_move_the_cursor_in_advisory_details(self):
+    def test_the_home_and_end_keys_move_the_cursor_in_advisory_details(self):
         updateinfo.add(self.sandbox, 'sandbox-updates', [updateinfo.advisory(
             'LSA-2024-1', 'security', ['pergola 6.1-1.x86_64', 'kernel 6.1.31-1.x86_64'],
             description='\n'.join('Line {}'.format(number) for number in range(100)))])

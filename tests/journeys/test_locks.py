@@ -69,15 +69,15 @@ class LockTest(StartTest):
                 self.assertEqual(stream.read(), str(program.process.pid))
             self.quit(window)
 
-    def test_lock_file_of_an_ended_process_is_taken_over(self):
+    def test_a_lock_file_of_an_ended_process_is_taken_over(self):
         gone = subprocess.Popen(['true'])
         gone.wait()
         self.check_taken_over(str(gone.pid))
 
-    def test_empty_lock_file_is_taken_over(self):
+    def test_an_empty_lock_file_is_taken_over(self):
         self.check_taken_over('')
 
-    def test_lock_file_that_is_a_directory_is_reported(self):
+    def test_a_lock_file_that_is_a_directory_is_reported(self):
         path = self.path(DATABASE_LOCK)
         os.mkdir(path)
         with self.program() as program:

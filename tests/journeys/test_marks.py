@@ -36,7 +36,7 @@ class MarksTest(JourneyTest):
                     window.wait_action(action, name)
                     wait_for(lambda wanted=action != 'none': apply_enabled(window) == wanted, 'the state of Apply')
 
-    def test_status_bar_counts_rows_and_marks(self):
+    def test_the_status_bar_counts_rows_and_marks(self):
         with self.opened() as window:
             bar = window.find(driver.pyatspi.ROLE_STATUS_BAR, 'Rows and marks')
 
@@ -71,7 +71,7 @@ class MarksTest(JourneyTest):
             window.wait_action('update', 'barometer')
             self.assertEqual(window.program.titles(), [driver.main_title()])
 
-    def test_cell_menu_offers_the_possible_actions(self):
+    def test_the_cell_menu_offers_the_possible_actions(self):
         with self.opened() as window:
             self.list_packages(window, 'pergola', 'barometer', 'almanac')
             for name, chosen, action in (('pergola', 'i', 'install'), ('pergola', 'n', 'none'),
@@ -92,7 +92,7 @@ class MarksTest(JourneyTest):
                     window.wait_action('none', name)
             self.assertFalse(apply_enabled(window))
 
-    def test_cell_menu_marks_all_selected_rows(self):
+    def test_the_cell_menu_marks_all_selected_rows(self):
         with self.opened() as window:
             self.list_packages(window, 'pergola', 'barometer', 'almanac')
             window.select('pergola', 'barometer', 'almanac')
@@ -196,7 +196,7 @@ class FilterRowTest(JourneyTest):
             window.wait_names(['pergola', 'barometer', 'almanac'])
             self.quit(window)
 
-    def test_filter_expression_lists_the_matching_packages(self):
+    def test_a_filter_expression_lists_the_matching_packages(self):
         with self.opened() as window:
             window.set_filter('^moonbridge 1.0-1 sandbox-http noarch ')
             window.wait_names(['moonbridge'])
@@ -249,7 +249,7 @@ class FilterRowTest(JourneyTest):
             window.wait_names(['inkwell-modern'])
             self.assertEqual([row[2] for row in window.rows()], ['@System'])
 
-    def test_refresh_shows_a_package_that_another_program_has_installed(self):
+    def test_a_refresh_shows_a_package_that_another_program_has_installed(self):
         with self.opened() as window:
             window.set_filter('^pergola ')
             window.wait_names(['pergola'])

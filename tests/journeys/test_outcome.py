@@ -24,7 +24,7 @@ class OutcomeTest(JourneyTest):
         offset = text.queryText().getOffsetAtPoint(x + 8, y + 12, driver.pyatspi.DESKTOP_COORDS)
         return driver.text_of(text)[offset:].split('\n')[0]
 
-    def test_outcome_line_stays_until_the_next_operation_and_opens_the_log_by_keyboard(self):
+    def test_the_outcome_line_stays_until_the_next_operation_and_opens_the_log_by_keyboard(self):
         with self.opened() as window:
             self.assertNotIn(BUTTON, window.buttons())
             window.mark_listed('pergola')
@@ -68,7 +68,7 @@ class OutcomeTest(JourneyTest):
         self.check_changed(new=['pergola-6.1-1.x86_64', 'limpgate-1.0-1.noarch', 'loudhailer-1.0-1.noarch',
                                 'kernel-6.1.31-1.x86_64'], gone=['almanac-1.9-1.noarch'])
 
-    def test_message_about_a_partial_failure_begins_with_the_number_of_changes(self):
+    def test_the_message_about_a_partial_failure_begins_with_the_number_of_changes(self):
         with self.opened() as window:
             for name in ('brokenlatch', 'pergola', 'abacus-cli'):
                 window.mark_listed(name)

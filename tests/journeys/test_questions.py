@@ -156,7 +156,7 @@ class ConflictingMarksTest(JourneyTest):
                                gone=['easel-1.1-1.noarch', 'palette-knife-1.0-1.noarch'])
 
     @needs_groups
-    def test_listing_can_be_canceled_after_the_user_has_answered_yes(self):
+    def test_the_listing_can_be_canceled_after_the_user_has_answered_yes(self):
         with self.opened('--groups') as window:
             question = self.ask(window, 'Arts', 'varnish-coat', ('Remove', 'Install', 'Install'))
             self.accept_conflict(window, question).click_button('Cancel')

@@ -11,7 +11,7 @@ from trouble import StartTest
 
 class ReadingTest(StartTest):
 
-    def test_progress_bars_name_the_repository_and_move_while_its_packages_are_read(self):
+    def test_the_progress_bars_name_the_repository_and_move_while_its_packages_are_read(self):
         large = os.path.join(self.scratch, 'large')
         metadata.make_large(large, 60000)
         self.write('etc/yum.repos.d/large.repo',

@@ -32,7 +32,7 @@ class RefusalTest(JourneyTest):
     def test_package_with_a_missing_dependency_is_refused(self):
         self.check_unresolvable(['moonbridge'], 'install', 'libtide.so.9', picture='unresolvable-dependency')
 
-    def test_update_with_a_missing_dependency_is_refused(self):
+    def test_an_update_with_a_missing_dependency_is_refused(self):
         self.check_unresolvable(['tidewatch'], 'update', 'libtide.so.9', 'tidewatch-2.0-1.noarch')
 
     def test_the_user_can_choose_to_leave_out_one_of_two_conflicting_packages(self):
@@ -49,7 +49,7 @@ class RefusalTest(JourneyTest):
             window.wait_action('install', 'gull-mta')
             self.check_usable(window)
 
-    def test_package_that_conflicts_with_an_installed_package_is_refused(self):
+    def test_a_package_that_conflicts_with_an_installed_package_is_refused(self):
         self.check_unresolvable(['sandstone'], 'install', 'conflicts with libgranite')
 
     def test_a_transaction_succeeds_after_a_refused_transaction(self):
@@ -89,7 +89,7 @@ class OtherProgramTest(JourneyTest):
             self.check_changed(new=['pergola-6.1-1.x86_64'], gone=['almanac-1.9-1.noarch', 'birch-log-3.0-1.x86_64'])
             self.assertNotIn('The last transaction, begun on', self.read_log(window))
 
-    def test_package_database_that_another_program_uses_is_reported(self):
+    def test_a_package_database_that_another_program_uses_is_reported(self):
         with self.opened() as window:
             window.mark_listed('pergola')
             dialog = window.apply()
@@ -132,7 +132,7 @@ class FailureTest(JourneyTest):
                       'inkwell-classic', 'inkwell-modern', picture='file-conflict')
             self.check_unchanged()
 
-    def test_package_is_refused_if_an_installed_package_has_another_version_of_its_file(self):
+    def test_a_package_is_refused_if_an_installed_package_has_another_version_of_its_file(self):
         with self.opened() as window:
             self.fail(window, ['vanity-shell'], '/bin/sh', 'busybox')
             self.check_unchanged()
@@ -145,7 +145,7 @@ class FailureTest(JourneyTest):
             self.check_unchanged()
             self.assertIn('brokenlatch: the latch is stuck', self.read_log(window))
 
-    def test_scriptlet_that_prevents_the_removal_is_reported(self):
+    def test_a_scriptlet_that_prevents_the_removal_is_reported(self):
         with self.opened() as window:
             self.fail(window, ['stickyburr'], 'Error in PREUN scriptlet in rpm package stickyburr')
             self.check_unchanged()
@@ -160,7 +160,7 @@ class FailureTest(JourneyTest):
             self.assertEqual([row[2] for row in window.rows()], ['@System'])
             self.assertEqual(window.action('pergola'), 'none')
 
-    def test_scriptlet_that_fails_after_the_installation_is_reported(self):
+    def test_a_scriptlet_that_fails_after_the_installation_is_reported(self):
         with self.opened() as window:
             window.mark_listed('limpgate')
             self.carry_out(window)

@@ -79,7 +79,7 @@ class EnablingTest(EditingTest):
             editor.wait_on(False, 'sandbox-disabled', SESSION)
             editor.close('Cancel')
 
-    def test_repository_that_the_user_enables_permanently_is_enabled_in_the_next_run(self):
+    def test_a_repository_that_the_user_enables_permanently_is_enabled_in_the_next_run(self):
         with self.opened() as window:
             editor = self.edit(window)
             editor.wait_on(False, 'sandbox-disabled', PERMANENT)
@@ -103,7 +103,7 @@ class EnablingTest(EditingTest):
 
 class DirectoriesTest(EditingTest):
 
-    def test_editor_lists_the_repositories_of_all_directories_that_the_installed_dnf_reads(self):
+    def test_the_editor_lists_the_repositories_of_all_directories_that_the_installed_dnf_reads(self):
         known = subprocess.run(['/usr/bin/python3', '-c', 'import dnf.conf\nconf = dnf.conf.Conf()\n'
                                 'print(*conf.reposdir)'], stdout=subprocess.PIPE, check=True).stdout.decode().split()
         optional = {'distro': '/etc/distro.repos.d', 'newer': '/usr/share/dnf5/repos.d'}
@@ -246,7 +246,7 @@ class ChangesTest(EditingTest):
             self.assertEqual(self.files(), files)
             self.assertEqual(len(self.sandbox.server.paths()), count)
 
-    def test_removal_of_three_repositories_keeps_the_other_sections_of_their_file(self):
+    def test_the_removal_of_three_repositories_keeps_the_other_sections_of_their_file(self):
         sections = [
             '[many{0}]\nname=Number {0}\nbaseurl=http://127.0.0.1:9/{0}/$basearch\n'
             '        http://127.0.0.1:9/again/{0}\n'
@@ -266,7 +266,7 @@ class ChangesTest(EditingTest):
             files[self.repo_path('many.repo')] = '\n'.join([sections[0], sections[3], sections[4]]).encode()
             self.assertEqual(self.files(), files)
 
-    def test_removal_of_the_last_repository_of_a_file_removes_the_file(self):
+    def test_the_removal_of_the_last_repository_of_a_file_removes_the_file(self):
         with self.opened() as window:
             files = self.files()
             editor = self.edit(window)
@@ -312,7 +312,7 @@ class BrokenFileTest(EditingTest):
         self.assertTrue(dialog.text().endswith(').'), dialog.text())
         self.close_dialog(program, dialog)
 
-    def test_repository_file_that_becomes_invalid_while_the_program_runs_is_reported(self):
+    def test_a_repository_file_that_becomes_invalid_while_the_program_runs_is_reported(self):
         with self.opened() as window:
             self.write_repo('broken.repo', '[broken\nname=Broken\n')
             files = self.files()
@@ -332,7 +332,7 @@ class BrokenFileTest(EditingTest):
             self.assertEqual(editor.identifiers(), IDENTIFIERS)
             editor.close('OK')
 
-    def test_repository_file_that_becomes_invalid_while_the_editor_is_open_is_reported(self):
+    def test_a_repository_file_that_becomes_invalid_while_the_editor_is_open_is_reported(self):
         with self.opened() as window:
             editor = self.edit(window)
             self.write_repo('broken.repo', '[broken\nname=Broken\n')
@@ -368,7 +368,7 @@ class OptionsTest(EditingTest):
                            '--disablerepo=sandbox-[hu]*')
         self.assertEqual(self.files(), files)
 
-    def test_patterns_on_the_command_line_change_no_repository_file(self):
+    def test_patterns_on_the_command_line_do_not_change_repository_files(self):
         with self.opened('--disablerepo=sandbox-file') as window:
             self.check_listed(window, ['abacus-cli', 'pergola'])
             editor = self.edit(window)

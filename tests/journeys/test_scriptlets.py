@@ -62,7 +62,7 @@ class OutputTest(JourneyTest):
 
 class ProcessTest(JourneyTest):
 
-    def test_background_process_of_a_scriptlet_can_end_during_the_transaction(self):
+    def test_a_background_process_of_a_scriptlet_can_end_during_the_transaction(self):
         nightwatch, glutton = self.waiting('nightwatch'), self.waiting('glutton')
         with self.opened() as window:
             window.mark_listed('nightwatch')
@@ -78,7 +78,7 @@ class ProcessTest(JourneyTest):
             self.check_usable(window)
         self.check_consistent()
 
-    def test_background_process_of_a_scriptlet_can_outlive_the_transaction(self):
+    def test_a_background_process_of_a_scriptlet_can_outlive_the_transaction(self):
         nightwatch = self.waiting('nightwatch')
         with self.opened() as window:
             window.mark_listed('nightwatch')
@@ -94,7 +94,7 @@ class ProcessTest(JourneyTest):
             nightwatch.let_go()
             wait_for(lambda: not nightwatch.is_waiting(), 'the end of the process of the scriptlet')
 
-    def test_browser_that_the_user_has_opened_can_end_during_the_transaction(self):
+    def test_a_browser_that_the_user_has_opened_can_end_during_the_transaction(self):
         share = os.path.join(self.scratch, 'share')
         shutil.copytree(driver.SHARE, share)
         ending = os.path.join(self.scratch, 'ending')

@@ -43,13 +43,13 @@ class SignalTest(StartTest):
         self.check_unchanged()
         self.assertEqual(self.locks(), [])
 
-    def test_signal_ends_the_program_while_it_starts(self):
+    def test_a_signal_ends_the_program_while_it_starts(self):
         for number in self.ENDING:
             with self.subTest(number=number), self.program() as program:
                 self.check_ends_by(program, number)
                 self.check_next_run()
 
-    def test_signal_ends_the_idle_program(self):
+    def test_a_signal_ends_the_idle_program(self):
         for number in self.ENDING + self.OTHER:
             with self.subTest(number=number), self.program() as program:
                 program.ready()
@@ -57,14 +57,14 @@ class SignalTest(StartTest):
                 self.check_ends_by(program, number)
         self.check_next_run()
 
-    def test_signal_ends_the_program_while_a_message_is_shown(self):
+    def test_a_signal_ends_the_program_while_a_message_is_shown(self):
         for number in self.ENDING:
             with self.subTest(number=number), self.program('--disablerepo=*') as program:
                 program.window(YUM_ERROR)
                 self.check_ends_by(program, number)
         self.check_next_run()
 
-    def test_signal_cancels_the_transaction_while_the_listing_is_shown(self):
+    def test_a_signal_cancels_the_transaction_while_the_listing_is_shown(self):
         for number in self.ENDING:
             with self.subTest(number=number), self.program() as program:
                 window = program.ready()
@@ -80,7 +80,7 @@ class SignalTest(StartTest):
         self.addCleanup(gate.open)
         return gate
 
-    def test_signal_ends_the_program_while_packages_are_collected(self):
+    def test_a_signal_ends_the_program_while_packages_are_collected(self):
         for number in (signal.SIGTERM, signal.SIGHUP):
             self.sandbox.expire_metadata()
             with self.subTest(number=number), self.program() as program:
@@ -91,7 +91,7 @@ class SignalTest(StartTest):
             del self.sandbox.server.faults[REPOMD]
         self.check_next_run()
 
-    def test_signal_cancels_the_transaction_while_packages_are_downloaded(self):
+    def test_a_signal_cancels_the_transaction_while_packages_are_downloaded(self):
         path = '/sandbox-http/pergola-6.1-1.x86_64.rpm'
         for number in (signal.SIGTERM, signal.SIGHUP):
             with self.subTest(number=number), self.program() as program:
@@ -105,7 +105,7 @@ class SignalTest(StartTest):
             del self.sandbox.server.faults[path]
         self.check_next_transaction()
 
-    def test_download_interrupted_by_sigint_is_reported(self):
+    def test_a_download_interrupted_by_sigint_is_reported(self):
         """During a download, librepo handles SIGINT itself."""
         with self.program() as program:
             gate = self.wait_download(program, REPOMD)
@@ -135,7 +135,7 @@ class SignalTest(StartTest):
             self.check_usable(window)
             self.quit(window)
 
-    def test_transaction_succeeds_after_an_interrupted_download(self):
+    def test_a_transaction_succeeds_after_an_interrupted_download(self):
         path = '/sandbox-http/pergola-6.1-1.x86_64.rpm'
         with self.program() as program:
             gate = self.wait_download(program, path)
@@ -155,7 +155,7 @@ class SignalTest(StartTest):
             self.check_changed(new=['pergola-6.1-1.x86_64'])
             self.quit(window)
 
-    def test_signal_after_a_transaction_ends_the_program(self):
+    def test_a_signal_after_a_transaction_ends_the_program(self):
         for number in self.ENDING:
             with self.subTest(number=number), self.program() as program:
                 window = program.ready()

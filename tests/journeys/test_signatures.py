@@ -41,7 +41,7 @@ class SignatureTest(JourneyTest):
             self.check_changed(new=['wax-tablet-1.0-1.noarch', 'wax-candle-1.0-1.noarch'])
             self.quit(window)
 
-    def test_key_that_the_user_declined_can_be_accepted_in_the_next_transaction(self):
+    def test_a_key_that_the_user_declined_can_be_accepted_in_the_next_transaction(self):
         with self.program() as program:
             window, query = self.ask(program)
             query.click_button('No')
@@ -59,7 +59,7 @@ class SignatureTest(JourneyTest):
             self.check_changed(new=['wax-tablet-1.0-1.noarch'])
             self.quit(window)
 
-    def test_several_quick_enters_do_not_answer_the_question_and_a_later_enter_or_escape_declines_the_key(self):
+    def test_quick_presses_of_enter_do_not_answer_the_question_and_a_later_enter_or_escape_declines_the_key(self):
         with self.opened() as window:
             program = window.program
             window.mark_listed('wax-tablet')

@@ -79,7 +79,7 @@ class UsageTest(unittest.TestCase):
         self.check_usage('-h', '-s', 'x')
         self.check_usage('-s', 'x', '-h', error='unrecogized argument to -s/--state option: x')
 
-    def test_unknown_value_of_the_mode_option_is_refused(self):
+    def test_an_unknown_value_of_the_mode_option_is_refused(self):
         text = 'unrecogized argument to -m/--mode option: '
         for argument in ('x', 'Filter', 'filters', 'searching', ' filter', 'fs'):
             self.check_usage('-m', argument, error=text + argument)
@@ -88,7 +88,7 @@ class UsageTest(unittest.TestCase):
         self.check_usage('--mode', 'x', error=text + 'x')
         self.check_usage('-m', '-g', error=text + '-g')
 
-    def test_unknown_value_of_the_state_option_is_refused(self):
+    def test_an_unknown_value_of_the_state_option_is_refused(self):
         text = 'unrecogized argument to -s/--state option: '
         for argument in ('x', 'ALL', 'alls', 'updatables', 'ua', '0'):
             self.check_usage('-s', argument, error=text + argument)
@@ -96,7 +96,7 @@ class UsageTest(unittest.TestCase):
         self.check_usage('-sx', error=text + 'x')
         self.check_usage('--state', '--log', error=text + '--log')
 
-    def test_invalid_value_is_refused_even_if_the_option_is_repeated_with_a_valid_value(self):
+    def test_an_invalid_value_is_refused_even_if_the_option_is_repeated_with_a_valid_value(self):
         self.check_usage('-s', 'x', '-s', 'all', error='unrecogized argument to -s/--state option: x')
         self.check_usage('-s', 'all', '-s', 'x', error='unrecogized argument to -s/--state option: x')
 
@@ -104,7 +104,7 @@ class UsageTest(unittest.TestCase):
         self.check_usage('-d', error='unrecognized option letter: d')
         self.check_usage('-gd', error='unrecognized option letter: d')
 
-    def test_unknown_short_option_is_refused(self):
+    def test_an_unknown_short_option_is_refused(self):
         for letter in 'xdSM?:+W':
             self.check_usage('-' + letter, error='unrecognized option letter: ' + letter)
         self.check_usage('-glx', error='unrecognized option letter: x')
@@ -119,21 +119,21 @@ class UsageTest(unittest.TestCase):
         for option in ('--disablerepo', '--enablerepo'):
             self.check_usage(option, error='unrecogized option: ' + option)
 
-    def test_option_that_takes_no_argument_is_refused_if_it_has_one(self):
+    def test_an_option_that_takes_no_argument_is_refused_if_it_has_one(self):
         for letter, name in (('h', 'help'), ('g', 'groups'), ('r', 'repo-editor'), ('l', 'log')):
             self.check_usage('--' + name + '=x', error='unrecognized option letter: ' + letter)
         self.check_usage('--duplicates=x', error='unrecogized option: --duplicates=x')
 
-    def test_unknown_long_option_is_refused(self):
+    def test_an_unknown_long_option_is_refused(self):
         for option in ('--unknown', '--unknown=x', '--Help', '--statex', '--d-', '--version'):
             self.check_usage(option, error='unrecogized option: ' + option)
         self.check_usage('-g', '--unknown', '-h', error='unrecogized option: --unknown')
 
-    def test_ambiguous_abbreviation_is_refused(self):
+    def test_an_ambiguous_abbreviation_is_refused(self):
         for option in ('--re', '--d', '--re=x'):
             self.check_usage(option, error='unrecogized option: ' + option)
 
-    def test_superfluous_argument_is_refused(self):
+    def test_a_superfluous_argument_is_refused(self):
         self.check_usage('foo', error='unrecognized argument: foo')
         self.check_usage('foo', 'bar', error='unrecognized argument: foo')
         self.check_usage('-g', 'foo', error='unrecognized argument: foo')
@@ -146,12 +146,12 @@ class UsageTest(unittest.TestCase):
         self.check_usage('foo', '-h', error='unrecognized argument: foo')
         self.check_usage('foo', '-s', 'x', error='unrecognized argument: foo')
 
-    def test_error_message_shows_the_refused_argument_unchanged(self):
+    def test_the_error_message_shows_the_refused_argument_unchanged(self):
         self.check_usage(b'fo\xff\xc3\xa4o', error='unrecognized argument: ' + os.fsdecode(b'fo\xff\xc3\xa4o'))
         self.check_usage('-s', '%s%n%d', error='unrecogized argument to -s/--state option: %s%n%d')
         self.check_usage('x' * 5000, error='unrecognized argument: ' + 'x' * 5000)
 
-    def test_error_messages_begin_with_the_name_under_which_the_program_was_started(self):
+    def test_error_messages_begin_with_the_name_of_the_command_that_started_the_program(self):
         link = os.path.join(self.scratch, 'another name')
         os.symlink(os.environ['VYRE_BINARY'], link)
         self.check_usage('--help', binary=link)
@@ -164,12 +164,12 @@ class UsageTest(unittest.TestCase):
         self.check_usage('-style', 'windows', 'foo', error='unrecognized argument: foo')
         self.check_usage('-style=windows', '-s', 'x', error='unrecogized argument to -s/--state option: x')
 
-    def test_error_is_reported_if_the_usage_cannot_be_written(self):
+    def test_an_error_is_reported_if_the_usage_cannot_be_written(self):
         with open('/dev/full', 'wb') as full:
             done = self.run_program('--help', stdout=full)
         self.assertEqual((done.returncode, done.stderr), (1, b''))
 
-    def test_missing_display_is_reported(self):
+    def test_a_missing_display_is_reported(self):
         for environment in ({}, {'DISPLAY': ':54321'}):
             with self.subTest(environment=environment):
                 done = self.run_program(unset=() if environment else ('DISPLAY', 'WAYLAND_DISPLAY'),
@@ -181,7 +181,7 @@ class UsageTest(unittest.TestCase):
                                   else 'vyre: there is no X display: DISPLAY is not set'])
                 self.assertEqual(done.stdout, b'')
 
-    def test_runtime_directory_is_not_removed_if_the_program_only_prints_the_usage(self):
+    def test_the_runtime_directory_is_not_removed_if_the_program_only_prints_the_usage(self):
         self.check_usage('--help', unset=['XDG_RUNTIME_DIR'], environment={'TMPDIR': self.scratch})
         self.assertTrue(os.path.isdir(os.path.join(self.scratch, 'xdg_runtime.{}'.format(os.geteuid()))))
 
@@ -274,7 +274,7 @@ class OptionsTest(JourneyTest):
             self.check_settings(option, '-si', '-e', expression, state='View Installable', expression=expression,
                                 groups=True, names=['Games'])
 
-    def test_last_value_of_a_repeated_option_is_used(self):
+    def test_the_last_value_of_a_repeated_option_is_used(self):
         self.check_settings('-sa', '-mf', '-e', 'x', '--state=u', '--mode=s', '--regexp=^abacus', '-s', 'r',
                             state='View Removable', mode='Search', expression='^abacus')
         self.check_settings('-g', '-g', '--duplicates', '--duplicates', groups=True, duplicates=False)
@@ -300,7 +300,7 @@ class OptionsTest(JourneyTest):
                 program.no_window('VYRE Log')
                 self.quit(window)
 
-    def test_log_window_is_shown_while_packages_are_collected(self):
+    def test_the_log_window_is_shown_while_packages_are_collected(self):
         gate = journey.Gate()
         self.sandbox.server.faults['/sandbox-http/repodata/repomd.xml'] = gate
         with self.program('-l') as program:
@@ -341,17 +341,17 @@ class EnvironmentTest(JourneyTest):
             dialog.click_button('OK')
             self.check_ended(program)
 
-    def test_variable_vyreshare_sets_the_share_directory(self):
+    def test_the_variable_vyreshare_sets_the_share_directory(self):
         copy = os.path.join(self.scratch, 'share of another name')
         shutil.copytree(driver.SHARE, copy)
         self.check_starts({'VYRESHARE': copy})
         self.check_starts({'VYRESHARE': copy + '/'})
 
-    def test_default_share_directory_is_used_if_vyreshare_is_not_set(self):
+    def test_the_default_share_directory_is_used_if_vyreshare_is_not_set(self):
         self.assertFalse(os.path.exists('/usr/share/vyre'))
         self.check_no_script(unset=['VYRESHARE'])
 
-    def test_empty_vyreshare_does_not_select_the_default_share_directory(self):
+    def test_an_empty_vyreshare_does_not_select_the_default_share_directory(self):
         self.check_no_script({'VYRESHARE': ''})
 
     def test_vyreroot_may_be_a_link_or_a_relative_path_and_may_end_with_a_slash(self):
@@ -361,10 +361,10 @@ class EnvironmentTest(JourneyTest):
         os.symlink(self.sandbox.root, link)
         self.check_starts({'VYREROOT': link})
 
-    def test_environment_variables_of_the_python_command_are_ignored(self):
+    def test_environment_variables_for_the_python_command_are_ignored(self):
         self.check_starts({'PYTHONHOME': '/nonexistent', 'PYTHONPATH': self.scratch, 'PYTHONSTARTUP': '/nonexistent'})
 
-    def test_program_starts_even_if_the_locale_is_missing_or_not_utf_8(self):
+    def test_the_program_starts_even_if_the_locale_is_missing_or_not_utf_8(self):
         for locale in ('C', 'POSIX', 'xx_XX.nonsense'):
             with self.subTest(locale=locale), self.program(environment={'LC_ALL': locale}) as program:
                 window = program.ready()
@@ -397,7 +397,7 @@ class EnvironmentTest(JourneyTest):
             self.assertFalse(os.path.lexists(path))
             self.assertEqual(os.listdir(outside), ['file'])
 
-    def test_missing_runtime_directory_is_created_in_tmpdir(self):
+    def test_a_missing_runtime_directory_is_created_in_tmpdir(self):
         temporary = os.path.join(self.scratch, 'temporary')
         os.mkdir(temporary)
         path = os.path.join(temporary, self.name())
@@ -405,19 +405,19 @@ class EnvironmentTest(JourneyTest):
         self.check_runtime_directory(path, {'TMPDIR': temporary, 'XDG_RUNTIME_DIR': ''})
         self.assertEqual(os.listdir(temporary), [])
 
-    def test_missing_runtime_directory_is_created_in_tmp_if_tmpdir_is_not_set(self):
+    def test_a_missing_runtime_directory_is_created_in_tmp_if_tmpdir_is_not_set(self):
         path = os.path.join('/tmp', self.name())
         self.check_runtime_directory(path, unset=['XDG_RUNTIME_DIR', 'TMPDIR'])
         self.check_runtime_directory(path, {'TMPDIR': ''}, ['XDG_RUNTIME_DIR'])
 
-    def test_runtime_directory_of_a_killed_vyre_is_used_and_removed(self):
+    def test_the_runtime_directory_of_a_killed_vyre_is_used_and_removed(self):
         temporary = os.path.join(self.scratch, 'temporary')
         path = os.path.join(temporary, self.name())
         os.makedirs(os.path.join(path, 'from before'))
         os.chmod(path, 0o700)
         self.check_runtime_directory(path, {'TMPDIR': temporary}, ['XDG_RUNTIME_DIR'])
 
-    def test_runtime_directory_of_the_session_is_not_removed(self):
+    def test_the_runtime_directory_of_the_session_is_not_removed(self):
         temporary = os.path.join(self.scratch, 'temporary')
         session = os.path.join(self.scratch, 'session')
         for directory in (temporary, session):
@@ -429,7 +429,7 @@ class EnvironmentTest(JourneyTest):
         self.assertIn('file', os.listdir(session))
         self.assertNotIn(self.name(), os.listdir(temporary))
 
-    def test_program_runs_if_the_runtime_directory_cannot_be_created(self):
+    def test_the_program_runs_if_the_runtime_directory_cannot_be_created(self):
         # If Qt finds no runtime directory, it prints a warning, but works.
         with self.program(environment={'TMPDIR': os.path.join(self.scratch, 'nothing')},
                           unset=['XDG_RUNTIME_DIR']) as program:
@@ -461,7 +461,7 @@ class StyleTest(JourneyTest):
             self.quit(window)
             return pictures[-1]
 
-    def test_style_of_the_user_has_priority_over_the_style_of_the_session(self):
+    def test_the_style_of_the_user_has_priority_over_the_style_of_the_session(self):
         override = {'QT_STYLE_OVERRIDE': 'windows'}
         fusion = self.look('-style=fusion')
         windows = self.look('-style=windows')

@@ -102,7 +102,7 @@ class UserTest(JourneyTest):
             self.check_ends(window)
         self.assertEqual(self.all_files(), before)
 
-    def test_ordinary_user_can_search(self):
+    def test_an_ordinary_user_can_search(self):
         with self.run_by(AS_NOBODY) as program:
             window = program.ready()
             window.show_all()
@@ -115,7 +115,7 @@ class UserTest(JourneyTest):
             window.wait_ready()
             self.check_ends(window)
 
-    def test_ordinary_user_has_a_separate_cache(self):
+    def test_an_ordinary_user_has_a_separate_cache(self):
         with self.opened():
             pass
         before = self.all_files()

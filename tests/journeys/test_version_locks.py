@@ -32,7 +32,7 @@ class VersionLocksTest(JourneyTest):
     def version(self, window, name):
         return next(row[1] for row in window.rows() if row[0] == name)
 
-    def test_locked_package_is_not_updated(self):
+    def test_a_locked_package_is_not_updated(self):
         self.use_plug_in()
         with self.opened() as window:
             window.set_filter('^(abacus-cli|barometer|quillbase) ')
@@ -82,7 +82,7 @@ class VersionLocksTest(JourneyTest):
             window.wait_action('update', 'abacus-cli')
         self.check_unchanged()
 
-    def test_cell_menu_has_no_lock_entries_if_the_versionlock_plug_in_is_missing(self):
+    def test_the_cell_menu_has_no_lock_entries_if_the_versionlock_plug_in_is_missing(self):
         with self.opened() as window:
             window.set_filter('^abacus-cli ')
             window.wait_names(['abacus-cli'])

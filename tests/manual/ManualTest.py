@@ -134,7 +134,7 @@ def script_messages():
 class SourcesTest(unittest.TestCase):
     """Tests that the module "sources" finds the texts of the program. All other tests depend on this module."""
 
-    def test_source_parser_finds_each_text_and_the_functions_that_receive_it(self):
+    def test_the_source_parser_finds_each_text_and_the_functions_that_receive_it(self):
         code = 'void f() { // error(tr("no"))\n' \
             '  error(tr("one \\"two\\" "\n "three").arg(x, "y"), b[1, 2], tr("four"));' \
                '\n/* tr("no") */ QMessageBox box(QMessageBox::Critical, tr("five"), \'"\', parent); }'
@@ -145,7 +145,7 @@ class SourcesTest(unittest.TestCase):
             ('five', [('QMessageBox', 1), ('tr', 0)])])
         self.assertEqual(texts[0].place, 'x:2')
 
-    def test_source_parser_finds_messages_that_are_known_to_exist(self):
+    def test_the_source_parser_finds_messages_that_are_known_to_exist(self):
         rows, mentioned = cpp_messages()
         values = [text.value for text in rows]
         for value in ('Must be run as root to apply changes', 'Unable to read yum configuration file %1',
@@ -190,7 +190,7 @@ class ManualTest(unittest.TestCase):
             with self.subTest(message):
                 self.assertRegex(meaning, r'^[A-Z`<"].+\.$')
 
-    def test_manual_mentions_every_text_of_the_windows(self):
+    def test_the_manual_mentions_every_text_of_the_windows(self):
         words = self.book.words()
         missing = []
         for text in cpp_messages()[1]:
@@ -201,7 +201,7 @@ class ManualTest(unittest.TestCase):
 
     # Menus
 
-    def test_manual_lists_the_columns_of_the_table(self):
+    def test_the_manual_lists_the_columns_of_the_table(self):
         headings = [text.value for text in sources.cpp_texts(sources.read('packagetable', 'Columns.cpp'), 'Columns.cpp')
                     if text.calls and text.calls[-1] == ('QT_TRANSLATE_NOOP', 1)][::2]
         self.assertIn('Repository', headings)
@@ -211,7 +211,7 @@ class ManualTest(unittest.TestCase):
         names = re.search(r'^(ACTION, .*), \*_ = range', sources.read('tests', 'support', 'driver.py'), re.M).group(1)
         self.assertEqual(names.split(', '), [heading.upper().replace(' ', '_') for heading in headings])
 
-    def test_manual_lists_the_fields_of_a_description(self):
+    def test_the_manual_lists_the_fields_of_a_description(self):
         fields = [field for field in attributes.fields() if field.label]
         for owner, expected in (
                 ('package or a suite', [field.label for field in fields if 'ForGroups' not in field.uses]),
@@ -219,7 +219,7 @@ class ManualTest(unittest.TestCase):
             listed = re.search('^For a {} you see:\n(.*?)\\.\n\n'.format(owner), self.book.text, re.M | re.S).group(1)
             self.assertEqual(squeezed(listed).split(', '), expected)
 
-    def test_manual_has_a_row_with_the_key_of_every_menu_entry(self):
+    def test_the_manual_has_a_row_with_the_key_of_every_menu_entry(self):
         code = sources.read('app', 'MainWindowWidgets.cpp')
         code = code[code.index('void MainWindow::createMenuBar()'):]
         code = code[:code.index('\n}')]
@@ -236,7 +236,7 @@ class ManualTest(unittest.TestCase):
                 self.assertEqual(len(row), 1)
                 self.assertEqual(row[0].split('|')[2].strip(), expected)
 
-    def test_manual_is_installed_in_the_directory_that_the_help_menu_opens(self):
+    def test_the_manual_is_installed_in_the_directory_that_the_help_menu_opens(self):
         place = re.search(r'directory = QStringLiteral\("(.*?)"\)', sources.read('app', 'Manuals.h')).group(1)
         with open(os.path.join(os.path.dirname(VYRE), 'manual', 'cmake_install.cmake')) as stream:
             script = stream.read()
@@ -251,7 +251,7 @@ class ManualTest(unittest.TestCase):
 
     # Differences from dnf
 
-    def test_manual_and_developer_page_list_the_same_differences_from_dnf(self):
+    def test_the_manual_and_the_developer_page_list_the_same_differences_from_dnf(self):
         table = self.book.text.split('\n[#differences]\n', 1)[1].split('\n|===\n', 2)[1]
         points = re.findall(r'(?m)^\n\|(.+)\n\|', table)
         self.assertGreater(len(points), 15)
@@ -281,14 +281,14 @@ class ManualTest(unittest.TestCase):
         for name in named - pictures:
             self.assertTrue(os.path.isfile(os.path.join(TOP, 'share', name)), name)
 
-    def test_manual_can_be_built_without_its_pictures(self):
+    def test_the_manual_can_be_built_without_its_pictures(self):
         blocks = re.findall(r'(?ms)^ifdef::pictures\[\]\n(.*?)^endif::\[\]\n', self.book.text)
         self.assertEqual([len(re.findall('image::pictures/', block)) for block in blocks], [1] * len(blocks))
         self.assertEqual(self.book.text.count('image::pictures/'), len(blocks))
 
     # Options
 
-    def test_manual_lists_the_options_of_the_program(self):
+    def test_the_manual_lists_the_options_of_the_program(self):
         answer = subprocess.run([VYRE, '--help'], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, timeout=60)
         usage = answer.stdout.decode()
         self.assertIn('options:', usage)
@@ -310,7 +310,7 @@ class ManualTest(unittest.TestCase):
         for name in re.findall(r'`(--[a-z-]+)', chapter):
             self.assertIn(name, options)
 
-    def test_man_page_describes_every_environment_variable_that_the_program_reads(self):
+    def test_the_man_page_describes_every_environment_variable_that_the_program_reads(self):
         page = sources.read('manual', 'vyre.8')
         # The program reads these variables with nonEmptyVariable(), which the expression below does not find.
         names = {'XDG_RUNTIME_DIR', 'TMPDIR'}
@@ -326,7 +326,7 @@ class ManualTest(unittest.TestCase):
                 self.assertIn('`{}`'.format(name), self.book.text)
                 self.assertIn(name, page)
 
-    def test_man_page_is_valid(self):
+    def test_the_man_page_is_valid(self):
         path = os.path.join(TOP, 'manual', 'vyre.8')
         answer = subprocess.run(['mandoc', '-T', 'lint', '-W', 'warning', path], stdout=subprocess.PIPE)
         self.assertEqual(answer.stdout.decode(), '')
@@ -377,7 +377,7 @@ class BuildTest(unittest.TestCase):
     def test_building_the_manual_prints_no_messages(self):
         self.assertEqual((self.status, self.output), (0, ''))
 
-    def test_html_page_refers_only_to_existing_files_and_anchors(self):
+    def test_the_html_page_refers_only_to_existing_files_and_anchors(self):
         with open(os.path.join(self.built, 'html', 'index.html'), encoding='utf-8') as stream:
             text = re.sub(r'(?s)/\*.*?\*/', '', stream.read())
         page = Page(text)
@@ -393,7 +393,7 @@ class BuildTest(unittest.TestCase):
         self.assertIn('9.8.7', text)
         self.assertNotRegex(text, r'&lt;&lt;|\{[a-z-]+\}')
 
-    def test_printed_manual_is_a_pdf_file(self):
+    def test_the_printed_manual_is_a_pdf_file(self):
         with open(os.path.join(self.built, 'manual.pdf'), 'rb') as stream:
             content = stream.read()
         self.assertEqual(content[:5], b'%PDF-')

@@ -123,7 +123,7 @@ class SetupTest(ScenarioTest):
         self.assertTrue(self.yumio.base.sack.query().filter(name="wax-tablet"))
 
     @in_own_process
-    def test_dnf_s_warnings_about_a_skipped_repository_are_warnings_in_the_log(self):
+    def test_warnings_of_dnf_about_a_skipped_repository_are_warnings_in_the_log(self):
         warnings = []
         self.load(logWarning=lambda level, text: warnings.append((level, text)))
         self.yumio.setupRepos()
@@ -233,7 +233,7 @@ class SetupTest(ScenarioTest):
         self.package(self.available, "astrolabe")
 
     @in_own_process
-    def test_progress_of_metadata_downloads_is_reported(self):
+    def test_the_progress_of_metadata_downloads_is_reported(self):
         self.load()
         self.collect()
         reports = set(read[:2] for read in self.recording.of("downloadEnd"))
@@ -323,7 +323,7 @@ class CollectionTest(ScenarioTest):
         self.assertEqual(biArch("architecture-of-tomorrow"), "architecture-of-tomorrow")
 
     @in_own_process
-    def test_of_two_packages_the_one_with_the_system_architecture_or_else_the_newer_one_is_better(self):
+    def test_the_better_of_two_packages_has_the_system_architecture_or_is_newer(self):
         self.started()
         better = self.yumio.isBetterThan
         wide = self.package(self.available, "libcairn", "x86_64")

@@ -372,7 +372,7 @@ class RightsTest(ScenarioTest):
     """The script names the directory of the database if this user has no right to change it."""
 
     @in_own_process
-    def test_root_can_change_databases_of_other_users_and_read_only_databases_lack_no_rights(self):
+    def test_the_script_names_no_directory_to_root_even_if_the_database_belongs_to_another_user_or_is_read_only(self):
         yumio = self.load()
         directory = self.sandbox.root + DATABASE
         self.assertEqual(yumio.refusedDirectory(), "")

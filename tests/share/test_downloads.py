@@ -180,7 +180,7 @@ class DownloadTest(ScenarioTest):
         self.assertIn("corkboard-0.7-1.noarch", self.sandbox.installed())
 
     @in_own_process
-    def test_downloads_are_removed_after_success(self):
+    def test_downloads_are_removed_after_a_success(self):
         self.started()
         self.apply(installs=["loupe"])
         self.assertEqual(self.cached(), [])

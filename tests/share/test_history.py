@@ -263,7 +263,7 @@ class DownloadedPackagesTest(OutcomeTest):
                          (self.downloaded(twin.root), self.recorded(twin.root)))
 
     @in_own_process
-    def test_unlock_closes_the_dnf_base(self):
+    def test_unlocking_closes_the_dnf_base(self):
         self.started()
         base = self.yumio.base
         self.yumio.unlock()

@@ -105,7 +105,7 @@ class MetadataTest(ScenarioTest):
         self.check_remark("other")
 
     @in_own_process
-    def test_undamaged_metadata_is_checked_only_once(self):
+    def test_undamaged_metadata_are_checked_only_once(self):
         self.begin()
         asked = []
         self.module("program").faultOfMetadata = lambda path, element: asked.append(element) or ""

@@ -105,7 +105,7 @@ class SignatureTest(ScenarioTest):
         self.assertEqual(len(self.keys()), 1)
 
     @in_own_process
-    def test_a_package_without_signature_is_refused(self):
+    def test_a_package_without_a_signature_is_refused(self):
         self.started()
         self.assert_refused("not signed", installs=["wax-blank", "astrolabe"], answers=[1])
         self.assertNotIn("rpmtransInit", self.recording.names())
@@ -214,7 +214,7 @@ class MetadataSignatureTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_metadata_without_signature_is_refused(self):
+    def test_metadata_without_a_signature_are_refused(self):
         self.sign()
         os.unlink(os.path.join(self.sandbox.repository("sandbox-http"), "repodata", "repomd.xml.asc"))
         self.load()

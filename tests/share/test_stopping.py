@@ -180,7 +180,7 @@ class StoppingTest(ScenarioTest):
                       "\n".join(self.yumio.remarks + self.recording.errors()))
 
     @in_own_process
-    def test_a_repository_that_the_user_goes_on_without_remains_disabled_after_a_stop(self):
+    def test_a_repository_remains_disabled_after_a_stop_if_the_user_goes_on_without_it(self):
         for name in ("away", "gone"):
             self.write("/etc/yum.repos.d/%s.repo" % name, UNREACHABLE.format(name))
 
@@ -295,7 +295,7 @@ class StoppingTest(ScenarioTest):
         self.assertEqual(self.changes(self.apply, installs=["loupe"]), ({"loupe-45.0-1.x86_64"}, set()))
 
     @in_own_process
-    def test_the_script_leaves_it_to_the_program_to_refuse_stops_during_a_transaction(self):
+    def test_the_script_does_not_refuse_stops_during_a_transaction_because_the_program_refuses_them(self):
         self.load_stoppable()
         self.collect()
         self.apply(installs=["loupe"])

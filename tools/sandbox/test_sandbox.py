@@ -159,7 +159,7 @@ class QueryTest(unittest.TestCase):
     def group(self, identifier):
         return next(group for group in self.base.comps.groups if group.id == identifier)
 
-    def test_release_version_is_found_in_the_root(self):
+    def test_the_release_version_is_found_in_the_root(self):
         self.assertEqual(dnf.rpm.detect_releasever(self.sandbox.root), "9")
 
     def test_rpm_and_dnf_agree_on_the_installed_packages(self):
@@ -167,7 +167,7 @@ class QueryTest(unittest.TestCase):
         self.assertEqual(self.sandbox.installed(), seen)
         self.assertGreater(len(seen), 40)
 
-    def test_distribution_has_at_least_120_names(self):
+    def test_the_distribution_has_at_least_120_names(self):
         names = {package.name for package in self.base.sack.query()}
         self.assertGreaterEqual(len(names), 120)
 
@@ -423,7 +423,7 @@ class ResolveTest(SandboxTest):
         self.assert_unresolvable("sandstone")
         self.assertEqual(self.resolve_install("tern-mta"), {"tern-mta-1.0-1.noarch"})
 
-    def test_unused_dependency_is_removed_with_its_user(self):
+    def test_an_unused_dependency_is_removed_with_its_user(self):
         base = self.base(self.served())
         base.remove("trellis-editor")
         base.resolve(allow_erasing=True)
@@ -493,7 +493,7 @@ class TransactionTest(SandboxTest):
             self.assertEqual(outcome.errors.splitlines(), [
                 "chatterbox: %s to standard error" % section for section in sections])
 
-    def test_update_runs_the_scriptlets_of_both_versions(self):
+    def test_an_update_runs_the_scriptlets_of_both_versions(self):
         sandbox = self.copied()
         outcome = self.rpm(sandbox, "-U", self.file(sandbox, "sandbox-updates", "parrot-1.1-1.noarch.rpm"))
         self.assertEqual(outcome.output.splitlines(), [
@@ -552,7 +552,7 @@ class TransactionTest(SandboxTest):
             while os.path.exists(path + ".waiting"):
                 time.sleep(0.01)
 
-    def test_package_can_be_relocated(self):
+    def test_a_package_can_be_relocated(self):
         sandbox = self.copied()
         self.assertEqual(self.rpm(sandbox, "-e", "gallivant").status, 0)
         outcome = self.install(sandbox, "gallivant-1.0-1.noarch.rpm", "--prefix", "/usr/elsewhere")
@@ -568,7 +568,7 @@ class TransactionTest(SandboxTest):
 class HeaderTest(SandboxTest):
     """Tags of package files."""
 
-    def test_change_log_has_the_newest_entry_first(self):
+    def test_a_change_log_has_the_newest_entry_first(self):
         header = self.header("sandbox-updates", "parrot-1.1-1.noarch.rpm")
         self.assertEqual(len(header[rpm.RPMTAG_CHANGELOGTEXT]), 3)
         self.assertIn("LSA-2024-017: a crafted file\n  could", header[rpm.RPMTAG_CHANGELOGTEXT][0])
@@ -699,7 +699,7 @@ class ServerTest(SandboxTest):
         with open(self.file(sandbox, "sandbox-http", "repodata/repomd.xml"), "rb") as stream:
             return stream.read()
 
-    def test_server_sends_files_and_ranges_and_logs_requests(self):
+    def test_the_server_sends_files_and_ranges_and_logs_requests(self):
         sandbox = self.copied()
         content = self.content(sandbox)
         self.assertEqual(self.fetch(sandbox, self.index), (200, content))
@@ -733,7 +733,7 @@ class ServerTest(SandboxTest):
         del faults[self.index]
         self.assertEqual(self.fetch(sandbox, self.index), (200, content))
 
-    def test_fault_makes_dnf_fail(self):
+    def test_a_fault_makes_dnf_fail(self):
         sandbox = self.copied()
         package = "/sandbox-http/gargantua-1.0-1.noarch.rpm"
         sandbox.server.faults[package] = server.status(404)
