@@ -38,9 +38,9 @@ class HProgressBarTest : public QObject
 private Q_SLOTS:
     void theTextOfTheBarConsistsOfActivityAndPercentage();
     void placeMarkersInAnActivityAreShownUnchanged();
-    void theResetFunctionRemovesTheActivityAndTheValue();
-    void theSetActivityFunctionPaintsTheBarAgain();
-    void aFrameIsNotPaintedIfItFollowsTheLastFrameTooSoon();
+    void aResetRemovesTheActivityAndTheValue();
+    void theBarIsPaintedAgainIfItsActivityChanges();
+    void anAnimationFrameIsNotPaintedTooSoonAfterTheLastFrame();
     void hoveringOverTheBarInAnActiveWindowRequestsATip();
     void theRequestForATipContainsThePosition();
     void hoveringOverTheBarInAnInactiveWindowRequestsNoTip();
@@ -75,7 +75,7 @@ void HProgressBarTest::placeMarkersInAnActivityAreShownUnchanged()
     QCOMPARE(bar.text(), QString("Reading %1 and %2 (40%)"));
 }
 
-void HProgressBarTest::theResetFunctionRemovesTheActivityAndTheValue()
+void HProgressBarTest::aResetRemovesTheActivityAndTheValue()
 {
     HProgressBar bar;
     bar.setRange(0, 100);
@@ -86,7 +86,7 @@ void HProgressBarTest::theResetFunctionRemovesTheActivityAndTheValue()
     QCOMPARE(bar.value(), -1);
 }
 
-void HProgressBarTest::theSetActivityFunctionPaintsTheBarAgain()
+void HProgressBarTest::theBarIsPaintedAgainIfItsActivityChanges()
 {
     CountingBar bar;
     bar.setRange(0, 100);
@@ -99,7 +99,7 @@ void HProgressBarTest::theSetActivityFunctionPaintsTheBarAgain()
     QTRY_VERIFY(bar.paints > before);
 }
 
-void HProgressBarTest::aFrameIsNotPaintedIfItFollowsTheLastFrameTooSoon()
+void HProgressBarTest::anAnimationFrameIsNotPaintedTooSoonAfterTheLastFrame()
 {
     CountingBar bar;
     bar.setRange(0, 100);
@@ -111,7 +111,7 @@ void HProgressBarTest::aFrameIsNotPaintedIfItFollowsTheLastFrameTooSoon()
         bar.paints = 0;
         QCoreApplication::sendEvent(&bar, &frame);
         QCoreApplication::processEvents();
-        return frame.isAccepted() ? bar.paints : -1; // the style stops the animation at an ignored event
+        return frame.isAccepted() ? bar.paints : -1; // if the event is ignored, the style stops the animation
     };
     QElapsedTimer sinceFirst;
     do {

@@ -30,7 +30,7 @@
 
 namespace {
 
-// Whenever the window connects to the list or disconnects from it, records whether the list is locked.
+// A log that notes whether it is locked whenever the window connects to it or disconnects from it.
 class WatchedEntries : public Log::EntryList
 {
 public:
@@ -66,9 +66,9 @@ private Q_SLOTS:
     void theWindowHasTheExpectedTextsAndRanges();
     void theLogWindowHasNoParent();
     void anOpenedWindowShowsAllEntriesAndIsScrolledToTheEnd();
-    void theShowFromFunctionScrollsToTheGivenEntry();
-    void changingTheDetailLevelOrTheTimesBoxKeepsThePlace();
-    void changingTheDetailLevelOrTheTimesBoxKeepsTheViewAtTheEnd();
+    void theWindowScrollsToARequestedEntry();
+    void theTopEntryStaysAtTheTopIfTheDetailLevelOrTheTimesBoxChanges();
+    void theViewStaysAtTheEndIfTheDetailLevelOrTheTimesBoxChanges();
     void entriesAboveTheDetailLevelAreNotShown();
     void theDetailLevelAlsoAppliesToErrors();
     void detailLevelsAreComparedAsUnsignedNumbers();
@@ -80,7 +80,7 @@ private Q_SLOTS:
     void linesHaveNoSpaceBetweenThem();
     void markupIsShownAsPlainText();
     void blanksAndTabsInALineAreShownUnchanged();
-    void theHtmlProtectFunctionEscapesMarkupExceptAmpersands();
+    void markupCharactersExceptAmpersandsAreEscaped();
     void anOpenWindowShowsNewEntriesOfAllThreads();
     void thePaneScrollsToNewEntriesUnlessTheUserHasScrolledUp();
     void escapeHidesTheWindow_data();
@@ -103,7 +103,7 @@ private Q_SLOTS:
     void escapeInTheFindBarDoesNotHideTheWindow();
     void theSavedFileContainsTheShownLinesWithTheirTimes();
     void savingToAnExistingFileFirstAsksWhetherToReplaceIt();
-    void aMessageBoxNamesTheFileIfTheLogCannotBeSaved();
+    void aMessageBoxShowsTheFileNameIfTheLogCannotBeSaved();
     void hidingTheWindowClosesItsDialogs();
 
 private:
@@ -219,7 +219,7 @@ void LogWindowTest::anOpenedWindowShowsAllEntriesAndIsScrolledToTheEnd()
     QCOMPARE(scrollBar->value(), scrollBar->maximum());
 }
 
-void LogWindowTest::theShowFromFunctionScrollsToTheGivenEntry()
+void LogWindowTest::theWindowScrollsToARequestedEntry()
 {
     for (int i = 0; i < 200; ++i) {
         log(Log::Info, i % 2 == 0 ? 0 : 5, QString("line %1").arg(i));
@@ -234,7 +234,7 @@ void LogWindowTest::theShowFromFunctionScrollsToTheGivenEntry()
     QCOMPARE(topLine(), QString("Begin"));
     QCOMPARE(pane->textCursor().block().text(), QString("Begin"));
     QVERIFY(pane->hasFocus());
-    // At a higher detail level than before, the window shows more lines than before above this entry.
+    // At a higher detail level, the window shows more lines above this entry.
     level->setValue(5);
     window->showFrom(200);
     QCOMPARE(topLine(), QString("Begin"));
@@ -248,7 +248,7 @@ void LogWindowTest::theShowFromFunctionScrollsToTheGivenEntry()
     QCOMPARE(topLine(), QString("line 0"));
 }
 
-void LogWindowTest::changingTheDetailLevelOrTheTimesBoxKeepsThePlace()
+void LogWindowTest::theTopEntryStaysAtTheTopIfTheDetailLevelOrTheTimesBoxChanges()
 {
     for (int i = 0; i < 400; ++i) {
         log(Log::Info, i % 2 == 0 ? 0 : 5, QString("line %1").arg(i));
@@ -270,7 +270,8 @@ void LogWindowTest::changingTheDetailLevelOrTheTimesBoxKeepsThePlace()
         QVERIFY(scrollBar->value() < scrollBar->maximum());
         scrollBar->setValue(scrollBar->value() + 1);
     }
-    // The window does not show this entry at the lower detail level, and shows the next entry in its place.
+    // At the lower detail level, the window does not show the entry "line 251". So the next entry is at the
+    // top.
     level->setValue(2);
     QCOMPARE(topLine(), QString("line 252"));
     window->hide();
@@ -278,7 +279,7 @@ void LogWindowTest::changingTheDetailLevelOrTheTimesBoxKeepsThePlace()
     QCOMPARE(scrollBar->value(), scrollBar->maximum());
 }
 
-void LogWindowTest::changingTheDetailLevelOrTheTimesBoxKeepsTheViewAtTheEnd()
+void LogWindowTest::theViewStaysAtTheEndIfTheDetailLevelOrTheTimesBoxChanges()
 {
     for (int i = 0; i < 400; ++i) {
         log(Log::Info, i % 2 == 0 ? 0 : 5, QString("line %1").arg(i));
@@ -426,7 +427,7 @@ void LogWindowTest::blanksAndTabsInALineAreShownUnchanged()
     QCOMPARE(lines(), QStringList({"  two  blanks\tand\t\ttabs "}));
 }
 
-void LogWindowTest::theHtmlProtectFunctionEscapesMarkupExceptAmpersands()
+void LogWindowTest::markupCharactersExceptAmpersandsAreEscaped()
 {
     QString line("<a> &lt;\t& <");
     Log::Window::htmlProtect(line);
@@ -776,7 +777,7 @@ void LogWindowTest::savingToAnExistingFileFirstAsksWhetherToReplaceIt()
     QVERIFY(contents().endsWith("  new\n"));
 }
 
-void LogWindowTest::aMessageBoxNamesTheFileIfTheLogCannotBeSaved()
+void LogWindowTest::aMessageBoxShowsTheFileNameIfTheLogCannotBeSaved()
 {
     open();
     const QString path = QStringLiteral("/missing-directory/log.txt");

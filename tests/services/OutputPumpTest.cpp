@@ -100,7 +100,7 @@ private Q_SLOTS:
         QVERIFY(pumped.readWaiting(1 - way).isEmpty());
     }
 
-    void theStopFunctionReturnsOnlyAfterThePumpHasForwardedAllOutput()
+    void thePumpForwardsAllOutputBeforeItStops()
     {
         Pumped pumped;
         QVERIFY(pumped.started);

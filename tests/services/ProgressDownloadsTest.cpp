@@ -10,7 +10,7 @@
 #include "tests/services/ShownBars.h"
 
 // Tests of parallel downloads. The item bar shows the sum of all downloads, and a tip at the pointer lists
-// them.
+// the downloads.
 class ProgressDownloadsTest : public ShownBars
 {
     Q_OBJECT
@@ -22,7 +22,7 @@ private Q_SLOTS:
     void aRetryOfADownloadSubtractsItsValueFromTheSum();
     void aRetryOfADownloadNeverMakesTheSumNegative();
     void aReportWithATooLargeDownloadIndexIsIgnored();
-    void theResetFunctionRemovesTheDownloads();
+    void aResetRemovesTheDownloads();
     void atMostOneEventIsQueuedForReportsAboutDownloads();
     void hoveringShowsNoTipIfNoDownloadRuns();
     void hoveringOverTheItemBarShowsATipWithTheDownloads();
@@ -139,7 +139,7 @@ void ProgressDownloadsTest::aReportWithATooLargeDownloadIndexIsIgnored()
     QCOMPARE(spy.count(), 0);
 }
 
-void ProgressDownloadsTest::theResetFunctionRemovesTheDownloads()
+void ProgressDownloadsTest::aResetRemovesTheDownloads()
 {
     Progress::Object progress(total, item);
     progress.setupItemActsThreads("Downloading", 0, 1, 3, 100);

@@ -23,7 +23,7 @@ private Q_SLOTS:
     void aTotalValueWithinTheIntervalAfterAnItemValueIsNotSent();
     void aChangeOfTheActivityProcessesPendingEvents();
     void reportsOfAWorkerAreDeliveredInOrder();
-    void aProgressUserObjectSetsThePointerAndClearsItInItsDestructor();
+    void aProgressUserSetsThePointerAndItsDestructorClearsThePointer();
 };
 
 void ProgressReportsTest::aSecondItemValueWithinTheIntervalIsStoredButNotSent()
@@ -250,7 +250,7 @@ void ProgressReportsTest::reportsOfAWorkerAreDeliveredInOrder()
     disconnect(item, nullptr, this, nullptr);
 }
 
-void ProgressReportsTest::aProgressUserObjectSetsThePointerAndClearsItInItsDestructor()
+void ProgressReportsTest::aProgressUserSetsThePointerAndItsDestructorClearsThePointer()
 {
     Progress::Object* slot = nullptr;
     QPointer<Progress::Object> object;

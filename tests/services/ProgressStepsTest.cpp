@@ -5,7 +5,8 @@
 
 #include "tests/services/ShownBars.h"
 
-// Tests of the total bar and the item bar. The total consists of items, and each item consists of acts.
+// Tests of the total bar and the item bar. A part of the total belongs to one item, or is divided into acts.
+// In the second case, each item covers some of the acts.
 class ProgressStepsTest : public ShownBars
 {
     Q_OBJECT
@@ -14,20 +15,20 @@ private Q_SLOTS:
     void theArgumentTypesOfTheSignalsAreRegisteredUnderTheirNames();
     void aCopyOfTheDownloadStatesIsIndependentOfTheOriginal();
     void theBarsAreIdleBeforeAndAfterTheLifeOfAProgressObject();
-    void theStartTotalFunctionEnablesOnlyTheTotalBar();
+    void startingTheTotalEnablesOnlyTheTotalBar();
     void eachItemUsesTheNextPartOfTheTotalBar();
-    void theChangeItemActivityFunctionChangesOnlyTheText();
-    void theChangeTotalFunctionReducesAValueAboveTheOldMaximum();
-    void theChangeTotalFunctionKeepsAValueBelowTheOldMaximum();
-    void theActsOfAnItemTogetherFillItsPartOfTheTotalBar();
-    void oneStepOfTheItemBarCanUseSeveralActs();
-    void anActWithTooManyStepsFillsOnlyTheRemainingPart();
-    void anItemWithoutActsFillsItsWholePartOfTheTotalBar();
-    void theEndItemActsFunctionMovesTheTotalBarToTheEndOfAllActs();
+    void aNewActivityOfAnItemChangesOnlyTheText();
+    void aTotalValueAboveTheOldMaximumIsReducedIfTheMaximumChanges();
+    void aTotalValueBelowTheOldMaximumIsKeptIfTheMaximumChanges();
+    void allActsTogetherFillTheirPartOfTheTotalBar();
+    void oneItemCanCoverSeveralActs();
+    void anItemWithTooManyActsFillsOnlyTheRemainingPart();
+    void aPartOfTheTotalBarWithoutActsIsFilledAtItsEnd();
+    void endingTheActsMovesTheTotalBarToTheEndOfAllActs();
     void theTotalBarMovesToTheNewShareIfTheNumberOfActsChanges();
     void theTotalBarMovesToTheEndOfTheActsIfTheirNumberBecomesZero();
-    void theChangeItemActStepsFunctionSetsValueAndMaximumOfTheItemBar();
-    void theChangeItemActStepsFunctionSendsOnlyTheSignalWithThreeArguments();
+    void aChangeOfTheStepsSetsTheValueAndTheMaximumOfTheItemBar();
+    void aChangeOfTheStepsSendsOnlyTheSignalWithThreeArguments();
     void anItemFillsItsPartOfTheTotalBarIfTheItemMaximumIsZero();
     void anItemValueAboveTheMaximumIsReducedToTheMaximum();
     void theValuesAreScaledIfAMaximumIsBeyondTheRangeOfABar();
@@ -103,7 +104,7 @@ void ProgressStepsTest::theBarsAreIdleBeforeAndAfterTheLifeOfAProgressObject()
     QVERIFY(idle(item));
 }
 
-void ProgressStepsTest::theStartTotalFunctionEnablesOnlyTheTotalBar()
+void ProgressStepsTest::startingTheTotalEnablesOnlyTheTotalBar()
 {
     Progress::Object progress(total, item);
     QSignalSpy spy(&progress, SIGNAL(startTotalSig(QString, Steps)));
@@ -134,7 +135,7 @@ void ProgressStepsTest::eachItemUsesTheNextPartOfTheTotalBar()
     QCOMPARE(total->value(), 50);
 }
 
-void ProgressStepsTest::theChangeItemActivityFunctionChangesOnlyTheText()
+void ProgressStepsTest::aNewActivityOfAnItemChangesOnlyTheText()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Collecting", 100);
@@ -145,7 +146,7 @@ void ProgressStepsTest::theChangeItemActivityFunctionChangesOnlyTheText()
     QCOMPARE(total->value(), 15);
 }
 
-void ProgressStepsTest::theChangeTotalFunctionReducesAValueAboveTheOldMaximum()
+void ProgressStepsTest::aTotalValueAboveTheOldMaximumIsReducedIfTheMaximumChanges()
 {
     Progress::Object progress(total, item);
     QSignalSpy spy(&progress, SIGNAL(changeTotalSig(Steps, Steps)));
@@ -159,7 +160,7 @@ void ProgressStepsTest::theChangeTotalFunctionReducesAValueAboveTheOldMaximum()
     QCOMPARE(total->maximum(), 50);
 }
 
-void ProgressStepsTest::theChangeTotalFunctionKeepsAValueBelowTheOldMaximum()
+void ProgressStepsTest::aTotalValueBelowTheOldMaximumIsKeptIfTheMaximumChanges()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Collecting", 100);
@@ -170,7 +171,7 @@ void ProgressStepsTest::theChangeTotalFunctionKeepsAValueBelowTheOldMaximum()
     QCOMPARE(total->value(), 40);
 }
 
-void ProgressStepsTest::theActsOfAnItemTogetherFillItsPartOfTheTotalBar()
+void ProgressStepsTest::allActsTogetherFillTheirPartOfTheTotalBar()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -187,7 +188,7 @@ void ProgressStepsTest::theActsOfAnItemTogetherFillItsPartOfTheTotalBar()
     QCOMPARE(total->value(), 117);
 }
 
-void ProgressStepsTest::oneStepOfTheItemBarCanUseSeveralActs()
+void ProgressStepsTest::oneItemCanCoverSeveralActs()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 100);
@@ -254,7 +255,7 @@ void ProgressStepsTest::theValuesAreNotScaledIfAMaximumIsWithinTheRangeOfABar()
     QCOMPARE(item->maximum(), int(largest));
 }
 
-void ProgressStepsTest::anActWithTooManyStepsFillsOnlyTheRemainingPart()
+void ProgressStepsTest::anItemWithTooManyActsFillsOnlyTheRemainingPart()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -269,7 +270,7 @@ void ProgressStepsTest::anActWithTooManyStepsFillsOnlyTheRemainingPart()
     QCOMPARE(total->value(), 100);
 }
 
-void ProgressStepsTest::anItemWithoutActsFillsItsWholePartOfTheTotalBar()
+void ProgressStepsTest::aPartOfTheTotalBarWithoutActsIsFilledAtItsEnd()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -280,7 +281,7 @@ void ProgressStepsTest::anItemWithoutActsFillsItsWholePartOfTheTotalBar()
     QCOMPARE(total->value(), 100);
 }
 
-void ProgressStepsTest::theEndItemActsFunctionMovesTheTotalBarToTheEndOfAllActs()
+void ProgressStepsTest::endingTheActsMovesTheTotalBarToTheEndOfAllActs()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -289,7 +290,7 @@ void ProgressStepsTest::theEndItemActsFunctionMovesTheTotalBarToTheEndOfAllActs(
     progress.startItemAct("one", 10, 1);
     progress.endItemActs();
     QCOMPARE(total->value(), 150);
-    // After the end of the item, no part of it is left, so later steps do not move the total bar.
+    // After the end of the acts, no act is left, so later steps do not move the total bar.
     progress.changeItemActSteps(10, 10);
     QCOMPARE(total->value(), 150);
 }
@@ -323,7 +324,7 @@ void ProgressStepsTest::theTotalBarMovesToTheEndOfTheActsIfTheirNumberBecomesZer
     QCOMPARE(total->value(), 150);
 }
 
-void ProgressStepsTest::theChangeItemActStepsFunctionSetsValueAndMaximumOfTheItemBar()
+void ProgressStepsTest::aChangeOfTheStepsSetsTheValueAndTheMaximumOfTheItemBar()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Reading", 100);
@@ -337,7 +338,7 @@ void ProgressStepsTest::theChangeItemActStepsFunctionSetsValueAndMaximumOfTheIte
     QCOMPARE(total->value(), 40);
 }
 
-void ProgressStepsTest::theChangeItemActStepsFunctionSendsOnlyTheSignalWithThreeArguments()
+void ProgressStepsTest::aChangeOfTheStepsSendsOnlyTheSignalWithThreeArguments()
 {
     Progress::Object progress(total, item);
     QSignalSpy two(&progress, SIGNAL(changeItemActStepsSig(Steps, Steps)));

@@ -120,7 +120,8 @@ bool isFull(int fd)
     return ioctl(fd, FIONREAD, &waiting) == 0 && waiting > fcntl(fd, F_GETPIPE_SZ) - 4096;
 }
 
-// dup2() fails for this descriptor; -1 means none. A test cannot make the real dup2() fail.
+// The dup2() below fails for this descriptor; -1 stands for no descriptor. A test cannot make the real dup2()
+// fail.
 std::atomic<int> irreplaceable(-1);
 
 void writeAll(int fd, const QByteArray& bytes)
@@ -649,8 +650,8 @@ void YumIOCapturersTest::aDescriptorThatCannotBeRestoredIsReportedAndReadingCont
 void YumIOCapturersTest::aDescriptorThatCannotBeRestoredIsReportedAndReadingContinues()
 {
     QFETCH(int, descriptor);
-    // After a failed restore, the reader's thread is never deleted, so its receiver must exist until the
-    // program ends.
+    // If a descriptor cannot be restored, the thread that reads the pipe is never deleted. So the receiver of
+    // this thread must exist until the program ends.
     static Receiver receivers[3];
     Receiver& receiver = receivers[descriptor];
     // Standard output and standard error may be the same file. In this case, only the order of creation

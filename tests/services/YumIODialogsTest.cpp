@@ -90,8 +90,8 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void theConfirmFunctionReturnsTheAnswerOfThePressedButton_data();
-    void theConfirmFunctionReturnsTheAnswerOfThePressedButton();
+    void aConfirmationReturnsTheAnswerOfThePressedButton_data();
+    void aConfirmationReturnsTheAnswerOfThePressedButton();
     void theReturnKeyGivesTheDefaultAnswerOfAConfirmation_data();
     void theReturnKeyGivesTheDefaultAnswerOfAConfirmation();
     void closingAConfirmationWithTheWindowButtonRejectsIt();
@@ -107,7 +107,7 @@ private Q_SLOTS:
     void theBoxLooksAndAnswersLikeAStandardQMessageBox();
     void messageTextsAreShownAsPlainText();
     void theScrollableDialogShowsTheTextUntilItIsClosed();
-    void theWorkerGetsTheAnswerBeforeTheGraphicalThreadReturnsToItsLoop();
+    void aQuestionOfTheGraphicalThreadIsAnsweredWithoutASecondEventLoop();
     void aWarningWithADefaultButtonIgnoresKeysAtFirst();
     void oneYumIODialogsObjectServesSeveralRequests();
     void theMainWindowRespondsWhileAWorkerWaitsForADialog();
@@ -159,7 +159,7 @@ int YumIODialogsTest::run(std::function<int(YumIODialogs&)> request, std::functi
     return asker.answer;
 }
 
-void YumIODialogsTest::theConfirmFunctionReturnsTheAnswerOfThePressedButton_data()
+void YumIODialogsTest::aConfirmationReturnsTheAnswerOfThePressedButton_data()
 {
     QTest::addColumn<QString>("press");
     QTest::addColumn<int>("answer");
@@ -167,7 +167,7 @@ void YumIODialogsTest::theConfirmFunctionReturnsTheAnswerOfThePressedButton_data
     QTest::newRow("reject") << "Stop" << 0;
 }
 
-void YumIODialogsTest::theConfirmFunctionReturnsTheAnswerOfThePressedButton()
+void YumIODialogsTest::aConfirmationReturnsTheAnswerOfThePressedButton()
 {
     QFETCH(QString, press);
     QFETCH(int, answer);
@@ -435,10 +435,11 @@ void YumIODialogsTest::theScrollableDialogShowsTheTextUntilItIsClosed()
     QVERIFY(rightClass);
 }
 
-void YumIODialogsTest::theWorkerGetsTheAnswerBeforeTheGraphicalThreadReturnsToItsLoop()
+void YumIODialogsTest::aQuestionOfTheGraphicalThreadIsAnsweredWithoutASecondEventLoop()
 {
     YumIODialogs dialogs(mainWindow.get());
-    // Becomes true when the first event after the opening of the dialog is processed.
+    // Becomes true when an event is processed after the user has answered the dialog. A second event loop
+    // would process this event.
     bool eventsProcessed = false;
     connect(&dialogs, &YumIODialogs::confirmSig, this,
             [&] { QTimer::singleShot(0, this, [&] { eventsProcessed = true; }); });
