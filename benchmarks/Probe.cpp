@@ -354,7 +354,8 @@ private:
         return monotonic() - start;
     }
 
-    // In other columns, Qt::UserRole contains the record.
+    // Returns whether Qt::UserRole contains a number in this column. In other columns, Qt::UserRole contains
+    // the record.
     bool isNumber(int column) const
     {
         return proxy->sourceModel()->index(0, column).data(Qt::UserRole).canConvert<int>();
@@ -438,7 +439,7 @@ private:
 
     // The first expression makes the program read the texts. The other expressions search the texts that were
     // read. The last expressions are slow: their matches have no fixed text in common, or thousands of places
-    // begin like a match.
+    // in the texts begin like a match.
     void searches(bool again)
     {
         timed("search", [this] { modeCombo->setCurrentIndex(0); });
@@ -488,7 +489,7 @@ private:
         result[QStringLiteral("refreshes")] = rows;
     }
 
-    // Marks all updates, and asks for the listing. The answer is No.
+    // Marks all updates and presses "Apply Actions". Closes the listing a second after it was painted.
     void listing()
     {
         timed("mark", [this] { buttons.value(QStringLiteral("Set Update of Listed"))->click(); });

@@ -175,7 +175,7 @@ class QueryTest(unittest.TestCase):
         flags = {
             repo.id: (repo.enabled, repo.gpgcheck, repo.baseurl[0].split(":")[0])
             for repo in self.base.repos.all()}
-        # When dnf reads an unreachable repository that may be skipped, dnf disables it.
+        # When dnf cannot reach a repository with skip_if_unavailable, dnf disables the repository.
         self.assertEqual(flags, {
             "sandbox-http": (True, False, "http"), "sandbox-file": (True, False, "file"),
             "sandbox-updates": (True, False, "http"), "sandbox-disabled": (False, False, "file"),
@@ -223,7 +223,7 @@ class QueryTest(unittest.TestCase):
         self.assertEqual(relations("orchard", "requires_pre"), ["setup"])
         self.assertIn("(orchard-lang if lexicon-en)", relations("orchard", "requires"))
 
-    def test_suites_have_the_group_suite(self):
+    def test_suites_are_in_the_rpm_group_suite(self):
         groups = {name: {package.group for package in self.query(name=name)} for name in (
             "vyre-office-suite", "vyre-network-suite", "vyre-games-suite", "ledger-calc")}
         self.assertEqual(groups, {
@@ -241,7 +241,7 @@ class QueryTest(unittest.TestCase):
             self.assertEqual(package.reponame, "sandbox-http")
             self.assertGreater(package.downloadsize, 200000)
 
-    def test_texts_use_many_scripts(self):
+    def test_texts_use_many_writing_systems(self):
         for name, script in (
                 ("ryabina", "[\u0400-\u04ff]"), ("sakura-ime", "[\u3040-\u30ff]"), ("hanzi-fonts", "[\u4e00-\u9fff]"),
                 ("hangul-type", "[\uac00-\ud7af]"), ("qamus", "[\u0600-\u06ff]"), ("elaia", "[\u0370-\u03ff]"),
@@ -294,7 +294,7 @@ class QueryTest(unittest.TestCase):
             "cormorant-fetch": True, "nettle-scan": False, "flint-ssh": True, "weir-limit": False})
 
     @needs_groups
-    def test_a_mandatory_member_has_an_update(self):
+    def test_a_mandatory_member_of_a_group_has_an_update(self):
         self.assertEqual([member.name for member in self.group("weaving").mandatory_packages], ["loomctl"])
         self.assertIn("loomctl-1.1-1.x86_64", self.upgrades())
 
@@ -423,14 +423,14 @@ class ResolveTest(SandboxTest):
         self.assert_unresolvable("sandstone")
         self.assertEqual(self.resolve_install("tern-mta"), {"tern-mta-1.0-1.noarch"})
 
-    def test_an_unused_dependency_is_removed_with_its_user(self):
+    def test_a_dependency_is_removed_with_the_last_package_that_needs_it(self):
         base = self.base(self.served())
         base.remove("trellis-editor")
         base.resolve(allow_erasing=True)
         self.assertEqual(self.transaction(base), {
             ("Removed", "trellis-editor-1.2-1.x86_64"), ("Removed", "libtrellis-1.2-1.x86_64")})
 
-    def test_updating_everything_resolves_without_an_impossible_update(self):
+    def test_an_update_of_all_packages_leaves_out_an_impossible_update(self):
         base = self.base(self.served())
         base.upgrade_all()
         base.resolve()
@@ -733,7 +733,7 @@ class ServerTest(SandboxTest):
         del faults[self.index]
         self.assertEqual(self.fetch(sandbox, self.index), (200, content))
 
-    def test_a_fault_makes_dnf_fail(self):
+    def test_dnf_fails_if_a_fault_removes_a_package_from_the_server(self):
         sandbox = self.copied()
         package = "/sandbox-http/gargantua-1.0-1.noarch.rpm"
         sandbox.server.faults[package] = server.status(404)
@@ -788,7 +788,7 @@ class ServerTest(SandboxTest):
             self.assertIn("3.3.0-2", output)
             self.assertIn("sandbox-http.solv", os.listdir(sandbox.root + place))
 
-    def test_the_sandbox_can_expire_and_clear_the_caches_of_both_programs(self):
+    def test_the_sandbox_can_expire_and_clear_the_caches_of_dnf_and_vyre(self):
         sandbox = self.copied()
         self.make_caches(sandbox)
         fetched = sandbox.server.paths(200).count(self.index)
@@ -859,7 +859,7 @@ class CommandLineTest(SandboxTest):
             with self.assertRaises(ConnectionRefusedError):
                 socket.create_connection(("127.0.0.1", self.port(sandbox)))
 
-    def test_errors_are_reported(self):
+    def test_a_directory_without_a_sandbox_is_reported(self):
         outcome = self.run_sandbox("list", workspace)
         self.assertEqual((outcome.status, outcome.output), (1, ""))
         self.assertIn("does not contain a sandbox", outcome.errors)

@@ -10,7 +10,7 @@ __all__ = ["Sandbox", "make", "needs_groups"]
 
 
 def make(directory):
-    """Makes a sandbox in a directory that does not exist yet; returns it."""
+    """Makes a sandbox in a directory that does not exist yet; returns the sandbox."""
     from .maker import make as make_sandbox  # needs dnf and rpm, which users of an existing sandbox may lack
 
     return make_sandbox(directory)

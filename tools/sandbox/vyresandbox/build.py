@@ -193,7 +193,7 @@ class KeyRing(object):
             env=self._environment)
 
     def sign(self, user, paths):
-        # rpm's built-in macros may name the program differently, so this sets its real path.
+        # rpm's built-in macros may contain another path of gpg, so this function sets the real path.
         macros = {"_gpg_name": "=" + user, "_gpg_path": self._home, "__gpg": shutil.which("gpg")}
         command = ["rpmsign"] + list(DBPATH)
         for name, value in macros.items():

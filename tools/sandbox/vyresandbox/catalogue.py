@@ -323,7 +323,7 @@ def _scriptlets():
                          "preun": "printf 'halfline: nor after this' >&2"}),
         Package("slowpoke", "1.0", "Takes three seconds to install", arch="noarch",
                 scripts={"post": "for i in 1 2 3; do echo \"slowpoke: step $i\"; sleep 1; done"}),
-        # If the file is missing, the next scriptlets continue at once.
+        # If the file of _wait_while() is missing, the scriptlet continues at once.
         Package("doorkeeper", "1.0", "Lets nobody in", arch="noarch", state="user",
                 scripts={"postun": "echo 'doorkeeper-1.0: gone'"}),
         Package("doorkeeper", "1.1", "Installs for as long as there is /tmp/doorkeeper", arch="noarch",

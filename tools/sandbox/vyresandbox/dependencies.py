@@ -2,8 +2,8 @@
 """Stand-ins for the packages of a Fedora-like system that VYRE's own rpm needs.
 
 The stand-ins have the same names as those packages. The stand-ins for libraries provide the names that rpm's generator
-finds in this machine's own libraries. After their installation, an rpm that was built here can be installed. The
-stand-ins contain nothing else.
+finds in this machine's own libraries. After their installation, an rpm of VYRE that was built on this machine can be
+installed. The stand-ins contain nothing else.
 """
 
 import datetime

@@ -173,7 +173,7 @@ def _rules():
         _rule("stacked", "1", ("Provides", "installonlypkg(stacked)"), files={"/usr/share/stacked/1": "1\n"}),
         _rule("stacked", "2", ("Provides", "installonlypkg(stacked)"), files={"/usr/share/stacked/2": "2\n"}),
         _rule("stacked", "3", ("Provides", "installonlypkg(stacked)"), files={"/usr/share/stacked/3": "3\n"}),
-        # Dependencies that are installed with others, and removed with them.
+        # Dependencies that are installed with the packages that need them, and removed with these packages.
         _rule("user-of-part", "1", "part-of-two"),
         _rule("other-user-of-part", "1", "part-of-two"),
         _rule("part-of-two", "1"),
@@ -210,7 +210,7 @@ def _rules():
         _rule("shared-later", "1"),
         _rule("shared-later", "2", repo="extra-rival"),
     ]
-    # Each architecture of twin can be required.
+    # A package can require twin of one architecture.
     for package in packages:
         if package.name == "twin":
             package.relations.append(("Provides", "twin(%s) = %s" % (
@@ -291,8 +291,8 @@ def make_repositories(sandbox, work):
         _pack_with_zstd(os.path.join(sandbox.repository("extra-zstd"), "repodata"))
 
 
-# The createrepo_c of some distributions cannot pack with zstd. If it can, its
-# modifyrepo_c would unpack the files of _pack_with_zstd().
+# Some versions of createrepo_c cannot pack with zstd. Only for these versions, _pack_with_zstd() packs the files. With
+# all other versions, modifyrepo_c would unpack the files again.
 _CREATEREPO_PACKS_WITH_ZSTD = "zstd" in run([CREATEREPO[0], "--help"])
 
 _OPTIONS = {

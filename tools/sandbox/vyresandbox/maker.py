@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Makes a sandbox: rpms, repositories, and a root in which some of them are installed."""
+"""Makes a sandbox: rpms, repositories, and a root in which some of the rpms are installed."""
 
 import os
 import shutil

@@ -33,13 +33,13 @@ class Sandbox(object):
     directory/root  the system root (.root)
     directory/http  the repositories that the server serves
     directory/file  the repositories with file URLs
-    directory/more  the repositories that no file of the root names, until use() is called
+    directory/more  the repositories that the root uses only after a call of use()
     directory/home  the home directory for programs that run on the sandbox
     directory/without-groups
                     exists if dnf cannot read groups, and contains the reason; then the repositories have groups, but
                     no group is installed in the root
 
-    As a context manager it starts the server and stops it at the end:
+    A "with" statement starts the server, and stops it at the end:
 
         with Sandbox.made("/tmp/original").copy("/tmp/copy") as sandbox:
             subprocess.run(command, env=sandbox.environment())

@@ -25,11 +25,11 @@ class Request(object):
 class Server(socketserver.ThreadingMixIn, HTTPServer):
     """Serves the files below a directory, with one thread for each request.
 
-    faults    path ("/sandbox-http/repodata/repomd.xml") -> callable(handler). The server calls it instead of sending
-              the file. The callable answers through the handler (see the functions below), or returns without an
-              answer, which closes the connection. A test may change this dictionary while the server runs.
+    faults    path ("/sandbox-http/repodata/repomd.xml") -> callable(handler). The server calls the callable instead of
+              sending the file. The callable answers through the handler (see the functions below), or returns without
+              an answer, which closes the connection. A test may change this dictionary while the server runs.
     requests  the request log, oldest first.
-    stopping  stop() sets it; a fault that waits must watch it.
+    stopping  the event that stop() sets; a fault that waits must also wait for this event.
     """
 
     daemon_threads = True
@@ -46,7 +46,7 @@ class Server(socketserver.ThreadingMixIn, HTTPServer):
 
     @classmethod
     def preferring(cls, directory, port):
-        """A server on that port, or on any free port if another process uses it."""
+        """A server on that port. If another process uses that port, a server on any free port."""
         try:
             return cls(directory, port)
         except OSError as error:
