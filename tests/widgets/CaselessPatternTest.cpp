@@ -22,8 +22,8 @@ private Q_SLOTS:
                                             << "c++" << true;
         QTest::newRow("anchor") << "^Fire"
                                 << "firefox" << true;
-        QTest::newRow("anchor elsewhere") << "^Fox"
-                                          << "firefox" << false;
+        QTest::newRow("anchor, but no match at the beginning") << "^Fox"
+                                                               << "firefox" << false;
         QTest::newRow("brackets") << "[A-C]x+Y"
                                   << "bXXy" << true;
         QTest::newRow("alternatives") << "One|TWO"
@@ -44,7 +44,7 @@ private Q_SLOTS:
         QTEST(pattern.matchesAny(QByteArray("one\0", 4) + text.toUtf8() + '\0'), "matches");
     }
 
-    void anInvalidExpressionAndAReferenceToAGroupCannotBeUsed()
+    void anInvalidExpressionOrABackReferenceCannotBeUsed()
     {
         QVERIFY(!CaselessPattern("(a").isUsable());
         QVERIFY(!CaselessPattern("(a*)*\\1b").isUsable());

@@ -202,7 +202,7 @@ void ColorsTest::coloursAreReadableOnADarkBackground()
         // The readable colour has the hue of the original colour; only its lightness differs.
         QVERIFY(qAbs(color.hslHue() - QColor(name()).hslHue()) <= 4);
     }
-    // If a colour is readable on this background, the function returns it unchanged.
+    // If a colour is readable on the background, readable() returns this colour unchanged.
     if (background == "#232323") {
         QCOMPARE(Colors::readable("darkorange", QColor(background)), QString("darkorange"));
     }

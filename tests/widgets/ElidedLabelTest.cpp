@@ -6,7 +6,7 @@
 #include <QTextDocument>
 #include <QtTest>
 
-// Tests of a label that shortens a text that is too long for it.
+// Tests of a label that shortens too long texts.
 class ElidedLabelTest : public QObject
 {
     Q_OBJECT

@@ -106,7 +106,7 @@ class ExpressionTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void theMatchesFunctionHasTheSameResultsAsTheCLibrary_data()
+    void anExpressionMatchesTheSameTextsAsInTheCLibrary_data()
     {
         QTest::addColumn<quint32>("seed");
         for (quint32 seed = 1; seed <= 10; ++seed) {
@@ -114,7 +114,7 @@ private Q_SLOTS:
         }
     }
 
-    void theMatchesFunctionHasTheSameResultsAsTheCLibrary()
+    void anExpressionMatchesTheSameTextsAsInTheCLibrary()
     {
         QFETCH(quint32, seed);
         Generator generator(seed);
@@ -184,7 +184,7 @@ private Q_SLOTS:
         }
     }
 
-    void theRequiredTextFunctionReturnsTheTextThatEveryMatchContains_data()
+    void theRequiredTextIsTheTextThatEveryMatchContains_data()
     {
         QTest::addColumn<QString>("expression");
         QTest::addColumn<QString>("required");
@@ -252,7 +252,7 @@ private Q_SLOTS:
         row("ab\\", "ab");
     }
 
-    void theRequiredTextFunctionReturnsTheTextThatEveryMatchContains()
+    void theRequiredTextIsTheTextThatEveryMatchContains()
     {
         QFETCH(QString, expression);
         QFETCH(QString, required);
@@ -262,7 +262,7 @@ private Q_SLOTS:
         QCOMPARE(answer, whole);
     }
 
-    void theInOnePassFunctionConvertsOnlyExpressionsThatOnePassCanMatch_data()
+    void onlyExpressionsThatOnePassCanMatchAreConverted_data()
     {
         QTest::addColumn<QByteArray>("expression");
         QTest::addColumn<QByteArray>("onePass");
@@ -286,7 +286,7 @@ private Q_SLOTS:
         row("a*)|(b", "");
     }
 
-    void theInOnePassFunctionConvertsOnlyExpressionsThatOnePassCanMatch()
+    void onlyExpressionsThatOnePassCanMatchAreConverted()
     {
         QFETCH(QByteArray, expression);
         QFETCH(QByteArray, onePass);
@@ -327,7 +327,7 @@ private Q_SLOTS:
         }
     }
 
-    void theFaultFunctionDescribesASyntaxErrorInTheExpression()
+    void theFaultDescribesASyntaxErrorInTheExpression()
     {
         Expression expression;
         QCOMPARE(expression.fault(), QString());

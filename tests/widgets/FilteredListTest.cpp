@@ -28,7 +28,7 @@ public:
 
 const QVector<FixedTable::Row> usual = {{3, "update kernel"}, {2, "install shell"}, {1, "install kernel"}};
 
-// The C library compares this expression with a long row of letters "a". If a row has no letter "b", the
+// The C library needs minutes to compare this expression with letters(300). If a text has no letter "b", the
 // comparison is short.
 const QString difficult = QStringLiteral("(a*)*\\1b");
 

@@ -48,7 +48,7 @@ QStringList firstColumn(const FilteredRows& rows)
     return texts;
 }
 
-// The C library compares this expression with the text for minutes.
+// The C library needs minutes to compare this expression with difficultText().
 const QString difficult = QStringLiteral("(a*)*\\1b");
 
 QString difficultText()

@@ -109,8 +109,8 @@ private Q_SLOTS:
     void activatingOrDeactivatingAWindowHidesTheTip_data();
     void activatingOrDeactivatingAWindowHidesTheTip();
     void movingThePointerOutOfTheWidgetHidesTheTip();
-    void theTipIsHiddenByKeysOtherThanModifiers_data();
-    void theTipIsHiddenByKeysOtherThanModifiers();
+    void aKeyHidesTheTipUnlessAModifierIsPressed_data();
+    void aKeyHidesTheTipUnlessAModifierIsPressed();
     void theWidgetReceivesTheInputThatHidesItsTip();
 };
 
@@ -214,11 +214,11 @@ void GeneralTipTest::theTipIsPlacedNearThePointer_data()
 
     QTest::newRow("below and right of the pointer") << contents << QPoint(300, 200) << QPoint(302, 216);
     QTest::newRow("top left corner") << contents << QPoint(0, 0) << QPoint(2, 16);
-    QTest::newRow("top right corner goes left")
+    QTest::newRow("top right corner, tip on the left")
         << contents << QPoint(w - 1, 0) << QPoint(w - 1 + 2 - (tw + 4), 16);
-    QTest::newRow("bottom left corner goes up")
+    QTest::newRow("bottom left corner, tip above")
         << contents << QPoint(0, h - 1) << QPoint(2, h - 1 + 16 - (th + 24));
-    QTest::newRow("bottom right corner goes left and up")
+    QTest::newRow("bottom right corner, tip above and on the left")
         << contents << QPoint(w - 1, h - 1) << QPoint(w - 1 + 2 - (tw + 4), h - 1 + 16 - (th + 24));
     QTest::newRow("just fits at the right and bottom")
         << contents << QPoint(w - tw - 2, h - th - 16) << QPoint(w - tw, h - th);
@@ -394,7 +394,7 @@ void GeneralTipTest::movingThePointerOutOfTheWidgetHidesTheTip()
     QVERIFY(!tip->isVisible());
 }
 
-void GeneralTipTest::theTipIsHiddenByKeysOtherThanModifiers_data()
+void GeneralTipTest::aKeyHidesTheTipUnlessAModifierIsPressed_data()
 {
     QTest::addColumn<int>("key");
     QTest::addColumn<Qt::KeyboardModifiers>("held");
@@ -423,7 +423,7 @@ void GeneralTipTest::theTipIsHiddenByKeysOtherThanModifiers_data()
     row("number pad with Control", Qt::Key_5, Qt::KeypadModifier | Qt::ControlModifier, false);
 }
 
-void GeneralTipTest::theTipIsHiddenByKeysOtherThanModifiers()
+void GeneralTipTest::aKeyHidesTheTipUnlessAModifierIsPressed()
 {
     QFETCH(int, key);
     QFETCH(Qt::KeyboardModifiers, held);

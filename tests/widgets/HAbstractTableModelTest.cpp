@@ -12,11 +12,11 @@ class HAbstractTableModelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void theForceSortColumnRediscoveryFunctionResetsTheModelOnce();
-    void aViewShowsTheChangedRowsAfterForceSortColumnRediscovery();
+    void rediscoveringTheSortColumnResetsTheModelOnce();
+    void aViewShowsChangedRowsAfterTheSortColumnIsRediscovered();
 };
 
-void HAbstractTableModelTest::theForceSortColumnRediscoveryFunctionResetsTheModelOnce()
+void HAbstractTableModelTest::rediscoveringTheSortColumnResetsTheModelOnce()
 {
     FixedTable model({{1, 2}});
     QStringList order;
@@ -26,7 +26,7 @@ void HAbstractTableModelTest::theForceSortColumnRediscoveryFunctionResetsTheMode
     QCOMPARE(order, (QStringList{QStringLiteral("about"), QStringLiteral("reset")}));
 }
 
-void HAbstractTableModelTest::aViewShowsTheChangedRowsAfterForceSortColumnRediscovery()
+void HAbstractTableModelTest::aViewShowsChangedRowsAfterTheSortColumnIsRediscovered()
 {
     FixedTable model({{1, 2}});
     QTableView view;

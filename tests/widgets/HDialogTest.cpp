@@ -28,7 +28,7 @@ void HDialogTest::theReturnAndEnterKeysDoNotPressTheDefaultButton_data()
 void HDialogTest::theReturnAndEnterKeysDoNotPressTheDefaultButton()
 {
     QFETCH(Qt::Key, key);
-    // The same form in a QDialog shows the difference: there the key presses the button.
+    // In a QDialog with the same form, the key presses the default button.
     HDialog dialog;
     QDialog plain;
     const QVector<QPair<QDialog*, int>> expected = {{&dialog, 0}, {&plain, 1}};

@@ -38,7 +38,7 @@ class HGroupBoxTest : public QObject
 private Q_SLOTS:
     void theBoxShowsTheWholeTitle_data();
     void theBoxShowsTheWholeTitle();
-    void theTitleFunctionReturnsTheGivenText();
+    void theBoxReturnsTheGivenTitle();
 };
 
 void HGroupBoxTest::theBoxShowsTheWholeTitle_data()
@@ -66,7 +66,7 @@ void HGroupBoxTest::theBoxShowsTheWholeTitle()
     QCOMPARE(inkWidth(box, rows), inkWidth(label, rows));
 }
 
-void HGroupBoxTest::theTitleFunctionReturnsTheGivenText()
+void HGroupBoxTest::theBoxReturnsTheGivenTitle()
 {
     const HGroupBox box("Title");
     QCOMPARE(box.title(), QString("Title"));

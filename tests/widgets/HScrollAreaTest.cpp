@@ -117,8 +117,8 @@ private Q_SLOTS:
     void theMaximumSizeCanBeGivenInColumnsAndRows();
     void theScreenLimitsTheSizeHint_data();
     void theScreenLimitsTheSizeHint();
-    void theForceResizeFunctionAdaptsTheAreaToTheInnerWidget();
-    void theForceResizeFunctionDoesNothingIfNoInnerWidgetIsSet();
+    void aForcedResizeAdaptsTheAreaToTheInnerWidget();
+    void aForcedResizeDoesNothingIfNoInnerWidgetIsSet();
     void aLongLabelScrollsInsideItsWindow();
 };
 
@@ -209,7 +209,7 @@ void HScrollAreaTest::theScreenLimitsTheSizeHint()
     }
 }
 
-void HScrollAreaTest::theForceResizeFunctionAdaptsTheAreaToTheInnerWidget()
+void HScrollAreaTest::aForcedResizeAdaptsTheAreaToTheInnerWidget()
 {
     QWidget window;
     QVBoxLayout* column = new QVBoxLayout(&window);
@@ -228,7 +228,7 @@ void HScrollAreaTest::theForceResizeFunctionAdaptsTheAreaToTheInnerWidget()
     QCOMPARE(window.sizeHint(), before + QSize(300, 220));
 }
 
-void HScrollAreaTest::theForceResizeFunctionDoesNothingIfNoInnerWidgetIsSet()
+void HScrollAreaTest::aForcedResizeDoesNothingIfNoInnerWidgetIsSet()
 {
     HScrollArea area;
     area.forceResize();

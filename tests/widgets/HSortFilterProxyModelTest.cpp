@@ -10,8 +10,8 @@
 
 namespace {
 
-// A proxy that lists either all numbers or only the odd ones. Like a filter of the package table, this switch
-// works in addition to the expression.
+// A proxy that lists either the rows that match the expression, or the rows with odd numbers. Like a filter
+// of the package table, the switch between them is not a part of the expression.
 class SwitchedProxy : public HSortFilterProxyModel
 {
 public:
@@ -70,10 +70,10 @@ private Q_SLOTS:
     void theSecondarySortIndexIsInTheRowOfTheGivenIndex();
     void everyChangeOfTheFilterSortsAllRowsAgain_data();
     void everyChangeOfTheFilterSortsAllRowsAgain();
-    void theSetFilterRegExpFunctionAcceptsAPatternAndKeepsTheSortOrder();
-    void theSetFilterRegExpFunctionAcceptsAQRegExpAndKeepsTheSortOrder();
-    void theFilterChangedFunctionAppliesTheFilterAgain();
-    void theClearFunctionAppliesTheFilterAgain();
+    void aNewPatternFiltersTheRowsAndKeepsTheSortOrder();
+    void aNewQRegExpFiltersTheRowsAndKeepsTheSortOrder();
+    void aReportedChangeOfTheFilterAppliesTheFilterAgain();
+    void clearingTheProxyAppliesTheFilterAgain();
     void aProxyThatWasNeverSortedKeepsTheSourceOrder();
     void aSourceModelCanBeSetThroughTheBaseClass();
     void aSourceThatIsNoHAbstractTableModelIsSortedByOneColumnOnly();
@@ -232,7 +232,7 @@ void HSortFilterProxyModelTest::everyChangeOfTheFilterSortsAllRowsAgain()
     QCOMPARE(proxy.sortOrder(), Qt::DescendingOrder);
 }
 
-void HSortFilterProxyModelTest::theSetFilterRegExpFunctionAcceptsAPatternAndKeepsTheSortOrder()
+void HSortFilterProxyModelTest::aNewPatternFiltersTheRowsAndKeepsTheSortOrder()
 {
     FixedTable model({{"bc", 0}, {"x", 0}, {"ab", 0}});
     HSortFilterProxyModel proxy(1);
@@ -245,7 +245,7 @@ void HSortFilterProxyModelTest::theSetFilterRegExpFunctionAcceptsAPatternAndKeep
     QCOMPARE(column(proxy, 0), (QVariantList{"ab", "bc", "x"}));
 }
 
-void HSortFilterProxyModelTest::theSetFilterRegExpFunctionAcceptsAQRegExpAndKeepsTheSortOrder()
+void HSortFilterProxyModelTest::aNewQRegExpFiltersTheRowsAndKeepsTheSortOrder()
 {
     FixedTable model({{"BC", 0}, {"x", 0}, {"ab", 0}});
     HSortFilterProxyModel proxy(1);
@@ -257,7 +257,7 @@ void HSortFilterProxyModelTest::theSetFilterRegExpFunctionAcceptsAQRegExpAndKeep
     QCOMPARE(column(proxy, 0), (QVariantList{"ab", "BC"}));
 }
 
-void HSortFilterProxyModelTest::theFilterChangedFunctionAppliesTheFilterAgain()
+void HSortFilterProxyModelTest::aReportedChangeOfTheFilterAppliesTheFilterAgain()
 {
     FixedTable model({{3, 0}, {2, 0}, {1, 0}});
     SwitchedProxy proxy(1);
@@ -270,7 +270,7 @@ void HSortFilterProxyModelTest::theFilterChangedFunctionAppliesTheFilterAgain()
     QCOMPARE(column(proxy, 0), (QVariantList{1, 3}));
 }
 
-void HSortFilterProxyModelTest::theClearFunctionAppliesTheFilterAgain()
+void HSortFilterProxyModelTest::clearingTheProxyAppliesTheFilterAgain()
 {
     FixedTable model({{3, 0}, {2, 0}, {1, 0}});
     SwitchedProxy proxy(1);

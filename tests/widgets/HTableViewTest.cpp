@@ -118,7 +118,7 @@ private Q_SLOTS:
     void fittingTheColumnsNeverShrinksTheWindow();
     void fittingTheColumnsUpdatesTheLayoutsOfAllParentWidgets();
     void theHeaderIndicatesTheSortedColumn();
-    void theSortByColumnFunctionKeepsTheOrderOfTheHeaderIfNoOrderIsGiven();
+    void sortingByAColumnKeepsTheOrderOfTheHeaderIfNoOrderIsGiven();
     void clickingAHeaderTwiceReversesTheOrder();
     void sortingDoesNothingIfTheViewHasNoModel();
     void theSelectedRowsAreReturnedInTheOrderOfTheirSelection();
@@ -421,7 +421,7 @@ void HTableViewTest::theHeaderIndicatesTheSortedColumn()
     QCOMPARE(view.horizontalHeader()->sortIndicatorOrder(), Qt::AscendingOrder);
 }
 
-void HTableViewTest::theSortByColumnFunctionKeepsTheOrderOfTheHeaderIfNoOrderIsGiven()
+void HTableViewTest::sortingByAColumnKeepsTheOrderOfTheHeaderIfNoOrderIsGiven()
 {
     FixedTable model({{2, "a"}, {10, "b"}, {9, "c"}});
     HSortFilterProxyModel proxy(1);

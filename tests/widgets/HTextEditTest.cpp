@@ -279,7 +279,7 @@ void HTextEditTest::theHomeAndEndKeysScrollToTheEndsOfAReadOnlyText()
     press(Qt::Key_PageDown);
     QVERIFY(bar->value() > 0);
 
-    // An editable text has a cursor, and these keys move it instead of scrolling.
+    // An editable text has a cursor. These keys move the cursor instead of scrolling.
     edit.setReadOnly(false);
     press(Qt::Key_End, Qt::ControlModifier);
     QCOMPARE(edit.textCursor().position(), edit.document()->characterCount() - 1);
