@@ -423,7 +423,7 @@ class AdministratorTest(unittest.TestCase):
         directory = self.system.plug_ins
         client = self.display.client['env']
 
-        # First show that each of these settings makes VYRE load a library.
+        # First show that the test can fail: each of these settings makes VYRE load a library.
         def load(*words, **environment):
             run('/usr/bin/vyre', *words, '--help', check=False,
                 env=dict(client, VYRESHARE='/usr/share/vyre', **environment))

@@ -137,7 +137,7 @@ class System:
             run('mount', '-t', 'overlay', '-o', 'lowerdir={},upperdir={},workdir={}'.format(lower, upper, work),
                 'none', '/' + name)
         run('mount', '-t', 'tmpfs', '-o', 'mode=755', 'none', '/run')
-        # If the X server is killed, root's socket is left behind, and the user's compositor could not replace it.
+        # A killed X server leaves root's socket behind, which the user's compositor could not replace.
         os.makedirs('/tmp/.X11-unix', exist_ok=True)
         run('mount', '-t', 'tmpfs', '-o', 'mode=1777', 'none', '/tmp/.X11-unix')
         self.runtime = '/run/user/%d' % UID
@@ -177,8 +177,8 @@ class System:
             threading.Thread(target=self.serve_helper, args=[socket.socket(socket.AF_UNIX)], daemon=True).start()
 
     def serve_helper(self, server):
-        """Start the process that checks the password, once per connection. In some versions of polkit, systemd starts
-        this process instead of the agent, but this system has no systemd.
+        """Start the process that checks the password, once for each connection. In some versions of polkit, systemd has
+        to start this process, but this system has no systemd.
         """
         os.makedirs('/run/polkit', exist_ok=True)
         server.bind('/run/polkit/agent-helper.socket')
@@ -320,7 +320,7 @@ class Agent(threading.Thread):
                     self.text += os.read(self.terminal, 4096).decode('utf-8', 'replace')
                 except OSError:
                     break
-            # While the terminal still shows typed text, it would discard the password, so wait until it hides typed
+            # A terminal that still shows typed text would discard the password. So wait until the terminal hides typed
             # text.
             if self.text[answered:].rstrip().lower().endswith('password:') and \
                     not termios.tcgetattr(self.terminal)[3] & termios.ECHO:

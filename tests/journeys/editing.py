@@ -167,9 +167,9 @@ class EditingTest(JourneyTest):
         return found
 
     def requests_from_now(self):
-        """The number of requests that the server has received. Each collection after this call that reads the
-        repositories makes the number larger. This function lets the metadata expire. Otherwise a collection could use
-        metadata that are less than a second old.
+        """Return the number of requests that the server has received. The function also lets the metadata expire,
+        because otherwise a collection could use metadata that are less than a second old. So each later collection that
+        reads the repositories increases the number.
         """
         self.sandbox.expire_metadata()
         return len(self.sandbox.server.paths())

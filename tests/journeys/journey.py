@@ -26,7 +26,8 @@ from vyresandbox import Sandbox  # noqa: E402
 DATABASE_LOCK = 'var/lib/dnf/rpmdb_lock.pid'
 
 DEPENDENCIES = 'Performing the following to resolve dependencies:'
-# In the listing, these headings are above the additional removals. The keys are the first words of these lines.
+# The lines of additional removals begin with these keys. In the listing, these lines are below the headings in the
+# values.
 DEPENDENCY_HEADINGS = {'Remove (unused):': 'Removing unused dependencies:', 'Remove:': 'Removing dependent packages:'}
 ONLY_REMOVALS = 'No downloads; only removals\n'
 
@@ -354,7 +355,7 @@ class JourneyTest(unittest.TestCase):
         return text
 
     def check_usable(self, window, name='almanac'):
-        """Check that the window responds: it lists all packages, and a filter finds the package "name"."""
+        """Check that the window responds: it lists all packages, and a filter finds the package with this name."""
         window.wait_ready()
         window.show_all()
         window.set_filter('^' + name + ' ')

@@ -64,7 +64,7 @@ class ApplyTest(JourneyTest):
             dialog = window.apply()
             self.check_listing(dialog, ['Remove: libtrellis 1.2-1 (x86_64)'],
                                ['Remove: trellis-editor 1.2-1 (x86_64)'], sizes=False)
-            # The numbers of removals are outside the scrolled listing.
+            # Labels outside the scrolled listing show the numbers of removals.
             self.assertIn('Removals: 2. You did not mark 1 of them:\n    trellis-editor 1.2-1 (x86_64)',
                           dialog.labels())
             self.assertIn('Remove: 2', dialog.labels())

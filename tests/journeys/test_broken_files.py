@@ -85,8 +85,8 @@ class ConfigurationTest(StartTest):
 
     def setUp(self):
         super().setUp()
-        # If the main configuration file is missing, the program loads the plug-ins of the running system. These
-        # plug-ins write to this directory, so with-display has mounted another directory on it.
+        # If the main configuration file is missing, the program loads the plug-ins of the running system. One of these
+        # plug-ins writes to COMPLETIONS, so with-display has mounted another directory there.
         possible = subprocess.call(['unshare', '--mount', 'true'], stderr=subprocess.DEVNULL) == 0
         if possible and os.path.isdir(COMPLETIONS):
             self.assertTrue(os.path.ismount(COMPLETIONS))

@@ -19,7 +19,7 @@ DATE = re.compile(r'^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d  ', re.M)
 class LogTest(JourneyTest):
 
     def shown(self, log):
-        """The accessible object with the text of the log: of all texts in the window, the longest."""
+        """The accessible object with the text of the log, which is the longest text in the window."""
         return max(log.find_all(TEXT), key=lambda accessible: len(driver.text_of(accessible)))
 
     def text(self, log):

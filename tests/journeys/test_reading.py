@@ -35,7 +35,7 @@ class ReadingTest(StartTest):
                 pictures.add(driver.pixels(*driver.rectangle(step)))
                 return len(pictures) > 1
             wait_for(moves, 'a movement of the bar')
-            # The bar has moved without a new text.
+            # The bar has moved, but its text is the same.
             self.assertTrue(is_reading())
             window.wait_ready()
             window.set_filter('^large-59999 ')

@@ -35,8 +35,8 @@ class RefusalTest(JourneyTest):
     def test_an_update_with_a_missing_dependency_is_refused(self):
         self.check_unresolvable(['tidewatch'], 'update', 'libtide.so.9', 'tidewatch-2.0-1.noarch')
 
-    def test_the_user_can_choose_to_leave_out_one_of_two_conflicting_packages(self):
-        """The user decides whether the program leaves out one of the two packages."""
+    def test_two_conflicting_packages_cause_the_question_whether_to_leave_one_of_them_out(self):
+        """If the user answers No, the program changes nothing and keeps the marks."""
         with self.opened() as window:
             for name in ('tern-mta', 'gull-mta'):
                 window.mark_listed(name)

@@ -254,7 +254,7 @@ class WithoutRepositoriesTest(StartTest):
             wait_for(lambda: 'almanac' in window.names(), 'the installed packages')
             self.assertNotIn('pergola', window.names())
             self.picture('without-network')
-            # A refresh does not ask about the same repositories again.
+            # A refresh does not ask about these repositories a second time.
             window.click_button('Refresh')
             window.wait_ready()
             wait_for(lambda: 'almanac' in window.names(), 'the installed packages')

@@ -26,8 +26,8 @@ import attributes  # noqa: E402
 VYRE = os.path.abspath(sys.argv.pop(1))
 BOOK = ('manual.adoc', 'listing.adoc', 'editor-status.adoc', 'form-status.adoc', 'messages.adoc')
 
-# Each pair is a function and the number of its argument that is a title, or a button with several words. The manual
-# must mention these texts, but they have no rows.
+# Each pair is a function and the number of one of its arguments. This argument is a title, or the text of a button with
+# several words. The manual must mention these texts, but needs no rows for them.
 TITLED = {('warning', 4), ('critical', 1), ('scrollable', 0), ('confirm', 0), ('QMessageBox', 1), ('HMessageBox', 1),
           ('showCritical', 1), ('showBox', 1)}
 # Arguments that name an operation, for example "collect groups". Other messages contain these texts.

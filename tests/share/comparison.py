@@ -507,7 +507,7 @@ class ComparisonTest(unittest.TestCase):
         with self.prepared(row, own):
             before = state(own)
             copy(own, other)
-            # The script must use the same rpm macros as dnf, which are in this home directory.
+            # The script and dnf must use the same rpm macros, which are in this home directory.
             os.environ["HOME"] = world().home
             wait = _in_child(_Driver().run_script, own, row.marks, row.groups, row.replay)
             done = world().dnf(other, self.command(row.dnf, directory))

@@ -193,7 +193,7 @@ class Recording(object):
 
     def order(self, *leaving_out):
         """The names of the called functions, in order, except functions that only write to the log. Successive calls of
-        one function count as one.
+        the same function count as one call.
         """
         quiet = ("log", "errorlog", "stdoutWrite", "stderrWrite") + leaving_out
         order = []

@@ -28,7 +28,7 @@ from recordingmodule import Recording  # noqa: E402
 
 _SKIPPED = 77  # the exit status of the process of a skipped test
 
-_PATIENCE = 180  # after this number of seconds, the process of a test is ended
+_PATIENCE = 180  # the number of seconds after which the process of a test is ended
 
 workspace = None
 
@@ -215,7 +215,7 @@ class ScenarioTest(unittest.TestCase):
     sandbox: the copy of the sandbox. recording: the script's calls of yumIOC. script: the script's global names.
     """
 
-    # The path of the running system's dnf configuration. This missing file replaces the real one, so that the results
+    # The path that the script uses for dnf's configuration of the running system. This file is missing, so the results
     # do not depend on the machine.
     running_configuration = "/nonexistent/dnf.conf"
 
@@ -257,7 +257,8 @@ class ScenarioTest(unittest.TestCase):
         self.server.end()
 
     def run_without_object(self):
-        """Runs the script, but does not make its object. So the script reads only the configuration of the real system.
+        """Runs the script, but does not make its object. So the script reads only the configuration of the running
+        system.
         """
         self.recording = Recording()
         sys.modules["yumIOC"] = self.recording.module

@@ -134,7 +134,7 @@ class SetupTest(ScenarioTest):
         self.assertTrue(any(text.startswith("Error: Failed to download metadata for repo 'sandbox-unreachable'")
                             for text in texts), texts)
         self.assertEqual(self.yumio.skippedRepos, ["sandbox-unreachable"])
-        # Other warnings of dnf are errors in the log.
+        # The log shows the other warnings of dnf as errors.
         logging.getLogger("dnf").warning("something else")
         self.assertEqual(self.recording.errors(), ["something else"])
         self.change_repository("sandbox-unreachable", "enabled=1", "enabled=0")

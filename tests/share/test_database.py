@@ -153,7 +153,7 @@ class LockedTest(DatabaseTest):
         self.assertFalse(self.yumio.outdated)
         self.let_go()
         self.assert_history_is_complete()
-        # The next transaction succeeds, although the script has not read the packages again.
+        # The next transaction succeeds without a new collection of the packages.
         self.assertEqual(self.changes(self.apply, removes=["almanac"]), (set(), {ALMANAC}))
 
     @in_own_process
@@ -369,7 +369,7 @@ class HistoryTest(DatabaseTest):
 
 
 class RightsTest(ScenarioTest):
-    """The script names the directory of the database if this user has no right to change it."""
+    """If the current user must not change the directory of the database, the script names this directory."""
 
     @in_own_process
     def test_the_script_names_no_directory_to_root_even_if_the_database_belongs_to_another_user_or_is_read_only(self):

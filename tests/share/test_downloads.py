@@ -134,8 +134,8 @@ class DownloadTest(ScenarioTest):
                          ["/sandbox-http/astrolabe-5.6-1.x86_64.rpm"])
 
     def verified(self, package):
-        """Whether the script verifies the package. An exception of one of these two types means False, as in the
-        program.
+        """The result of verifyLocalPkg(). Like the program, this function takes an exception of one of these two types
+        for False.
         """
         try:
             return self.yumio.verifyLocalPkg(package)

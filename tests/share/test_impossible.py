@@ -24,7 +24,7 @@ def question(rest):
 
 
 def german():
-    """The German translations of the script's texts, by the English texts."""
+    """The German translations of the script's texts. The keys are the English texts."""
     context, = [each for each in ElementTree.parse(os.path.join(SOURCES, "translations", "vyre_de.ts")).iter("context")
                 if each.findtext("name") == "YumIO"]
     return {each.findtext("source"): each.findtext("translation") for each in context.iter("message")}
@@ -32,7 +32,8 @@ def german():
 
 class QuestionTest(ScenarioTest):
     def question(self):
-        """The text that was printed for the question. No other text may have been printed for it."""
+        """The text of the question; exactly one question must have been shown. The script calls gpgsigcheck() for each
+        downloaded package and before each question."""
         self.assertEqual(self.recording.names().count("gpgsigcheck") -
                          len([name for name in self.recording.names() if name == "downloadEnd"]), 1)
         return self.recording.printed()

@@ -265,7 +265,7 @@ class MainFileTest(ScenarioTest):
         self.assertEqual(checks(), (True, True, True, True))
         self.assertEqual(list(yumio.base.conf.excludepkgs), [])
         self.assertEqual(self.recording.errors(), [said + "gpgcheck, repo_gpgcheck, localpkg_gpgcheck, sslverify"])
-        # An empty main file, or one that sets only gpgcheck, does not disable the other checks either.
+        # If the main file does not set sslverify, this check stays enabled, although dnf's own file disables it.
         for content, expected, added in (
                 ("", (True, False, False, True), "gpgcheck"), ("[main]\ngpgcheck=1\n", (True, False, False, True), "")):
             self.write("/etc/yum.conf", content)

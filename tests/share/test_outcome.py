@@ -129,8 +129,8 @@ class FailureTest(OutcomeTest):
     @in_own_process
     def test_the_package_that_contains_a_failed_trigger_is_named(self):
         """The failed scriptlet belongs to "alarm", but dnf names the package that has caused the trigger."""
-        # The package builder writes "%" and this key. It cannot write the argument of a trigger section, so the key
-        # contains the whole trigger section, and the name of the next section.
+        # The package builder writes "%" and the key as the heading of a section. It cannot write the arguments of a
+        # trigger section. So the key contains the whole trigger section, and the name of the next section.
         scripts = {"triggerin -n alarm -- loupe\nexit 7\n%post": "true"}
         build_packages([Package("alarm", "1.0", "Fails if a loupe comes", arch="noarch", scripts=scripts)],
                        catalogue.CHANGELOGS, self.sandbox.repository("sandbox-file"))

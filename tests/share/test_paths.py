@@ -59,8 +59,8 @@ class PathsTest(ScenarioTest):
 
     @in_own_process
     def test_configured_directories_are_looked_up_below_the_managed_root(self):
-        # The configuration of the managed system names these directories. Both the managed and the running system have
-        # them.
+        # The configuration of the managed system names these directories, which exist in the managed system and in the
+        # running system.
         outside = os.path.join(self.directory, "named")
         inside = self.sandbox.root + outside
         for top, name in ((outside, "host"), (inside, "image")):

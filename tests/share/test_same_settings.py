@@ -100,7 +100,7 @@ SCENARIOS = [
     Scenario("an_update_with_a_delta_rpm_is_installed", "^delta-tides", repos=["extra-deltas"],
              before=["install delta-tides-1.0"], update="delta-tides", dnf="upgrade delta-tides"),
     # Intended differences
-    Scenario("the_update_of_all_packages_also_replaces_obsoleted_packages_only_in_dnf", ALL + " +newpost -oldpost",
+    Scenario("only_dnf_replaces_obsoleted_packages_in_an_update_of_all_packages", ALL + " +newpost -oldpost",
              config="exclude=tidewatch", update="all", dnf="upgrade", differs=("Replaced packages", ALL)),
     Scenario("only_dnf_installs_both_architectures_if_multilib_policy_is_all",
              "+libmoss +libmoss.i686", config="multilib_policy=all",

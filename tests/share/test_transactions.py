@@ -349,7 +349,8 @@ class GroupTest(ScenarioTest):
                                       "install the whole group, mark it for Install after this transaction.\n\n"])
         self.again()
         self.assertIsNone(self.group("weaving"))
-        # The user follows this advice: the group is installed, and the new listing does not give the advice again.
+        # If the user marks the group as the listing advises, the group is installed. The new listing does not repeat
+        # the advice.
         changed = self.changes(self.apply, group_installs=["weaving"])
         self.assertEqual(changed, ({"shuttle-1.0-1.x86_64"}, set()))
         self.again()

@@ -27,7 +27,8 @@ UPDATE = os.path.join(TOP, 'translations', 'update')
 CATALOGUES = sorted(glob.glob(os.path.join(TOP, 'translations', '*.ts')))
 LRELEASE = os.environ.get('LRELEASE') or shutil.which('lrelease') or shutil.which('lrelease-qt5')
 
-# Each pair is a context, and those of its texts whose Alt keys are usable at the same time. These keys must differ.
+# Each pair is a context and some of its texts. The Alt keys of these texts are usable at the same time, so they must
+# differ.
 TOGETHER = (
     ('MainWindow', ('&Program', '&Windows', '&Repositories', '&Cache', '&Help', '&Describe', 'Re&size', 'Re&fresh',
                     'Set &Install/Update of Selected', 'Set &Update of Listed', '&Clear Actions', '&Apply Actions')),
@@ -58,7 +59,8 @@ TOGETHER = (
     ('QAbstractSpinBox', ('&Select All', '&Step up', 'Step &down')),
 )
 # The rows of TOGETHER that are parts of the same window: the menu bar and the buttons of the main window, and windows
-# with a Find bar or a filter. The Stop button shares its letter only with buttons that are disabled at the same time.
+# with a Find bar or a filter. The Stop button is in no row: while it is enabled, the other buttons of the main window
+# are disabled.
 WINDOWS = (
     ('MainWindow &Program', 'OutcomeLine Show in &Log'),
     ('Log::Window &Close', 'FindBar &Next'), ('TextDialog &Find...', 'FindBar &Next'),
@@ -251,7 +253,7 @@ class CatalogueTest(unittest.TestCase):
                     for text in shown:
                         letters.setdefault(mnemonic(text), []).append(text)
                     doubled = [texts for texts in letters.values() if len(texts) > 1]
-                    # These two texts must not change. A second press of the key reaches the second of them.
+                    # These two texts must not change. A second press of the key reaches the second text.
                     if language == 'English' and parts[0] == 'MainWindow &Program':
                         doubled.remove(['&Cache', '&Clear Actions'])
                     self.assertEqual(doubled, [], language)

@@ -224,5 +224,5 @@ class YumIO:
         return self._called('cleanAll', answer=True)
 
 
-# The back end keeps the object that it finds when it starts, so this object must not be replaced.
+# The back end keeps the object that exists when the back end starts. So no test may replace this object.
 BASE = Thing()
