@@ -234,7 +234,7 @@ void AdvisoryDialogTest::theFirstEscapeStopsTheComparisonAndTheSecondEscapeClose
     QTimer::singleShot(0, [&answered] { answered = true; });
     QTRY_VERIFY(answered);
     QVERIFY(comparing());
-    // Escape acts in the same way regardless of the focus.
+    // Escape stops the comparison, whatever widget has the focus.
     for (QWidget* focused : {static_cast<QWidget*>(edit), static_cast<QWidget*>(view()),
                              static_cast<QWidget*>(button("&Close"))}) {
         typeDifficult();

@@ -333,7 +333,7 @@ void HistoryDialogTest::theWindowClosesOnlyAfterTheWorkerHasEnded()
     QVERIFY(open);
     QTRY_VERIFY(!dialog->isVisible());
     QCOMPARE(dialog->result(), int(QDialog::Rejected));
-    // After the choice of a command too, the window stays open until the worker has ended.
+    // If the user chooses a command, the window also stays open until the worker has ended.
     show();
     go(2);
     whileWorking([this, &open] {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Uses the history window after it has read the list and the details of a transaction. While the window
-// reads, a nested event loop runs. A test must not wait inside this loop.
+// Lets a test use the history window after the window has read the list and the details of a transaction.
+// While the window reads, a nested event loop runs. A test must not wait inside this loop.
 
 #ifndef TESTS_HISTORY_SHOWNHISTORY_H
 #define TESTS_HISTORY_SHOWNHISTORY_H

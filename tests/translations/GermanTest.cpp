@@ -146,7 +146,7 @@ QStringList cutOff(const QWidget* window)
     }
     for (const QToolButton* button : window->findChildren<QToolButton*>("qt_menubar_ext_button")) {
         if (button->isVisible()) {
-            found << QStringLiteral("menus");
+            found << QStringLiteral("the menus are cut off");
         }
     }
     if (looked == 0) {
@@ -183,13 +183,13 @@ QStringList cutOffAtAnySize(QWidget* window)
     const QSize screen = window->screen()->availableSize();
     const QSize smallest = window->minimumSizeHint().expandedTo(window->minimumSize());
     if (smallest.width() > screen.width() || smallest.height() > screen.height()) {
-        found << QStringLiteral("the window, which cannot be smaller than %1x%2")
+        found << QStringLiteral("the window cannot be smaller than %1x%2")
                      .arg(smallest.width())
                      .arg(smallest.height());
     }
     window->resize(smallest);
     if (!QTest::qWaitFor([&] { return window->size() == smallest; }, 10000)) {
-        found << QStringLiteral("the window, which has not become as small as it can be");
+        found << QStringLiteral("the window has not shrunk to its smallest size");
     }
     return found + cutOffFinally(window);
 }
@@ -404,7 +404,7 @@ private Q_SLOTS:
             texts.removeOne(show->text());
             return texts;
         };
-        auto* widget = static_cast<QWidget*>(window); // MainWindow has a slot of the same name
+        auto* widget = static_cast<QWidget*>(window); // MainWindow has a slot with the name resize()
         for (const QSize& size : {widget->size(), window->minimumSizeHint()}) {
             widget->resize(size);
             QTRY_COMPARE(widget->size(), size);
@@ -428,7 +428,7 @@ private Q_SLOTS:
     void theHintsOfTheEmptyTableFitTheSmallestWindow()
     {
         start();
-        auto* widget = static_cast<QWidget*>(window); // MainWindow has a slot of the same name
+        auto* widget = static_cast<QWidget*>(window); // MainWindow has a slot with the name resize()
         widget->resize(window->minimumSizeHint());
         QTRY_COMPARE(widget->size(), window->minimumSizeHint());
         auto* mode = window->findChildren<QComboBox*>().at(0);
