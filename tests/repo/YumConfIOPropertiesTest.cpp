@@ -120,7 +120,7 @@ private:
     QString textOf(const QString& file) const;
     // The expected contents of all files after VYRE has written them.
     QMap<QString, QByteArray> expected() const;
-    // Stores the present text and contents of each file in `remembered`.
+    // Stores the present text and contents of each file with bytes beyond ASCII in `remembered`.
     void remember();
     // Edits each file, so that VYRE writes it.
     void editAll();

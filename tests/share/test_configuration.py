@@ -199,7 +199,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertIn("more-7.2", yumio.base.repos)
 
     @in_own_process
-    def test_releasever_comes_from_the_release_file_even_if_it_has_invalid_utf_8(self):
+    def test_releasever_comes_from_the_release_file_even_if_the_file_has_invalid_utf_8(self):
         self.sandbox.rpm("-e", "--justdb", "--nodeps", "larkspur-release")
         self.write("/etc/os-release", b'NAME="caf\xe9 \xff"\nPRETTY_NAME="caf\xc3\xa9"\nVERSION_ID=7.3\n')
         self.assertEqual(self.load().base.conf.releasever, "7.3")

@@ -56,7 +56,7 @@ class SignatureTest(ScenarioTest):
         self.assertLessEqual({TABLET, CANDLE, "wax-polish-2.0-1.x86_64"}, self.sandbox.installed())
 
     @in_own_process
-    def test_a_declined_key_stops_the_transaction_and_the_next_transaction_asks_about_it_again(self):
+    def test_a_declined_key_stops_the_transaction_and_the_next_transaction_asks_about_the_key_again(self):
         self.started()
         self.assert_refused("key", installs=["wax-tablet", "astrolabe"], answers=[1, 0])
         self.assertEqual(self.questions(), 2)

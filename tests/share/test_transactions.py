@@ -414,12 +414,12 @@ class ExceptionTextTest(ScenarioTest):
         return raising
 
     @in_own_process
-    def test_dnf_exceptions_that_leave_a_transaction_have_a_complete_text(self):
+    def test_exceptions_of_dnf_during_a_transaction_have_a_complete_text(self):
         self.started()
         self.check(self.yumio.apply, self.raiser(self.yumio, "_checkCurrent"), ([],) * 6)
 
     @in_own_process
-    def test_dnf_exceptions_that_leave_a_collection_have_a_complete_text(self):
+    def test_exceptions_of_dnf_during_a_collection_have_a_complete_text(self):
         self.started()
         base = self.yumio.base
         self.check(self.yumio.collectGroups, self.raiser(base, "read_comps"))

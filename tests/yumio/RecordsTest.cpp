@@ -51,7 +51,7 @@ private Q_SLOTS:
         objects.clear();
     }
 
-    void recordsAreVisibleOnlyAfterTheyWerePublished()
+    void recordsAreInvisibleBeforeTheyArePublished()
     {
         records->reserve(10);
         Package::Entry* first = add("b", "x86_64");

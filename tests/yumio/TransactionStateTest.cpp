@@ -93,7 +93,7 @@ private Q_SLOTS:
         QCOMPARE(transaction.remoteCount, quint32(2));
     }
 
-    void theStepsOfTheDownloadsAreTheirShareOfTheTotalWeight()
+    void theDownloadsGetStepsInProportionToTheirWeight()
     {
         TransactionState transaction;
         transaction.downloadSteps = 7;

@@ -339,7 +339,7 @@ private Q_SLOTS:
         }
     }
 
-    void aGroupWithoutItsDefaultListIsReportedButApplied()
+    void aGroupWithoutAListOfDefaultPackagesIsReportedButApplied()
     {
         collect("it.groups = [Group('G', 'g')]");
         backEnd->run("del it.groups[0].default_packages");

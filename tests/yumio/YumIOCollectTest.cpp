@@ -68,7 +68,7 @@ private Q_SLOTS:
         QVERIFY(PyErr_Occurred() == nullptr);
     }
 
-    void theScriptIsAskedOnceForEachRepositoryWhetherItIsLocal()
+    void aCollectionAsksTheScriptOnlyOnceWhetherARepositoryIsLocal()
     {
         backEnd->run(
             "it.does['isLocal'] = lambda repoid: repoid == 'near'\n"
@@ -535,7 +535,7 @@ private Q_SLOTS:
         QVERIFY(log.contains("3 0 to descriptor 2"));
     }
 
-    void aWarningNamesReplacedPackagesAndTheyAreNotMarkedAutomatically()
+    void aWarningNamesReplacedPackagesWhichAreNotMarkedAutomatically()
     {
         backEnd->run(
             "old, new = Package('old'), Package('new', '2.0')\n"

@@ -516,7 +516,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->answers.take().value(0).defaultButton, QString("OK"));
     }
 
-    void theDownloadsHaveTheirShareOfTheTotalBarAfterTheConfirmation()
+    void afterTheConfirmationTheTotalBarHasStepsForTheDownloads()
     {
         collect("it.available = [Package('tool', size=30000)]");
         mark("tool", Package::Install);
