@@ -60,7 +60,7 @@ private:
     AdvisoryModel* model;
     FilteredList* list;
     HTextEdit* details;
-    PlainLabel* resultLabel; // the message about the last use of a button
+    PlainLabel* resultLabel; // the message about the effect of the last pressed button
     QPushButton* markButton;
     QPushButton* securityButton;
 };

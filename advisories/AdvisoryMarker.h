@@ -27,7 +27,7 @@ class AdvisoryMarker
 public:
     struct Found
     {
-        QVector<Package::Entry*> entries; // all permit the Update action; no record is repeated
+        QVector<Package::Entry*> entries; // each record once; all of them permit the Update action
         QStringList refusals;             // one line for each package whose update cannot be marked
     };
 

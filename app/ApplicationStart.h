@@ -4,9 +4,10 @@
 // messages and abort.
 //
 // During the construction of the application object, an ApplicationStart stores Qt's messages. If the
-// construction fails, the ApplicationStart prints one message. If the arguments ask for help, it also prints
-// the usage text. Then it ends the process with exit status 1. If the construction succeeds, the
-// ApplicationStart passes the stored messages to the previous message handler.
+// construction fails because the display cannot be opened, the ApplicationStart prints one message. After any
+// other failure, it prints the stored messages. If the arguments ask for help, it also prints the usage text.
+// Then it ends the process with exit status 1. If the construction succeeds, the ApplicationStart passes the
+// stored messages to the previous message handler.
 //
 // main() creates this object on the graphical thread, immediately before the application object, and destroys
 // this object immediately after the application object has been created. Only one ApplicationStart may exist

@@ -169,8 +169,8 @@ void MainWindow::initialize()
     collectedExtraData(); // the collection may have loaded file lists and change logs
     showTable(preparation->widest);
     if (search || regexpEdit->text() != expression) {
-        // showTable() has fitted the columns to all rows. Hide the rows while the program prepares the
-        // search, because some of them do not match the expression.
+        // showTable() has fitted the columns to all rows. Hide the rows until the program has compared them
+        // with the expression, because some rows do not match.
         const PackageTable::Model::Hiding hiding(*model);
         view->setEmptyText(tr("Reading the packages..."));
         filtersearch();

@@ -142,8 +142,8 @@ private:
     bool carryOut(const std::function<bool()>& operation, Kept kept) override;
     void marksChanged() override;
     void showErrors(const ErrorWatch& errors) override;
-    // Shows a notice about the repositories that the last collection left out without a question. But if the
-    // last such notice was about the same repositories, shows no notice.
+    // Shows a notice about the repositories that the last collection left out. Shows no notice if the user
+    // has switched off none of these repositories, and the previous notice was about the same repositories.
     void showSkippedRepos();
 
     void createMenuBar();
@@ -156,7 +156,7 @@ private:
     bool prepareFilterSearch(const QString& expression);
     // Compares the records with the settings of the filter row and with `expression`, and then calls
     // `change`, which changes the table. If the user stops the comparison, the filter row shows the settings
-    // of the table again. If `ready` is true, finally enables the controls.
+    // of the table again. At the end, enables the controls if `ready` is true.
     void changeListing(const QString& expression, bool ready, const std::function<void()>& change);
     void showMode(int mode);
     void showAppliedSettings();
@@ -239,7 +239,7 @@ private:
     RepoEditor::Dialog* repoEditor; // null before the first use
     QMessageBox* aboutBox;          // null before the first use
     Notice* notice;
-    QStringList reportedSkipped; // the repositories in the last notice of showSkippedRepos()
+    QStringList reportedSkipped; // the back end's skippedRepos() at the last notice
 };
 
 #endif

@@ -110,8 +110,8 @@ int ProgramEnd::connectionBroke(void*)
 
 void ProgramEnd::processExits()
 {
-    // If a library other than Qt and the X library is the first to notice that the display is lost, it may
-    // call exit() without a message. Then only processExits() can still clean up. Ignore calls in child
+    // A library other than Qt and the X library may be the first to notice that the display is lost. If this
+    // library calls exit() without a message, only processExits() can still clean up. Ignore calls in child
     // processes and on threads other than the graphical thread, because VYRE's graphical thread still runs.
     if (current != nullptr && !current->ending && getpid() == owner && onGraphicalThread()) {
         current->displayLost();
@@ -140,7 +140,7 @@ void ProgramEnd::endWithoutToolkit()
     if (goingOn) {
         Unattended::report(tr("The transaction has ended. VYRE ends."));
     }
-    // Skip the destructors of Qt's objects, because they need the display, which is lost.
+    // Skip the destructors of Qt's objects, because they need the display, which may be lost.
     _exit(1);
 }
 

@@ -18,7 +18,7 @@ class QCoreApplication;
 namespace Translations {
 
 // Returns the directories that are searched for catalogues. The first is in the share directory. The second
-// is the directory of the program, for a program that is built but not installed.
+// is in the directory of the program, for a program that is built but not installed.
 QStringList directories();
 
 // Loads the catalogue of the first language that has a catalogue, and Qt's own catalogue of that language. A

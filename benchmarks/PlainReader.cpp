@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Reads metadata documents with zlib and expat alone. This is the plain loop with which "benchmarks/run"
+// Reads metadata documents with only zlib and expat. This is the plain loop with which "benchmarks/run"
 // compares a first search, which reads the same documents.
 //
 // usage: plain-reader DOCUMENT.xml.gz ...

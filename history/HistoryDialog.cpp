@@ -81,7 +81,7 @@ void HistoryDialog::showEvent(QShowEvent* event)
     QDialog::showEvent(event);
     if (!event->spontaneous()) {
         // Row 0 is the newest transaction. If row 0 was current, the newest transaction becomes current after
-        // the next reading. Otherwise the same transaction as before becomes current.
+        // the next reading. Otherwise the transaction of the current row becomes current again.
         if (model->rowCount() > 0) {
             const int row = list->currentRow();
             keptNumber = row > 0 ? model->record(row).number : 0;

@@ -14,8 +14,8 @@ namespace PackageTable {
 
 namespace {
 
-// Converts the first four characters of a string to a number. Comparing two such numbers gives the same order
-// as comparing the strings.
+// Converts the first four characters of a string to a number. If the numbers of two strings differ, they have
+// the same order as the strings.
 quint64 beginning(const QString& text)
 {
     quint64 number = 0;

@@ -140,7 +140,7 @@ private:
     std::atomic<bool> stopped{false};
 };
 
-// Returns the texts of these records that a search compares.
+// Returns the texts that a search compares, for the records of these rows.
 std::shared_ptr<SearchedTexts> textsOf(YumIO& yumIO, const QVector<int>& rows)
 {
     auto texts = std::make_shared<SearchedTexts>(rows.count());

@@ -87,7 +87,8 @@ public:
     // Gives the proxy the result of a Preparation for the present records. The proxy uses it at the next
     // reset of the source model, which must follow before the records change.
     void setPrepared(PreparedRows rows);
-    // Marks every listed updatable record for Update.
+    // Marks the listed updatable records for Update. Skips records for which YumIO::isLeftToUser() returns
+    // true.
     void setUpdateListed();
     // Forgets the results of all comparisons, and then filters and sorts again.
     void clear();

@@ -33,8 +33,8 @@ void keep(int& kept, int fd)
 }
 
 // --- Functions for the child processes. When fork() copied the process, another thread may have held a lock
-// of the C library. In the child process, nobody releases this lock, so the functions below use system calls
-// only.
+// of the C library. In the child process, nobody releases this lock, so the functions below use system calls.
+// Only report() also formats a text.
 
 void report(const char* format, const char* program, int failure)
 {

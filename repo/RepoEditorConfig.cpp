@@ -292,9 +292,9 @@ QString Config::refusal(const Repo::Entry& entry)
 {
     // Permit only the characters that the package manager permits in an identifier, and the characters of
     // variables ("$", "{" and "}"). The package manager expands the variables first. Then it ignores a
-    // repository whose identifier contains a character that it does not permit. Because of a closing bracket,
-    // the package manager would reject the whole file. Bytes beyond ASCII are refused because the package
-    // manager decodes them differently from VYRE.
+    // repository whose identifier contains a character that it does not permit. If an identifier contained a
+    // closing bracket, the package manager would reject the whole file. Bytes beyond ASCII are refused
+    // because the package manager decodes them differently from VYRE.
     const auto unusable = [](QChar character) {
         const char sign = character.unicode() <= 0x7f ? character.toLatin1() : '\0';
         return std::isalnum(static_cast<unsigned char>(sign)) == 0 &&

@@ -114,7 +114,7 @@ bool ConfigDialog::userDropsChanges()
 void ConfigDialog::reject()
 {
     // Ask before discarding changes, because a user may press Escape or the window's close button by mistake.
-    // The "Cancel" button does not call this function, because a click on it is intended.
+    // The "Cancel" button does not call this function, because a click on this button is hardly a mistake.
     const bool isAsked = hasChanged;
     if (isAsked && !userDropsChanges()) {
         return;

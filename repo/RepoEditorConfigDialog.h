@@ -57,7 +57,7 @@ private:
     Repo::Entry* entry; // null before the first setEntry()
     HFrameLabel* statusLabel;
     QPushButton* resetButton;
-    QPushButton* okButton; // disabled if the repository cannot be written
+    QPushButton* okButton; // disabled if the changed repository cannot be written
     bool hasChanged;
     bool copied; // the repository is a copy that the editor's list does not contain yet
 };

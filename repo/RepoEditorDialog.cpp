@@ -286,8 +286,8 @@ void Dialog::cancel()
 bool Dialog::apply()
 {
     if (!readWhole) {
-        // The files were not read completely, so a write would remove the rest. resetAll() reads the files
-        // again and shows the error.
+        // The files were not read completely, so a write would remove the repositories that were not read.
+        // resetAll() reads the files again and shows the error.
         resetAll();
         return false;
     }
@@ -307,7 +307,7 @@ bool Dialog::apply()
         readWhole = yumConfIO->read(this);
     }
     model->reset();
-    // Clear the selection: no repository has an empty identifier.
+    // This call selects nothing, because no repository has an empty identifier.
     setEntryToOldId(QString());
     setEntryHasChanged(false);
     setConfigHasChanged(false);

@@ -48,7 +48,7 @@ public:
     void setVisible(bool visible) override;
 
 Q_SIGNALS:
-    // Emitted when the dialog closes, if the user has changed the use or the configuration of a repository.
+    // Emitted when the dialog closes, if the user has changed the use of a repository or applied changes.
     void reposChanged();
 
 public Q_SLOTS:
@@ -104,7 +104,7 @@ private:
     YumIO* yumIO;
     YumConfIO* yumConfIO;
 
-    QHash<QString, bool> sessionBackup; // a copy of the session enable table, made when the dialog was shown
+    QHash<QString, bool> sessionBackup; // a copy of `sessionEnabled`, made when the dialog was shown
     bool readWhole;        // the list contains the repositories of all files, because the last read succeeded
     bool sessionChanged;   // the user has changed the use of a repository since the dialog was shown
     bool entryHasChanged;  // the user has made changes that are not applied

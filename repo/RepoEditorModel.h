@@ -36,7 +36,8 @@ public:
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
-    // If the session enable table lacks the row's repository, adds this repository to that table as not used.
+    // If `sessionEnabled` of the configuration lacks the row's repository, adds this repository to
+    // `sessionEnabled` with the value false.
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 

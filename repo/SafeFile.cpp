@@ -145,7 +145,8 @@ bool isSame(const struct stat& left, const struct stat& right)
            left.st_mtim.tv_sec == right.st_mtim.tv_sec && left.st_mtim.tv_nsec == right.st_mtim.tv_nsec;
 }
 
-// Returns the names of this user's files in a directory that look like VYRE's temporary files.
+// Returns the names of this user's files in a directory. Returns only names that makeHelper() can create with
+// this mark.
 QList<QByteArray> helpersIn(int directory, const QString& mark)
 {
     QList<QByteArray> result;

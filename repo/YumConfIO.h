@@ -54,16 +54,16 @@ public:
     QStringList knownDirectories{QStringLiteral("/etc/distro.repos.d"),
                                  QStringLiteral("/usr/share/dnf5/repos.d")};
 
-    // Replaces all data by the current contents of the files. Adds new identifiers to the session enable
-    // table; known identifiers keep their state. On failure, shows one error over `window`, returns false and
-    // does not emit changed(). `entries` then contains the repositories that were read before the error.
+    // Replaces all data by the current contents of the files. Adds new identifiers to `sessionEnabled`; known
+    // identifiers keep their value. On failure, shows one error over `window`, returns false and does not
+    // emit changed(). `entries` then contains the repositories that were read before the error.
     bool read(QWidget* window);
 
     // Writes all files, and removes repository files without repositories. If some of the `entries` have
     // empty or repeated identifiers, first asks the user, and removes these entries if the user agrees.
     // Returns false if the user declines, or if an error occurs. Shows the error over `window`. Files that
-    // were written before the error keep their new contents. If another program has changed one of the files
-    // since VYRE read it, nothing is written.
+    // were written before the error keep their new contents. If a write would overwrite another program's
+    // changes, nothing is written.
     bool write(QWidget* window);
 
     // Valid after write() has returned false. True if other programs have changed files and the user wants to
@@ -174,8 +174,8 @@ private:
     // Returns false if identifiers are empty or repeated, and the user declines to remove these repositories.
     bool checkErrors();
     bool hasEmptyId() const;
-    // Returns the repeated identifiers, separated by commas. Each identifier appears once for every entry
-    // that repeats it.
+    // Returns the repeated identifiers, separated by commas. Each identifier appears once for each pair of
+    // entries that have it.
     QString getDuplicateId() const;
     void cleanupWrite(QList<Repo::Entry>& list) const;
     static bool filePositionLessThan(const Repo::Entry& left, const Repo::Entry& right);

@@ -128,8 +128,8 @@ void Window::setVisible(bool visible)
             QMutexLocker locker(&entries);
             connect(&entries, SIGNAL(appended()), this, SLOT(appended()));
         }
-        // Render the entries that were logged after levelChanged() rendered the log, but before the signal
-        // was connected.
+        // Render the entries that were logged after the first call of appended(), but before the signal was
+        // connected.
         appended();
         scrollToEnd();
     }
@@ -354,8 +354,8 @@ bool Window::render()
 
 bool Window::isShown(const Entry& entry) const
 {
-    // Show errors up to the default level at every chosen level, because messages of the program refer the
-    // user to the log for these errors.
+    // Show the errors up to the default level, even if the user has chosen a lower level: messages of the
+    // program refer the user to the log for these errors.
     const bool isError = entry.kind == Error && entry.level <= static_cast<unsigned int>(defaultLevel);
     return static_cast<unsigned int>(levelSpinBox->value()) >= entry.level || isError;
 }

@@ -17,7 +17,8 @@ namespace Unattended {
 class Waiter
 {
 public:
-    // Called once, on the thread that calls begin(). No lock of this namespace is held during the call.
+    // Called at most once, on the thread that calls begin(). Must not call add() or remove(), because begin()
+    // holds a lock during the call.
     virtual void giveUpWaiting() = 0;
 
 protected:

@@ -42,9 +42,9 @@ QPalette makeOK(const QPalette& palette);
 // is too dark for a dark background, the result is "#rrggbb" with the same hue, as light as necessary.
 QString readable(const QString& name, const QColor& background);
 
-// Returns the text colour of a disabled item. Usually this is the colour `name`. On a dark background, `name`
-// may be more conspicuous than `enabledName`, the text colour of an enabled item. In this case, the result is
-// the middle between `enabledName` and the background.
+// Returns the text colour of a disabled item. On a light background, this is the colour `name`. On a dark
+// background, `name` could be more conspicuous than `enabledName`, the text colour of an enabled item.
+// Therefore the result is then the middle between the background and the readable form of `enabledName`.
 QString readableDisabled(const QString& name, const QString& enabledName, const QColor& background);
 
 } // namespace Colors

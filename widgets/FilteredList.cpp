@@ -38,8 +38,8 @@ constexpr size_t measuredTexts = 8;
 // The value of `reported` if the row is unknown. No row has this number.
 constexpr int unknownRow = -2;
 
-// A delegate with a tool tip for cells without a tool tip: if the column is too narrow for a text, the tool
-// tip shows the whole text.
+// A delegate for cells to which the model gives no tool tip: if the column is too narrow for the text of such
+// a cell, the tool tip shows the whole text.
 class Cells : public HItemDelegate
 {
 public:

@@ -11,7 +11,8 @@
 
 namespace {
 
-// After this number of milliseconds, other threads continue a comparison.
+// If the graphical thread has compared rows for this number of milliseconds, it gives up, and other threads
+// compare the rows.
 constexpr int quickTime = 30;
 // The graphical thread checks the elapsed time each time it has compared this number of bytes.
 constexpr int bytesBetweenChecks = 16384;

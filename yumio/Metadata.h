@@ -30,7 +30,7 @@ using Take = std::function<void(int index, const std::string& text)>;
 // readFileLists() and readChangeLogs() call `take` for each wanted package in the file, which may be
 // compressed. If the file is complete and of the right kind, these functions return true. Otherwise they
 // describe the error in `problem` and return false. During the work, they call `stopped` often. If `stopped`
-// returns true, they return false and make `problem` empty.
+// returns true, they return false and leave `problem` unchanged.
 
 // Each text has one path per line, without duplicates, sorted by character code.
 bool readFileLists(const QString& path, const Wanted& wanted, const Take& take, QString& problem,
@@ -39,8 +39,8 @@ bool readFileLists(const QString& path, const Wanted& wanted, const Take& take, 
 bool readChangeLogs(const QString& path, const Wanted& wanted, const Take& take, QString& problem,
                     const std::function<bool()>& stopped = {});
 
-// Checks that the document in the file is well-formed, has the root element `rootName`, and contains the
-// declared number of packages. The document may be compressed.
+// Checks that the document in the file is well-formed, has the root element `rootName`, and contains at least
+// the declared number of packages. The document may be compressed.
 bool check(const QString& path, const QByteArray& rootName, QString& problem);
 
 } // namespace Metadata

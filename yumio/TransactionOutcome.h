@@ -42,8 +42,9 @@ public:
     QString changes() const;
     // Returns the whole outcome in one line.
     QString text() const;
-    // If the text names only the first of several packages with failed scriptlets, returns a text of several
-    // short lines that names all of them, or the first hundred. Otherwise returns an empty string.
+    // If the scriptlets of several packages failed, text() names only the first of these packages. In this
+    // case, details() returns several short lines that name all these packages, or the first hundred.
+    // Otherwise it returns an empty string.
     QString details() const;
 
     bool known = false; // the user has confirmed a transaction

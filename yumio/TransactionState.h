@@ -68,7 +68,7 @@ public:
     quint64 rpmWeight = 0;
     quint32 downloadSteps = 0; // the steps of the downloads in the total bar
 
-    quint64 actCounter = 0; // the weight of the finished steps of the current item
+    quint64 actCounter = 0; // the weight of all steps up to the current one
     bool testRun = false;   // rpm only tests the transaction, without changes
     // The values of the last progress report. A report with other values is about another package.
     qint64 lastTsDone = -1;

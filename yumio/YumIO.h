@@ -144,8 +144,8 @@ public:
     bool collectOtherData();
     // A worker reads the search texts (Package::Entry::searchTexts) of the records that lack them. The extra
     // data must be loaded first. A search without these texts finds the same records, but is far slower.
-    // Returns false if the user has stopped the operation. In this case, some of these records still lack
-    // their texts.
+    // Returns false if the user has stopped the operation. In this case, these records still lack their
+    // texts.
     bool collectSearchTexts(const QVector<Package::Entry*>& wanted);
     // Compares the expression with `count` items, on several threads without the interpreter. Each thread
     // calls the function for some of the items; see ParallelMatching. Sets `found` for each item to 1 if it

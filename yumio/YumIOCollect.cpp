@@ -232,8 +232,9 @@ bool YumIO::collectUpdates()
 }
 
 // Handles updates that change the architecture to or from "noarch". Such an update and the installed package
-// may have different bi-arch classes. This function adds the installed packages of the different class to the
-// update's record.
+// may have different bi-arch classes. This function adds the keys of these installed packages to the update's
+// record. Later, collectSet() finds the update's record by such a key, and adds the installed package to the
+// record's chain.
 void YumIO::addCounterparts()
 {
     const auto key = [this](PyObject* pkg) {

@@ -2,7 +2,7 @@
 
 // Receives the script's output, download reports and transaction progress while it reads repositories or
 // applies a transaction. The worker that runs the script calls these functions and holds the interpreter
-// lock. Between operations no progress bars exist, so reports only reach the log.
+// lock. Between operations, `progress` is null, so reports only reach the log.
 
 #include "yumio/YumIO.h"
 

@@ -64,8 +64,9 @@ public:
     }
 
 private:
-    // Adds a text up to a zero byte, where matching would end too. If the text is empty, read() later adds
-    // one empty text for all empty fields, which is enough for an expression that matches an empty text.
+    // Adds a text up to its first zero byte, because a comparison would end there too. Does not add an empty
+    // text: read() later adds one empty text for all empty fields. This is enough for an expression that
+    // matches an empty text.
     void add(const char* text, size_t size)
     {
         size = strnlen(text, size);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Creates variants of a font that are the same in every window.
+// Creates variants of a font. With these functions, headings look the same in every window.
 //
 // Only the graphical thread calls these functions. They have no state.
 
@@ -15,7 +15,7 @@ class Fonts
     Q_DECLARE_TR_FUNCTIONS(Fonts)
 
 public:
-    // Returns a font for headings: bold, similar to Helvetica, and one and a half times as large.
+    // Returns a font for headings: bold, similar to Helvetica, and one and a half times as large as `font`.
     static QFont makeHeader(const QFont& font);
     // Returns a font with a fixed pitch. Of several well-known families, uses the first one that this system
     // has.
