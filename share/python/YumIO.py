@@ -2,8 +2,8 @@
 """The program's interface to the package manager.
 
 The program runs this file in its embedded interpreter, makes one object of the YumIO class and calls its methods. Only
-one thread at a time calls these methods: a worker during every long operation, such as the start, and the graphical
-thread between these operations. The script passes all messages of the package manager to the program through the
+one thread at a time calls these methods. During a long operation, such as the start, this is a worker. Between long
+operations, it is the graphical thread. The script passes all messages of the package manager to the program through the
 built-in yumIOC module.
 
 This file contains only the YumIO class; the vyre package next to this file does the work. The file and the package need

@@ -12,8 +12,7 @@ from .metadata import documentPath
 from .updates import findUpdates
 from .versionlock import versionLocks
 
-# Selects all advisories about a package, whether they name a version older than the package, its own version, or a
-# newer version.
+# Selects all advisories about a package: those about its own version, about older versions and about newer versions.
 ANY = hawkey.LT | hawkey.EQ | hawkey.GT
 
 # POSSIBLE means that a package of an advisory can be marked for an update. Any other value is the reason why this is
@@ -54,7 +53,7 @@ SEVERITIES = ('Low', 'Moderate', 'Important', 'Critical')
 
 
 def severityOf(advisory):
-    """The severity in dnf's words and its rank; an empty word if the advisory is not about security."""
+    """A pair: the severity in dnf's words, and its rank. If the advisory is not about security, the word is empty."""
     if advisory.type != hawkey.ADVISORY_SECURITY:
         return '', 0
     return labelOf(advisory), SEVERITIES.index(advisory.severity) + 2 if advisory.severity in SEVERITIES else 1

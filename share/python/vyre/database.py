@@ -24,9 +24,9 @@ def useDatabaseOfRoot():
     user's home directory.
 
     dnf checks signatures with the rpmkeys program, which must use the same directory. So this function also replaces
-    dnf's function that runs rpmkeys. This replacement must be permanent, and so does not use program.replace(): if the
-    script runs again in the same interpreter, rpm's macro already has its value, and useDatabaseOfRoot() returns at
-    once.
+    dnf's function that runs rpmkeys. This replacement must be permanent: if the script runs again in the same
+    interpreter, rpm's macro already has its value, and useDatabaseOfRoot() returns at once. So this function does not
+    use program.replace().
     """
     if rpm.expandMacro('%{?_dbpath}') in DATABASES:
         return

@@ -107,8 +107,8 @@ class WithoutGroups(dnf.comps.Comps):
 
 
 def checkGroups(base, repo):
-    """If a repository's group list cannot be unpacked, ignore the groups of this repository. Otherwise dnf would read
-    no group list of any other repository either.
+    """If a repository's group list cannot be unpacked, ignore the groups of this repository. Otherwise dnf would not
+    read the group lists of the other repositories either.
     """
     path = repo._repo.getCompsFn() if repo.enablegroups and repo.metadata else ''
     if not path or not canUnpack(path):

@@ -63,9 +63,9 @@ def checkSignatures(base, packages):
                 raise dnf.exceptions.Error(str(e))
             finally:
                 package.repo.set_progress_bar(DownloadProgress())
-                # dnf remembers the repositories about whose keys it has asked, and would not ask a second time in this
-                # run. Remove the repository from this set, so that the user can change the answer in the next
-                # transaction.
+                # dnf asks about the keys of a repository only once in each run, and keeps a set of the repositories
+                # about which it has asked. Remove the repository from this set, so that the user can change the answer
+                # in the next transaction.
                 base._repo_set_imported_gpg_keys.discard(package.repoid)
         elif result != 0:
             raise dnf.exceptions.Error(text)

@@ -40,8 +40,8 @@ class _SpecFile(object):
     def accepts(self, package):
         """Whether the package can also be built from this spec file.
 
-        One spec file has one build root. So each path can have only one content, and each name only one package. In
-        some versions of rpm, all packages of a spec file also have the same vendor.
+        One spec file has one build root. So each path can have only one content, and each name can belong to only one
+        package. In some versions of rpm, all packages of a spec file also have the same vendor.
         """
         return package.name not in self.names and all(
             self.files.get(path, content) == content for path, content in package.files.items())

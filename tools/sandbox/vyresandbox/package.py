@@ -8,8 +8,7 @@ class Package(object):
     repo       the repository that contains it: "http", "file", "updates", "disabled" or "signed"
     state      "user" if it is installed by name, "dependency" if another package must bring it in, "group" if it
                comes in with an installed group, None if it is only available
-    files      path -> text or bytes; a path that ends in "/" is a directory, a value ("->", target) a symbolic
-               link
+    files      path -> text or bytes; a path that ends in "/" is a directory, a value ("->", target) is a symbolic link
     relations  list of (tag, text): ("Requires", "libcairn >= 2")
     scripts    section -> body: {"pre": "echo hello"}
     changelog  name of one of the catalogue's change logs
