@@ -86,11 +86,11 @@ private:
             arguments.push_back(text.data());
         }
         arguments.push_back(nullptr);
-        optind = 0; // makes getopt_long() start from the first argument once more
+        optind = 0; // makes getopt_long() start at the first argument again
         // The arguments can be local variables, because CommandLine keeps no pointers to them.
         CommandLine::apply(static_cast<int>(arguments.size()) - 1, arguments.data(), *shown->window);
     }
-    // The script's calls that enable or disable a repository during a collection, for example "enableRepo
+    // The recorded calls that enable or disable a repository during a collection, for example "enableRepo
     // base".
     QStringList repositories(const QList<QByteArray>& options)
     {
@@ -140,7 +140,7 @@ private Q_SLOTS:
         QTest::newRow("--mode=fil") << Options{"--mode=fil"} << 0;
         QTest::newRow("-m search --mode=") << Options{"-m", "search", "--mode="} << 0;
         QTest::newRow("--mo=search") << Options{"--mo=search"} << 1;
-        QTest::newRow("two options") << Options{"-m", "filter", "--mode=search"} << 1;
+        QTest::newRow("the option twice") << Options{"-m", "filter", "--mode=search"} << 1;
     }
 
     void theModeOptionAcceptsAnyBeginningOfAModeName()
@@ -165,7 +165,7 @@ private Q_SLOTS:
         QTest::newRow("-e with an empty expression") << Options{"-e", ""} << "";
         QTest::newRow("letters beyond ASCII")
             << Options{"-e", "Gr\xc3\xb6\xc3\x9f"} << QString::fromUtf8("Gr\xc3\xb6\xc3\x9f");
-        QTest::newRow("two options") << Options{"-e", "a", "-e", "b"} << "b";
+        QTest::newRow("the option twice") << Options{"-e", "a", "-e", "b"} << "b";
     }
 
     void theExpressionEditShowsTheArgumentOfTheRegexpOption()
@@ -280,7 +280,7 @@ private Q_SLOTS:
         QTest::newRow("--help") << QStringList{"--help"};
         QTest::newRow("--he") << QStringList{"--he"};
         QTest::newRow("after other options") << QStringList{"-g", "-m", "search", "--help"};
-        QTest::newRow("before a mistake") << QStringList{"-h", "-d"};
+        QTest::newRow("before an invalid option") << QStringList{"-h", "-d"};
     }
 
     void theHelpOptionEndsTheProgramWithStatusOne()

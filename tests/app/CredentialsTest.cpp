@@ -183,7 +183,7 @@ void CredentialsTest::passwordsInUrlsAreFound_data()
     add("a slash in the password", "https://me:a/c@h/x", "https://me:***@h/x");
     add("no name", "https://:abc@h/x", "https://:***@h/x");
     add("no password", "https://me:@h/x", "https://me:|@h/x");
-    add("a name only", "https://me@h/x", "https://me@h/x");
+    add("a name without a password", "https://me@h/x", "https://me@h/x");
     add("ports", "http://h:80/a@b http://h:$port/a@b http://h:/a@b http://[::1]/a@b",
         "http://h:80/a@b http://h:$port/a@b http://h:/a@b http://[::1]/a@b");
     add("no URL", "write to joe:k@h", "write to joe:k@h");

@@ -326,7 +326,8 @@ void MainWindowFilterTest::aWorkerReadsTheSearchTextsAgainAfterARefresh()
     shown->filter("needle");
     const QStringList found = shown->sorted();
     QVERIFY(!found.isEmpty());
-    // The worker must read all texts, because a record does not keep texts that the graphical thread reads.
+    // A record keeps only the texts that a worker has read. If the graphical thread read the texts, the
+    // records would lack them.
     shown->press("Re&fresh");
     QTRY_VERIFY(shown->isReady());
     QCOMPARE(shown->sorted(), found);

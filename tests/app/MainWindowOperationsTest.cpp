@@ -42,7 +42,7 @@ private Q_SLOTS:
     void cleaningAllCachedDataCollectsThePackagesAgain() { compareClean("Clean All", "cleanAll"); }
     void cleaningTheCachedPackagesDoesNotChangeTheTable();
     void theWarningsAboutTheConfigurationAreLoggedOnlyOnce();
-    void theToolTipsOfTheCleaningCommandsNameTheCacheDirectory();
+    void theToolTipsOfTheCleaningCommandsContainTheCacheDirectory();
     void theResizeButtonFitsTheColumnsToTheirContents();
     void anApplyChangesTheSystemAndReadsThePackagesAgain();
     void theCollectionAfterAnApplyUsesTheCredentialsThatTheUserHasTyped();
@@ -324,7 +324,7 @@ void MainWindowOperationsTest::theWarningsAboutTheConfigurationAreLoggedOnlyOnce
     QCOMPARE(log.count("doubted.repo, section [doubted]: VYRE reads \"enabled=no\" as enabled"), 1);
 }
 
-void MainWindowOperationsTest::theToolTipsOfTheCleaningCommandsNameTheCacheDirectory()
+void MainWindowOperationsTest::theToolTipsOfTheCleaningCommandsContainTheCacheDirectory()
 {
     shown->start();
     const auto toolTip = [this](const char* text) { return shown->action("&Cache", text)->toolTip(); };

@@ -62,7 +62,7 @@ void MainWindowStartTest::theWindowCallsNoScriptMethodBeforeItIsShown()
     QCOMPARE(busyCursor(), QString("busy"));
     QCOMPARE(shown->listed(), QStringList());
     QCOMPARE(standIn->calls(), QStringList());
-    // The constructor has not queued any work either.
+    // The constructor has queued no work.
     QTest::qWait(100);
     QCOMPARE(standIn->calls(), QStringList());
     QVERIFY(!shown->window->isVisible());

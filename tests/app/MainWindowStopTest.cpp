@@ -30,7 +30,7 @@ private:
     void startWithHardPackage(PackageTable::StateFilter state);
     // Whether VYRE is comparing the records, and the Stop button is enabled.
     bool isComparing() const;
-    // Calls the function, which must start a comparison, and presses Escape during this comparison.
+    // Calls act(), which must start a comparison, and presses Escape during this comparison.
     void stopByEscape(const std::function<void()>& act);
     const QString hard = "~(.*)(.*)\\1\\2x";
     // The repositories whose "session" box in the editor is clear.

@@ -16,7 +16,7 @@ class MainWindowWidgetsTest : public StandInWindow
     Q_OBJECT
 
 private Q_SLOTS:
-    void theWindowTitleNamesTheMachine();
+    void theWindowTitleContainsTheNameOfTheMachine();
     void theMenusHaveTheExpectedEntriesAndKeys();
     void menusCanBeTornOff();
     void theFilterRowHasTheExpectedTexts();
@@ -26,7 +26,7 @@ private Q_SLOTS:
     void theWindowIsAtLeast768PixelsWideAndFitsTheScreen();
 };
 
-void MainWindowWidgetsTest::theWindowTitleNamesTheMachine()
+void MainWindowWidgetsTest::theWindowTitleContainsTheNameOfTheMachine()
 {
     QProcess uname;
     uname.start("uname", {"-n"});

@@ -52,8 +52,8 @@ public:
     Pipe& operator=(const Pipe&) = delete;
 
     int writing() const { return ends[1]; }
-    // Fills the pipe. Then every thread that writes to the pipe must wait, as it would if nobody read the
-    // captured output.
+    // Fills the pipe, as if nobody read the captured output. After that, every thread that writes to the pipe
+    // must wait.
     void fill()
     {
         const QByteArray block(4096, 'x');

@@ -39,8 +39,8 @@ private Q_SLOTS:
     void closingTheWindowStopsTheWorker();
     void everyControlCanBeReachedByKeys();
     void openingTheWindowAgainKeepsTheCurrentTransaction();
-    void openingTheWindowAgainAfterANewTransactionKeepsAnOlderCurrentTransaction();
-    void openingTheWindowAgainAfterANewTransactionKeepsTheNewestTransactionCurrent();
+    void anOlderTransactionStaysCurrentEvenIfNewTransactionsAreAdded();
+    void aNewTransactionBecomesCurrentIfTheNewestTransactionWasCurrent();
     void theCommandButtonsAreDisabledUntilTheWindowHasReadTheHistoryAgain();
     void fiveThousandTransactionsAreListed();
     void theWindowRespondsWhileADifficultExpressionIsCompared();
@@ -410,7 +410,7 @@ void HistoryDialogTest::openingTheWindowAgainKeepsTheCurrentTransaction()
     QCOMPARE(table()->currentIndex().row(), 1);
 }
 
-void HistoryDialogTest::openingTheWindowAgainAfterANewTransactionKeepsAnOlderCurrentTransaction()
+void HistoryDialogTest::anOlderTransactionStaysCurrentEvenIfNewTransactionsAreAdded()
 {
     show();
     go(1);
@@ -434,7 +434,7 @@ void HistoryDialogTest::openingTheWindowAgainAfterANewTransactionKeepsAnOlderCur
     QCOMPARE(details(), detailsOf(3));
 }
 
-void HistoryDialogTest::openingTheWindowAgainAfterANewTransactionKeepsTheNewestTransactionCurrent()
+void HistoryDialogTest::aNewTransactionBecomesCurrentIfTheNewestTransactionWasCurrent()
 {
     show();
     QCOMPARE(details(), detailsOf(3));
@@ -469,7 +469,8 @@ void HistoryDialogTest::theCommandButtonsAreDisabledUntilTheWindowHasReadTheHist
         listed += numbers();
     });
     QCOMPARE(enabled, QStringList());
-    // The window does not list the transactions of the previous opening, which may be out of date.
+    // The window does not list the transactions that it listed when it was last open. They may be out of
+    // date.
     QCOMPARE(listed, QStringList());
     QTRY_COMPARE(details(), detailsOf(2));
     QCOMPARE(finished.count(), 0);

@@ -29,7 +29,7 @@ private Q_SLOTS:
     void closingTheDescriptionEndsTheWaitForALock();
     void theTitlesShowAPackageNameWithPercentSignsUnchanged();
     void anEmptyFileListIsShownIfAPackageHasNoFiles();
-    void theButtonsForListsSayThatExtraDataMustBeLoaded();
+    void theShowButtonsSayThatExtraDataMustBeLoaded();
     void theFileListsAreLoadedOnlyOnce();
     void theDialogCannotBeClosedWhileFileListsAreLoaded();
     void theButtonsInTheAreasDoNothingWhileFileListsAreLoaded();
@@ -356,7 +356,7 @@ void DescribeAreaTest::anEmptyFileListIsShownIfAPackageHasNoFiles()
     });
 }
 
-void DescribeAreaTest::theButtonsForListsSayThatExtraDataMustBeLoaded()
+void DescribeAreaTest::theShowButtonsSayThatExtraDataMustBeLoaded()
 {
     table->collectUsual();
     setLoaded(false, false);

@@ -74,12 +74,12 @@ private Q_SLOTS:
     void togglingAnActionSelectsTheNextPermittedAction_data();
     void togglingAnActionSelectsTheNextPermittedAction();
     void selectedRowsAreMarkedForInstallationOrUpdate();
-    void replacedAndReplacingPackagesAreNotMarkedWithTheSelectedRows();
-    void theMarksOfInstalledPackagesAreNotChangedWithTheSelectedRows();
+    void markingTheSelectedRowsSkipsReplacedAndReplacingPackages();
+    void markingTheSelectedRowsKeepsTheMarksOfInstalledPackages();
     void clearingTheActionsRemovesAllMarks();
     void aResetOfTheModelNotifiesTheViews();
     void describingAMissingRowOpensNoDialog();
-    void oneDialogDescribesAllRows();
+    void theSameDialogDescribesEachRow();
     void aModelWithoutABackEndHasNoRows();
 
 private:
@@ -590,7 +590,7 @@ void ModelTest::selectedRowsAreMarkedForInstallationOrUpdate()
     QCOMPARE(changed(spy), (QStringList{"editor", "tool", "Games"}));
 }
 
-void ModelTest::replacedAndReplacingPackagesAreNotMarkedWithTheSelectedRows()
+void ModelTest::markingTheSelectedRowsSkipsReplacedAndReplacingPackages()
 {
     using S = StandIn;
     const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
@@ -617,7 +617,7 @@ void ModelTest::replacedAndReplacingPackagesAreNotMarkedWithTheSelectedRows()
     QCOMPARE(table->entry("newpost").action, Package::Install);
 }
 
-void ModelTest::theMarksOfInstalledPackagesAreNotChangedWithTheSelectedRows()
+void ModelTest::markingTheSelectedRowsKeepsTheMarksOfInstalledPackages()
 {
     table->entry("shell").action = Package::Remove;
     QSignalSpy spy(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
@@ -662,7 +662,7 @@ void ModelTest::describingAMissingRowOpensNoDialog()
     QVERIFY(window.findChildren<QDialog*>().isEmpty());
 }
 
-void ModelTest::oneDialogDescribesAllRows()
+void ModelTest::theSameDialogDescribesEachRow()
 {
     QWidget window;
     QList<QDialog*> dialogs;

@@ -36,8 +36,8 @@ private Q_SLOTS:
     void cleanupTestCase();
     void theStateFilterListsOnlyRecordsInTheChosenState_data();
     void theStateFilterListsOnlyRecordsInTheChosenState();
-    void onlyOneOfTwoArchitecturesIsListedIfDuplicatesAreDisabled();
-    void excludedGroupsAreNotListedEvenIfTheExpressionMatches();
+    void onlyOneOfTwoArchitecturesIsListedIfDuplicatesAreNotIncluded();
+    void noGroupIsListedIfGroupsAreNotIncluded();
     void theConstructorAppliesTheGivenFilters();
     void anExpressionOfWildcardsAloneListsEveryRow_data();
     void anExpressionOfWildcardsAloneListsEveryRow();
@@ -57,14 +57,14 @@ private Q_SLOTS:
     void theSearchFindsTextsInEachListOfAGroup();
     void theSearchDoesNotMatchAcrossFields();
     void theExpressionInFilterModeMatchesOnlyVisibleTexts();
-    void aFilterWithoutMatchesReportsWhetherOnlyTheLetterCaseDiffers();
-    void aSearchWithoutMatchesReportsWhetherOnlyTheLetterCaseDiffers();
-    void aPreparedSearchWithoutMatchesReportsWhetherOnlyTheLetterCaseDiffers();
+    void aFilterWithoutMatchesReportsMatchesInAnotherLetterCase();
+    void aSearchWithoutMatchesReportsMatchesInAnotherLetterCase();
+    void aPreparedSearchWithoutMatchesReportsMatchesInAnotherLetterCase();
     void aMatchingRecordIsListedOnlyIfAllFiltersAcceptTheRecord();
     void theSearchReadsNoFieldsOfARecordAfterTheFirstMatch();
     void preparedAndUnpreparedComparisonsListTheSameRecords_data();
     void preparedAndUnpreparedComparisonsListTheSameRecords();
-    void preparedComparisonsAreValidForEveryStateFilter();
+    void aPreparedSearchRespectsTheStateFilter();
     void theProxyUsesPreparedResultsInsteadOfComparingAgain();
     void aResetOfTheModelDiscardsPreparedResults();
     void theQuickPreparationRefusesAnExpressionWithABackReference();
@@ -86,9 +86,9 @@ private Q_SLOTS:
     void rowsAreOrderedByTheirSortKeysOrTexts();
     void anInvalidIndexIsSortedBeforeEveryRow();
     void allListedUpdatesCanBeMarked();
-    void replacedPackagesAreNotMarkedWithTheListedUpdates();
-    void unlistedUpdatesAreNotMarkedWithTheListedUpdates();
-    void sortingByActionUsesActionsThatWereSetUnderADifferentSortOrder();
+    void markingTheListedUpdatesSkipsReplacedPackages();
+    void markingTheListedUpdatesSkipsUnlistedUpdates();
+    void sortingByActionAgainUsesTheNewActions();
     void theTableIsNotSortedByTheNewMarksBeforeTheFilterChanges();
     void theTableIsSortedOnceAtTheEndOfASortPause();
     void aSortPauseHasNoEffectIfTheTableIsNotSortedByAction();
@@ -162,7 +162,7 @@ void SortFilterProxyModelTest::theStateFilterListsOnlyRecordsInTheChosenState()
     QCOMPARE(sortedNames(*proxy), expected);
 }
 
-void SortFilterProxyModelTest::onlyOneOfTwoArchitecturesIsListedIfDuplicatesAreDisabled()
+void SortFilterProxyModelTest::onlyOneOfTwoArchitecturesIsListedIfDuplicatesAreNotIncluded()
 {
     const auto architectures = [this] {
         QStringList found;
@@ -182,7 +182,7 @@ void SortFilterProxyModelTest::onlyOneOfTwoArchitecturesIsListedIfDuplicatesAreD
     QCOMPARE(architectures(), (QStringList{"i686", "x86_64"}));
 }
 
-void SortFilterProxyModelTest::excludedGroupsAreNotListedEvenIfTheExpressionMatches()
+void SortFilterProxyModelTest::noGroupIsListedIfGroupsAreNotIncluded()
 {
     QCOMPARE(listed("Games|shell"), (QStringList{"Games", "shell"}));
     proxy->setGroupsFilter(false);
@@ -406,7 +406,7 @@ void SortFilterProxyModelTest::theSearchDoesNotMatchAcrossFields()
     QCOMPARE(listed("^noarch$"), QStringList{"editor"});
 }
 
-void SortFilterProxyModelTest::aFilterWithoutMatchesReportsWhetherOnlyTheLetterCaseDiffers()
+void SortFilterProxyModelTest::aFilterWithoutMatchesReportsMatchesInAnotherLetterCase()
 {
     for (const char* expression : {"SHELL", "^Shell .*NOARCH|^Shell ", "S[A-Z]ELL"}) {
         QCOMPARE(listed(expression), QStringList());
@@ -424,7 +424,7 @@ void SortFilterProxyModelTest::aFilterWithoutMatchesReportsWhetherOnlyTheLetterC
     QVERIFY(proxy->matchesIgnoringCase());
 }
 
-void SortFilterProxyModelTest::aPreparedSearchWithoutMatchesReportsWhetherOnlyTheLetterCaseDiffers()
+void SortFilterProxyModelTest::aPreparedSearchWithoutMatchesReportsMatchesInAnotherLetterCase()
 {
     table->collect(
         {},
@@ -454,7 +454,7 @@ void SortFilterProxyModelTest::aPreparedSearchWithoutMatchesReportsWhetherOnlyTh
     QVERIFY(!isHinted("/USR/BIN/SHELL", ViewUpdatable));
 }
 
-void SortFilterProxyModelTest::aSearchWithoutMatchesReportsWhetherOnlyTheLetterCaseDiffers()
+void SortFilterProxyModelTest::aSearchWithoutMatchesReportsMatchesInAnotherLetterCase()
 {
     proxy->setMode(Search);
     readTexts();
@@ -549,7 +549,7 @@ void SortFilterProxyModelTest::preparedAndUnpreparedComparisonsListTheSameRecord
     }
 }
 
-void SortFilterProxyModelTest::preparedComparisonsAreValidForEveryStateFilter()
+void SortFilterProxyModelTest::aPreparedSearchRespectsTheStateFilter()
 {
     proxy->setMode(Search);
     readTexts();
@@ -901,7 +901,7 @@ void SortFilterProxyModelTest::allListedUpdatesCanBeMarked()
     }
 }
 
-void SortFilterProxyModelTest::replacedPackagesAreNotMarkedWithTheListedUpdates()
+void SortFilterProxyModelTest::markingTheListedUpdatesSkipsReplacedPackages()
 {
     using S = StandIn;
     const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
@@ -916,7 +916,7 @@ void SortFilterProxyModelTest::replacedPackagesAreNotMarkedWithTheListedUpdates(
     QCOMPARE(table->entry("tool").action, Package::Update);
 }
 
-void SortFilterProxyModelTest::unlistedUpdatesAreNotMarkedWithTheListedUpdates()
+void SortFilterProxyModelTest::markingTheListedUpdatesSkipsUnlistedUpdates()
 {
     QCOMPARE(listed("many|shell"), (QStringList{"many", "shell"}));
     QSignalSpy spy(proxy.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
@@ -926,7 +926,7 @@ void SortFilterProxyModelTest::unlistedUpdatesAreNotMarkedWithTheListedUpdates()
     QCOMPARE(table->entry("tool").action, Package::None);
 }
 
-void SortFilterProxyModelTest::sortingByActionUsesActionsThatWereSetUnderADifferentSortOrder()
+void SortFilterProxyModelTest::sortingByActionAgainUsesTheNewActions()
 {
     proxy->setGroupsFilter(false);
     QCOMPARE(inOrder(ActionColumn).first(), QStringLiteral("editor"));

@@ -60,7 +60,7 @@ private Q_SLOTS:
     void theTabKeyMovesTheFocusOutOfTheTable();
     void textsInADisabledViewHaveTheColoursOfDisabledText();
     void fittedColumnsAreAlsoWideEnoughForUnlistedRecords();
-    void fittingTheColumnsKeepsFilterAndSelection();
+    void fittingTheColumnsKeepsTheFilterAndTheSelection();
     void fittedColumnsAreAsWideAsTheirWidestCell_data();
     void fittedColumnsAreAsWideAsTheirWidestCell();
     void theWidthOfAFittedColumnIncludesKerning();
@@ -316,8 +316,8 @@ void ViewTest::aSignalReportsMinusOneIfTheCurrentRowIsFilteredOut()
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
     shown->proxy.setFilterRegExp("tool");
     QVERIFY(!view->currentIndex().isValid());
-    // When the view removes the current row, a neighbouring row may become current for a moment. So there may
-    // be several signals.
+    // When the view removes the current row, a neighbouring row may become current for a moment. So the view
+    // may emit several signals.
     QCOMPARE(spy.value(0).value(1).toInt(), table->row("office"));
     for (int i = 1; i < spy.count(); ++i) {
         QCOMPARE(spy.at(i).at(1), spy.at(i - 1).at(0));
@@ -415,7 +415,7 @@ void ViewTest::fittedColumnsAreAlsoWideEnoughForUnlistedRecords()
     QVERIFY(width > view->sizeHintForColumn(NameColumn) + 50);
 }
 
-void ViewTest::fittingTheColumnsKeepsFilterAndSelection()
+void ViewTest::fittingTheColumnsKeepsTheFilterAndTheSelection()
 {
     shown->proxy.setFilterRegExp("tool|many");
     shown->select({"tool"});
@@ -489,7 +489,7 @@ void ViewTest::fittedColumnsAreAsWideAsTheirWidestCell()
 void ViewTest::theWidthOfAFittedColumnIncludesKerning()
 {
     // The test looks for the pair of letters that kerning moves apart the most. A text that repeats this pair
-    // is wider than the sum of its letters.
+    // is wider than all its letters together.
     const QFontMetricsF metrics(view->font());
     QString apart;
     qreal most = 0;
@@ -565,8 +565,8 @@ void ViewTest::theWidthOfAFittedColumnTakesLigaturesIntoAccount()
         QJsonArray packages;
         const qreal unit = metrics.horizontalAdvance(QLatin1Char('i'));
         for (qreal width = metrics.horizontalAdvance(joined) - 12; packages.count() < 24; width += 1) {
-            // These texts compete with `joined` for the widest cell. They have no ligatures, and are at most
-            // `width` wide.
+            // Some of these texts are narrower than `joined`, and some are wider. They have no ligatures, and
+            // are at most `width` wide.
             packages.append(StandIn::package(QString("i").repeated(static_cast<int>(width / unit))));
         }
         packages.append(StandIn::package(joined));
@@ -725,8 +725,8 @@ void ViewTest::eachOfSeveralQuickClicksOnAnActionCellChangesTheAction()
     const QPoint place = view->viewport()->mapTo(&shown->window, shown->place("tool", ActionColumn));
     QSignalSpy changed(view, SIGNAL(stateChanged(int)));
     for (int i = 0; i < clicks; ++i) {
-        // Qt may take such quick clicks for double clicks. QTest::mouseClick() would add delays, which
-        // prevent this.
+        // Qt may take such quick clicks for double clicks. QTest::mouseClick() would add delays, so Qt would
+        // see single clicks.
         QTest::mousePress(shown->window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
         QTest::mouseRelease(shown->window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
     }

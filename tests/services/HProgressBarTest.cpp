@@ -36,7 +36,7 @@ class HProgressBarTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void theTextOfTheBarConsistsOfActivityAndPercentage();
+    void theTextOfTheBarConsistsOfTheActivityAndThePercentage();
     void placeMarkersInAnActivityAreShownUnchanged();
     void aResetRemovesTheActivityAndTheValue();
     void theBarIsPaintedAgainIfItsActivityChanges();
@@ -47,7 +47,7 @@ private Q_SLOTS:
     void anInactiveWindowAlsoRequestsTipsIfTheToolTipAttributeIsSet();
 };
 
-void HProgressBarTest::theTextOfTheBarConsistsOfActivityAndPercentage()
+void HProgressBarTest::theTextOfTheBarConsistsOfTheActivityAndThePercentage()
 {
     HProgressBar bar;
     bar.setRange(0, 100);

@@ -30,7 +30,7 @@
 
 namespace {
 
-// A log that notes whether it is locked whenever the window connects to it or disconnects from it.
+// A log that notes, each time the window connects or disconnects, whether the log is locked.
 class WatchedEntries : public Log::EntryList
 {
 public:

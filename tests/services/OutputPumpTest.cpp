@@ -15,7 +15,7 @@
 
 namespace {
 
-// A pump between two pipes for each channel: the test writes to one pipe, and reads from the other pipe.
+// A pump with two pipes for each channel. The test writes to the first pipe, and reads from the second pipe.
 struct Pumped
 {
     Pumped()

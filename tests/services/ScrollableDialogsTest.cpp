@@ -185,7 +185,7 @@ void ScrollableDialogsTest::enterRejectsTheQuestionIfRejectionIsTheDefault()
     QVERIFY(!dialog.isVisible());
     QCOMPARE(dialog.result(), static_cast<int>(QDialog::Rejected));
 
-    // If the user moves the focus to the second button, Return presses the second button.
+    // If the user moves the focus to the Yes button, Return presses the Yes button.
     dialog.show();
     QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
     dialog.findChildren<QPushButton*>().at(0)->setFocus();
@@ -231,7 +231,7 @@ void ScrollableDialogsTest::aTextThatFitsOnTheScreenIsShownWithoutScrollBars_dat
     for (const QString& family : QFontDatabase().families()) {
         const QFontMetrics metrics{QFont(family)};
         if (metrics.lineSpacing() < metrics.height()) {
-            QTest::newRow("lines closer than their height") << family;
+            QTest::newRow("line spacing smaller than the letters") << family;
             break;
         }
     }

@@ -419,7 +419,7 @@ void YumIOCapturersTest::aBackgroundChildThatKeepsWritingDoesNotDelayTheEndOfThe
     QVERIFY(receiver.out.startsWith("y\ny\n"));
     const pid_t child = receiver.err.trimmed().toInt();
     QVERIFY(child > 0);
-    // The capture's end of the pipe is closed, so SIGPIPE ends the child, without a signal from the test.
+    // The capture has closed its end of the pipe, so SIGPIPE ends the child. The test itself sends no signal.
     QTRY_VERIFY(kill(child, 0) != 0 || !QFile::exists(QString("/proc/%1/exe").arg(child)) ||
                 QFile::symLinkTarget(QString("/proc/%1/exe").arg(child)).isEmpty());
 }

@@ -28,7 +28,7 @@ private Q_SLOTS:
                                   << "bXXy" << true;
         QTest::newRow("alternatives") << "One|TWO"
                                       << "two" << true;
-        QTest::newRow("fixed letters beyond ASCII")
+        QTest::newRow("text with letters beyond ASCII")
             << QString::fromUtf8("pr\u00fcF") << QString::fromUtf8("Pr\u00fcf") << true;
         QTest::newRow("expression with letters beyond ASCII")
             << QString::fromUtf8("pr\u00fcF.n") << QString::fromUtf8("Pr\u00fcfen") << true;

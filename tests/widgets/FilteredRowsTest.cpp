@@ -104,7 +104,7 @@ void FilteredRowsTest::theExpressionMatchesTheJoinedTextsOfAllColumns_data()
     QTest::newRow("a text") << "kernel" << QStringList({"kernel", "kernel-core"});
     QTest::newRow("different letter case") << "Kernel" << QStringList();
     QTest::newRow("text in another column") << "bash" << QStringList({"shell"});
-    QTest::newRow("across columns") << "^kernel 7$" << QStringList({"kernel"});
+    QTest::newRow("text across two columns") << "^kernel 7$" << QStringList({"kernel"});
     QTest::newRow("alternatives") << "^(shell|kernel) " << QStringList({"kernel", "shell"});
     QTest::newRow("wildcards around a text") << ".*core.*" << QStringList({"kernel-core"});
     QTest::newRow("letters beyond ASCII")

@@ -157,7 +157,7 @@ void HMenuTest::aToolTipThatOnlyRepeatsTheTextIsNotShown_data()
     row("different letter case", "Quit", "quit", true);
     row("tool tip with the mnemonic", "&Quit", "&Quit", true);
     row("tool tip with the dots", "Open...", "Open...", true);
-    row("longer than the text", "Quit", "Quit the program", true);
+    row("tool tip longer than the text", "Quit", "Quit the program", true);
 }
 
 void HMenuTest::aToolTipThatOnlyRepeatsTheTextIsNotShown()

@@ -92,14 +92,14 @@ void HSortFilterProxyModelTest::valuesOfEachTypeHaveTheExpectedOrder_data()
     };
     // Each data row has its values in the wrong order. If the proxy compared the numbers as texts, it would
     // keep this order.
-    row("int puts 9 before 10", {10, 9});
+    row("int: 9 precedes 10", {10, 9});
     row("negative int", {-1, -2});
     row("unsigned int", {QVariant(4000000000U), QVariant(5U)});
     row("qlonglong", {QVariant(Q_INT64_C(10000000000)), QVariant(Q_INT64_C(9))});
     row("qulonglong", {QVariant(Q_UINT64_C(18446744073709551615)), QVariant(Q_UINT64_C(2))});
     row("double", {QVariant(1e20), QVariant(9.5)});
     row("QChar", {QVariant(QChar(0xff01)), QVariant(QChar(u'a'))});
-    row("text puts B before a", {"a", "B"});
+    row("text: B precedes a", {"a", "B"});
     row("text by code unit, not by locale", {QString::fromUtf8("\u00e9"), "f"});
     row("text of digits", {"9", "10"});
     row("QDate", {QDate(10000, 1, 1), QDate(2019, 12, 31)});
