@@ -737,8 +737,8 @@ private Q_SLOTS:
             const Python::PyGILStateWrapper lock(true);
             entered = true;
         });
-        // An interpreter releases the lock only while it runs Python code. During this sleep, no Python code
-        // runs.
+        // An interpreter hands its lock to other threads only while it runs Python code. No Python code runs
+        // during this sleep, so the worker must wait.
         QThread::msleep(50);
         const bool enteredTooEarly = entered;
         {

@@ -7,7 +7,8 @@
 #include "app/base/RepositoryFileLimit.h"
 #include "tests/repo/ScratchConfiguration.h"
 
-// Tests that the time for reading and writing grows only in proportion to the size of the files.
+// Tests that VYRE reads and writes very large configurations within a time limit. Code that needs quadratic
+// time would exceed this limit.
 class YumConfIOAmountsTest : public ScratchConfiguration
 {
     Q_OBJECT

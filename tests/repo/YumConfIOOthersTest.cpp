@@ -46,8 +46,8 @@ void YumConfIOOthersTest::noFileIsOverwrittenIfAnotherProgramHasChangedAnEditedF
     putRepo(QStringLiteral("b.repo"), "[b]\nname=b\n");
     putRepo(QStringLiteral("comments.repo"), "# only\n");
     QVERIFY(conf->read(window.get()));
-    // The other program's change keeps the file's size, and utimensat() restores the modification time. Only
-    // the change time, which no program can set, differs.
+    // The change by the other program keeps the size of the file, and utimensat() sets an old modification
+    // time. VYRE notices the change, because it compares the contents.
     const struct timespec times[] = {{1700000000, 0}, {1700000000, 0}};
     put(file, "[a]\nname=two\n");
     QCOMPARE(utimensat(AT_FDCWD, QFile::encodeName(file).constData(), times, 0), 0);

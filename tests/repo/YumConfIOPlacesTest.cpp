@@ -26,7 +26,7 @@ private Q_SLOTS:
     void noMainFileOfLowerPrecedenceIsUsedIfTheFirstMainFileIsUnreadable();
     void etcDistroReposDIsAlsoReadIfItExists();
     void theDefaultsApplyIfTheMainFileIsEmpty();
-    void configuredDirectoriesAreBelowTheManagedRoot();
+    void aConfiguredDirectoryIsLookedUpInTheManagedRootFirst();
     void aWarningNamesEachValueThatVyreAndThePackageManagerReadDifferently();
     void aSecondReadDiscardsAllValuesOfTheFirstRead();
     void theValuesOfTheMainSectionAreRead();
@@ -248,9 +248,10 @@ void YumConfIOPlacesTest::theDefaultsApplyIfTheMainFileIsEmpty()
     QCOMPARE(conf->mainText, QString());
 }
 
-void YumConfIOPlacesTest::configuredDirectoriesAreBelowTheManagedRoot()
+void YumConfIOPlacesTest::aConfiguredDirectoryIsLookedUpInTheManagedRootFirst()
 {
-    // The running system has a directory /etc too, but VYRE uses /etc of the managed root.
+    // Both systems have /etc, and VYRE uses /etc of the managed root. Only the running system has /dev, so
+    // VYRE uses this /dev.
     QVERIFY(QDir(path(QString())).mkpath(QStringLiteral("etc")));
     putMain("[main]\ncachedir=/srv/cache\nreposdir=/etc /dev\n");
     QVERIFY(conf->read(window.get()));

@@ -112,7 +112,8 @@ private Q_SLOTS:
                  QStringList({"started", "events were served", "again: started"}));
     }
 
-    // Python's threading module reports errors at exit if another thread has imported it first.
+    // A worker imports the script. If the worker also were the first thread that imports "threading", Python
+    // would regard the worker as the main thread, and would report errors at exit.
     void theGraphicalThreadIsTheMainThreadOfPython()
     {
         QCOMPARE(start("import threading as t\n"
