@@ -30,8 +30,8 @@ def haveAdvisories(base):
 # Words -----------------------------------------------------------------------------------------------------
 
 def words():
-    """dnf's words for kinds and severities. This function imports a dnf command, so it is called only if advisories
-    exist.
+    """dnf's words for kinds and severities. To save time, call this function only if advisories exist, because it
+    imports a dnf command.
     """
     from dnf.cli.commands.updateinfo import UpdateInfoCommand
     return UpdateInfoCommand

@@ -77,7 +77,7 @@ def readConfiguration():
 
 
 def readMainFile(conf):
-    """Read the options of the main configuration file. Return the path of the file in whose sections dnf finds
+    """Read the options of the main configuration file. Return the path of the file whose other sections dnf reads as
     repositories. Without a main configuration file, dnf would not check package signatures. So if the file is missing
     or unusable, demand this check.
     """
