@@ -6,7 +6,7 @@
 #include "tests/services/ShownBars.h"
 
 // Tests of the total bar and the item bar. A part of the total belongs to one item, or is divided into acts.
-// In the second case, each item covers some of the acts.
+// Each item of a divided part covers some of the acts.
 class ProgressStepsTest : public ShownBars
 {
     Q_OBJECT
