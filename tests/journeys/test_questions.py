@@ -51,7 +51,7 @@ class ConfirmationTest(JourneyTest):
             window.mark_listed('pergola')
             window.wait_settled()
             driver.click(window.edit())
-            # The user presses Enter before the question opens, and holds the key.
+            # The user presses Enter before the listing opens, and holds the key.
             driver.xdotool('key', 'alt+a', 'keydown', 'Return')
             try:
                 dialog = window.program.window('Apply')

@@ -23,7 +23,7 @@ private Q_SLOTS:
     void theListShowsTheRemainingRepositoriesIfApplyFailsAfterARemoval();
     void okDoesNotOverwriteAFileThatAnotherProgramHasChanged();
     void theUserCanReadTheFilesAgainIfAnotherProgramHasChangedAFile();
-    void theListAlsoShowsChangesByOtherProgramsAfterAnApply();
+    void theListShowsChangesByOtherProgramsAfterTheApplyButtonWasPressed();
 };
 
 void RepoEditorDialogApplyTest::okWritesNoFileIfNothingHasChanged()
@@ -178,7 +178,7 @@ void RepoEditorDialogApplyTest::theUserCanReadTheFilesAgainIfAnotherProgramHasCh
              QByteArray("[os]\nname=Theirs\n\n[extras]\nname=Theirs too\nenabled=1\n"));
 }
 
-void RepoEditorDialogApplyTest::theListAlsoShowsChangesByOtherProgramsAfterAnApply()
+void RepoEditorDialogApplyTest::theListShowsChangesByOtherProgramsAfterTheApplyButtonWasPressed()
 {
     backEnd->putRepo("other.repo", "[other]\nname=Before\n");
     QVERIFY(run([this] {

@@ -30,7 +30,7 @@ private Q_SLOTS:
     void aMalformedHeaderOfTheMainFileIsReported();
     void markupFromAFileIsShownAsPlainText();
     void aFailedReadKeepsTheRepositoriesThatPrecedeTheError();
-    void aFailedReadDoesNotAffectTheNextRead();
+    void aFailedReadDoesNotAffectTheNextAttempt();
     void anErrorIsReportedIfARepositoryFileCannotBeCreated();
     void anErrorIsReportedIfTheMainFileCannotBeWritten();
     void anErrorIsShownAndNoFileIsChangedIfTheDiskIsFull();
@@ -193,7 +193,7 @@ void YumConfIOFailuresTest::aFailedReadKeepsTheRepositoriesThatPrecedeTheError()
     QCOMPARE(conf->entries.at(1).name, QStringLiteral("kept"));
 }
 
-void YumConfIOFailuresTest::aFailedReadDoesNotAffectTheNextRead()
+void YumConfIOFailuresTest::aFailedReadDoesNotAffectTheNextAttempt()
 {
     putMain("[main]\n[d\n[e]\nname=x\n");
     QVERIFY(!conf->read(window.get()));

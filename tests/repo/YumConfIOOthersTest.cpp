@@ -16,15 +16,15 @@ private Q_SLOTS:
     void noFileIsOverwrittenIfAnotherProgramHasChangedAnEditedFile_data();
     void noFileIsOverwrittenIfAnotherProgramHasChangedAnEditedFile();
     void changesByOtherProgramsAreReadIfTheUserAgrees();
-    void aWriteKeepsChangesByOtherProgramsToUneditedFiles();
-    void aWriteKeepsFilesThatOtherProgramsHaveCreated();
+    void writingKeepsTheChangesOfOtherProgramsToUneditedFiles();
+    void writingKeepsFilesThatOtherProgramsHaveCreated();
     void aNewRepositoryDoesNotOverwriteAFileOfAnotherProgram();
-    void theWritesOfVyreDoNotCountAsChangesByOtherPrograms();
+    void filesThatVyreWritesDoNotCountAsChangedByOtherPrograms();
     void nothingIsWrittenIfAMainFileOfHigherPrecedenceAppears();
     void noFileWithUnreadSectionsIsOverwrittenAfterAFailedRead();
     void nothingIsWrittenIfADirectoryHasReplacedAFile();
     void aDirectoryThatAnotherProgramHasRemovedIsNotCreatedAgain();
-    void aReadWarnsAboutTheLeftoversOfAKilledProgram();
+    void readingWarnsAboutTheLeftoversOfAKilledProgram();
 };
 
 void YumConfIOOthersTest::noFileIsOverwrittenIfAnotherProgramHasChangedAnEditedFile_data()
@@ -92,7 +92,7 @@ void YumConfIOOthersTest::changesByOtherProgramsAreReadIfTheUserAgrees()
     QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\nname=mine\n"));
 }
 
-void YumConfIOOthersTest::aWriteKeepsChangesByOtherProgramsToUneditedFiles()
+void YumConfIOOthersTest::writingKeepsTheChangesOfOtherProgramsToUneditedFiles()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     putRepo(QStringLiteral("b.repo"), "[b]\n");
@@ -123,7 +123,7 @@ void YumConfIOOthersTest::aWriteKeepsChangesByOtherProgramsToUneditedFiles()
     QVERIFY(!QFile::exists(repoPath(QStringLiteral("gone.repo"))));
 }
 
-void YumConfIOOthersTest::aWriteKeepsFilesThatOtherProgramsHaveCreated()
+void YumConfIOOthersTest::writingKeepsFilesThatOtherProgramsHaveCreated()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     QVERIFY(conf->read(window.get()));
@@ -153,7 +153,7 @@ void YumConfIOOthersTest::aNewRepositoryDoesNotOverwriteAFileOfAnotherProgram()
     QCOMPARE(get(path(QStringLiteral("passwd"))), QByteArray("root\n"));
 }
 
-void YumConfIOOthersTest::theWritesOfVyreDoNotCountAsChangesByOtherPrograms()
+void YumConfIOOthersTest::filesThatVyreWritesDoNotCountAsChangedByOtherPrograms()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n[b]\n");
     QVERIFY(conf->read(window.get()));
@@ -256,7 +256,7 @@ void YumConfIOOthersTest::aDirectoryThatAnotherProgramHasRemovedIsNotCreatedAgai
     QVERIFY(!QFile::exists(path(QStringLiteral("etc/yum"))));
 }
 
-void YumConfIOOthersTest::aReadWarnsAboutTheLeftoversOfAKilledProgram()
+void YumConfIOOthersTest::readingWarnsAboutTheLeftoversOfAKilledProgram()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     const QString temporary = repoPath(QStringLiteral(".a.repo.vyre-abcdef"));

@@ -28,7 +28,7 @@ private Q_SLOTS:
     void theDefaultsApplyIfTheMainFileIsEmpty();
     void aConfiguredDirectoryIsLookedUpInTheManagedRootFirst();
     void aWarningNamesEachValueThatVyreAndThePackageManagerReadDifferently();
-    void aSecondReadDiscardsAllValuesOfTheFirstRead();
+    void readingTheFilesAgainDiscardsAllFormerValues();
     void theValuesOfTheMainSectionAreRead();
     void theHeaderOfTheMainSectionIsNotRequired();
     void configuredDirectoriesReplaceTheDefaultDirectories();
@@ -283,7 +283,7 @@ void YumConfIOPlacesTest::aWarningNamesEachValueThatVyreAndThePackageManagerRead
     QCOMPARE(conf->warnings, QStringList());
 }
 
-void YumConfIOPlacesTest::aSecondReadDiscardsAllValuesOfTheFirstRead()
+void YumConfIOPlacesTest::readingTheFilesAgainDiscardsAllFormerValues()
 {
     putMain("[main]\ncachedir=/c\nreposdir=/r\nenabled=0\ngpgcheck=1\n[x]\n");
     QVERIFY(conf->read(window.get()));

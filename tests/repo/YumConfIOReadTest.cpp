@@ -30,8 +30,8 @@ private Q_SLOTS:
     void continuationLinesBelongToTheLineAbove();
     void anEmptyLineWithAContinuationLineIsAnOption();
     void aCarriageReturnBeforeALineFeedBelongsToTheLineEnd();
-    void aWriteKeepsTheCarriageReturnsOfAFile();
-    void aWriteKeepsTheByteOrderMarkOfAFile();
+    void writingAFileKeepsItsCarriageReturns();
+    void writingAFileKeepsItsByteOrderMark();
     void theHeaderOfTheMainSectionIsReadAfterAByteOrderMark();
     void aRepositoryFileOfAnUnsupportedKindIsNotChanged_data();
     void aRepositoryFileOfAnUnsupportedKindIsNotChanged();
@@ -40,9 +40,9 @@ private Q_SLOTS:
     void aNewRepositoryDoesNotOverwriteAFileThatVyreCannotRead();
     void repositoriesOfTheMainFileAreRead();
     void repositoriesAreNumberedWithinEachFile();
-    void aReadGivesEachNewIdentifierASessionState();
+    void readingGivesEachNewIdentifierASessionState();
     void theMainSectionCanDisableRepositoriesByDefault();
-    void aReadKeepsTheSessionStateOfKnownIdentifiers();
+    void readingKeepsTheSessionStateOfKnownIdentifiers();
     void theLastMatchingRepositoryOptionDecides();
     void repositoryOptionsMatchWholeIdentifiersCaseSensitively();
     void aSecondSectionWithTheSameIdentifierDoesNotSetTheSessionState();
@@ -283,7 +283,7 @@ void YumConfIOReadTest::aCarriageReturnBeforeALineFeedBelongsToTheLineEnd()
              QByteArray("[x]\nname=c\nbaseurl=b\nenabled=0\nretries=1\rand more\n"));
 }
 
-void YumConfIOReadTest::aWriteKeepsTheCarriageReturnsOfAFile()
+void YumConfIOReadTest::writingAFileKeepsItsCarriageReturns()
 {
     const QByteArray mainText("# ours\r\n\r\n[main]\r\ngpgcheck=1\r\n[m]\r\nname=M\r\n");
     const QByteArray text(
@@ -311,7 +311,7 @@ void YumConfIOReadTest::aWriteKeepsTheCarriageReturnsOfAFile()
     }
 }
 
-void YumConfIOReadTest::aWriteKeepsTheByteOrderMarkOfAFile()
+void YumConfIOReadTest::writingAFileKeepsItsByteOrderMark()
 {
     const QByteArray text("\xEF\xBB\xBF[x]\nname=a\n[y]\nname=b\n");
     putRepo(QStringLiteral("f.repo"), text);
@@ -471,7 +471,7 @@ void YumConfIOReadTest::repositoriesAreNumberedWithinEachFile()
     QCOMPARE(entry(QStringLiteral("e")).position, 3.0);
 }
 
-void YumConfIOReadTest::aReadGivesEachNewIdentifierASessionState()
+void YumConfIOReadTest::readingGivesEachNewIdentifierASessionState()
 {
     putRepo(QStringLiteral("f.repo"), "[on]\nenabled=1\n[off]\nenabled=0\n[silent]\n");
     QVERIFY(conf->read(window.get()));
@@ -488,7 +488,7 @@ void YumConfIOReadTest::theMainSectionCanDisableRepositoriesByDefault()
              (QHash<QString, bool>{{QStringLiteral("on"), true}, {QStringLiteral("silent"), false}}));
 }
 
-void YumConfIOReadTest::aReadKeepsTheSessionStateOfKnownIdentifiers()
+void YumConfIOReadTest::readingKeepsTheSessionStateOfKnownIdentifiers()
 {
     session = {{QStringLiteral("a"), true}, {QStringLiteral("gone"), false}};
     requests = {YumRepoEnabled(false, QStringLiteral("*"))};

@@ -13,14 +13,14 @@ class YumConfIORightsTest : public ScratchConfiguration
     Q_OBJECT
 
 private Q_SLOTS:
-    void aWriteKeepsTheModeAndTheOwnerOfAnExistingFile();
+    void writingAnExistingFileKeepsItsModeAndItsOwner();
     void otherUsersLoseTheirRightsToAFileThatGetsAPassword();
     void theModeOfAFileIsNotChangedIfItGetsAnEmptyPassword();
     void onlyANewFileWithoutSecretsIsReadableByAllUsers_data();
     void onlyANewFileWithoutSecretsIsReadableByAllUsers();
 };
 
-void YumConfIORightsTest::aWriteKeepsTheModeAndTheOwnerOfAnExistingFile()
+void YumConfIORightsTest::writingAnExistingFileKeepsItsModeAndItsOwner()
 {
     putRepo(QStringLiteral("x.repo"), "[x]\n");
     const QByteArray file = QFile::encodeName(repoPath(QStringLiteral("x.repo")));

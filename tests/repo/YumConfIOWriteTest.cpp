@@ -14,8 +14,8 @@ class YumConfIOWriteTest : public ScratchConfiguration
 private Q_SLOTS:
     void sectionsAreWrittenInTheStandardForm();
     void unspecifiedValuesAreNotWritten();
-    void aWriteMovesCommentsToTheEndOfTheirSection();
-    void aWriteKeepsBlankLinesOnlyInTheMainSection();
+    void writingMovesCommentsToTheEndOfTheirSection();
+    void writingKeepsBlankLinesOnlyInTheMainSection();
     void theMainFileIsRewrittenWithItsRepositories();
     void theMainFileIsWrittenEvenIfItHasNoRepositories();
     void aNewRepositoryGetsItsOwnFile();
@@ -25,8 +25,8 @@ private Q_SLOTS:
     void newRepositoriesWithEqualPositionsAreWrittenInListOrder();
     void aRepositoryWithANewFileNameMovesToThisFile();
     void removingTheLastRepositoryOfAFileRemovesTheFile();
-    void aWriteRemovesARepositoryFileThatHasOnlyComments();
-    void aWriteKeepsDirectoriesAndFilesThatAreNoRepositoryFiles();
+    void writingRemovesARepositoryFileThatHasOnlyComments();
+    void writingKeepsDirectoriesAndFilesThatAreNoRepositoryFiles();
     void aByteBeyondAsciiIsReadAsOneCharacterAndWrittenInUtf8();
     void aFileWithoutEditsKeepsItsExactBytes();
     void theTargetOfASymbolicLinkIsWritten();
@@ -74,7 +74,7 @@ void YumConfIOWriteTest::unspecifiedValuesAreNotWritten()
     QCOMPARE(getRepo(QStringLiteral("f.repo")), QByteArray("[x]\nenabled=1\ngpgcheck=0\n"));
 }
 
-void YumConfIOWriteTest::aWriteMovesCommentsToTheEndOfTheirSection()
+void YumConfIOWriteTest::writingMovesCommentsToTheEndOfTheirSection()
 {
     putRepo(QStringLiteral("f.repo"), "# above\n[x]\n# inside\n\nname=a\n; also inside\nenabled=1\n");
     QVERIFY(conf->read(window.get()));
@@ -83,7 +83,7 @@ void YumConfIOWriteTest::aWriteMovesCommentsToTheEndOfTheirSection()
              QByteArray("[x]\nname=a\nenabled=1\n# inside\n; also inside\n"));
 }
 
-void YumConfIOWriteTest::aWriteKeepsBlankLinesOnlyInTheMainSection()
+void YumConfIOWriteTest::writingKeepsBlankLinesOnlyInTheMainSection()
 {
     putMain("\n# top\n\n[main]\n\nretries=1\n\n\n[x]\n\nname=a\n\n");
     QVERIFY(conf->read(window.get()));
@@ -208,7 +208,7 @@ void YumConfIOWriteTest::removingTheLastRepositoryOfAFileRemovesTheFile()
     QCOMPARE(getRepo(QStringLiteral("b.repo")), QByteArray("[b]\n"));
 }
 
-void YumConfIOWriteTest::aWriteRemovesARepositoryFileThatHasOnlyComments()
+void YumConfIOWriteTest::writingRemovesARepositoryFileThatHasOnlyComments()
 {
     putRepo(QStringLiteral("comments.repo"), "# nothing here\n");
     QVERIFY(conf->read(window.get()));
@@ -217,7 +217,7 @@ void YumConfIOWriteTest::aWriteRemovesARepositoryFileThatHasOnlyComments()
     QVERIFY(!QFile::exists(repoPath(QStringLiteral("comments.repo"))));
 }
 
-void YumConfIOWriteTest::aWriteKeepsDirectoriesAndFilesThatAreNoRepositoryFiles()
+void YumConfIOWriteTest::writingKeepsDirectoriesAndFilesThatAreNoRepositoryFiles()
 {
     putRepo(QStringLiteral("a.repo.rpmsave"), "[a]\n");
     put(path(QStringLiteral("elsewhere.repo")), "[b]\n");

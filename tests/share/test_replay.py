@@ -288,7 +288,7 @@ class UndoTest(ReplayTest):
         self.assertEqual(gone, {"abacus-cli-3.3.0-2.x86_64", "libbough-1.1-1.x86_64", "libtwig-1.0-1.x86_64"})
         self.assertTrue(self.yumio.systemChanged)
         self.assertEqual(self.newest()[3], "vyre: history undo %d" % number)
-        # An undo goes through the same steps as an apply of marks.
+        # An undo goes through the same steps as a transaction that applies marks.
         names = self.recording.names()
         for name in ("listTransaction", "userconfirm", "downloadRemotePayloads", "gpgsigcheck", "rpmtransInit",
                      "postTransactionOutput"):

@@ -161,7 +161,7 @@ private Q_SLOTS:
                  QStringList({"ended", "status 0"}));
     }
 
-    void aReadContinuesAfterARecordedSignal()
+    void readingContinuesAfterARecordedSignal()
     {
         QCOMPARE(inChild([](int out) {
                      int ends[2];

@@ -48,7 +48,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().advisories().count(), 2);
     }
 
-    void aFailedReadOfTheAdvisoriesIsRepeatedAtTheNextAttempt()
+    void afterAFailureTheNextAttemptReadsTheAdvisoriesAgain()
     {
         QVERIFY(backEnd->collect());
         backEnd->run("it.raises['collectAdvisories'] = dnf.exceptions.Error('no luck')");

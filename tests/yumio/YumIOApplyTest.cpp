@@ -172,7 +172,7 @@ private Q_SLOTS:
         QVERIFY(!wasApplied());
     }
 
-    void theApplyStopsIfAListForTheScriptCannotBeCreated_data()
+    void marksAreNotAppliedIfAListForTheScriptCannotBeCreated_data()
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<int>("action");
@@ -190,7 +190,7 @@ private Q_SLOTS:
         row("G", Package::Remove, 1, "Unable to add group G to grp_removes list");
     }
 
-    void theApplyStopsIfAListForTheScriptCannotBeCreated()
+    void marksAreNotAppliedIfAListForTheScriptCannotBeCreated()
     {
         QFETCH(QString, name);
         QFETCH(int, action);
@@ -210,7 +210,7 @@ private Q_SLOTS:
         QVERIFY(!applied);
         QCOMPARE(errors(), QStringList(expected));
         QVERIFY(!wasApplied());
-        // The next apply has enough memory, and succeeds.
+        // The next attempt has enough memory, and succeeds.
         QVERIFY(!apply());
         QVERIFY(wasApplied());
     }

@@ -59,7 +59,7 @@ class YumIORunTest : public ApplyFixture
     Q_OBJECT
 
 private Q_SLOTS:
-    void aNewApplyResetsTheStateOfTheFormerTransaction()
+    void aNewTransactionResetsTheStateOfTheFormerTransaction()
     {
         transaction().txText = "text";
         transaction().txListed = true;
@@ -86,7 +86,7 @@ private Q_SLOTS:
                  QString("True"));
     }
 
-    void theOutputOfAnApplyIsLogged()
+    void theOutputDuringATransactionIsLogged()
     {
         const int before = logLength();
         QVERIFY(!apply("import os\nos.write(1, b'from a scriptlet\\n')\nos.write(2, b'its trouble\\n')\n"
@@ -182,7 +182,7 @@ private Q_SLOTS:
         QVERIFY(transaction().actionEntries.isEmpty());
     }
 
-    void aMessageExplainsWhyAnApplyHasFailed()
+    void aMessageExplainsWhyTheMarksCouldNotBeApplied()
     {
         const QString confirmed = "yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n";
         QVERIFY(!apply(confirmed + "raise dnf.exceptions.DepsolveError('nothing provides x')"));
@@ -224,7 +224,7 @@ private Q_SLOTS:
                  QStringList("the first reason\nthe second reason\nstopped\nUnable to apply changes"));
     }
 
-    void theListsForTheScriptAreReleasedAfterAnApply()
+    void theListsForTheScriptAreReleasedAfterTheTransaction()
     {
         collect("it.available = [Package('tool')]");
         mark("tool", Package::Install);
@@ -250,7 +250,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen"), QString("[256]"));
     }
 
-    void anApplyFirstReapsTheEndedChildren()
+    void endedChildrenAreReapedBeforeTheTransaction()
     {
         const pid_t child = fork();
         if (child == 0) {
@@ -339,7 +339,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.text(),
                  QString("3 installed, 2 groups removed; a restart is needed; the scriptlets of b\u00f6se "
                          "and 1 more failed"));
-        // The next apply ends without a transaction.
+        // The next attempt ends without a transaction.
         QVERIFY(!apply("it.outcome = None"));
         outcome = yumIO().transactionOutcome();
         QVERIFY(!outcome.known);
@@ -500,8 +500,8 @@ private Q_SLOTS:
         QCOMPARE(backEnd->answers.take().count(), 1);
     }
 
-    // Runs an apply, and requests a stop 200 milliseconds later. The script can call wait() to wait for this
-    // request.
+    // Applies the marks, and requests a stop 200 milliseconds later. The script can call wait() to wait for
+    // this request.
     bool stopAfterAWhile(const QString& statements)
     {
         backEnd->run("import time\nseen = []\n"

@@ -594,7 +594,7 @@ private Q_SLOTS:
         backEnd->entry("moonbridge")->action = Package::None;
     }
 
-    void oneApplyCanInstallUpdateAndRemovePackages()
+    void oneTransactionCanInstallUpdateAndRemovePackages()
     {
         const QSet<QString> before = installed();
         const int logged = backEnd->log().count();
