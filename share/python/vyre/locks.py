@@ -223,9 +223,10 @@ def usesPackages(number):
 
 
 def abandonedBy(target):
-    """The number of the process that has written this lock file, if it has ended without removing the file. None if the
-    process still holds the lock, or if the file is missing. A running process with the number in the file need not be
-    the process that has written the file: after a crash or a restart of the machine, the system uses the numbers again.
+    """The number of the process that has written this lock file, if this process has ended without removing the file.
+    None if the process still holds the lock, or if the file is missing. A running process with the number in the file
+    need not be the process that has written the file: after a crash or a restart of the machine, the system uses the
+    numbers again.
     """
     try:
         with open(target, 'rb') as stream:

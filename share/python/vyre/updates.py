@@ -21,8 +21,8 @@ def biArchOf(base, arch):
 
 
 def findUpdates(base):
-    """Returns two lists: the updates, and the counterparts. A counterpart is a pair of an update and the installed
-    package that it replaces, if the two have different bi-arch classes.
+    """Returns two lists: the updates, and the counterparts. A counterpart is a pair: an update, and an installed
+    package of another bi-arch class that the update replaces.
     """
     query = base.sack.query()
     try:
