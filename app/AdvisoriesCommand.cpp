@@ -23,7 +23,7 @@ void AdvisoriesCommand::run()
         return;
     }
     if (!host.hasPackages()) {
-        // If no packages were collected, no advisory would seem to concern this system.
+        // Without collected packages, VYRE would find no advisory about an installed package.
         host.warnAndNotice(tr("VYRE cannot show advisories, because it could not read the packages."));
         return;
     }

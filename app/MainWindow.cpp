@@ -559,7 +559,7 @@ void MainWindow::quit()
     if (quitting()) {
         return;
     }
-    // A transaction must not be interrupted.
+    // The running operation must end first: it may be a transaction, which must not be interrupted.
     if (yumIO->isWorking()) {
         closeLater();
         return;
@@ -613,7 +613,7 @@ void MainWindow::closeLater()
     }
 }
 
-// Removes the notice that explains why the window stays open, because the work that caused this has ended.
+// Removes the notice that explains why the window stays open. Called when an operation begins or ends.
 void MainWindow::endRefusal()
 {
     notice->withdraw(loggedRefusal);

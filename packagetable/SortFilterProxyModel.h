@@ -74,7 +74,7 @@ public:
     // the results. This function may start a worker and serve events. When the settings are then applied, the
     // proxy lists the records at once. Without an earlier prepare(), the proxy lists the same records, but
     // compares them on the graphical thread and serves no events. Returns false if the user has stopped the
-    // worker; the results for the current settings are then kept.
+    // worker. In this case, the results for the current settings remain.
     bool prepare(const Settings& wanted);
     // Does the same as prepare() in Filter mode, but on the graphical thread. If the comparison takes more
     // than some milliseconds, gives up and returns false.

@@ -26,8 +26,7 @@ bool findAuth(const Repo::Entry& entry, Checker::Auth& auth)
 Checker::Checker(QWidget* parent, YumConfIO* yumConfIO) : quit(false), changed(false)
 {
     if (!yumConfIO->read(parent)) {
-        // Stop here: if the configuration was read only in part, write() would remove the files that were not
-        // read.
+        // Stop here: read() has shown an error, and the list does not contain all repositories.
         return;
     }
     bool hasAuthForAll = false;

@@ -286,8 +286,8 @@ void Dialog::cancel()
 bool Dialog::apply()
 {
     if (!readWhole) {
-        // The files were not read completely, so a write would remove the repositories that were not read.
-        // resetAll() reads the files again and shows the error.
+        // The files were not read completely, so the list lacks repositories. resetAll() reads the files
+        // again and shows the error.
         resetAll();
         return false;
     }

@@ -8,7 +8,7 @@
 // inode numbers are equal, or if their canonical paths are equal.
 //
 // A YumConfIO lives on the graphical thread and shows its errors in message boxes; the main window owns it.
-// It reads the bytes of a file as Latin-1 characters, but writes UTF-8.
+// The object reads the bytes of a file as Latin-1 characters, but writes UTF-8.
 
 #ifndef REPO_YUMCONFIO_H
 #define REPO_YUMCONFIO_H

@@ -194,7 +194,7 @@ bool YumConfIO::readRepoDirectory(const QString& directory)
         }
     }
     if (errno != 0) {
-        // Stop here: otherwise write() would remove the repository files whose names have not been read.
+        // Stop here: the list would lack the repositories of the files whose names have not been read.
         error(tr("Unable to read repository configuration file %1").arg(directory));
         return false;
     }

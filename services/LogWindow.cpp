@@ -236,8 +236,8 @@ void Window::timesChanged()
 
 void Window::save()
 {
-    // Do not wait for the answer in a nested event loop. If an operation ended while the dialog is open, its
-    // function could not return before this loop.
+    // Do not wait for the answer in a nested event loop. If an operation ended while the dialog was open, the
+    // function of the operation could return only after this loop.
     auto* dialog = new QFileDialog(this, tr("Save the Log"), QDir::homePath(), QString());
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setAcceptMode(QFileDialog::AcceptSave);

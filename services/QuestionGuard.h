@@ -4,8 +4,8 @@
 // moment that the user cannot foresee, perhaps between two key presses.
 //
 // For half a second after the question appears on the screen, its buttons are disabled, and the question
-// ignores keys and clicks. The same happens when the question first becomes the active window. After that,
-// the question still ignores keys and mouse buttons that the user pressed before and still holds down.
+// ignores keys and clicks. The same happens when the question first becomes the active window. After that, a
+// key or mouse button that the user pressed earlier has no effect until the user releases it.
 //
 // A QuestionGuard lives on the graphical thread. The code that runs the dialog owns the guard, and deletes
 // the guard before the dialog.

@@ -199,8 +199,7 @@ YumIOCapturers::YumIOCapturers(CapturedOutput* textReceiver)
     }
 
     flushStreams();
-    // Redirect the descriptors only if their duplicates are saved, because without a duplicate no descriptor
-    // could be restored.
+    // Redirect the descriptors only if their duplicates are saved, because restore() needs the duplicates.
     if (savedStdout.isOpen() && savedStderr.isOpen()) {
         stdoutRedirected = replaceDescriptor(stdoutPipe.writeEnd.get(), STDOUT_FILENO);
         stderrRedirected = stdoutRedirected && replaceDescriptor(stderrPipe.writeEnd.get(), STDERR_FILENO);

@@ -78,8 +78,8 @@ public:
     QModelIndex mapFromSource(const QModelIndex& sourceIndex) const override;
 
 Q_SIGNALS:
-    // Emitted with true when a comparison has taken so long that the window should show this. Emitted with
-    // false when this comparison has ended.
+    // Emitted with true when a comparison takes so long that the window should show that a comparison runs.
+    // Emitted with false when this comparison has ended.
     void longComparison(bool running);
 
 private Q_SLOTS:

@@ -26,7 +26,7 @@ public:
         Excluded = 5     // the configuration excludes the update
     };
 
-    // A package that the advisory names. Some version of this package is installed.
+    // A package that the advisory names. At least one version of this package is installed.
     struct Package
     {
         QString name;

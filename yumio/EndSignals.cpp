@@ -14,8 +14,8 @@ namespace EndSignals {
 
 namespace {
 
-// If VYRE has not ended this number of seconds after the first signal, the handler ends the process. For
-// example, the graphical thread may wait for an X server that hangs.
+// If VYRE still runs this number of seconds after the first signal, the next signal ends the process at once.
+// For example, the graphical thread may wait for an X server that hangs.
 constexpr time_t patience = 10;
 
 // install() sets `output` and `owner` before it installs the handlers.

@@ -62,7 +62,7 @@ public:
     quint64 buildTime; // in seconds since the epoch
     QString buildTimeText;
     PyObject* pyObject; // the script's package or group object, a strong reference
-    bool duplicate;     // another record with this name has a preferred bi-arch class
+    bool duplicate;     // another record with this name suits the system better
     bool excluded;      // the package is installed, and the package manager's configuration excludes it
     // The result of the proxy's last comparison with an expression: the number of this comparison if the
     // record matches, the same number with a minus sign if the record does not match, or 0 if the record has

@@ -42,8 +42,8 @@ public:
     // Returns a reference to the null pointer that ends the record's chain. The caller can store another
     // installed version there.
     static Package::Entry*& endOfChain(Package::Entry* first);
-    // Call this function once for every record. Afterwards, each record is flagged as a duplicate, except the
-    // best record of each name. isBetter(a, b) returns whether a is preferred to b.
+    // Call this function once for every record. After the last call, each record is flagged as a duplicate,
+    // except the best record of each name. isBetter(a, b) returns whether a is preferred to b.
     template <typename IsBetter> void rank(Package::Entry* entry, IsBetter isBetter)
     {
         Package::Entry*& best = bestByName[entry->name];

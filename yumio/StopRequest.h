@@ -25,7 +25,7 @@ public:
         Possible, // a request would end the operation soon
         Useless,  // the operation would end by itself before a request has an effect
         Requested,
-        Refused // rpm changes the system, which must not be interrupted
+        Refused // rpm changes the system; nothing may interrupt rpm
     };
 
     StopRequest();

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// What a confirmed transaction has carried out: the numbers of changes, the failures, the number of marks
-// that are left out, and whether a restart is needed. The script reports these values; this class makes the
-// texts for the user.
+// The outcome of a confirmed transaction: the numbers of changes, the failures, the number of marks that are
+// left out, and whether a restart is needed. The script reports these values; this class makes the texts for
+// the user.
 //
 // A TransactionOutcome is a part of a TransactionState. The worker writes it while the worker holds the
 // interpreter lock, and the graphical thread reads it afterwards.

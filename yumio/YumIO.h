@@ -122,11 +122,11 @@ public:
     StopRequest::State stopState() const { return stopRequest.state(); }
     // Returns whether the last operation was stopped.
     bool wasStopped() const { return stopped; }
-    // Prepares the end of the program after a signal or the loss of the display. From now on, no questions
-    // are asked. A worker that changes the system finishes its work; any other worker gives up. The function
-    // waits for the worker without serving events, and then releases the package manager's lock. From now on,
-    // log entries go to standard error. But if the display still exists, only errors and warnings go to
-    // standard error.
+    // Prepares the end of the program after a signal or the loss of the display. From this call on, the
+    // program asks no questions, and log entries go to standard error. But if the display still exists, only
+    // errors and warnings go to standard error. A worker that changes the system finishes its work; any other
+    // worker gives up. The function waits for the worker without serving events, and then releases the
+    // package manager's lock.
     void finish(bool displayIsThere);
 
     // Access to the records by position. While a worker rebuilds the list, count() returns 0.
@@ -331,7 +331,7 @@ public Q_SLOTS:
 
 Q_SIGNALS:
     void collectedExtraData();
-    // Called on any thread.
+    // Emitted on any thread.
     void stopStateChanged();
 
 private:

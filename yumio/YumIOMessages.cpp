@@ -94,7 +94,7 @@ void YumIO::showExceptionLog(int start, const QString& text, const QString& carr
             }
         }
     }
-    // The dialog opens after the list is unlocked, because the log window locks the same list to show the
+    // Open the dialog only after the log is unlocked, because the Log window locks the log to show the
     // messages.
     if (dialogs != nullptr && !stopRequest.isRequested()) {
         dialogs->scrollable(tr("VYRE Yum Error"), lines.join(QLatin1Char('\n')));
