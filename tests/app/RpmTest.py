@@ -59,7 +59,7 @@ class RpmTest(unittest.TestCase):
         packed = {re.sub(r'(/man8/.*)\.gz$', r'\1', path) for path in packed if '/.build-id/' not in path}
         self.assertEqual(packed, installed)
 
-    def test_all_packaged_files_belong_to_root_and_none_is_setuid_or_setgid(self):
+    def test_all_packaged_files_belong_to_root_and_no_file_is_setuid_or_setgid(self):
         owners = set(self.query('--queryformat', '[%{FILEUSERNAME}:%{FILEGROUPNAME}\n]'))
         self.assertEqual(owners, {'root:root'})
         for line in self.query('--queryformat', '[%{FILEMODES:octal} %{FILENAMES}\n]'):

@@ -119,7 +119,7 @@ class UsageTest(unittest.TestCase):
         for option in ('--disablerepo', '--enablerepo'):
             self.check_usage(option, error='unrecogized option: ' + option)
 
-    def test_an_option_that_takes_no_argument_is_refused_if_it_has_one(self):
+    def test_an_argument_is_refused_for_an_option_that_takes_no_argument(self):
         for letter, name in (('h', 'help'), ('g', 'groups'), ('r', 'repo-editor'), ('l', 'log')):
             self.check_usage('--' + name + '=x', error='unrecognized option letter: ' + letter)
         self.check_usage('--duplicates=x', error='unrecogized option: --duplicates=x')

@@ -89,7 +89,7 @@ class ExcludedTest(ScenarioTest):
 
 class ItemsTest(ScenarioTest):
     @in_own_process
-    def test_a_changed_installation_reason_causes_a_transaction_item_for_this_change(self):
+    def test_the_change_of_an_installation_reason_is_an_item_of_the_transaction(self):
         self.configure("installonly_limit=2")
         self.started()
         words = []

@@ -198,7 +198,7 @@ class UpdatesTest(QuestionTest):
                          "Nothing was changed. VYRE keeps all marks.")
 
     @in_own_process
-    def test_the_question_names_five_of_many_remaining_marks_and_counts_the_others(self):
+    def test_the_question_names_five_of_many_remaining_marks_and_counts_the_other_marks(self):
         self.started()
         names = sorted(set(package.name for package in self.updates) - {"newpost", "tidewatch"})
         self.apply(updates=names + ["tidewatch"], answers=[0])

@@ -184,7 +184,7 @@ class MainFileTest(ScenarioTest):
         return done.returncode, done.stdout
 
     @in_own_process
-    def test_all_options_of_dnf_conf_are_used_if_it_is_the_main_file(self):
+    def test_all_options_of_dnf_conf_are_used_if_dnf_conf_is_the_main_file(self):
         path = self.use_own_file("gpgcheck=1\nexclude=astrolabe\nproxy=http://127.0.0.1:1/\nkeepcache=1\n"
                                  "install_weak_deps=0\n[in-main]\nname=Main\nbaseurl=file:///nowhere\nenabled=0\n")
         self.write("/etc/dnf/vars/place", "mine\n")

@@ -146,7 +146,7 @@ class TransactionListTest(ReplayTest):
             yield holder
 
     @in_own_process
-    def test_a_locked_history_is_read_as_soon_as_it_is_free(self):
+    def test_a_locked_history_is_read_as_soon_as_its_lock_is_released(self):
         self.started()
         self.apply(installs=["astrolabe"])
         self.yumio.base.history.close()

@@ -40,7 +40,7 @@ SCENARIOS = [
     Scenario("a_higher_epoch_is_an_update", "^quillbase", update="quillbase", dnf="upgrade quillbase"),
     Scenario("both_installed_architectures_of_a_package_are_updated",
              "^libcairn ^libcairn.i686", update="libcairn", dnf="upgrade libcairn"),
-    Scenario("an_update_of_one_architecture_updates_the_other_too", "^twin ^twin.i686", repos=RULES,
+    Scenario("an_update_of_one_architecture_also_updates_the_other_architecture", "^twin ^twin.i686", repos=RULES,
              before=["install twin-1-1.x86_64 twin-1-1.i686"], update="twin.x86_64", dnf="upgrade twin.x86_64"),
     Scenario("an_update_of_a_package_also_updates_its_subpackage", "^leading ^leading-part", repos=RULES,
              before=["install leading-1 leading-part-1"], update="leading", dnf="upgrade leading"),

@@ -225,7 +225,7 @@ class CatalogueTest(unittest.TestCase):
                      if source.startswith('Internal error: ')}
             self.assertEqual(len(heads), 1, heads)
 
-    def test_translations_have_a_mnemonic_if_the_text_has_one(self):
+    def test_a_translation_has_a_mnemonic_if_the_english_text_has_a_mnemonic(self):
         for context, source, translation in self.each():
             if context == 'MainWindow' or '<' not in source:
                 self.assertEqual(mnemonic(translation) is None, mnemonic(source) is None)
