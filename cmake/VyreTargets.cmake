@@ -13,7 +13,7 @@ if(VYRE_WERROR)
     target_compile_options(vyre_flags INTERFACE -Werror)
 endif()
 if(VYRE_SANITIZE)
-    # Every finding ends the program.
+    # Each fault that a sanitizer finds ends the program.
     target_compile_options(vyre_flags INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all
         -fno-omit-frame-pointer)
     target_link_options(vyre_flags INTERFACE -fsanitize=address,undefined)
