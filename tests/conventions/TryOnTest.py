@@ -50,7 +50,7 @@ class TryOnTest(unittest.TestCase):
         with open(os.path.join(self.tools, 'debootstrap.calls')) as stream:
             return stream.read().splitlines()
 
-    def test_a_debian_tree_is_made_once_and_commands_run_in_it_in_separate_name_spaces(self):
+    def test_a_debian_tree_is_made_once_and_its_commands_run_in_separate_name_spaces(self):
         done = self.run_tool('pwd; stat -c %a /root; cat /etc/made-by-try-on; unshare -U -r true && echo name spaces')
         self.assertEqual((done.stdout, done.returncode), ('/root/vyre\n700\nsid\nname spaces\n', 0), done.stderr)
         done = self.run_tool('exit 5')

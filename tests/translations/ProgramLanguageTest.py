@@ -101,7 +101,8 @@ class ProgramLanguageTest(JourneyTest):
             text = wait_for(logged, 'the text of the log')
             for line in ('Initialisierung', 'Aktionen werden angewendet', 'Anwenden: OK'):
                 self.assertIn(line, text.splitlines())
-            # An unreachable repository causes the only warning, which contains none of these words.
+            # An unreachable repository causes the only warning. If dnf expected a decimal comma in its configuration,
+            # the log would also name its options "bandwidth" and "throttle".
             self.assertNotIn('Fehler', text)
             self.assertNotIn('bandwidth', text)
             self.assertNotIn('throttle', text)
