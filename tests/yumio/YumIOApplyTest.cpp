@@ -299,7 +299,7 @@ private Q_SLOTS:
 
     void onlyMandatoryAndDefaultMembersOfAGroupCauseAQuestion()
     {
-        // A group's optional and conditional packages are not installed together with the group.
+        // A group can be installed without its optional and conditional packages.
         collect("it.installed = [Package(name) for name in 'abcd']\n"
                 "it.groups = [Group('G', 'g', ['a'], ['b'], ['c'], ['d'])]");
         for (const char* name : {"a", "b", "c", "d"}) {

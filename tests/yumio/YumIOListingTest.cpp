@@ -644,7 +644,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->entry("lib")->action, Package::None);
         backEnd->entry("lib")->local = true;
         backEnd->entry("tool")->local = true;
-        // The next transaction does not have the actions of this transaction.
+        // In the next transaction, the records no longer have these actions.
         QVERIFY(!apply());
         QCOMPARE(backEnd->entry("lib")->txAction, Package::None);
         QVERIFY(!backEnd->entry("lib")->local);

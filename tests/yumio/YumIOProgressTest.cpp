@@ -358,8 +358,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("action");
         QTest::addColumn<QString>("text");
-        // The new package has the size 200000, and the old package 100000; "leastWeight" is for small
-        // packages.
+        // "weight" is for a new package with the size 200000 and an old package with the size 100000.
+        // "leastWeight" is for small packages.
         QTest::addColumn<quint64>("weight");
         QTest::addColumn<quint64>("leastWeight");
         const auto row = [](int action, const char* text, quint64 weight, quint64 least = 10240) {
