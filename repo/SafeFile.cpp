@@ -24,8 +24,8 @@
 
 namespace {
 
-const char temporaryMark[] = ".vyre-";
-const char copyMark[] = ".vyre-old-";
+const char temporaryInfix[] = ".vyre-";
+const char copyInfix[] = ".vyre-old-";
 
 // If sync() gets more than this number of files, it writes the whole file system to the disk once, including
 // other programs' data. This is faster than writing each file separately.
@@ -44,13 +44,13 @@ void closeQuietly(int& number)
 
 // Creates a file with a random name that only this user can open. Locks the file, to show other instances of
 // VYRE that the file is in use.
-int makeHelper(int directory, const QByteArray& name, const char* mark, QByteArray& made)
+int makeHelper(int directory, const QByteArray& name, const char* infix, QByteArray& made)
 {
     static const char letters[] = "abcdefghijklmnopqrstuvwxyz0123456789";
     for (int tries = 0; tries < 100; ++tries) {
         // Shorten the original name: with the characters that are added to it, the file name may have at most
         // 255 bytes.
-        made = "." + name.left(200) + mark;
+        made = "." + name.left(200) + infix;
         for (int i = 0; i < 6; ++i) {
             made += letters[QRandomGenerator::global()->bounded(static_cast<int>(sizeof letters) - 1)];
         }
@@ -145,13 +145,13 @@ bool isSame(const struct stat& left, const struct stat& right)
            left.st_mtim.tv_sec == right.st_mtim.tv_sec && left.st_mtim.tv_nsec == right.st_mtim.tv_nsec;
 }
 
-// Returns the names of this user's files in a directory. Returns only names that makeHelper() can create with
-// this mark.
-QList<QByteArray> helpersIn(int directory, const QString& mark)
+// Returns the names of this user's temporary files in a directory. makeHelper() makes each of these names
+// from a dot, the name of the saved file, the infix, and six random characters.
+QList<QByteArray> helpersIn(int directory, const QString& infix)
 {
     QList<QByteArray> result;
     const QRegularExpression form(
-        QStringLiteral("^\\..+%1[a-z0-9]{6}$").arg(QRegularExpression::escape(mark)));
+        QStringLiteral("^\\..+%1[a-z0-9]{6}$").arg(QRegularExpression::escape(infix)));
     const int listed = openat(directory, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     DIR* const listing = listed < 0 ? nullptr : fdopendir(listed);
     if (listing == nullptr) {
@@ -210,7 +210,7 @@ bool SafeFile::open(const QString& path)
 
 bool SafeFile::makeTemporary(const QByteArray& text, mode_t mode)
 {
-    temporaryNumber = makeHelper(directoryNumber, name, temporaryMark, temporaryName);
+    temporaryNumber = makeHelper(directoryNumber, name, temporaryInfix, temporaryName);
     if (temporaryNumber < 0) {
         temporaryName.clear();
         return false;
@@ -374,7 +374,7 @@ bool SafeFile::makeCopy()
             continue;
         }
         QByteArray made;
-        const FileDescriptor copy(makeHelper(directory.get(), name, copyMark, made));
+        const FileDescriptor copy(makeHelper(directory.get(), name, copyInfix, made));
         if (!copy.isOpen()) {
             continue;
         }
@@ -437,7 +437,7 @@ void SafeFile::removeLeftovers(const QString& directory)
     if (!listed.isOpen()) {
         return;
     }
-    for (const QByteArray& each : helpersIn(listed.get(), QString::fromLatin1(temporaryMark))) {
+    for (const QByteArray& each : helpersIn(listed.get(), QString::fromLatin1(temporaryInfix))) {
         const FileDescriptor file(openat(listed.get(), each.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
         // Remove the file only if its lock is free. Another instance of VYRE holds the lock while it writes
         // the file.
@@ -454,7 +454,7 @@ QStringList SafeFile::leftoverCopies(const QString& directory)
     if (!listed.isOpen()) {
         return result;
     }
-    for (const QByteArray& each : helpersIn(listed.get(), QString::fromLatin1(copyMark))) {
+    for (const QByteArray& each : helpersIn(listed.get(), QString::fromLatin1(copyInfix))) {
         const FileDescriptor file(openat(listed.get(), each.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
         if (file.isOpen() && flock(file.get(), LOCK_EX | LOCK_NB) == 0) {
             result.append(directory + QLatin1Char('/') + QFile::decodeName(each));

@@ -54,7 +54,7 @@ class InterruptedTransactionTest(ScenarioTest):
         self.assertEqual(self.reports(), [])
 
     @in_own_process
-    def test_a_transaction_without_an_end_in_the_history_is_reported_as_interrupted(self):
+    def test_a_transaction_whose_end_is_missing_in_the_history_is_reported(self):
         self.load()
         self.yumio.lock()
         self.collect()
@@ -78,7 +78,7 @@ class InterruptedTransactionTest(ScenarioTest):
         self.assertEqual(self.reports(), [])
 
     @in_own_process
-    def test_several_installed_versions_of_a_package_are_reported_as_left_by_an_interruption(self):
+    def test_several_installed_versions_of_a_package_are_reported_as_the_result_of_an_interruption(self):
         for name in ("abacus-cli-3.3.0-2.x86_64.rpm", "barometer-1.1-2.x86_64.rpm"):
             path = os.path.join(self.sandbox.repository("sandbox-updates"), name)
             self.sandbox.rpm("--install", "--force", "--nosignature", path)

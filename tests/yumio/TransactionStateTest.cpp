@@ -61,7 +61,7 @@ private Q_SLOTS:
         QVERIFY(transaction.payloadSlots.isEmpty());
     }
 
-    void cachedPackagesAndDownloadedPackagesHaveSeparateWeights()
+    void theSizesOfCachedAndDownloadedPackagesAreSeparateAndTheirWeightsAreAdded()
     {
         TransactionState transaction;
         transaction.weighNew(30000, true);
@@ -98,7 +98,8 @@ private Q_SLOTS:
         TransactionState transaction;
         transaction.downloadSteps = 7;
         transaction.shareDownloadSteps();
-        QCOMPARE(transaction.downloadSteps, quint32(7)); // unchanged, because no package is installed
+        // The number is unchanged, because this transaction installs no package.
+        QCOMPARE(transaction.downloadSteps, quint32(7));
         transaction.weighNew(30000, true);
         transaction.weighNew(10240, false);
         transaction.shareDownloadSteps();

@@ -5,6 +5,7 @@ import logging
 
 import dnf.exceptions
 import dnf.i18n
+import dnf.transaction
 import dnf.util
 import libdnf.transaction
 
@@ -35,7 +36,7 @@ def addRemarks(base):
 
 def confirmTransaction(base, sections):
     """Show the listing; return whether the user confirms the transaction."""
-    transaction = base.transaction or []
+    transaction = base.items()
     yumIOC.listTransaction(transaction, sorted(transaction, key=lambda item: (item.name, item.arch, item.action)))
     # If a transaction changes only groups and streams, dnf carries it out although "tsflags" contains "test".
     if transaction and 'test' in base.conf.tsflags:
@@ -60,7 +61,7 @@ def confirmTransaction(base, sections):
 
 def installSet(base):
     """The packages that the transaction installs."""
-    return list(base.transaction.install_set) if base.transaction else []
+    return list(set(item.pkg for item in base.items() if item.action in dnf.transaction.FORWARD_ACTIONS))
 
 
 def download(base):

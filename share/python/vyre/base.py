@@ -56,6 +56,7 @@ class Base(dnf.Base):
         self.withoutSpace = []  # packages whose scripts may not have run because the disk was full
         self.outcome = None  # the Outcome of the confirmed transaction
         self.introduction = []  # the lines above the listing of the next transaction
+        self._items = None  # the result of items(); None if the items are not known yet
         # The messages that the program shows after a successful operation, and then removes from this list.
         self.remarks = []
         self._remarked = set()  # all messages so far: if remark() gets a message twice, it only logs the second
@@ -402,6 +403,20 @@ class Base(dnf.Base):
         finally:
             self.judge = None
 
+    def items(self):
+        """The items of the resolved transaction: packages, but no groups. Empty without a transaction.
+
+        Each time that the script reads dnf's transaction, dnf makes new objects for all items. So this function keeps
+        the objects until the next resolve() or reset().
+        """
+        if self._items is None:
+            self._items = list(self.transaction or [])
+        return self._items
+
+    def reset(self, *args, **kwargs):
+        self._items = None
+        super(Base, self).reset(*args, **kwargs)
+
     def resolve(self, allow_erasing=False):
         # The search for impossible marks needs many resolutions. A stop must not wait for all of them.
         endIfStopped()
@@ -411,6 +426,8 @@ class Base(dnf.Base):
         except dnf.exceptions.DepsolveError:
             self.unsolved = self.goal
             raise
+        finally:
+            self._items = None
 
     def problems(self):
         """The reasons why the last resolution has failed: a list of lines for each reason; empty if it succeeded."""

@@ -43,7 +43,7 @@ def checkDrift(base):
     """
     patterns = getattr(base.conf, 'usr_drift_protected_paths', ())
     found = {}
-    for item in base.transaction if patterns else ():
+    for item in base.items() if patterns else ():
         paths = [path for path in sorted(item.files)
                  if any(fnmatch.fnmatch(path, pattern) for pattern in patterns)]
         if paths:

@@ -46,7 +46,7 @@ def remarksAboutGroups(base):
     """A sentence for each group that a resolved transaction installs or removes without any of its packages. Without
     these sentences, the listing of such a transaction would be empty.
     """
-    transaction = list(base.transaction or [])
+    transaction = base.items()
     coming = [item.pkg for item in transaction if item.action in dnf.transaction.FORWARD_ACTIONS]
     going = set(item.name for item in transaction if item.action in dnf.transaction.BACKWARD_ACTIONS)
     remarks = []

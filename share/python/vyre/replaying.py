@@ -132,7 +132,7 @@ def resolveReplay(base, kind, number):
         problems = [line for lines in base.problems() for line in lines]
         raise impossibility(impossible + (problems or [str(e)]))
     replay.post_transaction()
-    if not base.transaction and not (otherSections(base) or base.history.group or base.history.env):
+    if not base.items() and not (otherSections(base) or base.history.group or base.history.env):
         raise impossibility(impossible) if impossible else nothingToDo()
     if impossible:
         yumIOC.gpgsigcheck()

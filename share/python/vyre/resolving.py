@@ -64,7 +64,7 @@ def resolveMarks(base, marks):
     impossible += absent
     rest = rest.without(absent)
     left = impossible + [package for group, package in lacking]
-    if not base.transaction and not (otherSections(base) or base.history.group or base.history.env):
+    if not base.items() and not (otherSections(base) or base.history.group or base.history.env):
         if left or failure is not None:
             raise refusal(failure, marks, left, problems)
         raise nothingToDo()
@@ -131,7 +131,7 @@ def resolveWithRemovals(base, marks, strict):
     for package in dependents & allowed:
         base.goal.erase(package)
     base.resolve()
-    for item in base.transaction:
+    for item in base.items():
         if item.action in dnf.transaction.BACKWARD_ACTIONS and item.pkg in dependents:
             item.reason = libdnf.transaction.TransactionItemReason_DEPENDENCY
 
@@ -292,9 +292,10 @@ def missingMarks(base, marks):
     """The packages that are marked for installation or update, but missing in the transaction. If groups are marked,
     the resolver may leave out packages.
     """
-    there = set(str(package) for package in base.sack.query().installed())
-    there.update(str(item) for item in base.transaction or [] if item.action in dnf.transaction.FORWARD_ACTIONS)
-    return [package for package in marks.installs + marks.newVersions() if str(package) not in there]
+    coming = set(str(item) for item in base.items() if item.action in dnf.transaction.FORWARD_ACTIONS)
+    absent = [package for package in marks.installs + marks.newVersions() if str(package) not in coming]
+    installed = set(str(package) for package in base.sack.query().installed()) if absent else ()
+    return [package for package in absent if str(package) not in installed]
 
 
 def missingMembers(base, marks):
@@ -303,7 +304,7 @@ def missingMembers(base, marks):
     """
     if not marks.groupInstalls and not marks.groupUpdates:
         return []
-    transaction = list(base.transaction or [])
+    transaction = base.items()
     there = set((package.name, package.arch) for package in base.sack.query().installed())
     coming = set((item.name, item.arch) for item in transaction
                  if item.action in dnf.transaction.FORWARD_ACTIONS)
@@ -333,7 +334,7 @@ def missingOf(base, group, names):
         available = base.sack.query().available().filter(name=name)
         # The member is not missing if a package that obsoletes it is installed or in the transaction.
         others = base.sack.query().filter(obsoletes=available) if available else []
-        coming = set(str(item) for item in base.transaction or []
+        coming = set(str(item) for item in base.items()
                      if item.action in dnf.transaction.FORWARD_ACTIONS)
         if available and not any(other._from_system or str(other) in coming for other in others):
             found.append((group, sorted(available)[-1]))
