@@ -97,6 +97,42 @@ class ContentTest(DescriptionTest):
             window.program.no_window(files.title)
             self.close_description(window, dialog)
 
+    def test_keys_find_a_file_in_a_long_file_list(self):
+        with self.opened() as window:
+            dialog = self.describe(window, 'manyfiles')
+            self.press(dialog, 1)
+            files = window.program.window('manyfiles 1.0-1 File List')
+            shown = files.find(driver.pyatspi.ROLE_TEXT)
+            text = wait_for(lambda: driver.text_of(shown), 'the files')
+
+            def wait_found(name):
+                """Wait until the beginning of this file name is selected and visible."""
+                def look():
+                    matches = shown.queryText()
+                    start, end = matches.getSelection(0)
+                    _, y, _, height = matches.getCharacterExtents(start, driver.pyatspi.DESKTOP_COORDS)
+                    _, top, _, whole = driver.rectangle(shown)
+                    return text[start:].split('\n')[0] == name and text[start:end] == 'leaf 19' and \
+                        top <= y <= top + whole - height
+                wait_for(look, 'the match ' + name)
+
+            files.press('ctrl+f')
+            driver.type_text('LEAF 19')
+            wait_found('leaf 1900.txt')
+            driver.key('F3')
+            wait_found('leaf 1901.txt')
+            driver.key('shift+F3', 'shift+F3')
+            wait_found('leaf 1999.txt')
+            driver.type_text('x')
+            wait_for(lambda: 'Not found' in files.labels(), 'the message')
+            # The first Escape closes the bar, the second one closes the window.
+            driver.key('Escape')
+            wait_for(lambda: 'Not found' not in files.labels(), 'the end of the bar')
+            self.assertIn(files.title, window.program.titles())
+            files.press('Escape')
+            window.program.no_window(files.title)
+            self.close_description(window, dialog)
+
     def test_the_cell_menu_describes_each_installed_version_of_a_package(self):
         with self.opened() as window:
             window.set_filter('^kernel ')

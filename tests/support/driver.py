@@ -76,6 +76,14 @@ def enabled(accessible):
     return accessible.getState().contains(pyatspi.STATE_ENABLED)
 
 
+def focused(window):
+    """The name of the widget that has the focus in this window. Qt does not report the focus of a table: if the table
+    has the focus, the result is None.
+    """
+    return next((plain(accessible.name) for accessible in walk(window.accessible)
+                 if accessible.getState().contains(pyatspi.STATE_FOCUSED)), None)
+
+
 def checked(accessible):
     return accessible.getState().contains(pyatspi.STATE_CHECKED)
 
