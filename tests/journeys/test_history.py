@@ -1,7 +1,9 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The user undoes and repeats transactions in the history window, by keys alone."""
+import contextlib
 import os
+import sqlite3
 
 import journey
 from historywindow import NUMBER, RESULT, TITLE, HistoryJourneyTest
@@ -93,6 +95,42 @@ class HistoryTest(HistoryJourneyTest):
             window.set_filter('^sextant ')
             window.wait_names(['sextant'])
             self.assertEqual(window.action('sextant'), 'install')
+
+    def lengthen(self, count):
+        """Copy the last transaction of the history until the history has this number of transactions. The command line
+        of each copy contains its number.
+        """
+        path = os.path.join(self.sandbox.root, 'var/lib/dnf/history.sqlite')
+        with contextlib.closing(sqlite3.connect(path)) as history, history:
+            def columns(table):
+                return ', '.join(row[1] for row in history.execute('pragma table_info({})'.format(table))
+                                 if row[1] not in ('id', 'trans_id', 'cmdline'))
+            last, = history.execute('select max(id) from trans').fetchone()
+            for command in ("trans(id, cmdline, {0}) select i, 'copy ' || i, {0} from n, trans where trans.id = ?",
+                            'trans_item(trans_id, {0}) select i, {0} from n, trans_item where trans_id = ?'):
+                history.execute(
+                    'with recursive n(i) as (select ? union all select i + 1 from n where i < ?) insert into ' +
+                    command.format(columns(command.partition('(')[0])), (last + 1, count, last))
+
+    def test_all_of_5000_transactions_are_listed_found_and_described(self):
+        self.lengthen(5000)
+        with self.opened() as window:
+            history = self.open_history(window)
+            wait_for(lambda: history.row_count() == 5000, 'all transactions')
+            # The newest transaction is the first and the current one.
+            history.wait_details('Transaction ID: 5000', 'copy 5000', 'parrot-1.0-1.noarch')
+            driver.key('alt+f')
+            driver.type_text('copy 4[0-9]33( |$)')
+            numbers = [str(number) for number in range(4933, 4000, -100)]
+            wait_for(lambda: history.cells(NUMBER) == numbers, 'the matching transactions')
+            history.wait_details('copy 4933')
+            driver.key('ctrl+a', 'BackSpace')
+            wait_for(lambda: history.row_count() == 5000, 'all transactions')
+            self.assertEqual(history.cells(NUMBER), [str(number) for number in range(5000, 0, -1)])
+            driver.key('Tab', 'ctrl+End')
+            history.wait_details('Transaction ID: 1\n')
+            driver.key('Escape')
+            window.program.no_window(TITLE)
 
     def test_before_the_listing_an_undo_names_a_package_that_no_repository_has(self):
         with self.opened() as window:

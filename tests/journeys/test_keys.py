@@ -226,7 +226,7 @@ class LongTextTest(EditingTest):
             window.click_button('Set Install/Update of Selected')
             dialog = window.apply()
             self.picture('long-listing')
-            # One removal has no mark, so Enter must not confirm the transaction.
+            # Because of the removals, Enter cancels the transaction.
             wait_for(lambda: driver.focused(dialog) == 'Cancel', 'the focus on Cancel')
             # Nobody needs to scroll to see the removals and the sizes.
             for text in ('Removals: 2. You did not mark 1 of them:\n    trellis-editor 1.2-1 (x86_64)',

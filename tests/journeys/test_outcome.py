@@ -27,6 +27,8 @@ class OutcomeTest(JourneyTest):
     def test_the_outcome_line_stays_until_the_next_operation_and_opens_the_log_by_keyboard(self):
         with self.opened() as window:
             self.assertNotIn(BUTTON, window.buttons())
+            # In each collection, one repository is unreachable. Its notice must not hide the outcome.
+            self.check_line(window, 'The repository sandbox-unreachable is left out: see the log (Ctrl+L)')
             window.mark_listed('pergola')
             self.carry_out(window)
             # A notice about errors in the log may hide the outcome for a while.
@@ -40,6 +42,7 @@ class OutcomeTest(JourneyTest):
             self.check_line(window, '3 installed, 1 removed; a restart is needed; the scriptlet of limpgate failed')
             window.wait_ready()
             window.wait_settled()
+            self.assertFalse([label for label in window.labels() if 'Ctrl+L' in label])
             self.picture('outcome')
             # Neither a filter nor the Log window is an operation, so the outcome is still shown.
             window.set_filter('^limpgate ')
@@ -51,6 +54,8 @@ class OutcomeTest(JourneyTest):
             texts = wait_for(lambda: log.find_all(driver.pyatspi.ROLE_TEXT), 'the text of the log')
             whole = max((driver.text_of(each) for each in texts), key=len)
             self.assertEqual(whole.count('The scriptlet of limpgate-1.0-1.noarch failed.'), 1)
+            self.assertIn("Failed to download metadata for repo 'sandbox-unreachable'",
+                          whole.partition('The scriptlet of limpgate-1.0-1.noarch failed.')[2])
             driver.key('Escape')
             window.program.no_window('VYRE Log')
             # The letters of the menus next to the line still open the menus.

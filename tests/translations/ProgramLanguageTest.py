@@ -7,15 +7,28 @@ The environment variable VYRE_BINARY names the program, and VYRE_SANDBOX the san
 import os
 import subprocess
 import sys
+import xml.etree.ElementTree
 
 sys.path[:0] = [os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), 'journeys')]
 
 import journey  # noqa: E402
-from journey import JourneyTest, driver, wait_for  # noqa: E402
+from historywindow import NUMBER, RESULT, HistoryJourneyTest, HistoryWindow  # noqa: E402
+from journey import driver, wait_for  # noqa: E402
 
 GERMAN = ['Programm', 'Fenster', 'Paketquellen', 'Cache', 'Hilfe']
 ENGLISH = ['Program', 'Windows', 'Repositories', 'Cache', 'Help']
+CATALOGUE = os.path.join(driver.ROOT, 'translations', 'vyre_de.ts')
 VARIABLES = ('LANGUAGE', 'LC_ALL', 'LC_MESSAGES', 'LANG')
+
+
+def catalogue():
+    """All German texts: a dictionary from contexts and English texts to the translations. The texts contain no "&"."""
+    found = {}
+    for context in xml.etree.ElementTree.parse(CATALOGUE).iter('context'):
+        for message in context.iter('message'):
+            found[context.findtext('name'), driver.plain(message.findtext('source'))] = \
+                driver.plain(message.findtext('translation'))
+    return found
 
 
 def menus(window):
@@ -23,7 +36,7 @@ def menus(window):
     return [driver.plain(bar.getChildAtIndex(i).name) for i in range(bar.childCount)]
 
 
-class ProgramLanguageTest(JourneyTest):
+class ProgramLanguageTest(HistoryJourneyTest):
 
     def check(self, expected, **environment):
         """Runs the program with only these language variables in its environment, and checks the names of the menus."""
@@ -51,7 +64,41 @@ class ProgramLanguageTest(JourneyTest):
     def test_english_is_used_if_the_selected_language_has_no_catalogue(self):
         self.check(ENGLISH, LANG='fr_FR.UTF-8')
 
-    def test_a_vyre_in_german_installs_and_updates_packages(self):
+    def check_undo(self, window, texts):
+        """Undo the last transaction in the history window. texts: the result of catalogue()."""
+        def dialog_text(english):
+            return texts['HistoryDialog', english]
+        window.press('ctrl+h')
+        history = HistoryWindow(window.program.window(dialog_text('VYRE History')).accessible, window.program)
+        history.wait_details('anvil-make-4.2-2.x86_64', 'pergola-6.1-1.x86_64')
+        table = history.table().queryTable()
+        titles = ('Number', 'Time', 'User', 'Command Line', 'Changes', 'Result', 'Output')
+        self.assertEqual([table.getColumnDescription(column) for column in range(table.nColumns)],
+                         [texts['HistoryModel', title] for title in titles])
+        self.assertEqual(history.cells(RESULT)[0], texts['HistoryModel', 'Succeeded'])
+        self.assertEqual(history.buttons(), [dialog_text(english) for english in ('Undo This', 'Undo All Since', 'Redo',
+                                                                                  'Close')])
+        number = history.cells(NUMBER)[0]
+        self.picture('german-history')
+        history.click_button(dialog_text('Undo This'))
+        dialog = window.program.window('Anwenden')
+        heading = texts['YumIO', 'Transaction to be performed:\n']
+        listing = wait_for(lambda: next(label for label in dialog.labels() if heading in label), 'the listing')
+        self.assertEqual(listing.splitlines()[:5], [
+            texts['YumIO', 'This undoes transaction {}.'].format(number), '', heading.strip(),
+            '\tHerabstufen: anvil-make 4.1-1 (x86_64) [sandbox-http]', '\tEntfernen: pergola 6.1-1 (x86_64)'])
+        dialog.click_button('OK')
+        window.program.no_window('Anwenden')
+        wait_for(lambda: driver.enabled(window.button('Neu laden')), 'the packages')
+        self.check_unchanged()
+        self.check_outcome(window, texts, ('%1 downgraded', 1), ('%1 removed', 1))
+
+    def check_outcome(self, window, texts, *counts):
+        line = ', '.join(texts['TransactionOutcome', english].replace('%1', str(count)) for english, count in counts)
+        wait_for(lambda: line in window.labels(), 'the outcome ' + line)
+        self.assertIn(texts['OutcomeLine', 'Show in Log'], window.buttons())
+
+    def test_a_vyre_in_german_installs_updates_and_undoes(self):
         # This locale writes numbers with a decimal comma. The program must still read and write decimal points.
         locales = os.path.join(self.scratch, 'locales')
         os.mkdir(locales)
@@ -89,6 +136,8 @@ class ProgramLanguageTest(JourneyTest):
             # After the transaction, the program reads the packages again.
             wait_for(lambda: window.cell(0, driver.REPOSITORY).name == '@System', 'the updated package')
             wait_for(lambda: driver.enabled(window.button('Neu laden')), 'the packages')
+            texts = catalogue()
+            self.check_outcome(window, texts, ('%1 installed', 1), ('%1 updated', 1))
             # Ctrl+L opens the log in every language.
             driver.key('ctrl+l')
             log = program.window('VYRE – Protokoll')
@@ -109,6 +158,7 @@ class ProgramLanguageTest(JourneyTest):
             self.picture('german-log')
             log.click_button('Schließen')
             program.no_window(log.title)
+            self.check_undo(window, texts)
             driver.key('ctrl+q')
             self.assertEqual(program.wait(), 0)
             self.assertEqual(program.complaints(), '')
