@@ -5,10 +5,11 @@ import os
 import re
 
 import journey
-from journey import JourneyTest, driver
+from journey import driver
+from trouble import YUM_ERROR, StartTest
 
 
-class VersionLocksTest(JourneyTest):
+class VersionLocksTest(StartTest):
 
     def setUp(self):
         super(VersionLocksTest, self).setUp()
@@ -80,6 +81,43 @@ class VersionLocksTest(JourneyTest):
             # The row of "abacus-cli" is still the current row, so the space key marks it.
             driver.key('space')
             window.wait_action('update', 'abacus-cli')
+        self.check_unchanged()
+
+    def test_one_message_gives_the_reason_why_the_list_of_locks_cannot_be_written(self):
+        self.use_plug_in()
+        path = os.path.join(self.settings, 'locks')
+        with self.unprivileged(), self.opened() as window:
+            window.set_filter('^abacus-cli ')
+            window.wait_names(['abacus-cli'])
+            os.chmod(path, 0o444)
+            window.action_menu('abacus-cli')
+            window.press_in_menu('l')
+            dialog = self.read_dialog(window.program, YUM_ERROR)
+            self.assertEqual(dialog.text(), 'You are not allowed to change the list of locks {}\n'
+                                            'Unable to lock versions'.format(path))
+            self.close_dialog(window.program, dialog)
+            window.wait_ready()
+            self.assertEqual(window.program.titles(), [driver.main_title()])
+            self.assertEqual(self.version(window, 'abacus-cli'), '3.3.0-2')
+            line = window.find(driver.pyatspi.ROLE_STATUS_BAR, 'Rows and marks').getChildAtIndex(0)
+            self.assertNotIn('Locked', line.name)
+            # The entry of the menu is now disabled, until a refresh finds that the list can be written again.
+            window.action_menu('abacus-cli')
+            self.picture('no-version-lock')
+            shown = window.program.popups()
+            driver.key('l')
+            window.press_in_menu('Escape')
+            self.assertEqual(len(shown - window.program.popups()), 1)
+            self.assertEqual(self.locked(), [])
+            os.chmod(path, 0o644)
+            window.click_button('Refresh')
+            window.wait_ready()
+            window.wait_names(['abacus-cli'])
+            window.action_menu('abacus-cli')
+            window.press_in_menu('l')
+            driver.wait_for(lambda: self.version(window, 'abacus-cli') == '3.2.1-1', 'the locked version')
+            window.wait_ready()
+            self.assertEqual(self.locked(), ['abacus-cli-0:3.2.1-1.*'])
         self.check_unchanged()
 
     def test_the_cell_menu_has_no_lock_entries_if_the_versionlock_plug_in_is_missing(self):

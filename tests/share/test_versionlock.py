@@ -235,6 +235,10 @@ class VersionLocksTest(ScenarioTest):
         os.setuid(65534)
         self.assertEqual(fault(self.locks), "You are not allowed to change the list of locks " + self.locks)
         self.assertEqual(self.yumio.versionLocks()[0], fault(self.locks))
+        for change in (self.yumio.lockVersions, self.yumio.unlockVersions):
+            with self.assertRaises(self.dnf.exceptions.Error) as caught:
+                change(self.rows("abacus-cli"))
+            self.assertEqual(str(caught.exception), fault(self.locks))
 
     @in_own_process
     def test_the_message_gives_the_error_of_the_system_if_the_lock_list_cannot_be_changed(self):

@@ -87,7 +87,7 @@ def lockVersions(base, packages):
     """Lock the installed versions of these packages. If a package is not installed, lock the version of the package
     object.
     """
-    module = requirePlugIn(base)
+    module = requireList(base)
     locked = set().union(*namesByLine(base, module).values())
     specs = set()
     for package in packages:
@@ -104,7 +104,7 @@ def unlockVersions(base, packages):
     """Remove the lines that lock only these packages. If a line also locks other packages, keep the line, and raise an
     exception at the end.
     """
-    module = requirePlugIn(base)
+    module = requireList(base)
     wanted = set(package.name for package in packages)
     lines = {line: names for line, names in namesByLine(base, module).items() if names & wanted}
     removed = sorted(line for line, names in lines.items() if names <= wanted)
@@ -122,10 +122,16 @@ def unlockVersions(base, packages):
                 module.locklist_fn, '\n'.join(kept)))
 
 
-def requirePlugIn(base):
+def requireList(base):
+    """The plug-in's module. Raise an exception if the plug-in is not loaded, or if the user cannot change its list. The
+    plug-in itself would report that it cannot read the list.
+    """
     module = loadedPlugIn(base)
     if module is None:
         raise dnf.exceptions.Error(tr('The versionlock plug-in is not loaded.'))
+    fault = writingFault(module.locklist_fn)
+    if fault:
+        raise dnf.exceptions.Error(fault)
     return module
 
 
