@@ -11,6 +11,7 @@ ADVISORIES = [
     updateinfo.advisory('LSA-2', 'security', ['almanac 2.0-1.noarch'], 'Low', date='2024-04-04'),
     updateinfo.advisory('LBA-3', 'bugfix', ['barometer 1.1-2.x86_64'], date='2024-03-03'),
     updateinfo.advisory('LBA-4', 'bugfix', ['quillbase 1:2.4-1.x86_64'], date='2024-02-02'),
+    updateinfo.advisory('LBA-5', 'bugfix', ['anvil-make 4.2-2.x86_64'], date='2024-01-01'),
 ]
 
 
@@ -42,7 +43,8 @@ class AdvisoriesTest(JourneyTest):
                 ('LSA-1', 'security', 'Important/Sec.', '2024-05-05', 'Not Installed', 'Wrong <b>sums</b>'),
                 ('LSA-2', 'security', 'Low/Sec.', '2024-04-04', 'Not Installed', 'The advisory LSA-2'),
                 ('LBA-3', 'bugfix', '', '2024-03-03', 'Not Installed', 'The advisory LBA-3'),
-                ('LBA-4', 'bugfix', '', '2024-02-02', 'Installed', 'The advisory LBA-4')])
+                ('LBA-4', 'bugfix', '', '2024-02-02', 'Installed', 'The advisory LBA-4'),
+                ('LBA-5', 'bugfix', '', '2024-01-01', 'Not Installed', 'The advisory LBA-5')])
             for text in ('CVE:\n  CVE-2024-7\n',
                          'abacus-cli-3.3.0-2.x86_64: not installed; the update 3.3.0-2 is available',
                          'Sums of large numbers are wrong.'):
@@ -68,7 +70,7 @@ class AdvisoriesTest(JourneyTest):
             driver.key('Escape')
             window.program.no_window('VYRE Advisories')
 
-    def test_the_keyboard_alone_can_mark_the_updates_of_one_advisory(self):
+    def test_the_keyboard_alone_can_mark_the_updates_of_one_or_several_advisories(self):
         with self.opened() as window:
             window.set_filter('^barometer ')
             window.wait_names(['barometer'])
@@ -83,6 +85,26 @@ class AdvisoriesTest(JourneyTest):
             window.set_filter('^(abacus-cli|barometer) ')
             window.wait_action('update', 'barometer')
             window.wait_action('none', 'abacus-cli')
+
+            # The first three advisories concern "abacus-cli", "almanac" and "barometer".
+            window.click_button('Clear Actions')
+            window.set_filter('^(abacus-cli|almanac|anvil-make|barometer) ')
+            window.wait_action('none', 'barometer')
+            dialog = self.open(window)
+            driver.key('alt+f', 'ctrl+a', 'BackSpace', 'Tab')
+            wait_for(lambda: len(self.rows(dialog)) == len(ADVISORIES), 'all advisories')
+            driver.key('ctrl+Home', 'shift+Down', 'shift+Down', 'alt+m')
+            refused = window.program.window('Mark Updates')
+            self.assertIn('Packages marked for an update: 2\n', self.details(refused))
+            self.assertIn('\nalmanac-2.0-1.noarch: no repository offers an update', self.details(refused))
+            refused.press('Escape')
+            window.program.no_window('Mark Updates')
+            dialog.press('Escape')
+            window.program.no_window('VYRE Advisories')
+            window.wait_action('update', 'abacus-cli')
+            window.wait_action('update', 'barometer')
+            window.wait_action('none', 'anvil-make')
+            window.wait_action('none', 'almanac')
         self.check_unchanged()
 
     def test_a_search_for_an_advisory_lists_the_packages_of_the_advisory(self):
