@@ -41,19 +41,33 @@ class MarksTest(JourneyTest):
             bar = window.find(driver.pyatspi.ROLE_STATUS_BAR, 'Rows and marks')
 
             def wait_line(text):
-                wait_for(lambda: bar.getChildAtIndex(0).name.startswith(text), text)
+                def look():
+                    line = bar.getChildAtIndex(0).name
+                    if line != text:
+                        raise AssertionError(line)
+                    return True
+                wait_for(look, text, 20)
 
+            def size_of(*packages):
+                size = sum(os.path.getsize(os.path.join(self.sandbox.repository(repository), name + '.rpm'))
+                           for repository, name in packages) / 1024
+                return '{:.1f}Kb'.format(size) if size < 9.95 else '{:.0f}Kb'.format(size)
+
+            update = 'sandbox-updates', 'barometer-1.1-2.x86_64'
+            both = size_of(update, ('sandbox-http', 'pergola-6.1-1.x86_64'))
             self.list_packages(window, 'pergola', 'barometer', 'almanac')
             wait_line('Listed: 3   Selected: 0   No marks')
-            for name, action in (('pergola', 'install'), ('barometer', 'update'), ('almanac', 'remove')):
-                window.mark(name)
-                window.wait_action(action, name)
-            wait_line('Listed: 3   Selected: 1   Marks: 1 Install, 1 Update, 1 Remove   To download: ')
+            window.mark('barometer')
+            wait_line('Listed: 3   Selected: 1   Marks: 0 Install, 1 Update, 0 Remove   To download: ' + size_of(update))
+            window.mark('almanac')
+            wait_line('Listed: 3   Selected: 1   Marks: 0 Install, 1 Update, 1 Remove   To download: ' + size_of(update))
+            window.mark('pergola')
+            wait_line('Listed: 3   Selected: 1   Marks: 1 Install, 1 Update, 1 Remove   To download: ' + both)
             driver.key('ctrl+a')
-            wait_line('Listed: 3   Selected: 3   Marks: 1 Install, 1 Update, 1 Remove   To download: ')
+            wait_line('Listed: 3   Selected: 3   Marks: 1 Install, 1 Update, 1 Remove   To download: ' + both)
             # Marks of unlisted rows are counted too.
             self.list_packages(window, 'barometer')
-            wait_line('Listed: 1   Selected: 0   Marks: 1 Install, 1 Update, 1 Remove   To download: ')
+            wait_line('Listed: 1   Selected: 0   Marks: 1 Install, 1 Update, 1 Remove   To download: ' + both)
             self.picture('line-below-the-table')
             window.click_button('Clear Actions')
             wait_line('Listed: 1   Selected: 0   No marks')

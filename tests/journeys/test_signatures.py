@@ -2,7 +2,9 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The user installs packages from a repository whose packages are signed."""
 import journey
-from journey import JourneyTest, driver
+import metadata
+from editing import SESSION, EditingTest
+from journey import JourneyTest, driver, wait_for
 
 
 class SignatureTest(JourneyTest):
@@ -106,6 +108,48 @@ class SignatureTest(JourneyTest):
             self.check_usable(window)
             self.assertEqual({name for name in self.sandbox.installed() if 'wax' in name}, set())
             self.quit(window)
+
+
+class MetadataTest(EditingTest):
+
+    def ask(self, program):
+        """Wait for the question about the key of the metadata; return it."""
+        query = self.read_dialog(program, 'Query', 'Import the signing key 0x', 'Metadata of:\tsandbox-http\n',
+                                 'Metadata Key <metadata@larkspur.example>', 'key.asc')
+        self.assertRegex(query.text(), r'Fingerprint:\t[0-9A-F]{4}( [0-9A-F]{4}){9}\n')
+        self.assertEqual(query.buttons(), ['Yes', 'No'])
+        wait_for(lambda: driver.focused(query) == 'No', 'the focus on No')
+        return query
+
+    def test_the_user_decides_whether_a_key_for_the_metadata_of_a_repository_is_imported(self):
+        key = metadata.sign(self.sandbox.repository('sandbox-http'), self.scratch)
+        with open(self.repo_path('sandbox-http.repo'), 'a') as stream:
+            stream.write('repo_gpgcheck=1\ngpgkey=file://{}\n'.format(key))
+        with self.program('--state=all') as program:
+            query = self.ask(program)
+            self.picture('metadata-key')
+            query.press('Return')
+            program.no_window('Query')
+            question = self.read_dialog(program, 'Repositories', 'The repository sandbox-http cannot be read:')
+            question.click_button('Yes')
+            window = program.ready()
+            # "gull-mta" is only in this repository. The other packages are installed or in another repository.
+            self.check_listed(window, ['almanac', 'hedgerow'], '^(almanac|gull-mta|hedgerow) ')
+
+            # The answer has imported no key, so the program asks again as soon as it needs the key.
+            editor = self.edit(window)
+            editor.toggle('sandbox-http', SESSION)
+            editor.close('OK')
+            self.ask(program).click_button('Yes')
+            program.no_window('Query')
+            self.check_listed(window, ['almanac', 'gull-mta', 'hedgerow'], '^(almanac|gull-mta|hedgerow) ')
+            requests = self.requests_from_now()
+            window.click_button('Refresh')
+            wait_for(lambda: len(self.sandbox.server.paths()) > requests, 'the refresh')
+            self.check_usable(window, 'gull-mta')
+            self.assertEqual(program.titles(), [driver.main_title()])
+            self.quit(window)
+        self.check_unchanged()
 
 
 if __name__ == '__main__':

@@ -264,15 +264,23 @@ class WithoutRepositoriesTest(StartTest):
             self.check_changed(gone=['birch-log-3.0-1.x86_64'])
             self.quit(window)
 
-    def test_no_package_is_listed_if_the_user_refuses_to_go_on_without_a_failing_repository(self):
-        self.add('gone')
+    def test_if_the_user_refuses_to_go_on_without_a_repository_the_table_is_empty_until_it_can_be_read(self):
         with self.program() as program:
+            window = program.ready()
+            window.show_all()
+            for name in ('pergola', 'birch-log'):
+                window.mark_listed(name)
+            self.add('gone')
+            window.click_button('Refresh')
             self.refuse_without(program, 'gone')
             self.message(program, YUM_ERROR, "Failed to download metadata for repo 'gone'", '\nUnable to initialize')
-            window = program.ready()
             self.check_nothing_listed(window)
+            # The next collection succeeds, and sets the marks again.
             os.unlink(self.path('etc/yum.repos.d/gone.repo'))
             self.check_refresh_helps(window)
+            window.set_filter('^(pergola|birch-log) ')
+            window.wait_action('install', 'pergola')
+            window.wait_action('remove', 'birch-log')
             self.quit(window)
 
 

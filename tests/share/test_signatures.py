@@ -4,9 +4,10 @@
 import os
 import re
 import shutil
-import subprocess
 
 from scenario import ScenarioTest, in_own_process
+
+import metadata
 
 KEY_FILE = "/etc/pki/rpm-gpg/RPM-GPG-KEY-larkspur"
 TABLET = "wax-tablet-1.0-1.noarch"
@@ -176,22 +177,7 @@ class SignatureTest(ScenarioTest):
 
 class MetadataSignatureTest(ScenarioTest):
     def sign(self):
-        """Signs the metadata of a repository with a key of its own."""
-        keys = os.path.join(self.directory, "keys")
-        os.makedirs(keys, mode=0o700)
-        environment = dict(os.environ, GNUPGHOME=keys)
-        metadata = os.path.join(self.sandbox.repository("sandbox-http"), "repodata", "repomd.xml")
-        key = os.path.join(self.directory, "key.asc")
-        try:
-            for command in (
-                    ["--passphrase", "", "--quick-generate-key", "Metadata Key <metadata@larkspur.example>",
-                     "rsa2048", "sign", "never"],
-                    ["--armor", "--output", key, "--export"],
-                    ["--armor", "--detach-sign", "--output", metadata + ".asc", metadata]):
-                subprocess.run(["gpg", "--batch", "--quiet", "--pinentry-mode", "loopback"] + command,
-                               env=environment, check=True)
-        finally:
-            subprocess.run(["gpgconf", "--kill", "all"], env=environment)
+        key = metadata.sign(self.sandbox.repository("sandbox-http"), self.directory)
         with open(self.repository_file("sandbox-http"), "a") as stream:
             stream.write("repo_gpgcheck=1\ngpgkey=file://%s\n" % key)
 

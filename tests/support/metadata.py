@@ -1,5 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Damages the metadata of repositories, and corrects the checksums so that dnf still accepts the files."""
+"""Damages the metadata of repositories, and corrects the checksums so that dnf still accepts the files. Also makes
+large and signed metadata.
+"""
 import gzip
 import hashlib
 import os
@@ -47,6 +49,28 @@ def add_modules(repository, content, directory):
         stream.write(content)
     subprocess.run(['modifyrepo_c', '--mdtype=modules', path, os.path.join(repository, 'repodata')], check=True,
                    stdout=subprocess.DEVNULL)
+
+
+def sign(repository, directory):
+    """Sign the metadata of a repository with a new key "Metadata Key". Return the path of the public key. directory: a
+    directory for the keys.
+    """
+    keys = os.path.join(directory, 'keys')
+    os.makedirs(keys, mode=0o700)
+    environment = dict(os.environ, GNUPGHOME=keys)
+    document = os.path.join(repository, 'repodata', 'repomd.xml')
+    key = os.path.join(directory, 'key.asc')
+    try:
+        for command in (
+                ['--passphrase', '', '--quick-generate-key', 'Metadata Key <metadata@larkspur.example>', 'rsa2048',
+                 'sign', 'never'],
+                ['--armor', '--output', key, '--export'],
+                ['--armor', '--detach-sign', '--output', document + '.asc', document]):
+            subprocess.run(['gpg', '--batch', '--quiet', '--pinentry-mode', 'loopback'] + command, env=environment,
+                           check=True)
+    finally:
+        subprocess.run(['gpgconf', '--kill', 'all'], env=environment)
+    return key
 
 
 def half(content):
