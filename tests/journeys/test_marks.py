@@ -54,6 +54,7 @@ class MarksTest(JourneyTest):
                 return '{:.1f}Kb'.format(size) if size < 9.95 else '{:.0f}Kb'.format(size)
 
             update = 'sandbox-updates', 'barometer-1.1-2.x86_64'
+            all_marks = 'Marks: 1 Install, 1 Update, 1 Remove   To download: '
             both = size_of(update, ('sandbox-http', 'pergola-6.1-1.x86_64'))
             self.list_packages(window, 'pergola', 'barometer', 'almanac')
             wait_line('Listed: 3   Selected: 0   No marks')
@@ -62,12 +63,12 @@ class MarksTest(JourneyTest):
             window.mark('almanac')
             wait_line('Listed: 3   Selected: 1   Marks: 0 Install, 1 Update, 1 Remove   To download: ' + size_of(update))
             window.mark('pergola')
-            wait_line('Listed: 3   Selected: 1   Marks: 1 Install, 1 Update, 1 Remove   To download: ' + both)
+            wait_line('Listed: 3   Selected: 1   ' + all_marks + both)
             driver.key('ctrl+a')
-            wait_line('Listed: 3   Selected: 3   Marks: 1 Install, 1 Update, 1 Remove   To download: ' + both)
+            wait_line('Listed: 3   Selected: 3   ' + all_marks + both)
             # Marks of unlisted rows are counted too.
             self.list_packages(window, 'barometer')
-            wait_line('Listed: 1   Selected: 0   Marks: 1 Install, 1 Update, 1 Remove   To download: ' + both)
+            wait_line('Listed: 1   Selected: 0   ' + all_marks + both)
             self.picture('line-below-the-table')
             window.click_button('Clear Actions')
             wait_line('Listed: 1   Selected: 0   No marks')
