@@ -55,13 +55,14 @@ class MarksTest(JourneyTest):
 
             update = 'sandbox-updates', 'barometer-1.1-2.x86_64'
             all_marks = 'Marks: 1 Install, 1 Update, 1 Remove   To download: '
+            one = size_of(update)
             both = size_of(update, ('sandbox-http', 'pergola-6.1-1.x86_64'))
             self.list_packages(window, 'pergola', 'barometer', 'almanac')
             wait_line('Listed: 3   Selected: 0   No marks')
             window.mark('barometer')
-            wait_line('Listed: 3   Selected: 1   Marks: 0 Install, 1 Update, 0 Remove   To download: ' + size_of(update))
+            wait_line('Listed: 3   Selected: 1   Marks: 0 Install, 1 Update, 0 Remove   To download: ' + one)
             window.mark('almanac')
-            wait_line('Listed: 3   Selected: 1   Marks: 0 Install, 1 Update, 1 Remove   To download: ' + size_of(update))
+            wait_line('Listed: 3   Selected: 1   Marks: 0 Install, 1 Update, 1 Remove   To download: ' + one)
             window.mark('pergola')
             wait_line('Listed: 3   Selected: 1   ' + all_marks + both)
             driver.key('ctrl+a')
