@@ -2,6 +2,8 @@
 
 #include "packagetable/Preparation.h"
 
+#include <QSet>
+
 #include <algorithm>
 #include <numeric>
 #include <thread>
@@ -63,11 +65,27 @@ void Preparation::findWidest()
     font.fromString(fontName);
     WidthEstimate estimate(font);
     for (int column = 0; column < ColumnCount; ++column) {
-        if (!Columns::row(column).showsPictures()) {
+        if (Columns::row(column).showsPictures()) {
+            widest[column] = rowsWithEachPicture(column);
+        } else {
             widest[column] = estimate.widestRows(
                 rows.count, [this, column](int row) { return Columns::text(*yumIO[row], column); });
         }
     }
+}
+
+std::vector<int> Preparation::rowsWithEachPicture(int column) const
+{
+    std::vector<int> found;
+    QSet<int> pictures;
+    for (int row = 0; row < rows.count; ++row) {
+        const int picture = Columns::row(column).sortKey(*yumIO[row]);
+        if (!pictures.contains(picture)) {
+            pictures.insert(picture);
+            found.push_back(row);
+        }
+    }
+    return found;
 }
 
 std::vector<int> Preparation::ranksOf(const YumIO& backEnd, int column)

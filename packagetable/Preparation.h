@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // Computes the values that the table needs before it can show the records: the order of the rows, the joined
-// texts for the filter, and the rows with the widest texts. For 60,000 records, this takes a tenth of a
+// texts for the filter, and the rows with the widest cells. For 60,000 records, this takes a tenth of a
 // second, so a worker does this work while the window serves events.
 //
 // The graphical thread creates and deletes a Preparation. A worker calls run(). The static functions may run
@@ -44,7 +44,7 @@ public:
     void run(bool withWidths = true);
 
     PreparedRows rows;
-    // For each column that shows texts: some source rows, one of which has the widest text.
+    // For each column: some source rows, one of which has the widest text or picture.
     std::vector<int> widest[ColumnCount];
 
     // Returns a rank for each source row: equal texts of the column have the same rank, and a greater text
@@ -62,6 +62,8 @@ public:
 private:
     void prepareRows();
     void findWidest();
+    // Returns one source row for each picture that the column shows.
+    std::vector<int> rowsWithEachPicture(int column) const;
 
     const YumIO& yumIO;
     QString fontName; // a description of the font: a QFont must not be shared by two threads

@@ -127,6 +127,12 @@ int View::contentsWidthForColumn(int column) const
         return itemDelegate(index)->sizeHint(option, index).width();
     };
     int width = 0;
+    if (fittingRecords && widestRecords != nullptr) {
+        for (const int row : widestRecords[column]) {
+            width = qMax(width, measured(row));
+        }
+        return width;
+    }
     const auto entryAt = [this](int row) -> const Package::Entry& {
         return *model->entry(fittingRecords ? row : proxy->mapToSource(proxy->index(row, NameColumn)).row());
     };
@@ -142,12 +148,6 @@ int View::contentsWidthForColumn(int column) const
         return width;
     }
     // Only the texts with the largest estimates are measured.
-    if (fittingRecords && widestRecords != nullptr) {
-        for (const int row : widestRecords[column]) {
-            width = qMax(width, measured(row));
-        }
-        return width;
-    }
     if (widthEstimate == nullptr || widthEstimate->usedFont() != option.font) {
         widthEstimate = std::make_unique<WidthEstimate>(option.font);
     }

@@ -37,7 +37,7 @@ private Q_SLOTS:
     void thePreparedOrderEqualsTheOrderOfTheTable_data();
     void thePreparedOrderEqualsTheOrderOfTheTable();
     void thePreparedTextOfARowContainsTheVisibleTextsOfItsCells();
-    void eachTextColumnHasARowWithItsWidestText();
+    void eachColumnHasARowWithItsWidestTextAndRowsWithAllItsPictures();
     void theWidestTextsAreFoundOnlyIfTheCallerRequestsThem();
     void nothingIsPreparedIfTheTableHasNoRecords();
 
@@ -102,7 +102,7 @@ void PreparationTest::thePreparedTextOfARowContainsTheVisibleTextsOfItsCells()
         QString("editor 3:9-4 base noarch 4.9Kb Fri Jan  2 00:00:00 1970"));
 }
 
-void PreparationTest::eachTextColumnHasARowWithItsWidestText()
+void PreparationTest::eachColumnHasARowWithItsWidestTextAndRowsWithAllItsPictures()
 {
     const auto preparation = prepared(NameColumn, Qt::AscendingOrder);
     const QFontMetrics metrics(QApplication::font());
@@ -111,7 +111,17 @@ void PreparationTest::eachTextColumnHasARowWithItsWidestText()
     };
     for (int column = 0; column < ColumnCount; ++column) {
         if (Columns::row(column).showsPictures()) {
-            QVERIFY(preparation->widest[column].empty());
+            QSet<int> all;
+            for (int row = 0; row < table->yumIO.count(); ++row) {
+                all << static_cast<int>(Columns::row(column).sortKey(*table->yumIO[row]));
+            }
+            QSet<int> pictures;
+            for (const int row : preparation->widest[column]) {
+                pictures << static_cast<int>(Columns::row(column).sortKey(*table->yumIO[row]));
+            }
+            QVERIFY(column != StateColumn || all.size() > 1);
+            QCOMPARE(pictures, all);
+            QCOMPARE(static_cast<int>(preparation->widest[column].size()), all.size());
             continue;
         }
         int widest = 0;

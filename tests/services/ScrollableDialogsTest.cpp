@@ -70,6 +70,8 @@ private Q_SLOTS:
     void enterRejectsTheQuestionIfRejectionIsTheDefault();
     void closingTheConfirmDialogRejectsTheQuestion();
     void theDialogsShowTheirTextsAsPlainText();
+    void onlyALongAsciiTextIsShownWithoutShaping_data();
+    void onlyALongAsciiTextIsShownWithoutShaping();
     void aShortTextIsShownWithoutScrollBars();
     void aTextThatFitsOnTheScreenIsShownWithoutScrollBars_data();
     void aTextThatFitsOnTheScreenIsShownWithoutScrollBars();
@@ -212,6 +214,35 @@ void ScrollableDialogsTest::theDialogsShowTheirTextsAsPlainText()
     ScrollableErrorDialog error(text, nullptr);
     QCOMPARE(textLabel(error)->textFormat(), Qt::PlainText);
     QCOMPARE(textLabel(error)->text(), text);
+}
+
+void ScrollableDialogsTest::onlyALongAsciiTextIsShownWithoutShaping_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<int>("lines");
+    QTest::addColumn<bool>("isShaped");
+    QTest::newRow("short text") << QString("Upgrade: tool") << 100 << true;
+    QTest::newRow("long ASCII text") << QString("Upgrade: tool") << 2000 << false;
+    QTest::newRow("long text in a script with joined letters")
+        << QString::fromUtf8("\u062a\u062d") << 2000 << true;
+}
+
+void ScrollableDialogsTest::onlyALongAsciiTextIsShownWithoutShaping()
+{
+    QFETCH(QString, line);
+    QFETCH(int, lines);
+    QFETCH(bool, isShaped);
+    QString text;
+    for (int number = 0; number < lines; ++number) {
+        text += line + '\n';
+    }
+    ScrollableConfirmDialog dialog(text, "Yes", "No", nullptr);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
+    const QFont font = textLabel(dialog)->font();
+    QCOMPARE((font.styleStrategy() & QFont::PreferNoShaping) == 0, isShaped);
+    QCOMPARE(font.family(), dialog.font().family());
+    QCOMPARE(font.pointSizeF(), dialog.font().pointSizeF());
 }
 
 void ScrollableDialogsTest::aShortTextIsShownWithoutScrollBars()
