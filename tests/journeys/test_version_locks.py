@@ -91,7 +91,7 @@ class VersionLocksTest(StartTest):
             window.wait_names(['abacus-cli'])
             os.chmod(path, 0o444)
             window.action_menu('abacus-cli')
-            window.press_in_menu('l')
+            driver.key('l')
             dialog = self.read_dialog(window.program, YUM_ERROR)
             self.assertEqual(dialog.text(), 'You are not allowed to change the list of locks {}\n'
                                             'Unable to lock versions'.format(path))
