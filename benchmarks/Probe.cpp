@@ -9,7 +9,7 @@
 // VYRE_PROBE, and then ends the program. Everything runs on the graphical thread.
 //
 // VYRE_PROBE_PARTS lists the parts to measure after the start: filter sort cells columns search first-search
-// refresh listing windows. VYRE_PROBE_START is the monotonic time at which the program was started.
+// refresh listing windows stop. VYRE_PROBE_START is the monotonic time at which the program was started.
 
 #include <QAction>
 #include <QApplication>
@@ -205,6 +205,9 @@ private Q_SLOTS:
         }
         if (what.contains("refresh")) {
             refresh();
+        }
+        if (what.contains("stop")) {
+            stops();
         }
         if (what.contains("search") || what.contains("first-search")) {
             searches(what.contains("search"));
@@ -487,6 +490,38 @@ private:
                                     {QStringLiteral("computed"), computedByAll() - before}});
         }
         result[QStringLiteral("refreshes")] = rows;
+    }
+
+    // Presses "Refresh", and two seconds later "Stop". A repository must be so slow that the refresh still
+    // runs.
+    void stops()
+    {
+        QPushButton* const stop = buttons.value(QStringLiteral("Stop"));
+        QPushButton* const refresh = buttons.value(QStringLiteral("Refresh"));
+        QJsonArray rows;
+        for (int run = 0; run < 3; ++run) {
+            double stopped = 0;
+            double before = 0;
+            const double start = monotonic();
+            QTimer user;
+            connect(&user, &QTimer::timeout, this, [&] {
+                if (stopped == 0 && monotonic() - start > 2 && stop->isVisible() && stop->isEnabled()) {
+                    stopped = monotonic();
+                    before = computedByAll();
+                    stop->click();
+                }
+            });
+            user.start(1);
+            timed("stop", [refresh] { refresh->click(); });
+            const double seconds = monotonic() - stopped;
+            if (stopped == 0 || !view->isEnabled() || !refresh->isEnabled()) {
+                qFatal("the refresh was not stopped");
+            }
+            rows.append(QJsonObject{{QStringLiteral("program"), seconds},
+                                    {QStringLiteral("computed"), computedByAll() - before},
+                                    {QStringLiteral("rows"), proxy->sourceModel()->rowCount()}});
+        }
+        result[QStringLiteral("stops")] = rows;
     }
 
     // Marks all updates and presses "Apply Actions". Closes the listing a second after it was painted.

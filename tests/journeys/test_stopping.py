@@ -265,9 +265,8 @@ class WithoutRepositoriesTest(StartTest):
             self.quit(window)
 
     def test_if_the_user_refuses_to_go_on_without_a_repository_the_table_is_empty_until_it_can_be_read(self):
-        with self.program() as program:
+        with self.program('--state=all') as program:
             window = program.ready()
-            window.show_all()
             for name in ('pergola', 'birch-log'):
                 window.mark_listed(name)
             self.add('gone')
@@ -277,8 +276,11 @@ class WithoutRepositoriesTest(StartTest):
             self.check_nothing_listed(window)
             # The next collection succeeds, and sets the marks again.
             os.unlink(self.path('etc/yum.repos.d/gone.repo'))
-            self.check_refresh_helps(window)
+            window.click_button('Refresh')
+            window.wait_names(['birch-log'])
+            window.wait_ready()
             window.set_filter('^(pergola|birch-log) ')
+            window.wait_names(['pergola', 'birch-log'])
             window.wait_action('install', 'pergola')
             window.wait_action('remove', 'birch-log')
             self.quit(window)
