@@ -12,15 +12,14 @@
 
 #include <QCoreApplication>
 
-#include <archive.h>
-#include <archive_entry.h>
 #include <expat.h>
+
+#include "yumio/UnpackedFile.h"
 
 namespace Metadata {
 
 namespace {
 
-using Archive = std::unique_ptr<archive, decltype(&archive_read_free)>;
 using Parser = std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)>;
 
 // The base class for the parsers of all kinds of metadata files. Such a file is a list of package elements,
@@ -45,27 +44,18 @@ public:
 
     bool read(const QString& path, QString& problem, const std::function<bool()>& stopped = {})
     {
-        const Archive file(archive_read_new(), archive_read_free);
-        archive_read_support_filter_all(file.get());
-        archive_read_support_format_raw(file.get());
-        archive_entry* entry = nullptr;
-        if (archive_read_open_filename(file.get(), path.toLocal8Bit().constData(), blockSize) != ARCHIVE_OK ||
-            archive_read_next_header(file.get(), &entry) != ARCHIVE_OK) {
-            problem = QString::fromLocal8Bit(archive_error_string(file.get()));
-            return false;
-        }
+        UnpackedFile file(path);
         for (;;) {
             if (stopped && stopped()) {
                 return false;
             }
             void* buffer = XML_GetBuffer(parser.get(), blockSize);
-            const la_ssize_t count =
-                buffer != nullptr ? archive_read_data(file.get(), buffer, blockSize) : -1;
+            const int count = buffer != nullptr ? file.read(static_cast<char*>(buffer), blockSize) : -1;
             if (count < 0) {
-                problem = QString::fromLocal8Bit(archive_error_string(file.get()));
+                problem = file.problem();
                 return false;
             }
-            if (XML_ParseBuffer(parser.get(), static_cast<int>(count), count == 0) != XML_STATUS_OK) {
+            if (XML_ParseBuffer(parser.get(), count, count == 0) != XML_STATUS_OK) {
                 const XML_Error error = XML_GetErrorCode(parser.get());
                 problem = error == XML_ERROR_ABORTED
                               ? QCoreApplication::translate("Metadata", "\"%1\" where \"%2\" is expected")
