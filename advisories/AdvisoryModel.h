@@ -38,8 +38,8 @@ public:
 
     // Returns all details of an advisory as plain text.
     QString details(int row) const;
-    // Sets the background colour of the rows. For the state of a missing security update, the model then
-    // chooses a text colour that is readable on this background.
+    // Sets the background colour of the rows. If the update of a security advisory is not installed, the
+    // model shows the row in an error colour that is readable on this background.
     void setBackground(const QColor& color);
 
 private:

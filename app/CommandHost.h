@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // The interface through which the commands of the menus use the main window. Each longer command is an object
-// of its own class. The main window creates and owns this object.
+// of its own class. The main window implements this interface, and creates and owns the objects of the
+// commands.
 //
 // All functions run on the graphical thread.
 

@@ -142,8 +142,9 @@ private:
     bool carryOut(const std::function<bool()>& operation, Kept kept) override;
     void marksChanged() override;
     void showErrors(const ErrorWatch& errors) override;
-    // Shows a notice about the repositories that the last collection left out. Shows no notice if the user
-    // has switched off none of these repositories, and the previous notice was about the same repositories.
+    // Shows a notice about the repositories that the last collection left out. If the package manager left
+    // out the same repositories as at the previous notice, shows a notice only if the user has switched off
+    // other repositories.
     void showSkippedRepos();
 
     void createMenuBar();

@@ -20,7 +20,7 @@ class StopButton : public QPushButton
 public:
     // What the table lists after the user has stopped the operation.
     enum class Result {
-        FirstTable, // before the operation, the table listed no packages
+        FirstTable, // the installed packages, and the packages whose metadata are in the cache
         SameTable,  // the same packages and marks as before the operation
         Remains     // the operation has deleted the metadata, so many packages are missing
     };

@@ -23,8 +23,8 @@ QStringList directories();
 
 // Loads the catalogue of the first language that has a catalogue, and Qt's own catalogue of that language. A
 // language has a name such as "de-DE" or "de". The preferred language comes first. If the search reaches
-// English, it ends, because English needs no catalogue. Returns the file name without its suffix, or an empty
-// string if the texts stay English.
+// English, it ends, because English needs no catalogue. Returns the name of VYRE's catalogue file without its
+// suffix, or an empty string if the texts stay English.
 QString install(QCoreApplication& app, const QStringList& languages);
 
 // Calls install(app, languages) with the languages that the environment selects.

@@ -82,7 +82,7 @@ private:
     qint64 number;
     bool working;       // true while a worker of this window runs
     int closeResult;    // the argument of done() if done() was called while a worker ran; otherwise -1
-    bool columnsFitted; // whether the columns were fitted to transactions
+    bool columnsFitted; // true after the columns have been fitted to a list with transactions
     qint64 keptNumber;  // the transaction that becomes current when the list has been read; 0: the newest
 };
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // Describes each column of the package table by one Row: its heading, the contents of its cells and its sort
-// order. The model, the proxy and the view read these rows. These three classes name only the Action, Kind,
-// Name and Repository columns, because only these columns do more than show a value.
+// order. The model, the proxy and the view read these rows. Other code of the table mentions only four
+// columns by name: Action, Kind, Name and Repository. Only these columns do more than show a value.
 //
-// Columns contains only constants, so any thread may use it. The code for a cell runs 60,000 times, so no
+// Columns contains only constants, so any thread may use it. The table may have 60,000 rows. Therefore no
 // function creates a string that the record already contains.
 
 #ifndef PACKAGETABLE_COLUMNS_H

@@ -60,7 +60,7 @@ public:
     bool isLocal(const Package::Entry& entry) const;
     // Sets the action without checking whether the record's state permits it.
     void setAction(const QModelIndex& index, Package::Action action);
-    // Returns true if the record permits any action.
+    // Returns true if the record permits at least one action.
     static bool canBeMarked(const Package::Entry& entry);
     // Changes the action of the record to the next action that its state permits.
     void toggleAction(const QModelIndex& index);

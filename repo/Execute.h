@@ -21,12 +21,13 @@ public:
     // operation ends. If a program wrote to such a closed pipe, the program would be killed.
     static void keepOutput();
 
-    // Runs the program argv[0] (a path) with the other arguments, which a null pointer ends. The function
-    // returns immediately. After that, the caller may destroy the arguments. The program is not a child of
-    // this process and has its own session. It inherits only the three standard descriptors, and all its
-    // signals have their default actions. If no process can be created, a message box over `parent` reports
-    // the failure. The function does not wait for this box, because a running operation must continue.
-    // Failures of the new process are reported only on standard error.
+    // Runs a program. argv[0] is the path of the program, and the following elements are its arguments. A
+    // null pointer marks the end of the array. The function returns immediately. After that, the caller may
+    // destroy the array. The program is not a child of this process and has its own session. It inherits only
+    // the three standard descriptors, and all its signals have their default actions. If no process can be
+    // created, a message box over `parent` reports the failure. The function does not wait for this box,
+    // because a running operation must continue. Failures of the new process are reported only on standard
+    // error.
     static void execute(QWidget* parent, char* const* argv);
 };
 

@@ -3,10 +3,10 @@
 // Shows the progress of a back-end operation on two bars. The total bar shows the whole operation, and the
 // item bar shows the current step.
 //
-// Object belongs to the operation. It lives on the thread that runs the operation, calculates the values and
-// limits the number of reports. Minion belongs to the bars. It lives on the graphical thread and sets the
-// bars. Queued signals connect the two objects, so the operation never waits. User creates an Object for one
-// operation.
+// An Object belongs to the operation. It lives on the thread that runs the operation, calculates the values
+// and limits the number of reports. A Minion belongs to the bars. It lives on the graphical thread and sets
+// the bars. Queued signals connect the two objects, so the operation never waits. The class User creates an
+// Object for one operation.
 
 #ifndef SERVICES_PROGRESS_H
 #define SERVICES_PROGRESS_H

@@ -27,9 +27,9 @@ protected:
 
 bool is();
 
-// Makes the program unattended: from now on is() returns true, and all waiters give up. Only the graphical
-// thread may call it. If the display is lost, the caller requests reports of all log entries. If a signal has
-// asked the program to end, the caller requests reports of errors and warnings only.
+// Makes the program unattended: all waiters give up, and the function is() returns true from now on. Only the
+// graphical thread may call begin(). If the display is lost, the caller requests reports of all log entries.
+// If a signal has asked the program to end, the caller requests reports of errors and warnings only.
 enum class Reported { Everything, Faults };
 void begin(Reported what = Reported::Everything);
 

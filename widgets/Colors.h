@@ -28,7 +28,8 @@ QString errorBg();       // background of an error label
 QString warningBg();     // background of a warning label
 QString okBg();          // background of a success label
 
-// Returns a copy of the palette for a required input field. A disabled field keeps its colour.
+// Returns a copy of the palette for a required input field. While the field is disabled, its background has
+// the usual colour of a disabled field.
 QPalette makeRequired(const QPalette& palette);
 
 // Each function returns a copy of the palette for a label: makeError() for a label with an error,

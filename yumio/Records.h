@@ -83,8 +83,8 @@ public:
     // --- Marks
 
     Package::Marks marks() const;
-    // Sets each of the marked actions for the record that has the key of this action. Skips records that do
-    // not permit the action.
+    // For each key in `marks`, sets the action of the record with this key. Skips records that do not permit
+    // the action.
     void restoreMarks(const Package::Marks& marks) const;
 
     // --- Deletion

@@ -2,9 +2,9 @@
 
 // Reads a file from the beginning to the end, and unpacks it if it is compressed.
 //
-// libarchive knows all forms of compression, but unpacks gzip with zlib. ISA-L unpacks gzip three times as
-// fast as zlib, and most repositories have gzip files. So if the build has found ISA-L, ISA-L unpacks a gzip
-// file. If ISA-L refuses the file, for example because it is damaged, libarchive continues at the same place.
+// libarchive unpacks all forms of compression. For gzip, it uses zlib. ISA-L unpacks gzip three times as fast
+// as zlib, and most repositories have gzip files. So if the build has found ISA-L, ISA-L unpacks gzip files.
+// If ISA-L refuses a file, for example because the file is damaged, libarchive continues at the same place.
 // So the content and the error messages do not depend on ISA-L.
 //
 // An object belongs to the function that reads the file. Any thread may use it, but only one at a time.

@@ -22,7 +22,8 @@ public:
     bool offered = false;
     // The reason why the user cannot change the locks; empty if the user can change them.
     QString fault;
-    // The lines of the plug-in's list that lock a package. The key is the name of the package.
+    // For each locked package, the lines of the plug-in's list that lock it. The key is the name of the
+    // package.
     QHash<QString, QString> lines;
 
     bool isLocked(const Package::Entry& entry) const

@@ -234,7 +234,7 @@ public:
 
     // --- Texts of one record. If a record lacks the information, the text is empty.
 
-    // Reads any field: on the graphical thread for a description, on a worker for a search.
+    // Reads a field: on the graphical thread for a description, on a worker for a search.
     QString text(const Package::Entry& entry, Fields::Field field);
     // Each getter reads one field, or the state. The program reads most fields through text(), so a new field
     // needs no getter.
