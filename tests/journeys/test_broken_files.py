@@ -7,7 +7,7 @@ import socket
 import subprocess
 
 import journey
-from journey import driver
+from journey import driver, wait_for
 from trouble import StartTest, YUM_ERROR
 
 EDITOR_ERROR = 'VYRE Repository Editor Error'
@@ -78,6 +78,23 @@ class ScriptTest(StartTest):
     def test_a_script_object_without_a_dnf_base_is_reported(self):
         self.check_ends('class YumIO:\n    pass\n', [UNEXPECTED, 'Internal error: yumIO.base not evaluable'],
                         'AttributeError')
+
+
+class ManualTest(StartTest):
+
+    def test_a_missing_manual_causes_a_notice_and_starts_no_other_program(self):
+        directory = '/usr/share/doc/vyre'
+        with self.wrapped('if [ -d {0} ]; then mount -t tmpfs none {0}; fi'.format(directory)), \
+                self.program() as program:
+            window = program.ready()
+            for number, name in enumerate(('html/index.html', 'manual.pdf')):
+                self.choose_from_menu(window, 'Help', number)
+                notice = 'The manual is not installed: there is no file {}/{}'.format(directory, name)
+                wait_for(lambda text=notice: text in window.labels(), notice)
+            self.assertEqual(program.titles(), [driver.main_title()])
+            # A helper program would show its message in a bare window, and wait for the user.
+            self.assertEqual(program.left_over(), [])
+            self.quit(window)
 
 
 class ConfigurationTest(StartTest):
