@@ -182,13 +182,36 @@ class LongTextTest(EditingTest):
             driver.key(home)
             wait_for(lambda: all(bar.currentValue == 0 for bar in bars), '{} in {}'.format(home, window.title))
 
-    def test_the_home_and_end_keys_move_the_cursor_in_the_log(self):
+    def test_the_home_and_end_keys_move_the_cursor_in_all_windows_with_long_texts(self):
+        updateinfo.add(self.sandbox, 'sandbox-updates', [updateinfo.advisory(
+            'LSA-2024-1', 'security', ['pergola 6.1-1.x86_64', 'kernel 6.1.31-1.x86_64'],
+            description='\n'.join('Line {}'.format(number) for number in range(100)))])
         with self.opened() as window:
-            window.press('ctrl+l')
-            log = window.program.window('VYRE Log')
-            self.check_keys(log, max(log.find_all(TEXT), key=lambda each: len(driver.text_of(each))))
-            log.click_button('Close')
-            window.program.no_window('VYRE Log')
+            def opened(title, part):
+                """The window with this title, and its text that contains this part."""
+                found = window.program.window(title)
+                return found, wait_for(
+                    lambda: next(each for each in found.find_all(TEXT) if part in driver.text_of(each)), part)
+
+            def close(shown):
+                shown.click_button('Close')
+                window.program.no_window(shown.title)
+
+            for key, title, part in (('ctrl+l', 'VYRE Log', 'Initialization'),
+                                     ('ctrl+h', 'VYRE History', 'Packages Altered'),
+                                     ('ctrl+d', 'VYRE Advisories', 'Line 50')):
+                window.press(key)
+                shown, text = opened(title, part)
+                self.check_keys(shown, text)
+                close(shown)
+            window.set_filter('^orchard ')
+            window.wait_names(['orchard'])
+            window.select_first()
+            window.click_button('Describe')
+            description = window.program.window('VYRE Package Description')
+            self.check_keys(description)
+            self.picture('small-description')
+            close(description)
 
     def check_visible(self, dialog, text):
         """Check that the whole label with this text is on the screen and inside the dialog."""
@@ -254,41 +277,6 @@ class LongTextTest(EditingTest):
             window.program.no_window('Apply')
             window.wait_ready()
         self.check_unchanged()
-
-    def test_the_home_and_end_keys_move_the_cursor_in_descriptions(self):
-        with self.opened() as window:
-            window.set_filter('^orchard ')
-            window.wait_names(['orchard'])
-            window.select_first()
-            window.click_button('Describe')
-            description = window.program.window('VYRE Package Description')
-            self.check_keys(description)
-            self.picture('small-description')
-            description.click_button('Close')
-            window.program.no_window(description.title)
-
-    def test_the_home_and_end_keys_move_the_cursor_in_transaction_details(self):
-        with self.opened() as window:
-            window.press('ctrl+h')
-            history = window.program.window('VYRE History')
-            details = wait_for(lambda: next(each for each in history.find_all(TEXT)
-                                            if 'Packages Altered' in driver.text_of(each)), 'the details')
-            self.check_keys(history, details)
-            history.click_button('Close')
-            window.program.no_window(history.title)
-
-    def test_the_home_and_end_keys_move_the_cursor_in_advisory_details(self):
-        updateinfo.add(self.sandbox, 'sandbox-updates', [updateinfo.advisory(
-            'LSA-2024-1', 'security', ['pergola 6.1-1.x86_64', 'kernel 6.1.31-1.x86_64'],
-            description='\n'.join('Line {}'.format(number) for number in range(100)))])
-        with self.opened() as window:
-            window.press('ctrl+d')
-            advisories = window.program.window('VYRE Advisories')
-            details = wait_for(lambda: next(each for each in advisories.find_all(TEXT)
-                                            if 'Line 50' in driver.text_of(each)), 'the details')
-            self.check_keys(advisories, details)
-            advisories.click_button('Close')
-            window.program.no_window(advisories.title)
 
 
 if __name__ == '__main__':

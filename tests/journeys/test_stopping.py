@@ -35,41 +35,34 @@ class StoppingTest(StartTest):
         self.assertEqual(window.program.titles(), [driver.main_title()])
 
     def click_stop(self, window):
-        return lambda: driver.click(window.button('Stop'))
+        driver.click(window.button('Stop'))
 
-    def check_refresh_is_stopped(self, act):
+    def test_the_stop_button_its_mnemonic_and_escape_stop_a_refresh(self):
         with self.program() as program:
             window = program.ready()
             window.show_all()
             window.mark_listed('pergola')
             self.sandbox.server.faults[REPOMD] = server.paced(1)
-            del self.sandbox.server.requests[:]
-            self.sandbox.expire_metadata()
-            window.click_button('Refresh')
-            self.wait_slow(window, REPOMD)
-            self.picture('stoppable')
-            self.stop(window, act(window))
-            self.picture('stopped')
-            window.wait_names(['pergola'])
-            window.wait_action('install', 'pergola')
-            log = self.read_log(window)
-            self.assertEqual(log.count('Stopped.'), 1)
-            self.assertNotIn('Interrupted', log)
-            self.assertNotIn('Unable to', log)
+            for number, act in enumerate((lambda: self.click_stop(window), lambda: driver.key('Escape'),
+                                          lambda: driver.key('alt+s')), 1):
+                del self.sandbox.server.requests[:]
+                self.sandbox.expire_metadata()
+                window.click_button('Refresh')
+                self.wait_slow(window, REPOMD)
+                self.picture('stoppable')
+                self.stop(window, act)
+                self.picture('stopped')
+                window.wait_names(['pergola'])
+                window.wait_action('install', 'pergola')
+                log = self.read_log(window)
+                self.assertEqual(log.count('Stopped.'), number)
+                self.assertNotIn('Interrupted', log)
+                self.assertNotIn('Unable to', log)
             del self.sandbox.server.faults[REPOMD]
             self.carry_out(window)
             self.check_changed(new=['pergola-6.1-1.x86_64'])
             self.check_refresh_helps(window)
             self.quit(window)
-
-    def test_the_stop_button_stops_a_refresh(self):
-        self.check_refresh_is_stopped(self.click_stop)
-
-    def test_escape_stops_a_refresh(self):
-        self.check_refresh_is_stopped(lambda window: lambda: driver.key('Escape'))
-
-    def test_the_mnemonic_of_the_stop_button_stops_a_refresh(self):
-        self.check_refresh_is_stopped(lambda window: lambda: driver.key('alt+s'))
 
     def test_the_installed_packages_are_listed_if_the_user_stops_the_first_collection(self):
         self.sandbox.clear_cache()
@@ -80,7 +73,7 @@ class StoppingTest(StartTest):
             wait_for(lambda: self.sandbox.server.paths(), 'a request')
             wait_for(lambda: self.is_stoppable(window), 'the button')
             window.wait_settled()
-            self.stop(window, self.click_stop(window))
+            self.stop(window, lambda: self.click_stop(window))
             window.show_all()
             wait_for(lambda: 'almanac' in window.names(), 'the installed packages')
             self.assertNotIn('pergola', window.names())
@@ -119,32 +112,28 @@ class StoppingTest(StartTest):
             window.wait_names(['gargantua'])
             self.quit(window)
 
-    def check_download_is_stopped(self, act):
+    def test_the_stop_button_and_escape_stop_a_download(self):
         self.sandbox.server.faults[GARGANTUA] = server.paced(1)
         with self.program() as program:
             window = program.ready()
             window.show_all()
             window.mark_listed('gargantua')
-            window.accept(window.apply())
-            self.wait_slow(window, GARGANTUA)
-            self.picture('stoppable-download')
-            self.stop(window, act(window))
-            self.check_unchanged()
-            window.wait_action('install', 'gargantua')
-            log = self.read_log(window)
-            self.assertEqual(log.count('Stopped.'), 1)
-            self.assertNotIn('Unable to', log)
+            for number, act in enumerate((lambda: self.click_stop(window), lambda: driver.key('Escape')), 1):
+                del self.sandbox.server.requests[:]
+                window.accept(window.apply())
+                self.wait_slow(window, GARGANTUA)
+                self.picture('stoppable-download')
+                self.stop(window, act)
+                self.check_unchanged()
+                window.wait_action('install', 'gargantua')
+                log = self.read_log(window)
+                self.assertEqual(log.count('Stopped.'), number)
+                self.assertNotIn('Unable to', log)
             del self.sandbox.server.faults[GARGANTUA]
             self.carry_out(window)
             self.check_changed(new=['gargantua-1.0-1.noarch'])
             self.quit(window)
         self.check_history_complete()
-
-    def test_the_stop_button_stops_a_download(self):
-        self.check_download_is_stopped(self.click_stop)
-
-    def test_escape_stops_a_download(self):
-        self.check_download_is_stopped(lambda window: lambda: driver.key('Escape'))
 
     def test_a_transaction_cannot_be_stopped(self):
         doorkeeper = self.waiting('doorkeeper')

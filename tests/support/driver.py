@@ -638,7 +638,7 @@ class MainWindow(Window):
 
     def select_first(self):
         """Select only the first row, and move the focus to the table."""
-        x, y, _, height = rectangle(self.cell(0, NAME))
+        x, y, _, height = wait_for(lambda: rectangle(self.cell(0, NAME)), 'the first row')
         click_at(x + 20, y + height // 2)
         self.wait_selected(1)
 
