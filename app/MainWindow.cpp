@@ -281,7 +281,8 @@ void MainWindow::reposChanged()
     focusTable();
     const QString warning = first ? missingRights() : QString();
     if (!warning.isEmpty()) {
-        // The repository editor has hidden the first notice, and beginOperation() has ended it.
+        // The repository editor covered the first notice, and then beginOperation() removed it. Show it
+        // again.
         showNotice(warning);
     }
 }
@@ -532,8 +533,8 @@ bool MainWindow::carryOut(const std::function<bool()>& operation, Kept kept)
     }
     // Even a failed transaction may have changed the system.
     if (done) {
-        // After a failure, recollect() drops the marks of the changes that were carried out, because they are
-        // no longer possible. The user can apply the remaining marks again.
+        // After a failure, recollect() drops the marks of the changes that were carried out, because these
+        // changes are no longer possible. The user can apply the remaining marks again.
         recollect(applied ? kept : AllMarks);
     } else if (yumIO->isOutdated()) {
         recollect(AllMarks);

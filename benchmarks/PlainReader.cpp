@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Reads metadata documents with only zlib and expat. This is the plain loop with which "benchmarks/run"
-// compares a first search, which reads the same documents.
+// Reads metadata documents with only zlib and expat. A first search reads the same documents.
+// "benchmarks/run" compares the time of that search with the time of this plain loop.
 //
 // usage: plain-reader DOCUMENT.xml.gz ...
 //

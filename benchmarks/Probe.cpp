@@ -114,7 +114,7 @@ public:
                 windowIsPainting = true;
             }
             if (windowIsPainting) {
-                windowPainted = monotonic(); // the last of these times counts
+                windowPainted = monotonic(); // the last paint event of this series counts
                 rest();
             }
             if (dialogPainted == 0 && window != nullptr && qobject_cast<QDialog*>(window) != nullptr) {
@@ -441,8 +441,8 @@ private:
     }
 
     // The first expression makes the program read the texts. The other expressions search the texts that were
-    // read. The last expressions are slow: their matches have no fixed text in common, or thousands of places
-    // in the texts begin like a match.
+    // read. The last expressions are slow: their matches have no fixed text in common, or the texts contain
+    // the beginning of a match thousands of times.
     void searches(bool again)
     {
         timed("search", [this] { modeCombo->setCurrentIndex(0); });

@@ -239,7 +239,7 @@ void HistoryDialog::done(int result)
 
 void HistoryDialog::keyPressEvent(QKeyEvent* event)
 {
-    // This window has no default button, because Enter in the expression field would press it.
+    // Enter has no effect on the buttons, because the user may press this key in the expression field.
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
         event->accept();
         return;

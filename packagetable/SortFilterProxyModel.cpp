@@ -51,7 +51,8 @@ public:
         std::vector<Text> added;
         blockOf.reserve(static_cast<size_t>(records));
         added.reserve(static_cast<size_t>(records));
-        std::vector<size_t> places; // by block: the number of its texts, later the place of its next text
+        // For each block: first the number of its texts, later the index in `texts` for its next text.
+        std::vector<size_t> places;
         const size_t firstBlock = blocks.size();
         for (int record = 0; record < records; ++record) {
             const PackedText* const text = textOf(record);
@@ -129,14 +130,14 @@ private:
     struct Block
     {
         TextKind kind;
-        PackedText packed; // any text of the block
-        size_t first;      // the place of the block's first text
+        PackedText packed; // one of the block's texts, for access to the block
+        size_t first;      // the index of the block's first text in `texts`
         size_t end;
     };
 
     std::vector<Block> blocks;
     std::vector<Text> texts;
-    std::unique_ptr<std::atomic<bool>[]> found; // whether a text of each record matches
+    std::unique_ptr<std::atomic<bool>[]> found; // for each record, whether one of its texts matches
     std::atomic<bool> stopped{false};
 };
 

@@ -222,7 +222,7 @@ void Model::toggleEnabled(const QModelIndex& index)
 
 void Model::browse(const QModelIndex& index, QWidget* window)
 {
-    // This function ignores a row whose number is not less than the number of packages.
+    // count() is the number of packages. This function ignores all rows from this number on.
     if (hasEntry(index) && yumIO && index.row() < yumIO->count()) {
         RepoBrowse::browse(window, yumConfIO->entries.at(index.row()), yumIO);
     }

@@ -42,8 +42,8 @@ void closeQuietly(int& number)
     errno = failure;
 }
 
-// Creates a file with a random name that only this user can open. Locks the file, to show other instances of
-// VYRE that the file is in use.
+// Creates a file that only this user can open. The file gets a random name. Locks the file, to show other
+// instances of VYRE that the file is in use.
 int makeHelper(int directory, const QByteArray& name, const char* infix, QByteArray& made)
 {
     static const char letters[] = "abcdefghijklmnopqrstuvwxyz0123456789";

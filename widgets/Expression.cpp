@@ -293,7 +293,7 @@ bool Expression::refersToGroups(const QString& text)
 
 bool Expression::isTooLarge(const QByteArray& text)
 {
-    QVector<qint64> outer; // the numbers of parts before each open group
+    QVector<qint64> outer; // for each open group, the number of parts before it
     qint64 sum = 0;        // the number of parts in the current group
     qint64 last = 0;       // the number of parts that a following repetition repeats
     const auto repeat = [&sum, &last](qint64 times) {
@@ -361,8 +361,8 @@ void Expression::compile(const QString& text)
     if (regStatus != 0 || literal) {
         return;
     }
-    // If the C library uses another encoding than UTF-8 with several bytes per character, "." does not match
-    // every part of a UTF-8 text.
+    // If the C library uses a multi-byte encoding other than UTF-8, "." does not match every part of a UTF-8
+    // text.
     const bool everyByteMatches = MB_CUR_MAX == 1 || std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0;
     const QByteArray faster = everyByteMatches ? inOnePass(expression) : QByteArray();
     hasOnePass = !faster.isEmpty() && regcomp(&onePass, faster.constData(), REG_EXTENDED | REG_NOSUB) == 0;

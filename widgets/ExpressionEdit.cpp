@@ -9,8 +9,8 @@
 
 void ExpressionEdit::showValid(bool valid)
 {
-    // An invalid expression gets a colour, because its list is empty, like the list of an expression without
-    // matches.
+    // The list is empty if the expression is invalid, but also if it has no matches. The colour shows that
+    // the expression is invalid.
     QPalette palette = QApplication::palette(this);
     if (!valid) {
         palette.setColor(QPalette::Base, QColor(Colors::errorBg()));

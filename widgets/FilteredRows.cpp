@@ -264,7 +264,7 @@ void FilteredRows::startMatching()
                                                       return each.matches((*own)[index].constData());
                                                   });
     checkTimer.start(checkInterval);
-    // For most expressions, the threads also need only some milliseconds.
+    // Wait, because the threads finish most comparisons within some milliseconds.
     matching->wait(quickTime);
     checkMatching();
 }

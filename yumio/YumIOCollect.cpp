@@ -110,7 +110,8 @@ bool YumIO::lockPackages()
         return false;
     }
     locked = true;
-    // `result` is the path of the lock file, or another type if the script does not know the path.
+    // `result` is the path of the lock file as a string, or another object if the script does not know the
+    // path.
     EndSignals::setLockFile(PyUnicode_Check(result.get()) ? pyString(result.get()).toUtf8().constData()
                                                           : nullptr);
     return true;
