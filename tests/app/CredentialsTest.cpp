@@ -149,7 +149,7 @@ private Q_SLOTS:
     void passwordsInOptionsAreFound_data();
     void passwordsInOptionsAreFound();
     void aTextWithAnEmptyPasswordHoldsCredentials();
-    void aTextWithAnEmptyPasswordHoldsNoPassword();
+    void aTextHoldsAPasswordOnlyIfThePasswordIsNotEmpty();
     void theScannerAndRegularExpressionsFindTheSamePasswords_data();
     void theScannerAndRegularExpressionsFindTheSamePasswords();
     void everyPasswordIsHiddenByThreeDots();
@@ -231,7 +231,7 @@ void CredentialsTest::aTextWithAnEmptyPasswordHoldsCredentials()
     QVERIFY(!Credentials::holds(QStringLiteral("http://h/vantor\nusername=u\n"), Text::Options));
 }
 
-void CredentialsTest::aTextWithAnEmptyPasswordHoldsNoPassword()
+void CredentialsTest::aTextHoldsAPasswordOnlyIfThePasswordIsNotEmpty()
 {
     for (const char* text : {"/vantor?u=&p=&path=", "password=\n", "password = \n[r]\n",
                              "http://h/?password=", "http://u:@h/", "http://h/\n"}) {

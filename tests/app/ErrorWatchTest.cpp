@@ -29,7 +29,7 @@ private Q_SLOTS:
         QCOMPARE(errors.firstEntry(), 1);
     }
 
-    void theWatchIgnoresErrorsThatTheLogWindowMayHide()
+    void theWatchIgnoresErrorsAboveTheDefaultDetailLevel()
     {
         const ErrorWatch errors(entries);
         log(Log::Error, 3);

@@ -37,7 +37,7 @@ private Q_SLOTS:
     void aWorkerReadsTheSearchTextsOfRecordsWithTheSelectedState();
     void aWorkerReadsTheSearchTextsAgainAfterARefresh();
 
-    void theApplyButtonIsEnabledWhileAnyRecordIsMarked();
+    void theApplyButtonIsEnabledWhileAtLeastOneRecordIsMarked();
     void aButtonMarksTheSelectedRows();
     void aButtonMarksTheListedUpdates();
     void aButtonRemovesAllMarks();
@@ -339,7 +339,7 @@ void MainWindowFilterTest::aWorkerReadsTheSearchTextsAgainAfterARefresh()
     QCOMPARE(unread, 0);
 }
 
-void MainWindowFilterTest::theApplyButtonIsEnabledWhileAnyRecordIsMarked()
+void MainWindowFilterTest::theApplyButtonIsEnabledWhileAtLeastOneRecordIsMarked()
 {
     shown->start();
     const QPushButton* apply = shown->button("&Apply Actions");

@@ -303,7 +303,7 @@ void MainWindowStartTest::theNoticeAboutMissingRightsIsShownAfterTheRepositoryEd
     auto* notice = shown->window->findChild<Notice*>();
     QVERIFY(notice->isVisible());
     QCOMPARE(notice->wholeText(), QString("VYRE cannot change packages, because it does not run as root"));
-    // The notice describes the start of the program. Later operations do not show it again.
+    // The window shows this notice only when the program starts, not after later operations.
     QVERIFY(QMetaObject::invokeMethod(notice, "showNext"));
     QVERIFY(QMetaObject::invokeMethod(shown->window, "reposChanged"));
     QVERIFY(!notice->isVisible());

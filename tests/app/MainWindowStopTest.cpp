@@ -25,8 +25,8 @@ private:
     QString notice() const;
     QString log() const;
     void compareStop(const std::function<void()>& stop);
-    // Shows the window with an available package whose name begins with "hard". To compare its name or its
-    // summary with the expression `hard` takes hours.
+    // Shows the window with an available package whose name begins with "hard". A comparison of its name or
+    // its summary with the expression in the constant `hard` takes hours.
     void startWithHardPackage(PackageTable::StateFilter state);
     // Whether VYRE is comparing the records, and the Stop button is enabled.
     bool isComparing() const;

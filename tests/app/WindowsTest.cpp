@@ -112,8 +112,8 @@ private:
             qPrintable(name));
     }
 
-    // Opens each window of the program as a user does, and calls check(). Only windows that need a
-    // transaction or a failure are opened directly.
+    // Opens the windows of the program as a user does, and calls check() for each window. This function
+    // itself creates the windows of a transaction, the windows of a failure, and the credentials dialog.
     void forEachWindow(const Check& check)
     {
         check("main", *shown->window);
@@ -594,7 +594,8 @@ private Q_SLOTS:
     void theKeyboardOpensBothContextMenusOfTheTable()
     {
         // The keys must pass through the window system, which turns the menu key into a menu request. 76 is
-        // the code of F10: with some keyboard layouts, xdotool also presses Alt if it gets this key by name.
+        // the code of F10. If xdotool gets the name "F10" instead, it also presses Alt with some keyboard
+        // layouts.
         for (const char* keys : {"Menu", "shift+76"}) {
             QStringList menus;
             QTimer timer;
