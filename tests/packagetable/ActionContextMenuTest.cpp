@@ -27,8 +27,8 @@ private Q_SLOTS:
     void theMenuOffersTheActionsOfTheClickedRowIfNoRowIsSelected();
     void theClickedRowGetsTheActionIfNoRowIsSelected_data();
     void theClickedRowGetsTheActionIfNoRowIsSelected();
-    void theMenuOffersEveryActionThatSomeSelectedRowPermits_data();
-    void theMenuOffersEveryActionThatSomeSelectedRowPermits();
+    void theMenuOffersEachActionThatAtLeastOneSelectedRowPermits_data();
+    void theMenuOffersEachActionThatAtLeastOneSelectedRowPermits();
     void anActionIsSetOnlyInSelectedRowsThatPermitTheAction_data();
     void anActionIsSetOnlyInSelectedRowsThatPermitTheAction();
     void theSelectedRowsAndNotTheClickedRowGetTheAction();
@@ -44,8 +44,8 @@ private Q_SLOTS:
     void theLockEntriesAreDisabledAndShowTheReasonIfTheUserCannotWriteLocks();
 
 private:
-    // Opens the menu on a row while Control is pressed, so that the selection does not change, and presses a
-    // key in the menu. Returns the entries that were enabled.
+    // Opens the menu on a row, and presses a key in the menu. While Control is pressed, the click does not
+    // change the selection. Returns the entries that were enabled.
     QStringList choose(const QString& name, Qt::Key key)
     {
         QStringList offered;
@@ -146,7 +146,7 @@ void ActionContextMenuTest::theClickedRowGetsTheActionIfNoRowIsSelected()
     QCOMPARE(actions(), Actions());
 }
 
-void ActionContextMenuTest::theMenuOffersEveryActionThatSomeSelectedRowPermits_data()
+void ActionContextMenuTest::theMenuOffersEachActionThatAtLeastOneSelectedRowPermits_data()
 {
     QTest::addColumn<QStringList>("selected");
     QTest::addColumn<QStringList>("offered");
@@ -161,7 +161,7 @@ void ActionContextMenuTest::theMenuOffersEveryActionThatSomeSelectedRowPermits_d
         << QStringList{"&Update", "&Install", "&Remove", "&No Action"};
 }
 
-void ActionContextMenuTest::theMenuOffersEveryActionThatSomeSelectedRowPermits()
+void ActionContextMenuTest::theMenuOffersEachActionThatAtLeastOneSelectedRowPermits()
 {
     QFETCH(QStringList, selected);
     QFETCH(QStringList, offered);

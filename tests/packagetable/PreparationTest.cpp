@@ -37,7 +37,7 @@ private Q_SLOTS:
     void thePreparedOrderEqualsTheOrderOfTheTable_data();
     void thePreparedOrderEqualsTheOrderOfTheTable();
     void thePreparedTextOfARowContainsTheVisibleTextsOfItsCells();
-    void eachColumnHasARowWithItsWidestTextAndRowsWithAllItsPictures();
+    void thePreparationFindsTheWidestTextOfATextColumnAndEachPictureOfAPictureColumn();
     void theWidestTextsAreFoundOnlyIfTheCallerRequestsThem();
     void nothingIsPreparedIfTheTableHasNoRecords();
 
@@ -102,7 +102,7 @@ void PreparationTest::thePreparedTextOfARowContainsTheVisibleTextsOfItsCells()
         QString("editor 3:9-4 base noarch 4.9Kb Fri Jan  2 00:00:00 1970"));
 }
 
-void PreparationTest::eachColumnHasARowWithItsWidestTextAndRowsWithAllItsPictures()
+void PreparationTest::thePreparationFindsTheWidestTextOfATextColumnAndEachPictureOfAPictureColumn()
 {
     const auto preparation = prepared(NameColumn, Qt::AscendingOrder);
     const QFontMetrics metrics(QApplication::font());

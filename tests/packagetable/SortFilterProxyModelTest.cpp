@@ -462,7 +462,7 @@ void SortFilterProxyModelTest::aSearchWithoutMatchesReportsMatchesInAnotherLette
         QCOMPARE(listed(expression), QStringList());
         QVERIFY2(proxy->matchesIgnoringCase(), expression);
     }
-    // If no search was prepared, matchesIgnoringCase() compares only words.
+    // If no search was prepared, matchesIgnoringCase() returns true only for an expression that is one word.
     for (const char* expression : {"SHELLS", "NOARCH 4", "^SHELL"}) {
         QCOMPARE(listed(expression), QStringList());
         QVERIFY2(!proxy->matchesIgnoringCase(), expression);

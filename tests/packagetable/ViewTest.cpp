@@ -56,7 +56,7 @@ private Q_SLOTS:
     void aSignalReportsMinusOneIfTheCurrentRowIsFilteredOut();
     void theSelectedRowsAreIndexesOfTheSourceModel();
     void theSpaceKeySelectsTheNextActionOfTheCurrentRow();
-    void aHeldSpaceKeyChangesTheActionOnce();
+    void aHeldSpaceKeyChangesTheActionOnlyOnce();
     void theTabKeyMovesTheFocusOutOfTheTable();
     void textsInADisabledViewHaveTheColoursOfDisabledText();
     void fittedColumnsAreAlsoWideEnoughForUnlistedRecords();
@@ -357,7 +357,7 @@ void ViewTest::theSpaceKeySelectsTheNextActionOfTheCurrentRow()
     QCOMPARE(table->entry("tool").action, Package::Update);
 }
 
-void ViewTest::aHeldSpaceKeyChangesTheActionOnce()
+void ViewTest::aHeldSpaceKeyChangesTheActionOnlyOnce()
 {
     shown->click("tool", NameColumn);
     QSignalSpy changed(view, SIGNAL(stateChanged(int)));
