@@ -40,11 +40,11 @@ private Q_SLOTS:
     void placeMarkersInAnActivityAreShownUnchanged();
     void aResetRemovesTheActivityAndTheValue();
     void theBarIsPaintedAgainIfItsActivityChanges();
-    void anAnimationFrameIsNotPaintedTooSoonAfterTheLastFrame();
+    void anAnimationFrameIsNotPaintedTooSoonAfterThePreviousFrame();
     void hoveringOverTheBarInAnActiveWindowRequestsATip();
     void theRequestForATipContainsThePosition();
     void hoveringOverTheBarInAnInactiveWindowRequestsNoTip();
-    void anInactiveWindowAlsoRequestsTipsIfTheToolTipAttributeIsSet();
+    void anInactiveWindowAlsoRequestsTipsIfItHasTheAttributeAlwaysShowToolTips();
 };
 
 void HProgressBarTest::theTextOfTheBarConsistsOfTheActivityAndThePercentage()
@@ -99,7 +99,7 @@ void HProgressBarTest::theBarIsPaintedAgainIfItsActivityChanges()
     QTRY_VERIFY(bar.paints > before);
 }
 
-void HProgressBarTest::anAnimationFrameIsNotPaintedTooSoonAfterTheLastFrame()
+void HProgressBarTest::anAnimationFrameIsNotPaintedTooSoonAfterThePreviousFrame()
 {
     CountingBar bar;
     bar.setRange(0, 100);
@@ -119,7 +119,7 @@ void HProgressBarTest::anAnimationFrameIsNotPaintedTooSoonAfterTheLastFrame()
         sinceFirst.start();
         QCOMPARE(paintsOfAFrame(), 1);
         const int second = paintsOfAFrame();
-        if (sinceFirst.elapsed() < 90) { // otherwise a busy machine has delayed the second frame
+        if (sinceFirst.elapsed() < 90) { // otherwise, the second frame is too late: try again
             QCOMPARE(second, 0);
             break;
         }
@@ -165,7 +165,7 @@ void HProgressBarTest::hoveringOverTheBarInAnInactiveWindowRequestsNoTip()
     QCOMPARE(spy.count(), 0);
 }
 
-void HProgressBarTest::anInactiveWindowAlsoRequestsTipsIfTheToolTipAttributeIsSet()
+void HProgressBarTest::anInactiveWindowAlsoRequestsTipsIfItHasTheAttributeAlwaysShowToolTips()
 {
     QWidget window;
     window.setAttribute(Qt::WA_AlwaysShowToolTips);

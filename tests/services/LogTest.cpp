@@ -53,7 +53,8 @@ void LogTest::passwordsInUrlsAreHidden_data()
     add("no password", "http://h/vantor?u=&p=&path=/x", "http://h/vantor?u=&p=&path=/x");
     add("queries that are not vantor", "http://h/list?u=joe&p=9&arch=x86",
         "http://h/list?u=joe&p=9&arch=x86");
-    add("a port and an address", "http://h:80/x: write to joe:k@h", "http://h:80/x: write to joe:k@h");
+    add("a port, and a mail address after the URL", "http://h:80/x: write to joe:k@h",
+        "http://h:80/x: write to joe:k@h");
 }
 
 void LogTest::passwordsInUrlsAreHidden()

@@ -78,8 +78,8 @@ private Q_SLOTS:
         QTest::newRow("standard error") << 1;
     }
 
-    // The thread writes all output before it reads any, so the write must not block. The text is larger than
-    // the two pipes and the pump's buffer together.
+    // The thread writes the whole text before it reads any output, so the pump must never stop the writer.
+    // The text is larger than `fullBuffer` and the two pipes together, so the pump slows the writer down.
     void aThreadCanWriteMuchOutputBeforeItReadsAny()
     {
         QFETCH(int, way);

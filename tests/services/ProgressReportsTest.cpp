@@ -16,14 +16,14 @@ class ProgressReportsTest : public ShownBars
 private Q_SLOTS:
     void aSecondItemValueWithinTheIntervalIsStoredButNotSent();
     void theFinalItemValueIsNotSentIfItIsWithinTheInterval();
-    void anItemValueWithinTheIntervalAfterNewStepsIsNotSent();
+    void anItemValueWithinTheIntervalAfterChangeItemActStepsIsNotSent();
     void anItemValueIsNotSentIfNoItemHasStarted();
     void aTotalValueWithinTheIntervalIsDropped();
     void theMaximumOfTheTotalBarIsSentOnlyOnceInAnInterval();
     void aTotalValueWithinTheIntervalAfterAnItemValueIsNotSent();
     void aChangeOfTheActivityProcessesPendingEvents();
     void reportsOfAWorkerAreDeliveredInOrder();
-    void aProgressUserSetsThePointerAndItsDestructorClearsThePointer();
+    void aProgressUserSetsTheGivenPointerAndItsDestructorClearsThePointer();
 };
 
 void ProgressReportsTest::aSecondItemValueWithinTheIntervalIsStoredButNotSent()
@@ -74,7 +74,7 @@ void ProgressReportsTest::theFinalItemValueIsNotSentIfItIsWithinTheInterval()
     QCOMPARE(item->value(), 0);
 }
 
-void ProgressReportsTest::anItemValueWithinTheIntervalAfterNewStepsIsNotSent()
+void ProgressReportsTest::anItemValueWithinTheIntervalAfterChangeItemActStepsIsNotSent()
 {
     Progress::Object progress(total, item);
     QSignalSpy spy(&progress, SIGNAL(setItemValueSig(Steps, Steps)));
@@ -250,7 +250,7 @@ void ProgressReportsTest::reportsOfAWorkerAreDeliveredInOrder()
     disconnect(item, nullptr, this, nullptr);
 }
 
-void ProgressReportsTest::aProgressUserSetsThePointerAndItsDestructorClearsThePointer()
+void ProgressReportsTest::aProgressUserSetsTheGivenPointerAndItsDestructorClearsThePointer()
 {
     Progress::Object* slot = nullptr;
     QPointer<Progress::Object> object;

@@ -25,10 +25,10 @@ private Q_SLOTS:
     void anItemWithTooManyActsFillsOnlyTheRemainingPart();
     void aPartOfTheTotalBarWithoutActsIsFilledAtItsEnd();
     void endingTheActsMovesTheTotalBarToTheEndOfAllActs();
-    void theTotalBarMovesToTheNewShareIfTheNumberOfActsChanges();
+    void theValueOfTheTotalBarIsComputedAgainIfTheNumberOfActsChanges();
     void theTotalBarMovesToTheEndOfTheActsIfTheirNumberBecomesZero();
-    void aChangeOfTheStepsSetsTheValueAndTheMaximumOfTheItemBar();
-    void aChangeOfTheStepsSendsOnlyTheSignalWithThreeArguments();
+    void changeItemActStepsSetsTheValueAndTheMaximumOfTheItemBar();
+    void changeItemActStepsEmitsOnlyTheSignalWithThreeArguments();
     void anItemFillsItsPartOfTheTotalBarIfTheItemMaximumIsZero();
     void anItemValueAboveTheMaximumIsReducedToTheMaximum();
     void theValuesAreScaledIfAMaximumIsBeyondTheRangeOfABar();
@@ -295,7 +295,7 @@ void ProgressStepsTest::endingTheActsMovesTheTotalBarToTheEndOfAllActs()
     QCOMPARE(total->value(), 150);
 }
 
-void ProgressStepsTest::theTotalBarMovesToTheNewShareIfTheNumberOfActsChanges()
+void ProgressStepsTest::theValueOfTheTotalBarIsComputedAgainIfTheNumberOfActsChanges()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -324,7 +324,7 @@ void ProgressStepsTest::theTotalBarMovesToTheEndOfTheActsIfTheirNumberBecomesZer
     QCOMPARE(total->value(), 150);
 }
 
-void ProgressStepsTest::aChangeOfTheStepsSetsTheValueAndTheMaximumOfTheItemBar()
+void ProgressStepsTest::changeItemActStepsSetsTheValueAndTheMaximumOfTheItemBar()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Reading", 100);
@@ -338,7 +338,7 @@ void ProgressStepsTest::aChangeOfTheStepsSetsTheValueAndTheMaximumOfTheItemBar()
     QCOMPARE(total->value(), 40);
 }
 
-void ProgressStepsTest::aChangeOfTheStepsSendsOnlyTheSignalWithThreeArguments()
+void ProgressStepsTest::changeItemActStepsEmitsOnlyTheSignalWithThreeArguments()
 {
     Progress::Object progress(total, item);
     QSignalSpy two(&progress, SIGNAL(changeItemActStepsSig(Steps, Steps)));

@@ -66,7 +66,7 @@ private Q_SLOTS:
     void noButtonIsPressedIfAMouseClickBeginsInTheFirstMoment();
     void theDefaultButtonGetsTheFocusAfterTheFirstMoment_data();
     void theDefaultButtonGetsTheFocusAfterTheFirstMoment();
-    void theQuestionIgnoresInputAgainWhenItsWindowFirstBecomesActive();
+    void theQuestionIgnoresInputForAMomentWhenItsWindowBecomesActiveForTheFirstTime();
     void theGuardDoesNotAffectInputInOtherWindows();
     void theWindowOfAQuestionCanBeClosedInTheFirstMoment();
 
@@ -304,7 +304,7 @@ void QuestionGuardTest::theDefaultButtonGetsTheFocusAfterTheFirstMoment()
     QVERIFY(button(*dialog, "&No")->hasFocus());
 }
 
-void QuestionGuardTest::theQuestionIgnoresInputAgainWhenItsWindowFirstBecomesActive()
+void QuestionGuardTest::theQuestionIgnoresInputForAMomentWhenItsWindowBecomesActiveForTheFirstTime()
 {
     QWidget other;
     other.show();

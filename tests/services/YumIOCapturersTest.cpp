@@ -113,7 +113,7 @@ bool sameFile(int fd, const struct stat& expected)
     return fstat(fd, &now) == 0 && now.st_dev == expected.st_dev && now.st_ino == expected.st_ino;
 }
 
-// Whether the pipe may be too full for the next block, so that a writer must wait for the reader.
+// Whether the pipe may be too full for the next block. In this case, a writer must wait for the reader.
 bool isFull(int fd)
 {
     int waiting = 0;

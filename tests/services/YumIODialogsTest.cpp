@@ -94,14 +94,14 @@ private Q_SLOTS:
     void aConfirmationReturnsTheAnswerOfThePressedButton();
     void theReturnKeyGivesTheDefaultAnswerOfAConfirmation_data();
     void theReturnKeyGivesTheDefaultAnswerOfAConfirmation();
-    void closingAConfirmationWithTheWindowButtonRejectsIt();
+    void closingTheWindowOfAConfirmationRejectsTheConfirmation();
     void aMessageBoxReturnsTheNumberOfThePressedButton_data();
     void aMessageBoxReturnsTheNumberOfThePressedButton();
     void enterPressesTheDefaultButton();
     void escapePressesTheEscapeButton();
     void escapeDoesNothingIfThereIsNoEscapeButton();
-    void quittingTheProgramAnswersWithTheEscapeButton_data();
-    void quittingTheProgramAnswersWithTheEscapeButton();
+    void quittingTheProgramGivesTheAnswerOfTheEscapeButton_data();
+    void quittingTheProgramGivesTheAnswerOfTheEscapeButton();
     void aBoxWithoutButtonTextsHasAnOkButton();
     void theBoxLooksAndAnswersLikeAStandardQMessageBox_data();
     void theBoxLooksAndAnswersLikeAStandardQMessageBox();
@@ -207,7 +207,7 @@ void YumIODialogsTest::theReturnKeyGivesTheDefaultAnswerOfAConfirmation()
     QCOMPARE(result, rejectIsDefault ? 0 : 1);
 }
 
-void YumIODialogsTest::closingAConfirmationWithTheWindowButtonRejectsIt()
+void YumIODialogsTest::closingTheWindowOfAConfirmationRejectsTheConfirmation()
 {
     const int result =
         run([](YumIODialogs& dialogs) { return dialogs.confirm("Confirm", "Install", "Yes", "No"); },
@@ -281,14 +281,14 @@ void YumIODialogsTest::escapeDoesNothingIfThereIsNoEscapeButton()
     QCOMPARE(result, 1);
 }
 
-void YumIODialogsTest::quittingTheProgramAnswersWithTheEscapeButton_data()
+void YumIODialogsTest::quittingTheProgramGivesTheAnswerOfTheEscapeButton_data()
 {
     QTest::addColumn<bool>("shown");
     QTest::newRow("while the box is shown") << true;
     QTest::newRow("before the box is shown") << false;
 }
 
-void YumIODialogsTest::quittingTheProgramAnswersWithTheEscapeButton()
+void YumIODialogsTest::quittingTheProgramGivesTheAnswerOfTheEscapeButton()
 {
     QFETCH(bool, shown);
     int answer = -1000;
