@@ -51,7 +51,7 @@ private Q_SLOTS:
         QVERIFY(!CaselessPattern("(a*)*\\1b").isQuick());
     }
 
-    void anExpressionIsQuickIfEachMatchContainsATextAndNothingRepeats()
+    void aPatternIsQuickOnlyIfEachMatchContainsAFixedTextAndTheExpressionHasNoRepetition()
     {
         QVERIFY(CaselessPattern("firefox").isQuick());
         QVERIFY(CaselessPattern("fire.fox").isQuick());
@@ -63,7 +63,7 @@ private Q_SLOTS:
         QVERIFY(!CaselessPattern(QString::fromUtf8("\u00fc.")).isQuick());
     }
 
-    void aWordIsATextWithoutBlanks()
+    void aWordIsAFixedTextWithoutBlanks()
     {
         QVERIFY(CaselessPattern("firefox").isWord());
         QVERIFY(!CaselessPattern("fire fox").isWord());

@@ -42,7 +42,7 @@ private Q_SLOTS:
     void eachColourFunctionReturnsTheExpectedColour();
     void aTranslationCanReplaceAColour();
     void aRequiredFieldIsColouredUnlessItIsDisabled();
-    void theTranslationOfTheRequiredFieldColourIsReadOnce();
+    void makeRequiredReadsTheTranslatedColourOnlyOnce();
     void aStatusLabelHasItsColourInEveryColourGroup_data();
     void aStatusLabelHasItsColourInEveryColourGroup();
     void textIsWhiteOnADarkColourAndBlackOnALightColour_data();
@@ -103,7 +103,7 @@ void ColorsTest::aRequiredFieldIsColouredUnlessItIsDisabled()
     QCOMPARE(made.color(QPalette::Active, QPalette::Text), before.color(QPalette::Active, QPalette::Text));
 }
 
-void ColorsTest::theTranslationOfTheRequiredFieldColourIsReadOnce()
+void ColorsTest::makeRequiredReadsTheTranslatedColourOnlyOnce()
 {
     const QPalette first = Colors::makeRequired(QPalette());
     ColorTranslator translator("#fffacd", "#010203");

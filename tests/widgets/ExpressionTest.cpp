@@ -262,7 +262,7 @@ private Q_SLOTS:
         QCOMPARE(answer, whole);
     }
 
-    void onlyExpressionsThatOnePassCanMatchAreConverted_data()
+    void anExpressionGetsAOnePassFormOnlyIfItNeedsAndPermitsThisForm_data()
     {
         QTest::addColumn<QByteArray>("expression");
         QTest::addColumn<QByteArray>("onePass");
@@ -286,7 +286,7 @@ private Q_SLOTS:
         row("a*)|(b", "");
     }
 
-    void onlyExpressionsThatOnePassCanMatchAreConverted()
+    void anExpressionGetsAOnePassFormOnlyIfItNeedsAndPermitsThisForm()
     {
         QFETCH(QByteArray, expression);
         QFETCH(QByteArray, onePass);

@@ -54,7 +54,7 @@ private Q_SLOTS:
     void theCurrentRowStaysCurrentAsLongAsItIsListed();
     void anInvalidExpressionHasTheErrorColourAndAnExplanation();
     void theListShowsTheReasonIfNoRowIsListed();
-    void theCurrentRowIsSelectedWhileTheUserHoldsAModifierKey();
+    void setCurrentRowSelectsTheRowEvenIfTheUserHoldsAModifierKey();
     void aSignalReportsTheCurrentRowWhenTheRecordsAreReplaced();
     void theSelectedRowsAreReturnedInTheOrderOfTheList();
     void aClickOnAHeaderSortsTheRowsByThisColumn();
@@ -73,7 +73,7 @@ private Q_SLOTS:
     void stoppingAComparisonListsAllRowsIfThePreviousExpressionIsInvalid();
     void aDifficultExpressionCanBeTyped();
     void hidingTheListStopsTheComparison();
-    void newRowsDuringAComparisonAreFilteredAndTheWantedRowBecomesCurrent();
+    void newRowsDuringAComparisonAreFilteredAndTheRequestedRowBecomesCurrent();
     void allRowsAreListedIfAComparisonWithNewRowsIsStopped();
     void theListCanBeDeletedDuringAComparison();
 
@@ -82,8 +82,8 @@ private:
     QString count() const;
     QString emptyText() const { return list->tableView()->accessibleDescription(); }
     void show();
-    // Adds a row to the model and puts the difficult expression into the edit. The C library compares the two
-    // for minutes.
+    // Adds a row to the model and pastes the difficult expression into the edit. The C library needs minutes
+    // to compare this row with the expression.
     void pasteDifficultExpression();
 
     std::unique_ptr<Records> records;
@@ -184,7 +184,7 @@ void FilteredListTest::theListShowsTheReasonIfNoRowIsListed()
     QCOMPARE(count(), QString("0 of 0 listed"));
 }
 
-void FilteredListTest::theCurrentRowIsSelectedWhileTheUserHoldsAModifierKey()
+void FilteredListTest::setCurrentRowSelectsTheRowEvenIfTheUserHoldsAModifierKey()
 {
     // For example, the user still holds the Ctrl key of the shortcut that opens the window.
     for (const Qt::KeyboardModifier modifier : {Qt::ControlModifier, Qt::ShiftModifier}) {
@@ -400,7 +400,8 @@ void FilteredListTest::theListRespondsWhileADifficultExpressionIsCompared()
     bool answered = false;
     QTimer::singleShot(0, [&answered] { answered = true; });
     QTRY_VERIFY(answered);
-    // The list still has the rows of the previous expression, and the user can sort them and move in them.
+    // The list still has the rows of the previous expression. The user can sort these rows and move to
+    // another row.
     const QAbstractItemModel* listed = list->tableView()->model();
     QCOMPARE(listed->rowCount(), 4);
     QTest::keyClick(edit(), Qt::Key_Down);
@@ -488,7 +489,7 @@ void FilteredListTest::hidingTheListStopsTheComparison()
     QCOMPARE(count(), QString("4 of 4 listed"));
 }
 
-void FilteredListTest::newRowsDuringAComparisonAreFilteredAndTheWantedRowBecomesCurrent()
+void FilteredListTest::newRowsDuringAComparisonAreFilteredAndTheRequestedRowBecomesCurrent()
 {
     pasteDifficultExpression();
     QSignalSpy spy(list.get(), SIGNAL(currentChanged(int)));

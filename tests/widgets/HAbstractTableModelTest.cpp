@@ -12,11 +12,11 @@ class HAbstractTableModelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void rediscoveringTheSortColumnResetsTheModelOnce();
-    void aViewShowsChangedRowsAfterTheSortColumnIsRediscovered();
+    void forceSortColumnRediscoveryResetsTheModelOnlyOnce();
+    void aViewShowsChangedRowsAfterForceSortColumnRediscovery();
 };
 
-void HAbstractTableModelTest::rediscoveringTheSortColumnResetsTheModelOnce()
+void HAbstractTableModelTest::forceSortColumnRediscoveryResetsTheModelOnlyOnce()
 {
     FixedTable model({{1, 2}});
     QStringList order;
@@ -26,7 +26,7 @@ void HAbstractTableModelTest::rediscoveringTheSortColumnResetsTheModelOnce()
     QCOMPARE(order, (QStringList{QStringLiteral("about"), QStringLiteral("reset")}));
 }
 
-void HAbstractTableModelTest::aViewShowsChangedRowsAfterTheSortColumnIsRediscovered()
+void HAbstractTableModelTest::aViewShowsChangedRowsAfterForceSortColumnRediscovery()
 {
     FixedTable model({{1, 2}});
     QTableView view;

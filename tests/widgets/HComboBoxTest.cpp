@@ -57,7 +57,7 @@ void HComboBoxTest::theBoxShowsTheWholeTextOfItsLongestItem()
     box.setCurrentIndex(1);
     for (const QSize& size : {box.sizeHint(), box.minimumSizeHint()}) {
         box.resize(size + QSize(300, 0));
-        const int room = size.width() + 200; // without the arrow of the wide box
+        const int room = size.width() + 200; // the arrow of the wide box is farther right
         const int end = 5 + inkOf(box, room).lastIndexOf(true) + 1;
         const QVector<bool> whole = inkOf(box, end);
         QVERIFY(whole.count(true) > 5);

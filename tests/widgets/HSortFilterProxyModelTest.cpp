@@ -10,8 +10,8 @@
 
 namespace {
 
-// A proxy that lists either the rows that match the expression, or the rows with odd numbers. Like a filter
-// of the package table, the switch between them is not a part of the expression.
+// If `all` is true, this proxy lists the rows that match the expression. If `all` is false, it lists the rows
+// with odd numbers. Like the state filter of the package table, `all` is not a part of the expression.
 class SwitchedProxy : public HSortFilterProxyModel
 {
 public:
@@ -67,7 +67,7 @@ private Q_SLOTS:
     void rowsThatAreEqualInBothColumnsKeepTheSourceOrder();
     void aSecondSortColumnOutsideTheTableHasNoEffect_data();
     void aSecondSortColumnOutsideTheTableHasNoEffect();
-    void theSecondarySortIndexIsInTheRowOfTheGivenIndex();
+    void createSecondarySortIndexReturnsAnIndexInTheRowOfTheGivenIndex();
     void everyChangeOfTheFilterSortsAllRowsAgain_data();
     void everyChangeOfTheFilterSortsAllRowsAgain();
     void aNewPatternFiltersTheRowsAndKeepsTheSortOrder();
@@ -193,7 +193,7 @@ void HSortFilterProxyModelTest::aSecondSortColumnOutsideTheTableHasNoEffect()
     QCOMPARE(column(proxy, 1), (QVariantList{"c", "b", "a"}));
 }
 
-void HSortFilterProxyModelTest::theSecondarySortIndexIsInTheRowOfTheGivenIndex()
+void HSortFilterProxyModelTest::createSecondarySortIndexReturnsAnIndexInTheRowOfTheGivenIndex()
 {
     FixedTable model({{1, "b"}, {1, "a"}});
     SwitchedProxy proxy(1);
