@@ -517,7 +517,7 @@ void HistoryDialogTest::theWindowRespondsWhileADifficultExpressionIsCompared()
     QTimer::singleShot(0, [&answered] { answered = true; });
     QTRY_VERIFY(answered);
     QVERIFY(isComparing());
-    // The newest expression replaces the expression of the comparison.
+    // A newer expression replaces the expression of the running comparison.
     edit()->selectAll();
     QTest::keyClicks(edit(), "p4999$");
     QTRY_COMPARE(numbers(), QStringList{"4999"});
