@@ -18,7 +18,8 @@ public:
     explicit OneLineValidator(QObject* parent = nullptr) : QValidator(parent) {}
 
     // Removes line breaks at the end of the text, and replaces other line breaks by blanks. A line break
-    // before a blank or a tab is kept, because a configuration file can contain it.
+    // before a blank or a tab is kept, because the text after it is then a continuation line in the
+    // configuration file.
     static QString oneLine(QString text);
 
     // Corrects `input` with oneLine(), and always returns Acceptable.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // Replaces the contents of a file safely. Even if the disk is full, the process is killed or the power fails,
-// the file contains either the old or the new text.
+// the old or the new text remains complete: in the file, or in a copy of the old text.
 //
 // The new text is written to a temporary file in the same directory. The temporary file gets the owner, the
 // mode and the extended attributes of the old file. As soon as its text is on the disk, it is renamed to the

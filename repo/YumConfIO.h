@@ -174,8 +174,8 @@ private:
     // Returns false if identifiers are empty or repeated, and the user declines to remove these repositories.
     bool checkErrors();
     bool hasEmptyId() const;
-    // Returns the repeated identifiers, separated by commas. Each identifier appears once for each pair of
-    // entries that have it.
+    // Returns the repeated identifiers, separated by commas. For each pair of entries with the same
+    // identifier, this identifier appears once. Three dots replace the rest of a long list.
     QString getDuplicateId() const;
     void cleanupWrite(QList<Repo::Entry>& list) const;
     static bool filePositionLessThan(const Repo::Entry& left, const Repo::Entry& right);

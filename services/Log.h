@@ -40,8 +40,8 @@ struct Entry
 };
 
 // A writer locks the list, appends one entry for each line of the message, unlocks the list and then calls
-// emitAppended(). A reader holds the lock while it indexes the list. Entries never change and are never
-// removed.
+// emitAppended(). A reader holds the lock while it reads entries of the list. Entries never change and are
+// never removed.
 class EntryList : public QObject, public QList<Entry>, public QMutex
 {
     Q_OBJECT

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // A regular expression that ignores the letter case: an extended POSIX expression that matches anywhere in a
-// text. The class Expression is its counterpart that is case-sensitive.
+// text. The class Expression is the case-sensitive counterpart.
 //
 // An expression that refers to its groups cannot be used, because comparing it with one text may take hours.
 //

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Sets SIGCHLD to its default disposition for a scope, because rpm and its scripts wait for their children.
+// Sets SIGCHLD to its default disposition for a scope. If SIGCHLD were ignored, rpm and its scripts could not
+// read the exit status of their child processes.
 //
 // During a transaction, the worker has one ChildSignal on its stack. The destructor restores the former
 // disposition. If a change of the disposition fails, the back end reports this to the user.

@@ -467,8 +467,8 @@ private:
     void useRepos(PyObject* baseObject, const QHash<QString, bool>& repoEnable);
     QStringList collectRepos(PyObject* reposDict);
     bool collectField(PyObject* all, const char* field, Package::State state);
-    // Collects the installed packages that the configuration excludes. If the script does not provide this
-    // set, does nothing.
+    // Collects the installed packages that the configuration excludes. If the script does not provide the set
+    // of these packages, does nothing.
     bool collectExcluded(PyObject* all);
     bool collectSet(PyObject* set, Package::State state, bool excluded = false);
     // The package's name and architecture are arguments, because the caller has already read both for the
