@@ -85,8 +85,8 @@ private Q_SLOTS:
         }
         const PyRef oldest(PyObject_CallMethod(collector.get(), "get_objects", "(i)", 2));
         QVERIFY(oldest);
-        // The loop compares addresses. PySequence_Contains() compares values, and would find any other empty
-        // list.
+        // The loop compares addresses. PySequence_Contains() compares values, and would take another empty
+        // list for this list.
         bool found = false;
         for (Py_ssize_t i = 0; i < PyList_Size(oldest.get()) && !found; ++i) {
             found = PyList_GetItem(oldest.get(), i) == kept.get();

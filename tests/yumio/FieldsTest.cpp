@@ -6,8 +6,8 @@
 
 namespace {
 
-// The labels of the fields with these uses, in the order of the fields. The Name field has no label; "the
-// name" stands for it.
+// The labels of the fields that have all these flags of Fields::Use, in the order of the fields. The Name
+// field has no label; "the name" stands for it.
 QStringList labels(int uses)
 {
     QStringList found;

@@ -8,8 +8,8 @@ namespace {
 
 // Payload classes that derive from dnf's own classes, and helpers that catch exceptions from yumIOC.
 //
-// If a test sets several values at once, a bar skips some of them. Therefore a test sleeps before it sets a
-// value that it checks.
+// If a test sets several values in quick succession, a bar skips some of them. Therefore a test sleeps before
+// it sets a value that it checks.
 const char* const definitions = R"(
 import time
 

@@ -8,8 +8,8 @@
 
 namespace {
 
-// Simulates a lack of memory for Python lists. The value counts down to the list that gets no memory for its
-// elements; 0 means that each list gets memory.
+// Simulates a lack of memory for Python lists. If the value is 3, the third list from now on gets no memory
+// for its elements. If the value is 0, every list gets memory.
 int failingList = 0;
 PyMemAllocatorEx memory;
 

@@ -128,7 +128,7 @@ private Q_SLOTS:
         QVERIFY(yumIO().classes[6] == nullptr);
     }
 
-    void pythonExceptionShowsTheErrorsThatWereLoggedAfterCommExceptSetup()
+    void aMessageShowsTheErrorsThatWereLoggedInTheExceptScope()
     {
         yumIO().error(QString("long ago"));
         errors();
@@ -148,7 +148,7 @@ private Q_SLOTS:
         yumIO().logEntries().unlock();
     }
 
-    void pythonExceptionShowsTheTextOfAnUnexpectedException()
+    void aMessageOmitsErrorsThatWereLoggedOutsideAnExceptScope()
     {
         QCOMPARE(int(yumIO().exceptLogStart), -1);
         backEnd->run("yumIOC.errorlog(0, 'before')");
@@ -156,7 +156,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("It failed"));
     }
 
-    void pythonExceptionShowsTheValueOfTheException()
+    void aMessageShowsTheValueOfThePendingException()
     {
         PyErr_SetString(PyExc_ValueError, "the value");
         yumIO().pythonExceptionV("It failed");
@@ -165,7 +165,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("the value\nIt failed"));
     }
 
-    void pythonExceptionOmitsErrorsThatWereLoggedBeforeCommExceptSetup()
+    void pyExceptExpectStoresTheNumberOfLogEntries()
     {
         Python::ExceptScope scope(yumIO().python());
         yumIO().python().pyExceptExpect(PyExc_ValueError);

@@ -100,7 +100,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->log(before), QStringList({"1 0 first", "1 0 second"}));
     }
 
-    void postTransactionOutputAndGpgsigcheckLogNothing()
+    void theFunctionsPostTransactionOutputAndGpgsigcheckLogNothing()
     {
         const int before = logLength();
         backEnd->run("yumIOC.postTransactionOutput()\nyumIOC.postTransactionOutput(1, 'x')\n"

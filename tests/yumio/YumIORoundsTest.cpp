@@ -32,8 +32,8 @@ qint64 residentMemory()
 }
 
 // The growth in KiB from the median of the first half of the rounds to the median of the second half, less
-// the largest step between two rounds. A median ignores the peak of a single round, and the heap may once
-// grow by a large step.
+// the largest step between two rounds. The median ignores the peak of a single round. The largest step does
+// not count, because the heap may once grow by a large step.
 qint64 growth(const QVector<qint64>& memory)
 {
     const auto median = [](QVector<qint64> part) {
@@ -210,8 +210,8 @@ private Q_SLOTS:
             if (installs) {
                 continue; // the objects are counted after each removal
             }
-            // For each identifier of a thread that Python has not started, Python keeps an object. The system
-            // reuses identifiers, but a new identifier may appear in any round.
+            // If Python has not started a thread, it keeps an object for the thread's identifier. The system
+            // reuses identifiers, but may use a new one in any round. So these objects are removed here.
             backEnd->run("for number, thread in list(threading._active.items()):\n"
                          "    if isinstance(thread, threading._DummyThread):\n"
                          "        del threading._active[number]");

@@ -127,8 +127,8 @@ private:
         }
     }
 
-    // From now on, the script returns the value of this expression as the path of any metadata, and records
-    // each request in "asked".
+    // From now on, the script returns the value of this expression as the path of every metadata file, and
+    // records each request in "asked".
     void setMetadataPath(const QString& expression)
     {
         backEnd->run("import dnf\n"
