@@ -27,7 +27,7 @@ private Q_SLOTS:
     void typingDoesNotScrollTheView();
     void richTextIsPastedAsPlainText();
     void unfinishedInputMethodTextWithinThePasswordIsMasked();
-    void tabMovesTheFocusOnlyIfTabChangesFocusIsTrue();
+    void theTabKeyEitherMovesTheFocusOrInsertsATab();
 
 protected:
     QString textWith(const QString& insertedPassword) const override
@@ -232,7 +232,7 @@ void PasswdTextEditTest::unfinishedInputMethodTextWithinThePasswordIsMasked()
     compareReal(QStringLiteral("sec-ret"));
 }
 
-void PasswdTextEditTest::tabMovesTheFocusOnlyIfTabChangesFocusIsTrue()
+void PasswdTextEditTest::theTabKeyEitherMovesTheFocusOrInsertsATab()
 {
     auto* next = new QLineEdit(window.get());
     next->show();

@@ -25,8 +25,8 @@ private Q_SLOTS:
     void closingTheWindowAsksWhetherToDiscardUnappliedChanges();
     void closingTheWindowDiscardsEditsButKeepsChangesOfTheSessionBoxes();
     void closingAnUnchangedEditorEmitsNoSignal();
-    void theCancelButtonAlwaysEmitsReposChangedIfReposChangedForcedIsSet();
-    void callingResetKeepsUnappliedChanges();
+    void theCancelButtonEmitsReposChangedWithoutAChangeIfTheCallerDemandsThis();
+    void theFunctionResetKeepsUnappliedChanges();
 };
 
 void RepoEditorDialogClosingTest::theResetAllButtonRestoresTheContentsOfTheFiles()
@@ -246,7 +246,7 @@ void RepoEditorDialogClosingTest::closingAnUnchangedEditorEmitsNoSignal()
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogClosingTest::theCancelButtonAlwaysEmitsReposChangedIfReposChangedForcedIsSet()
+void RepoEditorDialogClosingTest::theCancelButtonEmitsReposChangedWithoutAChangeIfTheCallerDemandsThis()
 {
     dialog->reposChangedForced = true;
     bool hidden = false;
@@ -261,7 +261,7 @@ void RepoEditorDialogClosingTest::theCancelButtonAlwaysEmitsReposChangedIfReposC
     QCOMPARE(reposChangedSpy->size(), 1);
 }
 
-void RepoEditorDialogClosingTest::callingResetKeepsUnappliedChanges()
+void RepoEditorDialogClosingTest::theFunctionResetKeepsUnappliedChanges()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), PermanentColumn);

@@ -48,7 +48,7 @@ void RepoEditorSortFilterProxyModelTest::identifiersAreSortedInNaturalOrder_data
     QTest::newRow("numbers and letter case") << QStringList{"Repo2", "repo9", "repo10"};
     QTest::newRow("several numbers") << QStringList{"a1b2", "a1b10", "a2b1"};
     QTest::newRow("text without a number") << QStringList{"repo", "repo1"};
-    QTest::newRow("the text before the number decides") << QStringList{"a10", "aa1", "b"};
+    QTest::newRow("different texts before the numbers") << QStringList{"a10", "aa1", "b"};
     QTest::newRow("numbers alone") << QStringList{"2", "10", "a"};
     QTest::newRow("a shorter text") << QStringList{"a1", "a1b"};
     QTest::newRow("number of 64 bits") << QStringList{"a9", "a18446744073709551614", "a18446744073709551615"};

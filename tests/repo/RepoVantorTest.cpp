@@ -101,13 +101,13 @@ void RepoVantorTest::theCredentialsInAUrlAreFound_data()
     QTest::newRow("in both URLs") << base + "\nhttp://h/vantor?n=eve&w=other&path=/x" << true
                                   << QStringList{"u", "bob", "p", "secret"};
     QTest::newRow("empty") << QString() << false << none;
-    QTest::newRow("no path mark") << "http://h/x?u=bob&p=secret&path=/x" << false << none;
-    QTest::newRow("path mark in different letter case")
+    QTest::newRow("no vantor") << "http://h/x?u=bob&p=secret&path=/x" << false << none;
+    QTest::newRow("vantor in different letter case")
         << "http://h/Vantor?u=bob&p=secret&path=/x" << false << none;
     QTest::newRow("no name key") << "http://h/vantor?u" << false << none;
     QTest::newRow("no end of the name") << "http://h/vantor?u=bob" << false << none;
     QTest::newRow("no password key") << "http://h/vantor?u=bob&p" << false << none;
-    QTest::newRow("no path") << "http://h/vantor?u=bob&p=secret" << false << none;
+    QTest::newRow("no &path=") << "http://h/vantor?u=bob&p=secret" << false << none;
 }
 
 void RepoVantorTest::theCredentialsInAUrlAreFound()
@@ -274,9 +274,9 @@ void RepoVantorTest::theFirstMaskedPlaceInACredentialUrlIsItsPassword_data()
 {
     QTest::addColumn<QString>("url");
     QTest::addColumn<QString>("captured");
-    QTest::newRow("slash behind the path mark") << base << "secret";
-    QTest::newRow("word behind the path mark") << "/vantor?u=bob&p=secret&path=x"
-                                               << "secret";
+    QTest::newRow("slash after &path=") << base << "secret";
+    QTest::newRow("word after &path=") << "/vantor?u=bob&p=secret&path=x"
+                                       << "secret";
     QTest::newRow("ampersand in a key") << "/vantor?u=bob&x&p=secret&path="
                                         << "secret";
     QTest::newRow("ampersand in the password") << "/vantor?u=bob&p=sec&ret&path="

@@ -326,7 +326,7 @@ void SafeFileTest::theNewTextIsOnTheDiskBeforeTheTemporaryFileIsRenamed()
     const int synced = calls.indexOf(SYS_fsync);
     const int renamed = calls.indexOf(SYS_renameat);
     QVERIFY(written >= 0 && written < synced && synced < renamed);
-    QVERIFY(calls.lastIndexOf(SYS_fsync) > renamed); // the directory, after the file has its new name
+    QVERIFY(calls.lastIndexOf(SYS_fsync) > renamed); // fsync() of the directory follows the renaming
 
     // If many files change, SafeFile calls syncfs() once instead of fsync() for each file.
     calls.clear();

@@ -24,7 +24,7 @@ private Q_SLOTS:
     void theFirstExistingMainFileIsUsed();
     void dnfConfIsReadAndWrittenIfNoOtherMainFileExists();
     void noMainFileOfLowerPrecedenceIsUsedIfTheFirstMainFileIsUnreadable();
-    void etcDistroReposDIsAlsoReadIfItExists();
+    void theDirectoryEtcDistroReposDIsReadIfItExists();
     void theDefaultsApplyIfTheMainFileIsEmpty();
     void aConfiguredDirectoryIsLookedUpInTheManagedRootFirst();
     void aWarningNamesEachValueThatVyreAndThePackageManagerReadDifferently();
@@ -32,7 +32,7 @@ private Q_SLOTS:
     void theValuesOfTheMainSectionAreRead();
     void theHeaderOfTheMainSectionIsNotRequired();
     void configuredDirectoriesReplaceTheDefaultDirectories();
-    void noDirectoryIsSearchedIfReposdirIsEmpty();
+    void noDirectoryIsSearchedIfTheSettingReposdirIsEmpty();
     void repositoriesAreReadFromTheMainFileAndThenFromBothDefaultDirectories();
     void missingDirectoriesAreSkipped();
     void onlyFilesWithTheSuffixRepoAreRead();
@@ -201,7 +201,7 @@ void YumConfIOPlacesTest::noMainFileOfLowerPrecedenceIsUsedIfTheFirstMainFileIsU
     compareError(withErrno(QStringLiteral("Unable to read yum configuration file ") + mainPath(), EACCES));
 }
 
-void YumConfIOPlacesTest::etcDistroReposDIsAlsoReadIfItExists()
+void YumConfIOPlacesTest::theDirectoryEtcDistroReposDIsReadIfItExists()
 {
     const QString directory = path(QStringLiteral("etc/distro.repos.d"));
     QVERIFY(QDir().mkpath(directory));
@@ -338,7 +338,7 @@ void YumConfIOPlacesTest::configuredDirectoriesReplaceTheDefaultDirectories()
     QCOMPARE(conf->entries.first().file, path(QStringLiteral("two/file.repo")));
 }
 
-void YumConfIOPlacesTest::noDirectoryIsSearchedIfReposdirIsEmpty()
+void YumConfIOPlacesTest::noDirectoryIsSearchedIfTheSettingReposdirIsEmpty()
 {
     putMain("[main]\nreposdir=\n");
     putRepo(QStringLiteral("x.repo"), "[x]\n");

@@ -17,7 +17,7 @@
 
 namespace {
 
-// One section of a file, with the position that decides its order in the file.
+// One section of a file, with the position that determines its place in the file.
 struct Placed
 {
     Section section;

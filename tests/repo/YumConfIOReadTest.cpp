@@ -28,7 +28,7 @@ private Q_SLOTS:
     void theLastLineIsReadEvenIfItHasNoLineFeed();
     void linesAboveTheFirstSectionAreIgnored();
     void continuationLinesBelongToTheLineAbove();
-    void anEmptyLineWithAContinuationLineIsAnOption();
+    void onlyAnEmptyLineBeforeAContinuationLineIsKeptInTheOptions();
     void aCarriageReturnBeforeALineFeedBelongsToTheLineEnd();
     void writingAFileKeepsItsCarriageReturns();
     void writingAFileKeepsItsByteOrderMark();
@@ -43,7 +43,7 @@ private Q_SLOTS:
     void readingGivesEachNewIdentifierASessionState();
     void theMainSectionCanDisableRepositoriesByDefault();
     void readingKeepsTheSessionStateOfKnownIdentifiers();
-    void theLastMatchingRepositoryOptionDecides();
+    void theLastMatchingRepositoryOptionSetsTheSessionState();
     void repositoryOptionsMatchWholeIdentifiersCaseSensitively();
     void aSecondSectionWithTheSameIdentifierDoesNotSetTheSessionState();
     void readingTheFilesAgainKeepsTheSessionStateThatTheUserHasSet();
@@ -259,7 +259,7 @@ void YumConfIOReadTest::continuationLinesBelongToTheLineAbove()
     QCOMPARE(entry(QStringLiteral("y")).options, QStringLiteral("retries=2\n  z\n"));
 }
 
-void YumConfIOReadTest::anEmptyLineWithAContinuationLineIsAnOption()
+void YumConfIOReadTest::onlyAnEmptyLineBeforeAContinuationLineIsKeptInTheOptions()
 {
     putRepo(QStringLiteral("f.repo"), "[x]\n\n  y\n\nretries=1\n");
     QVERIFY(conf->read(window.get()));
@@ -498,7 +498,7 @@ void YumConfIOReadTest::readingKeepsTheSessionStateOfKnownIdentifiers()
     QCOMPARE(conf->entries.value(0).enabled, qint32(Qt::Unchecked));
 }
 
-void YumConfIOReadTest::theLastMatchingRepositoryOptionDecides()
+void YumConfIOReadTest::theLastMatchingRepositoryOptionSetsTheSessionState()
 {
     requests = {YumRepoEnabled(true, QStringLiteral("a*")), YumRepoEnabled(false, QStringLiteral("*b"))};
     putRepo(QStringLiteral("f.repo"), "[a]\nenabled=0\n[ab]\nenabled=1\n[c]\nenabled=0\n");
