@@ -61,8 +61,9 @@ plugins=0
 module_platform_id=platform:larkspur9
 """
 
-# The headings above packages in dnf's table, by the action or the reason of the packages. The script passes these
-# packages as items. No packages are below the other headings, which the script adds to the listing itself.
+# The headings of dnf's table that have packages below them, by the action or the reason of these packages. The script
+# does not write these headings, because the program makes them from the items of the transaction. The script writes all
+# other headings, and the lines below them, into the listing itself.
 INSTALLED_FOR = {GROUP: "Installing group/module packages", WEAK: "Installing weak dependencies",
                  DEPENDENCY: "Installing dependencies"}
 REMOVED_FOR = {DEPENDENCY: "Removing dependent packages", CLEAN: "Removing unused dependencies"}
@@ -405,8 +406,8 @@ class _Driver(scenario.ScenarioTest):
         return list(rows.values())
 
     def is_updatable(self, name):
-        """Whether the program would update this member of a group. If the member has several rows, the row of the
-        system's architecture decides.
+        """Whether the program would update this member of a group. If the member has several rows, only the
+        row of the system's architecture counts.
         """
         found = [row for row in self.rows if row.shown.name == name]
         native = [row for row in found if self.yumio.getBiArch(row.shown.arch) == self.yumio.base.conf.basearch]

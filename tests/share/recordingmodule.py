@@ -90,7 +90,7 @@ class Recording(object):
 
     calls    list of (function, values that the program reads from the arguments)
     answers  the results of userconfirm, in order; if no answer is left, userconfirm raises an exception
-    faults   the exceptions that calls have raised, because dnf suppresses some of them
+    faults   the exceptions that calls have raised; they are recorded because dnf suppresses some of them
     """
 
     def __init__(self):

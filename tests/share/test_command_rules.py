@@ -113,7 +113,7 @@ class CommandRulesTest(ScenarioTest):
 
     @in_own_process
     def test_an_image_based_system_is_not_changed(self):
-        """Tests only the check for such systems, because a whole operation would change the running system."""
+        """Tests only the check for image-based systems, because a whole operation would change the running system."""
         self.started()
         image = self.module("image")
 

@@ -148,8 +148,7 @@ class ConfigurationTest(ScenarioTest):
 
     @in_own_process
     def test_given_values_of_releasever_major_and_releasever_minor_are_used_as_in_dnf(self):
-        """The parts of the release come from variable files or from the environment, with or without a given release.
-        """
+        """Each row sets the release, or parts of the release, in variable files or in environment variables."""
         self.write("/etc/yum.repos.d/parts.repo",
                    "[parts]\nname=Parts\nbaseurl=file:///$releasever/$releasever_major.$releasever_minor/\n")
         self.load()

@@ -200,7 +200,7 @@ class LockedTest(DatabaseTest):
         self.check_ended_by_the_program(self.database_lock)
 
     @in_own_process
-    def test_a_lock_on_a_file_of_another_device_with_the_same_inode_number_is_not_reported(self):
+    def test_a_lock_on_a_file_with_the_same_inode_number_on_another_device_is_not_reported(self):
         self.load()
         self.isolate()
         places = []

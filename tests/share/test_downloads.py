@@ -134,9 +134,7 @@ class DownloadTest(ScenarioTest):
                          ["/sandbox-http/astrolabe-5.6-1.x86_64.rpm"])
 
     def verified(self, package):
-        """The result of verifyLocalPkg(). Like the program, this function takes an exception of one of these two types
-        for False.
-        """
+        """The result of verifyLocalPkg(). FileNotFoundError and MiscError mean False, as in the program."""
         try:
             return self.yumio.verifyLocalPkg(package)
         except (FileNotFoundError, self.dnf.exceptions.MiscError):

@@ -558,7 +558,7 @@ class RemovalTest(QuestionTest):
         self.assertEqual(changed, ({"gull-mta-1.0-1.noarch"}, {"tern-mta-1.0-1.noarch"}))
 
     def install_package_with_two_providers(self):
-        """Installs a mail transport, and a package that requires any mail transport."""
+        """Installs a mail transport, and a package that requires this or another mail transport."""
         self.build("lighthouse", "Requires: mail-transport")
         self.install("tern-mta", "lighthouse")
 

@@ -265,7 +265,7 @@ class MainFileTest(ScenarioTest):
         self.assertEqual(checks(), (True, True, True, True))
         self.assertEqual(list(yumio.base.conf.excludepkgs), [])
         self.assertEqual(self.recording.errors(), [said + "gpgcheck, repo_gpgcheck, localpkg_gpgcheck, sslverify"])
-        # If the main file does not set sslverify, this check stays enabled, although dnf's own file disables it.
+        # If the main file does not set sslverify, TLS certificates are checked, although dnf's own file disables this.
         for content, expected, added in (
                 ("", (True, False, False, True), "gpgcheck"), ("[main]\ngpgcheck=1\n", (True, False, False, True), "")):
             self.write("/etc/yum.conf", content)
@@ -274,7 +274,7 @@ class MainFileTest(ScenarioTest):
             yumio.reset()
             self.assertEqual(checks(), expected)
             self.assertEqual(self.recording.errors(), [said + added] if added else [])
-        # If dnf's own file cannot be read, VYRE does not know its checks.
+        # If VYRE cannot read dnf's own file, it does not know which checks the file requires, so it checks signatures.
         self.write("/etc/yum.conf", "[main]\ngpgcheck=0\n")
         self.write("/etc/dnf/dnf.conf", "[main\n")
         self.recording.clear()

@@ -59,7 +59,7 @@ class MissingNamesTest(ScenarioTest):
         return text
 
     @in_own_process
-    def test_the_script_refuses_to_start_if_dnf_lacks_any_private_name_that_it_uses(self):
+    def test_the_script_refuses_to_start_if_a_private_name_that_it_uses_is_missing_in_dnf(self):
         from recordingmodule import Recording
         import runpy
 

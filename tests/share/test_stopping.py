@@ -295,7 +295,7 @@ class StoppingTest(ScenarioTest):
         self.assertEqual(self.changes(self.apply, installs=["loupe"]), ({"loupe-45.0-1.x86_64"}, set()))
 
     @in_own_process
-    def test_the_script_does_not_refuse_stops_during_a_transaction_because_the_program_refuses_them(self):
+    def test_the_script_leaves_it_to_the_program_to_refuse_stops_during_a_transaction(self):
         self.load_stoppable()
         self.collect()
         self.apply(installs=["loupe"])
