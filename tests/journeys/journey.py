@@ -26,8 +26,8 @@ from vyresandbox import Sandbox  # noqa: E402
 DATABASE_LOCK = 'var/lib/dnf/rpmdb_lock.pid'
 
 DEPENDENCIES = 'Performing the following to resolve dependencies:'
-# The lines of additional removals begin with these keys. In the listing, these lines are below the headings in the
-# values.
+# Each key is the beginning of the lines about one kind of additional removals. Its value is the heading above these
+# lines in the listing.
 DEPENDENCY_HEADINGS = {'Remove (unused):': 'Removing unused dependencies:', 'Remove:': 'Removing dependent packages:'}
 ONLY_REMOVALS = 'No downloads; only removals\n'
 

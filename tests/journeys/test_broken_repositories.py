@@ -108,7 +108,7 @@ class RepositoriesTest(StartTest):
                 (['--disablerepo=sandbox-[hu]*'], ['sandbox-signed', 'sandbox-file']),
                 (['--disablerepo=*', '--enablerepo=sandbox-file'], ['sandbox-file']),
                 (['--disablerepo=sandbox-http', '--disablerepo=sandbox-signed'], ['sandbox-updates', 'sandbox-file']),
-                # If several patterns match, the last one decides.
+                # If several patterns match, the last of them enables or disables the repository.
                 (['--enablerepo=sandbox-file', '--disablerepo=*', '--enablerepo=sandbox-u*'], ['sandbox-updates']),
                 # A pattern must match the whole identifier, with the same letter case.
                 (['--disablerepo=sandbox', '--disablerepo=http', '--disablerepo=SANDBOX-*'], usual),

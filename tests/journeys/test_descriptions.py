@@ -156,7 +156,7 @@ class ContentTest(DescriptionTest):
             self.check_pairs(dialog, 'Installed', Repository='@System', Relocations='/opt/gallivant',
                              URL='https://larkspur.example/gallivant', Vendor='Wander Works')
             self.assertIn('Install Time', dialog.labels())
-            # The repository of an installed package is the local database, so the description offers no details of it.
+            # The repository of an installed package is the local database, so its field has no Details button.
             self.assertEqual(dialog.buttons(), ['Close', 'Show', 'Show'])
             self.press(dialog, 1)
             log = window.program.window('gallivant 1.0-1 Change Log')

@@ -252,8 +252,8 @@ class FilterRowTest(JourneyTest):
             window.set_filter('/usr/bin/Inkwell-modern')
             window.wait_names([])
             self.assertIn('With other upper and lower case letters, packages match', window.table().description)
-            # "$" matches only the end of the whole list of files. The table then shows an expression that finds the
-            # package.
+            # "$" matches only the end of the whole list of files. The empty table then shows a hint with an expression
+            # that finds the package.
             window.set_filter('/usr/bin/inkwell-modern$')
             window.wait_names([])
             self.assertIn('In a search, "$" is the end of a whole field', window.table().description)

@@ -362,7 +362,8 @@ class OptionsTest(EditingTest):
         files = self.files()
         self.check_options(['abacus-cli', 'pergola'], '--disablerepo=sandbox-file')
         self.check_options(ALL, '--enablerepo', 'sandbox-d*d', '--disablerepo=SANDBOX-*', '--disablerepo=sandbox')
-        # If several patterns match, the last one decides. Installed packages are listed whatever the patterns are.
+        # If several patterns match, the last of them enables or disables the repository. Installed packages are always
+        # listed.
         self.check_options(['abacus-cli', 'hedgerow', 'hidden-gem'], '--disablerepo=*', '--enablerepo=sandbox-[df]i*')
         self.check_options(['abacus-cli', 'hedgerow'], '--enablerepo=sandbox-[df]i*', '--disablerepo=sandbox-d*',
                            '--disablerepo=sandbox-[hu]*')

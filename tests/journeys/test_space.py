@@ -123,7 +123,7 @@ class SpaceTest(JourneyTest):
             self.assertEqual(window.action('birch-log'), 'remove')
             self.carry_out(window)
             self.check_changed(new=[GLUTTON], gone=['birch-log-3.0-1.x86_64'])
-            # The usual check does not apply, because rpm has written messages to standard error.
+            # Do not call quit(): it would report the messages that rpm has written to standard error.
             driver.key('ctrl+q')
             self.assertEqual(window.program.wait(), 0)
         self.check_consistent()

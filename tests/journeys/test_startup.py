@@ -370,7 +370,7 @@ class EnvironmentTest(JourneyTest):
                 window = program.ready()
                 self.check_usable(window)
                 driver.key('ctrl+q')
-                # The usual check does not apply, because Qt may print a warning about the locale.
+                # Do not call quit(): it would report the warning that Qt may print about the locale.
                 self.assertEqual(program.wait(), 0)
                 self.assertEqual(self.locks(), [])
 

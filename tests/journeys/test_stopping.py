@@ -253,7 +253,7 @@ class WithoutRepositoriesTest(StartTest):
             self.check_changed(gone=['birch-log-3.0-1.x86_64'])
             self.quit(window)
 
-    def test_if_the_user_refuses_to_go_on_without_a_repository_the_table_is_empty_until_it_can_be_read(self):
+    def test_if_the_user_refuses_to_go_on_without_a_repository_the_table_is_empty_until_a_collection_succeeds(self):
         with self.program('--state=all') as program:
             window = program.ready()
             for name in ('pergola', 'birch-log'):

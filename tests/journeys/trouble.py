@@ -51,7 +51,10 @@ class StartTest(JourneyTest):
         return text
 
     def refuse_without(self, program, name, *texts):
-        """Answer No to the question whether to go on without this repository. name: empty for any repository."""
+        """Answer No to the question whether to go on without this repository.
+
+        name: the repository; empty if the name of the repository does not matter.
+        """
         def look():
             return next((dialog for dialog in program.windows() if dialog.title == 'Repositories' and
                          dialog.text().startswith('The repository ' + name)), None)
