@@ -118,7 +118,9 @@ def cpp_messages():
 
 
 def is_tool_tip(text):
-    """Whether a text is the tool tip of a button or a field. Other texts in such a call have at most three words."""
+    """Whether a text is the tool tip in a call that makes a button or a field. Except for one, all other texts in these
+    calls have at most three words.
+    """
     return text.calls[-2][0] in ('addButton', 'addField') and text.calls[-2][1] > 0 and \
         len(text.value.split()) > 3 and text.value != 'Apply to All with this Host'
 

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Checks that the catalogues translate every text of the sources, and that the translations have the same parts as the
-texts.
+"""Checks that the catalogues translate every text of the sources, and that each translation has the same placeholders,
+outer blanks and HTML tags as its text.
 
 usage: CatalogueTest.py [options of unittest...]
 
@@ -58,9 +58,9 @@ TOGETHER = (
     ('QWidgetTextControl', ('&Undo', '&Redo', 'Cu&t', '&Copy', 'Copy &Link Location', '&Paste')),
     ('QAbstractSpinBox', ('&Select All', '&Step up', 'Step &down')),
 )
-# The rows of TOGETHER that are parts of the same window: the menu bar and the buttons of the main window, and windows
-# with a Find bar or a filter. The Stop button is in no row: while it is enabled, the other buttons of the main window
-# are disabled.
+# Each pair names two rows of TOGETHER that are parts of the same window: the main window with its outcome line, and
+# windows with a Find bar or a filter. No pair names the row of the Stop button: while this button is enabled, the other
+# buttons of the main window are disabled.
 WINDOWS = (
     ('MainWindow &Program', 'OutcomeLine Show in &Log'),
     ('Log::Window &Close', 'FindBar &Next'), ('TextDialog &Find...', 'FindBar &Next'),
@@ -219,7 +219,7 @@ class CatalogueTest(unittest.TestCase):
             if context in ('Colors', 'Fonts') or source.startswith('Ctrl+') or NO_WORDS.match(source):
                 self.assertEqual(translation, source)
 
-    def test_translations_of_internal_errors_begin_with_the_same_word(self):
+    def test_all_translations_of_internal_errors_begin_with_the_same_words(self):
         for path in CATALOGUES:
             heads = {translation.partition(':')[0] for (_, source), translation in messages(path).items()
                      if source.startswith('Internal error: ')}
@@ -253,7 +253,8 @@ class CatalogueTest(unittest.TestCase):
                     for text in shown:
                         letters.setdefault(mnemonic(text), []).append(text)
                     doubled = [texts for texts in letters.values() if len(texts) > 1]
-                    # These two texts must not change. A second press of the key reaches the second text.
+                    # The English texts "&Cache" and "&Clear Actions" must not change. A second press of their common
+                    # key reaches the second of them.
                     if language == 'English' and parts[0] == 'MainWindow &Program':
                         doubled.remove(['&Cache', '&Clear Actions'])
                     self.assertEqual(doubled, [], language)

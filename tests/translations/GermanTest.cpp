@@ -377,7 +377,7 @@ private Q_SLOTS:
         QCOMPARE(line->text(), line->wholeText());
     }
 
-    void theOutcomeAndANoticeTogetherCutOffNeitherTheMenusNorTheButton()
+    void theOutcomeAndANoticeTogetherCutOffNeitherTheMenusNorTheShowInLogButton()
     {
         start();
         click(button("Akt&ualisierungen vormerken"));
@@ -393,8 +393,8 @@ private Q_SLOTS:
         const auto* notice = window->findChild<Notice*>();
         QTRY_VERIFY(outcome->isVisible() && notice->isVisible());
         QTRY_VERIFY(view->isEnabled());
-        // The button is as high as the menus, so it has less height than other buttons. Its text must fit all
-        // the same.
+        // The "Show in Log" button is only as high as the menus, and so lower than other buttons.
+        // Nevertheless its text must fit.
         const QPushButton* show = button("Im Protokoll &zeigen");
         const auto cutOffElsewhere = [this, show] {
             QStringList texts;
@@ -408,8 +408,8 @@ private Q_SLOTS:
         for (const QSize& size : {widget->size(), window->minimumSizeHint()}) {
             widget->resize(size);
             QTRY_COMPARE(widget->size(), size);
-            // The row is too narrow for both texts. Only the texts are shortened, and the tool tip shows the
-            // whole text.
+            // The row is too narrow for the outcome and the notice. Only these two texts are shortened, and
+            // the tool tip of each shows the whole text.
             QStringList shortened = cutOffElsewhere();
             QVERIFY(shortened.contains(outcome->findChild<ElidedLabel*>()->text()));
             for (const ElidedLabel* label :

@@ -441,7 +441,7 @@ class ResolveTest(SandboxTest):
         self.assertNotIn("tidewatch-2.0-1.noarch", {name for _, name in done})
 
     @needs_groups
-    def test_a_conditional_member_is_installed_only_if_its_condition_is_installed(self):
+    def test_a_conditional_member_is_installed_only_if_the_package_in_its_condition_is_installed(self):
         base = self.base(self.served(), groups=True)
         base.group_install("office", ("mandatory", "default", "conditional"))
         base.resolve()
