@@ -27,7 +27,7 @@ public:
     virtual void warning(const QString& text) = 0;
     using Python::warning;
 
-    // --- Texts, numbers and times. Functions whose names end in Dec release the object. All others borrow it.
+    // --- Texts, numbers and times. Functions whose names end in Dec release the object; others borrow it.
 
     // Converts a str or bytes object. None becomes an empty string.
     QString pyString(PyObject* object);
