@@ -92,8 +92,8 @@ class AdvisoryIndex:
         self._byName = found
 
     def of(self, package):
-        """The advisories about the version of a package. If an older version is installed, also the advisories about
-        the versions between this older version and the version of the package.
+        """The advisories about the version of a package. If an older version is installed, the result also contains the
+        advisories about the versions between this older version and the version of the package.
         """
         if self._byName is not None and package.name not in self._byName:
             return []

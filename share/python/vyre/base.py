@@ -64,7 +64,8 @@ class Base(dnf.Base):
         self.failed = []  # the repositories that cannot be read, with the reasons
         self.leftOut = []  # the repositories without metadata in the cache
         self.skipped = []  # the identifiers of the failed repositories that have skip_if_unavailable
-        # The repositories that fill_sack() has disabled, except those without which the user goes on in this session.
+        # The repositories that fill_sack() has disabled. When the user agrees to go on without a repository in this
+        # session, fill_sack() removes this repository from the list.
         self.disabled = []
         self.plugInFault = ''  # why dnf cannot use the plug-ins; if not empty, every operation fails
         self._plugInStamp = None  # the result of stampOfPlugIns() when the plug-ins were loaded

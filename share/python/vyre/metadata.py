@@ -82,7 +82,7 @@ class DocumentChecks:
 # The size in bytes of the blocks that unpacked() returns. A whole unpacked document may be larger than the memory.
 BLOCK = 1 << 20
 
-# The largest size of an unpacked modules document, in bytes. The script needs this whole document in memory.
+# The largest size of an unpacked document about modules, in bytes. The script needs this whole document in memory.
 MODULES_LIMIT = 64 << 20
 
 
@@ -104,7 +104,7 @@ UNPACKING_ERRORS = (RuntimeError, libdnf.error.Error, OSError, EOFError, lzma.LZ
 
 
 def modulesFault(base, path):
-    """The error in a modules document; empty if the document has no error, or if the script cannot check it.
+    """The error in a document about modules; empty if the document has no error, or if the script cannot check it.
 
     Without this check, dnf would read a damaged document, and the process would crash.
     """

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""What a confirmed transaction has carried out, for the line that the program shows after the transaction. The worker
-that applies the marks runs this module.
+"""The outcome of a confirmed transaction, for the line that the program shows after the transaction. The worker that
+applies the marks runs this module.
 """
 
 import glob

@@ -215,5 +215,5 @@ def hidePasswordsInLogFiles():
                 handler.setFormatter(DiscreetFormatter(handler.formatter or logging.Formatter()))
     if not logging.getLogger('librepo').handlers:
         # If librepo has no handler here, it writes its log file without Python's logging module, and would write
-        # passwords to this file. So this call ends librepo's log file.
+        # passwords to this file. So make librepo write no log file.
         libdnf.repo.LibrepoLog.removeAllHandlers()

@@ -23,12 +23,12 @@ faultOfMetadata = None
 goOnWithout = None
 # Hides the passwords in a text.
 hideSecrets = None
-# Adds a warning to the log. Without this function, warnings are errors of the log.
+# Adds a warning to the log. If the program does not set this function, the script logs warnings as errors.
 logWarning = None
 # Shows on the progress bar what dnf does with a repository.
 showReading = None
 # Returns whether the user has asked VYRE to stop the operation. If the argument is True and the user has not asked,
-# VYRE refuses all requests from now on.
+# VYRE refuses all requests to stop from now on.
 stopWanted = None
 # Shows that the script waits for a lock; returns False if the user ends the wait.
 waitForLock = None

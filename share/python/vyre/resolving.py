@@ -233,7 +233,7 @@ def impossibleRemovals(base, marks):
     """The marked removals that are impossible because of protected or excluded packages.
 
     If two removals are possible separately, but not together, only the second is in the result. If the search needs
-    more than ATTEMPTS resolutions, the result also contains all removals that the search has not decided.
+    more than ATTEMPTS resolutions, the result also contains all removals that are still undecided.
     """
     attempts = iter(range(ATTEMPTS))
     kept = Marks()

@@ -15,7 +15,7 @@ class Stopped(dnf.exceptions.Error):
 
 def isStopped(last=False):
     """Whether the user has asked VYRE to stop the operation. If last is true and the user has not asked yet, VYRE
-    refuses all requests from now on.
+    refuses all requests to stop from now on.
     """
     return program.stopWanted is not None and program.stopWanted(last)
 

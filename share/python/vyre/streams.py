@@ -11,7 +11,7 @@ from . import program
 
 
 def fullName(package):
-    """The name by which the modules documents refer to a package."""
+    """The name by which the metadata documents about modules refer to a package."""
     return '{}-{}:{}-{}.{}'.format(package.name, package.epoch, package.version, package.release, package.arch)
 
 
