@@ -167,7 +167,7 @@ class QueryTest(unittest.TestCase):
         self.assertEqual(self.sandbox.installed(), seen)
         self.assertGreater(len(seen), 40)
 
-    def test_the_distribution_has_at_least_120_names(self):
+    def test_the_distribution_has_at_least_120_package_names(self):
         names = {package.name for package in self.base.sack.query()}
         self.assertGreaterEqual(len(names), 120)
 

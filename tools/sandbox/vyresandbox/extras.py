@@ -210,7 +210,7 @@ def _rules():
         _rule("shared-later", "1"),
         _rule("shared-later", "2", repo="extra-rival"),
     ]
-    # Other packages can require twin for a certain architecture.
+    # Make it possible that other packages require the package "twin" for a certain architecture.
     for package in packages:
         if package.name == "twin":
             package.relations.append(("Provides", "twin(%s) = %s" % (

@@ -6,8 +6,8 @@ class Package(object):
     """The description of one rpm, and its use in the sandbox.
 
     repo       the repository that contains it: "http", "file", "updates", "disabled" or "signed"
-    state      "user" if it is installed by name, "dependency" if another package must bring it in, "group" if it
-               comes in with an installed group, None if it is only available
+    state      "user" if it is installed by name, "dependency" if it is installed because another package needs it,
+               "group" if it is installed with a group, None if it is only available
     files      path -> text or bytes; a path that ends in "/" is a directory, a value ("->", target) is a symbolic link
     relations  list of (tag, text): ("Requires", "libcairn >= 2")
     scripts    section -> body: {"pre": "echo hello"}
