@@ -85,7 +85,7 @@ void MainWindow::setVisible(bool visible)
     const bool first = visible && !scheduled;
     if (first) {
         scheduled = true;
-        // The table is still hidden, so the layout reserves no space for it.
+        // Set the size here: the table is still hidden, so the layout reserves no space for it.
         QWidget::resize(QSize(1000, 700).boundedTo(Metrics::maxWindowSize()));
     }
     QMainWindow::setVisible(visible);

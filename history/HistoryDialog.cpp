@@ -113,7 +113,7 @@ void HistoryDialog::load()
     }
     faultLabel->setText(fault);
     faultLabel->setVisible(!fault.isEmpty());
-    // This window is modal, so Ctrl+L has no effect while it is open.
+    // Ask the user to close this window first: while this modal window is open, Ctrl+L has no effect.
     list->setEmptyText(read ? tr("The history has no transactions.")
                             : tr("The history could not be read.\n"
                                  "To see the reason, close this window and open the Log window (Ctrl+L)."));

@@ -54,7 +54,7 @@ struct ParallelMatching::Shared
     std::mutex mutex;        // guards `running` and `numbers`
     std::condition_variable ended;
     unsigned int running = 0;   // the number of threads
-    std::vector<pid_t> numbers; // of the threads that compare items
+    std::vector<pid_t> numbers; // the numbers of the threads that compare items
 };
 
 ParallelMatching::ParallelMatching(const QString& expression, size_t count, Matches matches)

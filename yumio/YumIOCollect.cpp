@@ -425,8 +425,8 @@ bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
     PyErr_Clear();
     bool comparisonFailed = false;
     const auto isBetter = [this, &comparisonFailed](const Package::Entry& best, const Package::Entry& other) {
-        // If a comparison fails for one pair, it fails for thousands of pairs. So report only the first
-        // failure.
+        // If isBetterThan() fails for one pair of packages, it fails for thousands of pairs. So report only
+        // the first failure.
         ExceptScope scope(*this);
         if (comparisonFailed) {
             pyExceptExpect(PyExc_Exception);

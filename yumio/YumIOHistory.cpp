@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Reads the history of transactions, and undoes or repeats recorded transactions. The functions that end in
-// Real run on a worker thread.
+// Reads the history of transactions, and undoes or repeats recorded transactions. The functions whose names
+// end in Real run on a worker thread.
 
 #include "yumio/YumIO.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Receives the script's output, download reports and transaction progress while it reads repositories or
-// applies a transaction. The worker that runs the script calls these functions and holds the interpreter
+// Receives the script's output, download reports and transaction progress while the script reads repositories
+// or applies a transaction. The worker that runs the script calls these functions and holds the interpreter
 // lock. Between operations, `progress` is null, so reports only reach the log.
 
 #include "yumio/YumIO.h"

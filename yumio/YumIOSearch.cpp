@@ -197,7 +197,7 @@ private:
     }
 
     YumIO& yumIO;
-    std::vector<PyRef> names; // the name of each field's attribute; null for other sources
+    std::vector<PyRef> names; // for each field, the name of its attribute; null if its text is no attribute
     std::string texts;
     bool hasEmpty = false;
     std::vector<PyRef> items;
@@ -236,7 +236,7 @@ struct RepositoryTexts
     QString changeLogsProblem;
 };
 
-// Finds the packages whose texts the metadata files of each repository contain.
+// For each repository, finds the wanted packages whose texts are in its metadata files.
 QHash<QString, RepositoryTexts> byRepository(const QVector<Package::Entry*>& wanted,
                                              const std::function<QByteArray(PyObject*)>& checksumOf)
 {

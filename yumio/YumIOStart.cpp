@@ -62,7 +62,8 @@ bool YumIO::initialize()
     }
     {
         PyGILStateWrapper lock(true);
-        // Python regards the thread that first imports "threading" as the main thread.
+        // Import "threading" on this thread: Python regards the thread that first imports this module as the
+        // main thread.
         const PyRef threading(PyImport_ImportModule("threading"));
         PyErr_Clear();
     }

@@ -24,8 +24,8 @@ const char* nonEmptyVariable(const char* name)
     return value != nullptr && value[0] != '\0' ? value : nullptr;
 }
 
-// Opens a directory below the directory `parent`. Checks and removals use descriptors, because another file
-// could replace a path between the check and the removal.
+// Opens a directory below the directory `parent`. Checks and removals use descriptors, because a path could
+// lead to another file after the check.
 int openDirectory(int parent, const char* name)
 {
     return openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
