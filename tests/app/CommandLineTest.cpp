@@ -229,7 +229,7 @@ private Q_SLOTS:
     void theShortLogOptionOpensTheLog() { checkLogIsOpened("-l"); }
     void theLongLogOptionOpensTheLog() { checkLogIsOpened("--log"); }
 
-    void repositoriesAreEnabledAsInTheirFilesIfNoRepositoryOptionIsGiven()
+    void repositoriesKeepTheStateInTheirFilesIfNoRepositoryOptionIsGiven()
     {
         QCOMPARE(repositories({}), (QStringList{"disableRepo extras", "enableRepo base"}));
     }

@@ -42,8 +42,8 @@ private Q_SLOTS:
     void aButtonMarksTheListedUpdates();
     void aButtonRemovesAllMarks();
     void markingManyRowsSortsTheTableOnce();
-    void aWarningIsShownIfAMarkedRowIsNotListed();
-    void aWarningIsShownIfAControlOfTheFilterRowHidesAMarkedRow();
+    void aWarningIsShownIfAMarkedRecordIsNotListed();
+    void aWarningIsShownIfAControlOfTheFilterRowHidesAMarkedRecord();
     void theWarningAboutUnlistedActionsDoesNotMoveTheControls();
     void theWarningAboutUnlistedActionsHasTheWarningColour();
 };
@@ -427,7 +427,7 @@ void MainWindowFilterTest::markingManyRowsSortsTheTableOnce()
     QCOMPARE(layout.count(), 2);
 }
 
-void MainWindowFilterTest::aWarningIsShownIfAMarkedRowIsNotListed()
+void MainWindowFilterTest::aWarningIsShownIfAMarkedRecordIsNotListed()
 {
     shown->start();
     shown->click("tool", ActionColumn);
@@ -442,7 +442,7 @@ void MainWindowFilterTest::aWarningIsShownIfAMarkedRowIsNotListed()
     QCOMPARE(shown->label->toolTip(), QString());
 }
 
-void MainWindowFilterTest::aWarningIsShownIfAControlOfTheFilterRowHidesAMarkedRow()
+void MainWindowFilterTest::aWarningIsShownIfAControlOfTheFilterRowHidesAMarkedRecord()
 {
     shown->start();
     listEverything();

@@ -121,7 +121,7 @@ void MainWindowStartTest::theColumnsFitTheirContentsAfterTheStart()
     const QString longName = QString("name").repeated(15);
     standIn->setPackages({}, {}, {StandIn::package(longName)});
     shown->start();
-    // The columns are also wide enough for rows that are not listed.
+    // The columns are also wide enough for records that are not listed.
     QCOMPARE(shown->listed(), QStringList());
     QVERIFY(shown->view->columnWidth(NameColumn) >= shown->view->fontMetrics().horizontalAdvance(longName));
 }

@@ -339,7 +339,7 @@ void MainWindowStopTest::theStopButtonIsDisabledIfNoOperationRuns()
     shown->start();
     QVERIFY(!button()->isEnabled());
     QVERIFY(button()->toolTip().contains("No operation is running now."));
-    // The keys of the disabled button have no effect.
+    // Escape, a key of the disabled button, has no effect.
     standIn->forgetCalls();
     shown->key(Qt::Key_Escape);
     QTest::qWait(20);

@@ -40,7 +40,8 @@
 using PackageTable::Describe::Instance::RepoDialog;
 
 // A named pipe. Markup in the tests names the pipe as the file of a picture. If the program opens the pipe to
-// read the picture, the program waits for a writer. A thread counts these readers, and ends their wait.
+// read the picture, the program waits for a writer. A thread then opens the pipe as a writer, which ends this
+// wait. The thread counts how often the program opens the pipe.
 class WatchedPipe
 {
 public:
