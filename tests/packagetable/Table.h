@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The records of a package table, which the back end makes with a stand-in script, and functions that read a
-// table.
+// The records of a package table, and functions that read a table. The back end makes the records with a
+// stand-in script.
 
 #ifndef TESTS_PACKAGETABLE_TABLE_H
 #define TESTS_PACKAGETABLE_TABLE_H
