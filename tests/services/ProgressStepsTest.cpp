@@ -23,7 +23,7 @@ private Q_SLOTS:
     void allActsTogetherFillTheirPartOfTheTotalBar();
     void oneItemCanCoverSeveralActs();
     void anItemWithTooManyActsFillsOnlyTheRemainingPart();
-    void aPartOfTheTotalBarWithoutActsIsFilledAtItsEnd();
+    void endItemActsFillsAPartOfTheTotalBarThatHasNoActs();
     void endingTheActsMovesTheTotalBarToTheEndOfAllActs();
     void theValueOfTheTotalBarIsComputedAgainIfTheNumberOfActsChanges();
     void theTotalBarMovesToTheEndOfTheActsIfTheirNumberBecomesZero();
@@ -270,7 +270,7 @@ void ProgressStepsTest::anItemWithTooManyActsFillsOnlyTheRemainingPart()
     QCOMPARE(total->value(), 100);
 }
 
-void ProgressStepsTest::aPartOfTheTotalBarWithoutActsIsFilledAtItsEnd()
+void ProgressStepsTest::endItemActsFillsAPartOfTheTotalBarThatHasNoActs()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
