@@ -98,7 +98,7 @@ private Q_SLOTS:
     void theHeightOfRowsWithOneLineDependsOnTheFont();
     void shiftF10RequestsTheMenuOfTheCurrentCell();
     void controlHomeSelectsTheFirstRowAndControlEndTheLastRow();
-    void theItemDelegateOfTheViewDrawsTheCells();
+    void anHItemDelegateDrawsTheCells();
     void theConstructorDeterminesTheSideOfTheIconInACell();
     void theSizeHintHasSpaceForTheMinimumNumberOfRowsIfTheTableHasFewRows();
     void theSizeHintHasSpaceForTheMaximumNumberOfRowsIfTheTableHasManyRows();
@@ -155,7 +155,7 @@ void HTableViewTest::controlHomeSelectsTheFirstRowAndControlEndTheLastRow()
     QVERIFY(!view.currentIndex().isValid());
 }
 
-void HTableViewTest::theItemDelegateOfTheViewDrawsTheCells()
+void HTableViewTest::anHItemDelegateDrawsTheCells()
 {
     View view;
     QVERIFY(qobject_cast<HItemDelegate*>(view.itemDelegate()) != nullptr);
