@@ -143,7 +143,7 @@ class YumIO:
         # Whether the script has refused the last transaction, because another program had changed the system after the
         # script read the packages.
         self.outdated = False
-        # What the last transaction has carried out: a dictionary, or None if the user has not confirmed a transaction.
+        # The outcome of the last transaction: a dictionary, or None if the user has not confirmed a transaction.
         self.outcome = None
         # Pairs from the last collection: an installed package, and the package that replaces it.
         self.replacements = []
@@ -400,7 +400,7 @@ class YumIO:
 
     def _carryOut(self, resolve):
         """Carry out the transaction that resolve() finds. resolve() returns a pair: the command line for the history,
-        and a text about the marks that are left out. If the user stops at a question, resolve() returns None.
+        and a text about the marks that are left out. If the user refuses to go on, resolve() returns None.
         """
         base = self.base
         base.headers.clear()

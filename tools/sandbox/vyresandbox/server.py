@@ -46,7 +46,7 @@ class Server(socketserver.ThreadingMixIn, HTTPServer):
 
     @classmethod
     def preferring(cls, directory, port):
-        """A server on that port. If another process uses that port, a server on any free port."""
+        """Returns a server on that port. If another process uses that port, the server uses another free port."""
         try:
             return cls(directory, port)
         except OSError as error:
