@@ -147,7 +147,7 @@ private Q_SLOTS:
                  QStringLiteral("status %1").arg(SIGINT));
     }
 
-    void renewingTheHandlersChangesNothingIfNoneAreInstalled()
+    void renewingTheHandlersChangesNothingIfNoHandlersAreInstalled()
     {
         struct sigaction before = {};
         struct sigaction after = {};

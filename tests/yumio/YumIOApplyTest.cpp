@@ -358,7 +358,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("Internal error: applyGrpConflict unexpected package state\n"));
     }
 
-    void theQuestionAboutAConflictOfUnmarkedRecordsSaysERROR()
+    void theQuestionAboutAConflictOfUnmarkedRecordsShowsTheWordERROR()
     {
         collect("it.available = [Package('tool')]\nit.groups = [Group('G', 'g')]");
         Package::Entry& tool = *backEnd->entry("tool");

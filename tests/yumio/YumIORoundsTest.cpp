@@ -172,16 +172,16 @@ private Q_SLOTS:
         // If the rounds did not release their records, the growth would exceed this bound. On a busy machine,
         // the heap itself grows by a third of the bound.
         //
-        // Measured with the script alone, Python 3.11 and these plug-ins: 20 more rounds do not add an object
-        // of any type. tracemalloc reports 28 KiB for 30 more rounds; 25 KiB of them are one block of an
-        // import. The resident memory grows by 6 KiB a round in 60 rounds, but only by 0.6 KiB a round in the
-        // last 140 of 160 rounds. Without plug-ins, it grows by 1 KiB in 60 rounds. So no round leaves
-        // objects behind; only the heap itself grows.
+        // These values were measured with the script alone, Python 3.11 and these plug-ins: 20 more rounds do
+        // not add an object of any type. tracemalloc reports 28 KiB for 30 more rounds; 25 KiB of them are
+        // one block of an import. The resident memory grows by 6 KiB a round in 60 rounds, but only by 0.6
+        // KiB a round in the last 140 of 160 rounds. Without plug-ins, it grows by 1 KiB in 60 rounds. So no
+        // round leaves objects behind; only the heap itself grows.
         QVERIFY(growth(memory) <= 3 * 1024);
 #endif
     }
 
-    // The test clears the log, which keeps all messages.
+    // Each round clears the log, which keeps all messages.
     void repeatedTransactionsLeakNoDescriptorsNoThreadsAndNoMemory()
     {
         backEnd->yumIO.clearEntries();
