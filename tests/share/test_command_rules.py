@@ -49,7 +49,7 @@ class CommandRulesTest(ScenarioTest):
         self.assert_refused("astrolabe.*is not signed", installs=["astrolabe"])
 
     @in_own_process
-    def test_repository_files_decide_about_signature_checks_if_rpm_demands_no_checks(self):
+    def test_repository_files_can_switch_signature_checks_off_if_rpm_demands_no_checks(self):
         self.started()
         self.assertTrue([repo.id for repo in self.yumio.base.repos.values() if not repo.gpgcheck])
 

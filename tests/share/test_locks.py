@@ -355,7 +355,7 @@ class WaitTest(ScenarioTest):
         self.check_ended("metadata", self.collect_again, dnf.exceptions.RepoError, lambda: False)
 
     @in_own_process
-    def test_the_message_does_not_deny_changes_if_the_user_ends_a_wait_after_a_transaction(self):
+    def test_the_message_does_not_claim_that_nothing_was_changed_if_a_wait_after_a_transaction_ends(self):
         self.started()
         self.apply(installs=["loupe"])
         self.hold("metadata")
