@@ -34,7 +34,7 @@ private Q_SLOTS:
     void theSelectedRowsAndNotTheClickedRowGetTheAction();
     void aRightClickOnAnUnselectedRowSelectsThisRow();
     void anActionCanBeChosenWithTheMouse();
-    void escapeClosesTheMenuWithoutAnAction();
+    void escapeClosesTheMenuAndSetsNoAction();
     void noActionIsSetIfTheRowIsRemovedWhileTheMenuIsOpen();
     void allSelectedRowsGetTheActionEvenIfTheTableIsSortedByAction();
     void unlockedRowsHaveALockEntryAndLockedRowsHaveAnUnlockEntry_data();
@@ -238,7 +238,7 @@ void ActionContextMenuTest::anActionCanBeChosenWithTheMouse()
     QCOMPARE(actions(), (Actions{{"tool", Package::Remove}}));
 }
 
-void ActionContextMenuTest::escapeClosesTheMenuWithoutAnAction()
+void ActionContextMenuTest::escapeClosesTheMenuAndSetsNoAction()
 {
     shown->click("tool", ActionColumn);
     choose("tool", Qt::Key_Escape);
