@@ -19,7 +19,7 @@ private Q_SLOTS:
     void anItemValueWithinTheIntervalAfterChangeItemActStepsIsNotSent();
     void anItemValueIsNotSentIfNoItemHasStarted();
     void aTotalValueWithinTheIntervalIsDropped();
-    void theMaximumOfTheTotalBarIsSentOnlyOnceInAnInterval();
+    void aTotalValueThatReachesTheMaximumIsSentOnlyOnceInAnInterval();
     void aTotalValueWithinTheIntervalAfterAnItemValueIsNotSent();
     void aChangeOfTheActivityProcessesPendingEvents();
     void reportsOfAWorkerAreDeliveredInOrder();
@@ -129,7 +129,7 @@ void ProgressReportsTest::aTotalValueWithinTheIntervalIsDropped()
     QCOMPARE(total->value(), 30);
 }
 
-void ProgressReportsTest::theMaximumOfTheTotalBarIsSentOnlyOnceInAnInterval()
+void ProgressReportsTest::aTotalValueThatReachesTheMaximumIsSentOnlyOnceInAnInterval()
 {
     QElapsedTimer timer;
     int first = 0;

@@ -465,8 +465,8 @@ void YumIOCapturersTest::allOutputArrivesEvenIfTheReceiverProcessesEvents()
     }
 }
 
-// The program begins to end while the receiver still processes events for the last output. The graphical
-// thread never returns to its event loop, so the worker must not wait for this thread.
+// The program ends while the receiver processes events for the last output. Then the graphical thread never
+// returns to its event loop, so the worker must not wait for this thread.
 void YumIOCapturersTest::theWorkerDoesNotWaitIfTheProgramEndsInsideTheReceiver()
 {
     Receiver receiver;

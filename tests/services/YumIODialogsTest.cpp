@@ -106,7 +106,7 @@ private Q_SLOTS:
     void theBoxLooksAndAnswersLikeAStandardQMessageBox_data();
     void theBoxLooksAndAnswersLikeAStandardQMessageBox();
     void messageTextsAreShownAsPlainText();
-    void theScrollableDialogShowsTheTextUntilItIsClosed();
+    void theScrollableDialogIsOpenUntilTheUserPressesClose();
     void aQuestionOfTheGraphicalThreadIsAnsweredWithoutASecondEventLoop();
     void aWarningWithADefaultButtonIgnoresKeysAtFirst();
     void oneYumIODialogsObjectServesSeveralRequests();
@@ -420,7 +420,7 @@ void YumIODialogsTest::messageTextsAreShownAsPlainText()
     QCOMPARE(shown, text);
 }
 
-void YumIODialogsTest::theScrollableDialogShowsTheTextUntilItIsClosed()
+void YumIODialogsTest::theScrollableDialogIsOpenUntilTheUserPressesClose()
 {
     QString title;
     bool rightClass = false;
