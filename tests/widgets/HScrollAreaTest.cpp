@@ -117,8 +117,8 @@ private Q_SLOTS:
     void theMaximumSizeCanBeGivenInColumnsAndRows();
     void theScreenLimitsTheSizeHint_data();
     void theScreenLimitsTheSizeHint();
-    void aForcedResizeAdaptsTheAreaToTheInnerWidget();
-    void aForcedResizeDoesNothingIfNoInnerWidgetIsSet();
+    void forceResizeAdaptsTheInnerWidgetAndTheAreaToANewSizeHint();
+    void forceResizeDoesNothingIfNoInnerWidgetIsSet();
     void aLongLabelScrollsInsideItsWindow();
 };
 
@@ -209,7 +209,7 @@ void HScrollAreaTest::theScreenLimitsTheSizeHint()
     }
 }
 
-void HScrollAreaTest::aForcedResizeAdaptsTheAreaToTheInnerWidget()
+void HScrollAreaTest::forceResizeAdaptsTheInnerWidgetAndTheAreaToANewSizeHint()
 {
     QWidget window;
     QVBoxLayout* column = new QVBoxLayout(&window);
@@ -228,7 +228,7 @@ void HScrollAreaTest::aForcedResizeAdaptsTheAreaToTheInnerWidget()
     QCOMPARE(window.sizeHint(), before + QSize(300, 220));
 }
 
-void HScrollAreaTest::aForcedResizeDoesNothingIfNoInnerWidgetIsSet()
+void HScrollAreaTest::forceResizeDoesNothingIfNoInnerWidgetIsSet()
 {
     HScrollArea area;
     area.forceResize();

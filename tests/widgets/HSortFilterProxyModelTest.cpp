@@ -63,7 +63,7 @@ private Q_SLOTS:
     void valuesOfDifferentTypesAreConvertedToTheTypeOfTheLeftValue();
     void anInvalidIndexIsSortedBeforeEveryValidIndex();
     void rowsWithEqualValuesAreOrderedByTheSecondColumn();
-    void equalRowsAreOrderedByTheSecondColumnInDescendingOrderToo();
+    void rowsWithEqualValuesAreAlsoOrderedByTheSecondColumnInDescendingOrder();
     void rowsThatAreEqualInBothColumnsKeepTheSourceOrder();
     void aSecondSortColumnOutsideTheTableHasNoEffect_data();
     void aSecondSortColumnOutsideTheTableHasNoEffect();
@@ -156,7 +156,7 @@ void HSortFilterProxyModelTest::rowsWithEqualValuesAreOrderedByTheSecondColumn()
     QCOMPARE(column(proxy, 1), (QVariantList{"zebra", "apple", "fig", "pear"}));
 }
 
-void HSortFilterProxyModelTest::equalRowsAreOrderedByTheSecondColumnInDescendingOrderToo()
+void HSortFilterProxyModelTest::rowsWithEqualValuesAreAlsoOrderedByTheSecondColumnInDescendingOrder()
 {
     FixedTable model({{1, "pear"}, {0, "zebra"}, {1, "apple"}, {1, "fig"}});
     HSortFilterProxyModel proxy(1);
