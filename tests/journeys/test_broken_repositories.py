@@ -198,7 +198,7 @@ class MetadataTest(StartTest):
 
     @needs_groups
     def test_a_damaged_history_is_reported(self):
-        """One message reports the unreadable states of all groups. The program still lists the groups."""
+        """One message reports that the states of the groups cannot be read. The program still lists the groups."""
         path = self.path('var/lib/dnf/history.sqlite')
         for name in os.listdir(os.path.dirname(path)):
             if name.startswith('history.sqlite-'):

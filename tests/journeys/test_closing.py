@@ -9,7 +9,7 @@ from journey import Gate, JourneyTest, driver, wait_for
 
 
 class ClosingTest(JourneyTest):
-    """While the program changes the system, it refuses to close. If any other operation runs, a request to close stops
+    """While the program changes the system, it refuses to close. During every other operation, a request to close stops
     this operation.
     """
 

@@ -27,11 +27,11 @@ class OutcomeTest(JourneyTest):
     def test_the_outcome_line_stays_until_the_next_operation_and_opens_the_log_by_keyboard(self):
         with self.opened() as window:
             self.assertNotIn(BUTTON, window.buttons())
-            # In each collection, one repository is unreachable. Its notice must not hide the outcome.
+            # In each collection, one repository is unreachable. The notice about this repository must not hide the
+            # outcome.
             self.check_line(window, 'The repository sandbox-unreachable is left out: see the log (Ctrl+L)')
             window.mark_listed('pergola')
             self.carry_out(window)
-            # A notice about errors in the log may hide the outcome for a while.
             self.check_line(window, '1 installed')
             for name in ('limpgate', 'loudhailer', 'almanac'):
                 window.mark_listed(name)

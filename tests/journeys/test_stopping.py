@@ -21,7 +21,7 @@ class StoppingTest(StartTest):
         return driver.enabled(window.button('Stop'))
 
     def wait_slow(self, window, path):
-        """Wait until the program waits for the slow server and its Stop button is enabled."""
+        """Wait until the program waits for the slow server and the Stop button is enabled."""
         wait_for(lambda: path in self.sandbox.server.paths(), path)
         wait_for(lambda: self.is_stoppable(window), 'the button')
         window.wait_settled()
@@ -213,8 +213,8 @@ class WithoutRepositoriesTest(StartTest):
             window.show_all()
             wait_for(lambda: 'almanac' in window.names(), 'the installed packages')
             self.assertNotIn('pergola', window.names())
-            # The editor shows the repositories that are disabled for the session. If the user enables one, the program
-            # reads it again.
+            # The editor shows the repositories that are disabled for the session. If the user enables one of
+            # them, the program reads this repository again.
             del self.sandbox.server.faults[REPOMD]
             driver.key('ctrl+e')
             editor = program.window('VYRE Repository Configuration Editor')

@@ -289,7 +289,7 @@ class Program:
         for i in range(desktop.childCount):
             application = desktop.getChildAtIndex(i)
             # If the application has just ended, any access to it raises an error. The list may also contain a closed
-            # connection of the same process: the number of its children cannot be read.
+            # connection of the same process. The number of children of a closed connection cannot be read.
             with contextlib.suppress(Exception):
                 if application is not None and application.get_process_id() == self.process.pid and \
                         application.childCount >= 0:
