@@ -437,7 +437,7 @@ void RepoEditorDialogEditingTest::theEnterKeyAfterAButtonClickDoesNotDiscardEdit
                                      }));
                 }
                 const QStringList before = ids();
-                // The timer cancels any form that Enter opens.
+                // If Enter opens a form, the timer cancels this form.
                 const auto enter = [] { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return); };
                 QTimer escape;
                 connect(&escape, &QTimer::timeout, &escape, [this] {

@@ -142,7 +142,7 @@ void check(YumConfIO& conf)
     for (const Repo::Entry& each : qAsConst(conf.entries)) {
         if (each.file == surroundings->files.first() && each.id == QLatin1String("main")) {
             // The main configuration file has two main sections. If VYRE drops all sections between these
-            // two, the next read takes both for one section.
+            // two, the next read takes both main sections for one section.
             return;
         }
     }

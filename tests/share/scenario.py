@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Runs each test in a process of its own, on its own copy of a sandbox.
 
-The own process is necessary because dnf and rpm keep state in the process, and the script changes some of this state.
+Each test needs its own process, because dnf and rpm keep state in a process, and the script changes some of this state.
 """
 
 import functools

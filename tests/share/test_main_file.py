@@ -82,7 +82,8 @@ class MainFileTest(ScenarioTest):
             conf = yumio.base.conf
             self.assertTrue(conf.gpgcheck)
             self.assertEqual((list(conf.excludepkgs), conf.debuglevel), (["astrolabe"], 7))
-            # Such a main file defines no repositories, neither for the repository editor nor for the script.
+            # A file that the repository editor cannot read defines no repositories, neither for the editor nor for the
+            # script.
             self.assertEqual(repositories(yumio), sorted(LAYOUT))
             self.assertEqual(self.recording.errors(), [])
         yumio.base.repos["sandbox-unreachable"].disable()

@@ -368,8 +368,8 @@ private Q_SLOTS:
 
     void aFileOfTheWrongKindYieldsNoTexts()
     {
-        // The files for change logs and for file lists name the same packages. If the program reads the wrong
-        // one of these files, it must not conclude that the packages have no files or no changes.
+        // The files for change logs and for file lists name the same packages. If the program reads one
+        // file instead of the other, it must not conclude that the packages have no files or no changes.
         const QByteArray packages = package("one", "") + package("two", "");
         const auto read = [this](const QByteArray& content, bool changeLogs) {
             std::vector<QByteArray> texts(2);

@@ -295,7 +295,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList(generic));
         QCOMPARE(yumIO().getDefaultPkgs(group()), QString());
         QCOMPARE(errors(), QStringList({generic, "Internal error: group G.default_packages not evaluable"}));
-        // None means that the group has no such list, which is not an error.
+        // The value None means that the group lacks this list, which is not an error.
         backEnd->run("group.default_packages = None");
         QCOMPARE(yumIO().getDefaultPkgs(group()), QString());
     }
