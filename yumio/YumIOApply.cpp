@@ -554,8 +554,15 @@ void YumIO::weighItem(PyObject* item, long action)
     case Transaction::Downgrade:
     case Transaction::Upgrade:
     case Transaction::Reinstall:
-        entry->local = verifyLocalPkg(entry->pyObject);
-        transaction.weighNew(entry->size, entry->local);
+        if (transaction.isReplay &&
+            (installedEntry(entry) == entry || getVerRelTxitem(item) != entry->verRel)) {
+            // An undo installs a version that the table does not list. The record's size is that of another
+            // version.
+            weighUnlisted(item, action);
+        } else {
+            entry->local = verifyLocalPkg(entry->pyObject);
+            transaction.weighNew(entry->size, entry->local);
+        }
         if (entry->txAction == Package::None) {
             entry->txAction = action == Transaction::Install ? Package::Install : Package::Update;
         }
@@ -589,7 +596,8 @@ void YumIO::weighItem(PyObject* item, long action)
     }
 }
 
-// Adds the weight of a package that has no record, for example because the configuration excludes it.
+// Adds the weight of a package whose version has no record. For example, the configuration excludes the
+// package.
 void YumIO::weighUnlisted(PyObject* item, long action)
 {
     const PyRef package(attribute(item, "pkg"));

@@ -30,7 +30,7 @@ void VersionLocksCommandTest::lockingAPackageReadsThePackagesAgainAndKeepsTheMar
     QCOMPARE(shown->marks(), (QStringList{"many update", "tool update"}));
     standIn->forgetCalls();
     // Like the real package manager, the script no longer offers the update of the locked package.
-    const QJsonObject old{{"version", "1"}, {"repoid", "VersionLocksCommandTestSystem"}};
+    const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
     standIn->setVersionLocks({{"tool", "tool-0:1-1.*"}});
     standIn->setPackages({StandIn::package("many", {{"version", "2"}})},
                          {StandIn::package("tool", old), StandIn::package("many", old)}, {});

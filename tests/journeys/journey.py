@@ -215,6 +215,14 @@ class JourneyTest(unittest.TestCase):
 
     # Transactions
 
+    def size_of(self, *packages):
+        """The text in which the program shows the size of these packages. Each package is a pair of its repository and
+        its full name.
+        """
+        size = sum(os.path.getsize(os.path.join(self.sandbox.repository(repository), name + '.rpm'))
+                   for repository, name in packages) / 1024
+        return '{:.1f}Kb'.format(size) if size < 9.95 else '{:.0f}Kb'.format(size)
+
     def check_listing(self, dialog, listed=(), dependencies=(), sizes=True, groups=None, remark=''):
         """Check that the confirmation dialog lists exactly these lines, in any order. The lines have no tabs.
 

@@ -34,6 +34,8 @@ class HistoryTest(HistoryJourneyTest):
             self.check_listing(dialog, [
                 'Downgrade: anvil-make 4.1-1 (x86_64) [sandbox-http]', 'Remove: libbough 1.1-1 (x86_64)'],
                 ['Remove: libtwig 1.0-1 (x86_64)'], remark='This undoes transaction {}.'.format(count))
+            self.assertIn('Total download size: {}\n'.format(self.size_of(('sandbox-http', 'anvil-make-4.1-1.x86_64'))),
+                          dialog.text())
             self.picture('undo')
             dialog.click_button('Cancel')
             history = self.history(window)

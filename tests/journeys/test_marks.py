@@ -48,15 +48,10 @@ class MarksTest(JourneyTest):
                     return True
                 wait_for(look, text, 20)
 
-            def size_of(*packages):
-                size = sum(os.path.getsize(os.path.join(self.sandbox.repository(repository), name + '.rpm'))
-                           for repository, name in packages) / 1024
-                return '{:.1f}Kb'.format(size) if size < 9.95 else '{:.0f}Kb'.format(size)
-
             update = 'sandbox-updates', 'barometer-1.1-2.x86_64'
             all_marks = 'Marks: 1 Install, 1 Update, 1 Remove   To download: '
-            one = size_of(update)
-            both = size_of(update, ('sandbox-http', 'pergola-6.1-1.x86_64'))
+            one = self.size_of(update)
+            both = self.size_of(update, ('sandbox-http', 'pergola-6.1-1.x86_64'))
             self.list_packages(window, 'pergola', 'barometer', 'almanac')
             wait_line('Listed: 3   Selected: 0   No marks')
             window.mark('barometer')

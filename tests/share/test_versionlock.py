@@ -226,19 +226,20 @@ class VersionLocksTest(ScenarioTest):
     def test_the_reason_is_given_if_the_user_cannot_write_the_lock_list(self):
         self.started()
         self.assertEqual(self.locked(), {})
-        fault = self.module("versionlock").writingFault
+        require = self.module("versionlock").requireWritable
         missing = os.path.join(self.settings, "missing")
-        self.assertEqual(fault(missing), "")
-        self.assertIn("list of locks " + missing, fault(missing + "/list"))
+        require(missing)
+        with self.assertRaisesRegex(self.dnf.exceptions.Error, "list of locks " + missing):
+            require(missing + "/list")
         for directory in (os.path.dirname(self.directory), self.directory):
             os.chmod(directory, 0o755)
         os.setuid(65534)
-        self.assertEqual(fault(self.locks), "You are not allowed to change the list of locks " + self.locks)
-        self.assertEqual(self.yumio.versionLocks()[0], fault(self.locks))
+        reason = "You are not allowed to change the list of locks " + self.locks
+        self.assertEqual(self.yumio.versionLocks()[0], reason)
         for change in (self.yumio.lockVersions, self.yumio.unlockVersions):
             with self.assertRaises(self.dnf.exceptions.Error) as caught:
                 change(self.rows("abacus-cli"))
-            self.assertEqual(str(caught.exception), fault(self.locks))
+            self.assertEqual(str(caught.exception), reason)
 
     @in_own_process
     def test_the_message_gives_the_error_of_the_system_if_the_lock_list_cannot_be_changed(self):

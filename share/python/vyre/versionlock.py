@@ -36,8 +36,8 @@ def loadedPlugIn(base):
 
 
 def versionLocks(base):
-    """If dnf has not loaded the plug-in, returns None. Otherwise returns a pair. Its first value is the result of
-    writingFault(), or the reason why the list of locks cannot be read. Its second value is a dictionary from the name
+    """If dnf has not loaded the plug-in, returns None. Otherwise returns a pair. Its first value is the reason why the
+    list of locks cannot be read or changed; empty without such a reason. Its second value is a dictionary from the name
     of each locked package to the lines that lock it.
     """
     module = loadedPlugIn(base)
@@ -51,19 +51,23 @@ def versionLocks(base):
     for line, names in lines.items():
         for name in names:
             found.setdefault(name, []).append(line)
-    return writingFault(module.locklist_fn), {name: ', '.join(lines) for name, lines in found.items()}
+    locked = {name: ', '.join(lines) for name, lines in found.items()}
+    try:
+        requireWritable(module.locklist_fn)
+    except dnf.exceptions.Error as e:
+        return str(e), locked
+    return '', locked
 
 
-def writingFault(path):
-    """The reason why the user cannot change the list of locks; empty if the user can change it.
+def requireWritable(path):
+    """Raise an exception if the user cannot change the list of locks.
 
     The file and its directory must be writable: the plug-in adds lines to the file, but to remove lines, it replaces
     the file.
     """
     directory = os.path.dirname(path)
-    if all(os.access(each, os.W_OK) for each in ([path, directory] if os.path.exists(path) else [directory])):
-        return ''
-    return tr('You are not allowed to change the list of locks {}').format(path)
+    if not all(os.access(each, os.W_OK) for each in ([path, directory] if os.path.exists(path) else [directory])):
+        raise dnf.exceptions.Error(tr('You are not allowed to change the list of locks {}').format(path))
 
 
 def namesByLine(base, module):
@@ -129,9 +133,7 @@ def requireList(base):
     module = loadedPlugIn(base)
     if module is None:
         raise dnf.exceptions.Error(tr('The versionlock plug-in is not loaded.'))
-    fault = writingFault(module.locklist_fn)
-    if fault:
-        raise dnf.exceptions.Error(fault)
+    requireWritable(module.locklist_fn)
     return module
 
 
