@@ -4,6 +4,8 @@
 
 #include <QTest>
 
+#include "yumio/Fields.h"
+
 void BackEndFixture::initTestCase()
 {
     backEnd.reset(new BackEnd);
@@ -28,4 +30,16 @@ void BackEndFixture::cleanup()
     }
     QVERIFY(yumIO().progress == nullptr);
     QVERIFY(PyErr_Occurred() == nullptr);
+}
+
+QString BackEndFixture::emptyLists()
+{
+    QStringList items{"'files': []", "'changelogs': []"};
+    for (int i = 0; i < Fields::Count; ++i) {
+        const Fields::Row& row = Fields::row(static_cast<Fields::Field>(i));
+        if (row.source == Fields::Source::Dependencies) {
+            items << QString("'%1': []").arg(row.attribute);
+        }
+    }
+    return '{' + items.join(", ") + '}';
 }

@@ -26,6 +26,9 @@ protected:
     YumIOProbe& yumIO() { return backEnd->yumIO; }
     QStringList errors() { return backEnd->answers.takeTexts("VYRE Yum Error"); }
     QStringList warnings() { return backEnd->answers.takeTexts("VYRE Yum Warning"); }
+    // Returns a Python dictionary with an empty list for the file list, the change log and each kind of
+    // dependencies. A package of the stand-in script has these attributes only if a test sets them.
+    static QString emptyLists();
 
     QScopedPointer<BackEnd> backEnd;
 };

@@ -36,14 +36,9 @@ private Q_SLOTS:
     void theSearchTextsEqualTheTextsOfTheFieldsForValuesOfAllKinds()
     {
         QFETCH(QString, attributes);
-        backEnd->run(
-            "values = {name: [] for name in ('provides', 'requires', 'requires_pre', 'conflicts', "
-            "'obsoletes', 'recommends', 'suggests', 'supplements', 'enhances', 'files', 'changelogs')}\n"
-            "values.update(dict(" +
-            attributes +
-            "))\n"
-            "it.available = [Package('tool', **values)]\n"
-            "it.installed = [Package('other', **values)]");
+        backEnd->run("values = dict(" + emptyLists() + ", " + attributes + ")\n" +
+                     "it.available = [Package('tool', **values)]\n"
+                     "it.installed = [Package('other', **values)]");
         QVERIFY(backEnd->collect());
         for (const char* name : {"tool", "other"}) {
             Package::Entry* entry = backEnd->entry(name);
