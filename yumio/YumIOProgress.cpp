@@ -391,10 +391,10 @@ PyObject* YumIO::rpmtransInit(PyObject*, PyObject* args)
     }
     const bool flag = test != Py_False;
     if (!flag && phase == Applying && !transaction.signalRecorder) {
-        // Set changingSystem before checking whether the program is ending. If the program begins to end
-        // after the next line, it sees that the variable is true, and waits for the transaction. If the
-        // program has already begun to end, the check stops the transaction. The variable stays true until
-        // the operation is over.
+        // Set changingSystem before checking whether the program is ending, because the graphical thread may
+        // begin to end the program between these two steps. That thread then reads that changingSystem is
+        // true, and waits for the transaction. If the program has begun to end before both steps, the check
+        // stops the transaction. changingSystem stays true until the operation is over.
         changingSystem = true;
         if (Unattended::is()) {
             changingSystem = false;

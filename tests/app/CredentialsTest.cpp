@@ -148,7 +148,7 @@ private Q_SLOTS:
     void passwordsInUrlsAreFound();
     void passwordsInOptionsAreFound_data();
     void passwordsInOptionsAreFound();
-    void aTextWithAnEmptyPasswordHoldsCredentials();
+    void aTextWithAPlaceForAPasswordHoldsCredentials();
     void aTextHoldsAPasswordOnlyIfThePasswordIsNotEmpty();
     void theScannerAndRegularExpressionsFindTheSamePasswords_data();
     void theScannerAndRegularExpressionsFindTheSamePasswords();
@@ -222,7 +222,7 @@ void CredentialsTest::passwordsInOptionsAreFound()
     QTEST(starred(text, Text::Options), "expected");
 }
 
-void CredentialsTest::aTextWithAnEmptyPasswordHoldsCredentials()
+void CredentialsTest::aTextWithAPlaceForAPasswordHoldsCredentials()
 {
     QVERIFY(Credentials::holds(QStringLiteral("/vantor?u=&p=&path="), Text::Urls));
     QVERIFY(Credentials::holds(QStringLiteral("[r]\nproxy=http://u:p@h/\n"), Text::Options));

@@ -174,14 +174,14 @@ class InstallTest(unittest.TestCase):
             self.assertEqual((done.returncode, done.stderr), (0, ''), name)
             self.assertIn(name[:-2].upper() + '(8)', done.stdout)
 
-    def test_the_licence_file_contains_the_licence_that_metainfo_and_readme_name(self):
+    def test_licence_file_metainfo_and_readme_contain_the_same_licence(self):
         self.assertTrue(self.read(LICENSE).lstrip().startswith('GNU GENERAL PUBLIC LICENSE'))
         self.assertIn('Version 2, June 1991', self.read(LICENSE))
         self.assertIn('either version 2 of the License, or', self.read(LICENSE))
         self.assertIn('<project_license>GPL-2.0-or-later</project_license>', self.read(METAINFO))
         self.assertIn('GPL-2.0-or-later', self.read(DOC, 'README.md'))
 
-    def test_the_metainfo_and_the_change_log_name_the_version_of_the_build(self):
+    def test_the_metainfo_and_the_change_log_contain_the_version_of_the_build(self):
         with open(os.path.join(SOURCE, 'CMakeLists.txt')) as stream:
             version = re.search(r'^project\(vyre VERSION (\S+)', stream.read(), re.MULTILINE).group(1)
         change, date = re.search(r'^## (\S+) - (\S+)$', self.read(DOC, 'CHANGELOG.md'), re.MULTILINE).groups()

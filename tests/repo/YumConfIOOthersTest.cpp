@@ -249,8 +249,8 @@ void YumConfIOOthersTest::aDirectoryThatAnotherProgramHasRemovedIsNotCreatedAgai
     entry(QStringLiteral("a")).name = QStringLiteral("A");
     QVERIFY(!conf->write(window.get()));
     compareNothingIsWritten({file});
-    // If the user removes the repository, its missing directory does not matter, and VYRE writes the other
-    // files.
+    // If the user removes the repository "a", VYRE does not need the missing directory of a.repo any more,
+    // and writes the other files.
     conf->entries.removeAll(made(QStringLiteral("a")));
     QVERIFY(conf->write(window.get()));
     QVERIFY(!QFile::exists(path(QStringLiteral("etc/yum"))));

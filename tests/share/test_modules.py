@@ -32,7 +32,7 @@ class ModuleScenario(ScenarioTest):
 
 class ModulesTest(ModuleScenario):
     @in_own_process
-    def test_the_listing_names_an_enabled_stream_below_the_packages(self):
+    def test_below_the_packages_the_listing_has_the_stream_that_the_transaction_enables(self):
         self.started()
         at = []
         self.module("program").addToListing = lambda text: (
@@ -108,7 +108,7 @@ class StreamsTest(ModuleScenario):
         self.assertEqual([package.modulestreams for package in installed], ["grove:1"])
 
     @in_own_process
-    def test_the_description_of_a_package_does_not_build_the_index_of_streams(self):
+    def test_reading_the_streams_of_a_package_after_a_collection_makes_no_new_index(self):
         self.started()
 
         def refuse(base):

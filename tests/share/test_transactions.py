@@ -245,7 +245,7 @@ class GroupTest(ScenarioTest):
 
     @needs_groups
     @in_own_process
-    def test_a_group_is_installed_without_members_that_no_repository_has(self):
+    def test_a_group_with_a_missing_member_is_installed_without_this_member(self):
         self.started()
         self.assertEqual(self.changes(self.apply, group_installs=["ghosts"]), NOTHING)
         self.assertIn("no-such-package", "\n".join(self.recording.errors()))
@@ -256,7 +256,7 @@ class GroupTest(ScenarioTest):
         self.assertIsNotNone(self.group("ghosts"))
 
     def introductions(self):
-        """Returns a list that gets the texts before each listing from now on."""
+        """Returns an empty list. From now on, this list gets each text that the script adds before a listing."""
         texts = []
         self.module("program").addBeforeListing = texts.append
         return texts

@@ -59,7 +59,8 @@ QString conflict(const QString& package, const QString& groupAction, const QStri
 
 } // namespace
 
-// Tests that the script gets the marked records, and tests of cleaning the cache.
+// These tests check the lists of marked records that the script gets, and the questions and errors before the
+// script gets them. The last tests check the commands that clean the cache.
 class YumIOApplyTest : public ApplyFixture
 {
     Q_OBJECT

@@ -20,8 +20,8 @@ private:
     YumIOProbe& yumIO() { return backEnd->yumIO; }
     int logLength() { return backEnd->log().count(); }
 
-    // Calls a Python function that raises this exception, as the script's functions do, and explains the
-    // failure to the user.
+    // Calls a Python function that raises this exception. Then lets the back end show a message about the
+    // exception, as after a failed function of the script.
     bool explain(const QString& exception, const QString& what = "do something")
     {
         backEnd->run("def failing():\n    raise " + exception + "\n");
