@@ -63,7 +63,7 @@ public:
     };
 
     // "Attribute" means an attribute of the script's package object. Each attribute has either dnf's name or
-    // a name that share/python/vyre/packages.py defines.
+    // a name that a module of share/python/vyre/ defines.
     enum class Source {
         Record,       // a text that is a member of the record
         RecordKind,   // the word for the record's kind
