@@ -478,13 +478,16 @@ void YumIO::listItem(PyObject* item, Listing& listing)
 }
 
 // Returns whether the user has marked the item, or its group, for removal. The item's reason does not show
-// this: superfluous kernel versions and marked packages have the same reason.
+// this: superfluous kernel versions and marked packages have the same reason. But a member of a marked group
+// may also be removed as a dependent or unused package, and then it counts as unmarked.
 bool YumIO::isMarkedForRemoval(PyObject* item)
 {
     const QString name = pyStringDec(attribute(item, "name"));
+    const long reason = pyLongDec(attribute(item, "reason"));
     const Package::Entry* entry = findPackage(name, pyStringDec(attribute(item, "arch")));
     return (entry != nullptr && entry->action == Package::Remove) ||
-           transaction.membersToRemove.contains(name);
+           (transaction.membersToRemove.contains(name) && reason != Transaction::Dependency &&
+            reason != Transaction::Clean);
 }
 
 // Returns a notice of the removals that the user has not marked. The dialog shows the notice outside the

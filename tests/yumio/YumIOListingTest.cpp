@@ -464,6 +464,14 @@ private Q_SLOTS:
                       "yumIOC.userconfirm()"));
         QCOMPARE(backEnd->answers.take().value(0).notice,
                  QString("Removals: 2. You did not mark 1 of them:\n    other 1.0-1 (x86_64)"));
+        // A member that is removed as a dependent package (1) or as an unused package (3) counts as unmarked.
+        for (const int reason : {1, 3}) {
+            QVERIFY(apply(QString("yumIOC.listTransaction(None, [item(8, 'member', %1)])\n"
+                                  "yumIOC.userconfirm()")
+                              .arg(reason)));
+            QCOMPARE(backEnd->answers.take().value(0).notice,
+                     QString("Removals: 1. You did not mark 1 of them:\n    member 1.0-1 (x86_64)"));
+        }
         // In the next transaction the group is not marked, so its members count as unmarked.
         backEnd->group("G")->action = Package::None;
         mark("other", Package::Remove);

@@ -179,9 +179,10 @@ def advisoriesOfUpdates(base, updates):
 
 def concerning(base):
     """Yields each package version that an advisory names, the advisory, and whether this version or a newer one is
-    installed. Packages without any installed version are left out, as in "dnf updateinfo list --all".
+    installed. Packages without any installed version are left out, as in "dnf updateinfo list --all". Unlike this
+    command, the function includes packages that the configuration excludes: they may have security faults too.
     """
-    installed = base.sack.query().installed()
+    installed = base.sack.query(flags=hawkey.IGNORE_EXCLUDES).installed()
     newest = {}
     for package in installed:
         if package.name not in newest or package.evr_gt(newest[package.name]):

@@ -24,12 +24,13 @@ _LIBRARIES = {
     "libarchive": ("libarchive.so.13",),
     "expat": ("libexpat.so.1",),
     "lz4-libs": ("liblz4.so.1",),
+    "isa-l": ("libisal.so.2",),
     "qt5-qtbase": ("libQt5Core.so.5",),
     "qt5-qtbase-gui": ("libQt5Gui.so.5", "libQt5Widgets.so.5"),
     "qt5-qtx11extras": ("libQt5X11Extras.so.5",),
 }
-# Only a build with sanitizers needs these libraries, so they may be missing.
-_OPTIONAL = ("libasan", "libubsan")
+# Not every build of VYRE needs these libraries, so they may be missing.
+_OPTIONAL = ("libasan", "libubsan", "isa-l")
 
 _PROGRAMS = {
     "python3": ("/usr/bin/python3",),
