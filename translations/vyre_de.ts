@@ -2391,6 +2391,14 @@ Die Vormerkungen aller anderen Pakete gehen verloren.</translation>
         <translation>%1 Module geändert</translation>
     </message>
     <message>
+        <source>1 reason changed</source>
+        <translation>1 Installationsgrund geändert</translation>
+    </message>
+    <message>
+        <source>%1 reasons changed</source>
+        <translation>%1 Installationsgründe geändert</translation>
+    </message>
+    <message>
         <source>%1 failed</source>
         <translation>%1 fehlgeschlagen</translation>
     </message>

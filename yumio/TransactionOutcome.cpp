@@ -15,7 +15,7 @@ const char* TransactionOutcome::nameOf(Count count)
 {
     static const char* const names[] = {"installed", "updated",         "downgraded",    "reinstalled",
                                         "removed",   "groupsInstalled", "groupsUpdated", "groupsRemoved",
-                                        "modules",   "failed"};
+                                        "modules",   "reasonsChanged",  "failed"};
     static_assert(sizeof names / sizeof *names == CountCount, "one name for each number");
     return names[count];
 }
@@ -32,6 +32,7 @@ QString TransactionOutcome::changes() const
         counts[GroupsUpdated] == 1 ? tr("1 group updated") : tr("%1 groups updated"),
         counts[GroupsRemoved] == 1 ? tr("1 group removed") : tr("%1 groups removed"),
         counts[Modules] == 1 ? tr("1 module changed") : tr("%1 modules changed"),
+        counts[ReasonsChanged] == 1 ? tr("1 reason changed") : tr("%1 reasons changed"),
     };
     static_assert(sizeof texts / sizeof *texts == Failed, "a text for each kind of change");
     QStringList parts;

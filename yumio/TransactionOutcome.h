@@ -29,7 +29,8 @@ public:
         GroupsInstalled,
         GroupsUpdated,
         GroupsRemoved,
-        Modules, // modules with changed streams or profiles
+        Modules,        // modules with changed streams or profiles
+        ReasonsChanged, // packages of which only the installation reason changed
         Failed,
         CountCount
     };

@@ -2,7 +2,10 @@
 """Tests of the outcome of a transaction: the numbers of changes, the failures, and whether a restart is needed."""
 
 import os
+import subprocess
 import sys
+
+import libdnf.transaction
 
 from scenario import ScenarioTest, in_own_process
 
@@ -19,7 +22,8 @@ class OutcomeTest(ScenarioTest):
         found = dict(self.yumio.outcome)
         self.assertEqual(set(found), {
             "installed", "updated", "downgraded", "reinstalled", "removed", "failed", "groupsInstalled",
-            "groupsUpdated", "groupsRemoved", "modules", "failedScriptlets", "restartNeeded", "keysImported"})
+            "groupsUpdated", "groupsRemoved", "modules", "reasonsChanged", "failedScriptlets", "restartNeeded",
+            "keysImported"})
         return {name: value for name, value in found.items() if value}
 
     def fails(self, **actions):
@@ -91,6 +95,114 @@ class NumbersTest(OutcomeTest):
         self.started()
         self.fails(installs=["inkwell-classic", "inkwell-modern"])  # both contain the same file
         self.assertEqual(self.outcome(), {})
+
+
+class ReasonsTest(OutcomeTest):
+    def command(self, *arguments):
+        root = self.sandbox.root
+        subprocess.run(["/usr/bin/dnf", "--assumeyes", "--quiet", "--installroot", root, "-c", root + "/etc/yum.conf",
+                        "--setopt=reposdir=%s/etc/yum.repos.d" % root] + list(arguments), check=True,
+                       env=self.sandbox.environment(), stdout=subprocess.DEVNULL)
+
+    def reason(self, name):
+        """The installation reason of this package, as dnf reads it from the history."""
+        self.again()
+        return self.package(self.installed, name).reason
+
+    def replay(self, kind, row):
+        """Undoes or repeats the transaction in this row of the list. The newest transaction is in row 0."""
+        self.recording.answers = [1]
+        self.yumio.replay(kind, self.yumio.transactions()[row][0])
+
+    @in_own_process
+    def test_changed_reasons_are_counted(self):
+        self.command("install", "libbough")
+        self.command("mark", "install", "libtwig")
+        self.started()
+        self.replay("undo", 0)
+        self.assertEqual(self.outcome(), {"reasonsChanged": 1})
+        self.assertEqual(self.reason("libtwig"), "dependency")
+
+    @in_own_process
+    def test_changed_reasons_and_changed_packages_are_counted_separately(self):
+        self.command("install", "libbough")
+        self.command("mark", "install", "libtwig")
+        self.command("install", "astrolabe")
+        self.started()
+        self.replay("rollback", 2)
+        self.assertEqual(self.outcome(), {"removed": 1, "reasonsChanged": 1})
+        self.assertEqual(self.reason("libtwig"), "dependency")
+
+    @in_own_process
+    def test_the_changed_reason_of_an_updated_package_is_not_counted(self):
+        self.started()
+        resolve = self.dnf.Base.resolve
+
+        def changesReasons(base, *arguments, **named):
+            result = resolve(base, *arguments, **named)
+            for package in base.sack.query().installed().filter(name=["abacus-cli", "almanac"]):
+                base.history.set_reason(package, libdnf.transaction.TransactionItemReason_DEPENDENCY)
+            return result
+        self.dnf.Base.resolve = changesReasons
+        self.apply(updates=["abacus-cli"])
+        self.assertEqual(self.outcome(), {"updated": 1, "reasonsChanged": 1})
+        self.assertEqual(self.reason("almanac"), "dependency")
+
+    @in_own_process
+    def test_a_reason_that_is_recorded_again_without_a_change_is_not_counted(self):
+        self.configure("installonly_limit=2")
+        self.started()
+        words = []
+        self.recording.before_answer = lambda: words.extend(
+            item.action_name for item in self.yumio.base.transaction)
+        self.apply(updates=["kernel"])
+        self.assertIn("Reason Change", words)
+        self.assertEqual(self.outcome(), {"installed": 1, "removed": 1, "restartNeeded": True})
+
+    @in_own_process
+    def test_no_reasons_are_counted_if_the_history_is_not_written(self):
+        self.command("install", "libbough")
+        self.command("mark", "install", "libtwig")
+        self.configure("history_record=0")
+        self.started()
+        self.replay("undo", 0)
+        self.assertEqual(self.outcome(), {})
+        self.assertEqual(self.reason("libtwig"), "user")
+
+    @in_own_process
+    def test_no_reasons_are_counted_if_the_history_lacks_the_end_of_the_transaction(self):
+        self.command("install", "libbough")
+        self.command("mark", "install", "libtwig")
+        self.started()
+
+        def fails(base, callback=None):
+            raise OSError("no space")
+        self.dnf.Base._verify_transaction = fails
+        self.replay("undo", 0)
+        self.assertEqual(self.outcome(), {})
+        self.assertEqual(self.reason("libtwig"), "user")
+
+    @in_own_process
+    def test_no_reasons_are_counted_if_the_transaction_is_only_a_test(self):
+        self.command("install", "libbough")
+        self.command("mark", "install", "libtwig")
+        self.configure("tsflags=test")
+        self.started()
+        self.replay("undo", 0)
+        self.assertEqual(self.outcome(), {})
+        self.assertEqual(self.reason("libtwig"), "user")
+
+    @in_own_process
+    def test_no_reasons_are_counted_if_a_package_has_failed(self):
+        self.command("install", "libbough")
+        self.command("install", "--setopt=tsflags=noscripts", "brokenlatch")
+        self.command("remove", "brokenlatch")
+        self.command("mark", "install", "libtwig")
+        self.started()
+        with self.assertRaisesRegex(self.dnf.exceptions.Error, "brokenlatch"):
+            self.replay("rollback", 2)
+        self.assertEqual(self.outcome(), {"failed": 1, "failedScriptlets": ["brokenlatch"]})
+        self.assertEqual(self.reason("libtwig"), "user")
 
 
 class FailureTest(OutcomeTest):

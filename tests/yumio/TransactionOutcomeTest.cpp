@@ -74,6 +74,10 @@ private Q_SLOTS:
             {O::GroupsInstalled, 2, O::GroupsUpdated, 3, O::GroupsRemoved, 4, O::Modules, 5}, {}, false,
             "2 groups installed, 3 groups updated, 4 groups removed, 5 modules changed",
             "2 groups installed, 3 groups updated, 4 groups removed, 5 modules changed");
+        row("a changed reason", {O::ReasonsChanged, 1}, {}, false, "1 reason changed", "1 reason changed");
+        row("several changed reasons", {O::Installed, 1, O::Modules, 1, O::ReasonsChanged, 2, O::Failed, 1},
+            {}, false, "1 installed, 1 module changed, 2 reasons changed",
+            "1 installed, 1 module changed, 2 reasons changed, 1 failed");
         row("only failures", {O::Failed, 2}, {}, false, "", "2 failed");
         row("a scriptlet", {O::Installed, 1}, {"%1limp"}, true, "1 installed",
             "1 installed; a restart is needed; the scriptlet of %1limp failed");

@@ -47,6 +47,7 @@ class Outcome:
                                             ('groupsRemoved', '_removed'))}
         self._modules = len(set(re.split('[/ ]', line)[0] for heading, lines in otherSections(base, withGroups=False)
                                 for line in lines))
+        self._newReasons = packagesWithNewReason(base)
         self.complete = False  # whether dnf has carried out the transaction, perhaps without some packages
         self.missing = None  # the items that rpm's database does not record; None if not known yet
         self.failedScriptlets = []  # the full names of packages
@@ -59,7 +60,8 @@ class Outcome:
         base = self._base
         items = list(base.transaction or [])
         counts = dict.fromkeys(COUNTED.values(), 0)
-        counts.update(failed=0, groupsInstalled=0, groupsUpdated=0, groupsRemoved=0, modules=0)
+        counts.update(failed=0, groupsInstalled=0, groupsUpdated=0, groupsRemoved=0, modules=0,
+                      reasonsChanged=self._changedReasons(items))
         done = []
         if items and base.changed:
             failed = [item for item in items if item.action in COUNTED and self._hasFailed(item)]
@@ -81,6 +83,16 @@ class Outcome:
                     restartNeeded=restartNeeded(base, [item.pkg for item in done
                                                        if item.action in dnf.transaction.FORWARD_ACTIONS]))
 
+    def _changedReasons(self, items):
+        """The number of packages of which the transaction has changed only the installation reason. dnf reads the
+        reasons from the history, but only from transactions without failures.
+        """
+        base = self._base
+        recorded = self.complete and base.conf.history_record and base.historyFault is None
+        if not recorded or any(item.state == libdnf.transaction.TransactionItemState_ERROR for item in items):
+            return 0
+        return len(self._newReasons)
+
     def _hasFailed(self, item):
         if item.state == libdnf.transaction.TransactionItemState_ERROR:
             return True
@@ -94,6 +106,18 @@ class Outcome:
         except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError, rpm.error) as e:
             logging.getLogger('dnf').debug('It is not known what the transaction has changed: %s', e)
             return []
+
+
+def packagesWithNewReason(base):
+    """The names and architectures of the packages of which the resolved transaction changes only the installation
+    reason.
+    """
+    change = libdnf.transaction.TransactionItemAction_REASON_CHANGE
+    items = base.items()
+    # If dnf removes one of several installed versions of a package, it records the old reason of some package again.
+    found = set((item.name, item.arch) for item in items
+                if item.action == change and item.reason != base.history.rpm.get_reason(item))
+    return found.difference((item.name, item.arch) for item in items if item.action != change)
 
 
 def nameOf(package):
