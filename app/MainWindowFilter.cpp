@@ -196,17 +196,20 @@ void MainWindow::updateEmptyText()
         view->setEmptyText(tr("This is not a valid regular expression:\n%1").arg(proxy->expressionFault()));
     } else if (stateBox->currentIndex() == PackageTable::ViewUpdatable && proxy->filterRegExp().isEmpty()) {
         view->setEmptyText(tr("No package has an update."));
-    } else if (proxy->rowCount() == 0 && proxy->matchesIgnoringCase()) {
-        view->setEmptyText(
-            tr("No package matches.\nWith other upper and lower case letters, packages match. For both "
-               "forms of a letter, write \"[Aa]\"."));
-    } else if (modeBox->currentIndex() == searchMode &&
-               proxy->filterRegExp().pattern().endsWith(QLatin1Char('$'))) {
+    } else {
+        QStringList lines;
+        lines.append(tr("No package matches."));
+        if (proxy->rowCount() == 0 && proxy->matchesIgnoringCase()) {
+            lines.append(tr("With other upper and lower case letters, packages match. For both forms of a "
+                            "letter, write \"[Aa]\"."));
+        }
         // The list of files is one field, so "$" matches only the end of the whole list, not the end of each
         // path.
-        view->setEmptyText(tr("No package matches.\nIn a search, \"$\" is the end of a whole field, such as "
-                              "the list of files.\nFor the end of one line, write \"([[:space:]]|$)\"."));
-    } else {
-        view->setEmptyText(tr("No package matches."));
+        if (modeBox->currentIndex() == searchMode &&
+            proxy->filterRegExp().pattern().endsWith(QLatin1Char('$'))) {
+            lines.append(tr("In a search, \"$\" is the end of a whole field, such as the list of files.\n"
+                            "For the end of one line, write \"([[:space:]]|$)\"."));
+        }
+        view->setEmptyText(lines.join(QLatin1Char('\n')));
     }
 }

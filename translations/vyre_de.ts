@@ -1063,11 +1063,9 @@ Duplikate und Gruppen gerade nicht angezeigt.
         <translation>VYRE kann erst beendet werden, wenn die laufende Arbeit abgeschlossen ist</translation>
     </message>
     <message>
-        <source>No package matches.
-In a search, &quot;$&quot; is the end of a whole field, such as the list of files.
+        <source>In a search, &quot;$&quot; is the end of a whole field, such as the list of files.
 For the end of one line, write &quot;([[:space:]]|$)&quot;.</source>
-        <translation>Kein Paket entspricht der Auswahl.
-Beim Suchen ist „$“ das Ende eines ganzen Feldes, etwa der Dateiliste.
+        <translation>Beim Suchen ist „$“ das Ende eines ganzen Feldes, etwa der Dateiliste.
 Für das Ende einer Zeile schreiben Sie „([[:space:]]|$)“.</translation>
     </message>
     <message>
@@ -1095,10 +1093,8 @@ Für das Ende einer Zeile schreiben Sie „([[:space:]]|$)“.</translation>
         <translation>%1 Paketquellen sind ausgelassen: siehe Protokoll (Strg+L)</translation>
     </message>
     <message>
-        <source>No package matches.
-With other upper and lower case letters, packages match. For both forms of a letter, write &quot;[Aa]&quot;.</source>
-        <translation>Kein Paket entspricht der Auswahl.
-Mit anderer Groß- und Kleinschreibung passen Pakete. Für beide Formen eines Buchstabens steht „[Aa]“.</translation>
+        <source>With other upper and lower case letters, packages match. For both forms of a letter, write &quot;[Aa]&quot;.</source>
+        <translation>Mit anderer Groß- und Kleinschreibung passen Pakete. Für beide Formen eines Buchstabens steht „[Aa]“.</translation>
     </message>
     <message>
         <source>VYRE cannot change packages, because it has no right to change %1</source>

@@ -32,6 +32,7 @@ private Q_SLOTS:
     void theTableIsNotFilteredWhileExtraDataAreLoaded();
     void aSearchFindsAPackageByTheExactPathOfAFile();
     void aHintIsShownIfAnExpressionWithAFinalDollarSignFindsNothing();
+    void bothHintsAreShownIfAnExpressionWithAFinalDollarSignMatchesWithOtherLetterCase();
     void anInvalidExpressionHasTheErrorColour();
     void theStateBoxAndBothCheckBoxesFilterTheRowsInSearchModeToo();
     void aWorkerReadsTheSearchTextsOfRecordsWithTheSelectedState();
@@ -260,6 +261,27 @@ void MainWindowFilterTest::aHintIsShownIfAnExpressionWithAFinalDollarSignFindsNo
     shown->filter("/usr/bin/missing");
     QVERIFY(!hinted());
     QCOMPARE(shown->view->accessibleDescription(), QString("No package matches."));
+}
+
+void MainWindowFilterTest::bothHintsAreShownIfAnExpressionWithAFinalDollarSignMatchesWithOtherLetterCase()
+{
+    standIn->setPackages({}, {},
+                         {StandIn::package("first", {{"files", QJsonArray{"/usr/bin/a", "/usr/bin/b"}}})});
+    shown->start();
+    shown->choose(shown->stateBox, ViewInstallable);
+    shown->choose(shown->modeBox, Search);
+    const QString caseHint =
+        "No package matches.\nWith other upper and lower case letters, packages match. For "
+        "both forms of a letter, write \"[Aa]\".";
+    shown->filter("/usr/bin/B");
+    QCOMPARE(shown->view->accessibleDescription(), caseHint);
+    shown->filter("/usr/bin/B$");
+    QCOMPARE(shown->listed(), QStringList());
+    QCOMPARE(shown->view->accessibleDescription(),
+             caseHint + "\nIn a search, \"$\" is the end of a whole field, such as the list of files.\n"
+                        "For the end of one line, write \"([[:space:]]|$)\".");
+    shown->filter("/usr/bin/b$");
+    QCOMPARE(shown->listed(), QStringList{"first"});
 }
 
 void MainWindowFilterTest::anInvalidExpressionHasTheErrorColour()
