@@ -145,8 +145,8 @@ def advisoriesOf(package):
 
 
 def advisoriesOfUpdates(base, updates):
-    """Pairs of an update and the identifiers of the advisories about versions after the installed version, the newest
-    advisory first.
+    """Pairs: an update, and the identifiers of the advisories about all versions that are newer than the installed
+    version, up to the version of the update. The newest advisory comes first.
     """
     byName = {}
     for update in updates:

@@ -336,9 +336,9 @@ class Base(dnf.Base):
 
     @staticmethod
     def _renewTime(cache):
-        """Set only the change time of a cache file that dnf has just accepted, although the package list is newer. This
-        happens, for example, if somebody has copied both files. With the new time, the next run does not check the
-        package list again.
+        """Set the change time of a cache file, and none of its other times. dnf has just accepted this cache file,
+        although the package list is newer: for example, somebody may have copied both files. With the new change time,
+        the next run does not check the package list again.
         """
         try:
             found = os.stat(cache)
@@ -380,9 +380,9 @@ class Base(dnf.Base):
 
     def _run_transaction(self, cb):
         """Run the transaction. If a scriptlet has failed, but rpm has still changed the package of this scriptlet,
-        ignore the failure. After such a scriptlet, versions of rpm that are newer than Debian 12's report a failed
-        transaction, although no package has failed. The packages have changed, so the history must record the end of
-        the transaction.
+        ignore the failure. After such a scriptlet, some versions of rpm report a failed transaction, although no
+        package has failed. These versions are newer than the version in Debian 12. The packages have changed, so the
+        history must record the end of the transaction.
         """
         try:
             return super(Base, self)._run_transaction(cb)

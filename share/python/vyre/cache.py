@@ -14,8 +14,7 @@ def cleanCache(conf, *types):
     cache = conf.cachedir
     patterns = [re.compile(dnf.repo.CACHE_FILES[type]) for type in types]
     count = 0
-    # A second process may be installing packages from the cache. During its transaction, this process holds the first
-    # of these locks.
+    # Another process that installs packages from the cache holds the first of these locks during its transaction.
     with dnf.lock.build_rpmdb_lock(conf.persistdir, True), \
             dnf.lock.build_metadata_lock(cache, False), dnf.lock.build_download_lock(cache, False):
         for directory, _, names in os.walk(cache):

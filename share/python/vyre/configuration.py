@@ -77,9 +77,11 @@ def readConfiguration():
 
 
 def readMainFile(conf):
-    """Read the options of the main configuration file. Return the path of the file whose other sections dnf reads as
-    repositories. Without a main configuration file, dnf would not check package signatures. So if the file is missing
-    or unusable, demand this check.
+    """Read the [main] section of the main configuration file. Return the path of this file, because dnf reads its other
+    sections as repositories. If the file is missing or unusable, return the path of an empty file.
+
+    Without a main configuration file, dnf would not check package signatures. So if the file is missing or unusable,
+    demand this check.
     """
     path = configurationFile()
     if path is None:

@@ -23,7 +23,7 @@ def useDatabaseOfRoot():
     """Make rpm use the database of the managed system. In some distributions, rpm by default uses a database in the
     user's home directory.
 
-    dnf checks signatures with the rpmkeys program, which must use the same directory. So this function also replaces
+    dnf checks signatures with the rpmkeys program, which must use the same database. So this function also replaces
     dnf's function that runs rpmkeys. This replacement must be permanent: if the script runs again in the same
     interpreter, rpm's macro already has its value, and useDatabaseOfRoot() returns at once. So this function does not
     use program.replace().

@@ -387,8 +387,8 @@ def waitingLock(build):
 
 
 def useDatabaseLock(lock=None):
-    """Make dnf use this lock for its own files. If lock is None, dnf makes its own locks. If another process holds a
-    lock of dnf's own, dnf does not wait, but raises an exception.
+    """Make dnf use this lock for its own files. If lock is None, dnf makes a new lock each time. If another process
+    then holds the lock, dnf does not wait, but raises an exception.
     """
     dnf.lock.build_rpmdb_lock = lambda persistdir, exit_on_lock: lock or buildDatabaseLock(persistdir, True)
 

@@ -20,8 +20,8 @@ import rpm
 from .history import unrecorded
 from .listing import otherSections
 
-# For each action, the name of the number that counts the action. If a package replaces a package of another name, this
-# counts as a removal of the replaced package.
+# For each of dnf's actions, the name under which Outcome.values() returns the number of these actions. If a package
+# replaces a package of another name, this counts as a removal of the replaced package.
 COUNTED = {
     libdnf.transaction.TransactionItemAction_INSTALL: 'installed',
     libdnf.transaction.TransactionItemAction_UPGRADE: 'updated',
@@ -31,7 +31,8 @@ COUNTED = {
     libdnf.transaction.TransactionItemAction_OBSOLETED: 'removed',
 }
 
-# The list of dnf's needs-restarting plug-in, for use if dnf has not loaded the plug-in.
+# The packages that need a restart of the system, as in dnf's needs-restarting plug-in. The script uses this list if dnf
+# has not loaded the plug-in.
 NEED_REBOOT = ('kernel', 'kernel-core', 'kernel-rt', 'glibc', 'linux-firmware', 'systemd', 'dbus', 'dbus-broker',
                'dbus-daemon', 'microcode_ctl')
 
@@ -114,7 +115,8 @@ def packagesWithNewReason(base):
     """
     change = libdnf.transaction.TransactionItemAction_REASON_CHANGE
     items = base.items()
-    # If dnf removes one of several installed versions of a package, it records the old reason of some package again.
+    # If dnf removes one of several installed versions of a package, the transaction can also record a "new" reason that
+    # is equal to the old reason. Leave out such an item.
     found = set((item.name, item.arch) for item in items
                 if item.action == change and item.reason != base.history.rpm.get_reason(item))
     return found.difference((item.name, item.arch) for item in items if item.action != change)

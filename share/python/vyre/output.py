@@ -79,7 +79,7 @@ class LogHandler(logging.Handler):
     LEVELS = ((logging.CRITICAL, 0), (logging.ERROR, 1), (logging.WARNING, 2), (logging.INFO, 2),
               (logging.DEBUG, 3), (dnf.logging.DDEBUG, 7), (dnf.logging.SUBDEBUG, 8), (dnf.logging.TRACE, 9))
 
-    # Whether dnf leaves out the repository that it is now reading if dnf cannot read this repository.
+    # Whether dnf is reading a repository that it leaves out if a failure occurs, because of skip_if_unavailable.
     mayBeSkipped = False
 
     @classmethod
@@ -112,7 +112,8 @@ class LogHandler(logging.Handler):
             # If the user stops a download, the download fails. Log this failure only as a detail.
             yumIOC.log(max(level, 3), text)
         elif record.levelno == logging.WARNING and program.logWarning is not None and self.isOnlyWarning(record):
-            # A notice about a skipped repository refers to the log, so each detail level must show the reason.
+            # A notice about a skipped repository refers to the log, so each detail level of the log must show the
+            # reason.
             program.logWarning(level if getattr(record, HARMLESS, False) else 0, text)
         elif record.levelno >= logging.WARNING:
             yumIOC.errorlog(level, text)

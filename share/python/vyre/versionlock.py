@@ -127,8 +127,8 @@ def unlockVersions(base, packages):
 
 
 def requireList(base):
-    """The plug-in's module. Raise an exception if the plug-in is not loaded, or if the user cannot change its list. The
-    plug-in itself would report that it cannot read the list.
+    """The plug-in's module. Raise an exception if the plug-in is not loaded, or if the user cannot change its list. In
+    the second case, the plug-in itself would wrongly report that it cannot read the list.
     """
     module = loadedPlugIn(base)
     if module is None:
