@@ -492,8 +492,8 @@ private:
         result[QStringLiteral("refreshes")] = rows;
     }
 
-    // Presses "Refresh", and two seconds later "Stop". A repository must be so slow that the refresh still
-    // runs.
+    // Presses "Refresh", and two seconds later "Stop". A repository must be so slow that the refresh has not
+    // ended by then.
     void stops()
     {
         QPushButton* const stop = buttons.value(QStringLiteral("Stop"));
@@ -606,7 +606,7 @@ class ProbePlugin : public QGenericPlugin
     Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "Probe.json")
 
 public:
-    // Qt creates plug-ins before the application object is complete. The caller deletes the object.
+    // Qt calls this function before the application object is complete. The caller deletes the Probe.
     QObject* create(const QString&, const QString&) override { return new Probe(nullptr); }
 };
 
