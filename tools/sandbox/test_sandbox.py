@@ -751,7 +751,7 @@ class ServerTest(SandboxTest):
         self.assertEqual(status, 0, output)
         self.assertEqual(len([path for path in sandbox.server.paths(200) if "/tilepack-" in path]), 8)
 
-    def test_a_hanging_request_does_not_delay_the_stop(self):
+    def test_a_hanging_request_does_not_delay_the_stop_of_the_server(self):
         sandbox = self.copied()
         sandbox.server.faults[self.index] = server.hang()
         connection = socket.create_connection(("127.0.0.1", sandbox.server.port))

@@ -440,7 +440,7 @@ def _suites():
 
 
 def _group_members():
-    """Packages that are only members of the groups below."""
+    """Packages that exist only because the groups in GROUPS need members."""
     return [
         # Members of the group that is installed according to the history.
         Package("easel", "1.1", "Holds canvases", arch="noarch", state="group"),
