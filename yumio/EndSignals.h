@@ -27,12 +27,12 @@ bool wasSent(const siginfo_t& info);
 // Installs a handler for each signal that would end the process by its default action, except SIGINT. The
 // handler writes the signal's number (an int) to the descriptor, which the caller still owns. But if the
 // signal reports a fault of the program itself, the handler removes the lock file and ends the process at
-// once. The handler does the same if the program still runs a long time after the first signal, and another
-// signal arrives.
+// once. The handler does the same if another signal arrives a long time after the first signal, because the
+// program should have ended by then.
 void install(int descriptor);
 
 // Installs the same handler for SIGINT. Call this function again after the interpreter has restored the
-// default action of SIGINT. Before install(), the function does nothing.
+// default action of SIGINT. If install() has not been called yet, the function does nothing.
 void renew();
 
 // Returns whether this action is the handler of install() and renew().

@@ -126,7 +126,8 @@ private:
             reader->place =
                 reader->wanted.value(QByteArray::fromRawData(id, static_cast<int>(std::strlen(id))), -1);
         } else if (reader->place >= 0) {
-            // Only the innermost elements are parts, so discard the characters before this element.
+            // Only elements without child elements become parts. So discard the characters of the parent
+            // element, which come before this element.
             reader->collected.resize(reader->collectedParts.empty() ? 0 : reader->collectedParts.back().end);
             reader->collecting = reader->begin(name, attributes);
         }
@@ -243,8 +244,8 @@ private:
     std::vector<std::string_view> paths;
 };
 
-// A base class of Checker, because these members must exist before the constructor of Reader, the second base
-// class, refers to them.
+// The members of Checker. They belong to a base class, because they must exist before the constructor of
+// Reader refers to them. Reader is the second base class of Checker.
 struct NothingWanted
 {
     const Wanted nothing;

@@ -3,8 +3,8 @@
 // Reads the file lists and the change logs of a repository's packages directly from its metadata files.
 //
 // The package manager can also list the files of a package. But for each file, the package manager searches
-// through all directories. For all packages of a distribution, this takes half a minute. Reading the metadata
-// file once takes a second.
+// through all directories. For all packages of a distribution, this takes half a minute. This namespace reads
+// the whole metadata file in a second.
 //
 // Any thread may call these functions. They do not need the interpreter.
 
@@ -21,7 +21,7 @@
 namespace Metadata {
 
 // The packages to read. The key is the checksum of a package, in hexadecimal digits. The value is the index
-// of its text.
+// that is passed to the function `take` together with the text of the package.
 using Wanted = QHash<QByteArray, int>;
 
 // Receives the index and the text of a package. The text is UTF-8.
@@ -40,7 +40,7 @@ bool readChangeLogs(const QString& path, const Wanted& wanted, const Take& take,
                     const std::function<bool()>& stopped = {});
 
 // Checks that the document in the file is well-formed, has the root element `rootName`, and contains at least
-// the declared number of packages. The document may be compressed.
+// the number of packages that it declares. The document may be compressed.
 bool check(const QString& path, const QByteArray& rootName, QString& problem);
 
 } // namespace Metadata

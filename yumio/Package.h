@@ -64,9 +64,9 @@ public:
     PyObject* pyObject; // the script's package or group object, a strong reference
     bool duplicate;     // another record with this name suits the system better
     bool excluded;      // the package is installed, and the package manager's configuration excludes it
-    // The result of the proxy's last comparison with an expression: the number of this comparison if the
-    // record matches, the same number with a minus sign if the record does not match, or 0 if the record has
-    // not been compared.
+    // The result of the last search that compared the record with an expression. The table's filter numbers
+    // its searches. If the record matches, this is the number of the search. If the record does not match,
+    // this is the same number with a minus sign. If no search has compared the record, this is 0.
     qint32 match;
     Entry* next;     // owned; the next installed version with the same name and bi-arch class
     Action txAction; // the effect of the current transaction on this record

@@ -42,7 +42,7 @@ private:
     friend class TextUnpacker;
 
     QByteArray block;  // the unpacked size, then the packed texts
-    qint32 offset = 0; // the text's position in the unpacked block; its length comes first
+    qint32 offset = 0; // the position of the text's length in the unpacked block; the text follows
 };
 
 // Packs texts.
@@ -60,7 +60,7 @@ public:
 
 private:
     std::string unpacked;
-    std::vector<std::pair<PackedText*, qint32>> waiting; // the texts of this block, and their offsets
+    std::vector<std::pair<PackedText*, qint32>> waiting; // targets and the offsets of their texts
     std::vector<char> buffer;
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Stores the package records: finds them by key and by name, chains the installed versions, and deletes them.
+// Stores the package records. Finds a record by its key or by the name of the package, chains the installed
+// versions of a package, and deletes all records.
 //
 // The back end has one Records object. A worker changes this object while the worker holds the interpreter
 // lock. The graphical thread reads the object only while no worker runs. Each version in a record's chain has

@@ -417,7 +417,7 @@ QString ScriptValues::bytesFormat(unsigned long long bytes)
     // The names of the units are translated once, because each collection formats tens of thousands of sizes.
     static const struct
     {
-        int shift; // the unit has 2 to the power of this number of bytes
+        int shift; // the unit has (1 << shift) bytes
         QString name;
     } units[] = {{60, tr("Eb")}, {50, tr("Pb")}, {40, tr("Tb")},
                  {30, tr("Gb")}, {20, tr("Mb")}, {10, tr("Kb")}};

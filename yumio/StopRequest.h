@@ -39,7 +39,7 @@ public:
     // Returns whether the running operation must stop.
     bool isRequested() const { return requested; }
     // Returns whether the user requested a stop of the most recently ended operation. Only the graphical
-    // thread may call it.
+    // thread may call this function.
     bool wasRequested() const { return requestedBefore; }
     // Sets whether a request can stop the operation from now on.
     void setStoppable(bool stoppable);

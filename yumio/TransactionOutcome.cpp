@@ -6,7 +6,7 @@ namespace {
 
 // A line of the details has about this number of letters.
 constexpr int lineLength = 72;
-// The details have at most this number of names, because no more than this fit on a screen.
+// The details contain at most this number of names, because a screen has no room for more names.
 constexpr int mostNames = 100;
 
 } // namespace
@@ -16,7 +16,7 @@ const char* TransactionOutcome::nameOf(Count count)
     static const char* const names[] = {"installed", "updated",         "downgraded",    "reinstalled",
                                         "removed",   "groupsInstalled", "groupsUpdated", "groupsRemoved",
                                         "modules",   "reasonsChanged",  "failed"};
-    static_assert(sizeof names / sizeof *names == CountCount, "one name for each number");
+    static_assert(sizeof names / sizeof *names == CountCount, "each count has its name");
     return names[count];
 }
 

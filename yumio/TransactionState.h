@@ -34,8 +34,8 @@ public:
 
     // Counts a package that rpm will install. "local" means that the package file is in the cache.
     void weighNew(quint64 size, bool local);
-    // Counts a file to download. A delta weighs a third more, because the package must be rebuilt from the
-    // delta.
+    // Counts a file to download. The weight of a delta is its size and a third of its size, because the
+    // package must be rebuilt from the delta.
     void weighRemote(quint64 size, bool delta);
     // Sets the number of steps of the downloads in the total bar. Files in the cache get no steps.
     void shareDownloadSteps();
@@ -52,7 +52,7 @@ public:
     bool txApplied = false;        // the user has confirmed, and no step has failed
     QMap<long, int> listed;        // the number of listed items by action
     QStringList unmarkedRemovals;  // listed removals that the user has not marked, as the listing names them
-    bool isReplay = false;         // undoes or repeats a recorded transaction, instead of applying the marks
+    bool isReplay = false;         // replay() started the transaction, which ignores the marks
     QString sizes;                 // the sizes in the listing, in one line
     QSet<QString> membersToRemove; // the package names of all groups that are marked for removal
 

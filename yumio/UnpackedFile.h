@@ -26,8 +26,8 @@ public:
     UnpackedFile(const UnpackedFile&) = delete;
     UnpackedFile& operator=(const UnpackedFile&) = delete;
 
-    // Writes the next bytes of the content to `buffer`. Returns their number; at most `size`, 0 at the end of
-    // the content, and -1 after an error.
+    // Writes the next bytes of the content to `buffer`, at most `size` bytes. Returns the number of written
+    // bytes, 0 at the end of the content, or -1 after an error.
     int read(char* buffer, int size);
     // The text of the error; empty if no error has happened.
     QString problem() const { return error; }

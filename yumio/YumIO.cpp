@@ -457,7 +457,9 @@ QString YumIO::refusedDirectory()
     }
     PyGILStateWrapper lock(true);
     const PyRef directory(pyMethodCall(yumIO.get(), "refusedDirectory", "()"));
-    PyErr_Clear(); // the notice is only a help: if this user has no rights, a transaction fails anyway
+    // Ignore a failure, because the caller uses the result only for a notice. If this user has no right to
+    // change the directory, a transaction fails anyway.
+    PyErr_Clear();
     return directory ? pyString(directory.get()) : QString();
 }
 

@@ -112,8 +112,8 @@ public:
 
     // Returns whether a worker is running.
     bool isWorking() const { return worker != nullptr; }
-    // Returns whether rpm is changing the system now. This work must not be interrupted. Any thread may call
-    // it.
+    // Returns whether rpm is changing the system now. Nothing may interrupt rpm during this time. Any thread
+    // may call this function.
     bool isChangingSystem() const { return changingSystem; }
     // Asks the running operation to stop. Downloads and the wait for another process end at once. A step that
     // only computes is first completed. A stopped operation shows no message. The function returns false if
@@ -190,8 +190,8 @@ public:
     // Returns the reason why no transaction can be undone or repeated now, or an empty string. Call
     // readHistory() first.
     QString replayFault() const;
-    // Undoes or repeats a recorded transaction. Apart from this, works in the same way as apply(), but
-    // ignores the marks of the records.
+    // Undoes or repeats a recorded transaction. Ignores the marks of the records. Otherwise, works in the
+    // same way as apply().
     bool replay(Replay kind, qint64 number);
 
     // Returns the marks. restoreMarks() sets them again after a new collection.
@@ -221,7 +221,8 @@ public:
     {
         return updateAdvisoryIds.value(&entry);
     }
-    // Returns the record of a package, or null if it has no record. Only the graphical thread may call it.
+    // Returns the record of a package, or null if it has no record. Only the graphical thread may call this
+    // function.
     Package::Entry* recordOf(const QString& name, const QString& arch) { return findPackage(name, arch); }
 
     // --- Version locks

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Applies the chosen actions as one transaction, and cleans the caches. Both operations, and all callbacks of
-// the script here, run on a worker thread.
+// Applies the chosen actions as one transaction, and cleans the caches. Both operations run on a worker
+// thread. The script calls the functions of yumIOC in this file on the same thread.
 
 #include "yumio/YumIO.h"
 
@@ -202,7 +202,7 @@ bool YumIO::carryOut(const std::function<PyObject*()>& method)
         readOutcome();
         const QString changes = transaction.outcome.changes();
         const QString carriedOut = changes.isEmpty() ? QString() : tr("Carried out: %1.").arg(changes);
-        // No other exception needs a message here, because pyMethodCall() has already reported it.
+        // pyMethodCall() has already reported every other exception.
         if (stopRaised(result.get()) || commExceptRaised(result.get(), tr("apply changes"), carriedOut) ||
             !result || result.get() == Py_False) {
             transaction.txApplied = false; // keep the marks
@@ -241,7 +241,7 @@ void YumIO::readOutcome()
     }
     readCounts(PyRef(attribute(yumIO.get(), "outcome")).get());
     transaction.outcome.leftOut = transaction.leftOut.count();
-    // Log why marks were left out, because the question that showed this text is closed now.
+    // Log the reasons why marks were left out, because the question that showed these reasons is closed now.
     const PyRef reasons(attribute(yumIO.get(), "leftOutReasons"));
     const QString text = reasons ? pyString(reasons.get()) : QString();
     if (!text.isEmpty()) {
@@ -559,8 +559,8 @@ void YumIO::weighItem(PyObject* item, long action)
     case Transaction::Reinstall:
         if (transaction.isReplay &&
             (installedEntry(entry) == entry || getVerRelTxitem(item) != entry->verRel)) {
-            // An undo installs a version that the table does not list. The record's size is that of another
-            // version.
+            // The undo installs a version that the table does not list. The record contains the size of
+            // another version.
             weighUnlisted(item, action);
         } else {
             entry->local = verifyLocalPkg(entry->pyObject);

@@ -463,8 +463,8 @@ bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
         }
         collectPkg(entry, state, pkg.get(), name, arch);
         entry->excluded = excluded;
-        // Most packages belong to the same repository as the package before, and share the text of its
-        // identifier.
+        // Most packages belong to the same repository as the previous package. The records of both packages
+        // then share the text of the repository's identifier.
         if (state != Package::Installed && entry->repo.constData() != repo) {
             repo = entry->repo.constData();
             noteRepository(*entry);
@@ -555,7 +555,7 @@ bool YumIO::collectGroups(PyObject* groups)
     if (PyErr_Occurred() != nullptr) {
         return internalError(tr("Internal error: the groups cannot be walked"));
     }
-    // Warn only once, because each collection asks for hundreds of groups.
+    // Do not repeat a warning that an earlier collection has already shown.
     if (!historyFault.isEmpty() && historyFault != reportedHistoryFault) {
         reportedHistoryFault = historyFault;
         warning(tr("VYRE does not know which groups are installed, because it cannot read the transaction "

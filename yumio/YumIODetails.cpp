@@ -163,7 +163,7 @@ QString YumIO::getFiles(const Package::Entry& entry)
     if (entry.kind == Package::Group) {
         return QString();
     }
-    // Read the attribute only once, because the script may need a long time to create the list.
+    // Keep the value of the attribute, because the script may need a long time to create the list.
     PyRef files(PyObject_GetAttrString(entry.pyObject, "files"));
     if (!files && PyErr_ExceptionMatches(PyExc_AttributeError) != 0) {
         PyErr_Clear();

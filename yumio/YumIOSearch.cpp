@@ -93,7 +93,7 @@ private:
             return true;
         }
         if (row.source == Fields::Source::Header && entry.state != Package::Installed) {
-            hasEmpty = true; // the script would raise an exception for each package
+            hasEmpty = true; // do not ask the script, which would raise an exception
             return true;
         }
         if (name == nullptr) {
@@ -197,7 +197,7 @@ private:
     }
 
     YumIO& yumIO;
-    std::vector<PyRef> names; // for each field, the name of its attribute; null if its text is no attribute
+    std::vector<PyRef> names; // for each field, the name of its attribute; null if it has no attribute
     std::string texts;
     bool hasEmpty = false;
     std::vector<PyRef> items;
@@ -220,7 +220,7 @@ template <typename Read> void pack(std::vector<PackedText>& texts, Read read)
 constexpr int fewAdvisoryReads = 10;
 
 // If a comparison takes longer than this number of milliseconds, the bars show its progress, and the Stop
-// button is enabled. With every short comparison, the bars and the button would flicker.
+// button is enabled. Otherwise, the bars and the button would flicker during each short comparison.
 constexpr int shownAfter = 200;
 
 // The interval, in milliseconds, at which a comparison shows its progress and checks for a request to stop.
