@@ -83,7 +83,7 @@ private:
     bool working;       // true while a worker of this window runs
     int closeResult;    // the argument of done() if done() was called while a worker ran; otherwise -1
     bool columnsFitted; // true after the columns have been fitted to a list with transactions
-    qint64 keptNumber;  // the transaction that becomes current when the list has been read; 0: the newest
+    qint64 keptNumber;  // after the list is read, this transaction becomes current; 0 means the newest
 };
 
 #endif

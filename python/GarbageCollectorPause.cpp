@@ -37,8 +37,8 @@ GarbageCollectorPause::~GarbageCollectorPause()
     PyObject* traceback = nullptr;
     PyErr_Fetch(&type, &value, &traceback);
     // The following two calls move all objects to the oldest generation without examining them. Without these
-    // calls, Python would examine all objects from the pause as soon as a thread creates the next object.
-    // This thread may be the graphical thread.
+    // calls, Python would examine all objects from the pause as soon as any thread creates the next object.
+    // If the graphical thread creates that object, the windows would freeze meanwhile.
     if (call(collector, "freeze")) {
         call(collector, "unfreeze");
     }

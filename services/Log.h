@@ -24,7 +24,7 @@ enum Kind : quint32 {
 };
 
 // Hides the passwords in the URLs of a message. Messages about failed downloads contain URLs, so all code
-// that shows these messages must call this function. Any thread may call it.
+// that shows these messages must call this function. Any thread may call withoutPasswords().
 QString withoutPasswords(QString message);
 
 // One line of plain text, without a line feed. Entries of level 0 are the most important; entries of higher

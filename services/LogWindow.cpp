@@ -221,7 +221,7 @@ void Window::scrollTo(const QTextBlock& block)
 
 void Window::levelChanged(int)
 {
-    if (place < 0) { // otherwise, render() has not scrolled to `place` yet
+    if (place < 0) { // if `place` is set, render() has not scrolled to it yet
         place = topEntry();
     }
     shown = 0;

@@ -444,7 +444,7 @@ void Object::endItemActsThreads()
 void Object::setItemValue(Steps value)
 {
     // A value that arrives less than minInterval after the last report is not reported. If this value is the
-    // item's final value, the bars show it at the next item, endItemActs() or reset().
+    // item's final value, the bars show an older value until the next item, endItemActs() or reset().
     itemValue = std::min(value, itemMax);
     totalValue = itemStart + itemShare(itemValue);
     if (intervalOver(itemTimer)) {

@@ -3,9 +3,9 @@
 // Modal dialogs for texts that can be very long. Each dialog shows an icon and a text that scrolls inside the
 // dialog.
 //
-// The dialogs live on the graphical thread. The code that runs a dialog deletes it; otherwise its Qt parent
-// deletes it. The texts are plain text, never markup. The user can select and copy them. The scroll keys work
-// wherever the focus is. Ctrl+F finds a text.
+// The dialogs live on the graphical thread. The code that runs a dialog deletes the dialog. If that code does
+// not delete the dialog, the Qt parent does. The texts are plain text, never markup. The user can select and
+// copy them. The scroll keys work wherever the focus is. Ctrl+F finds a text.
 
 #ifndef SERVICES_SCROLLABLEDIALOGS_H
 #define SERVICES_SCROLLABLEDIALOGS_H
