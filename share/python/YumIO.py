@@ -21,8 +21,6 @@ import sys
 # The program looks up classes of these modules by their names, such as dnf.exceptions.Error.
 import bdb  # noqa: F401
 import dnf
-import dnf.db.group
-import dnf.db.history
 import dnf.drpm
 import dnf.exceptions
 import dnf.i18n
@@ -158,8 +156,8 @@ class YumIO:
         self.updateAdvisories = []
         conf, self.knownDirectories = readConfiguration()
         self.base = Base(conf)
-        requirePrivateNames(self.base, dnf.repo.Repo('none', self.base.conf),
-                            dnf.db.group.GroupPersistor(dnf.db.history.SwdbInterface(self.base.conf.persistdir)))
+        history = groups.History(self.base.conf.persistdir)
+        requirePrivateNames(self.base, dnf.repo.Repo('none', self.base.conf), history, history.group)
         # The messages that the program shows after a successful operation.
         self.remarks = self.base.remarks
         setUpLogFiles(self.base)

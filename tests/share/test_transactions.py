@@ -245,6 +245,22 @@ class GroupTest(ScenarioTest):
 
     @needs_groups
     @in_own_process
+    def test_the_records_of_installed_groups_are_read_only_once_until_a_transaction_changes_them(self):
+        self.started()
+        persistor, reads = type(self.yumio.base.history.group), []
+        read = persistor.search_by_pattern
+        persistor.search_by_pattern = lambda group, pattern: reads.append(pattern) or read(group, pattern)
+        self.yumio.base.reset(goal=True)
+        self.assertEqual([self.group(name) is not None for name in ("arts", "office", "games", "no-such-group")],
+                         [True, False, False, False])
+        self.assertEqual(reads, ["%"])
+        self.changes(self.apply, group_installs=["office"], group_removes=["arts"])
+        del reads[:]
+        self.assertEqual([self.group(name) is not None for name in ("arts", "office", "games")], [False, True, False])
+        self.assertEqual(reads, ["%"])
+
+    @needs_groups
+    @in_own_process
     def test_a_group_with_a_missing_member_is_installed_without_this_member(self):
         self.started()
         self.assertEqual(self.changes(self.apply, group_installs=["ghosts"]), NOTHING)

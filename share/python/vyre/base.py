@@ -120,6 +120,11 @@ class Base(dnf.Base):
     def plugInsHaveChanged(self):
         return self._plugInStamp is not None and self._plugInStamp != stampOfPlugIns(self.conf)
 
+    def _getHistory(self):
+        if self._history is None:
+            self._history = groups.History(self.conf.persistdir, releasever=self.conf.releasever)
+        return self._history
+
     @property
     def repos(self):
         if self._reposUnread:

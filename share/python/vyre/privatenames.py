@@ -14,6 +14,7 @@ import dnf.conf.config
 import dnf.conf.read
 import dnf.const
 import dnf.db.group
+import dnf.db.history
 import dnf.lock
 import dnf.package
 import dnf.plugin
@@ -32,10 +33,11 @@ PRIVATE_NAMES = tuple((place, name, text) for text, found in (
         (dnf.conf.config.MainConf, ('_adjust_conf_options',)),
     )),
     (tr('VYRE does not support version {} of dnf. It cannot read repositories and packages, because dnf lacks {}.'), (
-        (dnf.Base, ('_activate_persistor', '_add_repo_to_sack', '_comps', '_get_installonly_query', '_plugins',
-                    '_repo_persistor', '_repos')),
+        (dnf.Base, ('_activate_persistor', '_add_repo_to_sack', '_comps', '_getHistory', '_get_installonly_query',
+                    '_history', '_plugins', '_repo_persistor', '_repos')),
         (dnf.callback.KeyImport, ('_confirm',)),
         (dnf.conf.read.RepoReader, ('_get_repos',)),
+        (dnf.db.history.SwdbInterface, ('_group',)),
         (dnf.lock.ProcessLock, ('_lock_thread', '_try_lock', '_unlock_thread')),
         (dnf.package.Package, ('_from_system', '_is_local_pkg')),
         (dnf.repo.Repo, ('_repo', '_set_key_import')),
@@ -57,7 +59,7 @@ PRIVATE_NAMES = tuple((place, name, text) for text, found in (
 ) for place, names in found for name in names)
 
 # The names in PRIVATE_NAMES that only objects have, because dnf sets them in __init__(), not in the class.
-NAMES_OF_OBJECTS = ('_comps', '_installed', '_plugins', '_removed', '_repo', '_repo_persistor',
+NAMES_OF_OBJECTS = ('_comps', '_group', '_history', '_installed', '_plugins', '_removed', '_repo', '_repo_persistor',
                     '_repo_set_imported_gpg_keys', '_repos', '_trans_install_set', '_trans_success',
                     '_trans_tempfiles', '_upgraded')
 
