@@ -33,8 +33,8 @@ void keep(int& kept, int fd)
 }
 
 // --- Functions for the child processes. When fork() copied the process, another thread may have held a lock
-// of the C library. In the child process, nobody releases this lock, so the functions below use system calls.
-// Only report() also formats a text.
+// of the C library. In the child process, nobody releases this lock. Therefore the functions below use only
+// system calls; but report() also formats a text.
 
 void report(const char* format, const char* program, int failure)
 {
@@ -65,7 +65,7 @@ void restoreSignals()
     memset(&byDefault, 0, sizeof byDefault);
     byDefault.sa_handler = SIG_DFL;
     for (int number = 1; number <= SIGRTMAX; ++number) {
-        // Fails for SIGKILL and SIGSTOP, whose actions are always the default.
+        // This call fails for SIGKILL and SIGSTOP, whose actions are always the default.
         sigaction(number, &byDefault, nullptr);
     }
     sigset_t none;
@@ -81,8 +81,8 @@ void closeDescriptors()
         return;
     }
 #endif
-    // Systems without close_range(): close the descriptors one by one. The limit can be 1,000,000,000, which
-    // would take too long, so only the first 65,536 are closed.
+    // On systems without close_range(), close the descriptors one by one. If the limit is 1,000,000,000, this
+    // would take too long. Therefore close only the first 65,536 descriptors.
     rlimit limit{};
     const rlim_t most = 65536;
     const rlim_t end = getrlimit(RLIMIT_NOFILE, &limit) == 0 ? std::min(limit.rlim_cur, most) : most;

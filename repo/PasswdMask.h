@@ -33,7 +33,7 @@ public:
     bool hides(const QString& text, int position) const;
 
 private:
-    // Returns the places that the expressions capture.
+    // Returns the places in the text that the expressions capture.
     QVector<Credentials::Place> captured(const QString& text) const;
     QString mask(const QString& text, QChar passwordCharacter) const;
     void forget();

@@ -34,9 +34,9 @@ public:
     explicit Config(QGridLayout* layout);
 
     void setEntry(const Repo::Entry& entry);
-    // Returns the repository with the values of the fields. A field may show a value in a form that differs
-    // from the form in the file. If the user has not changed such a field, the result has the value from the
-    // file.
+    // Returns the repository with the values of the fields. Some fields cannot show every value exactly: for
+    // example, the field for the position rounds. If the user has not changed a field, the result has the exact
+    // value that setEntry() received.
     Repo::Entry toEntry() const;
     // Shows the values of the [main] section as defaults. If the section of a repository lacks an option, the
     // repository uses the default.

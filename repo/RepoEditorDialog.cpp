@@ -125,7 +125,7 @@ int Dialog::exec()
 {
     setModal(true);
     show();
-    // exec() would wait for ever for a window that did not open.
+    // HDialog::exec() would wait for ever for a window that did not open.
     return isVisible() ? HDialog::exec() : static_cast<int>(Rejected);
 }
 

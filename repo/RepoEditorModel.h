@@ -45,7 +45,7 @@ public:
     // whether the repository is enabled.
     bool isTicked(const QModelIndex& index) const;
 
-    // Sets the view's font. The model shows new repositories in its italic form.
+    // Sets the view's font. The model shows new repositories in the italic form of this font.
     void setViewFont(const QFont& font);
 
     // Appends an entry and returns its row.

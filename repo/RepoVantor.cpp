@@ -35,7 +35,7 @@ int fromHex(QChar digit)
 }
 
 // Returns whether a character must be percent-encoded in a vantor URL. All white space must be encoded,
-// because white space ends each part of the URL.
+// because a URL ends at the first white space.
 bool needsProtection(QChar character)
 {
     static const QString special = QStringLiteral("$&+,/:;=?@ \"<>#%{}|\\^~[]");

@@ -127,7 +127,8 @@ void YumConfIO::noteLeftoverCopies()
     }
 }
 
-// Returns the present inode number of each known file. A number changes if another program replaces the file.
+// Maps the present device and inode numbers of each known file to its index in `knownFiles`. The inode number
+// changes if another program replaces the file.
 QHash<Repo::FileNumber, int> YumConfIO::numbersOfKnown() const
 {
     QHash<Repo::FileNumber, int> result;

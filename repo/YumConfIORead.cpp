@@ -45,7 +45,7 @@ bool isBlank(QChar character)
     return character == QLatin1Char(' ') || character == QLatin1Char('\t');
 }
 
-// Returns whether the value of a yes-or-no option means "yes". Every value except "0" does.
+// Returns whether the value of a yes-or-no option means "yes". Every value except "0" means "yes".
 bool isOn(const QString& value)
 {
     return value != QLatin1String("0");
