@@ -2,8 +2,8 @@
 
 // Starts external programs that run independently of VYRE, and continue to run after VYRE has ended.
 //
-// Only the graphical thread calls these functions. The descriptors that keepOutput() saves stay open until the
-// process ends.
+// Only the graphical thread calls these functions. The descriptors that keepOutput() saves stay open until
+// the process ends.
 
 #ifndef REPO_EXECUTE_H
 #define REPO_EXECUTE_H

@@ -35,8 +35,8 @@ public:
 
     void setEntry(const Repo::Entry& entry);
     // Returns the repository with the values of the fields. Some fields cannot show every value exactly: for
-    // example, the field for the position rounds. If the user has not changed a field, the result has the exact
-    // value that setEntry() received.
+    // example, the field for the position rounds. If the user has not changed a field, the result has the
+    // exact value that setEntry() received.
     Repo::Entry toEntry() const;
     // Shows the values of the [main] section as defaults. If the section of a repository lacks an option, the
     // repository uses the default.

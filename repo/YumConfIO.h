@@ -207,7 +207,8 @@ private:
 
     QString mainFile; // the path of the main file when it was read
     QList<Known> knownFiles;
-    // Maps each file of the current read to its index in `knownFiles`, or to -1 if VYRE leaves the file alone.
+    // Maps each file of the current read to its index in `knownFiles`, or to -1 if VYRE leaves the file
+    // alone.
     QHash<Repo::FileNumber, int> knownNumbers;
 };
 
