@@ -222,7 +222,8 @@ void Model::toggleEnabled(const QModelIndex& index)
 
 void Model::browse(const QModelIndex& index, QWidget* window)
 {
-    // count() is the number of packages. This function ignores all rows from this number on.
+    // YumIO::count() is the number of packages, not of repositories. If the row number reaches this number,
+    // the function does nothing.
     if (hasEntry(index) && yumIO && index.row() < yumIO->count()) {
         RepoBrowse::browse(window, yumConfIO->entries.at(index.row()), yumIO);
     }

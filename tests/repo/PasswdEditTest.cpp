@@ -372,8 +372,8 @@ void PasswdEditTest::undoMasksTheRestoredPassword()
     QCOMPARE(shownText(), QString());
     press(QKeySequence::Undo);
     compareReal(password);
-    // If the "&" behind the password is deleted, the text has no password and is shown. Undo restores the
-    // "&", and masks the password again.
+    // If the "&" behind the password is deleted, the text has no password, so the edit masks nothing. Undo
+    // restores the "&", and masks the password again.
     press(Qt::Key_End, wholeText());
     goTo(passwordBegin + password.size());
     press(Qt::Key_Delete);

@@ -28,7 +28,7 @@ private Q_SLOTS:
     void theIdentifierHasTheFocusWheneverTheFormOpens();
     void tabGoesThroughTheFieldsInOrder();
     void theBoxesShowTheDefaultsOfTheMainSection();
-    void okClosesTheFormAsRejectedIfNothingHasChanged();
+    void okHasTheSameResultAsCancelIfNothingHasChanged();
     void okStoresTheEditedEntryAndTheSessionState_data();
     void okStoresTheEditedEntryAndTheSessionState();
     void aNewIdentifierDoesNotChangeTheSessionStateOfTheOldIdentifier();
@@ -197,7 +197,7 @@ void RepoEditorConfigDialogTest::theBoxesShowTheDefaultsOfTheMainSection()
     });
 }
 
-void RepoEditorConfigDialogTest::okClosesTheFormAsRejectedIfNothingHasChanged()
+void RepoEditorConfigDialogTest::okHasTheSameResultAsCancelIfNothingHasChanged()
 {
     QCOMPARE(run([this] { click("OK"); }), int(QDialog::Rejected));
     QCOMPARE(session, (QHash<QString, bool>()));

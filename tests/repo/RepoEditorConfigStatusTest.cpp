@@ -57,7 +57,7 @@ void RepoEditorConfigStatusTest::theStatusLineReportsErrorsAndWarnings_data()
         << "x" << url << ""
         << "/tmp/x"
         << "File is not in any reposdir directory" << warning;
-    QTest::newRow("a directory whose name only begins like a reposdir directory")
+    QTest::newRow("a directory whose name begins with the name of a reposdir directory")
         << "x" << url << ""
         << "/etc/yum.repos.d2/x.repo"
         << "File is not in any reposdir directory" << warning;

@@ -58,7 +58,7 @@ private Q_SLOTS:
     void togglingThePermanentBoxChangesThePermanentState();
     void togglingAnInvalidIndexDoesNothing();
     void browsingARepositoryOpensItsUrl();
-    void browsingAnIndexBelowTheLastRowDoesNothing();
+    void browsingARowDoesNothingIfTheRowNumberReachesTheNumberOfPackages();
 
 private:
     QVariant data(int row, int column, int role = Qt::DisplayRole) const
@@ -362,7 +362,7 @@ void RepoEditorModelTest::browsingARepositoryOpensItsUrl()
     QVERIFY(!BackEnd::wasBrowsed());
 }
 
-void RepoEditorModelTest::browsingAnIndexBelowTheLastRowDoesNothing()
+void RepoEditorModelTest::browsingARowDoesNothingIfTheRowNumberReachesTheNumberOfPackages()
 {
     backEnd->installBrowser();
     backEnd->collect(1);

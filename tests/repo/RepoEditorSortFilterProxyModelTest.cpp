@@ -56,7 +56,7 @@ void RepoEditorSortFilterProxyModelTest::identifiersAreSortedInNaturalOrder_data
     QTest::newRow("empty") << QStringList{"", "a"};
     QTest::newRow("digits beyond ASCII") << QStringList{"a1", QStringLiteral("a") + arabicTwo, "a3"};
     QTest::newRow("a superscript is no digit") << QStringList{"a9", QStringLiteral("a") + QChar(0xb2)};
-    QTest::newRow("beyond ASCII by code unit") << QStringList{"z", QString(QChar(0xe4))};
+    QTest::newRow("letters beyond ASCII are sorted by code unit") << QStringList{"z", QString(QChar(0xe4))};
 }
 
 void RepoEditorSortFilterProxyModelTest::identifiersAreSortedInNaturalOrder()

@@ -16,7 +16,7 @@ private Q_SLOTS:
     void onlyTheFirstRepositoryWithEachIdentifierIsKeptIfTheUserAgrees();
     void theQuestionMentionsOnlyMissingIdentifiersIfNoIdentifierIsDuplicate();
     void theQuestionMentionsOnlyDuplicatesIfNoIdentifierIsMissing();
-    void theQuestionListsAnIdentifierAsOftenAsItIsUsed();
+    void theQuestionListsAnIdentifierOnceForEachPairOfRepositoriesWithIt();
     void theQuestionListsSeveralDuplicatesInOrder();
     void identifiersThatDifferInLetterCaseAreNoDuplicates();
 };
@@ -109,7 +109,7 @@ void YumConfIOIdentifiersTest::theQuestionMentionsOnlyDuplicatesIfNoIdentifierIs
     QCOMPARE(ids(), QStringList({QStringLiteral("a"), QStringLiteral("a")}));
 }
 
-void YumConfIOIdentifiersTest::theQuestionListsAnIdentifierAsOftenAsItIsUsed()
+void YumConfIOIdentifiersTest::theQuestionListsAnIdentifierOnceForEachPairOfRepositoriesWithIt()
 {
     conf->entries = {made(QStringLiteral("a")), made(QStringLiteral("a")), made(QStringLiteral("a"))};
     user->answer = AnsweringUser::click(QMessageBox::No);

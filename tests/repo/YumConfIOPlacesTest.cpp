@@ -19,7 +19,7 @@ class YumConfIOPlacesTest : public ScratchConfiguration
 private Q_SLOTS:
     void aNewObjectHasNoRepositoriesAndNoMainSettings();
     void thePathsHaveNoPrefixIfNoManagedRootIsSet();
-    void theMainFileInEtcYumIsPreferredToTheOneInEtc();
+    void theMainFileInEtcYumIsPreferredToTheMainFileInEtc();
     void theMainFileInEtcIsUsedIfEtcYumHasNone();
     void theFirstExistingMainFileIsUsed();
     void dnfConfIsReadAndWrittenIfNoOtherMainFileExists();
@@ -92,7 +92,7 @@ void YumConfIOPlacesTest::thePathsHaveNoPrefixIfNoManagedRootIsSet()
     }
 }
 
-void YumConfIOPlacesTest::theMainFileInEtcYumIsPreferredToTheOneInEtc()
+void YumConfIOPlacesTest::theMainFileInEtcYumIsPreferredToTheMainFileInEtc()
 {
     QCOMPARE(YumConfIO::fileName(), mainPath());
     QVERIFY(QDir(root->path()).mkpath(QStringLiteral("etc/yum")));
