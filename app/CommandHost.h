@@ -38,8 +38,8 @@ public:
     // Hides the outcome of the last transaction, and disables the controls.
     virtual void beginOperation() = 0;
 
-    // Selects the marks that recollect() sets again. recollect() drops marks that can no longer be carried
-    // out.
+    // Selects the marks that recollect() sets again. LeftOutMarks are the marks that the last transaction
+    // left out. recollect() drops marks that can no longer be carried out.
     enum Kept { NoMarks, AllMarks, LeftOutMarks };
     // Reads the packages again.
     virtual void recollect(Kept kept) = 0;

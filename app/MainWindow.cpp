@@ -181,8 +181,8 @@ void MainWindow::initialize()
     setReady(true);
     focusTable();
     if (!warning.isEmpty()) {
-        // Since the first showNotice(), the notice may have disappeared, or a newer notice may have replaced
-        // it.
+        // showFault() has already shown this warning. Show it again: the first notice may have disappeared,
+        // or a newer notice may have replaced it.
         showNotice(warning);
     }
     initialized = true;
@@ -390,7 +390,7 @@ void MainWindow::showSkippedRepos()
     QStringList skipped = yumIO->skippedRepos();
     const QStringList unwanted = collectFailed ? QStringList() : yumIO->unwantedRepos();
     if (skipped == reportedSkipped && unwanted.isEmpty()) {
-        return; // do not repeat the notice: it would hide the outcome of a transaction
+        return; // do not repeat the notice: the outcome of a transaction needs the space next to the menus
     }
     reportedSkipped = skipped;
     skipped += unwanted;
@@ -540,8 +540,8 @@ bool MainWindow::carryOut(const std::function<bool()>& operation, Kept kept)
         recollect(AllMarks);
     }
     if (hasErrors && !outcome.hasFailures()) {
-        // This notice replaces the notice of the collection: an unreachable repository must not hide a failed
-        // package script.
+        // recollect() may have shown a notice about an unreachable repository. The notice about the
+        // transaction replaces this notice, because a failed package script is more important.
         notice->showTextAboutLog(tr("The transaction has reported errors: see the log (Ctrl+L)"));
     }
     marksChanged();

@@ -142,9 +142,9 @@ private:
     bool carryOut(const std::function<bool()>& operation, Kept kept) override;
     void marksChanged() override;
     void showErrors(const ErrorWatch& errors) override;
-    // Shows a notice about the repositories that the last collection left out. If the package manager left
-    // out the same repositories as at the previous notice, shows a notice only if the user has switched off
-    // other repositories.
+    // Shows a notice about the repositories that the last collection left out: those that the package manager
+    // skipped, and those that the user switched off. Shows nothing if the user switched off no repository,
+    // and the package manager skipped the same repositories as at the previous notice.
     void showSkippedRepos();
 
     void createMenuBar();

@@ -20,8 +20,8 @@ namespace {
 
 int terminal = -1;
 std::atomic<void (*)(bool)> watcher(nullptr);
-// True after a message has timed out, because the program at the other end of the terminal or pipe did not
-// read.
+// True if the last message has timed out: the program at the other end of the terminal or pipe did not read
+// the message.
 std::atomic<bool> stuck(false);
 
 // The maximum number of bytes for one write(). If poll() reports that a pipe is ready, the pipe accepts this

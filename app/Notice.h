@@ -34,7 +34,7 @@ public:
     // Call this function when the user has opened the log. All texts that refer to the log disappear.
     void logOpened();
     // Call this function when the user has started an operation. The visible text disappears, because it
-    // describes the state before the operation. Then the text that it has replaced becomes visible.
+    // describes the state before the operation. Then the previous text becomes visible again.
     void beginOperation();
 
 private Q_SLOTS:

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // Saves the arrangement of the windows to the file vyre/vyre.ini in the user's configuration directory.
-// Nothing else depends on this file; the user may delete it at any time.
+// The file contains nothing else; the user may delete it at any time.
 //
 // Functions on the graphical thread create a Settings object when they need one.
 

@@ -27,8 +27,8 @@ public:
 
     explicit StopButton(QWidget* parent);
 
-    // Sets the result that the tool tip describes from the next showState() on. Before the first call, the
-    // result is FirstTable.
+    // Sets the result of a stop. The next showState() updates the tool tip, which describes this result.
+    // Before the first call of setResult(), the result is FirstTable.
     void setResult(Result newResult) { result = newResult; }
     void showState(StopRequest::State state);
     // Returns the same size in all states, so that the bars next to the button keep their width.

@@ -13,8 +13,8 @@
 namespace ManagedRoot {
 
 // Returns the absolute path of the managed root, without a "/" at its end. The environment variable VYREROOT
-// sets it. The result is empty if the variable is unset, empty or "/", because then the running system itself
-// is managed.
+// names the managed root. The result is empty if the variable is unset, empty or "/", because then the
+// running system itself is managed.
 QString path();
 
 // Converts an absolute path of the managed system to a path on the running system. If no managed root is set,
