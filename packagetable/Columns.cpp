@@ -66,7 +66,8 @@ QString excludedToolTip()
 
 QString actionToolTip(const Entry& record, const YumIO&)
 {
-    // If the package is excluded, a click on the cell has no effect, and the tool tip gives the reason.
+    // If an excluded package has no update, a click on the cell has no effect, and the tool tip gives the
+    // reason.
     const bool canBeMarked = !record.isExcluded() || record.permits(Package::Update);
     return canBeMarked ? Words::explained(record.action) : excludedToolTip();
 }

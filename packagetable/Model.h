@@ -4,7 +4,7 @@
 // user marks records, this class writes the actions into the records.
 //
 // The object lives on the graphical thread; the main window owns it. The object has no copy of the back end's
-// list. After each change to that list, call reset() before a view reads again.
+// list. After each change to that list, call reset() before a view reads data from the model.
 
 #ifndef PACKAGETABLE_MODEL_H
 #define PACKAGETABLE_MODEL_H
@@ -66,8 +66,8 @@ public:
     void toggleAction(const QModelIndex& index);
     void reset();
 
-    // While a Hiding object exists, the model has no rows. Create one before the records change. Without a
-    // Hiding object, views would show cells of records that are only partly changed.
+    // While a Hiding object exists, the model has no rows. Create a Hiding object before the records change.
+    // Without this object, views would show cells of records that are only partly changed.
     class Hiding
     {
     public:

@@ -33,8 +33,9 @@ template <typename Pattern> bool matchesText(const Pattern& pattern, TextKind ki
     return kind == FieldTexts ? pattern.matchesAny(text) : pattern.matches(text.constData());
 }
 
-// The texts of many records, in their packed blocks. Several threads may call match() at once. After the user
-// has stopped a search, its threads may still use the SearchedTexts, even after the deletion of the records.
+// The texts of many records, in their packed blocks. Several threads may call match() at the same time. After
+// the user has stopped a search, its threads may still use the SearchedTexts, even after the deletion of the
+// records.
 class SearchedTexts
 {
 public:
@@ -116,7 +117,8 @@ public:
         }
         return false;
     }
-    // Makes all later calls of match() end at once, and each running call end after its current text.
+    // After this call, each running match() ends after its current text, and later calls of match() compare
+    // no text.
     void stop() { stopped = true; }
 
     bool isFound(int record) const { return found[static_cast<size_t>(record)]; }
@@ -394,7 +396,7 @@ void SortFilterProxyModel::refilter()
 void SortFilterProxyModel::map() const
 {
     // The function that reads a field may open a message box, which processes paint events. A paint event of
-    // the table calls this function a second time, and this inner call must end here.
+    // the table calls map() a second time. This inner call must end here.
     if (mapped || mapping) {
         return;
     }
@@ -570,7 +572,8 @@ bool SortFilterProxyModel::filterAcceptsRow(int row, const QModelIndex& parent) 
     }
     if (verdicts[static_cast<size_t>(row)] == Unknown) {
         const bool accepted = acceptRow((*yumIO)[row], row, parent);
-        // The list may have been rebuilt while acceptRow() read a field. Then this row may no longer exist.
+        // The back end may have collected new records while acceptRow() read a field. In this case, the row
+        // may no longer exist.
         if (static_cast<size_t>(row) < verdicts.size()) {
             verdicts[static_cast<size_t>(row)] = accepted ? Accepted : Rejected;
         }

@@ -71,10 +71,10 @@ public:
     // Returns the records that a search with these filters examines.
     QVector<Package::Entry*> searched(StateFilter state, bool withDups, bool withGroups) const;
     // Compares the expression of these settings with all records that the other settings permit, and stores
-    // the results. This function may start a worker and serve events. When the settings are then applied, the
-    // proxy lists the records at once. Without an earlier prepare(), the proxy lists the same records, but
-    // compares them on the graphical thread and serves no events. Returns false if the user has stopped the
-    // worker. In this case, the results for the current settings remain.
+    // the results. This function may start a worker and serve events. When the settings are applied later,
+    // the proxy lists the records immediately. Without an earlier prepare(), the proxy lists the same
+    // records, but compares them on the graphical thread and serves no events. Returns false if the user has
+    // stopped the worker. In this case, the results for the current settings remain.
     bool prepare(const Settings& wanted);
     // Does the same as prepare() in Filter mode, but on the graphical thread. If the comparison takes more
     // than some milliseconds, gives up and returns false.
@@ -84,8 +84,8 @@ public:
     // without regard to the letter case. Otherwise, this function compares the visible texts. After some
     // milliseconds, it gives up and returns false.
     bool matchesIgnoringCase() const;
-    // Gives the proxy the result of a Preparation for the present records. The proxy uses it at the next
-    // reset of the source model, which must follow before the records change.
+    // Gives the proxy the result of a Preparation for the present records. The proxy uses this result at the
+    // next reset of the source model. The caller must reset the source model before the records change.
     void setPrepared(PreparedRows rows);
     // Marks the listed updatable records for Update. Skips records for which YumIO::isLeftToUser() returns
     // true.
