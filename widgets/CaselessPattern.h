@@ -3,7 +3,8 @@
 // A regular expression that ignores the letter case: an extended POSIX expression that matches anywhere in a
 // text. The class Expression is the case-sensitive counterpart.
 //
-// An expression that refers to its groups cannot be used, because comparing it with one text may take hours.
+// An expression that refers to its groups, for example with "\1", cannot be used: the comparison of such an
+// expression with one text may take hours.
 //
 // Several threads may use one CaselessPattern at the same time. Any thread may create and delete it.
 

@@ -32,9 +32,8 @@ QString okBg();          // background of a success label
 // the usual colour of a disabled field.
 QPalette makeRequired(const QPalette& palette);
 
-// Each function returns a copy of the palette for a label: makeError() for a label with an error,
-// makeWarning() with a warning, makeOK() with a success. The colour of the background shows the meaning. The
-// text is black or white, whichever is easier to read.
+// Each function returns a copy of the palette for a label that reports an error, a warning or a success. The
+// colour of the background shows the meaning. The text is black or white, whichever is easier to read.
 QPalette makeError(const QPalette& palette);
 QPalette makeWarning(const QPalette& palette);
 QPalette makeOK(const QPalette& palette);

@@ -38,7 +38,8 @@ int afterBrackets(const QByteArray& text, int begin)
 }
 
 // The C library copies the repeated part of an expression for each repetition, and crashes if an expression
-// has too many of these copies. An expression with more parts than this number is invalid.
+// has too many of these copies. Each character, escape sequence and bracket expression is one part. If an
+// expression with all copies has more parts than this number, it is treated as invalid.
 constexpr qint64 mostParts = 5000;
 
 // Returns the greatest number of repetitions of the bound that begins at `at`, for example 5 for "{2,5}".

@@ -9,8 +9,8 @@
 
 void ExpressionEdit::showValid(bool valid)
 {
-    // The list is empty if the expression is invalid, but also if it has no matches. The colour shows that
-    // the expression is invalid.
+    // The filtered table is empty not only if the expression is invalid, but also if nothing matches. The
+    // colour distinguishes these cases.
     QPalette palette = QApplication::palette(this);
     if (!valid) {
         palette.setColor(QPalette::Base, QColor(Colors::errorBg()));

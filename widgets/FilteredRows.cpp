@@ -112,7 +112,7 @@ void FilteredRows::setExpression(const QString& newText)
     }
 }
 
-// Lists the rows that match the expression, at once or when other threads have compared them.
+// Lists the rows that match the expression: immediately, or when other threads have compared the rows.
 void FilteredRows::filter(bool soon)
 {
     std::vector<char> found;

@@ -8,10 +8,11 @@
 // them. The source model may provide an additional text for each row; this text is appended to the joined
 // texts.
 //
-// The proxy compares most expressions at once. If an expression refers to its groups, or if the comparison
-// takes more than some milliseconds, other threads compare it (see ParallelMatching). During this time, the
-// proxy serves events and lists the same rows as before the comparison. If the rows of the source model
-// change during this time, the proxy lists no row until the new rows are compared.
+// The proxy compares the rows with most expressions immediately. Other threads compare the rows (see
+// ParallelMatching) if this takes more than some milliseconds, or if the expression refers to its groups, for
+// example with "\1". During this time, the proxy serves events and lists the same rows as before the
+// comparison. If the rows of the source model change during this time, the proxy lists no row until the new
+// rows are compared.
 //
 // The object lives on the graphical thread; its Qt parent owns it. The caller of setSourceModel() owns the
 // source model.

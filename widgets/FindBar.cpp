@@ -22,8 +22,8 @@
 
 namespace {
 
-// Makes a widget without the focus show its selection in the same colour as with the focus. This is necessary
-// because the find bar has the focus while it selects matches.
+// Makes a widget show its selection in the same colour with and without the focus. This is necessary because
+// the find bar has the focus while it selects matches.
 void keepSelectionVisible(QWidget* widget)
 {
     QPalette palette;

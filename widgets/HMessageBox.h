@@ -3,8 +3,8 @@
 // A message box for texts that come from packages, servers and failures. The text is plain text, never
 // markup. The box is wide enough for the longest word, unless the word is wider than the screen.
 //
-// The object lives on the graphical thread. The code that runs the box deletes it; otherwise its Qt parent
-// deletes it.
+// The object lives on the graphical thread. Usually, the box is a local variable of the function that shows
+// it. If a box is created with `new`, its Qt parent deletes it.
 
 #ifndef WIDGETS_HMESSAGEBOX_H
 #define WIDGETS_HMESSAGEBOX_H

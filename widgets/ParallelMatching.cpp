@@ -21,7 +21,7 @@
 
 namespace {
 
-// A thread takes at most this number of items at once.
+// When a thread takes new items, it takes at most this number.
 constexpr size_t mostAtOnce = 64;
 
 // The items are divided into at least this number of portions, if possible. With many small portions, all
@@ -45,7 +45,7 @@ struct ParallelMatching::Shared
 {
     QString expression;
     size_t count = 0;
-    size_t portion = 1; // the number of items that a thread takes at once
+    size_t portion = 1; // the number of items that a thread takes in one step
     Matches matches;
     std::atomic<size_t> next{0}; // the first item that no thread has taken
     std::atomic<size_t> done{0};

@@ -3,9 +3,10 @@
 // Compares an expression with many items on several threads, each with its own compiled expression.
 //
 // The C library cannot be interrupted while it compares an expression with a text, which may take minutes.
-// Therefore nobody waits for these threads: if the ParallelMatching is deleted before they have finished,
-// each thread ends after its current item. Until then, the thread has the lowest priority, and uses only its
-// own data and the function `matches`. This function must own its data, or use data that never change.
+// Therefore the destructor does not wait for the threads: if the ParallelMatching is deleted before the
+// threads have finished, each thread ends after its current item. Until then, the thread has the lowest
+// priority, and uses only its own data and the function `matches`. This function must own its data, or use
+// data that never change.
 //
 // Any thread may create and use a ParallelMatching, but only one thread at a time.
 
@@ -24,7 +25,8 @@ class Expression;
 class ParallelMatching
 {
 public:
-    // Returns whether the expression matches the item with this index. Several threads call it at once.
+    // Returns whether the expression matches the item with this index. Several threads call this function at
+    // the same time.
     using Matches = std::function<bool(const Expression& expression, size_t index)>;
 
     // Starts the threads.
