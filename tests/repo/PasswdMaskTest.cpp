@@ -19,7 +19,7 @@ private Q_SLOTS:
     void eachOfSeveralExpressionsHidesItsMatches();
     void eachPasswordCharacterIsReplacedByExactlyOneMaskCharacter();
     void aMatchWithAnEmptyCaptureHidesNothing();
-    void aMatchOfTheEmptyTextHidesNothing();
+    void aMatchWithoutCharactersHidesNothing();
     void overlappingPasswordsAreHidden();
 };
 
@@ -124,7 +124,7 @@ void PasswdMaskTest::aMatchWithAnEmptyCaptureHidesNothing()
     QCOMPARE(mask.masked(QStringLiteral("p=b q=a"), QLatin1Char('*')), QStringLiteral("p=b q=a"));
 }
 
-void PasswdMaskTest::aMatchOfTheEmptyTextHidesNothing()
+void PasswdMaskTest::aMatchWithoutCharactersHidesNothing()
 {
     PasswdMask mask;
     mask.hideEverywhere(QRegExp(QStringLiteral("(x*)")));

@@ -15,7 +15,7 @@ class RepoEditorDialogClosingTest : public ShownEditor
 private Q_SLOTS:
     void theResetAllButtonRestoresTheContentsOfTheFiles();
     void theResetAllButtonKeepsTheCurrentRepository();
-    void theListShowsTheRepositoriesThatCouldBeReadIfResetAllFails();
+    void theListShowsTheReadableRepositoriesIfResetAllFails();
     void nothingIsWrittenIfSomeFilesCouldNotBeReadCompletely();
     void theCancelButtonDiscardsAllChangesAndClosesTheEditor();
     void theCancelButtonEmitsReposChangedIfAChangeWasAppliedBefore();
@@ -73,7 +73,7 @@ void RepoEditorDialogClosingTest::theResetAllButtonKeepsTheCurrentRepository()
             }) >= 0);
 }
 
-void RepoEditorDialogClosingTest::theListShowsTheRepositoriesThatCouldBeReadIfResetAllFails()
+void RepoEditorDialogClosingTest::theListShowsTheReadableRepositoriesIfResetAllFails()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("updates"), PermanentColumn);

@@ -82,7 +82,7 @@ private Q_SLOTS:
     void theFirstMaskedPlaceInACredentialUrlIsItsPassword_data();
     void theFirstMaskedPlaceInACredentialUrlIsItsPassword();
     void theExpressionsCaptureOnlyPasswords();
-    void onlyTheMatchesOfTheExpressionAreReplaced();
+    void replacingTheCredentialsChangesOnlyTheMatchesOfTheExpression();
 };
 
 void RepoVantorTest::theCredentialsInAUrlAreFound_data()
@@ -329,7 +329,7 @@ void RepoVantorTest::theExpressionsCaptureOnlyPasswords()
     QVERIFY(captured > 200);
 }
 
-void RepoVantorTest::onlyTheMatchesOfTheExpressionAreReplaced()
+void RepoVantorTest::replacingTheCredentialsChangesOnlyTheMatchesOfTheExpression()
 {
     std::mt19937 random(7);
     int replaced = 0;
