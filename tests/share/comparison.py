@@ -6,8 +6,8 @@ A scenario is a row of a table:
 
     Scenario("name_of_the_test", expect="+libmoss", install="libmoss", dnf="install libmoss")
 
-expect   the required result of both programs, because the results of two operations without any effect would also be
-         equal. The result has one of these forms:
+expect   the required result of both programs. Without this requirement, the comparison would also succeed if neither
+         program did anything. The result has one of these forms:
          names of packages with a prefix: "+" for installed, "-" for removed, "^" for changed to another version
          "refused" and a text: nothing changes, and both programs give this text as the reason
          "failed", a text and names of packages: both programs report the text, but change these packages

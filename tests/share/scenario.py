@@ -257,9 +257,7 @@ class ScenarioTest(unittest.TestCase):
         self.server.end()
 
     def run_without_object(self):
-        """Runs the script, but does not make its object. So the script reads only the configuration of the running
-        system.
-        """
+        """Runs the script, but does not make its object. So the script has not read dnf's configuration yet."""
         self.recording = Recording()
         sys.modules["yumIOC"] = self.recording.module
         self.script = runpy.run_path(SCRIPT, run_name="__main__")

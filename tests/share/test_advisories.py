@@ -116,7 +116,8 @@ class AdvisoriesTest(ScenarioTest):
         self.assertEqual(self.by_id()["LSA-1"][-1], [("abacus-cli", "x86_64", "3.3.0-2", 4, ""),
                                                      ("libcairn", "i686", "2.2-1", 5, ""),
                                                      ("libcairn", "x86_64", "2.2-1", 5, "")])
-        # An exclude without a version also hides the installed packages, but not their advisories.
+        # If the excluded name has no version, the configuration also hides the installed packages, but not their
+        # advisories.
         self.configure("exclude=libcairn")
         self.again()
         self.assertEqual(self.by_id()["LSA-1"][-1][1:], [("libcairn", "i686", "2.2-1", 5, ""),

@@ -408,7 +408,7 @@ class CollectionTest(ScenarioTest):
                 self.assertIs(type(entry["timestamp"]), datetime.datetime)
 
     @in_own_process
-    def test_change_logs_that_were_loaded_once_are_readable_without_their_cached_files(self):
+    def test_loaded_change_logs_are_readable_without_their_cached_files(self):
         self.started()
         self.assertTrue(self.yumio.collectOtherData())
         self.yumio.cleanAll()
@@ -568,7 +568,7 @@ class ReplacementTest(ScenarioTest):
             self.assertEqual(self.replacements(), [], line)
 
     @in_own_process
-    def test_a_collection_frees_the_packages_of_the_previous_collection_before_it_begins(self):
+    def test_a_collection_first_frees_the_packages_of_the_previous_collection(self):
         self.started()
         self.assertEqual(self.replacements(), [(self.OLD, self.NEW)])
         self.apply(updates=["tidewatch", "abacus-cli"], answers=(1, 1))

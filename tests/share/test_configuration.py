@@ -29,7 +29,7 @@ class ConfigurationTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_a_malformed_repository_file_is_reported_and_the_others_are_used(self):
+    def test_a_malformed_repository_file_is_reported_and_the_other_files_are_used(self):
         self.write("/etc/yum.repos.d/broken.repo", "[broken\nname=x\n")
         self.write("/etc/yum.repos.d/illegal.repo", "[not a name!]\nname=x\nbaseurl=file:///\n")
         yumio = self.load()

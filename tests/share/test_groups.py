@@ -31,7 +31,7 @@ class WithoutGroupsTest(ScenarioTest):
         self.assertEqual(self.module("groups").groupsCanBeRead(), not dnfbase.fault_of_groups())
 
     @in_own_process
-    def test_groups_are_readable_only_if_the_iterator_of_a_list_is_its_own_iterator(self):
+    def test_groups_are_readable_only_if_calling_iter_for_an_iterator_returns_this_iterator(self):
         names = vars(self.module("groups"))
         check = self.module("groups").groupsCanBeRead.__wrapped__
 

@@ -137,7 +137,7 @@ class MainFileTest(ScenarioTest):
         self.assertEqual(yumio.base.conf.config_file_path, self.sandbox.root + "/etc/yum/yum.conf")
 
     @in_own_process
-    def test_the_main_configuration_file_is_the_first_existing_file_of_the_list(self):
+    def test_the_main_configuration_file_is_the_first_candidate_that_exists(self):
         self.run_without_object()
         tried = 0
         with open(os.path.join(SOURCES, "tests", "support", "main-files")) as lines:

@@ -177,7 +177,7 @@ class MetadataTest(ScenarioTest):
 
     @in_own_process
     def test_packages_of_a_repository_with_damaged_metadata_are_not_listed(self):
-        """Without the script's check, dnf would read the packages before the damaged part of the list."""
+        """Without the script's check, dnf would list the packages that precede the damaged part of the document."""
         with open(self.repository_file("sandbox-file"), "a") as stream:
             stream.write("skip_if_unavailable=1\n")
         self.begin()
@@ -260,7 +260,7 @@ class MetadataTest(ScenarioTest):
 
     @in_own_process
     def test_a_repository_with_damaged_module_metadata_is_left_out(self):
-        """If dnf read these files, its process would crash."""
+        """If dnf read damaged module metadata, the process would crash."""
         original = self.sandbox.repository("sandbox-file")
         shutil.copytree(original, original + ".away")
         for content in ("nonsense\n" * 100, "<html>\n<body>: no: [}</body></html>\n",
@@ -302,7 +302,7 @@ class MetadataTest(ScenarioTest):
         self.assertEqual(self.recording.errors(), [NO_FAULTS_OF_MODULES])
 
     @in_own_process
-    def test_modules_are_read_in_every_supported_compression(self):
+    def test_module_metadata_are_read_in_every_supported_compression(self):
         plain = os.path.join(self.directory, "document")
         with open(plain, "w") as stream:
             stream.write(ROWAN)
@@ -330,7 +330,7 @@ class MetadataTest(ScenarioTest):
         self.assertIn("corkboard", self.names("sandbox-file"))
 
     @in_own_process
-    def test_damaged_default_files_of_modules_are_refused(self):
+    def test_damaged_files_with_module_defaults_are_refused(self):
         self.check_file("/etc/dnf/modules.defaults.d/rowan.yaml", "nonsense: [\n")
 
     @in_own_process

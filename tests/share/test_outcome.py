@@ -304,7 +304,7 @@ class RestartTest(OutcomeTest):
         self.assertTrue(self.yumio.outcome["restartNeeded"])
 
     @in_own_process
-    def test_the_list_of_vyre_has_all_names_in_the_list_of_the_needs_restarting_plug_in(self):
+    def test_the_package_list_of_vyre_has_all_names_in_the_list_of_the_needs_restarting_plug_in(self):
         """The test reads the file of the plug-in, because the modules that the plug-in imports may be missing."""
         self.started()
         path = os.path.join(os.path.dirname(os.path.dirname(self.dnf.__file__)), "dnf-plugins", "needs_restarting.py")

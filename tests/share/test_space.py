@@ -126,7 +126,7 @@ class SpaceTest(ScenarioTest):
         self.assertRegex(remark, r"(?s)^The packages were changed, but VYRE could not write the transaction "
                          r"history:\n.*database or disk is full\nOnly 0 kB are free in %s/var/lib/dnf$" %
                          self.sandbox.root)
-        # The history is complete: a later run reports no interrupted transaction.
+        # The history lacks only the end of the transaction: a later run reports this, but no interrupted transaction.
         self.resize("/var/lib/dnf", PLENTY)
         self.yumio.unlock()
         self.load()

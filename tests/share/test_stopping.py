@@ -70,7 +70,7 @@ class StoppingTest(ScenarioTest):
                 operation()
         finally:
             self.stop.end()
-        # At this speed, the whole file would take hours.
+        # Without the stop, the slow download would take hours.
         self.assertLess(time.monotonic() - begin, 60)
         self.assertEqual([text for text in self.recording.errors()[errors:]
                           if not any(name in text for name in failing)], [])
@@ -215,7 +215,7 @@ class StoppingTest(ScenarioTest):
         self.package(self.available, "astrolabe")
 
     @in_own_process
-    def test_a_stop_after_the_metadata_were_cleaned_leaves_only_repositories_that_were_read_again(self):
+    def test_after_a_cleaning_and_a_stop_only_repositories_that_were_read_again_have_packages(self):
         for method in ("cleanMetadata", "cleanAll"):
             with self.subTest(method):
                 self.load_stoppable()
