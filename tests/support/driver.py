@@ -5,7 +5,8 @@ AT-SPI.
 It needs a display with an accessibility bus, so tests must run it under "with-display --accessible".
 
 Events and AT-SPI use different connections. A test that reads a window directly after a key or a click may still find
-the state before this input. Therefore every function that sends input waits until the effect is visible.
+the state before this input. Therefore most methods of MainWindow wait until the effect of their input is visible. After
+any other input, the test itself must wait.
 """
 import contextlib
 import glob
