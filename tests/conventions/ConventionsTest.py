@@ -138,12 +138,12 @@ class ConventionsTest(unittest.TestCase):
                 self.assertEqual(len(found), 1, found)
                 self.assertTrue(found[0].startswith('low/Thing.cpp:3: Qt\'s keyword "{}"'.format(word)), found)
 
-    def test_an_include_from_a_higher_folder_is_reported(self):
+    def test_an_include_of_a_header_in_a_higher_folder_is_reported(self):
         self.change('low/Thing.cpp', '#include <QLabel>', '#include "high/Window.h"')
         self.assertEqual(self.found(), ['low/Thing.cpp:3: a circular include: high/Window -> low/Thing -> high/Window',
                                         'low/Thing.cpp:3: low does not link the folder of "high/Window.h"'])
 
-    def test_an_include_from_the_tests_is_reported(self):
+    def test_an_include_of_a_header_of_the_tests_is_reported(self):
         self.write('tests/low/Made.h', '// Made.\n\n#ifndef TESTS_LOW_MADE_H\n#define TESTS_LOW_MADE_H\n#endif\n')
         self.change('low/Thing.cpp', '#include <QLabel>', '#include "tests/low/Made.h"')
         self.assertEqual(self.found(), ['low/Thing.cpp:3: low does not link the folder of "tests/low/Made.h"'])
@@ -152,7 +152,7 @@ class ConventionsTest(unittest.TestCase):
         self.change('low/CMakeLists.txt', 'Qt5::Widgets', 'vyre_high')
         self.assertEqual(self.found(), ['low/CMakeLists.txt:1: low links high, which is above it'])
 
-    def test_an_include_from_a_folder_that_is_not_linked_is_reported(self):
+    def test_an_include_of_a_header_in_a_folder_that_is_not_linked_is_reported(self):
         self.change('high/CMakeLists.txt', 'LINKS vyre_low', 'LINKS Qt5::Widgets')
         self.assertEqual(self.found(), ['high/Window.h:6: high does not link the folder of "low/Thing.h"'])
 
