@@ -167,7 +167,9 @@ class LongTextTest(EditingTest):
         return found
 
     def check_keys(self, window, text=None):
-        """Make the window small, and press the keys. text: the text that gets the focus."""
+        """Make the window small, and check that the Home and End keys scroll it, alone and with Ctrl. text: the text
+        that gets the focus.
+        """
         window.wait_settled()
         number = wait_for(lambda: driver.xdotool('getactivewindow').strip(), 'the number of the window')
         driver.xdotool('windowsize', '--sync', number, 300, 200)
@@ -182,7 +184,7 @@ class LongTextTest(EditingTest):
             driver.key(home)
             wait_for(lambda: all(bar.currentValue == 0 for bar in bars), '{} in {}'.format(home, window.title))
 
-    def test_the_home_and_end_keys_move_the_cursor_in_all_windows_with_long_texts(self):
+    def test_the_home_and_end_keys_scroll_in_all_windows_with_long_texts(self):
         updateinfo.add(self.sandbox, 'sandbox-updates', [updateinfo.advisory(
             'LSA-2024-1', 'security', ['pergola 6.1-1.x86_64', 'kernel 6.1.31-1.x86_64'],
             description='\n'.join('Line {}'.format(number) for number in range(100)))])
@@ -236,7 +238,7 @@ class LongTextTest(EditingTest):
             return outer < y < min(900, outer + outer_height)
         wait_for(is_visible, line + ' on the screen')
 
-    def test_keys_move_and_find_text_in_a_listing_of_2000_packages(self):
+    def test_keys_scroll_a_listing_of_2000_packages_and_find_text_in_it(self):
         large = os.path.join(self.scratch, 'large')
         metadata.make_large(large, 2000)
         self.write_repo('large.repo', '[large]\nname=Large\nenabled=1\ngpgcheck=0\nbaseurl=file://{}\n'.format(large))

@@ -340,7 +340,8 @@ class BrokenFileTest(EditingTest):
             editor.toggle('sandbox-file', PERMANENT)
             editor.click_button('Reset All')
             self.check_reported(window.program)
-            # When the editor writes the other repositories, it must not delete the repositories that it could not read.
+            # The editor could not read all repositories. It must not write its incomplete list, because this would
+            # delete the missing repositories.
             os.unlink(self.repo_path('broken.repo'))
             del files[self.repo_path('broken.repo')]
             editor.click_button('Cancel')

@@ -136,7 +136,8 @@ class MetadataTest(EditingTest):
             # "gull-mta" is only in this repository. The other packages are installed or in another repository.
             self.check_listed(window, ['almanac', 'hedgerow'], '^(almanac|gull-mta|hedgerow) ')
 
-            # The answer has imported no key, so the program asks again as soon as it needs the key.
+            # The user has answered "No", so the key is not imported. The program asks again as soon as it needs the
+            # key.
             editor = self.edit(window)
             editor.toggle('sandbox-http', SESSION)
             editor.close('OK')

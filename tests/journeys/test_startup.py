@@ -42,7 +42,9 @@ def no_core():
 
 
 class UsageTest(unittest.TestCase):
-    """These runs end before they show a window. They get a managed root that does not exist, and must not create it."""
+    """In these tests, the program ends before it shows a window. Its managed root does not exist, and the program must
+    not create this root.
+    """
 
     def setUp(self):
         self.scratch = tempfile.mkdtemp(prefix='startup.')
