@@ -26,7 +26,7 @@ protected:
     void mark(const QString& name, Package::Action action) { backEnd->entry(name)->action = action; }
     // Applies the marks. The statements replace the work of dnf. They may append values to the list "seen".
     bool apply(const QString& statements = QString("pass"));
-    // The names in the six lists that apply() of the script got. "<" joins the two names of a pair.
+    // The names in the six lists that the script's apply() got. "<" joins the two names of a pair.
     QString given();
     bool wasApplied();
 

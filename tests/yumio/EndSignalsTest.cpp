@@ -99,7 +99,8 @@ private Q_SLOTS:
         QFETCH(int, number);
         const pid_t child = fork();
         if (child == 0) {
-            setpgid(0, 0); // in an orphaned process group, no signal could stop the child
+            // SIGTSTP stops no process of an orphaned process group, so the child gets its own group.
+            setpgid(0, 0);
             std::signal(number, SIG_DFL);
             raise(number);
             _exit(0);

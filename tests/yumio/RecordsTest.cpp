@@ -66,7 +66,7 @@ private Q_SLOTS:
         QCOMPARE(records->all(), QList<Package::Entry*>({first, second}));
     }
 
-    void eachKeyFindsItsRecord()
+    void eachRecordIsFoundByItsKey()
     {
         Package::Entry* package = add("a", "x86_64");
         Package::Entry*& place = records->place(Package::EntryKey(true, "a", QString()));

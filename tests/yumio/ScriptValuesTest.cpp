@@ -16,7 +16,7 @@
 
 namespace {
 
-// Keeps the messages that the converter reports.
+// Records the messages that ScriptValues reports.
 class RecordingValues : public ScriptValues
 {
 public:

@@ -78,7 +78,7 @@ private Q_SLOTS:
         QCOMPARE(stop.state(), State::Refused);
     }
 
-    void aRefusalFailsIfAStopWasRequestedBefore()
+    void refusingStopRequestsFailsIfOneWasAlreadyMade()
     {
         StopRequest stop;
         stop.begin(true);

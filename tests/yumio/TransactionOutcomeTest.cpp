@@ -67,7 +67,8 @@ private Q_SLOTS:
             {O::Downgraded, 1, O::Reinstalled, 2, O::Removed, 3}, {}, false,
             "1 downgraded, 2 reinstalled, 3 removed", "1 downgraded, 2 reinstalled, 3 removed");
         row("one group", {O::GroupsInstalled, 1}, {}, false, "1 group installed", "1 group installed");
-        row("a group of each kind", {O::GroupsUpdated, 1, O::GroupsRemoved, 1, O::Modules, 1}, {}, false,
+        row("an updated group, a removed group and a module",
+            {O::GroupsUpdated, 1, O::GroupsRemoved, 1, O::Modules, 1}, {}, false,
             "1 group updated, 1 group removed, 1 module changed",
             "1 group updated, 1 group removed, 1 module changed");
         row("several groups",
@@ -79,9 +80,9 @@ private Q_SLOTS:
             {}, false, "1 installed, 1 module changed, 2 reasons changed",
             "1 installed, 1 module changed, 2 reasons changed, 1 failed");
         row("only failures", {O::Failed, 2}, {}, false, "", "2 failed");
-        row("a scriptlet", {O::Installed, 1}, {"%1limp"}, true, "1 installed",
+        row("a failed scriptlet", {O::Installed, 1}, {"%1limp"}, true, "1 installed",
             "1 installed; a restart is needed; the scriptlet of %1limp failed");
-        row("several scriptlets", {O::Installed, 3}, {"%2", "b", "c"}, false, "3 installed",
+        row("several failed scriptlets", {O::Installed, 3}, {"%2", "b", "c"}, false, "3 installed",
             "3 installed; the scriptlets of %2 and 2 more failed");
     }
 

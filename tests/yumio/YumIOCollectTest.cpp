@@ -182,7 +182,7 @@ private Q_SLOTS:
         QVERIFY(backEnd->collect());
     }
 
-    void aCollectionReportsAnUnexpectedErrorOfTheLock()
+    void anUnexpectedErrorOfTheScriptsLockMethodIsReported()
     {
         backEnd->run("it.raises['lock'] = KeyError('x')");
         QVERIFY(!backEnd->collect());
@@ -190,7 +190,7 @@ private Q_SLOTS:
         QVERIFY(!yumIO().locked);
     }
 
-    void theExtraDataCountAsLoadedEvenAfterAFailedCollection()
+    void extraDataAreTreatedAsLoadedEvenAfterAFailedCollection()
     {
         yumIO().fileListsLoaded = false;
         yumIO().otherDataLoaded = false;
@@ -647,7 +647,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("[sys.getrefcount(k) for k in kernels][2]").toInt(), references - 1);
     }
 
-    void theWorseOfTwoArchitecturesIsADuplicate()
+    void theRecordWithTheWorseArchitectureIsADuplicate()
     {
         backEnd->run("it.available = [Package('lib', arch='i686'), Package('lib', arch='x86_64'),\n"
                      "                Package('mono', arch='x86_64'), Package('mono', arch='i586')]");
@@ -767,7 +767,7 @@ private Q_SLOTS:
         yumIO().clearEntries();
         QVERIFY(backEnd->collect());
         QCOMPARE(backEnd->answers.take().count(), 0);
-        // An exception without a text is reported by its type.
+        // If the exception has no text, the message names the type of the exception.
         yumIO().clearEntries();
         backEnd->run("def get(id): raise KeyError()\nBASE.history.group.get = get");
         QVERIFY(backEnd->collect());
@@ -846,7 +846,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList({generic, "Internal error: conf not evaluable"}));
     }
 
-    void theBarsShowTheProgressOfTheMetadata()
+    void eachRepositoryWhoseMetadataAreDownloadedIsCounted()
     {
         backEnd->run("class Payload:\n"
                      "    download_size = 400.0\n"

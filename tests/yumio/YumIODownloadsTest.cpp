@@ -46,7 +46,7 @@ private Q_SLOTS:
                        "Rpm('b', 30000)])\nseen.append(state())"));
         QCOMPARE(errors(),
                  QStringList("Internal error: downloadRemotePayloads: unable to determine payload pkg"));
-        // The first package is not in the table, so it gets the smallest weight.
+        // The first package has a size of one byte, so it gets the smallest weight.
         QCOMPARE(backEnd->text("seen[0]['remoteCount'], seen[0]['remoteWeight']"), QString("(3, 60240)"));
     }
 
@@ -286,7 +286,7 @@ private Q_SLOTS:
         QCOMPARE(warnings(), QStringList());
     }
 
-    void theProgressOfMetadataIsShownForEachRepository()
+    void theProgressOfMetadataDownloadsIsShownForEachRepository()
     {
         backEnd->run("def download():\n"
                      "    one, two = Metadata('one', 400.0), Metadata('two', 100.0)\n"
@@ -323,7 +323,7 @@ private Q_SLOTS:
                                   "'Collecting updatable packages 0/0']"));
     }
 
-    void theProgressOfMetadataBeyondTwoGigabytesIsCorrect()
+    void theProgressOfAMetadataDownloadBeyondTwoGigabytesIsCorrect()
     {
         backEnd->run("def download():\n"
                      "    large = Metadata('large', 6.0 * 2 ** 30)\n"

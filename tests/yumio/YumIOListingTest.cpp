@@ -17,7 +17,7 @@ public:
     }
 };
 
-// Tests of the listing of a transaction, of the weights in it, and of the confirmation.
+// Tests of the listing of a transaction, of the weights of the listed items, and of the confirmation.
 class YumIOListingTest : public ApplyFixture
 {
     Q_OBJECT
@@ -210,7 +210,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList());
         QCOMPARE(transaction().downloadSize, download);
         QCOMPARE(transaction().rpmWeight, rpmWeight);
-        // If the item has no package object, its weight is the same.
+        // An item without a package object does not increase the size of the download.
         backEnd->run(QString("yumIOC.listTransaction(None, [item(%1, 'nobody')])").arg(action));
         QCOMPARE(errors(), QStringList());
         QCOMPARE(transaction().downloadSize, download);
@@ -343,7 +343,7 @@ private Q_SLOTS:
                                                "Installed size: 2.8Gb\n"));
     }
 
-    void wrongArgumentsOfListTransactionRaiseAnException()
+    void wrongArgumentsOfTheListingFunctionsRaiseAnException()
     {
         backEnd->run("def failure(function, *arguments):\n"
                      "    try:\n"
@@ -401,7 +401,7 @@ private Q_SLOTS:
         QVERIFY(!transaction().txListed);
     }
 
-    void unmarkedRemovalsAreNamedBeforeTheListing_data()
+    void unmarkedRemovalsAreNamedAboveTheListing_data()
     {
         QTest::addColumn<QString>("items");
         QTest::addColumn<QString>("notice");
@@ -439,7 +439,7 @@ private Q_SLOTS:
                "    p4 1.0-1 (x86_64)\n    ...";
     }
 
-    void unmarkedRemovalsAreNamedBeforeTheListing()
+    void unmarkedRemovalsAreNamedAboveTheListing()
     {
         QFETCH(QString, items);
         QFETCH(QString, notice);

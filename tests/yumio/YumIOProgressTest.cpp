@@ -165,7 +165,7 @@ private Q_SLOTS:
                      "        function(*arguments)\n"
                      "    except TypeError as e:\n"
                      "        return str(e)\n");
-        // A wrong call of these two functions causes no message.
+        // A wrong call of listTransaction() or log() causes no message.
         const QString count = backEnd->text("message(yumIOC.listTransaction)");
         QVERIFY2(count.contains("2 arguments (0 given)"), qPrintable(count));
         const QString type = backEnd->text("message(yumIOC.log, 'a', 'b')");
@@ -469,7 +469,7 @@ private Q_SLOTS:
         }
     }
 
-    void theProgressEndsWithTheTransaction()
+    void theBarsAreFullAtTheEndOfATransaction()
     {
         collect("it.updates = [Package('up', '2.0', size=200000), Package('down', '2.0', size=5)]\n"
                 "it.installed = [Package('up', size=90000), Package('down', size=7), Package('old', "

@@ -31,9 +31,9 @@ qint64 residentMemory()
     return file.readAll().split(' ').value(1).toLongLong() * (sysconf(_SC_PAGESIZE) / 1024);
 }
 
-// The growth in KiB from the median of the first half of the rounds to the median of the second half, less
-// the largest step between two rounds. The median ignores the peak of a single round. The largest step does
-// not count, because the heap may once grow by a large step.
+// The growth of the memory in KiB: the median of the second half of the rounds, minus the median of the first
+// half, minus the largest step between two consecutive rounds. A median ignores the peak of a single round.
+// The function subtracts the largest step, because the heap may grow by one large step.
 qint64 growth(const QVector<qint64>& memory)
 {
     const auto median = [](QVector<qint64> part) {
@@ -88,7 +88,8 @@ private:
         return file.open(mode) && file.write(content) == content.size();
     }
 
-    // Two plug-ins, one of them with a command. Each reset() loads their modules again.
+    // Adds two plug-ins. One of the plug-ins has a command. Each reset() loads the modules of both plug-ins
+    // again.
     bool addPlugIns()
     {
         const QString directory = sandbox.filePath("plugins");
@@ -174,14 +175,14 @@ private Q_SLOTS:
         //
         // These values were measured with the script alone, Python 3.11 and these plug-ins: 20 more rounds do
         // not add an object of any type. tracemalloc reports 28 KiB for 30 more rounds; 25 KiB of them are
-        // one block of an import. The resident memory grows by 6 KiB a round in 60 rounds, but only by 0.6
-        // KiB a round in the last 140 of 160 rounds. Without plug-ins, it grows by 1 KiB in 60 rounds. So no
-        // round leaves objects behind; only the heap itself grows.
+        // one block that an import has allocated. The resident memory grows by 6 KiB a round in 60 rounds,
+        // but only by 0.6 KiB a round in the last 140 of 160 rounds. Without plug-ins, it grows by 1 KiB in
+        // 60 rounds. So no round leaves objects behind; only the heap itself grows.
         QVERIFY(growth(memory) <= 3 * 1024);
 #endif
     }
 
-    // Each round clears the log, which keeps all messages.
+    // Each round clears the log, because otherwise the log would grow.
     void repeatedTransactionsLeakNoDescriptorsNoThreadsAndNoMemory()
     {
         backEnd->yumIO.clearEntries();
@@ -210,8 +211,9 @@ private Q_SLOTS:
             if (installs) {
                 continue; // the objects are counted after each removal
             }
-            // If Python has not started a thread, it keeps an object for the thread's identifier. The system
-            // reuses identifiers, but may use a new one in any round. So these objects are removed here.
+            // If Python code runs on a thread that Python has not started, Python keeps an object under the
+            // identifier of this thread. The system reuses identifiers, but any round may get a new
+            // identifier. So the test removes these objects.
             backEnd->run("for number, thread in list(threading._active.items()):\n"
                          "    if isinstance(thread, threading._DummyThread):\n"
                          "        del threading._active[number]");

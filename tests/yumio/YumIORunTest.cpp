@@ -13,8 +13,8 @@
 
 namespace {
 
-// If one of these variables is true, one of the functions below fails. A test cannot make the real functions
-// fail.
+// If one of these variables is true, the replacement below for a function of the C library fails. A test
+// cannot make the real functions fail.
 bool failWaiting = false;
 bool failSettingTheChildSignal = false;
 bool failRestoringTheChildSignal = false;
@@ -369,7 +369,7 @@ private Q_SLOTS:
         backEnd->run("del it.outcome");
     }
 
-    void theRemarksOfTheScriptAboutASuccessAreShown()
+    void theRemarksOfTheScriptAreShownAfterASuccessfulTransaction()
     {
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
                       "it.remarks = ['No history', 'No script']"));

@@ -15,7 +15,7 @@
     }
 
 // Tests of the back end with the real script and dnf, on a private copy of the sandbox. A process can start
-// the interpreter only once. Therefore the functions share one back end, and run in this order.
+// the interpreter only once. Therefore the test functions share one back end, and depend on their order.
 class YumIOSandboxTest : public QObject
 {
     Q_OBJECT
@@ -258,7 +258,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().getVerRel(entry), QString("3.0-1"));
         QCOMPARE(yumIO().getRepo(entry), QString("sandbox-http"));
         QCOMPARE(yumIO().getArch(entry), QString("x86_64"));
-        // The size is that of the package file.
+        // The record contains the size of the package file.
         QVERIFY(QFileInfo(path).size() > 0);
         QCOMPARE(qint64(entry.size), QFileInfo(path).size());
         QCOMPARE(QString::number(entry.buildTime), rpm({"-qp", path, "--qf", "%{BUILDTIME}"}));
@@ -312,7 +312,7 @@ private Q_SLOTS:
         QCOMPARE(versions, QStringList({"6.1.20-1", "6.1.25-1"}));
     }
 
-    void theWorseOfTwoArchitecturesIsADuplicate()
+    void theRecordWithTheWorseArchitectureIsADuplicate()
     {
         for (const char* name : {"libcairn", "libmoss", "libslate"}) {
             QVERIFY2(!backEnd->entry(name)->duplicate, name);

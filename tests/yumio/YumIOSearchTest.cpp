@@ -9,7 +9,7 @@ class YumIOSearchTest : public BackEndFixture
     Q_OBJECT
 
 private Q_SLOTS:
-    // A search reads most attributes without text(), so it must handle all values in the same way.
+    // A search reads most attributes without text(), but must get the same texts for values of all kinds.
     void theSearchTextsEqualTheTextsOfTheFieldsForValuesOfAllKinds_data()
     {
         QTest::addColumn<QString>("attributes");

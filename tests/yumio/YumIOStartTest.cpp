@@ -19,8 +19,8 @@ class YumIOStartTest : public QObject
     Q_OBJECT
 
 private:
-    // Starts the helper with a share directory that contains this script, and returns the helper's output. A
-    // null script means that the file is missing.
+    // Starts the helper with a share directory that contains this script, and returns the helper's output. If
+    // `script` is null, the directory contains no script.
     QStringList start(const QByteArray& script, const QStringList& arguments = {})
     {
         const QTemporaryDir share;
@@ -84,7 +84,7 @@ private:
     static QString installedScripts() { return qEnvironmentVariable("VYRESHARE") + "/python"; }
 
     QString workingDirectory;
-    QProcessEnvironment variables; // set for the helper, in addition to the test's variables
+    QProcessEnvironment variables; // for the helper, in addition to the environment of the test
     QString standardError;
     QString standardOutput;
 

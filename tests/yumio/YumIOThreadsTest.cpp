@@ -179,7 +179,7 @@ private Q_SLOTS:
         QVERIFY(ticked);
     }
 
-    void aWorkerHoldsTheInterpreterLock()
+    void theGraphicalThreadReleasesTheInterpreterLockForAWorker()
     {
         QCOMPARE(PyGILState_Check(), 1);
         bool workerTookIt = false;
@@ -219,7 +219,7 @@ private Q_SLOTS:
     void theLastProgressReportOfAWorkerIsDelivered()
     {
         QVERIFY(backEnd->collect());
-        // The operation makes the bars idle in its last event.
+        // The last event of the operation makes the bars idle.
         QVERIFY(!backEnd->total.isEnabled());
         QVERIFY(!backEnd->item.isEnabled());
         QCOMPARE(backEnd->total.maximum(), 1);

@@ -224,5 +224,5 @@ class YumIO:
         return self._called('cleanAll', answer=True)
 
 
-# The back end keeps the object that exists when the back end starts. So no test may replace this object.
+# When the back end starts, it stores this object. So tests may change the object, but must not replace it.
 BASE = Thing()
