@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // Prints the paths of the embedded interpreter's standard library and of the package manager's modules, one
-// path on each line.
+// path on each line. Then prints the import path, the arguments and the encodings of the interpreter.
 
 #include <cstdio>
 

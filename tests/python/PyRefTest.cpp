@@ -85,7 +85,7 @@ private Q_SLOTS:
     {
         PyRef first = PyRef::borrow(object);
         const PyRef second(std::move(first));
-        // PyRef guarantees that a reference is empty after the move.
+        // PyRef guarantees that the source of a move is empty afterwards.
         // NOLINTNEXTLINE(bugprone-use-after-move)
         QVERIFY(!first);
         QVERIFY(second.get() == object);

@@ -176,7 +176,7 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("dotted");
         QTest::addColumn<QByteArray>("expression");
         QTest::newRow("global") << QByteArray("thing") << QByteArray("thing");
-        QTest::newRow("module of a global name") << QByteArray("sys.path") << QByteArray("sys.path");
+        QTest::newRow("attribute of a global module") << QByteArray("sys.path") << QByteArray("sys.path");
         QTest::newRow("module to import")
             << QByteArray("fractions.Fraction") << QByteArray("__import__('fractions').Fraction");
         QTest::newRow("name of a module") << QByteArray("colorsys") << QByteArray("__import__('colorsys')");
@@ -307,7 +307,7 @@ private Q_SLOTS:
         QCOMPARE(python->takeErrors(), QStringList("Internal error: no_such_module not found\n"));
     }
 
-    void pyValueRaisesAnExceptionIfTheContainerIsNoDictionary()
+    void pyValueReportsAnExceptionIfTheContainerIsNoDictionary()
     {
         QVERIFY(python->pyValue("thing", "number") == nullptr);
         QCOMPARE(python->takeErrors(), QStringList(walkbackText()));
