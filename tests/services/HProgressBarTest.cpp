@@ -119,7 +119,7 @@ void HProgressBarTest::anAnimationFrameIsNotPaintedTooSoonAfterThePreviousFrame(
         sinceFirst.start();
         QCOMPARE(paintsOfAFrame(), 1);
         const int second = paintsOfAFrame();
-        if (sinceFirst.elapsed() < 90) { // otherwise, the second frame is too late: try again
+        if (sinceFirst.elapsed() < 90) { // if the second frame comes later, try again
             QCOMPARE(second, 0);
             break;
         }

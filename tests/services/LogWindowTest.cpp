@@ -30,7 +30,7 @@
 
 namespace {
 
-// A log that notes, each time the window connects or disconnects, whether the log is locked.
+// Whenever the window connects or disconnects, this log records whether the log is locked.
 class WatchedEntries : public Log::EntryList
 {
 public:

@@ -15,7 +15,7 @@ class ProgressReportsTest : public ShownBars
 
 private Q_SLOTS:
     void aSecondItemValueWithinTheIntervalIsStoredButNotSent();
-    void theFinalItemValueIsNotSentIfItIsWithinTheInterval();
+    void theFinalItemValueIsNotSentIfItArrivesWithinTheInterval();
     void anItemValueWithinTheIntervalAfterChangeItemActStepsIsNotSent();
     void anItemValueIsNotSentIfNoItemHasStarted();
     void aTotalValueWithinTheIntervalIsDropped();
@@ -44,7 +44,7 @@ void ProgressReportsTest::aSecondItemValueWithinTheIntervalIsStoredButNotSent()
     QCOMPARE(spy.count(), 1);
     QCOMPARE(item->value(), 10);
 
-    // The second value is stored all the same: the total bar uses it when the total changes.
+    // The second value is stored nevertheless: the total bar uses this value when the total changes.
     QCOMPARE(total->value(), 4);
     progress.changeTotal(100);
     QCOMPARE(total->value(), 20);
@@ -58,7 +58,7 @@ void ProgressReportsTest::aSecondItemValueWithinTheIntervalIsStoredButNotSent()
     QCOMPARE(item->value(), 60);
 }
 
-void ProgressReportsTest::theFinalItemValueIsNotSentIfItIsWithinTheInterval()
+void ProgressReportsTest::theFinalItemValueIsNotSentIfItArrivesWithinTheInterval()
 {
     Progress::Object progress(total, item);
     QSignalSpy spy(&progress, SIGNAL(setItemValueSig(Steps, Steps)));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// All test functions run in this order and in one process, because an unattended program always remains
-// unattended.
+// The test functions depend on their order, because they run in one process, and an unattended program always
+// remains unattended.
 
 #include "services/Unattended.h"
 

@@ -113,7 +113,8 @@ bool sameFile(int fd, const struct stat& expected)
     return fstat(fd, &now) == 0 && now.st_dev == expected.st_dev && now.st_ino == expected.st_ino;
 }
 
-// Whether the pipe may be too full for the next block. In this case, a writer must wait for the reader.
+// Returns whether the pipe may be too full for the next block. A writer to a full pipe must wait for the
+// reader.
 bool isFull(int fd)
 {
     int waiting = 0;
@@ -650,8 +651,8 @@ void YumIOCapturersTest::aDescriptorThatCannotBeRestoredIsReportedAndReadingCont
 void YumIOCapturersTest::aDescriptorThatCannotBeRestoredIsReportedAndReadingContinues()
 {
     QFETCH(int, descriptor);
-    // If a descriptor cannot be restored, the thread that reads the pipe is never deleted. So the receiver of
-    // this thread must exist until the program ends.
+    // If a descriptor cannot be restored, the YumIOCapturersMinion that reads the pipe is never deleted. So
+    // the receiver of this minion must exist until the program ends.
     static Receiver receivers[3];
     Receiver& receiver = receivers[descriptor];
     // Standard output and standard error may be the same file. In this case, only the order of creation
@@ -678,7 +679,7 @@ void YumIOCapturersTest::aDescriptorThatCannotBeRestoredIsReportedAndReadingCont
         }
         stdoutRestored = sameFile(STDOUT_FILENO, originalStdout);
         stderrRestored = sameFile(STDERR_FILENO, originalStderr);
-        // The thread that reads the pipe is still running.
+        // The minion still reads the pipe.
         writeAll(descriptor, "still read");
         const QString& text = descriptor == STDOUT_FILENO ? receiver.out : receiver.err;
         for (bool arrived = false; !arrived; QThread::yieldCurrentThread()) {
