@@ -188,7 +188,7 @@ void HistoryDialogTest::theUserCanSelectAnotherTransactionWhileDetailsAreRead()
     QCOMPARE(seen, (QStringList{detailsOf(3), QString()}));
     QTRY_COMPARE(details(), detailsOf(1));
     // While the worker read the details of transaction 2, the user selected a different transaction. The
-    // window has kept the details of transaction 2 all the same.
+    // window has nevertheless kept the details of transaction 2.
     go(1);
     QCOMPARE(details(), detailsOf(2));
 }
