@@ -82,7 +82,8 @@ protected:
     virtual void setRealText(QWidget* of, const QString& real) const = 0;
     virtual const char* changeSignal() const = 0;
 
-    // The following functions accept the masking edit, its hidden edit and the ordinary edit.
+    // The following functions with the parameter `of` accept the masking edit, its hidden edit and the
+    // ordinary edit.
     virtual QList<QWidget*> editsIn(const QWidget* window) const = 0;
     virtual QString textOf(const QWidget* of) const = 0;
     virtual void setText(QWidget* of, const QString& shown) const = 0;

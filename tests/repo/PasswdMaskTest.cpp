@@ -20,7 +20,7 @@ private Q_SLOTS:
     void eachPasswordCharacterIsReplacedByExactlyOneMaskCharacter();
     void aMatchWithAnEmptyCaptureHidesNothing();
     void aMatchWithoutCharactersHidesNothing();
-    void overlappingPasswordsAreHidden();
+    void insertedTextIsHiddenIfItBecomesAPartOfAPassword();
 };
 
 void PasswdMaskTest::everyPasswordInUrlsIsHidden_data()
@@ -131,7 +131,7 @@ void PasswdMaskTest::aMatchWithoutCharactersHidesNothing()
     QCOMPARE(mask.masked(QStringLiteral("axxb"), QLatin1Char('*')), QStringLiteral("a**b"));
 }
 
-void PasswdMaskTest::overlappingPasswordsAreHidden()
+void PasswdMaskTest::insertedTextIsHiddenIfItBecomesAPartOfAPassword()
 {
     PasswdMask mask;
     mask.hideEverywhere(QRegExp(QStringLiteral("p=([a-z]*);")));

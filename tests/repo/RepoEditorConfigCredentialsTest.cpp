@@ -20,7 +20,7 @@ private Q_SLOTS:
     void changingThePasswordInTheUrlChangesThePasswordField();
     void aTypedPasswordChangesEveryCredentialUrl();
     void aTypedNameChangesEveryCredentialUrl();
-    void typingAPasswordInTheUrlDoesNotMoveTheCursor();
+    void typingANameDoesNotMoveTheCursorInItsField();
     void theLabelsAreNameAndPasswordIfTheParameterNamesInTheUrlAreEmpty();
     void theLabelsShowTheParameterNamesAsPlainTextWithoutShortcuts();
     void noVisibleTextOrToolTipContainsThePassword();
@@ -140,7 +140,7 @@ void RepoEditorConfigCredentialsTest::aTypedNameChangesEveryCredentialUrl()
     QCOMPARE(form->password->text(), QStringLiteral("secret"));
 }
 
-void RepoEditorConfigCredentialsTest::typingAPasswordInTheUrlDoesNotMoveTheCursor()
+void RepoEditorConfigCredentialsTest::typingANameDoesNotMoveTheCursorInItsField()
 {
     config->setEntry(vantor());
     form->authName->setFocus();

@@ -15,7 +15,7 @@ class RepoEditorDialogClosingTest : public ShownEditor
 private Q_SLOTS:
     void theResetAllButtonRestoresTheContentsOfTheFiles();
     void theResetAllButtonKeepsTheCurrentRepository();
-    void theListShowsTheReadableRepositoriesIfResetAllFails();
+    void theListShowsTheRepositoriesReadBeforeTheErrorIfResetAllFails();
     void nothingIsWrittenIfSomeFilesCouldNotBeReadCompletely();
     void theCancelButtonDiscardsAllChangesAndClosesTheEditor();
     void theCancelButtonEmitsReposChangedIfAChangeWasAppliedBefore();
@@ -73,7 +73,7 @@ void RepoEditorDialogClosingTest::theResetAllButtonKeepsTheCurrentRepository()
             }) >= 0);
 }
 
-void RepoEditorDialogClosingTest::theListShowsTheReadableRepositoriesIfResetAllFails()
+void RepoEditorDialogClosingTest::theListShowsTheRepositoriesReadBeforeTheErrorIfResetAllFails()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("updates"), PermanentColumn);
@@ -176,8 +176,8 @@ void RepoEditorDialogClosingTest::closingTheWindowDiscardsUnappliedChanges()
                 QVERIFY(!dialog->isVisible());
             }) == int(QDialog::Rejected));
     QCOMPARE(backEnd->getRepo("os.repo"), before);
-    // The list has the values from the files again. The session states are again those of the last
-    // collection.
+    // The list has the values from the files again. The session states are the same as when the editor
+    // opened.
     QCOMPARE(entry(QStringLiteral("os")).enabled, 1);
     QCOMPARE(entry(QStringLiteral("extras")).baseurl, QStringLiteral("http://h/extras"));
     QCOMPARE(session.value(QStringLiteral("extras")), false);

@@ -29,7 +29,7 @@ private Q_SLOTS:
     void aMalformedHeaderIsReportedWithoutPasswords();
     void aMalformedHeaderOfTheMainFileIsReported();
     void markupFromAFileIsShownAsPlainText();
-    void aFailedReadKeepsTheRepositoriesThatPrecedeTheError();
+    void aFailedReadKeepsTheRepositoriesReadBeforeTheError();
     void aFailedReadDoesNotAffectTheNextAttempt();
     void anErrorIsReportedIfARepositoryFileCannotBeCreated();
     void anErrorIsReportedIfTheMainFileCannotBeWritten();
@@ -183,7 +183,7 @@ void YumConfIOFailuresTest::markupFromAFileIsShownAsPlainText()
     QCOMPARE(box.labelFormat, Qt::PlainText);
 }
 
-void YumConfIOFailuresTest::aFailedReadKeepsTheRepositoriesThatPrecedeTheError()
+void YumConfIOFailuresTest::aFailedReadKeepsTheRepositoriesReadBeforeTheError()
 {
     putMain("[main]\n[a]\n[b]\nname=kept\n[c]\n[d\n[e]\n");
     putRepo(QStringLiteral("f.repo"), "[f]\n");

@@ -4,7 +4,7 @@
 
 #include "tests/repo/ScratchConfiguration.h"
 
-// Tests of repositories whose identifier is missing, or is the same as that of another repository.
+// Tests of repositories without an identifier, and of several repositories with the same identifier.
 class YumConfIOIdentifiersTest : public ScratchConfiguration
 {
     Q_OBJECT

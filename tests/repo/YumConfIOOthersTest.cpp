@@ -197,8 +197,8 @@ void YumConfIOOthersTest::noFileWithUnreadSectionsIsOverwrittenAfterAFailedRead(
     QVERIFY(!conf->read(window.get()));
     user->seen.clear();
     const auto before = snapshot();
-    // The read stopped at the error in one of the two files. VYRE has read the sections before the error, but
-    // nothing of the second file.
+    // The read stopped at the error in one of the two repository files. VYRE has read the first section of
+    // this file, but nothing of the other file.
     QCOMPARE(conf->entries.size(), 2);
     entry(QStringLiteral("m")).name = QStringLiteral("M");
     QVERIFY(!conf->write(window.get()));

@@ -17,8 +17,8 @@ private Q_SLOTS:
     void anEmptySectionSpecifiesNothing();
     void onlyTheValueZeroDisablesASetting_data();
     void onlyTheValueZeroDisablesASetting();
-    void aLineWithoutAKnownKeyIsReadAsAnOption_data();
-    void aLineWithoutAKnownKeyIsReadAsAnOption();
+    void onlyALineWithTheExactKeySetsTheName_data();
+    void onlyALineWithTheExactKeySetsTheName();
     void theLastValueOfARepeatedKeyIsUsed();
     void blanksAndLineFeedsBetweenUrlsAreReadAsLineFeeds();
     void theReaderKeepsTrailingBlanksOfNames();
@@ -117,7 +117,7 @@ void YumConfIOReadTest::onlyTheValueZeroDisablesASetting()
     QCOMPARE(conf->gpgcheck, state == Qt::Checked);
 }
 
-void YumConfIOReadTest::aLineWithoutAKnownKeyIsReadAsAnOption_data()
+void YumConfIOReadTest::onlyALineWithTheExactKeySetsTheName_data()
 {
     QTest::addColumn<QByteArray>("line");
     QTest::addColumn<QString>("name");
@@ -131,13 +131,13 @@ void YumConfIOReadTest::aLineWithoutAKnownKeyIsReadAsAnOption_data()
     };
     nameRow("equals sign", "name=value", "value");
     nameRow("colon", "name:value", "value");
-    nameRow("blanks around", "name \t = \t value", "value");
-    nameRow("the first separator counts", "name:a=b", "a=b");
-    nameRow("the second separator is the value's", "name==x", "=x");
+    nameRow("blanks around the separator", "name \t = \t value", "value");
+    nameRow("a separator in the value", "name:a=b", "a=b");
+    nameRow("the second separator belongs to the value", "name==x", "=x");
     nameRow("no value", "name=", "");
     nameRow("trailing blanks", "name=a \t", "a \t");
-    nameRow("continued", "name=a\n  b", "a\n  b");
-    nameRow("continued from nothing", "name=\n  b", "\n  b");
+    nameRow("a continued value", "name=a\n  b", "a\n  b");
+    nameRow("an empty first line and a continuation line", "name=\n  b", "\n  b");
     otherRow("comment", "#name=value");
     otherRow("different letter case", "Name=value");
     otherRow("a longer key", "names=value");
@@ -148,7 +148,7 @@ void YumConfIOReadTest::aLineWithoutAKnownKeyIsReadAsAnOption_data()
     otherRow("nothing before the separator", "=value");
 }
 
-void YumConfIOReadTest::aLineWithoutAKnownKeyIsReadAsAnOption()
+void YumConfIOReadTest::onlyALineWithTheExactKeySetsTheName()
 {
     QFETCH(QByteArray, line);
     QFETCH(QString, name);
