@@ -225,7 +225,8 @@ private Q_SLOTS:
         QCOMPARE(shown->groupsBox->isChecked(), groups);
     }
 
-    // A process can start only one main window, so each option needs a test function of its own.
+    // Each of these tests shows the main window, which a process can do only once. So "-l" and "--log" need
+    // separate test functions.
     void theShortLogOptionOpensTheLog() { checkLogIsOpened("-l"); }
     void theLongLogOptionOpensTheLog() { checkLogIsOpened("--log"); }
 

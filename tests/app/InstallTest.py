@@ -147,7 +147,7 @@ class InstallTest(unittest.TestCase):
         self.assertLessEqual(set(found), {'cid-maybe-not-rdns', 'developer-name-tag-deprecated',
                                           'developer-info-missing'}, done.stdout)
 
-    def test_the_metainfo_names_the_installed_files(self):
+    def test_the_metainfo_refers_to_files_that_are_installed(self):
         component = ElementTree.parse(self.place(METAINFO)).getroot()
         self.assertEqual(component.findtext('launchable'), os.path.basename(DESKTOP))
         self.assertEqual(component.findtext('id') + '.desktop', os.path.basename(DESKTOP))
@@ -174,7 +174,7 @@ class InstallTest(unittest.TestCase):
             self.assertEqual((done.returncode, done.stderr), (0, ''), name)
             self.assertIn(name[:-2].upper() + '(8)', done.stdout)
 
-    def test_licence_file_metainfo_and_readme_contain_the_same_licence(self):
+    def test_the_licence_file_and_the_metainfo_and_the_readme_contain_the_same_licence(self):
         self.assertTrue(self.read(LICENSE).lstrip().startswith('GNU GENERAL PUBLIC LICENSE'))
         self.assertIn('Version 2, June 1991', self.read(LICENSE))
         self.assertIn('either version 2 of the License, or', self.read(LICENSE))

@@ -12,7 +12,8 @@
 
 using namespace PackageTable;
 
-// Tests of the filter row, which selects the listed rows, and of the buttons that mark rows.
+// Tests of the filter controls above the table, which determine the listed rows, and of the buttons that mark
+// rows.
 class MainWindowFilterTest : public StandInWindow
 {
     Q_OBJECT
@@ -32,7 +33,7 @@ private Q_SLOTS:
     void theTableIsNotFilteredWhileExtraDataAreLoaded();
     void aSearchFindsAPackageByTheExactPathOfAFile();
     void aHintIsShownIfAnExpressionWithAFinalDollarSignFindsNothing();
-    void bothHintsAreShownIfAnExpressionWithAFinalDollarSignMatchesWithOtherLetterCase();
+    void bothHintsAreShownIfAnExpressionWithADollarSignMatchesOnlyInAnotherLetterCase();
     void anInvalidExpressionHasTheErrorColour();
     void theStateBoxAndBothCheckBoxesFilterTheRowsInSearchModeToo();
     void aWorkerReadsTheSearchTextsOfRecordsWithTheSelectedState();
@@ -42,7 +43,7 @@ private Q_SLOTS:
     void aButtonMarksTheSelectedRows();
     void aButtonMarksTheListedUpdates();
     void aButtonRemovesAllMarks();
-    void markingManyRowsSortsTheTableOnce();
+    void markingManyRowsSortsTheTableOnlyOnce();
     void aWarningIsShownIfAMarkedRecordIsNotListed();
     void aWarningIsShownIfAControlOfTheFilterRowHidesAMarkedRecord();
     void theWarningAboutUnlistedActionsDoesNotMoveTheControls();
@@ -263,7 +264,7 @@ void MainWindowFilterTest::aHintIsShownIfAnExpressionWithAFinalDollarSignFindsNo
     QCOMPARE(shown->view->accessibleDescription(), QString("No package matches."));
 }
 
-void MainWindowFilterTest::bothHintsAreShownIfAnExpressionWithAFinalDollarSignMatchesWithOtherLetterCase()
+void MainWindowFilterTest::bothHintsAreShownIfAnExpressionWithADollarSignMatchesOnlyInAnotherLetterCase()
 {
     standIn->setPackages({}, {},
                          {StandIn::package("first", {{"files", QJsonArray{"/usr/bin/a", "/usr/bin/b"}}})});
@@ -301,7 +302,7 @@ void MainWindowFilterTest::theStateBoxAndBothCheckBoxesFilterTheRowsInSearchMode
     shown->start();
     shown->choose(shown->modeBox, Search);
     shown->filter("i|l");
-    QCOMPARE(shown->sorted(), (QStringList{"many", "tool"})); // their file lists contain "updates"
+    QCOMPARE(shown->sorted(), (QStringList{"many", "tool"})); // the summary of both is "needle"
     shown->choose(shown->stateBox, ViewInstallable);
     QCOMPARE(usable(), usableWhenReady);
     QCOMPARE(shown->sorted(), (QStringList{"editor", "lib", "lib"}));
@@ -425,7 +426,7 @@ void MainWindowFilterTest::aButtonRemovesAllMarks()
     QCOMPARE(shown->label->text(), QString());
 }
 
-void MainWindowFilterTest::markingManyRowsSortsTheTableOnce()
+void MainWindowFilterTest::markingManyRowsSortsTheTableOnlyOnce()
 {
     QJsonArray packages;
     for (int i = 0; i < 50; ++i) {

@@ -33,7 +33,7 @@ private:
     // Calls act(), which must start a comparison, and presses Escape during this comparison.
     void stopByEscape(const std::function<void()>& act);
     const QString hard = "~(.*)(.*)\\1\\2x";
-    // The repositories whose "session" box in the editor is clear.
+    // The repositories whose "session" box in the editor is not ticked.
     QStringList switchedOff() const;
 
 private Q_SLOTS:

@@ -67,7 +67,7 @@ class RpmTest(unittest.TestCase):
             if not mode.startswith('12'):  # rpm reports all permissions for a link, but they have no effect
                 self.assertEqual(int(mode, 8) & 0o6022, 0, line)
 
-    def test_the_package_marks_its_licence_and_documentation_files(self):
+    def test_rpm_lists_the_licence_and_documentation_files_of_the_package(self):
         self.assertEqual(self.query('--licensefiles'), ['/usr/share/licenses/vyre/LICENSE'])
         self.assertLessEqual({'/usr/share/doc/vyre/README.md', '/usr/share/doc/vyre/CHANGELOG.md',
                               '/usr/share/man/man8/vyre-admin.8.gz'}, set(self.query('--docfiles')))

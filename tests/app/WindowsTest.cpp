@@ -113,7 +113,7 @@ private:
             qPrintable(name));
     }
 
-    // Opens the windows of the program as a user does, and calls check() for each window. This function
+    // Calls check() for each window of the program. Opens most windows as a user does. But this function
     // itself creates the windows of a transaction, the windows of a failure, and the credentials dialog.
     void forEachWindow(const Check& check)
     {
@@ -623,7 +623,7 @@ private Q_SLOTS:
         }
     }
 
-    void theKeyboardChecksTheBoxesInTheRepositoryEditor()
+    void theSpaceKeyTogglesTheBoxesInTheRepositoryEditor()
     {
         QStringList seen;
         withDialog<RepoEditor::Dialog>(

@@ -305,7 +305,7 @@ private Q_SLOTS:
         QCOMPARE(umount(again), 0);
     }
 
-    void theVariableContainsThePathEvenIfTheDirectoryCannotBeCreated()
+    void theEnvironmentVariableIsSetEvenIfTheDirectoryCannotBeCreated()
     {
         const QString missing = temporary->filePath("missing");
         const EnvironmentVariable variable("XDG_RUNTIME_DIR", QByteArray());

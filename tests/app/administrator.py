@@ -123,7 +123,7 @@ def become_user(uid=UID):
 
 
 class System:
-    """The system in the name spaces of this process, with VYRE and the user, until the process ends."""
+    """A system with VYRE and two users, in the name spaces of this process. It exists until the process ends."""
 
     def __init__(self, cmake, build):
         self.scratch = tempfile.mkdtemp(prefix='administrator-test-')
