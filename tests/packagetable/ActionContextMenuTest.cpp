@@ -37,8 +37,8 @@ private Q_SLOTS:
     void escapeClosesTheMenuAndSetsNoAction();
     void noActionIsSetIfTheRowIsRemovedWhileTheMenuIsOpen();
     void allSelectedRowsGetTheActionEvenIfTheTableIsSortedByAction();
-    void unlockedRowsHaveALockEntryAndLockedRowsHaveAnUnlockEntry_data();
-    void unlockedRowsHaveALockEntryAndLockedRowsHaveAnUnlockEntry();
+    void theMenuOffersToLockUnlockedRowsAndToUnlockLockedRows_data();
+    void theMenuOffersToLockUnlockedRowsAndToUnlockLockedRows();
     void theLockEntryEmitsASignalWithTheRows();
     void theUnlockEntryAppliesOnlyToTheLockedRowsInTheSelection();
     void theLockEntriesAreDisabledAndShowTheReasonIfTheUserCannotWriteLocks();
@@ -267,7 +267,7 @@ void ActionContextMenuTest::allSelectedRowsGetTheActionEvenIfTheTableIsSortedByA
     QCOMPARE(shown->view->selectedRows().count(), 4);
 }
 
-void ActionContextMenuTest::unlockedRowsHaveALockEntryAndLockedRowsHaveAnUnlockEntry_data()
+void ActionContextMenuTest::theMenuOffersToLockUnlockedRowsAndToUnlockLockedRows_data()
 {
     QTest::addColumn<QStringList>("selected");
     QTest::addColumn<QStringList>("offered");
@@ -281,7 +281,7 @@ void ActionContextMenuTest::unlockedRowsHaveALockEntryAndLockedRowsHaveAnUnlockE
     QTest::newRow("group") << QStringList{"Games"} << QStringList();
 }
 
-void ActionContextMenuTest::unlockedRowsHaveALockEntryAndLockedRowsHaveAnUnlockEntry()
+void ActionContextMenuTest::theMenuOffersToLockUnlockedRowsAndToUnlockLockedRows()
 {
     QFETCH(QStringList, selected);
     QFETCH(QStringList, offered);

@@ -32,7 +32,7 @@ class ColumnsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void eachColumnHasItsNumberAToolTipAndATitleOfItsOwn()
+    void eachColumnHasTheRightNumberAndAToolTipAndItsOwnTitle()
     {
         QSet<QString> titles;
         for (int column = 0; column < ColumnCount; ++column) {

@@ -64,13 +64,13 @@ private Q_SLOTS:
     void theTextColourDependsOnTheState();
     void theTextColoursDependOnTheBackground();
     void theActionAndStateColumnsHaveNoColour();
-    void theUserRoleOfACellContainsTheSortKeyOrTheRecord();
+    void theDataForUserRoleAreTheSortKeyOrTheRecord();
     void theCellsHaveNoDataForUnsupportedRoles();
     void theModelHasNoDataForAnIndexOutsideTheTable();
     void aStarFollowsTheVersionOfAnAvailablePackageIfTheRecordHasAChain();
     void theModelReturnsTheStateOfARow();
     void theModelStoresEvenAForbiddenAction();
-    void anIndexOutsideTheTableGetsNoAction();
+    void noActionIsSetForAnIndexOutsideTheTable();
     void togglingAnActionSelectsTheNextPermittedAction_data();
     void togglingAnActionSelectsTheNextPermittedAction();
     void selectedRowsAreMarkedForInstallationOrUpdate();
@@ -452,7 +452,7 @@ void ModelTest::theActionAndStateColumnsHaveNoColour()
     }
 }
 
-void ModelTest::theUserRoleOfACellContainsTheSortKeyOrTheRecord()
+void ModelTest::theDataForUserRoleAreTheSortKeyOrTheRecord()
 {
     table->entry("editor").action = Package::Install;
     QCOMPARE(data("editor", 0, Qt::UserRole), QVariant(1));
@@ -529,7 +529,7 @@ void ModelTest::theModelStoresEvenAForbiddenAction()
     QCOMPARE(changed(spy), QStringList{"shell"});
 }
 
-void ModelTest::anIndexOutsideTheTableGetsNoAction()
+void ModelTest::noActionIsSetForAnIndexOutsideTheTable()
 {
     const QModelIndex last = model->index(model->rowCount() - 1, 0);
     table->collect({}, {}, {StandIn::package("alone")});

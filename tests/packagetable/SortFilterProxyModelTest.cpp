@@ -44,8 +44,8 @@ private Q_SLOTS:
     void wildcardsAroundAnExpressionAreIgnored_data();
     void wildcardsAroundAnExpressionAreIgnored();
     void expressionsUseExtendedSyntaxAndAreCaseSensitive();
-    void anExpressionThatDoesNotCompileListsNothing_data();
-    void anExpressionThatDoesNotCompileListsNothing();
+    void noRowIsListedIfTheExpressionIsInvalid_data();
+    void noRowIsListedIfTheExpressionIsInvalid();
     void aDotMatchesAnyLetter();
     void anExpressionMatchesAcrossColumns();
     void anEmptyColumnAddsNoBlankToTheMatchedText();
@@ -253,14 +253,14 @@ void SortFilterProxyModelTest::expressionsUseExtendedSyntaxAndAreCaseSensitive()
     QCOMPARE(listed("SHELL"), QStringList());
 }
 
-void SortFilterProxyModelTest::anExpressionThatDoesNotCompileListsNothing_data()
+void SortFilterProxyModelTest::noRowIsListedIfTheExpressionIsInvalid_data()
 {
     QTest::addColumn<int>("mode");
     QTest::newRow("filter") << int(Filter);
     QTest::newRow("search") << int(Search);
 }
 
-void SortFilterProxyModelTest::anExpressionThatDoesNotCompileListsNothing()
+void SortFilterProxyModelTest::noRowIsListedIfTheExpressionIsInvalid()
 {
     QFETCH(int, mode);
     proxy->setMode(static_cast<Mode>(mode));
@@ -563,7 +563,7 @@ void SortFilterProxyModelTest::aPreparedSearchRespectsTheStateFilter()
     QVERIFY(all.count() > installable.count());
     proxy->clear(); // clear() discards the prepared results
     QCOMPARE(sortedNames(*proxy), all);
-    // The proxy does not use these results if the expression or the mode differs.
+    // The proxy uses the results of prepare() only for the same expression and mode.
     QVERIFY(proxy->prepare({Search, ViewAll, true, true, "o"}));
     QCOMPARE(listed("nothing has this"), QStringList());
     QCOMPARE(listed("^$").contains("tool"), listed("").contains("tool"));

@@ -790,7 +790,7 @@ void ViewTest::controlHomeAndControlEndReachTheFirstAndTheLastRow()
         }
         return rows;
     };
-    // "" stands for no current row: the keys also work in this case.
+    // "" means that no row is current. The keys also work in this case.
     for (const char* start : {"", "shell", "tool"}) {
         if (*start != '\0') {
             shown->click(start, NameColumn);
