@@ -262,7 +262,7 @@ private Q_SLOTS:
         QCOMPARE(answer, whole);
     }
 
-    void anExpressionGetsAOnePassFormOnlyIfItNeedsAndPermitsThisForm_data()
+    void anExpressionIsRewrittenForOnePassOnlyIfThisIsNecessaryAndPossible_data()
     {
         QTest::addColumn<QByteArray>("expression");
         QTest::addColumn<QByteArray>("onePass");
@@ -286,7 +286,7 @@ private Q_SLOTS:
         row("a*)|(b", "");
     }
 
-    void anExpressionGetsAOnePassFormOnlyIfItNeedsAndPermitsThisForm()
+    void anExpressionIsRewrittenForOnePassOnlyIfThisIsNecessaryAndPossible()
     {
         QFETCH(QByteArray, expression);
         QFETCH(QByteArray, onePass);

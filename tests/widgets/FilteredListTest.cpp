@@ -235,7 +235,7 @@ void FilteredListTest::aClickOnAHeaderSortsTheRowsByThisColumn()
     click(0);
     QCOMPARE(first(), 3);
     click(1);
-    QCOMPARE(first(), 1); // the transaction "install kernel"
+    QCOMPARE(first(), 1); // the row with the text "install kernel"
 }
 
 void FilteredListTest::theKeyboardReachesAllPartsOfTheList()

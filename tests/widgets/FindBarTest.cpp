@@ -97,7 +97,8 @@ public:
 
 } // namespace
 
-// Tests of the bar that finds a word in a text. Each test runs twice: with a text edit and with a label.
+// Tests of the bar that finds a word in a text. Most of these tests run twice: with a text edit and with a
+// label.
 class FindBarTest : public QObject
 {
     Q_OBJECT
@@ -151,7 +152,7 @@ void FindBarTest::theFirstMatchOfTheTypedTextIsSelectedAndVisible()
     QCOMPARE(dialog.scrolled(), 0.0);
     QTest::keyClicks(dialog.field, "needle");
     QCOMPARE(dialog.selected(), QString("Needle"));
-    // Qt lays a long text out in several steps.
+    // Qt computes the layout of a long text in several steps.
     QTRY_VERIFY(dialog.scrolled() > 0.95);
     dialog.field->clear();
     QTest::keyClicks(dialog.field, "line 200 <b>");

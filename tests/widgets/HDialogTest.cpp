@@ -28,7 +28,7 @@ void HDialogTest::theReturnAndEnterKeysDoNotPressTheDefaultButton_data()
 void HDialogTest::theReturnAndEnterKeysDoNotPressTheDefaultButton()
 {
     QFETCH(Qt::Key, key);
-    // In a QDialog with the same form, the key presses the default button.
+    // In a QDialog with the same widgets, the key presses the default button.
     HDialog dialog;
     QDialog plain;
     const QVector<QPair<QDialog*, int>> expected = {{&dialog, 0}, {&plain, 1}};
