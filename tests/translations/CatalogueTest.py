@@ -27,8 +27,8 @@ UPDATE = os.path.join(TOP, 'translations', 'update')
 CATALOGUES = sorted(glob.glob(os.path.join(TOP, 'translations', '*.ts')))
 LRELEASE = os.environ.get('LRELEASE') or shutil.which('lrelease') or shutil.which('lrelease-qt5')
 
-# Each pair is a context and some of its texts. The Alt keys of these texts are usable at the same time, so they must
-# differ.
+# Each row is a pair: a context and some of its texts. The Alt keys of these texts are usable at the same time, so these
+# keys must differ.
 TOGETHER = (
     ('MainWindow', ('&Program', '&Windows', '&Repositories', '&Cache', '&Help', '&Describe', 'Re&size', 'Re&fresh',
                     'Set &Install/Update of Selected', 'Set &Update of Listed', '&Clear Actions', '&Apply Actions')),
@@ -42,8 +42,8 @@ TOGETHER = (
     ('YumIO', ('Yes to &All',)),
     ('PackageTable::ActionContextMenu', ('&Update', '&Install', '&Remove', '&No Action',
                                          '&Lock Version')),
-    # "Lock Version" and "Unlock Version" may have the same letter: a menu has both only if the selection has locked and
-    # unlocked rows.
+    # "Lock Version" and "Unlock Version" may have the same Alt key: the menu contains both entries only if the
+    # selection contains locked and unlocked rows.
     ('PackageTable::ActionContextMenu', ('&Update', '&Install', '&Remove', '&No Action', 'Un&lock Version')),
     ('PackageTable::OtherContextMenu', ('&Describe',)),
     # The FindBar is a part of the log window and of text dialogs.
@@ -58,9 +58,9 @@ TOGETHER = (
     ('QWidgetTextControl', ('&Undo', '&Redo', 'Cu&t', '&Copy', 'Copy &Link Location', '&Paste')),
     ('QAbstractSpinBox', ('&Select All', '&Step up', 'Step &down')),
 )
-# Each pair names two rows of TOGETHER that are parts of the same window: the main window with its outcome line, and
-# windows with a Find bar or a filter. No pair names the row of the Stop button: while this button is enabled, the other
-# buttons of the main window are disabled.
+# Each pair names two rows of TOGETHER whose texts appear in the same window: in the main window with its outcome line,
+# or in a window with a Find bar or a filter. No pair names the row of the Stop button: while this button is enabled,
+# the other buttons of the main window are disabled.
 WINDOWS = (
     ('MainWindow &Program', 'OutcomeLine Show in &Log'),
     ('Log::Window &Close', 'FindBar &Next'), ('TextDialog &Find...', 'FindBar &Next'),
@@ -193,7 +193,7 @@ class CatalogueTest(unittest.TestCase):
         for path in CATALOGUES:
             contexts = {context for context, _ in messages(path)}
             self.assertIn('PackageTable::Describe::Instance::Area', contexts)
-            # Functions outside classes use the contexts Colors and Metadata. The others are classes of Qt.
+            # Functions outside classes use the contexts Colors and Metadata. The other contexts are classes of Qt.
             self.assertEqual(contexts - declared, {
                 'Colors', 'Metadata', 'QAbstractSpinBox', 'QDialogButtonBox', 'QLineEdit', 'QPlatformTheme',
                 'QScrollBar', 'QWidgetTextControl'})
@@ -203,7 +203,7 @@ class CatalogueTest(unittest.TestCase):
             places = [sorted(re.findall(r'%(?:L?\d{1,2}|n|s)|\{\}', text)) for text in (source, translation)]
             self.assertEqual(places[0], places[1])
 
-    def test_translations_begin_and_end_with_the_same_blanks_as_their_texts_and_have_as_many_lines(self):
+    def test_translations_have_the_same_outer_blanks_and_as_many_lines_as_their_texts(self):
         for _, source, translation in self.each():
             self.assertEqual(re.match(r'\s*', translation).group(), re.match(r'\s*', source).group())
             self.assertEqual(re.search(r'\s*$', translation).group(), re.search(r'\s*$', source).group())

@@ -98,7 +98,7 @@ class ProgramLanguageTest(HistoryJourneyTest):
         wait_for(lambda: line in window.labels(), 'the outcome ' + line)
         self.assertIn(texts['OutcomeLine', 'Show in Log'], window.buttons())
 
-    def test_a_vyre_in_german_installs_updates_and_undoes(self):
+    def test_a_transaction_can_be_applied_and_undone_in_german(self):
         # This locale writes numbers with a decimal comma. The program must still read and write decimal points.
         locales = os.path.join(self.scratch, 'locales')
         os.mkdir(locales)
