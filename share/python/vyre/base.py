@@ -174,8 +174,8 @@ class Base(dnf.Base):
                 repo._repo.setSyncStrategy(dnf.repo.SYNC_ONLY_CACHE)
 
     def _expireRepos(self):
-        """Mark the metadata of a repository as expired if expired_repos.json, which an earlier run has written, names
-        the repository.
+        """Read expired_repos.json, which an earlier run has written, and mark the metadata of all repositories in this
+        file as expired. If the file cannot be read, mark the metadata of every repository.
         """
         self._activate_persistor()
         expired = self._repo_persistor.get_expired_repos()

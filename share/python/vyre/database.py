@@ -25,8 +25,8 @@ def useDatabaseOfRoot():
 
     dnf checks signatures with the rpmkeys program, which must use the same database. So this function also replaces
     dnf's function that runs rpmkeys. This replacement must be permanent: if the script runs again in the same
-    interpreter, rpm's macro already has its value, and useDatabaseOfRoot() returns at once. So this function does not
-    use program.replace().
+    interpreter, rpm's macro still has the value that the first run has set, so useDatabaseOfRoot() returns at once.
+    Therefore this function does not use program.replace().
     """
     if rpm.expandMacro('%{?_dbpath}') in DATABASES:
         return

@@ -297,8 +297,8 @@ class WaitingLock(dnf.lock.ProcessLock):
         logged = None
         try:
             while holder != number:
-                # If the lock file has no number (holder is not positive), another process is just writing or removing
-                # the file.
+                # If the lock file has no number (holder is not positive), another process is writing or removing the
+                # file at this moment.
                 first = holder != logged and holder > 0
                 if first:
                     logged = holder

@@ -65,7 +65,7 @@ def programListens():
     return isinstance(sys.stdout, Writer)
 
 
-# The script sets this attribute of a log record if the warning is not an error:
+# The script sets this attribute of a log record if the program's log must show a warning instead of an error:
 # logging.warning(..., extra={HARMLESS: True})
 HARMLESS = 'vyreHarmless'
 
