@@ -177,7 +177,7 @@ class LockedTest(DatabaseTest):
         self.assertFalse(self.yumio.systemChanged)
         self.assertEqual(self.sandbox.installed(), before)
         self.let_go()
-        # The script has released its own locks: another process gets both.
+        # The script has released its own locks: another process can take both locks.
         Holder(self.rpm_lock).let_go()
         Holder(self.database_lock).let_go()
         self.assertEqual([name for name in os.listdir("/proc/self/fd") if self.target(name).endswith(".rpm.lock")], [])
@@ -369,10 +369,10 @@ class HistoryTest(DatabaseTest):
 
 
 class RightsTest(ScenarioTest):
-    """If the current user must not change the directory of the database, the script names this directory."""
+    """If the current user has no right to change the directory of the database, the script names this directory."""
 
     @in_own_process
-    def test_the_script_names_no_directory_to_root_even_if_the_database_belongs_to_another_user_or_is_read_only(self):
+    def test_for_root_no_directory_is_named_even_if_the_database_belongs_to_another_user_or_is_read_only(self):
         yumio = self.load()
         directory = self.sandbox.root + DATABASE
         self.assertEqual(yumio.refusedDirectory(), "")

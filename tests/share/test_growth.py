@@ -13,8 +13,8 @@ import unittest
 
 SOURCES = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 
-# The test compares this number of packages with four times this number. Half of the packages are installed, and two of
-# five installed packages have an update.
+# The test compares the work for this number of packages with the work for four times this number. Half of the packages
+# are installed, and two of five installed packages have an update.
 FEW = 400
 
 # Four times the packages need at most about four times the work. A quadratic loop needs sixteen times the work.

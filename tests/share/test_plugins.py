@@ -130,7 +130,7 @@ class HooksTest(PlugInsTest):
         self.recorded_calls()
         self.collect()
         self.assertEqual([line.split()[0] for line in self.recorded_calls()], ["init", "pre_config", "config", "sack"])
-        # A reset loads the plug-ins only for the new base. When VYRE ends, it loads no plug-ins.
+        # A reset loads the plug-ins only once, after the end of the old dnf base. The end of VYRE loads no plug-ins.
         for action, expected in ((self.again, ["init", "pre_config", "config", "sack"]), (self.yumio.unlock, [])):
             self.write_plug_in("probe", PROBE)
             self.write_plug_in("other", raising("transaction", "os.rename(%r, %r)" % (

@@ -99,8 +99,9 @@ class SignatureTest(ScenarioTest):
             self.apply(installs=["wax-forged"], answers=[1, 1])
         self.assertEqual(self.sandbox.installed() - before, self.keys())
         self.assertNotIn("rpmtransInit", self.recording.names())
-        # dnf knows the repository's key now, so it asks only about the listing. But some versions of rpm give the key a
-        # name with more than eight digits. dnf does not find such a key, so it asks about the key again.
+        # dnf knows the repository's key now, so the only question is about the listing. But some versions of rpm give
+        # the key a name with more than eight digits. dnf does not find such a key, so the question about the key
+        # appears again.
         known = any(re.match("gpg-pubkey-[0-9a-f]{8}-", key) for key in self.keys())
         self.assert_refused("wax-forged", installs=["wax-forged"], answers=[1] if known else [1, 1])
         self.assertEqual(len(self.keys()), 1)

@@ -245,7 +245,7 @@ class GroupTest(ScenarioTest):
 
     @needs_groups
     @in_own_process
-    def test_the_records_of_installed_groups_are_read_only_once_until_a_transaction_changes_them(self):
+    def test_the_records_of_installed_groups_are_read_once_and_are_read_again_after_a_transaction(self):
         self.started()
         persistor, reads = type(self.yumio.base.history.group), []
         read = persistor.search_by_pattern
