@@ -5,9 +5,10 @@
 //
 // The new text is written to a temporary file in the same directory. The temporary file gets the owner, the
 // mode and the extended attributes of the old file. As soon as its text is on the disk, it is renamed to the
-// name of the old file. Links are followed. A rename is impossible if the directory is not writable, if the
-// file has several names, or if the owner cannot be set. In these cases, the file itself is overwritten. A
-// copy preserves the old text until the new text is on the disk.
+// name of the old file. Links are followed. A rename is impossible if the directory is not writable or the
+// owner cannot be set. If the file has several names, a rename would replace the file under only one of its
+// names. In these cases, the file itself is overwritten. A copy preserves the old text until the new text is
+// on the disk.
 //
 // Only the graphical thread uses this class. The class shows no window. The names of temporary files and
 // copies begin with "." and do not end with ".repo". Therefore no program treats them as repository files.
