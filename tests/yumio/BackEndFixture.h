@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base class for tests that use one back end with the stand-in script. After each test, it checks that
-// the back end is idle and has shown no unexpected dialog.
+// The base class for tests that use one back end with the stand-in script. After each test, the class checks
+// that the back end is idle and has shown no unexpected dialog.
 
 #ifndef TESTS_YUMIO_BACKENDFIXTURE_H
 #define TESTS_YUMIO_BACKENDFIXTURE_H

@@ -16,8 +16,8 @@ protected Q_SLOTS:
     void initTestCase();
 
 protected:
-    // The log from this entry on. Leaves out messages of the window system, which the log contains if they
-    // arrive while an operation captures standard error.
+    // The log from this entry on, without messages of the window system. If the window system writes a
+    // message while an operation captures standard error, the log contains this message.
     QStringList logged(int from);
 };
 

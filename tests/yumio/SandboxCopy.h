@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A private copy of the tests' sandbox, and a server for its repositories, until the SandboxCopy is
-// destroyed. A SandboxCopy sets VYREROOT and HOME, so that the process works on the copy. A process has only
-// one SandboxCopy, on the graphical thread.
+// Provides a private copy of the tests' sandbox, and a server for the repositories of the copy, until the
+// SandboxCopy is destroyed. A SandboxCopy sets VYREROOT and HOME, so that the process works on the copy. A
+// process has only one SandboxCopy, on the graphical thread.
 
 #ifndef TESTS_YUMIO_SANDBOXCOPY_H
 #define TESTS_YUMIO_SANDBOXCOPY_H
@@ -27,7 +27,7 @@ public:
     QString root() const { return rootPath; }
     // The reason why dnf cannot read groups here, for QSKIP; empty if dnf can read groups.
     QByteArray withoutGroups() const;
-    // The path of a file in the directory of the copy. Tests may also write other files there.
+    // The path of a file in the directory of the copy. Tests may also write files of their own there.
     QString filePath(const QString& name) const { return scratch.filePath(name); }
 
 private:

@@ -66,7 +66,7 @@ private Q_SLOTS:
         QCOMPARE(stop.state(), State::Useless);
     }
 
-    void noStopRequestIsAcceptedAfterARefusal()
+    void noStopRequestIsAcceptedIfTheOperationRefusesStopRequests()
     {
         StopRequest stop;
         stop.begin(true);

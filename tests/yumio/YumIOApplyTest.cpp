@@ -8,8 +8,8 @@
 
 namespace {
 
-// Simulates a lack of memory for Python lists. If the value is 3, the third list from now on gets no memory
-// for its elements. If the value is 0, every list gets memory.
+// Simulates a lack of memory for Python lists. If `failingList` is 3, the third list from now on gets no
+// memory for its elements. If `failingList` is 0, every list gets memory.
 int failingList = 0;
 PyMemAllocatorEx memory;
 
@@ -423,7 +423,7 @@ private Q_SLOTS:
         QVERIFY(clean());
     }
 
-    void theBarNamesTheLockForWhichCleaningWaits()
+    void theItemBarShowsWhyTheCleaningOfTheCacheWaits()
     {
         backEnd->run("import threading\nworkers = []\n"
                      "def clean():\n"

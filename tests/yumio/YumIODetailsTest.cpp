@@ -435,7 +435,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().getRelocations(tool()), QString());
     }
 
-    void onlyAnInstalledPackageHasRelocations()
+    void aPackageWithoutAnRpmHeaderHasNoRelocations()
     {
         QCOMPARE(yumIO().getRelocations(tool()), QString());
         QCOMPARE(errors(), QStringList());

@@ -440,7 +440,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen"), QString("[1]"));
     }
 
-    void theItemBarNamesTheLockForWhichTheScriptWaits()
+    void theItemBarShowsTheActivityThatTheScriptReports()
     {
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
                       "changeActivity('Waiting for w\\u00e4scher (17)')\n"
@@ -495,7 +495,7 @@ private Q_SLOTS:
         QVERIFY2(lines.count("0 3 ended") == 1 && lines.last() == "4 0 Stopped." &&
                      lines.filter(QRegularExpression("^[23] ")).isEmpty(),
                  qPrintable(lines.join("\n")));
-        // If the next operation fails without a stop, the user sees its failure.
+        // If the next operation fails without a stop, the user sees a message about the failure.
         QVERIFY(!apply("raise dnf.exceptions.Error('broken')"));
         QCOMPARE(backEnd->answers.take().count(), 1);
     }

@@ -8,7 +8,7 @@
 #include "tests/yumio/BackEnd.h"
 #include "tests/yumio/SandboxCopy.h"
 
-// A macro, because QSKIP must return from the test function itself.
+// This is a macro, because QSKIP must return from the test function itself.
 #define SKIP_WITHOUT_GROUPS()                                                                                \
     if (!sandbox.withoutGroups().isEmpty()) {                                                                \
         QSKIP(sandbox.withoutGroups().constData());                                                          \
@@ -75,8 +75,8 @@ private:
         return text.trimmed();
     }
 
-    // The texts that a search must find in a record, except the file list and the change log. text() reads
-    // them on this thread.
+    // Returns the texts that a search must find in a record, except the file list and the change log. Reads
+    // these texts with text(), on the graphical thread.
     QByteArray searchedTexts(const Package::Entry& entry)
     {
         const int owner = entry.kind == Package::Group ? Fields::OfGroups : Fields::OfPackages;
@@ -404,8 +404,8 @@ private Q_SLOTS:
     {
         setMetadataPath("genuinePath(self, repoid, kind)");
         checkSearchTexts(1 << 30);
-        // The limit is larger than the number of packages. So the texts come from the packages, not from the
-        // metadata.
+        // Here, `fewPackages` is larger than the number of packages. So the texts come from the packages, not
+        // from the metadata.
         QCOMPARE(backEnd->text("asked"), QString("[]"));
         const Package::Entry& orchard = *backEnd->entry("orchard");
         QVERIFY(
@@ -747,7 +747,7 @@ private Q_SLOTS:
     }
 
     // The browser must open the address from which dnf downloads. Newer versions of dnf replace more
-    // variables than older ones.
+    // variables than older versions.
     void variablesInTheUrlForTheBrowserHaveTheValuesOfDnf()
     {
         QVERIFY(QDir().mkpath(root + "/etc/dnf/vars"));

@@ -323,7 +323,7 @@ private Q_SLOTS:
             << "Base._trans_tempfiles";
     }
 
-    // Runs the installed script with the real dnf: it must show one message, and must not start.
+    // Runs the installed script with the real dnf: the back end must show one message, and must not start.
     void theBackEndDoesNotStartIfDnfLacksANameThatTheScriptNeeds()
     {
         QFETCH(QByteArray, removal);
