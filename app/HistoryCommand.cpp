@@ -22,7 +22,7 @@ void HistoryCommand::run()
         dialog = new HistoryDialog(yumIO, host.dialogParent());
         new WindowSizeKeeper(QStringLiteral("History"), dialog);
     }
-    // If the operation is refused or fails, the user sees the history window again.
+    // If the user cancels the operation, or if the operation fails, the history window opens again.
     while (!host.isClosing()) {
         dialog->setRefusal(
             host.hasPackages()

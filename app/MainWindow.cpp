@@ -395,8 +395,8 @@ void MainWindow::showSkippedRepos()
     reportedSkipped = skipped;
     skipped += unwanted;
     if (skipped.count() == 1) {
-        // In a narrow window, a notice shows only its beginning. A long identifier would move the advice
-        // behind the visible part.
+        // In a narrow window, only the beginning of a notice is visible. A long identifier would leave no
+        // visible space for the advice.
         constexpr int longest = 40;
         QString id = skipped.first();
         if (id.length() > longest) {
@@ -566,7 +566,7 @@ void MainWindow::quit()
         return;
     }
     saveLayout();
-    // After this line, nothing may use the back end.
+    // `yumIO` becomes null, because from now on, no other function may use the back end.
     YumIO* const ending = yumIO;
     yumIO = nullptr;
     ending->clearEntriesBeforeQuit();

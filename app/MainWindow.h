@@ -62,7 +62,7 @@ class MainWindow : public QMainWindow, private CommandHost
 public:
     MainWindow();
 
-    // The following functions set the options of the command line. Call them before the window is first
+    // The following functions apply the options of the command line. Call them before the window is first
     // shown.
     void setMode(PackageTable::Mode mode);
     void setRegexp(const char* regexp);
@@ -75,8 +75,7 @@ public:
 
     void setVisible(bool visible) override;
     QSize sizeHint() const override;
-    // Callers get this function instead of QMainWindow::menuBar(), which would replace the row of the menus
-    // by a new menu bar.
+    // This function hides QMainWindow::menuBar(), which would replace the row of the menus by a new menu bar.
     QMenuBar* menuBar() const { return menus; }
 
     // Returns whether the back end is changing the system now. This work must not be interrupted.

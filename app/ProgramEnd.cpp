@@ -22,8 +22,8 @@ struct xcb_connection_t;
 
 namespace {
 
-// If a signal requests the end while the back end changes the system, VYRE waits. At this interval, in
-// milliseconds, it checks whether the change is complete.
+// If a signal requests the end while the back end changes the system, VYRE waits until the change is
+// complete. This is the number of milliseconds between two checks.
 constexpr int checkInterval = 100;
 
 ProgramEnd* current = nullptr;

@@ -3,7 +3,8 @@
 // Makes sure that the descriptors 0 to 2 are open.
 //
 // If one of these descriptors is closed, the next opened file gets the number of this descriptor. Output
-// would then go to that file, and the capture of output would replace the file by a pipe.
+// would then go to that file. When VYRE captures output, it would replace the descriptor of that file by a
+// pipe.
 //
 // main() calls ensure() first, while no other thread exists.
 
