@@ -41,8 +41,8 @@ class SearchedTexts
 public:
     explicit SearchedTexts(int records) : found(new std::atomic<bool>[static_cast<size_t>(records)]()) {}
 
-    // Adds the texts of one kind. Add the fields first, because a match in a field saves the comparison of
-    // the file list and the change log.
+    // Adds the texts of one kind. Add the texts of the fields first, because a match in a field saves the
+    // comparison of the file list and the change log.
     template <typename TextOf> void add(TextKind kind, int records, TextOf textOf)
     {
         QHash<const char*, size_t> numbers;
