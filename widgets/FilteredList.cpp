@@ -33,7 +33,7 @@ namespace {
 constexpr int widestColumn = 30;
 // The smallest width of a narrowed column, in letters.
 constexpr int narrowestColumn = 12;
-// The width of a column is measured with only this number of its longest texts.
+// The number of texts of a column that are measured. These are the texts with the most characters.
 constexpr size_t measuredTexts = 8;
 // The value of `reported` if the row is unknown. No row has this number.
 constexpr int unknownRow = -2;

@@ -115,7 +115,7 @@ private:
     int reported;                 // the row that the last currentChanged() reported
     bool listing;                 // true while the list changes; selection signals are then ignored
     std::vector<int>
-        textWidths; // the widths of the columns' longest texts; if it is empty, shareWidth() does nothing
+        textWidths; // the widths of the columns' longest texts; while empty, shareWidth() does nothing
     bool sharing;   // true while shareWidth() changes the widths
 };
 

@@ -2,7 +2,7 @@
 
 // A bar that finds a text in a text edit or in a label: a field for the text, and buttons for the next and
 // the previous match. The bar is hidden until the user presses Ctrl+F in its window. The search ignores case.
-// From one end of the text, it continues at the other end.
+// When the search reaches one end of the text, it continues at the other end.
 //
 // Enter and F3 go to the next match; with Shift, they go to the previous match. Escape hides the bar. While
 // the focus is in the bar, these keys never reach the buttons of the window.
