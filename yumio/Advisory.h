@@ -3,7 +3,8 @@
 // A repository's advisory about an installed package. The advisory gives the reason for updates, for example
 // a security fault.
 //
-// A plain value. A worker of the back end creates it, and the graphical thread reads it afterwards.
+// An Advisory is a plain value. A worker of the back end creates it, and the graphical thread reads it
+// afterwards.
 
 #ifndef YUMIO_ADVISORY_H
 #define YUMIO_ADVISORY_H
@@ -15,8 +16,8 @@
 class Advisory
 {
 public:
-    // The reason why the requested update cannot be marked. Possible means that the update can be marked. The
-    // script uses the same numbers.
+    // The reason why the update that the advisory requests cannot be marked. `Possible` means that no such
+    // reason exists. The script uses the same numbers.
     enum Obstacle : int {
         Possible = 0,
         IsInstalled = 1, // the named version or a newer version is installed

@@ -24,8 +24,9 @@ public:
     ChildSignal(const ChildSignal&) = delete;
     ChildSignal& operator=(const ChildSignal&) = delete;
 
-    // Sets the disposition. Call this function once. The constructor does not set the disposition, because
-    // the ChildSignal must exist before the output capture begins.
+    // Sets the disposition. Call this function once, after the output capture has begun. The constructor does
+    // not set the disposition: the ChildSignal is created before the capture, so that it is destroyed after
+    // the capture.
     void disable() { disabled = backEnd.sigchldDisable(); }
 
 private:

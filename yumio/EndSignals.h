@@ -35,7 +35,7 @@ void install(int descriptor);
 // default action of SIGINT. If install() has not been called yet, the function does nothing.
 void renew();
 
-// Returns whether this action is the handler of install() and renew().
+// Returns whether this signal action calls the handler that install() and renew() install.
 bool isOurs(const struct sigaction& action);
 
 // Sets the path of the package manager's lock file while this process holds the lock. A null or empty path

@@ -94,8 +94,8 @@ public:
         Field field;
         const char* label; // not translated; null for the name, because it is the heading of a description
         Source source;
-        const char*
-            attribute; // the script's attribute, or the tag of the package header; null for all other sources
+        // The name of the script's attribute, or the tag in the rpm header. Null if the source needs no name.
+        const char* attribute;
         QString Package::Entry::*member; // the member with the text; null unless the source is Record
         int uses;                        // flags of Use
     };

@@ -2,7 +2,7 @@
 
 // One recorded transaction, with the values that the history window lists.
 //
-// A plain value. A worker creates it, and the graphical thread uses it afterwards.
+// A HistoryRecord is a plain value. A worker creates it, and the graphical thread uses it afterwards.
 
 #ifndef YUMIO_HISTORYRECORD_H
 #define YUMIO_HISTORYRECORD_H

@@ -53,8 +53,8 @@ public:
     TextPacker(const TextPacker&) = delete;
     TextPacker& operator=(const TextPacker&) = delete;
 
-    // Packs a text, which may contain zero bytes. The packer sets the target at the latest in finish(), so
-    // the target must exist until then. If the target already has a text, the new text replaces the old text.
+    // Packs a text, which may contain zero bytes. The packer sets `target` before the next finish() returns,
+    // so `target` must exist until then. If `target` already has a text, the new text replaces the old text.
     void add(PackedText& target, const char* text, size_t size);
     void finish();
 
@@ -72,8 +72,8 @@ public:
     TextUnpacker(const TextUnpacker&) = delete;
     TextUnpacker& operator=(const TextUnpacker&) = delete;
 
-    // Returns the unpacked text, which a zero byte follows. If `packed` is null, returns an empty text. The
-    // result refers to memory of this TextUnpacker, and is valid until the next call.
+    // Returns the unpacked text. In memory, a zero byte follows the text. If `packed` is null, returns an
+    // empty text. The result refers to memory of this TextUnpacker, and is valid until the next call.
     QByteArray text(const PackedText& packed) { return text(packed, packed.position()); }
     // Returns the text at `position` in the block of `sameBlock`.
     QByteArray text(const PackedText& sameBlock, qint32 position);

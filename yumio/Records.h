@@ -33,8 +33,9 @@ public:
 
     // Reserves memory for `further` additional records, so that the indexes do not grow step by step.
     void reserve(int further);
-    // Returns a reference to the index's pointer for `key`. If the key is new, this pointer is null. In this
-    // case, store a new record in the pointer, and then call added().
+    // The index stores a pointer to a record for each key. Returns a reference to the pointer for `key`. If
+    // the key is new, this pointer is null. In this case, store a new record in the pointer, and then call
+    // added().
     Package::Entry*& place(const Package::EntryKey& key) { return entryIndex[key]; }
     void added(Package::Entry* entry);
     // Adds `key` as another key for the existing record `entry`. If `key` already has a record, nothing
@@ -90,8 +91,8 @@ public:
 
     // --- Deletion
 
-    // Deletes all records. If `drop` is set, it is called with each reference to an object of the script, and
-    // must release the reference. Without `drop`, the references are never released.
+    // Deletes all records. If `drop` is set, clear() passes each reference to an object of the script to
+    // `drop`, which must release the reference. Without `drop`, the references are never released.
     void clear(const std::function<void(PyObject*)>& drop = {});
 
 private:

@@ -414,7 +414,8 @@ quint64 ScriptValues::sizeOf(PyObject* pkg)
 
 QString ScriptValues::bytesFormat(unsigned long long bytes)
 {
-    // The names of the units are translated once, because each collection formats tens of thousands of sizes.
+    // The names of the units are translated only once, because each collection formats tens of thousands of
+    // sizes.
     static const struct
     {
         int shift; // the unit has (1 << shift) bytes

@@ -45,7 +45,7 @@ public:
     QString text() const;
     // If the scriptlets of several packages failed, text() names only the first of these packages. In this
     // case, details() returns several short lines that name all these packages, or the first hundred.
-    // Otherwise it returns an empty string.
+    // Otherwise, details() returns an empty string.
     QString details() const;
 
     bool known = false; // the user has confirmed a transaction

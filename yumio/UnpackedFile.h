@@ -7,7 +7,8 @@
 // If ISA-L refuses a file, for example because the file is damaged, libarchive continues at the same place.
 // So the content and the error messages do not depend on ISA-L.
 //
-// An object belongs to the function that reads the file. Any thread may use it, but only one at a time.
+// An object belongs to the function that reads the file. Any thread may use the object, but only one thread
+// at a time.
 
 #ifndef YUMIO_UNPACKEDFILE_H
 #define YUMIO_UNPACKEDFILE_H

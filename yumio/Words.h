@@ -19,7 +19,7 @@ class Words
     Q_DECLARE_TR_FUNCTIONS(Words)
 
 public:
-    // One or two words, for questions and for columns that show a picture.
+    // One or two words, for questions. For a column that shows a picture, a screen reader reads these words.
     static QString of(Package::Action action);
     static QString of(Package::State state);
     static QString of(Package::Kind kind);

@@ -154,8 +154,8 @@ public:
     using Matches = std::function<bool(const Expression& expression, size_t index)>;
     bool findMatches(const QString& expression, size_t count, const Matches& matches,
                      std::vector<char>& found);
-    // Runs a computation that needs neither the interpreter nor graphical objects on a worker. In the
-    // meantime, the window serves events, but keys and clicks wait.
+    // Runs a computation on a worker. The computation must need neither the interpreter nor graphical
+    // objects. In the meantime, the window serves events, but keys and clicks wait.
     void compute(const std::function<void()>& computation);
     // Calls the function for each searched text, except the file list and the change log, until the function
     // returns true. Returns whether the function returned true.
@@ -327,7 +327,7 @@ public:
     PyObject* gpgsigcheck(PyObject* module, PyObject* args) override;
 
 public Q_SLOTS:
-    // Releases a new worker. The event loop that waits for the worker calls this slot.
+    // Lets a new worker begin its work. The event loop that waits for the worker calls this slot.
     void blockerRelease();
 
 Q_SIGNALS:
@@ -460,8 +460,8 @@ private:
     bool collectUpdates();
     bool collectInstalledAndAvailable();
     bool collectAllGroups();
-    // Calls a method of the script and reports a failure. `what` is a verb with its object, for this report.
-    // Returns a new reference or null.
+    // Calls a method of the script and reports a failure. `what` completes the words "Unable to" in this
+    // report, for example "collect groups". Returns a new reference or null.
     PyObject* collected(const char* method, const QString& what, bool capture);
     void addCounterparts();
     // Ignores `baseObject`, because `repos` belongs to the only base object of the script.
@@ -490,7 +490,7 @@ private:
     void collectUpdateAdvisories();
     void readAdvisory(PyObject* tuple); // leaves an exception pending if the tuple is not an advisory
     // If `keep` is true, the script keeps an index of all advisories in memory. A search of many packages
-    // needs this index.
+    // needs this index. If `keep` is false, the script deletes this index.
     void indexAdvisories(bool keep);
 
     // Version locks (YumIOVersionLocks.cpp)

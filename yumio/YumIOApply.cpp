@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // Applies the chosen actions as one transaction, and cleans the caches. Both operations run on a worker
-// thread. The script calls the functions of yumIOC in this file on the same thread.
+// thread. This file also contains functions of yumIOC, which the script calls on the same thread.
 
 #include "yumio/YumIO.h"
 

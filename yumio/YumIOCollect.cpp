@@ -15,8 +15,8 @@
 
 namespace {
 
-// The collection updates the progress bar and checks whether it must stop, each time it has read this number
-// of packages.
+// Whenever the collection has read this number of packages, it updates the progress bar and checks whether it
+// must stop.
 constexpr Steps packagesAtOnce = 256;
 
 // The maximum number of lines of an error in a question. The text may name a hundred mirrors, and a question
@@ -436,7 +436,7 @@ bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
         PyErr_Clear();
         return better.get() == Py_True;
     };
-    const QChar* repo = nullptr; // the text with the identifier of the last repository
+    const QChar* repo = nullptr; // the characters of the previous package's repository identifier
     for (Steps done = 0;; ++done) {
         if (done % packagesAtOnce == 0) {
             if (!excluded) {

@@ -2,7 +2,7 @@
 
 // Receives the script's output, download reports and transaction progress while the script reads repositories
 // or applies a transaction. The worker that runs the script calls these functions and holds the interpreter
-// lock. Between operations, `progress` is null, so reports only reach the log.
+// lock. Between operations, `progress` is null, so reports reach only the log.
 
 #include "yumio/YumIO.h"
 

@@ -205,7 +205,7 @@ private:
     std::string joined;
 };
 
-// Packs the texts that a function reads from metadata files, on any thread.
+// Packs the texts that the function `read` reads from metadata files. Any thread may call pack().
 template <typename Read> void pack(std::vector<PackedText>& texts, Read read)
 {
     TextPacker packer;
