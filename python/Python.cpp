@@ -331,7 +331,7 @@ PyObject* Python::pyCall(const char* name, const char* format, ...)
 
 PyObject* Python::pyVCall(const char* name, const char* format, va_list args)
 {
-    // Own a reference during the call, because the called code may bind the name to another object.
+    // Keep a reference during the call, because the called code may bind the name to another object.
     const PyRef callable = PyRef::borrow(pyLookup(name, false));
     if (!callable) {
         internalError("Internal error: %s not found\n", name);

@@ -35,7 +35,8 @@ namespace {
 
 const int maxLevel = 10;
 const int defaultLevel = 2;
-// Info entries above this level are of lesser importance, and get a less conspicuous colour than the others.
+// Info entries above this level are of lesser importance, and get a less conspicuous colour than the other
+// entries.
 const unsigned int maxPlainLevel = 9;
 
 } // namespace

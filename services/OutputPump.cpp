@@ -39,8 +39,8 @@ bool OutputPump::start(Channel (&channels)[channelCount])
         ways[i].channel.to.reset(channels[i].to.release());
     }
 
-    // Block all signals while the thread is created, because it inherits the blocked signals. With SIGPIPE
-    // unblocked, a write to a pipe without a reader would end the program.
+    // Block all signals while the new thread is created, because the new thread inherits the blocked signals.
+    // With SIGPIPE unblocked, a write to a pipe without a reader would end the program.
     sigset_t all;
     sigset_t before;
     sigfillset(&all);

@@ -17,8 +17,8 @@ namespace Unattended {
 class Waiter
 {
 public:
-    // Called at most once, on the thread that calls begin(). Must not call add() or remove(), because begin()
-    // holds a lock during the call.
+    // Called at most once, on the thread that calls begin(). An implementation must not call add() or
+    // remove(), because begin() holds a lock during the call.
     virtual void giveUpWaiting() = 0;
 
 protected:

@@ -40,8 +40,8 @@ void addFlag(int fd, int flag)
     fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | flag);
 }
 
-// Writes the C library's buffered text now, because it must go to the descriptors that were in use when the
-// program printed it.
+// Writes the C library's buffered text now, because this text must go to the descriptors that were in use
+// when the program printed the text.
 void flushStreams()
 {
     fflush(stdout);
