@@ -97,7 +97,9 @@ def severalVersions(base):
 
 
 def refuseHistory(base, text):
-    """Raise an exception for a failure to read or write the history file. text: dnf's or SQLite's error message."""
+    """Raise an exception that reports why the history file cannot be read or written. text: dnf's or SQLite's error
+    message.
+    """
     if any(damage in text for damage in ('not a database', 'malformed', 'no such table')):
         raise dnf.exceptions.Error(tr('The transaction history is damaged: {}\n'
                                       'Move the file to another place. The package manager then creates a new '

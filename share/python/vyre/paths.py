@@ -22,8 +22,8 @@ def inRoot(path):
 
 
 def isElsewhere(path):
-    """Whether this is an absolute path outside the managed root. For example, this is true for an absolute path in a
-    file of the managed system, because the path does not begin with the managed root.
+    """Whether a path is absolute and leads outside the managed root. The absolute paths in the files of the managed
+    system are examples, because they do not begin with the managed root.
     """
     root = managedRoot()
     return path.startswith('/') and root != '/' and path != root and not path.startswith(root + '/')
@@ -54,7 +54,7 @@ def canWrite(path):
 
 
 def isReadOnly(path):
-    """Whether nobody can create files in a directory, because its file system is read-only. The directory need not
-    exist yet.
+    """Whether the file system of a directory is read-only, so that nobody can create files in the directory. The
+    directory need not exist yet.
     """
     return bool(os.statvfs(nearestExisting(path)).f_flag & os.ST_RDONLY)

@@ -61,8 +61,9 @@ class ScriptSpace:
 
 
 def checkScriptSpace(space):
-    """If the disk is too full for package scripts, ask the user whether to go on. On a full disk, rpm writes only part
-    of a script, does not notice this, and runs this part. The user may go on, because a removal may free space.
+    """If the disk is too full for package scripts, ask the user whether to go on. On a full disk, rpm writes only the
+    beginning of a script, does not notice the error, and runs the incomplete script. The user may go on, because a
+    removal may free space.
     """
     hint = space.hint()
     if not hint:
