@@ -75,9 +75,9 @@ endfunction()
 
 # vyre_fuzzer(<Class> SOURCES <files under test...> LINKS <targets...>)
 #
-# Builds <Class>Fuzzer from <Class>Fuzzer.cpp in the calling folder. The sources, named from the root, are compiled
-# again for it, with the instrumentation of the fuzzer and of the sanitizers. A fuzzer is not a test of ctest: it runs
-# until it is stopped.
+# Builds <Class>Fuzzer from <Class>Fuzzer.cpp in the calling folder, and from the sources under test. The paths of these
+# sources begin at the root of the project. The sources are compiled a second time for the fuzzer, with the
+# instrumentation of the fuzzer and of the sanitizers. A fuzzer is not a test of ctest: it runs until it is stopped.
 function(vyre_fuzzer class)
     cmake_parse_arguments(FUZZER "" "" "SOURCES;LINKS" ${ARGN})
     if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
