@@ -200,7 +200,7 @@ def _rules():
         ]
     packages += [
         _rule("pair-user", "1", "twin(x86-32)", arch="i686"),
-        # Versions with and without an architecture.
+        # Versions for a single architecture, and a version that is "noarch".
         _rule("unsettled", "1", arch="i686", files={"/usr/share/unsettled-i686": "1\n"}),
         _rule("unsettled", "2", arch="x86_64", files={"/usr/share/unsettled-x86_64": "2\n"}),
         _rule("unsettled", "2", files={"/usr/share/unsettled": "2\n"}),
