@@ -258,7 +258,7 @@ class ContentTest(DescriptionTest):
 
     # Closing
 
-    def test_the_buttons_keys_and_the_window_manager_can_close_the_description(self):
+    def test_the_close_button_and_keys_and_the_window_manager_can_close_the_description(self):
         with self.opened() as window:
             for name, close in (('orchard', lambda dialog: dialog.click_button('Close')),
                                 ('gallivant', lambda dialog: dialog.press('Escape')),

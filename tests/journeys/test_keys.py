@@ -101,7 +101,7 @@ class KeyboardTest(HistoryJourneyTest, TableKeysTest):
         driver.key('space')
         window.wait_action('update', 'barometer')
 
-    def test_the_keyboard_alone_can_find_mark_update_and_downgrade_a_package(self):
+    def test_a_package_can_be_found_and_marked_and_updated_and_downgraded_with_the_keyboard_alone(self):
         no_click = unittest.mock.patch.object(driver, 'click_at', side_effect=AssertionError('a click'))
         with no_click, self.program('--state=all') as program:
             window = program.ready()

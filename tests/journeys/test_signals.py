@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Signals end the program at any time, but not before a running transaction is complete."""
+"""Signals end the program. If a transaction is running, the program first completes the transaction."""
 import signal
 
 import journey
@@ -177,7 +177,7 @@ class SignalTest(StartTest):
             wait_for(lambda: 'sleep' in [name_of(process) for process in program.left_over()], 'the scriptlet')
             program.process.send_signal(number)
             self.assertEqual(program.wait(), -number)
-            # The scriptlet was not interrupted, and the program did not end before it.
+            # The signal has not interrupted the scriptlet, and the program has not ended before the scriptlet.
             self.assertEqual(program.left_over(), [])
             self.check_changed(new=['slowpoke-1.0-1.noarch'])
             self.check_history_complete()

@@ -160,7 +160,7 @@ class ReasonsTest(OutcomeTest):
         self.assertEqual(self.outcome(), {"installed": 1, "removed": 1, "restartNeeded": True})
 
     @in_own_process
-    def test_no_reasons_are_counted_if_the_history_is_not_written(self):
+    def test_no_changed_reasons_are_counted_if_the_history_is_not_written(self):
         self.command("install", "libbough")
         self.command("mark", "install", "libtwig")
         self.configure("history_record=0")
@@ -170,7 +170,7 @@ class ReasonsTest(OutcomeTest):
         self.assertEqual(self.reason("libtwig"), "user")
 
     @in_own_process
-    def test_no_reasons_are_counted_if_the_history_lacks_the_end_of_the_transaction(self):
+    def test_no_changed_reasons_are_counted_if_the_history_lacks_the_end_of_the_transaction(self):
         self.command("install", "libbough")
         self.command("mark", "install", "libtwig")
         self.started()
@@ -183,7 +183,7 @@ class ReasonsTest(OutcomeTest):
         self.assertEqual(self.reason("libtwig"), "user")
 
     @in_own_process
-    def test_no_reasons_are_counted_if_the_transaction_is_only_a_test(self):
+    def test_no_changed_reasons_are_counted_if_the_transaction_is_only_a_test(self):
         self.command("install", "libbough")
         self.command("mark", "install", "libtwig")
         self.configure("tsflags=test")
@@ -193,7 +193,7 @@ class ReasonsTest(OutcomeTest):
         self.assertEqual(self.reason("libtwig"), "user")
 
     @in_own_process
-    def test_no_reasons_are_counted_if_a_package_has_failed(self):
+    def test_no_changed_reasons_are_counted_if_a_package_has_failed(self):
         self.command("install", "libbough")
         self.command("install", "--setopt=tsflags=noscripts", "brokenlatch")
         self.command("remove", "brokenlatch")

@@ -52,10 +52,10 @@ SCENARIOS = [
     Scenario("a_stream_switch_is_applied_if_module_stream_switch_is_set", "+grove-cli +grove-data", repos=MODULES,
              config="module_obsoletes=True; module_stream_switch=True", before=["module enable grove:0"],
              install="grove-cli", dnf="install grove-cli"),
-    Scenario("a_transaction_that_rpm_refuses_saves_no_streams", "refused palette.conf", repos=MODULES,
+    Scenario("no_streams_are_saved_if_rpm_refuses_the_transaction", "refused palette.conf", repos=MODULES,
              install="grove-cli inkwell-classic inkwell-modern",
              dnf="install grove-cli inkwell-classic inkwell-modern"),
-    Scenario("a_transaction_that_partly_fails_saves_the_streams", "failed brokenlatch +grove-cli +grove-data",
+    Scenario("the_streams_are_saved_if_the_transaction_partly_fails", "failed brokenlatch +grove-cli +grove-data",
              repos=MODULES, install="grove-cli brokenlatch", dnf="install grove-cli brokenlatch"),
 ]
 
