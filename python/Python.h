@@ -69,9 +69,9 @@ public:
     // pending.
     bool displayException();
 
-    // Starts the interpreter, at most once per process, even if the start fails. From then on, the calling
-    // thread holds the interpreter lock. Returns whether the interpreter is ready. Built-in modules must be
-    // registered before this call.
+    // Starts the interpreter. From then on, the calling thread holds the interpreter lock. Returns whether
+    // the interpreter is ready. If an earlier call has already started the interpreter, with or without
+    // success, does nothing and returns true. Built-in modules must be registered before this call.
     bool initialize();
 
     // Runs Python statements in __main__. Returns 0, or -1 on failure.
@@ -125,7 +125,7 @@ public:
     // process.
     void setEnablePythonSIGINTHandler(bool enable);
 
-    static bool initialized;    // true if this process has started the interpreter
+    static bool initialized;    // true from the start of the interpreter until its end
     static PyObject* main_dict; // the dictionary of __main__, borrowed
 
 private:

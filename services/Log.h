@@ -50,11 +50,11 @@ public:
     EntryList() = default;
 
     // Hides the passwords in the URLs of the message, appends one entry for each non-empty line, and notifies
-    // the readers. Any thread may call it, but the caller must not hold the lock of the list.
+    // the readers. Any thread may call this function, but the caller must not hold the lock of the list.
     void appendMessage(Kind kind, unsigned int level, const QString& message);
 
-    // Notifies the readers of new entries. Any thread may call it, but the caller must not hold the lock of
-    // the list.
+    // Notifies the readers of new entries. Any thread may call this function, but the caller must not hold
+    // the lock of the list.
     void emitAppended();
 
 Q_SIGNALS:

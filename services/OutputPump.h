@@ -2,9 +2,9 @@
 
 // Moves output from the writers' pipes to the reader's pipes, so that no writer must wait for the reader.
 //
-// While output is captured, descriptors 1 and 2 are pipes that the graphical thread reads. If a library
-// writes to a full pipe on the graphical thread, that thread would wait for ever for itself. Therefore the
-// pump is between the writers and the reader, and stores the unread output in memory.
+// While output is captured, descriptors 1 and 2 are pipes that the graphical thread reads. If a library on
+// the graphical thread wrote to a full pipe, this thread would wait for itself for ever. Therefore the pump
+// is between the writers and the reader, and stores the unread output in memory.
 //
 // A worker thread captures the output: it creates the pump and stops it. The pump runs on its own thread,
 // which receives no signals.

@@ -70,8 +70,8 @@ struct Downloads
     bool changed = false;  // the state has changed since the pending report was sent
 };
 
-// The Minion lives on the graphical thread. An Object creates it. The graphical thread deletes it after its
-// last slot has run. The main window owns the bars.
+// The Minion lives on the graphical thread. An Object creates the Minion. The graphical thread deletes the
+// Minion after the last slot of the Minion has run. The main window owns the bars.
 class Minion : public QObject
 {
     Q_OBJECT

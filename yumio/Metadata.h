@@ -32,7 +32,7 @@ using Take = std::function<void(int index, const std::string& text)>;
 // describe the error in `problem` and return false. During the work, they call `stopped` often. If `stopped`
 // returns true, they return false and leave `problem` unchanged.
 
-// Each text has one path per line, without duplicates, sorted by character code.
+// Each text has one path per line, without duplicates, sorted by UTF-16 code units.
 bool readFileLists(const QString& path, const Wanted& wanted, const Take& take, QString& problem,
                    const std::function<bool()>& stopped = {});
 // In each text, the newest entry comes first. Each entry begins with "* ", the date and the author.

@@ -4,7 +4,7 @@
 //
 // The base class Python is the interpreter. The back end YumIO derives from ScriptValues. Any thread may call
 // these functions while the thread holds the interpreter lock. If a value has an unknown type, the functions
-// warn the user and return an empty string or 0. No function leaves an exception pending.
+// return an empty string or 0, and most functions warn the user. No function leaves an exception pending.
 
 #ifndef YUMIO_SCRIPTVALUES_H
 #define YUMIO_SCRIPTVALUES_H

@@ -14,8 +14,8 @@
         QSKIP(sandbox.withoutGroups().constData());                                                          \
     }
 
-// Tests of the back end with the real script and dnf, on a private copy of the sandbox. A process can start
-// the interpreter only once. Therefore the test functions share one back end, and depend on their order.
+// Tests of the back end with the real script and dnf, on a private copy of the sandbox. The test functions
+// share one back end, and depend on their order.
 class YumIOSandboxTest : public QObject
 {
     Q_OBJECT
