@@ -83,7 +83,7 @@ void MainWindow::showAppliedSettings()
 
 bool MainWindow::prepareFilterSearch(const QString& expression)
 {
-    // Before the window is shown, no data can be loaded. initialize() calls this function again.
+    // Before the window is shown, no data can be loaded. Afterwards, initialize() calls this function again.
     if (!scheduled) {
         return true;
     }

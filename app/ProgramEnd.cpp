@@ -162,8 +162,8 @@ void ProgramEnd::handleSignals()
         return;
     }
     if (window.isChangingSystem()) {
-        // The signal has arrived just before the change to the system began. During the change, a
-        // SignalRecorder records the signals.
+        // Wait until the change is complete. The signal arrived just before the change began: during the
+        // change, a SignalRecorder receives the signals instead of this object.
         QTimer::singleShot(checkInterval, this, SLOT(handleSignals()));
         return;
     }
