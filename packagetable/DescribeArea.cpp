@@ -204,9 +204,9 @@ void Area::layOut()
     inner->widest = columns * Metrics::columnWidth(scrollArea->fontMetrics()) -
                     scrollArea->verticalScrollBar()->sizeHint().width();
 
-    // A single word, such as a long name, may be wider than the area. In this case, only this value extends
-    // beyond the visible width, and the area scrolls horizontally. All other values are wrapped within the
-    // visible width.
+    // A value may contain a word that is wider than the area, for example a long name. In this case, only
+    // this value extends beyond the visible width, and the area scrolls horizontally. All other values are
+    // wrapped within the visible width.
     const auto wider = [](const QWidget* one, const QWidget* other) {
         return one->minimumSizeHint().width() < other->minimumSizeHint().width();
     };

@@ -250,14 +250,14 @@ QByteArray Expression::inOnePass(const QByteArray& expression)
             break;
         case '^':
             // The C library also accepts "^" after a line end, but only if another part of the expression has
-            // matched the line end. In the new form, the added ".*" would match the line end.
+            // matched the line end. In the form "^.*(...)", the added ".*" would match the line end.
             return QByteArray();
         default:
             ++at;
         }
     }
-    // In `expression`, a parenthesis that closes no group is an ordinary character. In the new form, this
-    // parenthesis would close the added group.
+    // In `expression`, a parenthesis that closes no group is an ordinary character. In the form "^.*(...)",
+    // this parenthesis would close the added group.
     const QByteArray grouped = '(' + expression + ')';
     return repeats && afterGroup(grouped, 0) == grouped.size() ? "^.*" + grouped : QByteArray();
 }
