@@ -168,13 +168,13 @@ void CredentialsTest::passwordsInUrlsAreFound_data()
     add("empty text", "", "");
     add("vantor", "http://h/vantor?u=bob&p=abc&path=/x", "http://h/vantor?u=bob&p=***&path=/x");
     add("vantor without a password", "http://h/vantor?u=&p=&path=/x", "http://h/vantor?u=&p=|&path=/x");
-    add("vantor with a path first", "http://h/vantor/a/b?u=bob&p=abc&path=/x",
+    add("vantor with a path before the query", "http://h/vantor/a/b?u=bob&p=abc&path=/x",
         "http://h/vantor/a/b?u=bob&p=***&path=/x");
     add("unfinished path parameter", "http://h/vantor?u=bob&p=abc&pat", "http://h/vantor?u=bob&p=abc&pat");
     add("nothing after vantor", "/vantor?", "/vantor?");
     add("no path parameter", "/vantor?u=&p=", "/vantor?u=&p=");
-    add("ampersand, blank and equals sign", "/vantor?u=&p=a&b c=d&path=", "/vantor?u=&p=*******&path=");
-    add("two lines", "/vantor?u=&p=ab\n cd&path=", "/vantor?u=&p=**\n **&path=");
+    add("ampersand and blank in the password", "/vantor?u=&p=a&b c=d&path=", "/vantor?u=&p=*******&path=");
+    add("password on two lines", "/vantor?u=&p=ab\n cd&path=", "/vantor?u=&p=**\n **&path=");
     add("several URLs", "/vantor?u=&p=ab&path=\nhttp://k/\n/vantor?u=&p=c&path=/vantor?u=&p=d&path=x",
         "/vantor?u=&p=**&path=\nhttp://k/\n/vantor?u=&p=*&path=/vantor?u=&p=*&path=x");
     add("password before the host", "https://me:abc@h:80/x", "https://me:***@h:80/x");

@@ -36,8 +36,9 @@ extern "C" void __sanitizer_cov_trace_pc()
     executedBlocks.fetch_add(1, std::memory_order_relaxed);
 }
 
-// Tests that the work of each operation grows no faster than the number of packages. CMakeLists.txt compiles
-// the code of all windows and of the back end again for this test, with the option that counts basic blocks.
+// Tests that the work of no operation grows like the square of the number of packages. For this test,
+// CMakeLists.txt compiles the code of all windows and of the back end again, with the option that counts
+// basic blocks.
 class GrowthTest : public QObject
 {
     Q_OBJECT
@@ -51,7 +52,7 @@ private:
     static void setPackages(StandIn& standIn, int count);
 
 private Q_SLOTS:
-    void workGrowsNoFasterThanTheNumberOfPackages();
+    void theWorkDoesNotGrowLikeTheSquareOfTheNumberOfPackages();
 };
 
 // Two of every five packages are installed, and one of these two has an update. One of every ten packages
@@ -144,7 +145,7 @@ QJsonObject GrowthTest::measure(int packages)
     return counts;
 }
 
-void GrowthTest::workGrowsNoFasterThanTheNumberOfPackages()
+void GrowthTest::theWorkDoesNotGrowLikeTheSquareOfTheNumberOfPackages()
 {
     QJsonObject found[2];
     for (int run = 0; run < 2; ++run) {

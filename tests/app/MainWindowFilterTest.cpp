@@ -178,7 +178,7 @@ void MainWindowFilterTest::aSearchAfterACollectionDoesNotLoadTheExtraDataAgain()
 
 void MainWindowFilterTest::twoSearchesBeforeTheFirstCollectionLoadTheExtraDataOnlyOnce()
 {
-    // The editor is open at startup, so no package has been collected yet.
+    // The repository editor opens at startup, before the program collects packages.
     shown->window->setRepoEditorAtStart();
     standIn->forgetCalls();
     const auto loads = [this] {
@@ -209,7 +209,7 @@ void MainWindowFilterTest::twoSearchesBeforeTheFirstCollectionLoadTheExtraDataOn
 
 void MainWindowFilterTest::theTableIsNotFilteredWhileExtraDataAreLoaded()
 {
-    // The editor is open at startup, so the extra data have not been loaded yet.
+    // The repository editor opens at startup, before the program loads the extra data.
     shown->window->setRepoEditorAtStart();
     QList<bool> filtering;
     const Once edited(

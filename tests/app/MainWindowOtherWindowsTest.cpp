@@ -44,11 +44,11 @@ private Q_SLOTS:
     void theHelpMenuOpensTheManualsInOtherPrograms();
     void manualsCanBeOpenedWhileAWorkerRuns();
     void aMissingManualCausesANoticeAndNoMessageBox();
-    void controlLOpensTheLogWindow();
+    void theLogKeyOpensTheLogWindow();
     void theMenuEntryOpensTheLogWindow();
     void theAboutWindowShowsTheVersion();
     void aClickOnTheLinkInTheAboutWindowOpensTheBrowserOfTheUser();
-    void controlQQuitsTheProgram();
+    void theQuitKeyQuitsTheProgram();
     void theMenuEntryQuitsTheProgram();
     void closingTheMainWindowQuitsTheProgram();
 };
@@ -351,7 +351,7 @@ void MainWindowOtherWindowsTest::manualsCanBeOpenedWhileAWorkerRuns()
     QTRY_VERIFY(shown->isReady());
 }
 
-void MainWindowOtherWindowsTest::controlLOpensTheLogWindow()
+void MainWindowOtherWindowsTest::theLogKeyOpensTheLogWindow()
 {
     shown->start();
     shown->key(Qt::Key_L, Qt::ControlModifier);
@@ -428,7 +428,7 @@ void MainWindowOtherWindowsTest::aClickOnTheLinkInTheAboutWindowOpensTheBrowserO
     QCOMPARE(page.readAll(), QByteArray("https://vyre.example/\n"));
 }
 
-void MainWindowOtherWindowsTest::controlQQuitsTheProgram()
+void MainWindowOtherWindowsTest::theQuitKeyQuitsTheProgram()
 {
     compareQuit([this] { shown->key(Qt::Key_Q, Qt::ControlModifier); });
 }

@@ -33,10 +33,10 @@ private Q_SLOTS:
                                              << "/opt//vyre//icons";
         QTest::newRow("set to an empty value") << QByteArray("") << "icons"
                                                << "/icons";
-        QTest::newRow("place markers in the directory") << QByteArray("/opt/%2%1") << "icons"
-                                                        << "/opt/%2%1/icons";
-        QTest::newRow("place markers in the file") << QByteArray("/opt/%1") << "%1/%2"
-                                                   << "/opt/%1/%1/%2";
+        QTest::newRow("\"%1\" in the directory") << QByteArray("/opt/%2%1") << "icons"
+                                                 << "/opt/%2%1/icons";
+        QTest::newRow("\"%1\" in the file name") << QByteArray("/opt/%1") << "%1/%2"
+                                                 << "/opt/%1/%1/%2";
     }
 
     void theEnvironmentVariableSetsTheShareDirectory()

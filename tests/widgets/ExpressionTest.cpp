@@ -347,7 +347,7 @@ private Q_SLOTS:
         QTest::newRow("nested bounds") << "((a{1,100}){1,100}){1,50}" << false;
         QTest::newRow("nested bounds in several groups") << "((ab{70}c)x(d{70})){70}" << false;
         QTest::newRow("nested bounds without an upper limit") << "((a{100,}){100,}){50,}" << false;
-        QTest::newRow("bounds of one part") << "a{100}{100}{50}" << false;
+        QTest::newRow("three bounds after one letter") << "a{100}{100}{50}" << false;
         QTest::newRow("bound of a bracket expression") << "[}]{30000}" << false;
         QTest::newRow("many nested pluses")
             << QString("(").repeated(40) + "a" + QString(")+").repeated(40) << false;
