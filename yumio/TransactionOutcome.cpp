@@ -34,7 +34,7 @@ QString TransactionOutcome::changes() const
         counts[Modules] == 1 ? tr("1 module changed") : tr("%1 modules changed"),
         counts[ReasonsChanged] == 1 ? tr("1 reason changed") : tr("%1 reasons changed"),
     };
-    static_assert(sizeof texts / sizeof *texts == Failed, "a text for each kind of change");
+    static_assert(sizeof texts / sizeof *texts == Failed, "each kind of change has a text");
     QStringList parts;
     for (int i = 0; i < Failed; ++i) {
         if (counts[i] != 0) {

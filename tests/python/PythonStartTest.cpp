@@ -141,7 +141,7 @@ private Q_SLOTS:
         QVERIFY(another->initialize());
         QCOMPARE(another->text("defaultSigIntSigaction"), QStringLiteral("mine"));
         delete another;
-        QVERIFY2(!Py_IsInitialized(), "deleting one object of the class Python does not end the interpreter");
+        QVERIFY2(!Py_IsInitialized(), "the interpreter runs after the end of an object of the class Python");
     }
 
     void theDestructorEndsTheInterpreter()

@@ -514,7 +514,7 @@ private Q_SLOTS:
         QVERIFY(python->pyExceptMatches(result.get(), PyExc_KeyError));
         QVERIFY(!python->pyExceptMatches(result.get(), PyExc_ValueError));
         QVERIFY2(!python->pyExceptMatches(Py_None, PyExc_KeyError),
-                 "a call that returned a value has not failed");
+                 "a call that returned a value is taken for a failed call");
         QCOMPARE(python->expectedCount, 1);
         QCOMPARE(printed(), QString());
         python->pyExceptClear();
@@ -720,7 +720,7 @@ private Q_SLOTS:
         {
             Python::PyThreadStateWrapper away;
             QVERIFY2(worker.wait_for(std::chrono::seconds(60)) == std::future_status::ready,
-                     "the thread never got the lock");
+                     "the other thread did not get the lock");
             away.restore();
             QCOMPARE(PyGILState_Check(), 1);
             away.save();

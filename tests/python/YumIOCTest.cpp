@@ -267,7 +267,7 @@ private Q_SLOTS:
         QCOMPARE(python->text("yumIOC." + call), answer);
         QCOMPARE(target->calls, QStringList(recorded));
         QVERIFY2(target->lastModule == python->pyLookup("yumIOC"),
-                 "the back end's function receives the module");
+                 "the back end's function did not receive the module");
     }
 
     void wrongArgumentsRaiseTypeErrorInTheScript_data()

@@ -74,7 +74,7 @@ QList<ShownDialog> Answers::take()
     QList<ShownDialog> taken;
     taken.swap(shown);
     if (!answers.isEmpty()) {
-        QTest::qFail(qPrintable("not asked for " + answers.join(' ')), __FILE__, __LINE__);
+        QTest::qFail(qPrintable("no dialog needed the answers " + answers.join(' ')), __FILE__, __LINE__);
         answers.clear();
     }
     return taken;
@@ -85,7 +85,7 @@ QStringList Answers::takeTexts(const QString& title)
     QStringList texts;
     for (const ShownDialog& each : take()) {
         if (each.title != title) {
-            QTest::qFail(qPrintable("titled " + each.title + ": " + each.text), __FILE__, __LINE__);
+            QTest::qFail(qPrintable("a dialog titled " + each.title + ": " + each.text), __FILE__, __LINE__);
         }
         texts.append(each.text);
     }

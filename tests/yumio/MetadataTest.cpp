@@ -82,7 +82,7 @@ private:
     {
         QFile plain(directory.filePath(QString("file%1").arg(++number)));
         if (!plain.open(QIODevice::WriteOnly) || plain.write(content) != content.size()) {
-            QTest::qFail("not written", __FILE__, __LINE__);
+            QTest::qFail("the file cannot be written", __FILE__, __LINE__);
         }
         return plain.fileName();
     }

@@ -227,7 +227,7 @@ private Q_SLOTS:
         QCOMPARE(records->keyCount(), 0);
         QVERIFY(records->findPackage("a", "x86_64") == nullptr);
         records->rank(add("a", "x86_64"), [](const Package::Entry&, const Package::Entry&) {
-            QTest::qFail("the former best is compared", __FILE__, __LINE__);
+            QTest::qFail("a deleted record is compared", __FILE__, __LINE__);
             return true;
         });
     }

@@ -22,7 +22,7 @@ private Q_SLOTS:
         QTest::newRow("texts that are lists") << "license=['MIT', 'BSD'], vendor=7";
         QTest::newRow("times") << "installtime=1693656000";
         QTest::newRow("no time") << "installtime=0";
-        QTest::newRow("time unknown") << "installtime=None";
+        QTest::newRow("unknown time") << "installtime=None";
         QTest::newRow("a time that is a text") << "installtime='1693656000'";
         QTest::newRow("lists") << "provides=['b', 'a(x) >= 1', 'B', 'a'], requires=['only'], recommends=[]";
         QTest::newRow("equal items")
