@@ -19,8 +19,8 @@ public:
     HTableView(QStyleOptionViewItem::Position decorationPosition, int minRows, int maxRows,
                QWidget* parent = nullptr);
 
-    // The first call sets the number of rows in the size hint to the number of rows in the model. Later
-    // changes to the model do not resize the view.
+    // Returns a size with space for all rows of the model, but for at least minRows and at most maxRows rows.
+    // Later calls return a size for the same number of rows as the first call.
     QSize sizeHint() const override;
     // Returns a size that has space for the text of an empty table.
     QSize minimumSizeHint() const override;

@@ -56,7 +56,7 @@ with open({path!r}, 'w') as stream:
 # pkexec refuses to run if its parent is process 1, so a shell is its parent here.
 PKEXEC = ('/bin/sh', '-c', '"$0" "$@"; exit $?', '/usr/bin/pkexec')
 
-# The limits that root can reset: in a container, root may not be allowed to raise hard limits.
+# The kind of limits that root can reset. In some containers, root may not raise hard limits.
 with open('/proc/self/status') as status_file:
     LIMITS = 'hard' if int(re.search('^CapEff:\t(.*)', status_file.read(), re.MULTILINE).group(1), 16) >> 24 & 1 else \
         'soft'

@@ -89,7 +89,7 @@ private Q_SLOTS:
     void markingTheListedUpdatesSkipsReplacedPackages();
     void markingTheListedUpdatesSkipsUnlistedUpdates();
     void sortingByActionAgainUsesTheNewActions();
-    void theTableIsNotSortedByTheNewMarksBeforeTheFilterChanges();
+    void markingTheListedUpdatesMovesNoRowUntilTheFilterChanges();
     void theTableIsSortedOnceAtTheEndOfASortPause();
     void aSortPauseHasNoEffectIfTheTableIsNotSortedByAction();
     void theNextResetOfTheModelUsesTheOrderThatAWorkerHasPrepared();
@@ -938,7 +938,7 @@ void SortFilterProxyModelTest::sortingByActionAgainUsesTheNewActions()
     QCOMPARE(inOrder(ActionColumn).mid(0, 3), (QStringList{"many", "tool", "editor"}));
 }
 
-void SortFilterProxyModelTest::theTableIsNotSortedByTheNewMarksBeforeTheFilterChanges()
+void SortFilterProxyModelTest::markingTheListedUpdatesMovesNoRowUntilTheFilterChanges()
 {
     proxy->setGroupsFilter(false);
     const QStringList before = inOrder(ActionColumn);
