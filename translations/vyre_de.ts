@@ -3515,12 +3515,6 @@ Searches and descriptions lack some file lists or change logs of its packages.</
 Bei der Suche und in Beschreibungen fehlen manche Dateilisten oder Änderungsprotokolle ihrer Pakete.</translation>
     </message>
     <message>
-        <source>The modules metadata of the repository {} are damaged: {}
-VYRE does not use this repository.</source>
-        <translation>Die Metadaten der Module der Paketquelle {} sind beschädigt: {}
-VYRE benutzt diese Paketquelle nicht.</translation>
-    </message>
-    <message>
         <source>The group metadata of the repository {} are damaged: {}
 VYRE does not list the groups of this repository.</source>
         <translation>Die Metadaten der Gruppen der Paketquelle {} sind beschädigt: {}
@@ -3747,8 +3741,8 @@ In dieser Sitzung ohne sie weitermachen?</translation>
         <translation>Metadaten der Paketquelle {} werden geprüft</translation>
     </message>
     <message>
-        <source>These repositories have no metadata in the cache, and are left out until the next Refresh: {}.</source>
-        <translation>Diese Paketquellen haben keine Metadaten im Cache und fehlen bis zum nächsten „Neu laden“: {}.</translation>
+        <source>These repositories have no usable metadata in the cache, and are left out until the next Refresh: {}.</source>
+        <translation>Diese Paketquellen haben keine brauchbaren Metadaten im Cache und fehlen bis zum nächsten „Neu laden“: {}.</translation>
     </message>
     <message>
         <source>Reading Advisories</source>

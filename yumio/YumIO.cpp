@@ -76,8 +76,8 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "Reading repository metadata for {}"),
     QT_TRANSLATE_NOOP("YumIO", "Reading the packages of {}"),
     QT_TRANSLATE_NOOP("YumIO", "Checking the metadata of {}"),
-    QT_TRANSLATE_NOOP("YumIO", "These repositories have no metadata in the cache, and are left out until "
-                               "the next Refresh: {}."),
+    QT_TRANSLATE_NOOP("YumIO", "These repositories have no usable metadata in the cache, and are left "
+                               "out until the next Refresh: {}."),
     QT_TRANSLATE_NOOP("YumIO", "another program"),
     QT_TRANSLATE_NOOP("YumIO", "process {}"),
     QT_TRANSLATE_NOOP(
@@ -127,8 +127,6 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO",
                       "The {} metadata of the repository {} are damaged: {}\n"
                       "Searches and descriptions lack some file lists or change logs of its packages."),
-    QT_TRANSLATE_NOOP("YumIO", "The modules metadata of the repository {} are damaged: {}\n"
-                               "VYRE does not use this repository."),
     // The following three lines are one text.
     // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     QT_TRANSLATE_NOOP("YumIO", "VYRE cannot read groups of packages on this system, because the installed "

@@ -187,9 +187,9 @@ class MetadataTest(StartTest):
         """If dnf read such modules, it would crash."""
         metadata.add_modules(self.sandbox.repository('sandbox-file'), 'nonsense\n' * 100, self.scratch)
         with self.program() as program:
-            self.message(program, 'VYRE Yum Warning',
-                         'The modules metadata of the repository sandbox-file are damaged: ',
-                         '\nVYRE does not use this repository.')
+            dialog = self.question_about_repository(program, 'sandbox-file',
+                                                    'The modules metadata of the repository sandbox-file are damaged: ')
+            dialog.click_button('Yes')
             window = program.ready()
             self.check_usable(window)
             self.assertNotIn('corkboard', window.names())

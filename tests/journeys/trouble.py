@@ -50,8 +50,8 @@ class StartTest(JourneyTest):
                  'the end of ' + title, 30)
         return text
 
-    def refuse_without(self, program, name, *texts):
-        """Answer No to the question whether to go on without this repository.
+    def question_about_repository(self, program, name, *texts):
+        """Wait for the question whether to go on without this repository, and return it.
 
         name: the repository; empty if the name of the repository does not matter.
         """
@@ -61,7 +61,11 @@ class StartTest(JourneyTest):
         dialog = wait_for(look, 'the question about ' + name)
         for text in texts:
             self.assertIn(text, dialog.text())
-        dialog.click_button('No')
+        return dialog
+
+    def refuse_without(self, program, name, *texts):
+        """Answer No to the question whether to go on without this repository."""
+        self.question_about_repository(program, name, *texts).click_button('No')
 
     def check_nothing_listed(self, window):
         window.wait_ready(30)

@@ -259,8 +259,8 @@ class MetadataTest(ScenarioTest):
     # Modules
 
     @in_own_process
-    def test_a_repository_with_damaged_module_metadata_is_left_out(self):
-        """If dnf read damaged module metadata, the process would crash."""
+    def test_a_repository_with_damaged_modules_metadata_is_refused(self):
+        """If dnf read damaged modules metadata, the process would crash."""
         original = self.sandbox.repository("sandbox-file")
         shutil.copytree(original, original + ".away")
         for content in ("nonsense\n" * 100, "<html>\n<body>: no: [}</body></html>\n",
@@ -274,13 +274,35 @@ class MetadataTest(ScenarioTest):
                 self.yumio.cleanAll()
                 self.yumio.reset()
                 self.yumio.base.repos["sandbox-unreachable"].disable()
+            # The second attempt reads the cache.
+            for number in range(2):
+                with self.assertRaises(self.dnf.exceptions.RepoError) as caught:
+                    self.yumio.setupRepos()
+                self.assertRegex(str(caught.exception),
+                                 "(?s)^The modules metadata of the repository sandbox-file are damaged: .", content)
+                self.yumio.reset()
+                self.yumio.base.repos["sandbox-unreachable"].disable()
+            self.yumio.disableRepo("sandbox-file")
             self.collect()
-            self.assertEqual(self.names("sandbox-file"), [], content)
             self.assertIn("astrolabe", self.names("sandbox-http"))
-            remark, = self.remarks()
-            self.assertRegex(remark, "(?s)^The modules metadata of the repository sandbox-file are damaged: .+\nVYRE "
-                             "does not use this repository.$")
         self.assert_no_faults()
+
+    @in_own_process
+    def test_a_repository_with_damaged_modules_metadata_is_left_out_if_its_settings_allow_this(self):
+        metadata.add_modules(self.sandbox.repository("sandbox-file"), "nonsense: [\n", self.directory)
+        with open(self.repository_file("sandbox-file"), "a") as stream:
+            stream.write("skip_if_unavailable=1\n")
+        self.begin()
+        asked = []
+        self.module("program").goOnWithout = lambda *arguments: asked.append(arguments)
+        self.collect()
+        self.assertEqual(asked, [])
+        self.assertEqual(self.names("sandbox-file"), [])
+        self.assertIn("astrolabe", self.names("sandbox-http"))
+        damage, ignoring = self.recording.errors()
+        self.assertRegex(damage, "(?s)^Error: The modules metadata of the repository sandbox-file are damaged: .")
+        self.assertEqual(ignoring, "Ignoring repositories: sandbox-file")
+        self.assertEqual(self.yumio.skippedRepos, ["sandbox-file"])
 
     @in_own_process
     def test_module_metadata_that_are_too_large_when_unpacked_are_refused(self):

@@ -3,9 +3,11 @@
 
 import ctypes
 import os
+import shutil
 import threading
 import time
 
+import metadata
 from scenario import ScenarioTest, in_own_process
 
 REPODATA = "/sandbox-http/repodata/"
@@ -162,7 +164,7 @@ class StoppingTest(ScenarioTest):
 
     @in_own_process
     def test_the_log_names_a_repository_with_damaged_modules_metadata_after_a_stop(self):
-        self.load_stoppable()
+        self.load_stoppable(goOnWithout=lambda *arguments: False)
         self.collect()
         self.sandbox.expire_metadata()
         self.yumio.reset()
@@ -176,8 +178,11 @@ class StoppingTest(ScenarioTest):
         self.check_stopped(self.yumio.setupRepos, self.requested(UPDATES_REPOMD), ["sandbox-unreachable"])
         self.recording.clear()
         self.collect_from_cache()
-        self.assertIn("The modules metadata of the repository sandbox-http are damaged: a stand-in for an error",
-                      "\n".join(self.yumio.remarks + self.recording.errors()))
+        self.assertNotIn("sandbox-http", {package.reponame for package in self.available})
+        self.assertEqual(self.recording.errors(),
+                         ["The modules metadata of the repository sandbox-http are damaged: a stand-in for an error"])
+        lines = "\n".join(text for level, text in self.recording.of("log"))
+        self.assertRegex(lines, "These repositories have no usable metadata in the cache, .*sandbox-http")
 
     @in_own_process
     def test_a_repository_remains_disabled_after_a_stop_if_the_user_goes_on_without_it(self):
@@ -194,8 +199,8 @@ class StoppingTest(ScenarioTest):
         self.yumio.setupCachedRepos()
         self.assertEqual([self.yumio.base.repos[name].enabled for name in ("away", "gone")], [False, False])
         lines = "\n".join(text for level, text in self.recording.of("log"))
-        self.assertRegex(lines, "These repositories have no metadata in the cache, .*gone")
-        self.assertNotRegex(lines, "These repositories have no metadata in the cache, .*away")
+        self.assertRegex(lines, "These repositories have no usable metadata in the cache, .*gone")
+        self.assertNotRegex(lines, "These repositories have no usable metadata in the cache, .*away")
 
     @in_own_process
     def test_installed_packages_can_be_collected_after_a_stop_even_if_no_repository_is_cached(self):
@@ -205,8 +210,8 @@ class StoppingTest(ScenarioTest):
         packages = [package.name for package in self.yumio.collectAll().installed]
         self.assertIn("almanac", packages)
         lines = "\n".join(text for level, text in self.recording.of("log"))
-        self.assertRegex(lines, "These repositories have no metadata in the cache, and are left out until the next "
-                                "Refresh: .*sandbox-http")
+        self.assertRegex(lines, "These repositories have no usable metadata in the cache, and are left out until the "
+                                "next Refresh: .*sandbox-http")
         # Local repositories are also read only from the cache, and cause no error.
         self.assertEqual(self.recording.errors(), [])
         self.server.start()
@@ -233,7 +238,7 @@ class StoppingTest(ScenarioTest):
                 self.assertEqual(sorted(str(package) for package in self.installed), installed)
                 self.assertNotIn("sandbox-http", {package.reponame for package in self.available})
                 lines = "\n".join(text for level, text in self.recording.of("log"))
-                self.assertRegex(lines, "These repositories have no metadata in the cache, .*sandbox-http")
+                self.assertRegex(lines, "These repositories have no usable metadata in the cache, .*sandbox-http")
                 self.again()
                 self.package(self.available, "astrolabe")
 
@@ -365,6 +370,35 @@ class WithoutRepositoriesTest(ScenarioTest):
         self.collect()
         self.assertEqual(len(self.asked), 1)
         self.package(self.available, "astrolabe")
+
+    @in_own_process
+    def test_the_user_can_go_on_without_a_repository_with_damaged_modules_metadata(self):
+        original = self.sandbox.repository("sandbox-file")
+        shutil.copytree(original, original + ".away")
+        metadata.add_modules(original, "nonsense: [\n", self.directory)
+        self.load_asking(True, False)
+        self.collect()
+        (id, reason, others), = self.asked
+        self.assertEqual((id, others), ("sandbox-file", 0))
+        self.assertRegex(reason, "^The modules metadata of the repository sandbox-file are damaged: .")
+        self.assertFalse(self.yumio.base.repos["sandbox-file"].enabled)
+        self.assertNotIn("sandbox-file", {package.repoid for package in self.available})
+        self.package(self.available, "astrolabe")
+        self.assertEqual(self.yumio.remarks, [])
+        # Each collection asks again while the metadata are damaged.
+        self.yumio.reset()
+        with self.assertRaises(self.dnf.exceptions.RepoError) as caught:
+            self.yumio.setupRepos()
+        self.assertEqual(str(caught.exception), reason)
+        self.assertEqual(len(self.asked), 2)
+        # When the repository is mended, its packages are available again.
+        shutil.rmtree(original)
+        os.rename(original + ".away", original)
+        self.yumio.cleanMetadata()
+        self.yumio.reset()
+        self.collect()
+        self.assertEqual(len(self.asked), 2)
+        self.package(self.available, "corkboard")
 
     @in_own_process
     def test_installed_packages_can_be_collected_without_any_network(self):

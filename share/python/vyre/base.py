@@ -37,6 +37,16 @@ from .stopping import endIfStopped
 from .streams import StreamIndex
 
 
+class DamagedMetadata(dnf.exceptions.RepoError):
+    """Raised when the script refuses to read metadata of a repository because dnf would read damaged metadata without
+    an error, or would crash.
+    """
+
+
+def refuseDamaged(repo, kind, fault):
+    raise DamagedMetadata(tr('The {} metadata of the repository {} are damaged: {}').format(kind, repo.id, fault))
+
+
 class Base(dnf.Base):
     """dnf's class with additions. This class reports the packages of a download to the program before the download
     begins. It also finds metadata errors that dnf does not report, or that would crash dnf.
@@ -62,7 +72,7 @@ class Base(dnf.Base):
         self._remarked = set()  # all messages so far: if remark() gets a message twice, it only logs the second
         self.onlyCache = False  # whether to read only the metadata in the cache, without the network
         self.failed = []  # the repositories that cannot be read, with the reasons
-        self.leftOut = []  # the repositories without metadata in the cache
+        self.leftOut = []  # the repositories without usable metadata in the cache
         self.skipped = []  # the identifiers of the failed repositories that have skip_if_unavailable
         # The repositories that fill_sack() has disabled. When the user agrees to go on without a repository in this
         # session, fill_sack() removes this repository from the list.
@@ -233,7 +243,7 @@ class Base(dnf.Base):
 
     def fillSackFromCache(self):
         """Read the installed packages and the metadata in the cache, without the network and without questions. Leave
-        out each repository whose metadata are not in the cache.
+        out each repository whose metadata are missing from the cache or damaged.
         """
         # Enable the repositories that failed before the user stopped fill_sack(), because the cache may contain their
         # metadata.
@@ -252,7 +262,8 @@ class Base(dnf.Base):
             for repo, strategy in strategies:
                 repo._repo.setSyncStrategy(strategy)
         if self.leftOut:
-            text = tr('These repositories have no metadata in the cache, and are left out until the next Refresh: {}.')
+            text = tr('These repositories have no usable metadata in the cache, and are left out until the next '
+                      'Refresh: {}.')
             logging.getLogger('dnf').info('%s', text.format(', '.join(repo.id for repo in self.leftOut)))
 
     def _add_repo_to_sack(self, repo):
@@ -266,6 +277,8 @@ class Base(dnf.Base):
         except dnf.exceptions.RepoError as e:
             endIfStopped()
             if self.onlyCache:
+                if isinstance(e, DamagedMetadata):
+                    logging.getLogger('dnf').warning('%s', e)
                 self.leftOut.append(repo)
             elif program.goOnWithout is None or repo.skip_if_unavailable:
                 self.skipped.append(repo.id)
@@ -274,13 +287,10 @@ class Base(dnf.Base):
             else:
                 repo._repo.expire()
                 self.failed.append((repo, '\n'.join([str(e)] + overheard.details())))
-            self._disable(repo)
+            repo.disable()
+            self.disabled.append(repo)
         finally:
             LogHandler.mayBeSkipped = False
-
-    def _disable(self, repo):
-        repo.disable()
-        self.disabled.append(repo)
 
     def _readRepo(self, repo):
         # While this option is true, load() downloads the change logs together with the package list. The option is
@@ -295,11 +305,7 @@ class Base(dnf.Base):
         path = documentPath(repo, 'modules')
         fault = modulesFault(self, path) if path is not None else ''
         if fault:
-            self.remark(tr('The modules metadata of the repository {} are damaged: {}\n'
-                           'VYRE does not use this repository.')
-                        .format(repo.id, fault))
-            self._disable(repo)
-            return
+            refuseDamaged(repo, 'modules', fault)
         before = self._cacheStamp(repo)
         # dnf reads all documents of new metadata. Check these documents while dnf reads them.
         checks = DocumentChecks(repo) if isNew or before is None else None
@@ -365,8 +371,7 @@ class Base(dnf.Base):
         fault = metadataFault(path, 'metadata') if path is not None else ''
         if fault:
             self._removeCaches(repo)
-            raise dnf.exceptions.RepoError(
-                tr('The {} metadata of the repository {} are damaged: {}').format('primary', repo.id, fault))
+            refuseDamaged(repo, 'primary', fault)
 
     def _checkDocuments(self, repo, checks):
         """Report damaged file lists or change logs. dnf would accept incomplete metadata, or even another document."""
