@@ -20,7 +20,7 @@ enum Kind : quint32 {
     OK = 1,
     Warning = 2,
     Error = 3,
-    Action = 4 // a heading at the start of a phase
+    Action = 4 // a heading, for example at the start of an operation
 };
 
 // Hides the passwords in the URLs of a message. Messages about failed downloads contain URLs, so all code

@@ -80,8 +80,8 @@ private:
     HTextEdit* textEdit;
     QCheckBox* timesBox;
     quint32 shown; // the index of the first entry that is not rendered
-    int place;     // the entry that render() scrolls to, or -1
-    bool open;     // false while the window is hidden; notifications that arrive then are ignored
+    int place;     // the index of the entry to which render() scrolls, or -1
+    bool open;     // false while the window is hidden; appended() then does nothing
     QString savePath;
     bool painting;   // true while appended() processes paint events
     bool askedAgain; // entries arrived while appended() processed paint events

@@ -56,7 +56,7 @@ private:
         QByteArray waiting; // the output that has been read; the bytes before `done` have been written
         int done = 0;
         bool ended = false;   // the input has ended
-        bool leftOut = false; // output has been dropped since the buffer became full
+        bool leftOut = false; // the pump has dropped the output that it read last
     };
 
     void run();

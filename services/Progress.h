@@ -121,7 +121,7 @@ private:
     std::shared_ptr<Downloads> downloads;
 };
 
-// Lives on the thread that runs the operation. Only that thread uses it.
+// An Object lives on the thread that runs the operation. Only that thread uses the Object.
 //
 // The total bar runs from 0 to the maximum of startTotal(). Each item covers the next part of the total bar,
 // and has its own range on the item bar. A part of the total may be divided into acts. In such a part, each

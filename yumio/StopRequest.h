@@ -41,7 +41,7 @@ public:
     // Returns whether the user requested a stop of the most recently ended operation. Only the graphical
     // thread may call this function.
     bool wasRequested() const { return requestedBefore; }
-    // Sets whether a request can stop the operation from now on.
+    // Sets whether a request is Possible or Useless from now on.
     void setStoppable(bool stoppable);
     // Sets whether the operation is waiting for another program. The user's request ends this wait.
     void setWaiting(bool waits);

@@ -39,7 +39,7 @@ public:
     void weighRemote(quint64 size, bool delta);
     // Sets the number of steps of the downloads in the total bar. Files in the cache get no steps.
     void shareDownloadSteps();
-    // Creates a download slot for each file to download.
+    // Sets the number of download slots to the number of files to download, and frees all slots.
     void startDownloads();
     void endDownloads();
     void clearSlots();
@@ -57,7 +57,7 @@ public:
     QSet<QString> membersToRemove; // the package names of all groups that are marked for removal
 
     bool transactionRan = false; // rpm may have changed the system
-    bool outdated = false;       // the script has refused, because another program has changed the system
+    bool outdated = false;       // other programs changed the system, so the script refused the transaction
     Package::Marks leftOut;      // the marks that the script left out, because they cannot be carried out
     TransactionOutcome outcome;
     std::unique_ptr<SignalRecorder> signalRecorder; // not null while rpm changes the system

@@ -258,7 +258,7 @@ public:
     QString getLicense(const Package::Entry& entry) { return text(entry, Fields::License); }
     QString getPackager(const Package::Entry& entry) { return text(entry, Fields::Packager); }
     QString getUrl(const Package::Entry& entry) { return text(entry, Fields::Url); }
-    // One path per line. The function may start a worker.
+    // getFiles() returns one path per line. The two functions may start a worker.
     QString getFiles(const Package::Entry& entry);
     QString getChangeLog(const Package::Entry& entry);
     // One dependency per line.
@@ -406,11 +406,11 @@ private:
     void releaseLock();
 
     // Worker threads (YumIOThreads.cpp): the functions that run on a worker, and the classes of the workers.
-    // If `stoppable` is true, a request to stop has an effect from the start. The loop serves the events that
-    // `flags` selects.
+    // execWorkThread() starts the thread, and waits in `loop` until the thread has ended. The loop serves the
+    // events that `flags` selects. If `stoppable` is true, a request to stop has an effect from the start.
     void execWorkThread(QEventLoop& loop, QThread& thread, bool stoppable = false,
                         QEventLoop::ProcessEventsFlags flags = QEventLoop::AllEvents);
-    // Returns the result of the operation. If the user has stopped the operation, logs this.
+    // Returns `done`, the result of the operation. If the user has stopped the operation, logs this.
     bool outcome(bool done);
     // Returns whether a running operation that does not change the system must end.
     bool mustGiveUp() const;
@@ -464,7 +464,8 @@ private:
     // report, for example "collect groups". Returns a new reference or null.
     PyObject* collected(const char* method, const QString& what, bool capture);
     void addCounterparts();
-    // Ignores `baseObject`, because `repos` belongs to the only base object of the script.
+    // Enables and disables repositories for the session. Ignores `baseObject`, because `repos` belongs to the
+    // only base object of the script.
     void useRepos(PyObject* baseObject, const QHash<QString, bool>& repoEnable);
     QStringList collectRepos(PyObject* reposDict);
     bool collectField(PyObject* all, const char* field, Package::State state);
@@ -638,7 +639,7 @@ private:
     // A worker changes the list of records, so the graphical thread must not read the list.
     bool rebuilding = false;
     Log::EntryList logList;
-    // The number of log entries when the current expectation scope began, or -1 outside such a scope.
+    // The number of log entries at the last call of pyExceptExpect(), or -1 outside an expectation scope.
     int exceptLogStart = -1;
     bool fileListsLoaded = false;
     bool otherDataLoaded = false;

@@ -559,8 +559,8 @@ void YumIO::weighItem(PyObject* item, long action)
     case Transaction::Reinstall:
         if (transaction.isReplay &&
             (installedEntry(entry) == entry || getVerRelTxitem(item) != entry->verRel)) {
-            // The undo installs a version that the table does not list. The record contains the size of
-            // another version.
+            // The replayed transaction installs a version that the table does not list. The record contains
+            // the size of another version.
             weighUnlisted(item, action);
         } else {
             entry->local = verifyLocalPkg(entry->pyObject);

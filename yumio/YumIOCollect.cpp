@@ -73,8 +73,8 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable, Source source)
     if (!readRepos(source)) {
         return false;
     }
-    // The user cannot stop the remaining steps: these steps only compute, and a new collection from the cache
-    // would take at least as long.
+    // From now on, a stop would be useless: the remaining steps only compute, and a new collection from the
+    // cache would take at least as long as these steps.
     stopRequest.setStoppable(false);
     progress->endItemActs();
     basearch = getYumVar(QStringLiteral("basearch"));

@@ -43,8 +43,9 @@ void YumIO::execWorkThread(QEventLoop& loop, QThread& thread, bool stoppable,
     // send requests to the graphical thread.
     QTimer::singleShot(0, this, SLOT(blockerRelease()));
     loop.exec(flags);
-    // The loop may have ended before the worker, for example because the application ends. The operation must
-    // not be interrupted, so keep answering the worker's requests. Leave user input to the outer event loop.
+    // The loop may have ended earlier than the worker, for example because the application ends. The
+    // operation must not be interrupted, so keep answering the worker's requests. Leave user input to the
+    // outer event loop.
     while (!thread.isFinished() && !thread.wait(10)) {
         loop.processEvents(QEventLoop::ExcludeUserInputEvents);
     }
@@ -89,7 +90,7 @@ void YumIO::finish(bool displayIsThere)
     blockerRelease();
     while (worker != nullptr && !worker->wait(servingInterval)) {
         if (!changingSystem) {
-            // Set librepo's `lr_interrupt` in each round, because librepo clears it when it begins a
+            // Set librepo's `lr_interrupt` in each round, because librepo clears this flag when it begins a
             // download.
             StopRequest::interruptDownloads();
         }
