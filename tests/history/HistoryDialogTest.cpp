@@ -469,8 +469,8 @@ void HistoryDialogTest::theCommandButtonsAreDisabledUntilTheWindowHasReadTheHist
         listed += numbers();
     });
     QCOMPARE(enabled, QStringList());
-    // The window does not list the transactions that it listed when it was last open. They may be out of
-    // date.
+    // The window does not list the transactions that it listed when it was last open. Those transactions may
+    // be out of date.
     QCOMPARE(listed, QStringList());
     QTRY_COMPARE(details(), detailsOf(2));
     QCOMPARE(finished.count(), 0);

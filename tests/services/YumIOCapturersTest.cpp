@@ -623,8 +623,8 @@ void YumIOCapturersTest::aDescriptorThatCannotBeReplacedKeepsItsFile()
             stdoutStayed = sameFile(STDOUT_FILENO, originalStdout);
             stderrStayed = sameFile(STDERR_FILENO, originalStderr);
             if (!stdoutStayed) {
-                // The text is larger than a pipe. No thread reads this pipe, but the write must not wait for
-                // ever.
+                // The text is larger than the capacity of a pipe. No thread reads this pipe, but the write
+                // must not wait for ever.
                 writeAll(STDOUT_FILENO, QByteArray(1 << 20, 'x'));
             }
         }

@@ -13,7 +13,7 @@
 
 namespace {
 
-// The number of rounds: 100 times VYRE_TEST_FACTOR.
+// The number of rounds: 100 times VYRE_TEST_FACTOR, or 100 if this variable is not set.
 int numberOfRounds()
 {
     bool given = false;
