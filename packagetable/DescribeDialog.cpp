@@ -86,7 +86,7 @@ void Dialog::keyPressEvent(QKeyEvent* event)
     bool scrolled = false;
     for (HScrollArea* area : findChildren<HScrollArea*>()) {
         if ((!scrolled || toAnEnd) && area->verticalScrollBar()->maximum() > 0) {
-            scrolled = area->scrollByKey(event) || scrolled;
+            scrolled = HScrollArea::scrollByKey(area, event) || scrolled;
         }
     }
     if (!scrolled) {

@@ -93,7 +93,7 @@ void ScrollableDialog::fit()
 
 void ScrollableDialog::keyPressEvent(QKeyEvent* event)
 {
-    if (!scrollArea->scrollByKey(event)) {
+    if (!HScrollArea::scrollByKey(scrollArea, event)) {
         QDialog::keyPressEvent(event);
     }
 }

@@ -54,7 +54,7 @@ void HScrollArea::forceResize()
     widget()->resize(widget()->sizeHint());
 }
 
-bool HScrollArea::scrollByKey(const QKeyEvent* event)
+bool HScrollArea::scrollByKey(QAbstractScrollArea* area, const QKeyEvent* event)
 {
     const Qt::KeyboardModifiers modifiers = event->modifiers() & ~Qt::KeypadModifier;
     const bool plain = modifiers == Qt::NoModifier;
@@ -63,18 +63,18 @@ bool HScrollArea::scrollByKey(const QKeyEvent* event)
     }
     switch (event->key()) {
     case Qt::Key_Home:
-        verticalScrollBar()->triggerAction(QScrollBar::SliderToMinimum);
-        horizontalScrollBar()->triggerAction(QScrollBar::SliderToMinimum);
+        area->verticalScrollBar()->triggerAction(QScrollBar::SliderToMinimum);
+        area->horizontalScrollBar()->triggerAction(QScrollBar::SliderToMinimum);
         return true;
     case Qt::Key_End:
-        verticalScrollBar()->triggerAction(QScrollBar::SliderToMaximum);
+        area->verticalScrollBar()->triggerAction(QScrollBar::SliderToMaximum);
         return true;
     case Qt::Key_PageUp:
     case Qt::Key_PageDown:
         if (plain) {
-            verticalScrollBar()->triggerAction(event->key() == Qt::Key_PageUp
-                                                   ? QScrollBar::SliderPageStepSub
-                                                   : QScrollBar::SliderPageStepAdd);
+            area->verticalScrollBar()->triggerAction(event->key() == Qt::Key_PageUp
+                                                         ? QScrollBar::SliderPageStepSub
+                                                         : QScrollBar::SliderPageStepAdd);
         }
         return plain;
     default:
@@ -84,7 +84,7 @@ bool HScrollArea::scrollByKey(const QKeyEvent* event)
 
 void HScrollArea::keyPressEvent(QKeyEvent* event)
 {
-    if (!scrollByKey(event)) {
+    if (!scrollByKey(this, event)) {
         QScrollArea::keyPressEvent(event);
     }
 }

@@ -28,8 +28,8 @@ public:
     // Resizes the inner widget after a change to its contents.
     void forceResize();
 
-    // Handles the keys that scroll to an end or by a page. Returns true if it has scrolled.
-    bool scrollByKey(const QKeyEvent* event);
+    // Handles the keys that scroll an area to an end or by a page. Returns true if it has scrolled.
+    static bool scrollByKey(QAbstractScrollArea* area, const QKeyEvent* event);
 
     // Some styles draw the frame around the contents, but not around the scroll bars. Returns the additional
     // pixels that this frame needs, or 0 for other styles.

@@ -87,7 +87,7 @@ class WindowsTest : public QObject
 private:
     using Check = std::function<void(const QString& name, QWidget& window)>;
 
-    static const int windowCount = 13;
+    static const int windowCount = 14;
 
     std::unique_ptr<StandIn> standIn;
     std::unique_ptr<WatchedPipe> watched;
@@ -187,6 +187,9 @@ private:
                         foreign + "Cannot download " + QString(70, 'x') + ": all mirrors were tried",
                         QMessageBox::Ok, shown->window);
         showOne(box, "error", check);
+        HMessageBox remarks(QMessageBox::Warning, "VYRE Yum Warning", longText(), QMessageBox::Ok,
+                            shown->window);
+        showOne(remarks, "remarks", check);
 
         RepoAuth::Dialog credentials(shown->window);
         Repo::Entry entry;
