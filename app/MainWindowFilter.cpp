@@ -207,7 +207,7 @@ void MainWindow::updateEmptyText()
         // path.
         if (modeBox->currentIndex() == searchMode &&
             proxy->filterRegExp().pattern().endsWith(QLatin1Char('$'))) {
-            lines.append(tr("In a search, \"$\" is the end of a whole field, such as the list of files.\n"
+            lines.append(tr("In a search, \"$\" is the end of a whole field, such as the list of files. "
                             "For the end of one line, write \"([[:space:]]|$)\"."));
         }
         view->setEmptyText(lines.join(QLatin1Char('\n')));

@@ -1063,10 +1063,8 @@ Duplikate und Gruppen gerade nicht angezeigt.
         <translation>VYRE kann erst beendet werden, wenn die laufende Arbeit abgeschlossen ist</translation>
     </message>
     <message>
-        <source>In a search, &quot;$&quot; is the end of a whole field, such as the list of files.
-For the end of one line, write &quot;([[:space:]]|$)&quot;.</source>
-        <translation>Beim Suchen ist „$“ das Ende eines ganzen Feldes, etwa der Dateiliste.
-Für das Ende einer Zeile schreiben Sie „([[:space:]]|$)“.</translation>
+        <source>In a search, &quot;$&quot; is the end of a whole field, such as the list of files. For the end of one line, write &quot;([[:space:]]|$)&quot;.</source>
+        <translation>Beim Suchen ist „$“ das Ende eines ganzen Feldes, etwa der Dateiliste. Für das Ende einer Zeile schreiben Sie „([[:space:]]|$)“.</translation>
     </message>
     <message>
         <source>&amp;History</source>

@@ -279,7 +279,7 @@ void MainWindowFilterTest::bothHintsAreShownIfAnExpressionWithADollarSignMatches
     shown->filter("/usr/bin/B$");
     QCOMPARE(shown->listed(), QStringList());
     QCOMPARE(shown->view->accessibleDescription(),
-             caseHint + "\nIn a search, \"$\" is the end of a whole field, such as the list of files.\n"
+             caseHint + "\nIn a search, \"$\" is the end of a whole field, such as the list of files. "
                         "For the end of one line, write \"([[:space:]]|$)\".");
     shown->filter("/usr/bin/b$");
     QCOMPARE(shown->listed(), QStringList{"first"});
