@@ -175,6 +175,8 @@ private:
     void showTable(const std::vector<int>* widest = nullptr);
     // Moves the focus to the table after an operation, unless the expression field has the focus.
     void focusTable();
+    // A sentence about the packages that the chosen view lists; empty for the view of all packages.
+    QString limitOfView() const;
     void updateEmptyText();
     void closeLater();
     void endRefusal();

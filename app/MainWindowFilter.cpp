@@ -188,6 +188,21 @@ void MainWindow::collectedExtraData()
     modeBox->setToolTip(Literal::toolTip(text));
 }
 
+QString MainWindow::limitOfView() const
+{
+    const QString name = stateBox->currentText();
+    switch (stateBox->currentIndex()) {
+    case PackageTable::ViewUpdatable:
+        return tr("\"%1\" lists only packages that have an update.").arg(name);
+    case PackageTable::ViewInstallable:
+        return tr("\"%1\" lists only packages that are not installed.").arg(name);
+    case PackageTable::ViewRemovable:
+        return tr("\"%1\" lists only installed packages.").arg(name);
+    default:
+        return QString();
+    }
+}
+
 void MainWindow::updateEmptyText()
 {
     if (collectFailed) {
@@ -209,6 +224,12 @@ void MainWindow::updateEmptyText()
             proxy->filterRegExp().pattern().endsWith(QLatin1Char('$'))) {
             lines.append(tr("In a search, \"$\" is the end of a whole field, such as the list of files. "
                             "For the end of one line, write \"([[:space:]]|$)\"."));
+        }
+        // In the smallest window, the table has only three lines. Therefore both sentences are in one line.
+        const QString limit = limitOfView();
+        if (!limit.isEmpty()) {
+            const QString another = tr("Another view may list packages that match.");
+            lines.append(proxy->filterRegExp().isEmpty() ? limit : limit + QLatin1Char(' ') + another);
         }
         view->setEmptyText(lines.join(QLatin1Char('\n')));
     }

@@ -1102,6 +1102,22 @@ Duplikate und Gruppen gerade nicht angezeigt.
         <source>Stopped. No packages were changed, but signing keys were imported.</source>
         <translation>Angehalten. Es wurden keine Pakete geändert, aber Signaturschlüssel importiert.</translation>
     </message>
+    <message>
+        <source>&quot;%1&quot; lists only packages that have an update.</source>
+        <translation>„%1“ listet nur Pakete auf, für die es eine Aktualisierung gibt.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; lists only packages that are not installed.</source>
+        <translation>„%1“ listet nur Pakete auf, die nicht installiert sind.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; lists only installed packages.</source>
+        <translation>„%1“ listet nur installierte Pakete auf.</translation>
+    </message>
+    <message>
+        <source>Another view may list packages that match.</source>
+        <translation>Vielleicht listet eine andere Ansicht passende Pakete auf.</translation>
+    </message>
 </context>
 <context>
     <name>Manuals</name>

@@ -34,6 +34,8 @@ private Q_SLOTS:
     void aSearchFindsAPackageByTheExactPathOfAFile();
     void aHintIsShownIfAnExpressionWithAFinalDollarSignFindsNothing();
     void bothHintsAreShownIfAnExpressionWithADollarSignMatchesOnlyInAnotherLetterCase();
+    void theEmptyTableNamesTheLimitOfTheChosenView_data();
+    void theEmptyTableNamesTheLimitOfTheChosenView();
     void anInvalidExpressionHasTheErrorColour();
     void theStateBoxAndBothCheckBoxesFilterTheRowsInSearchModeToo();
     void aWorkerReadsTheSearchTextsOfRecordsWithTheSelectedState();
@@ -261,7 +263,7 @@ void MainWindowFilterTest::aHintIsShownIfAnExpressionWithAFinalDollarSignFindsNo
     QVERIFY2(hinted(), qPrintable(shown->view->accessibleDescription()));
     shown->filter("/usr/bin/missing");
     QVERIFY(!hinted());
-    QCOMPARE(shown->view->accessibleDescription(), QString("No package matches."));
+    QVERIFY(shown->view->accessibleDescription().startsWith("No package matches."));
 }
 
 void MainWindowFilterTest::bothHintsAreShownIfAnExpressionWithADollarSignMatchesOnlyInAnotherLetterCase()
@@ -274,15 +276,53 @@ void MainWindowFilterTest::bothHintsAreShownIfAnExpressionWithADollarSignMatches
     const QString caseHint =
         "No package matches.\nWith other upper and lower case letters, packages match. For "
         "both forms of a letter, write \"[Aa]\".";
+    const QString viewHint = "\n\"View Installable\" lists only packages that are not installed. "
+                             "Another view may list packages that match.";
     shown->filter("/usr/bin/B");
-    QCOMPARE(shown->view->accessibleDescription(), caseHint);
+    QCOMPARE(shown->view->accessibleDescription(), caseHint + viewHint);
     shown->filter("/usr/bin/B$");
     QCOMPARE(shown->listed(), QStringList());
     QCOMPARE(shown->view->accessibleDescription(),
-             caseHint + "\nIn a search, \"$\" is the end of a whole field, such as the list of files. "
-                        "For the end of one line, write \"([[:space:]]|$)\".");
+             caseHint +
+                 "\nIn a search, \"$\" is the end of a whole field, such as the list of files. "
+                 "For the end of one line, write \"([[:space:]]|$)\"." +
+                 viewHint);
     shown->filter("/usr/bin/b$");
     QCOMPARE(shown->listed(), QStringList{"first"});
+}
+
+void MainWindowFilterTest::theEmptyTableNamesTheLimitOfTheChosenView_data()
+{
+    QTest::addColumn<int>("view");
+    QTest::addColumn<int>("mode");
+    QTest::addColumn<QString>("hint");
+
+    const QString another = " Another view may list packages that match.";
+    const QString updatable = "\n\"View Updatable\" lists only packages that have an update." + another;
+    const QString installable =
+        "\n\"View Installable\" lists only packages that are not installed." + another;
+    const QString removable = "\n\"View Removable\" lists only installed packages." + another;
+    QTest::newRow("updatable, filter") << int(ViewUpdatable) << int(Filter) << updatable;
+    QTest::newRow("updatable, search") << int(ViewUpdatable) << int(Search) << updatable;
+    QTest::newRow("installable, filter") << int(ViewInstallable) << int(Filter) << installable;
+    QTest::newRow("installable, search") << int(ViewInstallable) << int(Search) << installable;
+    QTest::newRow("removable, filter") << int(ViewRemovable) << int(Filter) << removable;
+    QTest::newRow("removable, search") << int(ViewRemovable) << int(Search) << removable;
+    QTest::newRow("all, filter") << int(ViewAll) << int(Filter) << QString();
+    QTest::newRow("all, search") << int(ViewAll) << int(Search) << QString();
+}
+
+void MainWindowFilterTest::theEmptyTableNamesTheLimitOfTheChosenView()
+{
+    QFETCH(int, view);
+    QFETCH(int, mode);
+    QFETCH(QString, hint);
+    shown->start();
+    shown->choose(shown->modeBox, mode);
+    shown->choose(shown->stateBox, view);
+    shown->filter("nothing has this");
+    QCOMPARE(shown->listed(), QStringList());
+    QCOMPARE(shown->view->accessibleDescription(), "No package matches." + hint);
 }
 
 void MainWindowFilterTest::anInvalidExpressionHasTheErrorColour()
