@@ -229,8 +229,8 @@ void View::mousePressEvent(QMouseEvent* event)
         if (quick && pressedRecord.isValid() && pressedRecord != record && pressed.row() != pressedRow) {
             // The previous click has changed the action of a row. Because the table is sorted by action, this
             // row has moved, and a different row is now under the pointer. The user still means the row that
-            // has moved. (A second click on a neighbouring row does not get here, because then no row has
-            // moved.)
+            // has moved. But if the first click has moved no row, and the user then clicks on a neighbouring
+            // row, the condition above is false, and the second click is for the neighbouring row.
             handleActivated(pressed);
             pressIsHandled = true;
             return;

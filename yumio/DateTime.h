@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Reads the interpreter's datetime objects. CPython's header for these objects adds a static pointer to every
-// file that includes the header. Therefore only DateTime.cpp includes this header.
+// Reads the interpreter's datetime objects. CPython's header datetime.h adds a static pointer to every file
+// that includes it. Therefore only DateTime.cpp includes datetime.h.
 //
 // Any thread that holds the interpreter lock may call these functions.
 

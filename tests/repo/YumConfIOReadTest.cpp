@@ -28,7 +28,7 @@ private Q_SLOTS:
     void theLastLineIsReadEvenIfItHasNoLineFeed();
     void linesAboveTheFirstSectionAreIgnored();
     void continuationLinesBelongToTheLineAbove();
-    void onlyAnEmptyLineBeforeAContinuationLineIsKeptInTheOptions();
+    void theOptionsKeepAnEmptyLineOnlyIfAContinuationLineFollows();
     void aCarriageReturnBeforeALineFeedBelongsToTheLineEnd();
     void writingAFileKeepsItsCarriageReturns();
     void writingAFileKeepsItsByteOrderMark();
@@ -259,7 +259,7 @@ void YumConfIOReadTest::continuationLinesBelongToTheLineAbove()
     QCOMPARE(entry(QStringLiteral("y")).options, QStringLiteral("retries=2\n  z\n"));
 }
 
-void YumConfIOReadTest::onlyAnEmptyLineBeforeAContinuationLineIsKeptInTheOptions()
+void YumConfIOReadTest::theOptionsKeepAnEmptyLineOnlyIfAContinuationLineFollows()
 {
     putRepo(QStringLiteral("f.repo"), "[x]\n\n  y\n\nretries=1\n");
     QVERIFY(conf->read(window.get()));

@@ -367,7 +367,7 @@ class WaitTest(ScenarioTest):
                 self.collect_again()
         self.let_go()
         self.again()
-        # The packages have been read since the transaction, so the next message may say "Nothing was changed" again.
+        # Now the packages have been read after the transaction. So the next message says "Nothing was changed" again.
         self.hold("metadata")
         del self.shown[:]
         with self.assertRaisesRegex(self.dnf.exceptions.RepoError,

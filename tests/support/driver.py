@@ -298,8 +298,8 @@ class Program:
         return None
 
     def accessibility(self):
-        """Text for a failed test: the applications on the accessibility bus, and how many windows of the program the X
-        server shows.
+        """Text for a failed test: the applications on the accessibility bus, and the number of the program's windows
+        that the X server shows.
         """
         desktop = pyatspi.Registry.getDesktop(0)
         lines = ['applications on the desktop: {}'.format(desktop.childCount)]

@@ -57,8 +57,8 @@ def copy_original():
 
 
 class OwnProcess(object):
-    """Runs the server of a sandbox in a separate process. In the process of the test, dnf would block the server,
-    because dnf holds the interpreter lock while it downloads.
+    """Runs the server of a sandbox in a separate process. If the server were a thread of the test's process, dnf would
+    block the server, because dnf holds the interpreter lock while it downloads.
     """
 
     def __init__(self, sandbox):

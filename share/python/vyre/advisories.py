@@ -85,7 +85,8 @@ class AdvisoryIndex:
             # For each version of a package, the query finds the same advisories. So ask only about the latest version.
             for named in base.sack.query(flags=hawkey.IGNORE_EXCLUDES).latest().get_advisory_pkgs(ANY):
                 found.setdefault(named.name, []).append(named)
-            # A search asks for many packages, and each query of the sack would look at all packages.
+            # Collect the installed packages here, with one query: a search asks about many packages, and a query for
+            # each of them would look at all packages of the sack.
             for package in base.sack.query().installed():
                 if package.name in found:
                     self._installed.setdefault((package.name, package.arch), []).append(package)

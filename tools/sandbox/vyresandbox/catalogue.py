@@ -450,7 +450,8 @@ def _group_members():
         Package("loomctl", "1.0", "Controls looms", state="user"),
         Package("loomctl", "1.1", "Controls looms", repo="updates", changelog="update"),
         Package("shuttle", "1.0", "Carries threads"),
-        # Each of these packages is installed with its group only if the package in its condition is installed.
+        # Conditional members of a group: dnf installs each of them with the group only if another package is installed,
+        # which the group's definition names as the condition.
         Package("scribe-lexicon", "1.0", "Word lists for scribe-writer", arch="noarch"),
         Package("scribe-fonts", "1.0", "Typefaces for scribe-writer", arch="noarch"),
     ]
