@@ -130,7 +130,7 @@ void MainWindow::initialize()
         quit();
         return;
     }
-    const QString warning = missingRights();
+    const QString warning = restriction();
     showFault(warning); // the user must know this restriction before marking packages
     const QStringList known = yumIO->knownDirectories();
     if (!known.isEmpty()) {
@@ -188,16 +188,14 @@ void MainWindow::initialize()
     initialized = true;
 }
 
-// Returns the notice for a user who cannot change packages, or an empty text.
-QString MainWindow::missingRights() const
+// Returns the notice for a user who cannot change packages, or whose changes may not last. If no such
+// restriction is known, returns an empty text.
+QString MainWindow::restriction() const
 {
     if (geteuid() != 0) {
         return tr("VYRE cannot change packages, because it does not run as root");
     }
-    const QString directory = yumIO->refusedDirectory();
-    return directory.isEmpty()
-               ? QString()
-               : tr("VYRE cannot change packages, because it has no right to change %1").arg(directory);
+    return yumIO->restriction();
 }
 
 std::unique_ptr<PackageTable::Preparation> MainWindow::prepareTable()
@@ -279,7 +277,7 @@ void MainWindow::reposChanged()
     showTable();
     setReady(true);
     focusTable();
-    const QString warning = first ? missingRights() : QString();
+    const QString warning = first ? restriction() : QString();
     if (!warning.isEmpty()) {
         // The repository editor covered the first notice, and then beginOperation() removed it. Show it
         // again.

@@ -180,7 +180,7 @@ private:
     void updateEmptyText();
     void closeLater();
     void endRefusal();
-    QString missingRights() const;
+    QString restriction() const;
     void saveLayout() const;
     bool checkCredentials(bool& changed);
     void clean(bool (YumIO::*operation)(), bool deletesMetadata);

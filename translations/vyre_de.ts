@@ -1095,10 +1095,6 @@ Duplikate und Gruppen gerade nicht angezeigt.
         <translation>Mit anderer Groß- und Kleinschreibung passen Pakete. Für beide Formen eines Buchstabens steht „[Aa]“.</translation>
     </message>
     <message>
-        <source>VYRE cannot change packages, because it has no right to change %1</source>
-        <translation>VYRE kann keine Pakete ändern, weil es %1 nicht ändern darf</translation>
-    </message>
-    <message>
         <source>Stopped. No packages were changed, but signing keys were imported.</source>
         <translation>Angehalten. Es wurden keine Pakete geändert, aber Signaturschlüssel importiert.</translation>
     </message>
@@ -3943,6 +3939,26 @@ Im Fenster „Verlauf“ (Strg+H) vollendet „Wiederholen“ sie.</translation>
     <message>
         <source>This completes transaction {}.</source>
         <translation>Dies vollendet die Transaktion {}.</translation>
+    </message>
+    <message>
+        <source>VYRE cannot change packages, because it has no right to change {}</source>
+        <translation>VYRE kann keine Pakete ändern, weil es {} nicht ändern darf</translation>
+    </message>
+    <message>
+        <source>VYRE cannot change packages, because the programs of this system are in a read-only image</source>
+        <translation>VYRE kann keine Pakete ändern, weil die Programme dieses Systems in einem schreibgeschützten Abbild sind</translation>
+    </message>
+    <message>
+        <source>VYRE cannot change packages while the file system of {} is read-only</source>
+        <translation>VYRE kann keine Pakete ändern, solange das Dateisystem von {} schreibgeschützt ist</translation>
+    </message>
+    <message>
+        <source>VYRE cannot change files below {} while their file system is read-only</source>
+        <translation>VYRE kann unter {} keine Dateien ändern, solange ihr Dateisystem schreibgeschützt ist</translation>
+    </message>
+    <message>
+        <source>The programs of this system are in an image: the next start of the system may discard changes to packages</source>
+        <translation>Die Programme dieses Systems sind in einem Abbild: Der nächste Start des Systems verwirft Änderungen an Paketen vielleicht</translation>
     </message>
 </context>
 <context>

@@ -143,6 +143,13 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "The packages were changed.\n{}"),
     QT_TRANSLATE_NOOP("YumIO", "The programs of this system are in a read-only image. VYRE cannot change "
                                "the image. Nothing was changed."),
+    QT_TRANSLATE_NOOP("YumIO", "VYRE cannot change packages, because it has no right to change {}"),
+    QT_TRANSLATE_NOOP("YumIO", "VYRE cannot change packages, because the programs of this system are in a "
+                               "read-only image"),
+    QT_TRANSLATE_NOOP("YumIO", "VYRE cannot change packages while the file system of {} is read-only"),
+    QT_TRANSLATE_NOOP("YumIO", "VYRE cannot change files below {} while their file system is read-only"),
+    QT_TRANSLATE_NOOP("YumIO", "The programs of this system are in an image: the next start of the system "
+                               "may discard changes to packages"),
     QT_TRANSLATE_NOOP("YumIO", "The transaction was only tested, because the tsflags option contains test. "
                                "Nothing was changed."),
     QT_TRANSLATE_NOOP("YumIO", "The packages were changed, but VYRE could not write the transaction "
@@ -448,17 +455,17 @@ QStringList YumIO::knownDirectories()
     return result;
 }
 
-QString YumIO::refusedDirectory()
+QString YumIO::restriction()
 {
     if (!yumIO) {
         return QString();
     }
     PyGILStateWrapper lock(true);
-    const PyRef directory(pyMethodCall(yumIO.get(), "refusedDirectory", "()"));
-    // Ignore a failure, because the caller uses the result only for a notice. If this user has no right to
-    // change the directory, a transaction fails anyway.
+    const PyRef text(pyMethodCall(yumIO.get(), "restriction", "()"));
+    // Ignore a failure, because the caller uses the result only for a notice. An impossible transaction fails
+    // anyway.
     PyErr_Clear();
-    return directory ? pyString(directory.get()) : QString();
+    return text ? pyString(text.get()) : QString();
 }
 
 QString YumIO::getYumVar(QString variable)

@@ -76,9 +76,9 @@ public:
     // Returns the directories in which the package manager looks for repository files. The list is empty if
     // these directories are unknown.
     QStringList knownDirectories();
-    // Returns the directory of the package database if this user has no right to change it. Otherwise returns
-    // an empty text.
-    QString refusedDirectory();
+    // Returns a sentence about changes that are impossible for root now, or that may not last: for example,
+    // the file system is read-only. Returns an empty text if no such restriction is known.
+    QString restriction();
 
     // --- Collection. A successful collect() makes the records valid until the next clearEntries().
 

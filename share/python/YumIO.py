@@ -78,10 +78,10 @@ with ownPackage():
     from vyre.base import Base, forgetInterrupt
     from vyre.cache import cleanCache
     from vyre.configuration import readConfiguration
-    from vyre.database import databaseCookie, installedNumbers, refusedDirectory, useDatabaseOfRoot
+    from vyre.database import databaseCookie, installedNumbers, useDatabaseOfRoot
     from vyre.groups import Group
     from vyre.history import commandLine, refuseHistory, reportLeftovers
-    from vyre.image import checkPersistence
+    from vyre.image import checkPersistence, restriction
     from vyre.listing import otherSections, remarksAboutUpdates
     from vyre.locks import DatabaseLock, WaitingLock, releaseSessionLock, takeSessionLock
     from vyre.marks import Marks
@@ -495,10 +495,9 @@ class YumIO:
         """The reason why the script cannot undo or repeat recorded transactions; empty if the script can do both."""
         return lacksReplay()
 
-    @staticmethod
-    def refusedDirectory():
-        """The directory of rpm's database if this user has no right to change the database; otherwise empty."""
-        return refusedDirectory()
+    def restriction(self):
+        """The notice for the start of the program; see image.restriction()."""
+        return restriction(self.base)
 
     # Cleaning
 

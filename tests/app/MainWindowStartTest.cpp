@@ -46,7 +46,7 @@ private Q_SLOTS:
     void theLogOptionShowsTheLogAtStartup();
     void theLogIsHiddenAtStartupWithoutTheLogOption();
     void theNoticesAboutMissingRightsAndLoggedErrorsAreShownInTurn();
-    void aNoticeSaysThatRootHasNoRightToChangeTheDatabase();
+    void aNoticeSaysThatTheSystemRestrictsTheChangesOfRoot();
     void theNoticeAboutMissingRightsIsShownAfterTheRepositoryEditorHasClosed();
 
     void theTableShowsTheReasonIfNoRowIsListed();
@@ -276,15 +276,14 @@ void MainWindowStartTest::theNoticesAboutMissingRightsAndLoggedErrorsAreShownInT
     QVERIFY(notice->isVisible());
 }
 
-void MainWindowStartTest::aNoticeSaysThatRootHasNoRightToChangeTheDatabase()
+void MainWindowStartTest::aNoticeSaysThatTheSystemRestrictsTheChangesOfRoot()
 {
-    // For example, a user who is root inside a user namespace has no such right.
-    standIn->setDatabaseRefused(true);
+    standIn->setRestricted(true);
     shown->start();
     const auto* notice = shown->window->findChild<Notice*>();
     QVERIFY(notice->isVisible());
     QCOMPARE(notice->wholeText(),
-             QString("VYRE cannot change packages, because it has no right to change /db"));
+             QString("VYRE cannot change packages while the file system of /db is read-only"));
 }
 
 void MainWindowStartTest::theNoticeAboutMissingRightsIsShownAfterTheRepositoryEditorHasClosed()

@@ -368,24 +368,77 @@ class HistoryTest(DatabaseTest):
         self.check_damaged(lambda content: b"")
 
 
-class RightsTest(ScenarioTest):
-    """If the current user has no right to change the directory of the database, the script names this directory."""
+class RestrictionTest(ScenarioTest):
+    """Tests of the notice that the program shows at its start if changes are impossible or may not last."""
+
+    def make_read_only(self, directory, wanted=True):
+        subprocess.run(["mount", "-o", "remount,bind," + ("ro" if wanted else "rw"), directory], check=True)
+        self.assertEqual(bool(os.statvfs(directory).f_flag & os.ST_RDONLY), wanted)
 
     @in_own_process
-    def test_for_root_no_directory_is_named_even_if_the_database_belongs_to_another_user_or_is_read_only(self):
+    def test_nothing_restricts_root_even_if_the_database_is_missing_or_belongs_to_another_user(self):
         yumio = self.load()
         directory = self.sandbox.root + DATABASE
-        self.assertEqual(yumio.refusedDirectory(), "")
+        self.assertEqual(yumio.restriction(), "")
         os.chown(directory, 65534, 65534)
         os.chmod(directory, 0o700)
-        self.assertEqual(yumio.refusedDirectory(), "")
-        self.isolate()
-        subprocess.run(["mount", "-t", "tmpfs", "-o", "ro", "none", directory], check=True)
-        self.assertFalse(os.access(directory, os.W_OK))
-        self.assertEqual(yumio.refusedDirectory(), "")
-        subprocess.run(["umount", directory], check=True)
+        self.assertEqual(yumio.restriction(), "")
         shutil.rmtree(directory)
-        self.assertEqual(yumio.refusedDirectory(), "")
+        self.assertEqual(yumio.restriction(), "")
+
+    @in_own_process
+    def test_a_notice_names_the_database_on_a_read_only_file_system(self):
+        self.started()
+        self.isolate()
+        directory = self.sandbox.root + DATABASE
+        subprocess.run(["mount", "--bind", directory, directory], check=True)
+        self.make_read_only(directory)
+        self.assertEqual(self.yumio.restriction(),
+                         "VYRE cannot change packages while the file system of %s is read-only" % directory)
+        # The notice is true: dnf cannot change this system.
+        self.assert_refused("Could not run transaction", removes=["almanac"], answers=[1])
+        self.assertFalse(self.yumio.systemChanged)
+        self.make_read_only(directory, False)
+        self.assertEqual(self.yumio.restriction(), "")
+        self.assertEqual(self.changes(self.apply, removes=["almanac"]), (set(), {ALMANAC}))
+
+    @in_own_process
+    def test_a_notice_names_the_directory_of_programs_on_a_read_only_file_system(self):
+        self.started()
+        self.isolate()
+        directory = self.sandbox.root + "/usr"
+        subprocess.run(["mount", "--bind", directory, directory], check=True)
+        self.make_read_only(directory)
+        self.assertEqual(self.yumio.restriction(),
+                         "VYRE cannot change files below %s while their file system is read-only" % directory)
+        self.assert_refused("Transaction test error", installs=["loupe"], answers=[1])
+        self.make_read_only(directory, False)
+        self.assertEqual(self.yumio.restriction(), "")
+
+    @in_own_process
+    def test_a_notice_says_how_an_image_restricts_changes(self):
+        """Tests only the notice, because a whole operation would change the running system."""
+        self.load()
+        self.isolate()
+        os.system("mount -t tmpfs none /run && touch /run/ostree-booted && mount --bind /usr /usr")
+        self.make_read_only("/usr")
+        self.assertEqual(self.yumio.restriction(), "")  # the image is not the managed root
+        image = self.module("image")
+        image.managedRoot = lambda: "/"
+        read_only = "VYRE cannot change packages, because the programs of this system are in a read-only image"
+        try:
+            self.assertEqual(self.yumio.restriction(), read_only)
+            self.make_read_only("/usr", False)
+            discarding = "The programs of this system are in an image: the next start of the system may discard " \
+                "changes to packages"
+            self.assertEqual(self.yumio.restriction(), discarding)
+            if hasattr(self.yumio.base.conf, "persistence"):
+                self.yumio.base.conf.persistence = "persist"
+                self.assertEqual(self.yumio.restriction(), read_only)
+            os.unlink("/run/ostree-booted")
+            self.assertEqual(self.yumio.restriction(), "")
+        finally:
+            image.managedRoot = self.module("paths").managedRoot
 
     @in_own_process
     def test_an_ordinary_user_who_is_root_inside_a_user_namespace_has_no_rights(self):
@@ -403,4 +456,5 @@ class RightsTest(ScenarioTest):
         with open("/proc/self/uid_map", "w") as stream:
             stream.write("0 65534 1")
         self.assertEqual(os.geteuid(), 0)
-        self.assertEqual(yumio.refusedDirectory(), self.sandbox.root + DATABASE)
+        self.assertEqual(yumio.restriction(), "VYRE cannot change packages, because it has no right to change " +
+                         self.sandbox.root + DATABASE)

@@ -71,9 +71,9 @@ void StandIn::setHeld(bool held)
     setFlag("held", held);
 }
 
-void StandIn::setDatabaseRefused(bool refused)
+void StandIn::setRestricted(bool restricted)
 {
-    setFlag("refused", refused);
+    setFlag("restricted", restricted);
 }
 
 void StandIn::setRefusing(bool refuse)

@@ -37,8 +37,8 @@ public:
     void setHeld(bool held);
     // Whether the constructor of the script's class fails.
     void setRefusing(bool refuse);
-    // Whether the user has no right to change the database, "/db".
-    void setDatabaseRefused(bool refused);
+    // Whether the script reports a restriction of this system: see restriction() of the stand-in.
+    void setRestricted(bool restricted);
     // Whether apply() of the script fails before it changes the system.
     void setFailing(bool fail);
     // Whether apply() fails after it has begun to change the system.

@@ -159,7 +159,7 @@ class YumIO:
     def __getattribute__(self, name):
         """Note the name of each method that the program looks up: the program looks up a method only to call it."""
         value = object.__getattribute__(self, name)
-        unnoted = ('getBiArch', 'isBetterThan', 'readOutcome', 'refusedDirectory', 'versionLocks', 'wait')
+        unnoted = ('getBiArch', 'isBetterThan', 'readOutcome', 'restriction', 'versionLocks', 'wait')
         if callable(value) and name not in unnoted:
             note(name)
         return value
@@ -263,8 +263,9 @@ class YumIO:
         note('describeTransaction {}'.format(number))
         return 'Details of {}\n<b>not bold</b>'.format(number)
 
-    def refusedDirectory(self):
-        return '/db' if os.path.exists(os.path.join(SHARE, 'refused')) else ''
+    def restriction(self):
+        restricted = os.path.exists(os.path.join(SHARE, 'restricted'))
+        return 'VYRE cannot change packages while the file system of /db is read-only' if restricted else ''
 
     def lacksReplay(self):
         return 'Not with this version.' if os.path.exists(os.path.join(SHARE, 'noreplay')) else ''

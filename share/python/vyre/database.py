@@ -11,7 +11,7 @@ import dnf.rpm.miscutils
 import rpm
 
 from .packages import decoded
-from .paths import canWrite, inRoot, isReadOnly, managedRoot
+from .paths import managedRoot
 from .privatenames import RPMKEYS_NAMES
 from .program import tr
 
@@ -50,15 +50,6 @@ def verifyWithDatabaseOfRoot(package, root):
     if checked.returncode not in (0, 1):
         return 2
     return dnf.rpm.miscutils._process_rpm_output(checked.stdout.split(b'\n')) or 2 * checked.returncode
-
-
-def refusedDirectory():
-    """The directory of rpm's database if this user has no right to change the database; otherwise empty. Not every user
-    with the number 0 has this right: inside a user namespace, each user can have this number. If the file system is
-    read-only, the result is empty, because in this case nobody can change the database.
-    """
-    path = inRoot(rpm.expandMacro('%{_dbpath}'))
-    return path if not canWrite(path) and not isReadOnly(path) else ''
 
 
 def databaseCookie():
