@@ -17,6 +17,14 @@ namespace {
 constexpr size_t errorSize = 1024;
 constexpr size_t scriptSize = 10240;
 
+// Returns a new reference, or NULL with a pending exception.
+PyObject* callObject(PyObject* callable, const char* format, va_list args)
+{
+    const PyRef arguments(Py_VaBuildValue(format, args));
+    // Do not call PyObject_CallObject() with NULL: it would call the object without arguments.
+    return arguments ? PyObject_CallObject(callable, arguments.get()) : nullptr;
+}
+
 // Takes the pending exception from the interpreter, normalises the exception and adds its traceback.
 // restore() makes the exception pending again.
 class TakenException
@@ -355,28 +363,47 @@ PyObject* Python::pyMethodCall(PyObject* self, const char* method, const char* f
 
 PyObject* Python::pyVMethodCall(PyObject* self, const char* method, const char* format, va_list args)
 {
-    if (self == nullptr) {
-        internalError("Internal error: method %s call attemped with NULL self\n", method);
+    const PyRef callable = methodOf(self, method);
+    return callable ? call(callable.get(), format, args) : nullptr;
+}
+
+PyObject* Python::pyMethodTry(PyObject* self, const char* method, const char* format, ...)
+{
+    const PyRef callable = methodOf(self, method);
+    if (!callable) {
+        PyErr_Clear(); // methodOf() has reported the failure
         return nullptr;
     }
-    const PyRef callable(PyObject_GetAttrString(self, method));
+    va_list args;
+    va_start(args, format);
+    PyObject* result = callObject(callable.get(), format, args);
+    va_end(args);
+    return result;
+}
+
+// If the object lacks the method, reports this and returns a null reference.
+PyRef Python::methodOf(PyObject* self, const char* method)
+{
+    if (self == nullptr) {
+        internalError("Internal error: method %s call attemped with NULL self\n", method);
+        return PyRef();
+    }
+    PyRef callable(PyObject_GetAttrString(self, method));
     if (!callable) {
         internalError("Internal error: method %s not found\n", method);
-        return nullptr;
+        return PyRef();
     }
     if (!PyCallable_Check(callable.get())) {
         internalError("Internal error: method %s not callable\n", method);
-        return nullptr;
+        return PyRef();
     }
-    return call(callable.get(), format, args);
+    return callable;
 }
 
 // Returns a new reference or NULL.
 PyObject* Python::call(PyObject* callable, const char* format, va_list args)
 {
-    const PyRef arguments(Py_VaBuildValue(format, args));
-    // Do not call PyObject_CallObject() with NULL: it would call the object without arguments.
-    PyObject* result = arguments ? PyObject_CallObject(callable, arguments.get()) : nullptr;
+    PyObject* result = callObject(callable, format, args);
     if (result == nullptr && PyErr_Occurred() != nullptr) {
         handleException();
     }

@@ -90,6 +90,9 @@ public:
     PyObject* pyVCall(const char* name, const char* format, va_list args);
     PyObject* pyMethodCall(PyObject* self, const char* method, const char* format, ...);
     PyObject* pyVMethodCall(PyObject* self, const char* method, const char* format, va_list args);
+    // Like pyMethodCall(), but every exception of the method stays pending. The caller must then call
+    // handleException().
+    PyObject* pyMethodTry(PyObject* self, const char* method, const char* format, ...);
 
     // Finds the object with a dotted name. The first part is a global of __main__. If this global is missing,
     // the first part is a module, which is imported. The other parts are module attributes and dictionary
@@ -130,6 +133,7 @@ public:
 
 private:
     void internalError(const char* format, ...) __attribute__((format(printf, 2, 3)));
+    PyRef methodOf(PyObject* self, const char* method);
     PyObject* call(PyObject* callable, const char* format, va_list args);
     PyObject* namespaceOf(const char* module);
     PyRef encode(PyObject* object);

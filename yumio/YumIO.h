@@ -527,7 +527,8 @@ private:
     bool addUpdate(const Package::Entry& entry, MarkedObjects& lists);
     bool addRemoval(Package::Entry& entry, MarkedObjects& lists);
     bool addObject(const PyRef& list, PyObject* object, const QString& failure, const QString& name);
-    // Calls a method of the script that carries out a transaction, and reads its outcome.
+    // Calls a method of the script that carries out a transaction, and reads its outcome. `method` must call
+    // pyMethodTry(), so that every exception stays pending until the outcome is known.
     bool carryOut(const std::function<PyObject*()>& method);
     bool applyGroups();
     bool applyGrpPkgs(const Package::Entry& group, const char* listName, GroupCheck check);
@@ -601,17 +602,16 @@ private:
     void error(const char* text) override;
     void warning(const char* text) override;
     void pythonException(const QString& text);
-    void pythonExceptionV(const QString& text, const QString& carriedOut = QString());
+    void pythonExceptionV(const QString& text);
     int exceptionLogStart();
-    // carriedOut: the changes before the failure; the message begins with these changes. carriedOut may be
-    // empty.
-    void showExceptionLog(int start, const QString& text, const QString& carriedOut = QString());
+    void showExceptionLog(int start, const QString& text);
+    QString afterCarriedOut(const QString& text) const;
     void pyExceptExpect(PyObject* type) override;
     void pyExceptClear() override;
     void exceptionExpected() override;
     void tracebackOnTerminal(const char* text) override;
     void commExceptSetup();
-    bool commExceptRaised(PyObject* result, const QString& what, const QString& carriedOut = QString());
+    bool commExceptRaised(PyObject* result, const QString& what);
     void showRemarks();
     // Returns true if `result` is null because the user has stopped the operation. In this case, logs the
     // failure as a detail.
@@ -641,6 +641,9 @@ private:
     Log::EntryList logList;
     // The number of log entries at the last call of pyExceptExpect(), or -1 outside an expectation scope.
     int exceptLogStart = -1;
+    // While a failed transaction is reported: the changes before the failure. The message about the failure
+    // begins with these changes. Otherwise empty.
+    QString carriedOut;
     bool fileListsLoaded = false;
     bool otherDataLoaded = false;
     QSet<QByteArray> missingAttributes; // attributes whose absence was already reported to the user

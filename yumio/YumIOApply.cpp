@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <QEventLoop>
+#include <QScopedValueRollback>
 
 #include "python/CPython.h"
 #include "services/Progress.h"
@@ -97,9 +98,9 @@ bool YumIO::applyReal()
         }
     }
     return carryOut([this, &lists] {
-        return pyMethodCall(yumIO.get(), "apply", "(O,O,O,O,O,O)", lists.installs.get(), lists.updates.get(),
-                            lists.removes.get(), lists.groupInstalls.get(), lists.groupUpdates.get(),
-                            lists.groupRemoves.get());
+        return pyMethodTry(yumIO.get(), "apply", "(O,O,O,O,O,O)", lists.installs.get(), lists.updates.get(),
+                           lists.removes.get(), lists.groupInstalls.get(), lists.groupUpdates.get(),
+                           lists.groupRemoves.get());
     });
 }
 
@@ -201,10 +202,13 @@ bool YumIO::carryOut(const std::function<PyObject*()>& method)
         transaction.signalRecorder.reset();
         readOutcome();
         const QString changes = transaction.outcome.changes();
-        const QString carriedOut = changes.isEmpty() ? QString() : tr("Carried out: %1.").arg(changes);
-        // pyMethodCall() has already reported every other exception.
-        if (stopRaised(result.get()) || commExceptRaised(result.get(), tr("apply changes"), carriedOut) ||
-            !result || result.get() == Py_False) {
+        const QString done = changes.isEmpty() ? QString() : tr("Carried out: %1.").arg(changes);
+        const QScopedValueRollback<QString> reporting(carriedOut, done);
+        if (!result && PyErr_Occurred() != nullptr) {
+            handleException(); // only now, because the message begins with the changes
+        }
+        if (stopRaised(result.get()) || commExceptRaised(result.get(), tr("apply changes")) || !result ||
+            result.get() == Py_False) {
             transaction.txApplied = false; // keep the marks
         }
     }

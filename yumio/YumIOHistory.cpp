@@ -127,7 +127,7 @@ bool YumIO::replayReal(Replay kind, qint64 number)
                                 : kind == Replay::UndoAllSince ? "rollback"
                                                                : "redo";
     return carryOut([this, command, number] {
-        return pyMethodCall(yumIO.get(), "replay", "(s,L)", command, static_cast<long long>(number));
+        return pyMethodTry(yumIO.get(), "replay", "(s,L)", command, static_cast<long long>(number));
     });
 }
 

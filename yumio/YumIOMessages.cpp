@@ -41,7 +41,13 @@ void YumIO::warning(const QString& text)
 
 void YumIO::error(const char* text)
 {
-    error(QString::fromUtf8(text));
+    error(afterCarriedOut(QString::fromUtf8(text)));
+}
+
+// Adds the changes before the failure to the beginning of the message about the failure.
+QString YumIO::afterCarriedOut(const QString& text) const
+{
+    return carriedOut.isEmpty() ? text : carriedOut + QLatin1Char('\n') + text;
 }
 
 void YumIO::warning(const char* text)
@@ -70,14 +76,14 @@ void YumIO::pythonException(const QString& text)
     showExceptionLog(start, text);
 }
 
-void YumIO::pythonExceptionV(const QString& text, const QString& carriedOut)
+void YumIO::pythonExceptionV(const QString& text)
 {
     const int start = exceptionLogStart();
     log(Log::Error, 0, pyStringXDec(pyExceptValuef()));
-    showExceptionLog(start, text, carriedOut);
+    showExceptionLog(start, text);
 }
 
-void YumIO::showExceptionLog(int start, const QString& text, const QString& carriedOut)
+void YumIO::showExceptionLog(int start, const QString& text)
 {
     log(Log::Error, 0, text);
     QStringList lines;
@@ -179,7 +185,7 @@ void YumIO::commExceptSetup()
     }
 }
 
-bool YumIO::commExceptRaised(PyObject* result, const QString& what, const QString& carriedOut)
+bool YumIO::commExceptRaised(PyObject* result, const QString& what)
 {
     // Below, PyErr_PrintEx(0) prints exceptions without storing their tracebacks in `sys`. A stored traceback
     // would keep the objects of the failed call alive.
@@ -190,9 +196,7 @@ bool YumIO::commExceptRaised(PyObject* result, const QString& what, const QStrin
         const PyRef text(pyExceptValuef());
         return text ? pyStringX(text.get()) : QString();
     };
-    const auto report = [this, &carriedOut](const QString& text) {
-        error(carriedOut.isEmpty() ? text : carriedOut + QLatin1Char('\n') + text);
-    };
+    const auto report = [this](const QString& text) { error(afterCarriedOut(text)); };
     if (raised(PyExc_IOError)) {
         const QString text = value();
         PyErr_PrintEx(0);
@@ -236,7 +240,7 @@ bool YumIO::commExceptRaised(PyObject* result, const QString& what, const QStrin
         return true;
     }
     if (raised(classes[BdbQuit]) || raised(classes[DnfError])) {
-        pythonExceptionV(tr("Unable to %1").arg(what), carriedOut);
+        pythonExceptionV(tr("Unable to %1").arg(what));
         return true;
     }
     return false;

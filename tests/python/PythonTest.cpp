@@ -450,6 +450,37 @@ private Q_SLOTS:
         QVERIFY2(printed().endsWith(", in fail\nValueError: for a reason\n"), qPrintable(printed()));
     }
 
+    void pyMethodTryPassesItsArguments()
+    {
+        const PyRef thing(python->pyr("thing"));
+        const PyRef result(python->pyMethodTry(thing.get(), "twice", "(i)", 21));
+        QCOMPARE(PyLong_AsLong(result.get()), 42L);
+    }
+
+    void pyMethodTryLeavesAnUnexpectedExceptionPending()
+    {
+        const PyRef thing(python->pyr("thing"));
+        QVERIFY(python->pyMethodTry(thing.get(), "fail", "(s)", "for a reason") == nullptr);
+        QVERIFY(PyErr_ExceptionMatches(PyExc_ValueError));
+        QCOMPARE(python->takeErrors(), QStringList());
+        python->handleException();
+        QVERIFY(PyErr_Occurred() == nullptr);
+        QCOMPARE(python->takeErrors(), QStringList(walkbackText()));
+    }
+
+    void pyMethodTryReportsAMissingMethodAndLeavesNoExceptionPending()
+    {
+        const PyRef thing(python->pyr("thing"));
+        QVERIFY(python->pyMethodTry(thing.get(), "nonesuch", "()") == nullptr);
+        QCOMPARE(python->takeErrors(), QStringList("Internal error: method nonesuch not found\n"));
+        QVERIFY(PyErr_Occurred() == nullptr);
+        QVERIFY(python->pyMethodTry(thing.get(), "number", "()") == nullptr);
+        QCOMPARE(python->takeErrors(), QStringList("Internal error: method number not callable\n"));
+        QVERIFY(python->pyMethodTry(nullptr, "twice", "(i)", 21) == nullptr);
+        QCOMPARE(python->takeErrors(),
+                 QStringList("Internal error: method twice call attemped with NULL self\n"));
+    }
+
     // ---- strings
 
     void pyStringReturnsUtf8()

@@ -363,9 +363,43 @@ private Q_SLOTS:
         QCOMPARE(backEnd->answers.take().value(1).text,
                  QString("Carried out: 3 installed, 1 updated.\nUnable to apply changes: Runtime "
                          "Error:\n\nodd"));
+        QVERIFY(!apply(changed + "raise dnf.exceptions.RepoError('database is locked')"));
+        QCOMPARE(backEnd->answers.take().value(1).text,
+                 QString("Carried out: 3 installed, 1 updated.\nit hurts\nUnable to apply changes: a "
+                         "repository's sqlite database was locked unexpectedly\nOn some distributions, "
+                         "PackageKit has been known to cause this."));
         // If nothing was carried out, the message begins with the failure.
         QVERIFY(!apply("it.outcome = {'failed': 1}\nraise dnf.exceptions.Error('stopped')"));
         QCOMPARE(errors(), QStringList{"stopped\nUnable to apply changes"});
+        backEnd->run("del it.outcome");
+    }
+
+    void theMessageAboutAnUnexpectedExceptionBeginsWithTheCompletedChanges_data()
+    {
+        QTest::addColumn<QString>("exception");
+        for (const char* exception : {"ValueError('odd')", "KeyError('odd')",
+                                      "dnf.exceptions.RepoError('odd')", "SystemExit('odd')"}) {
+            QTest::newRow(exception) << exception;
+        }
+    }
+
+    void theMessageAboutAnUnexpectedExceptionBeginsWithTheCompletedChanges()
+    {
+        QFETCH(QString, exception);
+        const QString unexpected =
+            "Internal error: python exception occurred from C code.\nWhen reporting this issue, please "
+            "include the contents of the\nLog window, which should contain a walkback.";
+        const int before = logLength();
+        QVERIFY(!apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
+                       "it.outcome = {'installed': 3, 'updated': 1}\nraise " +
+                       exception));
+        const QList<ShownDialog> shown = backEnd->answers.take();
+        QCOMPARE(shown.count(), 2); // the listing and the message
+        QCOMPARE(shown[1].text, "Carried out: 3 installed, 1 updated.\n" + unexpected);
+        QVERIFY2(backEnd->log(before).join('\n').contains("Traceback"), qPrintable(exception));
+        // If nothing was carried out, the message begins with the failure.
+        QVERIFY(!apply("it.outcome = None\nraise " + exception));
+        QCOMPARE(errors(), QStringList(unexpected));
         backEnd->run("del it.outcome");
     }
 
