@@ -205,16 +205,6 @@ private:
     std::string joined;
 };
 
-// Packs the texts that the function `read` reads from metadata files. Any thread may call pack().
-template <typename Read> void pack(std::vector<PackedText>& texts, Read read)
-{
-    TextPacker packer;
-    read([&packer, &texts](int index, const std::string& text) {
-        packer.add(texts[static_cast<size_t>(index)], text.data(), text.size());
-    });
-    packer.finish();
-}
-
 // If a search reads the advisories of more packages than this number, it first builds an index of all
 // advisories, because reading with an index is faster.
 constexpr int fewAdvisoryReads = 10;
@@ -226,14 +216,19 @@ constexpr int shownAfter = 200;
 // The interval, in milliseconds, at which a comparison shows its progress and checks for a request to stop.
 constexpr int checkInterval = 20;
 
-// The paths of a repository's two metadata files, the packages to read from them, and the error of each file.
+// A metadata file of a repository, and the error of reading it. Without such a file, the path is empty.
+struct Document
+{
+    QString path;
+    QString problem;
+};
+
+// A repository's two metadata files, and the packages to read from them.
 struct RepositoryTexts
 {
-    QString fileListsPath;
-    QString changeLogsPath;
+    Document fileLists;
+    Document changeLogs;
     Metadata::Wanted wanted;
-    QString filesProblem;
-    QString changeLogsProblem;
 };
 
 // For each repository, finds the wanted packages whose texts are in its metadata files.
@@ -254,6 +249,29 @@ QHash<QString, RepositoryTexts> byRepository(const QVector<Package::Entry*>& wan
         }
     }
     return found;
+}
+
+// Starts another thread that reads one metadata file of each repository, and packs the texts. The caller must
+// keep all references until wait() of the result returns. If the system cannot start a thread, wait() reads
+// the files.
+std::future<void> startReading(decltype(&Metadata::readFileLists) read, Document RepositoryTexts::*which,
+                               QHash<QString, RepositoryTexts>& repositories, std::vector<PackedText>& texts,
+                               const std::function<bool()>& stopWanted)
+{
+    return std::async(std::launch::async | std::launch::deferred,
+                      [read, which, &repositories, &texts, stopWanted] {
+                          TextPacker packer;
+                          const Metadata::Take take = [&packer, &texts](int index, const std::string& text) {
+                              packer.add(texts[static_cast<size_t>(index)], text.data(), text.size());
+                          };
+                          for (RepositoryTexts& repository : repositories) {
+                              Document& document = repository.*which;
+                              if (!document.path.isEmpty()) {
+                                  read(document.path, repository.wanted, take, document.problem, stopWanted);
+                              }
+                          }
+                          packer.finish();
+                      });
 }
 
 // Returns the packages in the order in which the package manager stores them. The package manager stores long
@@ -400,34 +418,16 @@ bool YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
         repositories = byRepository(wanted, [this](PyObject* package) { return checksumOf(package); });
     }
     for (auto i = repositories.begin(); i != repositories.end(); ++i) {
-        i->fileListsPath = metadataPath(i.key(), "filelists");
-        i->changeLogsPath = metadataPath(i.key(), "other");
+        i->fileLists.path = metadataPath(i.key(), "filelists");
+        i->changeLogs.path = metadataPath(i.key(), "other");
     }
     std::vector<PackedText> files(static_cast<size_t>(wanted.count()));
     std::vector<PackedText> changeLogs(static_cast<size_t>(wanted.count()));
-    // If the system cannot start another thread, wait() reads the files on this thread.
-    const auto whenPossible = std::launch::async | std::launch::deferred;
     const auto stopWanted = [this] { return mustGiveUp(); };
-    const auto readingFiles = std::async(whenPossible, [&repositories, &files, &stopWanted] {
-        pack(files, [&repositories, &stopWanted](const Metadata::Take& take) {
-            for (RepositoryTexts& repository : repositories) {
-                if (!repository.fileListsPath.isEmpty()) {
-                    Metadata::readFileLists(repository.fileListsPath, repository.wanted, take,
-                                            repository.filesProblem, stopWanted);
-                }
-            }
-        });
-    });
-    const auto readingChangeLogs = std::async(whenPossible, [&repositories, &changeLogs, &stopWanted] {
-        pack(changeLogs, [&repositories, &stopWanted](const Metadata::Take& take) {
-            for (RepositoryTexts& repository : repositories) {
-                if (!repository.changeLogsPath.isEmpty()) {
-                    Metadata::readChangeLogs(repository.changeLogsPath, repository.wanted, take,
-                                             repository.changeLogsProblem, stopWanted);
-                }
-            }
-        });
-    });
+    const auto readingFiles =
+        startReading(Metadata::readFileLists, &RepositoryTexts::fileLists, repositories, files, stopWanted);
+    const auto readingChangeLogs = startReading(Metadata::readChangeLogs, &RepositoryTexts::changeLogs,
+                                                repositories, changeLogs, stopWanted);
 
     const bool indexed = wanted.count() > fewAdvisoryReads;
     if (indexed) {
@@ -449,13 +449,11 @@ bool YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
     readingFiles.wait();
     readingChangeLogs.wait();
     for (const RepositoryTexts& repository : qAsConst(repositories)) {
-        const auto warn = [this](const QString& path, const QString& problem) {
-            if (!problem.isEmpty()) {
-                log(Log::Warning, 1, tr("Unable to read %1: %2").arg(path, problem));
+        for (const Document& document : {repository.fileLists, repository.changeLogs}) {
+            if (!document.problem.isEmpty()) {
+                log(Log::Warning, 1, tr("Unable to read %1: %2").arg(document.path, document.problem));
             }
-        };
-        warn(repository.fileListsPath, repository.filesProblem);
-        warn(repository.changeLogsPath, repository.changeLogsProblem);
+        }
     }
     for (int place = 0; place < wanted.count() && !stopWanted(); ++place) {
         Package::Entry* entry = wanted.at(place);
