@@ -7,6 +7,7 @@ import os
 import shutil
 import stat
 import subprocess
+import types
 
 from scenario import ScenarioTest, in_own_process
 
@@ -136,6 +137,25 @@ class CommandRulesTest(ScenarioTest):
             check()
         finally:
             image.managedRoot = self.module("paths").managedRoot
+
+    @in_own_process
+    def test_a_changed_installation_reason_does_not_prevent_the_check_of_protected_files(self):
+        """A stand-in replaces the option for protected paths, which not all versions of dnf have."""
+        self.configure("installonly_limit=2")
+        self.started()
+        base = self.yumio.base
+        kernel = self.package(self.updates, "kernel")
+        base.package_install(kernel)
+        base.resolve()
+        self.assertIn("Reason Change", [item.action_name for item in base.items()])
+        check = self.module("image").checkDrift
+
+        def with_paths(*paths):
+            return types.SimpleNamespace(conf=types.SimpleNamespace(usr_drift_protected_paths=paths), items=base.items)
+
+        check(with_paths("/nowhere/*"))
+        with self.assertRaisesRegex(self.dnf.exceptions.Error, "%s\n  %s" % (kernel, sorted(kernel.files)[0])):
+            check(with_paths("/*"))
 
     @in_own_process
     def test_protected_files_of_an_image_are_not_changed(self):

@@ -86,6 +86,8 @@ def checkDrift(base):
     patterns = getattr(base.conf, 'usr_drift_protected_paths', ())
     found = {}
     for item in base.items() if patterns else ():
+        if item.action == libdnf.transaction.TransactionItemAction_REASON_CHANGE:
+            continue  # this item has no package, and changes no files
         paths = [path for path in sorted(item.files)
                  if any(fnmatch.fnmatch(path, pattern) for pattern in patterns)]
         if paths:
