@@ -7,6 +7,7 @@ import sys
 
 import libdnf.transaction
 
+from recordingmodule import DEPENDENCY
 from scenario import ScenarioTest, in_own_process
 
 from vyresandbox import catalogue, needs_groups
@@ -120,6 +121,8 @@ class ReasonsTest(OutcomeTest):
         self.command("mark", "install", "libtwig")
         self.started()
         self.replay("undo", 0)
+        change = libdnf.transaction.TransactionItemAction_REASON_CHANGE
+        self.assertEqual(self.recording.listed(), {"libtwig-1.0-1.x86_64": (change, DEPENDENCY)})
         self.assertEqual(self.outcome(), {"reasonsChanged": 1})
         self.assertEqual(self.reason("libtwig"), "dependency")
 

@@ -134,6 +134,18 @@ class UpdateTest(ScenarioTest):
         self.assertEqual(changed, ({"kernel-6.1.31-1.x86_64"}, {"kernel-6.1.20-1.x86_64"}))
 
     @in_own_process
+    def test_a_reason_that_dnf_records_again_without_a_change_is_not_listed(self):
+        self.configure("installonly_limit=2")
+        self.started()
+        words = []
+        self.recording.before_answer = lambda: words.extend(
+            item.action_name for item in self.yumio.base.transaction)
+        self.apply(updates=["kernel"])
+        self.assertIn("Reason Change", words)
+        self.assertEqual(self.recording.listed(), {"kernel-6.1.31-1.x86_64": (INSTALL, USER),
+                                                   "kernel-6.1.20-1.x86_64": (REMOVE, USER)})
+
+    @in_own_process
     def test_both_installed_architectures_of_a_package_are_updated_together(self):
         self.started()
         pairs = [[new, old] for new in self.updates for old in self.installed

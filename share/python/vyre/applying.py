@@ -10,7 +10,7 @@ import dnf.util
 import libdnf.transaction
 
 from .history import endHistory, unrecorded
-from .listing import otherSections, remarksAboutGroups
+from .listing import otherSections, remarksAboutGroups, repeatsReason
 from .locks import DatabaseLock
 from .output import extendListing, introduceListing
 from .plugins import PlugIns
@@ -37,7 +37,8 @@ def addRemarks(base):
 def confirmTransaction(base, sections):
     """Show the listing; return whether the user confirms the transaction."""
     transaction = base.items()
-    yumIOC.listTransaction(transaction, sorted(transaction, key=lambda item: (item.name, item.arch, item.action)))
+    yumIOC.listTransaction(transaction, sorted((item for item in transaction if not repeatsReason(base, item)),
+                                               key=lambda item: (item.name, item.arch, item.action)))
     # If a transaction changes only groups and streams, dnf carries it out although "tsflags" contains "test".
     if transaction and 'test' in base.conf.tsflags:
         introduceListing(tr('This is only a test, because the tsflags option contains test. dnf downloads and '

@@ -9,6 +9,7 @@ import dnf.exceptions
 import dnf.i18n
 import dnf.transaction
 import dnf.util
+import libdnf.transaction
 
 from .program import tr
 from .streams import fullName
@@ -40,6 +41,15 @@ def otherSections(base, withGroups=True):
         for heading, groups in zip(headings, (persistor._installed, persistor._upgraded, persistor._removed)):
             sections.append((heading, [group.getName() or identifier for identifier, group in groups.items()]))
     return [(heading, list(lines)) for heading, lines in sections if lines]
+
+
+def repeatsReason(base, item):
+    """Whether an item only records the installation reason that the history already contains. When dnf removes one of
+    several installed versions of a package, it adds such an item, usually for a package of another name. The dnf
+    command does not list this item.
+    """
+    return (item.action == libdnf.transaction.TransactionItemAction_REASON_CHANGE and
+            item.reason == base.history.rpm.get_reason(item))
 
 
 def remarksAboutGroups(base):

@@ -18,7 +18,7 @@ import libdnf.transaction
 import rpm
 
 from .history import unrecorded
-from .listing import otherSections
+from .listing import otherSections, repeatsReason
 
 # For each of dnf's actions, the name under which Outcome.values() returns the number of these actions. If a package
 # replaces a package of another name, this counts as a removal of the replaced package.
@@ -115,10 +115,8 @@ def packagesWithNewReason(base):
     """
     change = libdnf.transaction.TransactionItemAction_REASON_CHANGE
     items = base.items()
-    # If dnf removes one of several installed versions of a package, the transaction can also record a "new" reason that
-    # is equal to the old reason. Leave out such an item.
     found = set((item.name, item.arch) for item in items
-                if item.action == change and item.reason != base.history.rpm.get_reason(item))
+                if item.action == change and not repeatsReason(base, item))
     return found.difference((item.name, item.arch) for item in items if item.action != change)
 
 
