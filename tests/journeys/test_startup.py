@@ -260,6 +260,19 @@ class OptionsTest(JourneyTest):
                                 names=['pergola'])
         self.check_settings('-e', expression, '-s', 'all', expression=expression, state='View All', names=[])
 
+    def test_a_search_reads_the_update_or_without_its_repository_the_newest_installed_version(self):
+        # 6.1.20 and 6.1.25 are installed, and 6.1.31 is the update. The name of the file contains the version.
+        for repositories, found in (((), '6.1.31'), (('--disablerepo=*updates*',), '6.1.25')):
+            for version in ('6.1.20', '6.1.25', '6.1.31'):
+                with self.subTest(repositories=repositories, version=version), \
+                        self.program('--state=removable', '--mode=search', '--regexp=/boot/vmlinuz-' + version,
+                                     *repositories) as program:
+                    window = program.ready()
+                    window.wait_names(['kernel'] if version == found else [])
+                    if version == found:
+                        self.assertEqual(window.rows()[0][1], version + '-1 *')
+                    self.quit(window)
+
     def test_the_duplicates_option_hides_duplicates(self):
         expression = '^libmoss '
         self.check_settings('-sa', '-e', expression, state='View All', expression=expression,
