@@ -3,12 +3,15 @@
 
 import ctypes
 import os
+import re
 import shutil
 import threading
 import time
 
 import metadata
 from scenario import ScenarioTest, in_own_process
+
+from vyresandbox.catalogue import TRUSTED_KEY_FILE
 
 REPODATA = "/sandbox-http/repodata/"
 REPOMD = REPODATA + "repomd.xml"
@@ -257,6 +260,50 @@ class StoppingTest(ScenarioTest):
         self.assertEqual(self.changes(self.apply, installs=["gargantua"]), ({"gargantua-1.0-1.noarch"}, set()))
         self.again()
         self.package(self.installed, "gargantua")
+
+    KEY = "/keys/larkspur"
+
+    def serve_key_slowly(self, key):
+        """Makes the sandbox's server send this key with one byte a second; returns the lines for a repository file."""
+        path = self.sandbox.directory + "/http" + self.KEY
+        os.mkdir(os.path.dirname(path))
+        shutil.copyfile(key, path)
+        # The server needs longer than check_stopped() permits, and dnf does not end the slow download itself.
+        self.assertGreater(os.path.getsize(path), 120)
+        self.server.fault(self.KEY, "paced", 1)
+        with open(self.repository_file("sandbox-http")) as stream:
+            server, = re.findall("^baseurl=(http://[^/]*)/", stream.read(), re.M)
+        return "gpgkey=%s\ntimeout=600\nminrate=1\n" % (server + self.KEY)
+
+    @in_own_process
+    def test_the_user_can_stop_a_slow_download_of_a_key_that_signs_packages(self):
+        lines = self.serve_key_slowly(self.sandbox.root + TRUSTED_KEY_FILE)
+        self.change_repository("sandbox-signed", "gpgkey=", lines + "#")
+        self.load_stoppable()
+        self.collect()
+        self.recording.clear()
+        before = self.sandbox.installed()
+        self.check_stopped(lambda: self.apply(installs=["wax-tablet"]), self.requested(self.KEY), ["repo key"])
+        self.assertEqual(self.recording.names().count("userconfirm"), 1)  # only the question about the listing
+        self.assertEqual(self.sandbox.installed(), before)
+        self.assertFalse(self.yumio.systemChanged)
+        # The next transaction downloads the key again.
+        self.server.fault(self.KEY, "none")
+        self.apply(installs=["wax-tablet"], answers=[1, 1])
+        self.assertIn("wax-tablet-1.0-1.noarch", self.sandbox.installed())
+
+    @in_own_process
+    def test_the_user_can_stop_a_slow_download_of_a_key_that_signs_metadata(self):
+        lines = self.serve_key_slowly(metadata.sign(self.sandbox.repository("sandbox-file"), self.directory))
+        with open(self.repository_file("sandbox-file"), "a") as stream:
+            stream.write("repo_gpgcheck=1\n" + lines)
+        self.load_stoppable()
+        self.check_stopped(self.yumio.setupRepos, self.requested(self.KEY), ["sandbox-unreachable"])
+        self.assertNotIn("userconfirm", self.recording.names())
+        self.server.fault(self.KEY, "none")
+        self.recording.answers = [1]
+        self.again()
+        self.package(self.available, "corkboard")
 
     @in_own_process
     def test_no_question_is_asked_if_the_user_stops_the_resolution(self):

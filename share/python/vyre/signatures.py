@@ -60,6 +60,7 @@ def checkSignatures(base, packages):
             try:
                 base.package_import_key(package, fullaskcb=ask)
             except (ValueError, OSError) as e:
+                endIfStopped()  # the stop may have interrupted the download of the key
                 raise dnf.exceptions.Error(str(e))
             finally:
                 package.repo.set_progress_bar(DownloadProgress())
