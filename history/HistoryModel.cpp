@@ -125,7 +125,9 @@ QVariant HistoryModel::headerData(int section, Qt::Orientation orientation, int 
     case CommandLine:
         return tip ? tr("The command, or the marks that VYRE applied") : tr("Command Line");
     case Changes:
-        return tip ? tr("The changed packages and groups, or their number") : tr("Changes");
+        return tip ? tr("The changed packages and groups, or their number; \"(failed)\" marks changes that "
+                        "were not made")
+                   : tr("Changes");
     case Result:
         return tip ? tr("Whether the transaction succeeded, failed or was interrupted") : tr("Result");
     case Output:

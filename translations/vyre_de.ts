@@ -603,10 +603,6 @@ Um den Grund zu sehen, schließen Sie dieses Fenster und öffnen Sie das Protoko
         <translation>Befehlszeile</translation>
     </message>
     <message>
-        <source>The changed packages and groups, or their number</source>
-        <translation>Die geänderten Pakete und Gruppen oder ihre Anzahl</translation>
-    </message>
-    <message>
         <source>Changes</source>
         <translation>Änderungen</translation>
     </message>
@@ -625,6 +621,10 @@ Um den Grund zu sehen, schließen Sie dieses Fenster und öffnen Sie das Protoko
     <message>
         <source>Output</source>
         <translation>Ausgabe</translation>
+    </message>
+    <message>
+        <source>The changed packages and groups, or their number; &quot;(failed)&quot; marks changes that were not made</source>
+        <translation>Die geänderten Pakete und Gruppen oder ihre Anzahl; „(fehlgeschlagen)“ kennzeichnet nicht erfolgte Änderungen</translation>
     </message>
 </context>
 <context>
@@ -3959,6 +3959,10 @@ Im Fenster „Verlauf“ (Strg+H) vollendet „Wiederholen“ sie.</translation>
     <message>
         <source>The programs of this system are in an image: the next start of the system may discard changes to packages</source>
         <translation>Die Programme dieses Systems sind in einem Abbild: Der nächste Start des Systems verwirft Änderungen an Paketen vielleicht</translation>
+    </message>
+    <message>
+        <source>(result not recorded)</source>
+        <translation>(Ergebnis nicht aufgezeichnet)</translation>
     </message>
 </context>
 <context>

@@ -19,7 +19,7 @@ struct HistoryRecord
     QString user;
     QString commandLine;
     QString changes; // a summary in the package manager's words
-    QString names;   // the names of all changed packages, separated by spaces
+    QString names;   // the names of all packages, separated by spaces
     Result result = Succeeded;
     int outputLines = 0; // the number of recorded lines of scriptlet output
 };

@@ -52,6 +52,7 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO",
                       "Packages were changed without dnf between this transaction and the next transaction."),
     QT_TRANSLATE_NOOP("YumIO", "(failed)"),
+    QT_TRANSLATE_NOOP("YumIO", "(result not recorded)"),
     QT_TRANSLATE_NOOP("YumIO", "VYRE cannot check signatures, because the rpmkeys program is missing."),
     QT_TRANSLATE_NOOP("YumIO", "Import the signing key 0x{}?\n\nMetadata of:\t{}\nUser "
                                "id:\t{}\nFingerprint:\t{}\nFrom:\t{}\n"),

@@ -68,6 +68,9 @@ void HistoryModelTest::everyColumnHasATitleAndAToolTip()
         titles << model.headerData(column, Qt::Horizontal).toString();
         QVERIFY(model.headerData(column, Qt::Horizontal, Qt::ToolTipRole).toString().length() > 10);
     }
+    QVERIFY(model.headerData(HistoryModel::Changes, Qt::Horizontal, Qt::ToolTipRole)
+                .toString()
+                .contains("\"(failed)\" marks changes that were not made"));
     QCOMPARE(titles, (QStringList{"Number", "Time", "User", "Command Line", "Changes", "Result", "Output"}));
     QVERIFY(!model.headerData(0, Qt::Vertical).isValid());
     QVERIFY(!model.headerData(HistoryModel::ColumnCount, Qt::Horizontal).isValid());

@@ -54,13 +54,50 @@ class TransactionListTest(ReplayTest):
         self.assertEqual(first[4], "Install: astrolabe, libbough, libtwig; Upgrade: abacus-cli; Removed: almanac")
         self.assertEqual(first[5], "abacus-cli almanac astrolabe libbough libtwig")
         self.assertEqual(first[6:], (SUCCEEDED, 0))
-        self.assertEqual((broken[4], broken[6]), ("Install: brokenlatch", FAILED))
+        self.assertEqual((broken[4], broken[5], broken[6]), ("Install (failed): brokenlatch", "brokenlatch", FAILED))
         # The group and four packages are more items than the summary has room for.
         self.assertEqual(chatty[4], "Install: 5")
         self.assertEqual(chatty[5], "@games chatterbox hedgerow orrery pebble-go")
         self.assertEqual(chatty[6], SUCCEEDED)
         self.assertGreater(chatty[7], 0)
         self.assertTrue(chatty[2])
+
+    @in_own_process
+    def test_the_changes_that_were_not_made_are_listed_separately(self):
+        self.started()
+        with self.assertRaises(self.dnf.exceptions.Error):
+            self.apply(installs=["astrolabe", "brokenlatch", "loupe"], updates=["abacus-cli"],
+                       removes=["almanac", "stickyburr"])
+        number, *_, changes, names, result, _ = self.newest()
+        self.assertEqual(changes, "Install: astrolabe, loupe; Install (failed): brokenlatch; Upgrade: abacus-cli; "
+                                  "Removed: almanac; Removed (failed): stickyburr")
+        self.assertEqual(names, "abacus-cli almanac astrolabe brokenlatch loupe stickyburr")
+        self.assertEqual(result, FAILED)
+        # rpm's database agrees.
+        installed = {name.rsplit("-", 2)[0] for name in self.sandbox.installed()}
+        self.assertLessEqual({"astrolabe", "loupe", "abacus-cli", "stickyburr"}, installed)
+        self.assertFalse({"brokenlatch", "almanac"} & installed)
+        lines = self.yumio.describeTransaction(number).split("\n")
+        for line in ("    Install\tastrolabe-5.6-1.x86_64 @sandbox-http",
+                     "    Install\tbrokenlatch-1.0-1.noarch @sandbox-http (failed)",
+                     "    Removed\tstickyburr-1.0-1.noarch @System (failed)"):
+            self.assertIn(line, lines)
+
+    @in_own_process
+    def test_the_changes_of_an_interrupted_transaction_have_no_recorded_result(self):
+        self.started()
+        self.apply(installs=["astrolabe", "loupe"])
+        number = self.newest()[0]
+        with self.database() as database:
+            database.execute("update trans set dt_end = null, state = 0 where id = ?", (number,))
+            database.execute("update trans_item set state = 0 where trans_id = ?", (number,))
+        self.assertEqual(self.newest()[4], "Install (result not recorded): astrolabe, loupe")
+        self.assertIn("\n    Install\tloupe-45.0-1.x86_64 @sandbox-http (result not recorded)\n",
+                      self.yumio.describeTransaction(number) + "\n")
+        # The changes that "Redo" makes are the expected result, and need no remark.
+        self.sandbox.rpm("--erase", "loupe")
+        self.assertIn("completes it with these changes:\n    Install\tloupe-45.0-1.x86_64 @sandbox-http\n\n",
+                      self.yumio.describeTransaction(number))
 
     @in_own_process
     def test_user_numbers_are_shown_as_names_if_the_users_are_known(self):

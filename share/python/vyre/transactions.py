@@ -42,6 +42,13 @@ ACTIONS = collections.OrderedDict((
 HALVES = (libdnf.transaction.TransactionItemAction_UPGRADED, libdnf.transaction.TransactionItemAction_DOWNGRADED,
           libdnf.transaction.TransactionItemAction_REINSTALLED, libdnf.transaction.TransactionItemAction_OBSOLETE)
 
+# What dnf has recorded about a transaction item. dnf records the results of all items when the transaction ends, so the
+# items of an interrupted transaction have no results.
+DONE, NOT_DONE, UNRECORDED = range(3)
+FATE = ('case when ti.state = {} then {} when ti.state = {} and ifnull(t.dt_end, 0) = 0 then {} else {} end'
+        .format(libdnf.transaction.TransactionItemState_ERROR, NOT_DONE,
+                libdnf.transaction.TransactionItemState_UNKNOWN, UNRECORDED, DONE))
+
 # The largest number of packages that a summary names for one action. For more packages, the summary shows only their
 # number.
 NAMED = 3
@@ -51,12 +58,12 @@ NAMED = 3
 PATIENCE, ATTEMPT = 20, 0.2
 
 # Parts of SQL queries: the tables, and the name of a transaction item. The names of groups begin with "@".
-ITEMS = ('trans_item ti left join rpm r on r.item_id = ti.item_id '
+ITEMS = ('trans_item ti join trans t on t.id = ti.trans_id left join rpm r on r.item_id = ti.item_id '
          'left join comps_group g on g.item_id = ti.item_id left join comps_environment e on e.item_id = ti.item_id')
 NAME = "coalesce(r.name, '@' || g.groupid, '@' || e.environmentid, '?')"
 
 # One package or group of a transaction.
-Item = collections.namedtuple('Item', 'name epoch version release arch action state repository isPackage')
+Item = collections.namedtuple('Item', 'name epoch version release arch action fate repository isPackage')
 
 
 def isLocked(fault):
@@ -129,15 +136,15 @@ class History:
 
 def readTransactions(base):
     """All transactions, the newest first. Each transaction is a tuple: its number, its start time in seconds since
-    1970, the user, the command line, a summary of the changes, the names of all changed packages, the outcome, and the
-    number of recorded output lines.
+    1970, the user, the command line, a summary of the changes, the names of all packages, the outcome, and the number
+    of recorded output lines.
     """
     with History(base) as history:
         summaries, names = {}, {}
-        for row in history.rows('select ti.trans_id as id, ti.action as action, count(*) as number, '
-                                "group_concat({}, ' ') as names from {} group by ti.trans_id, ti.action"
-                                .format(NAME, ITEMS)):
-            summaries.setdefault(row['id'], {})[row['action']] = (row['number'], row['names'])
+        for row in history.rows('select ti.trans_id as id, ti.action as action, {} as fate, count(*) as number, '
+                                "group_concat({}, ' ') as names from {} group by ti.trans_id, ti.action, fate"
+                                .format(FATE, NAME, ITEMS)):
+            summaries.setdefault(row['id'], {})[row['action'], row['fate']] = (row['number'], row['names'])
             names.setdefault(row['id'], []).append(row['names'])
         lines = {row['id']: row['number'] for row in history.rows(
             'select trans_id as id, count(*) as number from console_output group by trans_id')}
@@ -186,14 +193,25 @@ def word(action):
     return dnf.i18n._(name) if name is not None else str(action)
 
 
+def addRemark(parts, fate):
+    """Append a remark to the words about a change, unless dnf has recorded that the change is done."""
+    if fate == NOT_DONE:
+        parts.append(tr('(failed)'))
+    elif fate == UNRECORDED:
+        parts.append(tr('(result not recorded)'))
+
+
 def summary(changes):
-    """A short text about a transaction's changes. changes: a dictionary from actions to pairs of the number of packages
-    and their names.
+    """A short text about a transaction's changes. changes: a dictionary from pairs of an action and a fate to pairs of
+    the number of packages and their names.
     """
+    order = {action: place for place, action in enumerate(ACTIONS) if action not in HALVES}
     parts = []
-    for action in [action for action in ACTIONS if action in changes and action not in HALVES]:
-        number, names = changes[action]
-        parts.append('{}: {}'.format(word(action), ', '.join(sorted(names.split())) if number <= NAMED else number))
+    for action, fate in sorted((key for key in changes if key[0] in order), key=lambda key: (order[key[0]], key[1])):
+        number, names = changes[action, fate]
+        words = [word(action)]
+        addRemark(words, fate)
+        parts.append('{}: {}'.format(' '.join(words), ', '.join(sorted(names.split())) if number <= NAMED else number))
     return printable('; '.join(parts))
 
 
@@ -212,7 +230,7 @@ def describeTransaction(base, number):
             left = remaining(base, history, number, items)
             if left:
                 parts.append(tr('This transaction was interrupted. "Redo" completes it with these changes:\n{}').format(
-                    '\n'.join(linesOf(left))))
+                    '\n'.join(linesOf([item._replace(fate=DONE) for item in left]))))
             else:
                 parts.append(tr('This transaction was interrupted. All its packages are in the intended state.'))
         parts += outsideChanges(history, row)
@@ -247,12 +265,12 @@ def moment(seconds):
 
 
 def itemsOf(history, number):
-    return [Item(row['name'], row['epoch'], row['version'], row['release'], row['arch'], row['action'], row['state'],
+    return [Item(row['name'], row['epoch'], row['version'], row['release'], row['arch'], row['action'], row['fate'],
                  row['repoid'], row['package'] is not None) for row in history.rows(
                      'select {} as name, r.epoch as epoch, r.version as version, r.release as release, r.arch as arch, '
-                     'ti.action as action, ti.state as state, repo.repoid as repoid, r.name as package from {} '
+                     'ti.action as action, {} as fate, repo.repoid as repoid, r.name as package from {} '
                      'left join repo on repo.id = ti.repo_id where ti.trans_id = ? order by ti.id'
-                     .format(NAME, ITEMS), number)]
+                     .format(NAME, FATE, ITEMS), number)]
 
 
 def fullName(item):
@@ -273,8 +291,7 @@ def linesOf(items):
         parts = ['    {}\t{}'.format(word(item.action), printable(fullName(item)))]
         if item.repository:
             parts.append('@' + printable(item.repository.lstrip('@')))
-        if item.state == libdnf.transaction.TransactionItemState_ERROR:
-            parts.append(tr('(failed)'))
+        addRemark(parts, item.fate)
         lines.append(' '.join(parts))
     return lines
 
