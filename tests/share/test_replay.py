@@ -92,6 +92,19 @@ class TransactionListTest(ReplayTest):
             database.execute("update trans set dt_end = null, state = 0 where id = ?", (number,))
             database.execute("update trans_item set state = 0 where trans_id = ?", (number,))
         self.assertEqual(self.newest()[4], "Install (result not recorded): astrolabe, loupe")
+        # Without the end of the transaction, only the result of one item is known.
+        with self.database() as database:
+            database.execute("update trans_item set state = 1 where trans_id = ? and id = "
+                             "(select min(id) from trans_item where trans_id = ?)", (number, number))
+        self.assertEqual(sorted(self.newest()[4].replace(" (result not recorded)", "").split("; ")),
+                         ["Install: astrolabe", "Install: loupe"])
+        # Items without a result are no reason for a remark if the end of the transaction is recorded.
+        with self.database() as database:
+            database.execute("update trans set dt_end = dt_begin, state = 1 where id = ?", (number,))
+        self.assertEqual(self.newest()[4], "Install: astrolabe, loupe")
+        with self.database() as database:
+            database.execute("update trans set dt_end = null, state = 0 where id = ?", (number,))
+            database.execute("update trans_item set state = 0 where trans_id = ?", (number,))
         self.assertIn("\n    Install\tloupe-45.0-1.x86_64 @sandbox-http (result not recorded)\n",
                       self.yumio.describeTransaction(number) + "\n")
         # The changes that "Redo" makes are the expected result, and need no remark.

@@ -45,9 +45,6 @@ HALVES = (libdnf.transaction.TransactionItemAction_UPGRADED, libdnf.transaction.
 # What dnf has recorded about a transaction item. dnf records the results of all items when the transaction ends, so the
 # items of an interrupted transaction have no results.
 DONE, NOT_DONE, UNRECORDED = range(3)
-FATE = ('case when ti.state = {} then {} when ti.state = {} and ifnull(t.dt_end, 0) = 0 then {} else {} end'
-        .format(libdnf.transaction.TransactionItemState_ERROR, NOT_DONE,
-                libdnf.transaction.TransactionItemState_UNKNOWN, UNRECORDED, DONE))
 
 # The largest number of packages that a summary names for one action. For more packages, the summary shows only their
 # number.
@@ -58,7 +55,7 @@ NAMED = 3
 PATIENCE, ATTEMPT = 20, 0.2
 
 # Parts of SQL queries: the tables, and the name of a transaction item. The names of groups begin with "@".
-ITEMS = ('trans_item ti join trans t on t.id = ti.trans_id left join rpm r on r.item_id = ti.item_id '
+ITEMS = ('trans_item ti left join rpm r on r.item_id = ti.item_id '
          'left join comps_group g on g.item_id = ti.item_id left join comps_environment e on e.item_id = ti.item_id')
 NAME = "coalesce(r.name, '@' || g.groupid, '@' || e.environmentid, '?')"
 
@@ -140,11 +137,16 @@ def readTransactions(base):
     of recorded output lines.
     """
     with History(base) as history:
+        transactions = history.rows('select * from trans order by id desc')
+        ended = set(row['id'] for row in transactions if row['dt_end'])
         summaries, names = {}, {}
-        for row in history.rows('select ti.trans_id as id, ti.action as action, {} as fate, count(*) as number, '
-                                "group_concat({}, ' ') as names from {} group by ti.trans_id, ti.action, fate"
-                                .format(FATE, NAME, ITEMS)):
-            summaries.setdefault(row['id'], {})[row['action'], row['fate']] = (row['number'], row['names'])
+        for row in history.rows('select ti.trans_id as id, ti.action as action, ti.state as state, count(*) as number, '
+                                "group_concat({}, ' ') as names from {} group by ti.trans_id, ti.action, ti.state"
+                                .format(NAME, ITEMS)):
+            changes = summaries.setdefault(row['id'], {})
+            key = row['action'], fateOf(row['state'], row['id'] in ended)
+            number, before = changes.get(key, (0, ''))
+            changes[key] = (number + row['number'], before + ' ' + row['names'])
             names.setdefault(row['id'], []).append(row['names'])
         lines = {row['id']: row['number'] for row in history.rows(
             'select trans_id as id, count(*) as number from console_output group by trans_id')}
@@ -153,7 +155,14 @@ def readTransactions(base):
                  summary(summaries.get(row['id'], {})),
                  printable(' '.join(sorted(set(' '.join(names.get(row['id'], [])).split())))),
                  outcome(row), lines.get(row['id'], 0))
-                for row in history.rows('select * from trans order by id desc')]
+                for row in transactions]
+
+
+def fateOf(state, ended):
+    """What dnf has recorded about an item with this state. ended: whether the end of its transaction is recorded."""
+    if state == libdnf.transaction.TransactionItemState_ERROR:
+        return NOT_DONE
+    return DONE if ended or state == libdnf.transaction.TransactionItemState_DONE else UNRECORDED
 
 
 def outcome(row):
@@ -224,7 +233,7 @@ def describeTransaction(base, number):
         if not found:
             return ''
         row = found[0]
-        items = itemsOf(history, number)
+        items = itemsOf(history, number, bool(row['dt_end']))
         parts = [headOf(row)]
         if not row['dt_end']:
             left = remaining(base, history, number, items)
@@ -264,13 +273,13 @@ def moment(seconds):
     return time.strftime('%Y-%m-%d %H:%M:%S', time.localtime(seconds))
 
 
-def itemsOf(history, number):
-    return [Item(row['name'], row['epoch'], row['version'], row['release'], row['arch'], row['action'], row['fate'],
-                 row['repoid'], row['package'] is not None) for row in history.rows(
+def itemsOf(history, number, ended):
+    return [Item(row['name'], row['epoch'], row['version'], row['release'], row['arch'], row['action'],
+                 fateOf(row['state'], ended), row['repoid'], row['package'] is not None) for row in history.rows(
                      'select {} as name, r.epoch as epoch, r.version as version, r.release as release, r.arch as arch, '
-                     'ti.action as action, {} as fate, repo.repoid as repoid, r.name as package from {} '
+                     'ti.action as action, ti.state as state, repo.repoid as repoid, r.name as package from {} '
                      'left join repo on repo.id = ti.repo_id where ti.trans_id = ? order by ti.id'
-                     .format(NAME, FATE, ITEMS), number)]
+                     .format(NAME, ITEMS), number)]
 
 
 def fullName(item):
