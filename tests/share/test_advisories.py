@@ -163,6 +163,20 @@ class AdvisoriesTest(ScenarioTest):
         self.assertEqual(update.advisories, text)
 
     @in_own_process
+    def test_the_text_of_an_update_lists_all_its_advisories_even_if_there_are_many(self):
+        versions = ["3.2.5-1", "3.3.0-2"]
+        updateinfo.add(self.sandbox, "sandbox-updates", [
+            updateinfo.advisory("LSA-%d" % number, "security", ["abacus-cli %s.x86_64" % versions[number % 2]],
+                                date="2024-03-%02d" % (number - 100)) for number in range(101, 121)])
+        updateinfo.add(self.sandbox, "sandbox-file", [])
+        self.started()
+        newest = ["LSA-%d" % number for number in range(120, 100, -1)]
+        update = self.package(self.updates, "abacus-cli")
+        self.assertEqual([line.split(" ")[0] for line in update.advisories.split("\n")], newest)
+        # The tool tip in the State column names the first of these advisories, and the number of the others.
+        self.assertEqual({package.name: ids for package, ids in self.yumio.updateAdvisories}, {"abacus-cli": newest})
+
+    @in_own_process
     def test_all_advisory_lists_are_empty_if_no_repository_has_advisories(self):
         for name in ("sandbox-updates", "sandbox-file"):
             subprocess.run(["modifyrepo_c", "--remove", "updateinfo",
