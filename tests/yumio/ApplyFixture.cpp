@@ -7,10 +7,6 @@
 #include <QRegularExpression>
 #include <QTest>
 
-const char* const ApplyFixture::generic =
-    "Internal error: python exception occurred from C code.\nWhen reporting this issue, please "
-    "include the contents of the\nLog window, which should contain a walkback.";
-
 void ApplyFixture::initTestCase()
 {
     // Only root can apply changes.

@@ -29,9 +29,6 @@ protected:
     // The names in the six lists that the script's apply() got. "<" joins the two names of a pair.
     QString given();
     bool wasApplied();
-
-    // The message about an unexpected Python exception.
-    static const char* const generic;
 };
 
 #endif

@@ -6,6 +6,10 @@
 
 #include "yumio/Fields.h"
 
+const char* const BackEndFixture::generic =
+    "Internal error: python exception occurred from C code.\nWhen reporting this issue, please "
+    "include the contents of the\nLog window, which should contain a walkback.";
+
 void BackEndFixture::initTestCase()
 {
     backEnd.reset(new BackEnd);

@@ -30,6 +30,9 @@ protected:
     // dependencies. A package of the stand-in script has these attributes only if a test sets them.
     static QString emptyLists();
 
+    // The message about an unexpected Python exception.
+    static const char* const generic;
+
     QScopedPointer<BackEnd> backEnd;
 };
 

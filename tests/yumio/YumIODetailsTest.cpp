@@ -4,14 +4,6 @@
 
 #include "tests/yumio/BackEndFixture.h"
 
-namespace {
-
-const char* const generic =
-    "Internal error: python exception occurred from C code.\nWhen reporting this issue, please "
-    "include the contents of the\nLog window, which should contain a walkback.";
-
-} // namespace
-
 class YumIODetailsTest : public BackEndFixture
 {
     Q_OBJECT
