@@ -416,6 +416,12 @@ private Q_SLOTS:
                  QList<const ElidedLabel*>{outcome->findChild<ElidedLabel*>(), notice}) {
                 if (label->text() != label->wholeText()) {
                     QVERIFY(label->toolTip().contains(label->wholeText()));
+                    // The line ends with an ellipsis, not in the middle of a letter.
+                    QVERIFY2(label->text().endsWith(QChar(0x2026)), qPrintable(label->text()));
+                    QVERIFY(label->wholeText().startsWith(label->text().chopped(1)));
+                    const int drawn = label->fontMetrics().horizontalAdvance(label->text());
+                    QVERIFY(drawn + 2 * label->margin() <= label->width());
+                    QCOMPARE(label->accessibleName(), label->wholeText());
                     QVERIFY2(shortened.removeOne(label->text()), qPrintable(shortened.join('|')));
                 }
             }
