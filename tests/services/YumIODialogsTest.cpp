@@ -11,12 +11,15 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QScopedValueRollback>
+#include <QScrollBar>
 #include <QTest>
+#include <QTextEdit>
 #include <QThread>
 #include <QTimer>
 
 #include "services/ScrollableDialogs.h"
 #include "tests/support/Question.h"
+#include "widgets/Metrics.h"
 
 namespace {
 
@@ -106,6 +109,7 @@ private Q_SLOTS:
     void theBoxLooksAndAnswersLikeAStandardQMessageBox_data();
     void theBoxLooksAndAnswersLikeAStandardQMessageBox();
     void messageTextsAreShownAsPlainText();
+    void aWarningThatIsHigherThanTheScreenScrollsAndTakesTheKeysOfAMessage();
     void theScrollableDialogIsOpenUntilTheUserPressesClose();
     void aQuestionOfTheGraphicalThreadIsAnsweredWithoutASecondEventLoop();
     void aWarningWithADefaultButtonIgnoresKeysAtFirst();
@@ -418,6 +422,36 @@ void YumIODialogsTest::messageTextsAreShownAsPlainText()
         });
     QCOMPARE(format, Qt::PlainText);
     QCOMPARE(shown, text);
+}
+
+void YumIODialogsTest::aWarningThatIsHigherThanTheScreenScrollsAndTakesTheKeysOfAMessage()
+{
+    const QString text = QString("<b>the scriptlet of a package has failed</b>\n").repeated(500) + "last";
+    int height = 0;
+    QString shown;
+    bool buttonHasFocus = false;
+    int scrolled = 0;
+    int end = 0;
+    const int result = run(
+        [&](YumIODialogs& dialogs) { return dialogs.warning("Caption", text, "Zero", "One", "Two", 1, 2); },
+        [&](QDialog* dialog) {
+            height = dialog->height();
+            const auto* edit = dialog->findChild<QTextEdit*>();
+            if (edit != nullptr) {
+                shown = edit->toPlainText();
+                buttonHasFocus = button(dialog, "One")->hasFocus();
+                QTest::keyClick(dialog->windowHandle(), Qt::Key_End);
+                scrolled = edit->verticalScrollBar()->value();
+                end = edit->verticalScrollBar()->maximum();
+            }
+            QTest::keyClick(dialog->windowHandle(), Qt::Key_Return);
+        });
+    QCOMPARE(result, 1);
+    QCOMPARE(shown, text);
+    QVERIFY(height <= Metrics::maxWindowSize().height());
+    QVERIFY(buttonHasFocus);
+    QVERIFY(scrolled > 0);
+    QCOMPARE(scrolled, end);
 }
 
 void YumIODialogsTest::theScrollableDialogIsOpenUntilTheUserPressesClose()
