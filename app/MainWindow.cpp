@@ -429,6 +429,11 @@ void MainWindow::recollect(Kept kept)
         const bool stopped = collect();
         const YumIO::Marks wanted = (stopped || collectFailed) && kept == NoMarks ? all : marks;
         yumIO->restoreMarks(wanted);
+        const int lost = wanted.count() - yumIO->marks().count();
+        if (stopped && lost > 0) {
+            // Before the stop, some repositories may have been read again, and have other packages now.
+            warnAndNotice(tr("Stopped. Removed marks that are no longer possible: %1").arg(lost));
+        }
         marksOfFailed = collectFailed ? wanted : YumIO::Marks();
         // Without this call, the proxy would read the search texts of each record on the graphical thread and
         // block this thread.

@@ -39,7 +39,7 @@ QString StopButton::effect() const
         break;
     }
     return tr("Stops the current operation (Esc).\n"
-              "VYRE keeps the listed packages and all marks.");
+              "VYRE keeps the listed packages and all marks, unless a repository has changed.");
 }
 
 // Returns the text about the effect of a press, or the reason why a press has no effect.

@@ -2,6 +2,7 @@
 
 #include "app/VersionLocksCommand.h"
 
+#include <QSet>
 #include <QVector>
 
 #include "app/CommandHost.h"
@@ -31,7 +32,11 @@ void VersionLocksCommand::run(const QList<int>& rows, bool locked)
         return;
     }
     const Package::EntryKey first(*entries.first());
-    const int marksBefore = yumIO->marks().count();
+    const YumIO::Marks before = yumIO->marks();
+    QSet<QString> names;
+    for (const Package::Entry* entry : qAsConst(entries)) {
+        names.insert(entry->name);
+    }
     host.beginOperation();
     const ErrorWatch errors(yumIO->logEntries());
     yumIO->changeVersionLocks(entries, locked);
@@ -39,9 +44,22 @@ void VersionLocksCommand::run(const QList<int>& rows, bool locked)
     host.recollect(CommandHost::AllMarks);
     // The user may have quit while the packages were read.
     const YumIO* const remaining = host.backEnd();
-    const int removed = remaining == nullptr ? 0 : marksBefore - remaining->marks().count();
-    if (removed > 0 && host.hasPackages()) {
-        host.warnAndNotice(tr("Removed marks that a version lock does not permit: %1").arg(removed));
+    if (remaining != nullptr && host.hasPackages()) {
+        const YumIO::Marks after = remaining->marks();
+        int removed = 0;
+        int others = 0;
+        for (auto i = before.constBegin(); i != before.constEnd(); ++i) {
+            if (!after.contains(i.key())) {
+                ++(names.contains(i.key().name) ? removed : others);
+            }
+        }
+        if (others > 0) {
+            // For example, the user has agreed to go on without a repository.
+            host.warnAndNotice(tr("Removed marks that are no longer possible: %1").arg(others));
+        }
+        if (removed > 0) {
+            host.warnAndNotice(tr("Removed marks that a version lock does not permit: %1").arg(removed));
+        }
     }
     host.showErrors(errors);
     host.setReady(true);

@@ -23,7 +23,8 @@ namespace Describe {
 namespace Instance {
 
 RepoDialog::RepoDialog(YumIO* backEnd, QWidget* parent)
-    : QDialog(parent), yumIO(backEnd), top(new QVBoxLayout), content(nullptr), pairs(nullptr), grid(nullptr)
+    : QDialog(parent), yumIO(backEnd), top(new QVBoxLayout), content(nullptr), pairs(nullptr), grid(nullptr),
+      area(nullptr)
 {
     setWindowTitle(tr("VYRE Repository Description"));
     setAttribute(Qt::WA_ShowModal);
@@ -76,11 +77,11 @@ void RepoDialog::config(const Repo::Entry& repository)
     addPair(row, tr("Mirror list URL"), mask.masked(repo.mirrorlist, passwordCharacter));
     grid->setRowStretch(row, 1);
     // Scroll the values, because a repository may have dozens of mirrors.
-    auto* scrolled = new HScrollArea(80, 24, nullptr);
-    scrolled->setFrameStyle(QFrame::Plain | QFrame::NoFrame);
-    scrolled->setWidgetResizable(true);
-    scrolled->setWidget(pairs);
-    column->addWidget(scrolled, 1);
+    area = new HScrollArea(80, 24, nullptr);
+    area->setFrameStyle(QFrame::Plain | QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setWidget(pairs);
+    column->addWidget(area, 1);
     top->addWidget(content);
     layout()->activate(); // updates the size hint for the new content
     resize(sizeHint().boundedTo(Metrics::maxWindowSize()));
@@ -108,6 +109,7 @@ void RepoDialog::clear()
         content = nullptr;
         pairs = nullptr;
         grid = nullptr;
+        area = nullptr;
     }
     repo = Repo::Entry();
 }
@@ -118,6 +120,13 @@ void RepoDialog::setVisible(bool visible)
         clear();
     }
     QDialog::setVisible(visible);
+}
+
+void RepoDialog::keyPressEvent(QKeyEvent* event)
+{
+    if (area == nullptr || !HScrollArea::scrollByKey(area, event)) {
+        QDialog::keyPressEvent(event);
+    }
 }
 
 void RepoDialog::browse()

@@ -12,6 +12,7 @@
 
 #include "repo/RepoEntry.h"
 
+class HScrollArea;
 class QGridLayout;
 class QVBoxLayout;
 class YumIO;
@@ -35,6 +36,9 @@ public:
 
     void setVisible(bool visible) override;
 
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
 public Q_SLOTS:
     void browse();
 
@@ -47,6 +51,7 @@ private:
     QWidget* content;  // each config() creates it; null while the dialog is closed
     QWidget* pairs;    // inside `content`
     QGridLayout* grid; // the layout of `pairs`
+    HScrollArea* area; // around `pairs`; null while the dialog is closed
 };
 
 } // namespace Instance

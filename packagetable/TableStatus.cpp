@@ -18,7 +18,7 @@ namespace PackageTable {
 
 TableStatus::TableStatus(Model* packages, SortFilterProxyModel* listedRows, View* table, QWidget* parent)
     : QStatusBar(parent), model(packages), proxy(listedRows), view(table), label(new ElidedLabel),
-      marksChanged(true), marks(), bytes(0)
+      marksChanged(true), marks(), bytes(0), groupsToDownload(false)
 {
     setSizeGripEnabled(false);
     setAccessibleName(tr("Rows and marks"));
@@ -76,6 +76,7 @@ void TableStatus::countMarks()
     marksChanged = false;
     std::fill(std::begin(marks), std::end(marks), 0);
     bytes = 0;
+    groupsToDownload = false;
     lockedRows.clear();
     const VersionLocks& locks = model->versionLocks();
     const bool anyLocks = !locks.lines.isEmpty();
@@ -83,8 +84,12 @@ void TableStatus::countMarks()
     for (int row = 0; row < rows; ++row) {
         const Package::Entry& entry = *model->entry(row);
         ++marks[entry.action];
-        if ((entry.action == Package::Install || entry.action == Package::Update) && !model->isLocal(entry)) {
-            bytes += entry.size;
+        if (entry.action == Package::Install || entry.action == Package::Update) {
+            if (entry.kind == Package::Group) {
+                groupsToDownload = true;
+            } else if (!model->isLocal(entry)) {
+                bytes += entry.size;
+            }
         }
         if (anyLocks && locks.isLocked(entry)) {
             lockedRows.append(row);
@@ -110,7 +115,7 @@ QString TableStatus::text() const
                .arg(marks[Package::Update])
                .arg(marks[Package::Remove])
                .arg(ScriptValues::bytesFormat(bytes)) +
-           textOfLocks();
+           (groupsToDownload ? tr(", without groups") : QString()) + textOfLocks();
 }
 
 QString TableStatus::textOfLocks() const

@@ -53,6 +53,7 @@ private:
     bool marksChanged;       // true if the following numbers are out of date
     int marks[4];            // the number of marks, by Package::Action
     quint64 bytes;           // the size of the marked packages that dnf would download
+    bool groupsToDownload;   // whether a group is marked for Install or Update
     QVector<int> lockedRows; // the model's rows of the packages that are locked at their version
 };
 

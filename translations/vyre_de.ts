@@ -1079,6 +1079,10 @@ Duplikate und Gruppen gerade nicht angezeigt.
         <translation>Angehalten. Der Ausdruck filtert die Tabelle nicht.</translation>
     </message>
     <message>
+        <source>Stopped. Removed marks that are no longer possible: %1</source>
+        <translation>Angehalten. Entfernte Vormerkungen, die nicht mehr möglich sind: %1</translation>
+    </message>
+    <message>
         <source>Stopped. The table shows the same rows as before.</source>
         <translation>Angehalten. Die Tabelle zeigt dieselben Zeilen wie vorher.</translation>
     </message>
@@ -1385,6 +1389,10 @@ bei einer Epoche ungleich null als Epoche:Version-Release</translation>
     <message>
         <source>Listed: %1   Selected: %2   Marks: %3 Install, %4 Update, %5 Remove   To download: %6</source>
         <translation>Aufgelistet: %1   Ausgewählt: %2   Vorgemerkt: %3 Installieren, %4 Aktualisieren, %5 Entfernen   Herunterzuladen: %6</translation>
+    </message>
+    <message>
+        <source>, without groups</source>
+        <translation>, ohne Gruppen</translation>
     </message>
     <message>
         <source>Locked: %1</source>
@@ -2286,9 +2294,9 @@ Für eine einzelne Sitzung kann es anders bestimmt werden.</translation>
     </message>
     <message>
         <source>Stops the current operation (Esc).
-VYRE keeps the listed packages and all marks.</source>
+VYRE keeps the listed packages and all marks, unless a repository has changed.</source>
         <translation>Hält den laufenden Vorgang an (Esc).
-VYRE behält die aufgelisteten Pakete und alle Vormerkungen.</translation>
+VYRE behält die aufgelisteten Pakete und alle Vormerkungen, außer wenn sich eine Paketquelle geändert hat.</translation>
     </message>
     <message>
         <source>The current step cannot be stopped. It ends by itself.</source>
@@ -2445,7 +2453,11 @@ Die Vormerkungen aller anderen Pakete gehen verloren.</translation>
     <name>VersionLocksCommand</name>
     <message>
         <source>Removed marks that a version lock does not permit: %1</source>
-        <translation>Entfernte Markierungen, die eine Versionssperre nicht erlaubt: %1</translation>
+        <translation>Entfernte Vormerkungen, die eine Versionssperre nicht erlaubt: %1</translation>
+    </message>
+    <message>
+        <source>Removed marks that are no longer possible: %1</source>
+        <translation>Entfernte Vormerkungen, die nicht mehr möglich sind: %1</translation>
     </message>
 </context>
 <context>

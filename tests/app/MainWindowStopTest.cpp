@@ -40,6 +40,7 @@ private Q_SLOTS:
     void aClickOnTheStopButtonStopsARefresh();
     void escapeStopsARefresh();
     void theAltKeyOfTheStopButtonStopsARefresh();
+    void aNoticeCountsTheMarksThatAreImpossibleAfterAStop();
     void aStopDuringTheFirstCollectionListsThePackagesFromTheCache();
     void closingTheWindowStopsTheRunningOperation();
     void theQuitCommandStopsTheRunningOperation();
@@ -118,6 +119,28 @@ void MainWindowStopTest::escapeStopsARefresh()
 void MainWindowStopTest::theAltKeyOfTheStopButtonStopsARefresh()
 {
     compareStop([this] { shown->key(Qt::Key_S, Qt::AltModifier); });
+}
+
+void MainWindowStopTest::aNoticeCountsTheMarksThatAreImpossibleAfterAStop()
+{
+    shown->start();
+    shown->click("tool", ActionColumn);
+    QCOMPARE(shown->marks(), QStringList{"tool update"});
+    standIn->setHeld(true);
+    standIn->forgetCalls();
+    // Before the stop, the script has read a repository that no longer has the update.
+    standIn->setPackages({}, {StandIn::package("tool", {{"version", "1"}, {"repoid", "@System"}})}, {});
+    const Once once([this] { return button()->isEnabled() && standIn->calls("setupRepos") > 0; },
+                    [this] { shown->click(button()); });
+    shown->press("Re&fresh");
+    QTRY_VERIFY(once.isDone());
+    QTRY_VERIFY(shown->isReady());
+    standIn->setHeld(false);
+    QCOMPARE(standIn->calls("setupCachedRepos"), 1);
+    QCOMPARE(shown->marks(), QStringList());
+    const QString text = "Stopped. Removed marks that are no longer possible: 1";
+    QCOMPARE(notice(), text);
+    QVERIFY(log().contains(text));
 }
 
 void MainWindowStopTest::aStopDuringTheFirstCollectionListsThePackagesFromTheCache()
@@ -378,7 +401,7 @@ void MainWindowStopTest::theToolTipOfTheStopButtonSaysWhetherTheTableKeepsItsPac
     stopWhileHeld([this, &entry] { shown->action("&Cache", entry)->trigger(); });
     stopWhileHeld([this] { shown->press("Re&fresh"); });
     QCOMPARE(tips.count(), 2);
-    const QString kept = "VYRE keeps the listed packages and all marks.";
+    const QString kept = "VYRE keeps the listed packages and all marks, unless a repository has changed.";
     const QString lost = "VYRE has deleted the metadata.";
     QCOMPARE(tips.at(0).contains(kept), keeps);
     QCOMPARE(tips.at(0).contains(lost), !keeps);

@@ -56,7 +56,7 @@ private Q_SLOTS:
         };
         QVERIFY(tip().contains("VYRE then lists the installed packages, and the packages"));
         button.setResult(Result::SameTable);
-        QVERIFY(tip().contains("VYRE keeps the listed packages and all marks."));
+        QVERIFY(tip().contains("VYRE keeps the listed packages and all marks, unless"));
         button.setResult(Result::Remains);
         QVERIFY(tip().contains("VYRE has deleted the metadata."));
         button.setResult(Result::SameTable);

@@ -64,6 +64,15 @@ void VersionLocksCommandTest::lockingAPackageReadsThePackagesAgainAndKeepsTheMar
              QVariant("tool"));
     QCOMPARE(shown->marks(), QStringList{"many update"});
 
+    // A mark of another package is lost for another reason.
+    standIn->setPackages({}, {StandIn::package("tool", old), StandIn::package("many", old)}, {});
+    choose("tool");
+    QTRY_COMPARE(standIn->calls("setupRepos"), 3);
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(shown->marks(), QStringList());
+    QCOMPARE(shown->window->findChild<Notice*>()->wholeText(),
+             QString("Removed marks that are no longer possible: 1"));
+
     // If locking fails, VYRE reads the packages again too.
     standIn->setFailing(true);
     standIn->setVersionLocks({});
@@ -74,7 +83,7 @@ void VersionLocksCommandTest::lockingAPackageReadsThePackagesAgainAndKeepsTheMar
         QTRY_VERIFY(shown->isReady());
         QVERIFY2(answers.all().contains("it cannot be locked"), qPrintable(answers.all()));
     }
-    QCOMPARE(standIn->calls("setupRepos"), 4);
+    QCOMPARE(standIn->calls("setupRepos"), 5);
 }
 
 void VersionLocksCommandTest::controlsAreDisabledWhileAWorkerLocksVersions()

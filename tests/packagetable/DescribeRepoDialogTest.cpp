@@ -19,6 +19,7 @@ private Q_SLOTS:
     void theDetailsButtonShowsAMessageIfTheRepositoryIsNotConfigured();
     void passwordsInTheDetailsAreMaskedAndMarkupIsShownAsPlainText();
     void openingTheDetailsAgainReplacesTheFormerDetails();
+    void theKeysScrollTheUrlsWhileAButtonHasTheFocus();
     void theBrowseButtonOpensTheUrlOfTheRepositoryInTheBrowser();
     void theBrowseButtonShowsAMessageIfTheRepositoryHasNoUrl();
 
@@ -132,6 +133,32 @@ void DescribeRepoDialogTest::openingTheDetailsAgainReplacesTheFormerDetails()
         }
         QCOMPARE(shown.findChildren<RepoDialog*>().count(), 1);
         QCOMPARE(shown.findChild<RepoDialog*>()->findChildren<QLabel*>().count(), 0);
+    });
+}
+
+void DescribeRepoDialogTest::theKeysScrollTheUrlsWhileAButtonHasTheFocus()
+{
+    available({{"repoid", "base"}});
+    QStringList urls;
+    for (int number = 0; number < 200; ++number) {
+        urls << QString("http://mirror%1/").arg(number);
+    }
+    repo("base", "The base", urls.join(QLatin1Char('\n')), "");
+    describe("it", [](Dialog& shown) {
+        withDialog<RepoDialog>([&shown] { press(buttonBeside(shown, "Repository")); },
+                               [](RepoDialog& details) {
+                                   QVERIFY(QTest::qWaitForWindowActive(&details));
+                                   const QScrollBar* bar =
+                                       details.findChild<QScrollArea*>()->verticalScrollBar();
+                                   QVERIFY(bar->maximum() > bar->pageStep());
+                                   const auto placeAfter = [&details, bar](Qt::Key key) {
+                                       QTest::keyClick(details.focusWidget(), key);
+                                       return bar->value();
+                                   };
+                                   QCOMPARE(placeAfter(Qt::Key_End), bar->maximum());
+                                   QCOMPARE(placeAfter(Qt::Key_Home), 0);
+                                   QCOMPARE(placeAfter(Qt::Key_PageDown), bar->pageStep());
+                               });
     });
 }
 

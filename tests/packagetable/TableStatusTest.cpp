@@ -29,6 +29,7 @@ private Q_SLOTS:
     void theStatusLineAlsoCountsTheMarksOfUnlistedRecords();
     void markingTheListedUpdatesChangesTheCounts();
     void theDownloadSizeIncludesInstallationsAndUpdatesButNoRemovals();
+    void theDownloadSizeSaysThatItDoesNotIncludeMarkedGroups();
     void theDownloadSizeDoesNotIncludePackagesOfLocalRepositories();
     void theStatusLineAlsoCountsLockedPackagesThatAreNotListed();
     void theStatusLineCountsTheLockedRowsInTheSelection();
@@ -156,6 +157,19 @@ void TableStatusTest::theDownloadSizeIncludesInstallationsAndUpdatesButNoRemoval
     QVERIFY(shows("Listed: 2   Selected: 0   Marks: 0 Install, 1 Update, 1 Remove   To download: 3.0Mb"));
     mark("editor", Package::Install);
     QVERIFY(shows("Listed: 2   Selected: 0   Marks: 1 Install, 1 Update, 1 Remove   To download: 4.0Mb"));
+}
+
+void TableStatusTest::theDownloadSizeSaysThatItDoesNotIncludeMarkedGroups()
+{
+    table->collect({}, {}, {StandIn::package("editor", {})}, {StandIn::group("games")});
+    table->entry("editor").size = 1024 * 1024;
+    mark("editor", Package::Install);
+    QVERIFY(QTest::qWaitFor([this] { return label()->wholeText().endsWith("To download: 1.0Mb"); }));
+    mark("games", Package::Install);
+    QVERIFY(QTest::qWaitFor(
+        [this] { return label()->wholeText().endsWith("To download: 1.0Mb, without groups"); }));
+    mark("games", Package::Remove);
+    QVERIFY(QTest::qWaitFor([this] { return label()->wholeText().endsWith("To download: 1.0Mb"); }));
 }
 
 void TableStatusTest::theDownloadSizeDoesNotIncludePackagesOfLocalRepositories()
