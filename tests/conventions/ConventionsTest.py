@@ -349,6 +349,21 @@ class ConventionsTest(unittest.TestCase):
         self.change('low/Thing.cpp', '#include <QLabel>', '// ' + 'x' * 108)
         self.assertEqual(self.found(), ['low/Thing.cpp:3: the line has 111 characters; 110 are agreed on'])
 
+    def test_a_file_of_tests_with_more_than_800_lines_is_reported(self):
+        for path in ('tests/low/ThingTest.cpp', 'tests/journeys/test_first.py', 'tools/box/test_box.py'):
+            with self.subTest(path):
+                self.setUp()
+                self.write(path, '\n' * 800)
+                self.assertEqual(self.found(status=0), [])
+                self.write(path, '\n' * 801)
+                self.assertEqual(self.found(), [path + ':801: the file has 801 lines; 800 are agreed on: divide its '
+                                                       'tests by subject'])
+        # The limit does not apply to other files.
+        self.setUp()
+        self.write('low/Thing.cpp', '#include "low/Thing.h"\n' + '\n' * 801)
+        self.write('tests/low/answers.txt', '\n' * 801)
+        self.assertEqual(self.found(status=0), [])
+
     def test_an_exception_to_a_rule_is_accepted_only_with_a_reason(self):
         self.change('high/Window.cpp', 'new PlainLabel(tr("Heading"));',
                     'new QLabel(tr("%1").arg(2)); // convention: a number is no markup')
