@@ -10,6 +10,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include "tests/support/TimeZone.h"
+
 namespace {
 
 const char* const header = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
@@ -263,18 +265,14 @@ private Q_SLOTS:
 
     void changeLogDatesAreInUniversalTime()
     {
-        const QByteArray zone = qgetenv("TZ");
         for (const char* name : {"UTC", "Pacific/Kiritimati", "Pacific/Pago_Pago"}) {
-            qputenv("TZ", name);
-            tzset();
+            const TimeZone zone(name);
             // Noon of 29 February in a leap year, and the last second of that day.
             QCOMPARE(changeLogOfOne("<changelog author=\"A\" date=\"1709208000\">x</changelog>"),
                      QByteArray("* Thu Feb 29 2024 A\nx"));
             QCOMPARE(changeLogOfOne("<changelog author=\"A\" date=\"1709251199\">x</changelog>"),
                      QByteArray("* Thu Feb 29 2024 A\nx"));
         }
-        qputenv("TZ", zone);
-        tzset();
     }
 
     void changesWithInvalidDatesAreShown()

@@ -8,6 +8,7 @@
 #include <QtTest>
 
 #include "python/CPython.h"
+#include "tests/support/EnvironmentVariable.h"
 #include "yumio/DateTime.h"
 #include "yumio/ScriptValues.h"
 
@@ -397,14 +398,13 @@ private Q_SLOTS:
         QCOMPARE(
             QProcess::execute("localedef", {"-i", "de_DE", "-f", "UTF-8", locales.filePath("de_DE.UTF-8")}),
             0);
-        qputenv("LOCPATH", locales.path().toLocal8Bit());
+        const EnvironmentVariable localePath("LOCPATH", locales.path().toLocal8Bit());
         const QByteArray before = setlocale(LC_NUMERIC, nullptr);
         QVERIFY(setlocale(LC_NUMERIC, "de_DE.UTF-8") != nullptr);
         const QString formatted = ScriptValues::bytesFormat(1536);
         char after[16];
         std::snprintf(after, sizeof after, "%.1f", 1.5);
         setlocale(LC_NUMERIC, before.constData());
-        qunsetenv("LOCPATH");
         QCOMPARE(QString(after), QString("1,5"));
         QCOMPARE(formatted, QString("1.5Kb"));
     }

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-#include <ctime>
-
 #include <QProcess>
 #include <QtTest>
 
+#include "tests/support/TimeZone.h"
 #include "tests/yumio/BackEnd.h"
 #include "tests/yumio/SandboxCopy.h"
 
@@ -425,18 +424,14 @@ private Q_SLOTS:
     void searchTextsFromTheMetadataEqualTheTextsOfTheGetters()
     {
         const int logged = backEnd->log().count();
-        const QByteArray zone = qgetenv("TZ");
         for (const char* name : {"UTC", "Pacific/Kiritimati", "Pacific/Pago_Pago"}) {
-            qputenv("TZ", name);
-            tzset();
+            const TimeZone zone(name);
             setMetadataPath("genuinePath(self, repoid, kind)");
             checkSearchTexts(0);
             QCOMPARE(
                 backEnd->text("('sandbox-http', 'filelists') in asked, ('sandbox-http', 'other') in asked"),
                 QString("(True, True)"));
         }
-        qputenv("TZ", zone);
-        tzset();
         const QStringList log = backEnd->log(logged);
         QCOMPARE(log.filter(QRegularExpression("^[23] ")), QStringList());
         QCOMPARE(log.count("4 0 Collecting Texts to Search"), 3);
