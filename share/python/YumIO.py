@@ -157,7 +157,8 @@ class YumIO:
         conf, self.knownDirectories = readConfiguration()
         self.base = Base(conf)
         history = groups.History(self.base.conf.persistdir)
-        requirePrivateNames(self.base, dnf.repo.Repo('none', self.base.conf), history, history.group)
+        requirePrivateNames(self.base, dnf.repo.Repo('none', self.base.conf), history,
+                            groups.GroupRecords(history))
         # The messages that the program shows after a successful operation.
         self.remarks = self.base.remarks
         setUpLogFiles(self.base)

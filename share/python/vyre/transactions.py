@@ -239,7 +239,7 @@ def describeTransaction(base, number):
             left = remaining(base, history, number, items)
             if left:
                 parts.append(tr('This transaction was interrupted. "Redo" completes it with these changes:\n{}').format(
-                    '\n'.join(linesOf([item._replace(fate=DONE) for item in left]))))
+                    '\n'.join(linesOf(left, withFates=False))))
             else:
                 parts.append(tr('This transaction was interrupted. All its packages are in the intended state.'))
         parts += outsideChanges(history, row)
@@ -290,7 +290,8 @@ def fullName(item):
     return '{}-{}{}-{}.{}'.format(item.name, epoch, item.version, item.release, item.arch)
 
 
-def linesOf(items):
+def linesOf(items, withFates=True):
+    """A line for each item. withFates: whether to say of an item that dnf has not changed its package."""
     order = list(ACTIONS)
     places = {action: place for place, action in enumerate(order)}
     ordered = sorted(items, key=lambda item: (item.name.lstrip('@'), item.arch or '',
@@ -300,7 +301,8 @@ def linesOf(items):
         parts = ['    {}\t{}'.format(word(item.action), printable(fullName(item)))]
         if item.repository:
             parts.append('@' + printable(item.repository.lstrip('@')))
-        addRemark(parts, item.fate)
+        if withFates:
+            addRemark(parts, item.fate)
         lines.append(' '.join(parts))
     return lines
 
