@@ -165,10 +165,5 @@ QRegExp urlsRegExp()
     return QRegExp(QStringLiteral("/vantor\\?[^&\\s]*=[^&\\s]*&[^&\\s]*=([^&\\s]*)&path=[\\s]*\\b"));
 }
 
-QRegExp credentialsRegExp()
-{
-    return QRegExp(QStringLiteral("/vantor\\?[^&\\s]*=[^&\\s]*&[^&\\s]*=[^&\\s]*&path="));
-}
-
 } // namespace Vantor
 } // namespace Repo

@@ -33,16 +33,16 @@ QString replaceAuth(const QString& url, const QString& nameKey, const QString& n
                     const QString& passwordKey, const QString& password);
 // Replaces the user name and the password. Uses the keys that getAuth() finds in the text.
 QString replaceAuth(const QString& url, const QString& name, const QString& password);
-// Replaces only the password. Uses the keys and the user name that getAuth() finds in the text.
+// Replaces only the password. Uses the keys and the user name that getAuth() finds in the text. This function
+// completes the interface; no window needs it now.
 QString replaceAuth(const QString& url, const QString& password);
 
-// Expressions for the constructors of the masking edits. The first capture is the password. oneUrlRegExp()
-// matches a text that is a single URL; urlsRegExp() matches each URL in a list. To find credentials in texts
-// of any length, use Credentials instead.
+// The expressions of vantor URLs. The first capture is the password. oneUrlRegExp() matches a text that is a
+// single URL; urlsRegExp() matches each URL in a list. The repository editor creates its password edits with
+// these expressions. But these edits do not compare the expressions with a text: they use Credentials, which
+// finds the same passwords and more, also in long texts.
 QRegExp oneUrlRegExp();
 QRegExp urlsRegExp();
-// Matches the part of a URL that replaceAuth() replaces.
-QRegExp credentialsRegExp();
 
 } // namespace Vantor
 } // namespace Repo

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Defines which parts of a text are secret. Only these functions search a text for passwords. The program
-// hides passwords in messages, masks them in edits, and removes them from URLs for other programs.
+// Defines which parts of a text are secret. With these functions, the program hides passwords in messages,
+// masks them in edits, and removes them from URLs for other programs. Two other files also search for
+// passwords: repo/RepoVantor reads the credentials of a vantor URL, and share/webbrowser, a separate Python
+// program, removes passwords from the URL of a page.
 //
 // Any thread may call these functions. They have no state. The run time is proportional to the length of the
 // text.
