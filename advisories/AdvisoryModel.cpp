@@ -5,6 +5,7 @@
 #include "advisories/AdvisoryMarker.h"
 #include "widgets/Colors.h"
 #include "widgets/FilteredRows.h"
+#include "yumio/Words.h"
 
 AdvisoryModel::AdvisoryModel(QObject* parent) : HAbstractTableModel(parent), background(Qt::white) {}
 
@@ -42,7 +43,7 @@ int AdvisoryModel::columnCount(const QModelIndex& parent) const
 
 QString AdvisoryModel::stateWord(const Advisory& advisory)
 {
-    return advisory.isInstalled() ? tr("Installed") : tr("Not Installed");
+    return advisory.isInstalled() ? Words::described(Package::Installed) : Words::of(Package::Available);
 }
 
 QString AdvisoryModel::text(const Advisory& advisory, int column)

@@ -111,14 +111,6 @@ Die Aktionen werden damit noch nicht angewendet.</translation>
 <context>
     <name>AdvisoryModel</name>
     <message>
-        <source>Installed</source>
-        <translation>Installiert</translation>
-    </message>
-    <message>
-        <source>Not Installed</source>
-        <translation>Nicht installiert</translation>
-    </message>
-    <message>
         <source>The identifier of the advisory</source>
         <translation>Die Kennung des Hinweises</translation>
     </message>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The words for the actions, states and kinds of packages. All windows, questions and screen readers use the
-// same words.
+// The words for the actions, states and kinds of packages: for tables, descriptions, questions and screen
+// readers. Texts that are whole sentences, for example in menus, have words of their own.
 //
 // Any thread may call these functions, because the class has no state. For a value outside its enumeration,
 // the text is empty.
