@@ -48,6 +48,7 @@ public:
     void setGroupsFilter(bool withGroups);
     // Enables or disables all filters. If all filters are disabled, the table lists every row.
     void setFilter(bool on);
+    // Returns the value of setFilter(). Part of the interface; only tests read it now.
     bool getFilter() const { return filtering; }
     // Sets the extended POSIX expression, which is case-sensitive. ".*" is removed from both ends. An empty
     // expression lists everything; an invalid expression lists nothing.

@@ -106,7 +106,8 @@ public:
     // Sets a global of __main__. Adds its own reference to the value.
     void pyAssignGlobal(const char* name, PyObject* value);
 
-    // Returns the interpreter's version in the form of sys.hexversion, or 0 on failure.
+    // Returns the interpreter's version in the form of sys.hexversion, or 0 on failure. Part of the interface
+    // of the interpreter; the program does not need the version now.
     long pyVersion();
 
     // Returns the text of a str object in UTF-8. The caller must release it with free(). Returns NULL for

@@ -160,6 +160,8 @@ public:
     void startItemActThread(QString name, unsigned int index, Steps max);
     void setItemActsThreadValue(unsigned int index, Steps value);
     void endItemActThread(unsigned int index);
+    // Subtracts the value of a download that begins again. Part of the interface of parallel downloads; no
+    // operation needs it now.
     void retryItemActThread(unsigned int index);
     void endItemActsThreads();
 

@@ -29,11 +29,11 @@ QString warningBg();     // background of a warning label
 QString okBg();          // background of a success label
 
 // Returns a copy of the palette for a required input field. While the field is disabled, its background has
-// the usual colour of a disabled field.
+// the usual colour of a disabled field. This function completes the set; no window needs it now.
 QPalette makeRequired(const QPalette& palette);
 
 // Each function returns a copy of the palette for a label that reports an error, a warning or a success. The
-// colour of the background shows the meaning. The text is black or white, whichever is easier to read.
+// colour of the background shows the meaning. The text is black or white, so that it is easy to read.
 QPalette makeError(const QPalette& palette);
 QPalette makeWarning(const QPalette& palette);
 QPalette makeOK(const QPalette& palette);

@@ -225,11 +225,6 @@ void FilteredList::columnResized(int column)
     }
 }
 
-void FilteredList::sortBy(int column, Qt::SortOrder order)
-{
-    table->sortByColumn(column, order);
-}
-
 void FilteredList::handleHeader(int column)
 {
     table->sortByColumn(column);

@@ -52,7 +52,6 @@ public:
     // texts share the width that the other columns leave. The widths follow the width of the list until the
     // user changes a width.
     void fitColumns();
-    void sortBy(int column, Qt::SortOrder order);
 
     QString expression() const;
     void setExpression(const QString& text);

@@ -25,7 +25,8 @@ public:
 
     QSize sizeHint() const override;
 
-    // Resizes the inner widget after a change to its contents.
+    // Resizes the inner widget after a change to its contents. Part of the interface of the area; no window
+    // needs it now.
     void forceResize();
 
     // Handles the keys that scroll an area to an end or by a page. Returns true if it has scrolled.

@@ -26,7 +26,7 @@ public:
     void setSourceModel(QAbstractItemModel* model) override;
 
     // filterChanged(), clear() and setFilterRegExp() call the corresponding function of the base class, and
-    // then sort all rows.
+    // then sort all rows. filterChanged() completes this interface; no model needs it now.
     void filterChanged();
     void clear();
     void setFilterRegExp(const QString& pattern);

@@ -70,8 +70,6 @@ public:
 
     // --- Finding. The result is null if no record fits.
 
-    int keyCount() const { return entryIndex.count(); }
-
     Package::Entry* find(const Package::EntryKey& key) const { return entryIndex.value(key); }
     // Finds a package by name. Prefers a package of the class `preferredBiArch`. If this class has no package
     // with this name, returns a package of any class.

@@ -101,7 +101,8 @@ public:
 
     static QString bytesFormat(unsigned long long bytes);
     // dateFormat() and timeFormat() format seconds since the epoch. The text is valid until the next call of
-    // the same function. dateFormat() omits the time of day; the program does not use it at present.
+    // the same function. dateFormat() omits the time of day. It is part of the interface; no text has only a
+    // date now.
     static const char* dateFormat(long time);
     static const char* timeFormat(long time);
     // Converts a version of three numbers to 10000 * first + 100 * second + third. For example, "4.14.0"

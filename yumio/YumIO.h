@@ -237,8 +237,8 @@ public:
 
     // Reads a field: on the graphical thread for a description, on a worker for a search.
     QString text(const Package::Entry& entry, Fields::Field field);
-    // Each getter reads one field, or the state. The program reads most fields through text(), so a new field
-    // needs no getter.
+    // Each getter reads one field, or the state. The getters are part of the interface of the back end. The
+    // program reads most fields through text(), so it calls only a few getters, and a new field needs none.
     QString getName(const Package::Entry& entry) const { return entry.name; }
     QString getVerRel(const Package::Entry& entry) const { return entry.verRel; }
     QString getRepo(const Package::Entry& entry) const { return entry.repo; }
@@ -285,7 +285,8 @@ public:
     QString getYumVar(QString variable);
     // Replaces the variables in a text in the same way as the package manager does in repository files.
     QString expandVariables(QString text);
-    // The version of dnf as a text and as a number. The program does not use the two functions at present.
+    // The version of dnf as a text and as a number. Part of the interface of the back end; the program does
+    // not need the version now.
     QString dnfVersionStr();
     // Returns 10000 * first + 100 * second + third part of the version, or 0 if the version is unknown.
     quint64 dnfVersion();
@@ -510,7 +511,7 @@ private:
     QString getGroupPkgs(const Package::Entry& entry, const char* item);
     QString getRpmList(PyObject* pkg, const char* tag);
     // Returns a new reference or null. Unlike getRpmList(), this function can also read tags that are not
-    // lists. At present, only tests call it.
+    // lists. Part of the interface of the back end; only tests call it now.
     PyObject* getRpmHdrValue(PyObject* pkg, const char* tag);
     PyObject* headerValue(PyObject* header, const char* tag); // new reference or null
     void missingAttribute(const char* attr);
@@ -629,10 +630,10 @@ private:
     QHash<const Package::Entry*, QStringList> updateAdvisoryIds;
     QString basearch;
     QHash<QString, QString> biArchByArch; // the script's answers to getBiArch()
-    bool clearing = false;                // the records are being deleted; for diagnostics only
-    QThread* worker = nullptr;            // the running worker, or null
-    QString missingForReplay;             // why the script cannot undo or repeat transactions; usually empty
-    bool blockerHeld = false;             // the worker waits for blockerRelease()
+    bool clearing = false;     // the records are being deleted; kept for debuggers, no code reads it
+    QThread* worker = nullptr; // the running worker, or null
+    QString missingForReplay;  // why the script cannot undo or repeat transactions; usually empty
+    bool blockerHeld = false;  // the worker waits for blockerRelease()
     std::atomic<bool> changingSystem{false};
     StopRequest stopRequest;
     bool stopped = false; // the user stopped the last operation
@@ -666,7 +667,7 @@ private:
     bool allUnwanted = false;    // the user has given one answer for all failing repositories
     bool everUnwanted = false;   // the user has switched off a failing repository in this session
     bool readingIsShown = false; // showReading() has named the repository that the script reads
-    QString readingName;         // the kind of data that the operation reads; only for diagnostics
+    QString readingName;         // the kind of data that the operation reads; kept for debuggers and tests
     quint32 readingCount = 0;
     QString readingRepo;
     quint64 readingMax = 1;

@@ -220,7 +220,7 @@ private Q_SLOTS:
         QVERIFY(!backEnd->collect());
         QCOMPARE(errors(), QStringList({generic, "Internal error: yumIO.collectAll.available not found"}));
         QCOMPARE(yumIO().count(), 0);
-        QCOMPARE(yumIO().records.keyCount(), 1);
+        QVERIFY(yumIO().records.findPackage("tool", QString()) != nullptr);
         backEnd->run("it.does['collectAll'] = lambda: Thing(available=[])");
         QVERIFY(!backEnd->collect());
         QCOMPARE(errors(), QStringList({generic, "Internal error: yumIO.collectAll.installed not found"}));

@@ -177,7 +177,10 @@ private Q_SLOTS:
                                      "sandbox-updates"}));
         // The program ignores the unreachable repository, and logs this.
         QVERIFY(backEnd->log().contains("2 0 Ignoring repositories: sandbox-unreachable"));
-        QCOMPARE(yumIO().count(), yumIO().records.keyCount());
+        QVERIFY(yumIO().count() > 0);
+        for (int row = 0; row < yumIO().count(); ++row) {
+            QVERIFY(yumIO().records.find(Package::EntryKey(*yumIO()[row])) == yumIO()[row]);
+        }
     }
 
     void onlyARepositoryInADirectoryIsLocal()
