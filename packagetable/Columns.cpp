@@ -43,7 +43,7 @@ constexpr const char* kindPictures[Columns::mostPictures] = {"suite", "group", "
 
 // --- Numbers
 
-// Sort keys of all columns have the type int, whatever the type of the member is.
+// Sort keys of all columns have the type int, although the members have different types.
 template <auto member> int keyOf(const Entry& record)
 {
     return static_cast<int>(record.*member);

@@ -38,7 +38,7 @@ public:
     using QDialog::exec;
     // Shows the repository `asked`, waits until the user presses a button, and returns the decision. After
     // OK, ApplyAll and ApplyHost, the entry contains the credentials. The window stays open for the next
-    // repository. For the first moment, the window takes no input; see QuestionGuard.
+    // repository. For the first moment, the window ignores keys and clicks; see QuestionGuard.
     int exec(Repo::Entry* asked);
     // Ends exec() with this result. Does nothing if the dialog does not ask about a repository.
     void done(int result) override;

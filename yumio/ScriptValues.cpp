@@ -61,8 +61,8 @@ static_assert(sizeof attributes / sizeof *attributes == ScriptValues::PackageAtt
               "each attribute has its name");
 static_assert(inOrder(), "the names are in the order of the enumeration");
 
-// While a PlainNumbers exists, its thread writes numbers with a decimal point, whatever the locale of the
-// program is.
+// While a PlainNumbers exists, its thread writes numbers with a decimal point, even if the locale of the
+// program has a decimal comma.
 class PlainNumbers
 {
 public:

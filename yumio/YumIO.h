@@ -177,7 +177,7 @@ public:
     // Returns whether the last apply() was refused because another program has changed the system since the
     // last collection.
     bool isOutdated() const { return transaction.outdated; }
-    // Returns what the last apply() or replay() has carried out.
+    // Returns the outcome of the last apply() or replay().
     const TransactionOutcome& transactionOutcome() const { return transaction.outcome; }
 
     // --- The history of transactions

@@ -173,8 +173,8 @@ def showActivity(text):
 
 
 def showReading(repo, text):
-    """Show on the progress bar what dnf does with a repository. text: a format with a placeholder for the repository's
-    name.
+    """Show the present activity for a repository on the progress bar. text: a format with a placeholder for the
+    repository's name.
     """
     if program.showReading is not None and programListens():
         program.showReading(repo.id, passable(text.format(repo.name or repo.id)))

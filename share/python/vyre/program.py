@@ -25,7 +25,7 @@ goOnWithout = None
 hideSecrets = None
 # Adds a warning to the log. If the program does not set this function, the script logs warnings as errors.
 logWarning = None
-# Shows on the progress bar what dnf does with a repository.
+# Shows a text about the present activity for a repository on the progress bar.
 showReading = None
 # Returns whether the user has asked VYRE to stop the operation. If the argument is True and the user has not asked,
 # VYRE refuses all requests to stop from now on.
