@@ -392,7 +392,16 @@ private:
 
     using GroupCheck = bool (YumIO::*)(const Package::Entry& group, const Package::Entry& pkg);
 
-    // Start (YumIO.cpp)
+    // The functions whose names end in Real run on a worker. After each of these functions, an alias names
+    // the class of its worker.
+
+    // Start (YumIOStart.cpp)
+    bool initializeReal();
+    using InitializeThread = WorkerThread<&YumIO::initializeReal>;
+    void resetReal();
+    using ResetThread = WorkerThread<&YumIO::resetReal>;
+
+    // Translations and functions for the script, values of the package manager, records (YumIO.cpp)
     void offerTranslations();
     void offerFunctions();
     static PyObject* addToListing(PyObject* capsule, PyObject* text);
@@ -400,13 +409,19 @@ private:
     static PyObject* faultOfMetadata(PyObject* capsule, PyObject* args);
     static PyObject* waitForLock(PyObject* capsule, PyObject* text);
     static PyObject* stopWanted(PyObject* capsule, PyObject* last);
-    static PyObject* showReading(PyObject* capsule, PyObject* args);
     static PyObject* logWarning(PyObject* capsule, PyObject* args);
-    static PyObject* goOnWithout(PyObject* capsule, PyObject* args);
     static PyObject* addBeforeListing(PyObject* capsule, PyObject* text);
     void releaseLock();
+    using ScriptValues::getVerRel; // otherwise the function for records would hide this function
+    QString getBiArch(const QString& arch);
+    static Package::Entry* installedEntry(Package::Entry* entry) { return Records::installedEntry(entry); }
+    Package::Entry* findPackage(const QString& name);
+    Package::Entry* findPackage(const QString& name, const QString& arch);
+    void clearEntriesReal();
+    using ClearEntriesThread = WorkerThread<&YumIO::clearEntriesReal>;
+    void forgetEntries(const std::function<void(PyObject*)>& drop);
 
-    // Worker threads (YumIOThreads.cpp): the functions that run on a worker, and the classes of the workers.
+    // Worker threads (YumIOThreads.cpp)
     // execWorkThread() starts the thread, and waits in `loop` until the thread has ended. The loop serves the
     // events that `flags` selects. If `stoppable` is true, a request to stop has an effect from the start.
     void execWorkThread(QEventLoop& loop, QThread& thread, bool stoppable = false,
@@ -415,43 +430,12 @@ private:
     bool outcome(bool done);
     // Returns whether a running operation that does not change the system must end.
     bool mustGiveUp() const;
-    bool initializeReal();
-    void resetReal();
-    bool collectReal(const QHash<QString, bool>& repoEnable, Source source);
-    void clearEntriesReal();
-    bool collectFileListsReal();
-    bool collectOtherDataReal();
-    bool collectSearchTextsReal(const QVector<Package::Entry*>& wanted);
-    bool findMatchesReal(const QString& expression, size_t count, const Matches& matches,
-                         std::vector<char>& found);
     void computeReal(const std::function<void()>& computation);
-    void loadChangeLogReal(const Package::Entry& entry);
-    bool applyReal();
-    bool cleanReal(const QString& label, const char* method);
-    bool collectAdvisoriesReal();
-    bool changeVersionLocksReal(const QVector<Package::Entry*>& entries, bool lockThem);
-    bool readHistoryReal(HistoryRecords* found);
-    QString describeTransactionReal(qint64 number);
-    bool replayReal(Replay kind, qint64 number);
-    using InitializeThread = WorkerThread<&YumIO::initializeReal>;
-    using ResetThread = WorkerThread<&YumIO::resetReal>;
-    using CollectThread = WorkerThread<&YumIO::collectReal>;
-    using ClearEntriesThread = WorkerThread<&YumIO::clearEntriesReal>;
-    using CollectFileListsThread = WorkerThread<&YumIO::collectFileListsReal>;
-    using CollectOtherDataThread = WorkerThread<&YumIO::collectOtherDataReal>;
-    using CollectSearchTextsThread = WorkerThread<&YumIO::collectSearchTextsReal>;
-    using FindMatchesThread = WorkerThread<&YumIO::findMatchesReal>;
     using ComputeThread = WorkerThread<&YumIO::computeReal>;
-    using LoadChangeLogThread = WorkerThread<&YumIO::loadChangeLogReal>;
-    using ApplyThread = WorkerThread<&YumIO::applyReal>;
-    using CleanThread = WorkerThread<&YumIO::cleanReal>;
-    using CollectAdvisoriesThread = WorkerThread<&YumIO::collectAdvisoriesReal>;
-    using ChangeVersionLocksThread = WorkerThread<&YumIO::changeVersionLocksReal>;
-    using ReadHistoryThread = WorkerThread<&YumIO::readHistoryReal>;
-    using DescribeTransactionThread = WorkerThread<&YumIO::describeTransactionReal>;
-    using ReplayThread = WorkerThread<&YumIO::replayReal>;
 
     // Collection (YumIOCollect.cpp)
+    bool collectReal(const QHash<QString, bool>& repoEnable, Source source);
+    using CollectThread = WorkerThread<&YumIO::collectReal>;
     // The steps of a collection, in their order. Each step returns whether the collection can go on. If a
     // step returns false, it has already reported its failure.
     bool lockPackages();
@@ -465,6 +449,7 @@ private:
     // report, for example "collect groups". Returns a new reference or null.
     PyObject* collected(const char* method, const QString& what, bool capture);
     void addCounterparts();
+    static PyObject* goOnWithout(PyObject* capsule, PyObject* args); // for the script
     // Enables and disables repositories for the session. Ignores `baseObject`, because `repos` belongs to the
     // only base object of the script.
     void useRepos(PyObject* baseObject, const QHash<QString, bool>& repoEnable);
@@ -474,6 +459,7 @@ private:
     // of these packages, does nothing.
     bool collectExcluded(PyObject* all);
     bool collectSet(PyObject* set, Package::State state, bool excluded = false);
+    void noteRepository(const Package::Entry& entry);
     // The package's name and architecture are arguments, because the caller has already read both for the
     // key.
     void collectPkg(Package::Entry*& slot, Package::State state, PyObject* pkg, const QString& name,
@@ -489,6 +475,8 @@ private:
     bool upToDateGroupPkgs(const Package::Entry& entry, const char* item);
 
     // Advisories (YumIOAdvisories.cpp)
+    bool collectAdvisoriesReal();
+    using CollectAdvisoriesThread = WorkerThread<&YumIO::collectAdvisoriesReal>;
     void collectUpdateAdvisories();
     void readAdvisory(PyObject* tuple); // leaves an exception pending if the tuple is not an advisory
     // If `keep` is true, the script keeps an index of all advisories in memory. A search of many packages
@@ -496,15 +484,28 @@ private:
     void indexAdvisories(bool keep);
 
     // Version locks (YumIOVersionLocks.cpp)
+    bool changeVersionLocksReal(const QVector<Package::Entry*>& entries, bool lockThem);
+    using ChangeVersionLocksThread = WorkerThread<&YumIO::changeVersionLocksReal>;
     void collectVersionLocks();
 
     // Searching (YumIOSearch.cpp)
+    bool collectSearchTextsReal(const QVector<Package::Entry*>& wanted);
+    using CollectSearchTextsThread = WorkerThread<&YumIO::collectSearchTextsReal>;
+    bool findMatchesReal(const QString& expression, size_t count, const Matches& matches,
+                         std::vector<char>& found);
+    using FindMatchesThread = WorkerThread<&YumIO::findMatchesReal>;
     // A search in at most this number of packages reads each package separately. For more packages, it reads
     // the metadata files.
     static int fewPackages;
     QString metadataPath(const QString& repo, const char* kind); // empty if the file is missing
 
     // Extra data and details (YumIODetails.cpp)
+    bool collectFileListsReal();
+    using CollectFileListsThread = WorkerThread<&YumIO::collectFileListsReal>;
+    bool collectOtherDataReal();
+    using CollectOtherDataThread = WorkerThread<&YumIO::collectOtherDataReal>;
+    void loadChangeLogReal(const Package::Entry& entry);
+    using LoadChangeLogThread = WorkerThread<&YumIO::loadChangeLogReal>;
     bool collectExtra(const QString& heading, const QString& dataName, const QString& totalText,
                       const char* method, const QString& what, bool& loaded);
     QString getRelDepList(PyObject* pkg, const char* attr);
@@ -519,6 +520,8 @@ private:
     QString timeOf(const Package::Entry& entry, const char* attr);
 
     // Applying (YumIOApply.cpp)
+    bool applyReal();
+    using ApplyThread = WorkerThread<&YumIO::applyReal>;
     // Returns whether the transaction can begin. heading: the heading of the operation in the log.
     bool startTransaction(const QString& heading);
     void startResolving();
@@ -554,10 +557,19 @@ private:
     void readOutcome();
     void readCounts(PyObject* values);
     bool verifyLocalPkg(PyObject* pkg);
-    void noteRepository(const Package::Entry& entry);
+
+    // Cleaning the caches (YumIOClean.cpp)
     bool cleanType(const QString& label, const char* method);
+    bool cleanReal(const QString& label, const char* method);
+    using CleanThread = WorkerThread<&YumIO::cleanReal>;
 
     // The history (YumIOHistory.cpp)
+    bool readHistoryReal(HistoryRecords* found);
+    using ReadHistoryThread = WorkerThread<&YumIO::readHistoryReal>;
+    QString describeTransactionReal(qint64 number);
+    using DescribeTransactionThread = WorkerThread<&YumIO::describeTransactionReal>;
+    bool replayReal(Replay kind, qint64 number);
+    using ReplayThread = WorkerThread<&YumIO::replayReal>;
     static QString replayHeading(Replay kind);
 
     // Output and progress (YumIOProgress.cpp)
@@ -587,16 +599,9 @@ private:
     // of the installed version.
     static PackageStep packageStep(long action, quint64 newWeight, quint64 oldSize);
     void collectProgress(const QString& repository, quint64 total, quint64 done);
+    static PyObject* showReading(PyObject* capsule, PyObject* args); // for the script
     void collectEnd();
     bool isInstance(PyObject* object, PyObject* type);
-
-    // Values of the package manager, and access to records (YumIO.cpp)
-    using ScriptValues::getVerRel; // otherwise the function for records would hide this function
-    QString getBiArch(const QString& arch);
-    static Package::Entry* installedEntry(Package::Entry* entry) { return Records::installedEntry(entry); }
-    Package::Entry* findPackage(const QString& name);
-    Package::Entry* findPackage(const QString& name, const QString& arch);
-    void forgetEntries(const std::function<void(PyObject*)>& drop);
 
     // Messages and failures of the script (YumIOMessages.cpp)
     bool internalError(const QString& text);
@@ -617,6 +622,8 @@ private:
     // Returns true if `result` is null because the user has stopped the operation. In this case, logs the
     // failure as a detail.
     bool stopRaised(PyObject* result);
+
+    // Child processes (ChildSignal.cpp)
     // Only ChildSignal calls sigchldDisable() and sigchldRestore().
     bool sigchldDisable();
     void sigchldRestore();

@@ -364,19 +364,6 @@ bool YumIO::findMatchesReal(const QString& expression, size_t count, const Match
     return true;
 }
 
-void YumIO::compute(const std::function<void()>& computation)
-{
-    QEventLoop loop;
-    ComputeThread thread(this, loop, computation);
-    execWorkThread(loop, thread, false, QEventLoop::ExcludeUserInputEvents);
-}
-
-void YumIO::computeReal(const std::function<void()>& computation)
-{
-    blocker.block();
-    computation();
-}
-
 QString YumIO::metadataPath(const QString& repo, const char* kind)
 {
     if (PyObject_HasAttrString(yumIO.get(), "metadataPath") == 0) {

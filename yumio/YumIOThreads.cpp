@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // The functions with which the graphical thread starts a worker and waits until the worker has ended. When
-// the program ends, these functions make the worker give up.
+// the program ends, these functions make the worker give up. compute() runs any computation on a worker.
 
 #include "yumio/YumIO.h"
 
 #include <csignal>
+#include <functional>
 
 #include <QEventLoop>
 #include <QThread>
@@ -14,6 +15,7 @@
 #include "services/Unattended.h"
 #include "services/YumIOCapturers.h"
 #include "yumio/EndSignals.h"
+#include "yumio/WorkerThreads.h"
 
 namespace {
 
@@ -60,6 +62,19 @@ void YumIO::execWorkThread(QEventLoop& loop, QThread& thread, bool stoppable,
     sigprocmask(SIG_SETMASK, &before, nullptr);
     worker = nullptr;
     stopRequest.end();
+}
+
+void YumIO::compute(const std::function<void()>& computation)
+{
+    QEventLoop loop;
+    ComputeThread thread(this, loop, computation);
+    execWorkThread(loop, thread, false, QEventLoop::ExcludeUserInputEvents);
+}
+
+void YumIO::computeReal(const std::function<void()>& computation)
+{
+    blocker.block();
+    computation();
 }
 
 bool YumIO::outcome(bool done)

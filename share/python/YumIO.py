@@ -6,8 +6,8 @@ one thread at a time calls these methods. During a long operation, such as the s
 operations, it is the graphical thread. The script passes all messages of the package manager to the program through the
 built-in yumIOC module.
 
-This file contains only the YumIO class; the vyre package next to this file does the work. The file and the package need
-Python 3.6 or later, and dnf 4.
+The vyre package next to this file does the work. This file contains the import of this package, the YumIO class, and
+two helpers of this class. The file and the package need Python 3.6 or later, and dnf 4.
 """
 
 import contextlib
