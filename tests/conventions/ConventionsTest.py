@@ -116,8 +116,10 @@ class ConventionsTest(unittest.TestCase):
 
     def test_sources_without_a_licence_line_are_reported_and_corrected_on_request(self):
         self.write('LICENSE', 'Do what you like.\n')
+        self.write('high/thing.desktop', '[Desktop Entry]\n')
+        self.write('high/thing.svg', '<svg xmlns="http://www.w3.org/2000/svg">\n</svg>\n')
         found = [line.split(':', 1)[0] for line in self.found()]
-        self.assertEqual(found, sorted(GOOD))
+        self.assertEqual(found, sorted(list(GOOD) + ['high/thing.desktop', 'high/thing.svg']))
         self.assertIn('low/Thing.h:1: the line "// SPDX-License-Identifier: GPL-2.0-or-later" is missing', self.found())
         self.assertIn('tools/go:2: the line "# SPDX-License-Identifier: GPL-2.0-or-later" is missing', self.found())
         before = self.read('low/Thing.h')
@@ -125,6 +127,11 @@ class ConventionsTest(unittest.TestCase):
             subprocess.run([CHECKER, '--root', self.root, '--add-licence'], check=True)
             self.assertEqual(self.found(status=0), [])
             self.assertEqual(self.read('low/Thing.h'), '// SPDX-License-Identifier: GPL-2.0-or-later\n\n' + before)
+            self.assertEqual(self.read('high/thing.desktop'),
+                             '# SPDX-License-Identifier: GPL-2.0-or-later\n[Desktop Entry]\n')
+            self.assertEqual(self.read('high/thing.svg'),
+                             '<svg xmlns="http://www.w3.org/2000/svg">\n'
+                             '  <!-- SPDX-License-Identifier: GPL-2.0-or-later -->\n</svg>\n')
         # The line that names the licence does not count as a comment about the purpose.
         self.write('low/Thing.h', '// SPDX-License-Identifier: GPL-2.0-or-later\n\n' + before.split('\n\n', 1)[1])
         self.assertEqual(self.found(), ['low/Thing.h:1: the header does not begin with a comment about its purpose'])
