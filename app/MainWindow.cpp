@@ -729,7 +729,7 @@ void MainWindow::about()
                "packages.</li><li>Examine installed packages or packages available for installation or "
                "update</li><li>Install, update, or remove groups of packages</li><li>Install or update "
                "suites of "
-               "packages</li></ul><p>More is told at <a "
+               "packages</li></ul><p>For more information, see <a "
                "href=\"https://vyre.example/\">https://vyre.example/</a>.</p>")
                 .arg(QStringLiteral(VYRE_VERSION)),
             QMessageBox::Ok, this);

@@ -54,7 +54,7 @@ QString StopButton::reason(StopRequest::State state) const
         return tr("The operation stops as soon as the current step allows it.");
     case StopRequest::State::Refused:
         return tr("Packages are being installed, updated or removed now.\n"
-                  "A stop would leave the system half changed.");
+                  "After a stop, the system would have only some of these changes.");
     case StopRequest::State::Idle:
         break;
     }

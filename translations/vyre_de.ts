@@ -961,8 +961,8 @@ Das Protokoll (Strg+L) nennt den Grund.</translation>
         <translation>Über VYRE</translation>
     </message>
     <message>
-        <source>&lt;h3&gt;VYRE %1&lt;/h3&gt;&lt;hr&gt;&lt;p&gt;VYRE, Vyrecraft, is a graphical user interface which allows a user to make modifications to the installed rpm packages on a system.&lt;/p&gt;&lt;p&gt;Capabilities:&lt;p&gt;&lt;ul&gt;&lt;li&gt;Install new packages or update existing packages by downloading them from a yum package repository&lt;/li&gt;&lt;li&gt;Remove existing packages.&lt;/li&gt;&lt;li&gt;Configure sets of repositories from which to obtain new and updated packages.&lt;/li&gt;&lt;li&gt;Examine installed packages or packages available for installation or update&lt;/li&gt;&lt;li&gt;Install, update, or remove groups of packages&lt;/li&gt;&lt;li&gt;Install or update suites of packages&lt;/li&gt;&lt;/ul&gt;&lt;p&gt;More is told at &lt;a href=&quot;https://vyre.example/&quot;&gt;https://vyre.example/&lt;/a&gt;.&lt;/p&gt;</source>
-        <translation>&lt;h3&gt;VYRE %1&lt;/h3&gt;&lt;hr&gt;&lt;p&gt;VYRE, Vyrecraft, ist eine grafische Oberfläche, mit der die auf einem System installierten rpm-Pakete verändert werden können.&lt;/p&gt;&lt;p&gt;Möglichkeiten:&lt;p&gt;&lt;ul&gt;&lt;li&gt;Neue Pakete installieren oder vorhandene aktualisieren, die dazu aus einer yum-Paketquelle heruntergeladen werden&lt;/li&gt;&lt;li&gt;Vorhandene Pakete entfernen&lt;/li&gt;&lt;li&gt;Die Paketquellen einrichten, aus denen neue und aktualisierte Pakete kommen&lt;/li&gt;&lt;li&gt;Installierte und verfügbare Pakete und Aktualisierungen ansehen&lt;/li&gt;&lt;li&gt;Gruppen von Paketen installieren, aktualisieren oder entfernen&lt;/li&gt;&lt;li&gt;Suiten von Paketen installieren oder aktualisieren&lt;/li&gt;&lt;/ul&gt;&lt;p&gt;Mehr dazu steht auf &lt;a href=&quot;https://vyre.example/&quot;&gt;https://vyre.example/&lt;/a&gt;.&lt;/p&gt;</translation>
+        <source>&lt;h3&gt;VYRE %1&lt;/h3&gt;&lt;hr&gt;&lt;p&gt;VYRE, Vyrecraft, is a graphical user interface which allows a user to make modifications to the installed rpm packages on a system.&lt;/p&gt;&lt;p&gt;Capabilities:&lt;p&gt;&lt;ul&gt;&lt;li&gt;Install new packages or update existing packages by downloading them from a yum package repository&lt;/li&gt;&lt;li&gt;Remove existing packages.&lt;/li&gt;&lt;li&gt;Configure sets of repositories from which to obtain new and updated packages.&lt;/li&gt;&lt;li&gt;Examine installed packages or packages available for installation or update&lt;/li&gt;&lt;li&gt;Install, update, or remove groups of packages&lt;/li&gt;&lt;li&gt;Install or update suites of packages&lt;/li&gt;&lt;/ul&gt;&lt;p&gt;For more information, see &lt;a href=&quot;https://vyre.example/&quot;&gt;https://vyre.example/&lt;/a&gt;.&lt;/p&gt;</source>
+        <translation>&lt;h3&gt;VYRE %1&lt;/h3&gt;&lt;hr&gt;&lt;p&gt;VYRE, Vyrecraft, ist eine grafische Oberfläche, mit der die auf einem System installierten rpm-Pakete verändert werden können.&lt;/p&gt;&lt;p&gt;Möglichkeiten:&lt;p&gt;&lt;ul&gt;&lt;li&gt;Neue Pakete installieren oder vorhandene aktualisieren, die dazu aus einer yum-Paketquelle heruntergeladen werden&lt;/li&gt;&lt;li&gt;Vorhandene Pakete entfernen&lt;/li&gt;&lt;li&gt;Die Paketquellen einrichten, aus denen neue und aktualisierte Pakete kommen&lt;/li&gt;&lt;li&gt;Installierte und verfügbare Pakete und Aktualisierungen ansehen&lt;/li&gt;&lt;li&gt;Gruppen von Paketen installieren, aktualisieren oder entfernen&lt;/li&gt;&lt;li&gt;Suiten von Paketen installieren oder aktualisieren&lt;/li&gt;&lt;/ul&gt;&lt;p&gt;Weitere Informationen: &lt;a href=&quot;https://vyre.example/&quot;&gt;https://vyre.example/&lt;/a&gt;.&lt;/p&gt;</translation>
     </message>
     <message>
         <source>Regular expression to compare to all fields of a package</source>
@@ -1114,8 +1114,8 @@ Duplikate und Gruppen gerade nicht angezeigt.
 <context>
     <name>Manuals</name>
     <message>
-        <source>The manual is not installed: there is no file %1</source>
-        <translation>Das Handbuch ist nicht installiert: Es gibt keine Datei %1</translation>
+        <source>The manual is not installed: the file %1 is missing</source>
+        <translation>Das Handbuch ist nicht installiert: Die Datei %1 fehlt</translation>
     </message>
 </context>
 <context>
@@ -1125,8 +1125,8 @@ Duplikate und Gruppen gerade nicht angezeigt.
         <translation>„%1“ statt „%2“</translation>
     </message>
     <message>
-        <source>%1 packages where %2 are announced</source>
-        <translation>%1 Pakete, wo %2 angekündigt sind</translation>
+        <source>%1 packages instead of %2</source>
+        <translation>%1 Pakete statt %2</translation>
     </message>
 </context>
 <context>
@@ -2300,9 +2300,9 @@ VYRE behält die aufgelisteten Pakete und alle Vormerkungen, außer wenn sich ei
     </message>
     <message>
         <source>Packages are being installed, updated or removed now.
-A stop would leave the system half changed.</source>
+After a stop, the system would have only some of these changes.</source>
         <translation>Jetzt werden Pakete installiert, aktualisiert oder entfernt.
-Ein Abbruch ließe das System halb verändert zurück.</translation>
+Nach einem Abbruch hätte das System nur einen Teil dieser Änderungen.</translation>
     </message>
     <message>
         <source>Stops VYRE while it reads repositories or downloads packages.
@@ -3439,8 +3439,8 @@ Es wurden keine Pakete verändert, aber dnf hatte schon diese Änderungen gespei
         <translation>Die Paketdatenbank enthält diese Änderungen nicht:</translation>
     </message>
     <message>
-        <source>There is no repository {}</source>
-        <translation>Es gibt keine Paketquelle {}</translation>
+        <source>The repository {} does not exist</source>
+        <translation>Die Paketquelle {} existiert nicht</translation>
     </message>
     <message>
         <source>An interrupted transaction has left several installed versions of these packages:

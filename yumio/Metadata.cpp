@@ -104,7 +104,7 @@ private:
     bool isComplete(QString& problem) const
     {
         if (found < announced) {
-            problem = QCoreApplication::translate("Metadata", "%1 packages where %2 are announced")
+            problem = QCoreApplication::translate("Metadata", "%1 packages instead of %2")
                           .arg(found)
                           .arg(announced);
         }

@@ -119,7 +119,7 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "The transaction failed for:"),
     QT_TRANSLATE_NOOP("YumIO", "The scriptlet of {} failed."),
     QT_TRANSLATE_NOOP("YumIO", "The package database does not record these changes:"),
-    QT_TRANSLATE_NOOP("YumIO", "There is no repository {}"),
+    QT_TRANSLATE_NOOP("YumIO", "The repository {} does not exist"),
     QT_TRANSLATE_NOOP("YumIO", "another package"),
     QT_TRANSLATE_NOOP("YumIO",
                       "The transaction history is damaged: {}\n"

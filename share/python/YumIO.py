@@ -209,7 +209,7 @@ class YumIO:
         try:
             return self.base.repos[id]
         except KeyError:
-            raise dnf.exceptions.RepoError(tr('There is no repository {}').format(id))
+            raise dnf.exceptions.RepoError(tr('The repository {} does not exist').format(id))
 
     def setupRepos(self):
         """Read rpm's database and the metadata of all enabled repositories, from the cache or from the network."""

@@ -27,7 +27,7 @@ private Q_SLOTS:
         QTest::newRow("requested") << int(State::Requested) << "Stopping..."
                                    << "as soon as the current step allows it" << false;
         QTest::newRow("refused") << int(State::Refused) << "Stop"
-                                 << "A stop would leave the system half changed" << false;
+                                 << "After a stop, the system would have only some of these changes" << false;
     }
 
     void theTextAndTheToolTipShowWhetherAStopIsPossible()

@@ -145,7 +145,7 @@ class StoppingTest(StartTest):
             doorkeeper.wait_waiting()
             button = window.button('Stop')
             self.assertFalse(driver.enabled(button))
-            self.assertIn('A stop would leave the system half changed', button.description)
+            self.assertIn('After a stop, the system would have only some of these changes', button.description)
             window.wait_settled()
             driver.key('Escape')
             driver.click(button)

@@ -411,7 +411,7 @@ private Q_SLOTS:
             << QByteArray("<html><p>Log in</p></html>") << "\"html\" where \"metadata\" is expected";
         QTest::newRow("no XML") << QByteArray("Log in") << "syntax error";
         QTest::newRow("too few packages") << "<metadata packages=\"3\">" + one + one + "</metadata>"
-                                          << "2 packages where 3 are announced";
+                                          << "2 packages instead of 3";
     }
 
     void anInvalidDocumentHasAnError()
