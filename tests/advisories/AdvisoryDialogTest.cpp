@@ -234,7 +234,7 @@ void AdvisoryDialogTest::theFirstEscapeStopsTheComparisonAndTheSecondEscapeClose
     QTimer::singleShot(0, [&answered] { answered = true; });
     QTRY_VERIFY(answered);
     QVERIFY(comparing());
-    // Escape stops the comparison, whatever widget has the focus.
+    // Escape stops the comparison, although different widgets have the focus.
     for (QWidget* focused : {static_cast<QWidget*>(edit), static_cast<QWidget*>(view()),
                              static_cast<QWidget*>(button("&Close"))}) {
         typeDifficult();

@@ -299,7 +299,7 @@ class BrowsingTest(DescriptionTest):
         wait_for(lambda: self.children(program) == [], 'the end of the browser', 10)
 
     def children(self, program):
-        """The child processes of the program, including those that have ended but were not waited for."""
+        """The child processes of the program, including ended processes for which it has not waited."""
         found = []
         for path in glob.glob('/proc/[0-9]*/stat'):
             try:

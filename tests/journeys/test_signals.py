@@ -16,7 +16,7 @@ class SignalTest(StartTest):
     OTHER = (signal.SIGUSR1, signal.SIGALRM, signal.SIGSEGV, signal.SIGRTMIN + 3)
 
     def check_next_run(self):
-        """Check that the next run works, whatever files the ended program has left behind."""
+        """Check that the next run works, although the ended program may have left files behind."""
         with self.program() as program:
             window = program.ready()
             self.check_usable(window)

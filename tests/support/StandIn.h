@@ -68,8 +68,8 @@ public:
     // If a package has the "waiting" attribute, the script returns its change log only while `readable` is
     // true.
     void letChangeLogsBeRead(bool readable = true);
-    // Sets the contents of the repository file. The stand-in script has two repositories, whatever this file
-    // contains: "base" and "extras".
+    // Sets the contents of the repository file. The file does not change the repositories of the stand-in
+    // script, which are always "base" and "extras".
     void setRepos(const QByteArray& text);
 
     // Returns an advisory for setAdvisories(). packages: results of advised().
