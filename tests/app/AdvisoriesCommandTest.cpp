@@ -30,7 +30,7 @@ void AdvisoriesCommandTest::theButtonInTheAdvisoriesWindowMarksTheSecurityUpdate
     QVERIFY(withDialog<AdvisoryDialog>([this] { shown->choose("&Windows", "&Advisories"); },
                                        [this](AdvisoryDialog& dialog) {
                                            QCOMPARE(shown->marks(), QStringList());
-                                           QTest::mouseClick(buttonIn(&dialog, "Mark All &Security Updates"),
+                                           QTest::mouseClick(buttonOf(&dialog, "Mark All &Security Updates"),
                                                              Qt::LeftButton);
                                            QCOMPARE(shown->marks(), QStringList{"tool update"});
                                            QTest::keyClick(&dialog, Qt::Key_Escape);

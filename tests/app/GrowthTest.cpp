@@ -135,7 +135,7 @@ QJsonObject GrowthTest::measure(int packages)
     count("list all rows again", [&shown] { shown.filter(""); });
     count("fit the columns", [&shown] { shown.press("Re&size"); });
     count("mark the updates", [&shown] { shown.press("Set &Update of Listed"); });
-    count("clear the marks", [&shown] { shown.press("Clear Actions"); });
+    count("clear the marks", [&shown] { shown.press("&Clear Actions"); });
     count("select all rows", [&shown] { shown.view->selectAll(); });
     count("mark the selected rows", [&shown] { shown.press("Set &Install/Update of Selected"); });
     count("refresh with marks", [&shown] { shown.press("Re&fresh"); });

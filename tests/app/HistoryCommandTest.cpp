@@ -39,14 +39,14 @@ QStringList HistoryCommandTest::replay(const QString& command, const QString& an
         auto* history = qobject_cast<HistoryDialog*>(dialog);
         if (history == nullptr) {
             seen << dialog->windowTitle();
-            buttonIn(dialog, answer)->click();
+            buttonOf(dialog, answer)->click();
         } else if (!history->findChild<QTextEdit*>()->toPlainText().isEmpty()) {
             const bool again = seen.contains("VYRE History");
             seen << history->windowTitle();
             if (again) {
                 history->close();
             } else {
-                buttonIn(history, command)->click();
+                buttonOf(history, command)->click();
             }
         }
     });
@@ -89,8 +89,8 @@ void HistoryCommandTest::noTransactionCanBeUndoneIfThePackagesCouldNotBeRead()
                         [](HistoryDialog& history) {
                             const QString reason(
                                 "VYRE cannot undo transactions, because it could not read the packages.");
-                            QCOMPARE(buttonIn(&history, "&Undo This")->toolTip(), reason);
-                            QVERIFY(!buttonIn(&history, "&Undo This")->isEnabled());
+                            QCOMPARE(buttonOf(&history, "&Undo This")->toolTip(), reason);
+                            QVERIFY(!buttonOf(&history, "&Undo This")->isEnabled());
                         }));
 }
 

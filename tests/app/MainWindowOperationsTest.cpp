@@ -398,7 +398,7 @@ void MainWindowOperationsTest::theCollectionAfterAnApplyUsesTheCredentialsThatTh
             asked = true;
             QTest::keyClicks(field, "secret");
         }
-        QTest::mouseClick(buttonIn(dialog, "OK"), Qt::LeftButton);
+        QTest::mouseClick(buttonOf(dialog, "OK"), Qt::LeftButton);
     });
     timer.start(10);
     shown->press("&Apply Actions");

@@ -332,7 +332,7 @@ void MainWindowOtherWindowsTest::aClickShowsTheReasonWhyARowCannotBeMarked()
     QCOMPARE(notices(), 0);
     shown->click(name, PackageTable::ActionColumn);
     QCOMPARE(notices(), 1);
-    QVERIFY(!shown->button("Apply Actions")->isEnabled());
+    QVERIFY(!shown->button("&Apply Actions")->isEnabled());
     shown->choose("&Windows", "&Log");
     QVERIFY(logIsVisible());
     QVERIFY(logWindow()->findChild<QTextEdit*>()->toPlainText().contains(reason));

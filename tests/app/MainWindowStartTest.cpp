@@ -232,7 +232,7 @@ void MainWindowStartTest::theFirstCollectionUsesTheCredentialsThatTheUserEntersA
         for (QLineEdit* field : dialog->findChildren<QLineEdit*>()) {
             QTest::keyClicks(field, "me");
         }
-        QTest::mouseClick(buttonIn(dialog, "OK"), Qt::LeftButton);
+        QTest::mouseClick(buttonOf(dialog, "OK"), Qt::LeftButton);
     });
     shown->window->show();
     QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);

@@ -197,7 +197,7 @@ void MainWindowStopTest::closingTheWindowDuringAnUndoDoesNotOpenTheHistoryAgain(
         if (history != nullptr && !history->findChild<QTextEdit*>()->toPlainText().isEmpty()) {
             ++histories;
             standIn->setHeld(true);
-            buttonIn(history, "&Undo This")->click();
+            buttonOf(history, "&Undo This")->click();
         }
     });
     timer.start(50);

@@ -25,20 +25,9 @@
 #include "packagetable/SortFilterProxyModel.h"
 #include "packagetable/View.h"
 #include "tests/support/AnsweringUser.h"
+#include "tests/support/Buttons.h"
 #include "tests/support/StandIn.h"
 #include "widgets/HFrameLabel.h"
-
-inline QPushButton* buttonIn(const QWidget* widget, const QString& text)
-{
-    for (QPushButton* button : widget->findChildren<QPushButton*>()) {
-        // If the button is a standard button, Qt has added a "&" to its text.
-        if (button->text() == text || button->text() == QLatin1Char('&') + text) {
-            return button;
-        }
-    }
-    qFatal("the button %s is missing", qPrintable(text));
-    return nullptr;
-}
 
 class ShownWindow
 {
@@ -75,7 +64,7 @@ public:
 
     bool isReady() const { return area->isVisible() && area->isEnabled(); }
 
-    QPushButton* button(const QString& text) const { return buttonIn(area, text); }
+    QPushButton* button(const QString& text) const { return buttonOf(area, text); }
     // The button that applies the expression; its text depends on the mode.
     QPushButton* filterButton() const
     {

@@ -140,7 +140,7 @@ private:
                                                    editor.findChild<RepoEditor::View*>()->setCurrentRow(0);
                                                    check("editor", editor);
                                                    const bool form = withDialog<RepoEditor::ConfigDialog>(
-                                                       [&editor] { press(buttonNamed(editor, "Edit")); },
+                                                       [&editor] { press(buttonOf(&editor, "Edit")); },
                                                        [&](RepoEditor::ConfigDialog& dialog) {
                                                            check("form", dialog);
                                                        });
@@ -651,7 +651,7 @@ private Q_SLOTS:
                 key(Qt::Key_Space);
                 seen << boxes();
                 // Undo the changes, so that the editor closes without a question.
-                press(buttonNamed(editor, "Reset All"));
+                press(buttonOf(&editor, "Reset All"));
             });
         QCOMPARE(seen, (QStringList{"Yes/Yes", "Yes/Yes", "Yes/No", "No/No"}));
     }

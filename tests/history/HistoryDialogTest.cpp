@@ -11,6 +11,7 @@
 #include <QtWidgets>
 
 #include "services/HProgressBar.h"
+#include "tests/support/Buttons.h"
 #include "tests/support/StandIn.h"
 #include "yumio/YumIO.h"
 
@@ -49,7 +50,7 @@ private Q_SLOTS:
 private:
     QTableView* table() const { return dialog->findChild<QTableView*>(); }
     QLineEdit* edit() const { return dialog->findChild<QLineEdit*>(); }
-    QPushButton* button(const QString& text) const;
+    QPushButton* button(const QString& text) const { return buttonOf(dialog.get(), text); }
     QString details() const { return dialog->findChild<QTextEdit*>()->toPlainText(); }
     static QString detailsOf(int number) { return QString("Details of %1\n<b>not bold</b>").arg(number); }
     QStringList numbers() const;
@@ -102,16 +103,6 @@ void HistoryDialogTest::cleanup()
     standIn->setReplayRefused(false);
     QTRY_VERIFY(!yumIO->isWorking());
     dialog.reset();
-}
-
-QPushButton* HistoryDialogTest::button(const QString& text) const
-{
-    for (QPushButton* each : dialog->findChildren<QPushButton*>()) {
-        if (each->text() == text) {
-            return each;
-        }
-    }
-    return nullptr;
 }
 
 QStringList HistoryDialogTest::numbers() const

@@ -7,6 +7,7 @@
 
 #include "app/base/Fonts.h"
 #include "tests/packagetable/ShownDescription.h"
+#include "tests/support/Buttons.h"
 
 class DescribeAreaTest : public ShownDescription
 {
@@ -263,7 +264,7 @@ void DescribeAreaTest::theFilesButtonShowsTheFileList()
                      (QStringList{"it 1-1 File List", "/usr/a\n/usr/b"}));
         }
         QCOMPARE(shown.findChildren<TextDialog*>().count(), 1);
-        QVERIFY(buttonNamed(shown, "Close")->isEnabled());
+        QVERIFY(buttonOf(&shown, "Close")->isEnabled());
     });
 }
 
@@ -404,8 +405,8 @@ void DescribeAreaTest::theDialogCannotBeClosedWhileFileListsAreLoaded()
                 return;
             }
             timer.stop();
-            seen << (buttonNamed(shown, "Close")->isEnabled() ? "can be closed" : "cannot be closed");
-            press(buttonNamed(shown, "Close"));
+            seen << (buttonOf(&shown, "Close")->isEnabled() ? "can be closed" : "cannot be closed");
+            press(buttonOf(&shown, "Close"));
             QTest::keyClick(shown.windowHandle(), Qt::Key_Escape);
             seen << (shown.close() ? "closed" : "not closed");
             // Alt+F4 goes through the window manager, which asks the window to close.
@@ -418,7 +419,7 @@ void DescribeAreaTest::theDialogCannotBeClosedWhileFileListsAreLoaded()
         QCOMPARE(textBehind(buttonBeside(shown, "Files")).value(0), QString("editor 3:9-4 File List"));
         QCOMPARE(seen, (QStringList{"cannot be closed", "not closed", "still there", "1"}));
         // After the files are loaded, Close works again.
-        press(buttonNamed(shown, "Close"));
+        press(buttonOf(&shown, "Close"));
         QVERIFY(!shown.isVisible());
     });
     QCOMPARE(dialog->result(), int(QDialog::Accepted));

@@ -9,6 +9,7 @@
 
 #include "app/base/Fonts.h"
 #include "tests/packagetable/ShownDescription.h"
+#include "tests/support/Buttons.h"
 #include "widgets/Metrics.h"
 
 class DescribeDialogTest : public ShownDescription
@@ -120,7 +121,7 @@ void DescribeDialogTest::theDescriptionOfAPackageWithManyVersionsFitsTheScreen()
         const QList<HScrollArea*> areas = areasOf(shown);
         QCOMPARE(areas.count(), 30);
         QVERIFY(shown.height() <= Metrics::maxWindowSize().height());
-        const QPushButton* close = buttonNamed(shown, "Close");
+        const QPushButton* close = buttonOf(&shown, "Close");
         QVERIFY(shown.rect().contains(QRect(close->mapTo(&shown, QPoint()), close->size())));
         // The user can scroll to the last area. The first area shows at least 12 lines, and each of the other
         // areas shows all its lines.
@@ -167,7 +168,7 @@ void DescribeDialogTest::navigationKeysScrollALongDescription()
     describe("it", [](Dialog& shown) {
         const QScrollBar* bar = areasOf(shown).first()->verticalScrollBar();
         QTRY_VERIFY(bar->maximum() > 0);
-        QTRY_VERIFY(buttonNamed(shown, "Close")->hasFocus());
+        QTRY_VERIFY(buttonOf(&shown, "Close")->hasFocus());
         QTest::keyClick(shown.windowHandle(), Qt::Key_End);
         QCOMPARE(bar->value(), bar->maximum());
         QTest::keyClick(shown.windowHandle(), Qt::Key_Home, Qt::ControlModifier);
@@ -235,7 +236,7 @@ void DescribeDialogTest::theCloseButtonClosesTheDialog()
 {
     available({});
     describe("it", [](Dialog& shown) {
-        press(buttonNamed(shown, "Close"));
+        press(buttonOf(&shown, "Close"));
         QVERIFY(!shown.isVisible());
     });
     QCOMPARE(dialog->result(), int(QDialog::Accepted));

@@ -9,6 +9,7 @@
 #include "app/base/Share.h"
 #include "tests/packagetable/ShownDescription.h"
 #include "tests/repo/Assistive.h"
+#include "tests/support/Buttons.h"
 
 class DescribeRepoDialogTest : public ShownDescription
 {
@@ -66,10 +67,10 @@ void DescribeRepoDialogTest::theDetailsShowTheRepositoryOfThePackage()
                 QLabel* header = details.findChild<QLabel*>();
                 QCOMPARE(header->text(), QString("base"));
                 QCOMPARE(header->font(), Fonts::makeHeader(QApplication::font("QLabel")));
-                QCOMPARE(buttonNamed(details, "Browse Repository")->toolTip(),
+                QCOMPARE(buttonOf(&details, "Browse Repository")->toolTip(),
                          QString("Browse the first URL specified for the selected repository using an "
                                  "external web browser"));
-                press(buttonNamed(details, "Close"));
+                press(buttonOf(&details, "Close"));
                 QVERIFY(!details.isVisible());
                 QCOMPARE(details.result(), int(QDialog::Accepted));
             });
@@ -174,7 +175,7 @@ void DescribeRepoDialogTest::theBrowseButtonOpensTheUrlOfTheRepositoryInTheBrows
     repo("base", "", "http://me:secret@h/$basearch/\nhttp://two/", "");
     describe("it", [](Dialog& shown) {
         withDialog<RepoDialog>([&shown] { press(buttonBeside(shown, "Repository")); },
-                               [](RepoDialog& details) { press(buttonNamed(details, "Browse Repository")); });
+                               [](RepoDialog& details) { press(buttonOf(&details, "Browse Repository")); });
     });
     QTRY_VERIFY(QFile::exists(browser + ".called"));
     QFile called(browser + ".called");
@@ -190,7 +191,7 @@ void DescribeRepoDialogTest::theBrowseButtonShowsAMessageIfTheRepositoryHasNoUrl
         withDialog<RepoDialog>(
             [&shown] { press(buttonBeside(shown, "Repository")); },
             [](RepoDialog& details) {
-                QCOMPARE(messageOf([&details] { press(buttonNamed(details, "Browse Repository")); }),
+                QCOMPARE(messageOf([&details] { press(buttonOf(&details, "Browse Repository")); }),
                          (QStringList{"Error", "Repository configuration has no URL"}));
             });
     });

@@ -95,16 +95,6 @@ inline QPushButton* buttonBeside(const QWidget& dialog, const QString& label)
     return nullptr;
 }
 
-inline QPushButton* buttonNamed(const QWidget& dialog, const QString& text)
-{
-    for (QPushButton* button : dialog.findChildren<QPushButton*>()) {
-        if (button->text() == text) {
-            return button;
-        }
-    }
-    return nullptr;
-}
-
 // Scrolls to the button and clicks on it, as a user does.
 inline void press(QPushButton* button)
 {

@@ -11,7 +11,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QProcess>
-#include <QPushButton>
 #include <QRegularExpression>
 #include <QTextEdit>
 #include <QWindow>
@@ -137,16 +136,6 @@ public:
             qFatal("no widget has the tool tip %s", toolTip);
         }
         return found;
-    }
-
-    static QPushButton* button(QWidget* window, const char* text)
-    {
-        for (QPushButton* each : window->findChildren<QPushButton*>()) {
-            if (each->text() == QLatin1String(text)) {
-                return each;
-            }
-        }
-        qFatal("the button %s is missing", text);
     }
 
     QLineEdit* id;

@@ -12,6 +12,7 @@
 #include "repo/YumConfIO.h"
 #include "tests/repo/Form.h"
 #include "tests/support/AnsweringUser.h"
+#include "tests/support/Buttons.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/Files.h"
 
@@ -90,7 +91,7 @@ private:
                 return;
             }
             auto* dialog = qobject_cast<Dialog*>(modal);
-            if (dialog == nullptr || !Form::button(dialog, "OK")->isEnabled()) {
+            if (dialog == nullptr || !buttonOf(dialog, "OK")->isEnabled()) {
                 return;
             }
             if (asked.isEmpty()) {
@@ -104,7 +105,7 @@ private:
                 }
             }
             if (answers.isEmpty()) {
-                QTest::mouseClick(Form::button(dialog, "Skip All"), Qt::LeftButton);
+                QTest::mouseClick(buttonOf(dialog, "Skip All"), Qt::LeftButton);
                 return;
             }
             const Answer answer = answers.takeFirst();
@@ -114,7 +115,7 @@ private:
             const QList<QLineEdit*> fields = dialog->findChildren<QLineEdit*>();
             QTest::keyClicks(fields.at(0), answer.name);
             QTest::keyClicks(fields.at(1), answer.password);
-            QTest::mouseClick(Form::button(dialog, answer.button), Qt::LeftButton);
+            QTest::mouseClick(buttonOf(dialog, answer.button), Qt::LeftButton);
         });
         timer.start(5);
         Checker checker(window.get(), conf.get());

@@ -12,6 +12,7 @@
 #include "repo/RepoEntry.h"
 #include "tests/repo/Assistive.h"
 #include "tests/repo/Form.h"
+#include "tests/support/Buttons.h"
 #include "tests/support/Question.h"
 
 using namespace RepoAuth;
@@ -67,10 +68,7 @@ private:
         const int result = dialog->exec(&entry);
         return used ? result : -1;
     }
-    void click(const char* text) const
-    {
-        QTest::mouseClick(Form::button(dialog.get(), text), Qt::LeftButton);
-    }
+    void click(const char* text) const { QTest::mouseClick(buttonOf(dialog.get(), text), Qt::LeftButton); }
     QStringList labels() const
     {
         QStringList texts;
@@ -303,7 +301,7 @@ void RepoAuthDialogTest::theDialogIgnoresInputInTheFirstMomentAfterItHasOpened()
                      QTest::keyClick(name, Qt::Key_Return);
                      QTest::keyClick(name, Qt::Key_Escape);
                      for (const char* text : {"OK", "Skip All", "Disable for Session", "Quit"}) {
-                         QVERIFY(!Form::button(dialog.get(), text)->isEnabled());
+                         QVERIFY(!buttonOf(dialog.get(), text)->isEnabled());
                          click(text);
                      }
                      QCOMPARE(name->text(), QString());
@@ -337,8 +335,8 @@ void RepoAuthDialogTest::okIsTheDefaultButton()
 void RepoAuthDialogTest::okIsAlsoTheDefaultButtonInEveryFurtherQuestion()
 {
     run([this] {
-        Form::button(dialog.get(), "Quit")->setFocus();
-        QVERIFY(Form::button(dialog.get(), "Quit")->isDefault());
+        buttonOf(dialog.get(), "Quit")->setFocus();
+        QVERIFY(buttonOf(dialog.get(), "Quit")->isDefault());
     });
     QCOMPARE(run([this] { QTest::keyClick(name, Qt::Key_Return); }), int(Dialog::OK));
 }
@@ -393,7 +391,7 @@ void RepoAuthDialogTest::theFieldsAreEmptyInEachFurtherQuestion()
                 QVERIFY(!labels().contains(QStringLiteral("updates")));
                 QCOMPARE(name->text(), QString());
                 QCOMPARE(password->text(), QString());
-                QVERIFY(Form::button(dialog.get(), "OK")->isEnabled());
+                QVERIFY(buttonOf(dialog.get(), "OK")->isEnabled());
             }) >= 0);
 }
 

@@ -11,6 +11,7 @@
 #include "repo/YumConfIO.h"
 #include "tests/repo/Form.h"
 #include "tests/support/AnsweringUser.h"
+#include "tests/support/Buttons.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "widgets/Colors.h"
 #include "widgets/HFrameLabel.h"
@@ -62,10 +63,7 @@ private:
         used = waitForFocus(window.get()) && used;
         return used ? result : -1;
     }
-    void click(const char* text) const
-    {
-        QTest::mouseClick(Form::button(dialog.get(), text), Qt::LeftButton);
-    }
+    void click(const char* text) const { QTest::mouseClick(buttonOf(dialog.get(), text), Qt::LeftButton); }
     void closeForm(bool byEscape) const
     {
         if (byEscape) {
@@ -124,23 +122,22 @@ void RepoEditorConfigDialogTest::theWindowHasTheExpectedContents()
     }
     run([this] {
         QVERIFY(dialog->isModal());
-        QCOMPARE(Form::button(dialog.get(), "Reset")->toolTip(),
+        QCOMPARE(buttonOf(dialog.get(), "Reset")->toolTip(),
                  QStringLiteral("Undo changes to this repository configuration"));
-        QCOMPARE(Form::button(dialog.get(), "Cancel")->toolTip(),
+        QCOMPARE(buttonOf(dialog.get(), "Cancel")->toolTip(),
                  QStringLiteral("Undo changes to this repository configuration and close the window"));
-        QCOMPARE(Form::button(dialog.get(), "OK")->toolTip(),
+        QCOMPARE(buttonOf(dialog.get(), "OK")->toolTip(),
                  QStringLiteral("Apply changes to all repository configurations, and close the window"));
-        QVERIFY(Form::button(dialog.get(), "OK")->isDefault());
-        QVERIFY(!Form::button(dialog.get(), "Reset")->isEnabled());
+        QVERIFY(buttonOf(dialog.get(), "OK")->isDefault());
+        QVERIFY(!buttonOf(dialog.get(), "Reset")->isEnabled());
         const HFrameLabel* label = dialog->findChild<HFrameLabel*>();
         int last = label->mapTo(dialog.get(), QPoint(0, 0)).x();
         for (const char* text : {"Reset", "Cancel", "OK"}) {
-            const int x = Form::button(dialog.get(), text)->x();
+            const int x = buttonOf(dialog.get(), text)->x();
             QVERIFY(last < x);
             last = x;
         }
-        QVERIFY(Form::button(dialog.get(), "OK")->y() >
-                form->position->mapTo(dialog.get(), QPoint(0, 0)).y());
+        QVERIFY(buttonOf(dialog.get(), "OK")->y() > form->position->mapTo(dialog.get(), QPoint(0, 0)).y());
     });
 }
 
@@ -178,8 +175,8 @@ void RepoEditorConfigDialogTest::tabGoesThroughTheFieldsInOrder()
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         }
         QCOMPARE(visited, form->fields());
-        QCOMPARE(QApplication::focusWidget(), Form::button(dialog.get(), "Cancel"));
-        QVERIFY(!Form::button(dialog.get(), "Reset")->isEnabled());
+        QCOMPARE(QApplication::focusWidget(), buttonOf(dialog.get(), "Cancel"));
+        QVERIFY(!buttonOf(dialog.get(), "Reset")->isEnabled());
     });
 }
 
@@ -279,7 +276,7 @@ void RepoEditorConfigDialogTest::okIsEnabledIfTheStatusIsOnlyAWarning()
 
 void RepoEditorConfigDialogTest::okIsDisabledIfTheRepositoryCannotBeWritten()
 {
-    const auto okIsEnabled = [this] { return Form::button(dialog.get(), "OK")->isEnabled(); };
+    const auto okIsEnabled = [this] { return buttonOf(dialog.get(), "OK")->isEnabled(); };
     QCOMPARE(run([this, okIsEnabled] {
                  Form::type(form->id, QStringLiteral("upd[ates]"));
                  QCOMPARE(status(),
@@ -386,10 +383,10 @@ void RepoEditorConfigDialogTest::theResetButtonRestoresTheOriginalValues()
     QCOMPARE(run([this] {
                  Form::type(form->id, QString());
                  Form::type(form->password, QStringLiteral("new"));
-                 QVERIFY(Form::button(dialog.get(), "Reset")->isEnabled());
+                 QVERIFY(buttonOf(dialog.get(), "Reset")->isEnabled());
                  QCOMPARE(status(), QStringLiteral("No Identifier specified"));
                  click("Reset");
-                 QVERIFY(!Form::button(dialog.get(), "Reset")->isEnabled());
+                 QVERIFY(!buttonOf(dialog.get(), "Reset")->isEnabled());
                  QCOMPARE(status(), QString());
                  QCOMPARE(form->id->text(), QStringLiteral("updates"));
                  QCOMPARE(form->password->text(), QStringLiteral("secret"));
@@ -457,7 +454,7 @@ void RepoEditorConfigDialogTest::theFormCanBeUsedForSeveralRepositoriesInTurn()
                  QCOMPARE(form->id->text(), QString());
                  QCOMPARE(form->urls->realPlainText(), QString());
                  QVERIFY(!form->password->isEnabled());
-                 QVERIFY(!Form::button(dialog.get(), "Reset")->isEnabled());
+                 QVERIFY(!buttonOf(dialog.get(), "Reset")->isEnabled());
                  click("OK");
              }),
              int(QDialog::Rejected));

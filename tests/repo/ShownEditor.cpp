@@ -61,16 +61,6 @@ QList<ShownBox> ShownEditor::withBoxes(const Use& open, const char* button)
     return seen;
 }
 
-QPushButton* ShownEditor::button(const char* text) const
-{
-    for (QPushButton* each : dialog->findChildren<QPushButton*>(QString(), Qt::FindDirectChildrenOnly)) {
-        if (each->text() == QLatin1String(text)) {
-            return each;
-        }
-    }
-    qFatal("the button %s is missing", text);
-}
-
 int ShownEditor::listedRow(const QString& id) const
 {
     const int row = listed().indexOf(id);

@@ -19,6 +19,7 @@
 #include "tests/repo/Editor.h"
 #include "tests/repo/Form.h"
 #include "tests/support/AnsweringUser.h"
+#include "tests/support/Buttons.h"
 
 class ShownEditor : public QObject
 {
@@ -35,9 +36,13 @@ protected:
     bool withForm(const Use& open, const Use& use);
     // Calls `open`, and clicks this button in each message box that appears. Returns the message boxes.
     QList<ShownBox> withBoxes(const Use& open, const char* button = "&Yes");
-    QPushButton* button(const char* text) const;
+    // The button of the editor itself. Its form, a window of its own, has other buttons.
+    QPushButton* button(const QString& text) const
+    {
+        return buttonOf(dialog.get(), text, Qt::FindDirectChildrenOnly);
+    }
     void click(const char* text) const { QTest::mouseClick(button(text), Qt::LeftButton); }
-    void clickForm(const char* text) const { QTest::mouseClick(Form::button(form, text), Qt::LeftButton); }
+    void clickForm(const char* text) const { QTest::mouseClick(buttonOf(form, text), Qt::LeftButton); }
     int listedRow(const QString& id) const;
     QPoint place(const QString& id, int column) const;
     void click(const QString& id, int column = RepoEditor::IdentifierColumn,

@@ -12,20 +12,11 @@
 #include <memory>
 
 #include "services/ScrollableDialogs.h"
+#include "tests/support/Buttons.h"
 #include "tests/support/Question.h"
 #include "widgets/HMessageBox.h"
 
 namespace {
-
-QPushButton* button(const QWidget& dialog, const QString& text)
-{
-    for (QPushButton* candidate : dialog.findChildren<QPushButton*>()) {
-        if (candidate->text() == text) {
-            return candidate;
-        }
-    }
-    return nullptr;
-}
 
 // Presses a button as a screen reader does.
 void pressByAccessibility(QPushButton* pressed)
@@ -143,7 +134,7 @@ namespace {
 
 void give(int input, QDialog* dialog)
 {
-    QPushButton* ok = button(*dialog, "&OK");
+    QPushButton* ok = buttonOf(dialog, "&OK");
     QWindow* const window = dialog->windowHandle();
     const QPoint place = ok->mapTo(dialog, ok->rect().center());
     switch (input) {
@@ -242,8 +233,8 @@ void QuestionGuardTest::aKeyThatIsPressedAfterTheFirstMomentCanRepeat()
 {
     show();
     waitForInput();
-    QPushButton* const ok = button(*dialog, "&OK");
-    QPushButton* const cancel = button(*dialog, "Cancel");
+    QPushButton* const ok = buttonOf(dialog.get(), "&OK");
+    QPushButton* const cancel = buttonOf(dialog.get(), "Cancel");
     cancel->setFocus();
     sendKey(dialog->windowHandle(), QEvent::KeyPress, Qt::Key_Tab, false);
     QVERIFY(!cancel->hasFocus());
@@ -268,7 +259,7 @@ void QuestionGuardTest::theButtonsAreDisabledInTheFirstMoment()
 void QuestionGuardTest::noButtonIsPressedIfAMouseClickBeginsInTheFirstMoment()
 {
     show();
-    QPushButton* const ok = button(*dialog, "&OK");
+    QPushButton* const ok = buttonOf(dialog.get(), "&OK");
     const QPoint place = ok->mapTo(dialog.get(), ok->rect().center());
     QTest::mousePress(dialog->windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
     waitForInput();
@@ -299,9 +290,9 @@ void QuestionGuardTest::theDefaultButtonGetsTheFocusAfterTheFirstMoment()
     }
     guard = std::make_unique<QuestionGuard>(dialog.get());
     show();
-    QVERIFY(!button(*dialog, "&No")->hasFocus());
+    QVERIFY(!buttonOf(dialog.get(), "&No")->hasFocus());
     waitForInput();
-    QVERIFY(button(*dialog, "&No")->hasFocus());
+    QVERIFY(buttonOf(dialog.get(), "&No")->hasFocus());
 }
 
 void QuestionGuardTest::theQuestionIgnoresInputForAMomentWhenItsWindowBecomesActiveForTheFirstTime()

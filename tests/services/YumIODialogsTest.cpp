@@ -18,6 +18,7 @@
 #include <QTimer>
 
 #include "services/ScrollableDialogs.h"
+#include "tests/support/Buttons.h"
 #include "tests/support/Question.h"
 #include "widgets/Metrics.h"
 
@@ -53,16 +54,6 @@ QDialog* openDialog()
     return dialog != nullptr && dialog->isVisible() && dialog->isActiveWindow() && takesInput(dialog)
                ? dialog
                : nullptr;
-}
-
-QPushButton* button(const QWidget* dialog, const QString& text)
-{
-    for (QPushButton* candidate : dialog->findChildren<QPushButton*>()) {
-        if (candidate->text() == text) {
-            return candidate;
-        }
-    }
-    return nullptr;
 }
 
 // The visible properties of a message box.
@@ -186,7 +177,7 @@ void YumIODialogsTest::aConfirmationReturnsTheAnswerOfThePressedButton()
             for (const QLabel* label : dialog->findChildren<QLabel*>()) {
                 text += label->text();
             }
-            QTest::mouseClick(button(dialog, press), Qt::LeftButton);
+            QTest::mouseClick(buttonOf(dialog, press), Qt::LeftButton);
         });
     QCOMPARE(result, answer);
     QCOMPARE(title, QString("Confirm"));
@@ -246,7 +237,7 @@ void YumIODialogsTest::aMessageBoxReturnsTheNumberOfThePressedButton()
         [&](QDialog* dialog) {
             QMessageBox* box = qobject_cast<QMessageBox*>(dialog);
             seen = QStringList{box->windowTitle(), box->text(), QString::number(box->icon())};
-            QTest::mouseClick(button(dialog, press), Qt::LeftButton);
+            QTest::mouseClick(buttonOf(dialog, press), Qt::LeftButton);
         });
     QCOMPARE(result, answer);
     const int icon = critical ? QMessageBox::Critical : QMessageBox::Warning;
@@ -278,7 +269,7 @@ void YumIODialogsTest::escapeDoesNothingIfThereIsNoEscapeButton()
             QTest::keyClick(dialog->windowHandle(), Qt::Key_Escape);
             stillOpen = dialog->isVisible();
             if (stillOpen) {
-                QTest::mouseClick(button(dialog, "One"), Qt::LeftButton);
+                QTest::mouseClick(buttonOf(dialog, "One"), Qt::LeftButton);
             }
         });
     QVERIFY(stillOpen);
@@ -439,7 +430,7 @@ void YumIODialogsTest::aWarningThatIsHigherThanTheScreenScrollsAndTakesTheKeysOf
             const auto* edit = dialog->findChild<QTextEdit*>();
             if (edit != nullptr) {
                 shown = edit->toPlainText();
-                buttonHasFocus = button(dialog, "One")->hasFocus();
+                buttonHasFocus = buttonOf(dialog, "One")->hasFocus();
                 QTest::keyClick(dialog->windowHandle(), Qt::Key_End);
                 scrolled = edit->verticalScrollBar()->value();
                 end = edit->verticalScrollBar()->maximum();
@@ -462,7 +453,7 @@ void YumIODialogsTest::theScrollableDialogIsOpenUntilTheUserPressesClose()
                            [&](QDialog* dialog) {
                                title = dialog->windowTitle();
                                rightClass = qobject_cast<ScrollableErrorDialog*>(dialog) != nullptr;
-                               QTest::mouseClick(button(dialog, "Close"), Qt::LeftButton);
+                               QTest::mouseClick(buttonOf(dialog, "Close"), Qt::LeftButton);
                            });
     QCOMPARE(result, 0);
     QCOMPARE(title, QString("Failure"));
@@ -482,7 +473,7 @@ void YumIODialogsTest::aQuestionOfTheGraphicalThreadIsAnsweredWithoutASecondEven
         QDialog* dialog = openDialog();
         if (dialog != nullptr) {
             timer.stop();
-            QTest::mouseClick(button(dialog, "Yes"), Qt::LeftButton);
+            QTest::mouseClick(buttonOf(dialog, "Yes"), Qt::LeftButton);
         }
     });
     timer.start(10);
@@ -530,7 +521,7 @@ void YumIODialogsTest::oneYumIODialogsObjectServesSeveralRequests()
     connect(&timer, &QTimer::timeout, this, [&] {
         QDialog* dialog = openDialog();
         if (dialog != nullptr) {
-            QTest::mouseClick(button(dialog, press.value(dialog->windowTitle())), Qt::LeftButton);
+            QTest::mouseClick(buttonOf(dialog, press.value(dialog->windowTitle())), Qt::LeftButton);
         }
     });
     timer.start(10);
@@ -553,7 +544,7 @@ void YumIODialogsTest::theMainWindowRespondsWhileAWorkerWaitsForADialog()
             // Answers the dialog only after the graphical thread has processed other events.
             connect(&ticker, &QTimer::timeout, dialog, [&ticks, dialog] {
                 if (ticks >= 5) {
-                    QTest::mouseClick(button(dialog, "Yes"), Qt::LeftButton);
+                    QTest::mouseClick(buttonOf(dialog, "Yes"), Qt::LeftButton);
                 }
             });
             ticker.start(5);

@@ -7,7 +7,6 @@
 #ifndef TESTS_SUPPORT_ANSWERINGUSER_H
 #define TESTS_SUPPORT_ANSWERINGUSER_H
 
-#include <QAbstractButton>
 #include <QApplication>
 #include <QLabel>
 #include <QMessageBox>
@@ -19,6 +18,7 @@
 
 #include <functional>
 
+#include "tests/support/Buttons.h"
 #include "tests/support/Question.h"
 
 // The texts of a dialog. If the dialog is not a message box, some members are empty.
@@ -61,20 +61,19 @@ public:
             QTest::mouseClick(qobject_cast<QMessageBox*>(dialog)->button(button), Qt::LeftButton);
         };
     }
-    // Clicks the button with this text. The text may omit a "&" at its beginning.
+    // Clicks the button with this text.
     static Answer click(const QString& text)
     {
-        return [text](QDialog* dialog) {
-            if (!press(dialog, text)) {
-                qFatal("the button %s is missing", qPrintable(text));
-            }
-        };
+        return [text](QDialog* dialog) { QTest::mouseClick(buttonOf(dialog, text), Qt::LeftButton); };
     }
     // Clicks the button with this text; presses Return if the dialog has no such button.
     static Answer clickIfThere(const QString& text)
     {
         return [text](QDialog* dialog) {
-            if (!press(dialog, text)) {
+            QPushButton* button = findButton(dialog, text);
+            if (button != nullptr) {
+                QTest::mouseClick(button, Qt::LeftButton);
+            } else {
                 QTest::keyClick(dialog, Qt::Key_Return);
             }
         };
@@ -105,16 +104,6 @@ public:
     Answer answer;
 
 private:
-    static bool press(const QDialog* dialog, const QString& text)
-    {
-        for (QAbstractButton* button : dialog->findChildren<QAbstractButton*>()) {
-            if (button->text() == text || button->text() == QLatin1Char('&') + text) {
-                QTest::mouseClick(button, Qt::LeftButton);
-                return true;
-            }
-        }
-        return false;
-    }
     void look()
     {
         // An answer processes events, so the timer may call this function again before the answer has ended.

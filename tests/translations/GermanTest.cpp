@@ -348,11 +348,7 @@ private Q_SLOTS:
         start();
         QCOMPARE(cutOffFinally(window).join('\n'), QString());
         // The button row is widest while it contains the warning about unlisted actions.
-        for (QPushButton* button : window->findChildren<QPushButton*>()) {
-            if (button->text() == QLatin1String("Akt&ualisierungen vormerken")) {
-                click(button);
-            }
-        }
+        click(button("Akt&ualisierungen vormerken"));
         auto* expression = window->findChild<QLineEdit*>();
         expression->setText("^nothing");
         QTest::keyClick(expression, Qt::Key_Return);
@@ -470,8 +466,7 @@ private Q_SLOTS:
             [&](RepoEditor::Dialog& dialog) {
                 QCOMPARE(dialog.windowTitle(), QStringLiteral("VYRE – Paketquellen bearbeiten"));
                 editor = cutOffAtAnySize(&dialog);
-                QPushButton* add = buttonNamed(dialog, "Hinzufügen");
-                QVERIFY(add != nullptr);
+                QPushButton* add = buttonOf(&dialog, "Hinzufügen");
                 QVERIFY(withDialog<RepoEditor::ConfigDialog>(
                     [add] { click(add); },
                     [&](RepoEditor::ConfigDialog& shown) {
@@ -491,8 +486,8 @@ private Q_SLOTS:
                         }
                         QTest::keyClicks(field, "[x]");
                         look("Die Kennung enthält andere Zeichen als Buchstaben, Ziffern und -_.:");
-                        click(buttonNamed(shown,
-                                          "Abbrechen")); // closing the window instead would open a question
+                        // Closing the window instead would open a question.
+                        click(buttonOf(&shown, "Abbrechen"));
                     }));
                 // Check the editor again, because the form was open in front of it.
                 editor += cutOffAtAnySize(&dialog);
@@ -534,10 +529,7 @@ private Q_SLOTS:
     {
         start();
         view->selectRow(0);
-        QPushButton* describe = nullptr;
-        for (QPushButton* button : window->findChildren<QPushButton*>()) {
-            describe = button->text() == QLatin1String("&Beschreiben") ? button : describe;
-        }
+        QPushButton* describe = button("&Beschreiben");
         QTRY_VERIFY(describe->isEnabled());
         QStringList found;
         QStringList labels;
@@ -628,10 +620,7 @@ private Q_SLOTS:
     void collectingMorePackagesRequestsNoMoreTranslations()
     {
         start();
-        QPushButton* refresh = nullptr;
-        for (QPushButton* button : window->findChildren<QPushButton*>()) {
-            refresh = button->text() == QLatin1String("&Neu laden") ? button : refresh;
-        }
+        QPushButton* refresh = button("&Neu laden");
         Counting counting;
         QVERIFY(QCoreApplication::installTranslator(&counting));
         const auto count = [&](int packages) {
