@@ -6,7 +6,7 @@
 #include "tests/app/EachAlone.h"
 #include "tests/app/StandInWindow.h"
 #include "tests/history/ShownHistory.h"
-#include "tests/support/Question.h"
+#include "tests/support/AnsweringUser.h"
 
 using namespace PackageTable;
 
@@ -29,30 +29,19 @@ private Q_SLOTS:
 
 QStringList HistoryCommandTest::replay(const QString& command, const QString& answer)
 {
-    QStringList seen;
-    QTimer timer;
-    connect(&timer, &QTimer::timeout, this, [&seen, command, answer] {
-        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-        if (dialog == nullptr || !dialog->isVisible() || !takesInput(dialog)) {
-            return;
-        }
+    AnsweringUser user({}, AnsweringUser::EveryDialog);
+    user.answer = [&user, command, answer](QDialog* dialog) {
         auto* history = qobject_cast<HistoryDialog*>(dialog);
         if (history == nullptr) {
-            seen << dialog->windowTitle();
             buttonOf(dialog, answer)->click();
-        } else if (!history->findChild<QTextEdit*>()->toPlainText().isEmpty()) {
-            const bool again = seen.contains("VYRE History");
-            seen << history->windowTitle();
-            if (again) {
-                history->close();
-            } else {
-                buttonOf(history, command)->click();
-            }
+        } else if (user.titles().count("VYRE History") > 1) {
+            history->close();
+        } else if (hasRead(*history)) {
+            buttonOf(history, command)->click();
         }
-    });
-    timer.start(50);
+    };
     shown->key(Qt::Key_H, Qt::ControlModifier);
-    return seen;
+    return user.titles();
 }
 
 void HistoryCommandTest::undoingATransactionReadsThePackagesAgainAndKeepsTheMarks()

@@ -385,22 +385,20 @@ void MainWindowOperationsTest::theCollectionAfterAnApplyUsesTheCredentialsThatTh
     // The applied update installs a repository file that lacks credentials.
     standIn->setRepos("[base]\nname=Base\nbaseurl=http://h/vantor?u=&p=&path=/x\n");
     standIn->forgetCalls();
-    QTimer timer;
-    bool answering = false;
     bool asked = false;
-    connect(&timer, &QTimer::timeout, &timer, [&answering, &asked] {
-        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-        if (answering || dialog == nullptr || QApplication::activeWindow() != dialog) {
-            return;
-        }
-        const QScopedValueRollback<bool> guard(answering, true);
-        for (QLineEdit* field : dialog->findChildren<QLineEdit*>()) {
-            asked = true;
-            QTest::keyClicks(field, "secret");
-        }
-        QTest::mouseClick(buttonOf(dialog, "OK"), Qt::LeftButton);
-    });
-    timer.start(10);
+    const AnsweringUser user(
+        [&asked](QDialog* dialog) {
+            // The dialog would lose a click that arrives before it has the focus.
+            if (!dialog->isActiveWindow()) {
+                return;
+            }
+            for (QLineEdit* field : dialog->findChildren<QLineEdit*>()) {
+                asked = true;
+                QTest::keyClicks(field, "secret");
+            }
+            QTest::mouseClick(buttonOf(dialog, "OK"), Qt::LeftButton);
+        },
+        AnsweringUser::EveryDialog);
     shown->press("&Apply Actions");
     QTRY_VERIFY(asked);
     QTRY_VERIFY(shown->isReady());

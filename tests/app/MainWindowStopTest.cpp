@@ -5,12 +5,12 @@
 
 #include "app/Notice.h"
 #include "app/StopButton.h"
-#include "history/HistoryDialog.h"
 #include "repo/RepoEditorDialog.h"
 #include "repo/RepoEditorModel.h"
 #include "services/HProgressBar.h"
 #include "tests/app/EachAlone.h"
 #include "tests/app/StandInWindow.h"
+#include "tests/history/ShownHistory.h"
 
 using namespace PackageTable;
 
@@ -190,24 +190,22 @@ void MainWindowStopTest::theQuitCommandStopsTheRunningOperation()
 void MainWindowStopTest::closingTheWindowDuringAnUndoDoesNotOpenTheHistoryAgain()
 {
     shown->start();
-    int histories = 0;
-    QTimer timer;
-    connect(&timer, &QTimer::timeout, this, [this, &histories] {
-        auto* history = qobject_cast<HistoryDialog*>(QApplication::activeModalWidget());
-        if (history != nullptr && !history->findChild<QTextEdit*>()->toPlainText().isEmpty()) {
-            ++histories;
-            standIn->setHeld(true);
-            buttonOf(history, "&Undo This")->click();
-        }
-    });
-    timer.start(50);
+    const AnsweringUser user(
+        [this](QDialog* dialog) {
+            auto* history = qobject_cast<HistoryDialog*>(dialog);
+            if (history != nullptr && hasRead(*history)) {
+                standIn->setHeld(true);
+                buttonOf(history, "&Undo This")->click();
+            }
+        },
+        AnsweringUser::EveryDialog);
     const Once once([this] { return button()->isEnabled() && standIn->calls("replay undo 3") > 0; },
                     [this] { shown->window->close(); });
     QCOMPARE(runToTheEnd([this] { shown->key(Qt::Key_H, Qt::ControlModifier); }), 0);
     QVERIFY(once.isDone());
     QVERIFY(!shown->window->isVisible());
     QTest::qWait(100); // if the history opened again, it would now use the back end, which has ended
-    QCOMPARE(histories, 1);
+    QCOMPARE(user.titles(), QStringList{"VYRE History"});
 }
 
 void MainWindowStopTest::theNoticeAfterAStoppedTransactionSaysWhetherKeysWereImported()

@@ -11,6 +11,7 @@
 #include <QtWidgets>
 
 #include "services/HProgressBar.h"
+#include "tests/support/AnsweringUser.h"
 #include "tests/support/Buttons.h"
 #include "tests/support/StandIn.h"
 #include "yumio/YumIO.h"
@@ -291,17 +292,16 @@ void HistoryDialogTest::aMessageIsShownIfTheHistoryCannotBeRead()
 {
     standIn->setHistoryBroken(true);
     QString message;
-    QTimer answer;
-    connect(&answer, &QTimer::timeout, this, [this, &message] {
-        auto* box = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-        if (box != nullptr && box != dialog.get()) {
-            for (const QLabel* label : box->findChildren<QLabel*>()) {
-                message += label->text();
+    const AnsweringUser user(
+        [this, &message](QDialog* box) {
+            if (box != dialog.get()) {
+                for (const QLabel* label : box->findChildren<QLabel*>()) {
+                    message += label->text();
+                }
+                box->reject();
             }
-            box->reject();
-        }
-    });
-    answer.start(50);
+        },
+        AnsweringUser::EveryDialog);
     dialog->show();
     QTRY_VERIFY(message.contains("the history is broken"));
     QTRY_COMPARE(table()->accessibleDescription(),

@@ -9,7 +9,6 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QTimer>
 #include <QtTest>
 
 #include <algorithm>
@@ -17,6 +16,7 @@
 
 #include "packagetable/DescribeDialog.h"
 #include "packagetable/DescribeRepoDialog.h"
+#include "tests/support/Dialogs.h"
 #include "widgets/HScrollArea.h"
 #include "widgets/TextDialog.h"
 
@@ -105,29 +105,6 @@ inline void press(QPushButton* button)
     }
     QTest::mouseClick(button->window()->windowHandle(), Qt::LeftButton, Qt::NoModifier,
                       button->mapTo(button->window(), button->rect().center()));
-}
-
-// Calls open(), which must open a modal dialog of the class Dialog, and calls use() with this dialog. If the
-// dialog is still open after that, closes it. Returns whether the dialog was opened.
-template <typename Dialog>
-bool withDialog(const std::function<void()>& open, const std::function<void(Dialog&)>& use)
-{
-    bool opened = false;
-    QTimer timer;
-    QObject::connect(&timer, &QTimer::timeout, &timer, [&] {
-        auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
-        if (dialog != nullptr && dialog->isVisible() && dialog->windowHandle()->isExposed()) {
-            timer.stop();
-            opened = true;
-            use(*dialog);
-            if (dialog->isVisible()) {
-                dialog->close();
-            }
-        }
-    });
-    timer.start(5);
-    open(); // returns when the dialog is closed
-    return opened;
 }
 
 #endif

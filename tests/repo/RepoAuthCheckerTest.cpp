@@ -76,22 +76,10 @@ private:
         QList<Answer> answers, const std::function<void(Checker&)>& look = [](Checker&) {})
     {
         QStringList asked;
-        QTimer timer;
-        bool answering = false;
-        connect(&timer, &QTimer::timeout, &timer, [this, &asked, &answers, &answering] {
-            // The simulated typing processes events, so the timer can call this function again before the
-            // typing has ended.
-            if (answering) {
-                return;
-            }
-            const QScopedValueRollback<bool> guard(answering, true);
+        const auto answerNext = [this, &asked, &answers](QDialog* shownDialog) {
             // The dialog would lose a click that arrives before it has the focus.
-            QWidget* modal = QApplication::activeModalWidget();
-            if (modal == nullptr || modal != QApplication::activeWindow()) {
-                return;
-            }
-            auto* dialog = qobject_cast<Dialog*>(modal);
-            if (dialog == nullptr || !buttonOf(dialog, "OK")->isEnabled()) {
+            auto* dialog = qobject_cast<Dialog*>(shownDialog);
+            if (dialog == nullptr || !dialog->isActiveWindow() || !buttonOf(dialog, "OK")->isEnabled()) {
                 return;
             }
             if (asked.isEmpty()) {
@@ -116,10 +104,9 @@ private:
             QTest::keyClicks(fields.at(0), answer.name);
             QTest::keyClicks(fields.at(1), answer.password);
             QTest::mouseClick(buttonOf(dialog, answer.button), Qt::LeftButton);
-        });
-        timer.start(5);
+        };
+        const AnsweringUser answering(answerNext, AnsweringUser::EveryDialog);
         Checker checker(window.get(), conf.get());
-        timer.stop();
         quit = checker.quit;
         changed = checker.changed;
         look(checker);

@@ -18,8 +18,9 @@
 
 namespace {
 
-// Answers every message box at once: OK for an error, Yes for the question about duplicates.
-class Answers : public QObject
+// Answers every message box at once: OK for an error, Yes for the question about duplicates. A fuzzer needs
+// many runs in a second, so this class does not wait for a timer as AnsweringUser does.
+class MessageBoxCloser : public QObject
 {
 public:
     bool eventFilter(QObject* object, QEvent* event) override
@@ -62,7 +63,7 @@ struct Surroundings
     char* arguments[2] = {name, nullptr};
     QTemporaryDir root;
     QApplication application;
-    Answers answers;
+    MessageBoxCloser answers;
     QStringList directories;
     QStringList files;
 };

@@ -5,18 +5,17 @@
 
 #include "services/Unattended.h"
 
-#include <QApplication>
 #include <QDialog>
 #include <QSignalSpy>
 #include <QTest>
 #include <QThread>
-#include <QTimer>
 
 #include <atomic>
 #include <memory>
 
 #include "services/Log.h"
 #include "services/YumIODialogs.h"
+#include "tests/support/AnsweringUser.h"
 
 namespace {
 
@@ -63,17 +62,16 @@ private Q_SLOTS:
         }));
         worker->start();
         bool given = false;
-        QTimer timer;
-        connect(&timer, &QTimer::timeout, this, [&] {
-            QWidget* const dialog = QApplication::activeModalWidget();
-            if (dialog != nullptr && !given) {
-                // From now on, the graphical thread only waits for the worker.
-                Unattended::begin();
-                given = worker->wait(30000);
-                static_cast<QDialog*>(dialog)->reject();
-            }
-        });
-        timer.start(10);
+        const AnsweringUser user(
+            [&](QDialog* dialog) {
+                if (!given) {
+                    // From now on, the graphical thread only waits for the worker.
+                    Unattended::begin();
+                    given = worker->wait(30000);
+                    dialog->reject();
+                }
+            },
+            AnsweringUser::EveryDialog);
         QTRY_VERIFY_WITH_TIMEOUT(given, 60000);
         QCOMPARE(answer, 1);
         QVERIFY(Unattended::is());

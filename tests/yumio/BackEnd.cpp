@@ -4,7 +4,6 @@
 
 #include <csignal>
 
-#include <QAbstractButton>
 #include <QApplication>
 #include <QDialog>
 #include <QGridLayout>
@@ -16,22 +15,10 @@
 
 #include "app/base/Program.h"
 #include "services/ScrollableDialogs.h"
-#include "tests/support/Question.h"
 #include "widgets/GeneralTip.h"
 
-Answers::Answers()
+void QueuedAnswers::answer(QDialog* dialog)
 {
-    connect(&timer, SIGNAL(timeout()), this, SLOT(answer()));
-    timer.start(2);
-    QuestionGuard::pause = 1;
-}
-
-void Answers::answer()
-{
-    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-    if (dialog == nullptr || !dialog->isVisible() || !takesInput(dialog)) {
-        return;
-    }
     ShownDialog record;
     record.title = dialog->windowTitle();
     if (const auto* box = qobject_cast<QMessageBox*>(dialog)) {
@@ -69,7 +56,7 @@ void Answers::answer()
     QTest::mouseClick(buttons.at(index), Qt::LeftButton);
 }
 
-QList<ShownDialog> Answers::take()
+QList<ShownDialog> QueuedAnswers::take()
 {
     QList<ShownDialog> taken;
     taken.swap(shown);
@@ -80,7 +67,7 @@ QList<ShownDialog> Answers::take()
     return taken;
 }
 
-QStringList Answers::takeTexts(const QString& title)
+QStringList QueuedAnswers::takeTexts(const QString& title)
 {
     QStringList texts;
     for (const ShownDialog& each : take()) {

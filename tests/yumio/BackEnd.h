@@ -8,12 +8,12 @@
 #include <QHash>
 #include <QMessageBox>
 #include <QStringList>
-#include <QTimer>
 #include <QWidget>
 
 #include "python/CPython.h"
 #include "python/PyRef.h"
 #include "services/HProgressBar.h"
+#include "tests/support/AnsweringUser.h"
 #include "tests/yumio/YumIOProbe.h"
 
 // The texts and buttons of a dialog.
@@ -32,26 +32,21 @@ struct ShownDialog
 // Answers every dialog as soon as the dialog opens, by a click on the next button that press() has named. If
 // press() has named no further button, clicks the first button. The answers "Escape" and "Enter" stand for
 // keys.
-class Answers : public QObject
+class QueuedAnswers
 {
-    Q_OBJECT
-
 public:
-    Answers();
-
     void press(const QString& answer) { answers.append(answer); }
     // The dialogs that have opened since the previous call of this function.
     QList<ShownDialog> take();
     // The texts of the dialogs that take() returns. All of them must have the given title.
     QStringList takeTexts(const QString& title);
 
-private Q_SLOTS:
-    void answer();
-
 private:
-    QTimer timer;
+    void answer(QDialog* dialog);
+
     QStringList answers;
     QList<ShownDialog> shown;
+    AnsweringUser user{[this](QDialog* dialog) { answer(dialog); }, AnsweringUser::EveryDialog};
 };
 
 class BackEnd
@@ -93,7 +88,7 @@ public:
     QWidget window;
     HProgressBar total;
     HProgressBar item;
-    Answers answers;
+    QueuedAnswers answers;
     YumIOProbe yumIO;
 };
 

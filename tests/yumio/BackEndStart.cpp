@@ -25,7 +25,7 @@ int main(int argc, char** argv)
 {
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ); // keeps all lines of output in order
     QApplication app(argc, argv);
-    Answers answers;
+    QueuedAnswers answers;
     {
         QWidget window;
         HProgressBar total(&window);
