@@ -1,5 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The base class for the tests of the sandbox. Each module of tests makes one sandbox; its tests change only copies."""
+"""The base class for the tests of the sandbox. The tests change only copies of a sandbox. The variable VYRE_SANDBOX
+names this sandbox; without this variable, each module of tests makes one.
+"""
 
 import collections
 import logging
@@ -28,8 +30,11 @@ def setUpModule():
     logging.getLogger("dnf").addHandler(logging.NullHandler())
     use_sandbox_database()
     workspace = tempfile.mkdtemp(prefix="sandbox-test-")
-    subprocess.run([EXECUTABLE, "make", os.path.join(workspace, "original")], check=True)
-    original = Sandbox.made(os.path.join(workspace, "original"))
+    made = os.environ.get("VYRE_SANDBOX")
+    if not made:
+        made = os.path.join(workspace, "original")
+        subprocess.run([EXECUTABLE, "make", made], check=True)
+    original = Sandbox.made(made)
 
 
 def tearDownModule():
