@@ -273,6 +273,7 @@ void MainWindow::reposChanged()
     if (first) {
         applyExpression(); // the expression from the command line
     }
+    reportedSkipped.clear();
     recollect(NoMarks);
     showTable();
     setReady(true);
@@ -476,6 +477,7 @@ void MainWindow::clean(bool (YumIO::*operation)(), bool deletesMetadata)
         if (deletesMetadata) {
             stopButton->setResult(StopButton::Result::Remains);
         }
+        reportedSkipped.clear();
         recollect(NoMarks);
     }
     setReady(true);

@@ -181,6 +181,14 @@ void MainWindowOtherWindowsTest::aNoticeIsShownIfRepositoriesAreLeftOut()
     standIn->setSkipped({"extras"});
     shown->start();
     QCOMPARE(noticeText(), QString("The repository extras is left out: see the log (Ctrl+L)"));
+    // Other operations that read the packages again show the notice again.
+    shown->choose("&Cache", "Clean dbcache");
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(noticeText(), QString("The repository extras is left out: see the log (Ctrl+L)"));
+    QVERIFY(
+        QMetaObject::invokeMethod(shown->window, "reposChanged")); // the user has closed the editor with OK
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(noticeText(), QString("The repository extras is left out: see the log (Ctrl+L)"));
     // A transaction does not repeat the notice, because the outcome of the transaction needs the space.
     applyWithOutcome({{"updated", 1}});
     QCOMPARE(noticeText(), QString());
