@@ -13,6 +13,7 @@ import dnf.db.history
 import libcomps
 
 from .metadata import UNPACKING_ERRORS, canUnpack, unpacked
+from .output import HARMLESS
 from .program import tr
 
 
@@ -167,5 +168,5 @@ def reportUnreadable(base):
     if found:
         logging.getLogger('dnf').warning('%s', tr(
             'VYRE cannot read groups of packages on this system, because the installed libcomps does not work with '
-            'the installed version of Python. VYRE lists no groups. Everything else works.'))
+            'the installed version of Python. VYRE lists no groups. Everything else works.'), extra={HARMLESS: True})
     return found
