@@ -53,7 +53,7 @@ QString Manuals::openFile(QWidget* window, const QStringList& command)
     if (!QFile::exists(file)) {
         // Check whether the file exists, because the helper program would report a missing file in a bare
         // window of its own.
-        return tr("The manual is not installed: the file %1 is missing").arg(file);
+        return tr("The manual is not installed: %1 is missing").arg(file);
     }
     openExternally(window, command);
     return QString();

@@ -1114,8 +1114,8 @@ Duplikate und Gruppen gerade nicht angezeigt.
 <context>
     <name>Manuals</name>
     <message>
-        <source>The manual is not installed: the file %1 is missing</source>
-        <translation>Das Handbuch ist nicht installiert: Die Datei %1 fehlt</translation>
+        <source>The manual is not installed: %1 is missing</source>
+        <translation>Das Handbuch ist nicht installiert: %1 fehlt</translation>
     </message>
 </context>
 <context>

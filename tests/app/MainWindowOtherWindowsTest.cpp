@@ -129,8 +129,8 @@ void MainWindowOtherWindowsTest::aMissingManualCausesANoticeAndNoMessageBox()
                                                {"Manual (html)", "/html/index.html"}};
     for (const auto& manual : manuals) {
         shown->choose("&Help", manual.first);
-        QCOMPARE(noticeText(), "The manual is not installed: the file " + documentation.path() +
-                                   manual.second + " is missing");
+        QCOMPARE(noticeText(),
+                 "The manual is not installed: " + documentation.path() + manual.second + " is missing");
         QVERIFY(QApplication::activeModalWidget() == nullptr);
         // The message about the second manual is longer than the first message, and must not be cut off.
         const auto* notice = shown->window->findChild<Notice*>();

@@ -89,7 +89,7 @@ class ManualTest(StartTest):
             window = program.ready()
             for number, name in enumerate(('html/index.html', 'manual.pdf')):
                 self.choose_from_menu(window, 'Help', number)
-                notice = 'The manual is not installed: the file {}/{} is missing'.format(directory, name)
+                notice = 'The manual is not installed: {}/{} is missing'.format(directory, name)
                 wait_for(lambda text=notice: text in window.labels(), notice)
             self.assertEqual(program.titles(), [driver.main_title()])
             # A helper program would show its message in a bare window, and wait for the user.
