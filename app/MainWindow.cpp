@@ -431,7 +431,7 @@ void MainWindow::recollect(Kept kept)
         const YumIO::Marks wanted = (stopped || collectFailed) && kept == NoMarks ? all : marks;
         yumIO->restoreMarks(wanted);
         const int lost = wanted.count() - yumIO->marks().count();
-        if (stopped && lost > 0) {
+        if (stopped && !collectFailed && lost > 0) {
             // Before the stop, some repositories may have been read again, and have other packages now.
             warnAndNotice(tr("Stopped. Removed marks that are no longer possible: %1").arg(lost));
         }

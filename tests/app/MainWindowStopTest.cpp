@@ -41,6 +41,7 @@ private Q_SLOTS:
     void escapeStopsARefresh();
     void theAltKeyOfTheStopButtonStopsARefresh();
     void aNoticeCountsTheMarksThatAreImpossibleAfterAStop();
+    void marksAreKeptForTheNextRefreshIfTheCacheIsUnreadableAfterAStop();
     void aStopDuringTheFirstCollectionListsThePackagesFromTheCache();
     void closingTheWindowStopsTheRunningOperation();
     void theQuitCommandStopsTheRunningOperation();
@@ -141,6 +142,31 @@ void MainWindowStopTest::aNoticeCountsTheMarksThatAreImpossibleAfterAStop()
     const QString text = "Stopped. Removed marks that are no longer possible: 1";
     QCOMPARE(notice(), text);
     QVERIFY(log().contains(text));
+}
+
+void MainWindowStopTest::marksAreKeptForTheNextRefreshIfTheCacheIsUnreadableAfterAStop()
+{
+    shown->start();
+    shown->click("tool", ActionColumn);
+    standIn->setHeld(true);
+    standIn->forgetCalls();
+    const AnsweringUser user(AnsweringUser::key(Qt::Key_Escape), AnsweringUser::EveryDialog);
+    const Once once([this] { return button()->isEnabled() && standIn->calls("setupRepos") > 0; },
+                    [this] {
+                        standIn->setUnreadable(true);
+                        shown->click(button());
+                    });
+    shown->press("Re&fresh");
+    QTRY_VERIFY(once.isDone());
+    QTRY_VERIFY(shown->isReady());
+    standIn->setHeld(false);
+    standIn->setUnreadable(false);
+    QCOMPARE(standIn->calls("setupCachedRepos"), 1);
+    QCOMPARE(shown->marks(), QStringList());
+    QVERIFY(!log().contains("Removed marks"));
+    shown->press("Re&fresh");
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(shown->marks(), QStringList{"tool update"});
 }
 
 void MainWindowStopTest::aStopDuringTheFirstCollectionListsThePackagesFromTheCache()

@@ -309,6 +309,8 @@ class YumIO:
         self.setupCachedRepos()
 
     def setupCachedRepos(self):
+        if os.path.exists(os.path.join(SHARE, 'unreadable')):
+            raise RuntimeError('nothing can be read')
         with open(os.path.join(SHARE, 'packages.json')) as packages:
             self.packages = json.load(packages)
 
