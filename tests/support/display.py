@@ -139,6 +139,12 @@ class VirtualDisplay:
                 break
         else:
             raise StartError('at-spi-bus-launcher is missing')
+        # A call to this name before its owner exists would make the message bus start a second launcher. The display
+        # cannot wait for the end of that one. When it ends, it deletes the AT_SPI_BUS property of the root window, and
+        # by then another server may already use the same display number.
+        self._wait(['dbus-send', '--session', '--print-reply', '--dest=org.freedesktop.DBus', '/org/freedesktop/DBus',
+                    'org.freedesktop.DBus.NameHasOwner', 'string:org.a11y.Bus'], b'boolean true',
+                   'the launcher of the accessibility bus')
         # Programs read the IsEnabled setting only once, when they start.
         self._wait(['dbus-send', '--session', '--print-reply', '--dest=org.a11y.Bus', '/org/a11y/bus',
                     'org.freedesktop.DBus.Properties.Set', 'string:org.a11y.Status', 'string:IsEnabled',
