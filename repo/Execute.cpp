@@ -14,6 +14,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "app/base/SignalsBlocked.h"
 #include "widgets/HMessageBox.h"
 
 namespace {
@@ -121,16 +122,16 @@ void Execute::keepOutput()
 void Execute::execute(QWidget* parent, char* const* argv)
 {
     // Block all signals during fork(), because a signal handler of this process must not run in the child.
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-    const pid_t child = fork();
-    const int failure = errno;
-    if (child == 0) {
-        runChild(argv);
+    pid_t child = -1;
+    int failure = 0;
+    {
+        const SignalsBlocked signalsBlocked;
+        child = fork();
+        failure = errno;
+        if (child == 0) {
+            runChild(argv);
+        }
     }
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
     if (child < 0) {
         auto* box =
             new HMessageBox(QMessageBox::Critical, tr("Help"),

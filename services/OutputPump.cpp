@@ -3,12 +3,13 @@
 #include "services/OutputPump.h"
 
 #include <cerrno>
-#include <csignal>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <system_error>
 #include <utility>
+
+#include "app/base/SignalsBlocked.h"
 
 namespace {
 
@@ -41,17 +42,15 @@ bool OutputPump::start(Channel (&channels)[channelCount])
 
     // Block all signals while the new thread is created, because the new thread inherits the blocked signals.
     // With SIGPIPE unblocked, a write to a pipe without a reader would end the program.
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
     bool started = true;
-    try {
-        thread = std::thread(&OutputPump::run, this);
-    } catch (const std::system_error&) {
-        started = false;
+    {
+        const SignalsBlocked signalsBlocked;
+        try {
+            thread = std::thread(&OutputPump::run, this);
+        } catch (const std::system_error&) {
+            started = false;
+        }
     }
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
     for (int i = 0; i < channelCount && !started; ++i) {
         channels[i].from.reset(ways[i].channel.from.release());
         channels[i].to.reset(ways[i].channel.to.release());

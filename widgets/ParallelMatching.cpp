@@ -11,12 +11,11 @@
 #include <thread>
 #include <utility>
 
-#include <csignal>
-
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include "app/base/SignalsBlocked.h"
 #include "widgets/Expression.h"
 
 namespace {
@@ -69,10 +68,7 @@ ParallelMatching::ParallelMatching(const QString& expression, size_t count, Matc
     const unsigned int processors = std::clamp(std::thread::hardware_concurrency(), 2U, mostThreads);
     const auto threads = static_cast<unsigned int>(std::min<size_t>(processors, portions));
     // The threads must not handle signals, because they may exist longer than the operation.
-    sigset_t every;
-    sigset_t before;
-    sigfillset(&every);
-    pthread_sigmask(SIG_SETMASK, &every, &before);
+    const SignalsBlocked signalsBlocked;
     for (unsigned int i = 0; i < threads; ++i) {
         {
             const std::lock_guard<std::mutex> lock(shared->mutex);
@@ -103,7 +99,6 @@ ParallelMatching::ParallelMatching(const QString& expression, size_t count, Matc
             break;
         }
     }
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 ParallelMatching::~ParallelMatching()

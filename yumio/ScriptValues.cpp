@@ -41,10 +41,11 @@ struct NamedAttribute
 
 constexpr NamedAttribute attributes[] = {
     {ScriptValues::ArchAttribute, "arch"},       {ScriptValues::BuildTimeAttribute, "buildtime"},
-    {ScriptValues::EpochAttribute, "epoch"},     {ScriptValues::GroupAttribute, "group"},
-    {ScriptValues::NameAttribute, "name"},       {ScriptValues::ReleaseAttribute, "release"},
-    {ScriptValues::RepoIdAttribute, "repoid"},   {ScriptValues::SizeAttribute, "size"},
-    {ScriptValues::SummaryAttribute, "summary"}, {ScriptValues::VersionAttribute, "version"},
+    {ScriptValues::EpochAttribute, "epoch"},     {ScriptValues::EvrAttribute, "evr"},
+    {ScriptValues::GroupAttribute, "group"},     {ScriptValues::NameAttribute, "name"},
+    {ScriptValues::ReleaseAttribute, "release"}, {ScriptValues::RepoIdAttribute, "repoid"},
+    {ScriptValues::SizeAttribute, "size"},       {ScriptValues::SummaryAttribute, "summary"},
+    {ScriptValues::VersionAttribute, "version"},
 };
 
 constexpr bool inOrder()
@@ -345,6 +346,15 @@ PyObject* ScriptValues::findRelation(PyObject* sequence, const char* name)
 
 QString ScriptValues::getVerRel(PyObject* pkg)
 {
+    // dnf stores the three parts as one text, and splits this text for each part. If the text has a release
+    // and no epoch, the text is already the result.
+    const PyRef joined(attribute(pkg, EvrAttribute));
+    if (joined && PyUnicode_Check(joined.get())) {
+        const QString text = pyString(joined.get());
+        if (text.contains(QLatin1Char('-')) && !text.contains(QLatin1Char(':'))) {
+            return text;
+        }
+    }
     PyRef epoch(attribute(pkg, EpochAttribute));
     QString epochText;
     if (epoch && PyLong_Check(epoch.get())) {
@@ -451,6 +461,13 @@ const char* ScriptValues::timeFormat(long time)
     static char text[64];
     formatTime(time, text);
     return text;
+}
+
+QString ScriptValues::timeText(quint64 time)
+{
+    char text[64];
+    formatTime(static_cast<long>(time), text);
+    return QString::fromLatin1(text);
 }
 
 const char* ScriptValues::dateFormat(long time)

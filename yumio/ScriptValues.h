@@ -56,6 +56,7 @@ public:
         ArchAttribute,
         BuildTimeAttribute,
         EpochAttribute,
+        EvrAttribute,
         GroupAttribute,
         NameAttribute,
         ReleaseAttribute,
@@ -105,6 +106,8 @@ public:
     // date now.
     static const char* dateFormat(long time);
     static const char* timeFormat(long time);
+    // Returns the text of timeFormat(). Several threads may call this function at the same time.
+    static QString timeText(quint64 time);
     // Converts a version of three numbers to 10000 * first + 100 * second + third. For example, "4.14.0"
     // becomes 41400.
     quint64 splitVersion(const QString& text);

@@ -23,6 +23,7 @@
 #include "yumio/Fields.h"
 #include "yumio/HistoryRecord.h"
 #include "yumio/Package.h"
+#include "yumio/RecordTexts.h"
 #include "yumio/Records.h"
 #include "yumio/ScriptValues.h"
 #include "yumio/StopRequest.h"
@@ -630,6 +631,7 @@ private:
     bool reapChildren();
 
     Records records;
+    RecordTexts recordTexts;
     VersionLocks versionLockState;
     QHash<QString, bool> localRepos; // whether each collected repository is local, by its identifier
     QVector<Advisory> advisoryList;

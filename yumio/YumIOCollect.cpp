@@ -79,6 +79,8 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable, Source source)
     progress->endItemActs();
     basearch = getYumVar(QStringLiteral("basearch"));
     localRepos.clear();
+    // After a failure too, no thread may use the records when this function returns.
+    const RecordTexts::Scope textsScope(recordTexts);
     const GarbageCollectorPause pause; // the records keep all package objects that the following steps make
     if (!collectUpdates() || !collectInstalledAndAvailable()) {
         return false;
@@ -510,10 +512,9 @@ void YumIO::collectPkg(Package::Entry*& slot, Package::State state, PyObject* pk
     entry->arch = arch;
     entry->biArch = getBiArch(arch);
     entry->size = sizeOf(pkg);
-    entry->sizeText = records.shared(bytesFormat(entry->size));
     entry->summary = pyStringDec(attribute(pkg, SummaryAttribute));
     entry->buildTime = buildTimeOf(pkg);
-    entry->buildTimeText = QString::fromLatin1(timeFormat(static_cast<long>(entry->buildTime)));
+    recordTexts.add(entry);
 }
 
 bool YumIO::collectGroups(PyObject* groups)

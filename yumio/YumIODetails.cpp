@@ -154,7 +154,7 @@ QString YumIO::timeOf(const Package::Entry& entry, const char* attr)
     }
     const quint64 seconds = pyTimeDec(time.release());
     // The install time is 0 if the package is not installed.
-    return seconds == 0 ? QString() : QString::fromLatin1(timeFormat(static_cast<long>(seconds)));
+    return seconds == 0 ? QString() : timeText(seconds);
 }
 
 QString YumIO::getFiles(const Package::Entry& entry)

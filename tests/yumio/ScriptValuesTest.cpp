@@ -310,6 +310,15 @@ private Q_SLOTS:
                                  << "2:1.2-3";
         QTest::newRow("epoch 2 as a text") << "Thing(version='1.2', release='3', epoch='2')"
                                            << "2:1.2-3";
+        QTest::newRow("all parts in one text") << "Thing(evr='1.2-3')"
+                                               << "1.2-3";
+        QTest::newRow("a text with an epoch") << "Thing(evr='2:1.2-3', version='1.2', release='3', epoch=2)"
+                                              << "2:1.2-3";
+        QTest::newRow("a text with the epoch 0")
+            << "Thing(evr='0:1.2-3', version='1.2', release='3', epoch=0)"
+            << "1.2-3";
+        QTest::newRow("a text without a release") << "Thing(evr='1.2', version='1.2', release='', epoch=0)"
+                                                  << "1.2";
         QTest::newRow("no release") << "Thing(version='1.2', release='', epoch=0)"
                                     << "1.2";
     }

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include <deque>
+#include <vector>
+
+#include <QtTest>
+
+#include "tests/support/TimeZone.h"
+#include "yumio/Package.h"
+#include "yumio/RecordTexts.h"
+
+class RecordTextsTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    Package::Entry* make(quint64 size, quint64 buildTime)
+    {
+        records.emplace_back();
+        records.back().size = size;
+        records.back().buildTime = buildTime;
+        return &records.back();
+    }
+
+    std::deque<Package::Entry> records; // a deque does not move its elements
+
+private Q_SLOTS:
+    void cleanup() { records.clear(); }
+
+    void recordsHaveTheirTextsAfterFinish()
+    {
+        const TimeZone zone("UTC");
+        RecordTexts texts;
+        const Package::Entry* first = make(1536, 1700000000);
+        const Package::Entry* second = make(0, 0);
+        for (Package::Entry& record : records) {
+            texts.add(&record);
+        }
+        texts.finish();
+        QCOMPARE(first->sizeText, QString("1.5Kb"));
+        QCOMPARE(first->buildTimeText, QString("Tue Nov 14 22:13:20 2023"));
+        QCOMPARE(second->sizeText, QString("0b"));
+        QCOMPARE(second->buildTimeText, QString("Thu Jan  1 00:00:00 1970"));
+    }
+
+    void thousandsOfRecordsHaveTheirTextsAfterFinish()
+    {
+        RecordTexts texts;
+        constexpr quint64 count = 10000;
+        for (quint64 i = 0; i < count; ++i) {
+            texts.add(make(10 + i % 90, i));
+        }
+        texts.finish();
+        for (const Package::Entry& record : records) {
+            QCOMPARE(record.sizeText, QString::number(record.size) + "b");
+            QVERIFY(!record.buildTimeText.isEmpty());
+        }
+    }
+
+    void recordsWithTheSameSizeShareTheMemoryOfTheirText()
+    {
+        RecordTexts texts;
+        const Package::Entry* first = make(5000, 1);
+        const Package::Entry* second = make(5000, 2);
+        for (Package::Entry& record : records) {
+            texts.add(&record);
+        }
+        texts.finish();
+        QCOMPARE(first->sizeText, QString("4.9Kb"));
+        QCOMPARE(static_cast<const void*>(first->sizeText.constData()),
+                 static_cast<const void*>(second->sizeText.constData()));
+    }
+
+    void recordsCanBeAddedAfterFinish()
+    {
+        RecordTexts texts;
+        texts.finish();
+        texts.add(make(11, 1));
+        texts.finish();
+        const Package::Entry* further = make(12, 2);
+        texts.add(&records.back());
+        texts.finish();
+        QCOMPARE(records.front().sizeText, QString("11b"));
+        QCOMPARE(further->sizeText, QString("12b"));
+    }
+
+    void theEndOfAScopeFinishesTheTexts()
+    {
+        RecordTexts texts;
+        {
+            const RecordTexts::Scope scope(texts);
+            texts.add(make(13, 3));
+        }
+        QCOMPARE(records.front().sizeText, QString("13b"));
+    }
+
+    void theDestructorFinishesTheTexts()
+    {
+        {
+            RecordTexts texts;
+            texts.add(make(14, 4));
+        }
+        QCOMPARE(records.front().sizeText, QString("14b"));
+    }
+};
+
+QTEST_GUILESS_MAIN(RecordTextsTest)
+#include "RecordTextsTest.moc"

@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include "yumio/RecordTexts.h"
+
+#include <system_error>
+
+#include "app/base/SignalsBlocked.h"
+#include "yumio/Package.h"
+#include "yumio/ScriptValues.h"
+
+namespace {
+
+// A larger number of records needs fewer wake-ups of the thread. A smaller number leaves less work for
+// finish().
+constexpr size_t recordsAtOnce = 1024;
+
+} // namespace
+
+RecordTexts::~RecordTexts()
+{
+    finish();
+}
+
+void RecordTexts::add(Package::Entry* entry)
+{
+    added.push_back(entry);
+    if (added.size() >= recordsAtOnce) {
+        pass();
+    }
+}
+
+void RecordTexts::pass()
+{
+    if (!thread.joinable()) {
+        // Signals are for the worker, which knows when it must not be interrupted.
+        const SignalsBlocked signalsBlocked;
+        try {
+            thread = std::thread(&RecordTexts::run, this);
+        } catch (const std::system_error&) {
+            // The system cannot start another thread, so this thread does the work.
+            format(added);
+            added.clear();
+            return;
+        }
+    }
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        passed.insert(passed.end(), added.begin(), added.end());
+    }
+    added.clear();
+    changed.notify_one();
+}
+
+void RecordTexts::finish()
+{
+    if (!added.empty()) {
+        pass();
+    }
+    if (thread.joinable()) {
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            ending = true;
+        }
+        changed.notify_one();
+        thread.join();
+        ending = false;
+    }
+    sizes.clear();
+}
+
+void RecordTexts::run()
+{
+    for (;;) {
+        Entries entries;
+        {
+            std::unique_lock<std::mutex> lock(mutex);
+            changed.wait(lock, [this] { return ending || !passed.empty(); });
+            if (passed.empty()) {
+                return;
+            }
+            entries.swap(passed);
+        }
+        format(entries);
+    }
+}
+
+void RecordTexts::format(const Entries& entries)
+{
+    for (Package::Entry* entry : entries) {
+        entry->sizeText = *sizes.insert(ScriptValues::bytesFormat(entry->size));
+        entry->buildTimeText = ScriptValues::timeText(entry->buildTime);
+    }
+}
