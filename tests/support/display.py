@@ -73,7 +73,9 @@ class VirtualDisplay:
             except subprocess.TimeoutExpired:
                 process.kill()
                 process.wait()
-        self._clean_up_after_server()
+        # A server that ends by itself removes its socket.
+        if self.started and self.started[0].returncode < 0:
+            self._clean_up_after_server()
         self.log.close()
         self.scratch.cleanup()
 
