@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "packagetable/Columns.h"
+#include "packagetable/SearchedTexts.h"
 #include "widgets/CaselessPattern.h"
 #include "widgets/HAbstractTableModel.h"
 #include "yumio/YumIO.h"
@@ -25,138 +26,15 @@ constexpr int quickTime = 30;
 // number of milliseconds. The result is only a hint.
 constexpr int longestHintTime = 1000;
 
-// The kinds of texts of a record. A search compares all of them with its expression.
-enum TextKind { FieldTexts, FileText, ChangeLogText, TextKindCount };
-
-template <typename Pattern> bool matchesText(const Pattern& pattern, TextKind kind, const QByteArray& text)
-{
-    return kind == FieldTexts ? pattern.matchesAny(text) : pattern.matches(text.constData());
-}
-
-// The texts of many records, in their packed blocks. Several threads may call match() at the same time. After
-// the user has stopped a search, its threads may still use the SearchedTexts, even after the deletion of the
-// records.
-class SearchedTexts
-{
-public:
-    explicit SearchedTexts(int records) : found(new std::atomic<bool>[static_cast<size_t>(records)]()) {}
-
-    // Adds the texts of one kind. Add the texts of the fields first, because a match in a field saves the
-    // comparison of the file list and the change log.
-    template <typename TextOf> void add(TextKind kind, int records, TextOf textOf)
-    {
-        QHash<const char*, size_t> numbers;
-        const char* address = nullptr; // the address of the last block
-        size_t number = 0;
-        std::vector<size_t> blockOf; // the number of the block of each text
-        std::vector<Text> added;
-        blockOf.reserve(static_cast<size_t>(records));
-        added.reserve(static_cast<size_t>(records));
-        // For each block: first the number of its texts, later the index in `texts` for its next text.
-        std::vector<size_t> places;
-        const size_t firstBlock = blocks.size();
-        for (int record = 0; record < records; ++record) {
-            const PackedText* const text = textOf(record);
-            if (text == nullptr) {
-                continue;
-            }
-            if (text->blockAddress() != address || blockOf.empty()) {
-                address = text->blockAddress();
-                const auto known = numbers.constFind(address);
-                number = known != numbers.constEnd() ? *known : places.size();
-                if (known == numbers.constEnd()) {
-                    numbers.insert(address, number);
-                    places.push_back(0);
-                    blocks.push_back({kind, *text, 0, 0});
-                }
-            }
-            ++places[number];
-            blockOf.push_back(number);
-            added.push_back({record, text->position()});
-        }
-        size_t place = texts.size();
-        for (size_t i = 0; i < places.size(); ++i) {
-            blocks[firstBlock + i].first = place;
-            place = std::exchange(places[i], place) + place;
-            blocks[firstBlock + i].end = place;
-        }
-        texts.resize(place);
-        for (size_t i = 0; i < added.size(); ++i) {
-            texts[places[blockOf[i]]++] = added[i];
-        }
-    }
-
-    size_t blockCount() const { return blocks.size(); }
-
-    // Compares the texts of a block, except the texts of records that are known to match. Returns whether a
-    // text of the block matches.
-    bool match(const Expression& pattern, size_t index)
-    {
-        thread_local TextUnpacker unpacker; // keeps its memory for the next block
-        const Block& block = blocks[index];
-        bool any = false;
-        for (size_t i = block.first; i < block.end && !stopped; ++i) {
-            std::atomic<bool>& matching = found[static_cast<size_t>(texts[i].record)];
-            if (!matching &&
-                matchesText(pattern, block.kind, unpacker.text(block.packed, texts[i].position))) {
-                matching = true;
-                any = true;
-            }
-        }
-        return any;
-    }
-    // Returns whether a text of the block matches.
-    bool matchesIgnoringCase(const CaselessPattern& pattern, size_t index) const
-    {
-        thread_local TextUnpacker unpacker;
-        const Block& block = blocks[index];
-        for (size_t i = block.first; i < block.end && !stopped; ++i) {
-            if (matchesText(pattern, block.kind, unpacker.text(block.packed, texts[i].position))) {
-                return true;
-            }
-        }
-        return false;
-    }
-    // After this call, each running match() ends after its current text, and later calls of match() compare
-    // no text.
-    void stop() { stopped = true; }
-
-    bool isFound(int record) const { return found[static_cast<size_t>(record)]; }
-
-private:
-    struct Text
-    {
-        int record = 0;
-        qint32 position = 0; // the position of the text in its block
-    };
-    struct Block
-    {
-        TextKind kind;
-        PackedText packed; // one of the block's texts, for access to the block
-        size_t first;      // the index of the block's first text in `texts`
-        size_t end;
-    };
-
-    std::vector<Block> blocks;
-    std::vector<Text> texts;
-    std::unique_ptr<std::atomic<bool>[]> found; // for each record, whether one of its texts matches
-    std::atomic<bool> stopped{false};
-};
-
 // Returns the texts that a search compares, for the records of these rows.
 std::shared_ptr<SearchedTexts> textsOf(YumIO& yumIO, const QVector<int>& rows)
 {
-    auto texts = std::make_shared<SearchedTexts>(rows.count());
-    const auto addTexts = [&yumIO, &rows, &texts](TextKind kind, PackedText Package::Entry::*text) {
-        texts->add(kind, rows.count(), [&yumIO, &rows, kind, text](int place) {
-            const Package::Entry* entry = yumIO[rows.at(place)];
-            return kind == FieldTexts || entry->kind != Package::Group ? &(entry->*text) : nullptr;
-        });
-    };
-    addTexts(FieldTexts, &Package::Entry::searchTexts);
-    addTexts(FileText, &Package::Entry::searchFiles);
-    addTexts(ChangeLogText, &Package::Entry::searchChangeLog);
-    return texts;
+    QVector<const Package::Entry*> records;
+    records.reserve(rows.count());
+    for (const int row : rows) {
+        records.append(yumIO[row]);
+    }
+    return std::make_shared<SearchedTexts>(records);
 }
 
 } // namespace
@@ -859,10 +737,13 @@ void SortFilterProxyModel::prepareTexts()
 // unpacks a block only once.
 bool SortFilterProxyModel::matchesAnyText(const Package::Entry& entry) const
 {
-    return matchesText(pattern, FieldTexts, unpackers[FieldTexts].text(entry.searchTexts)) ||
+    const auto isMatch = [this, &entry](SearchedTexts::Kind kind) {
+        return SearchedTexts::matchesText(pattern, kind,
+                                          unpackers[kind].text(SearchedTexts::textOf(entry, kind)));
+    };
+    return isMatch(SearchedTexts::Fields) ||
            (entry.kind != Package::Group &&
-            (matchesText(pattern, FileText, unpackers[FileText].text(entry.searchFiles)) ||
-             matchesText(pattern, ChangeLogText, unpackers[ChangeLogText].text(entry.searchChangeLog))));
+            (isMatch(SearchedTexts::Files) || isMatch(SearchedTexts::ChangeLog)));
 }
 
 bool SortFilterProxyModel::matchesAnyField(const Package::Entry& entry) const

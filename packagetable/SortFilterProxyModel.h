@@ -21,6 +21,7 @@
 
 #include "packagetable/PackageTable.h"
 #include "packagetable/Preparation.h"
+#include "packagetable/SearchedTexts.h"
 #include "widgets/Expression.h"
 #include "widgets/HSortFilterProxyModel.h"
 #include "yumio/Package.h"
@@ -196,7 +197,7 @@ private:
     mutable std::vector<int> nameRanks;
     mutable QByteArray visible;           // the visible texts of all rows; a zero byte ends each row
     mutable std::vector<int> visibleFrom; // the start of each row in `visible`
-    mutable TextUnpacker unpackers[3];    // for the three kinds of search texts
+    mutable TextUnpacker unpackers[SearchedTexts::KindCount];
 };
 
 } // namespace PackageTable

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+// The texts that a search compares with an expression, in their packed blocks. The threads of the search
+// compare the texts block by block, so they unpack each block only once.
+//
+// The graphical thread creates a SearchedTexts and shares it with the threads. Several threads may call
+// match() and matchesIgnoringCase() at the same time. After the user has stopped a search, its threads may
+// still use the SearchedTexts, even after the deletion of the records.
+
+#ifndef PACKAGETABLE_SEARCHEDTEXTS_H
+#define PACKAGETABLE_SEARCHEDTEXTS_H
+
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include <QByteArray>
+#include <QVector>
+
+#include "yumio/PackedTexts.h"
+
+class CaselessPattern;
+class Expression;
+namespace Package {
+class Entry;
+}
+
+namespace PackageTable {
+
+class SearchedTexts
+{
+public:
+    // The kinds of texts of a record. A search compares all of them with its expression.
+    enum Kind { Fields, Files, ChangeLog, KindCount };
+
+    // The records must have their texts. The constructor copies references to the texts, so the records need
+    // not exist afterwards.
+    explicit SearchedTexts(const QVector<const Package::Entry*>& records);
+
+    size_t blockCount() const { return blocks.size(); }
+    // Compares the texts of a block, except the texts of records that are known to match. Returns whether a
+    // text of the block matches.
+    bool match(const Expression& pattern, size_t index);
+    // Returns whether a text of the block matches.
+    bool matchesIgnoringCase(const CaselessPattern& pattern, size_t index) const;
+    // After this call, each running comparison ends after its current text, and later calls of match() and
+    // matchesIgnoringCase() compare no text.
+    void stop() { stopped = true; }
+    // Returns whether a comparison has found a match in the record with this index.
+    bool isFound(int record) const { return found[static_cast<size_t>(record)]; }
+
+    static const PackedText& textOf(const Package::Entry& record, Kind kind);
+    // `text` is an unpacked text of this kind. `Pattern` is Expression or CaselessPattern.
+    template <typename Pattern>
+    static bool matchesText(const Pattern& pattern, Kind kind, const QByteArray& text)
+    {
+        return kind == Fields ? pattern.matchesAny(text) : pattern.matches(text.constData());
+    }
+
+private:
+    struct Text
+    {
+        int record = 0;
+        qint32 position = 0; // the position of the text in its block
+    };
+    struct Block
+    {
+        Kind kind;
+        PackedText packed; // one of the block's texts, for access to the block
+        size_t first;      // the index of the block's first text in `texts`
+        size_t end;
+    };
+
+    void add(Kind kind, const QVector<const Package::Entry*>& records);
+
+    std::vector<Block> blocks;
+    std::vector<Text> texts;
+    std::unique_ptr<std::atomic<bool>[]> found; // for each record, whether one of its texts matches
+    std::atomic<bool> stopped{false};
+};
+
+} // namespace PackageTable
+
+#endif

@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include <memory>
+#include <vector>
+
+#include <QtTest>
+
+#include "packagetable/SearchedTexts.h"
+#include "widgets/CaselessPattern.h"
+#include "widgets/Expression.h"
+#include "yumio/Package.h"
+
+using PackageTable::SearchedTexts;
+
+class SearchedTextsTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    // Each of the fields ends with a zero byte. All texts of one kind are in the same block.
+    void add(const QByteArray& fields, const QByteArray& files, const QByteArray& changeLog,
+             Package::Kind kind = Package::Ordinary)
+    {
+        records.push_back(std::make_unique<Package::Entry>());
+        Package::Entry& record = *records.back();
+        record.kind = kind;
+        fieldPacker->add(record.searchTexts, fields.constData(), static_cast<size_t>(fields.size()));
+        filePacker->add(record.searchFiles, files.constData(), static_cast<size_t>(files.size()));
+        changeLogPacker->add(record.searchChangeLog, changeLog.constData(),
+                             static_cast<size_t>(changeLog.size()));
+    }
+    void make()
+    {
+        fieldPacker->finish();
+        filePacker->finish();
+        changeLogPacker->finish();
+        QVector<const Package::Entry*> all;
+        for (const auto& record : records) {
+            all.append(record.get());
+        }
+        texts = std::make_unique<SearchedTexts>(all);
+    }
+    // Compares all blocks with the expression. Returns the indexes of the records that match.
+    QVector<int> search(const QString& expression)
+    {
+        Expression pattern;
+        pattern.compile(expression);
+        for (size_t block = 0; block < texts->blockCount(); ++block) {
+            texts->match(pattern, block);
+        }
+        QVector<int> found;
+        for (int record = 0; record < static_cast<int>(records.size()); ++record) {
+            if (texts->isFound(record)) {
+                found.append(record);
+            }
+        }
+        return found;
+    }
+
+    std::vector<std::unique_ptr<Package::Entry>> records;
+    std::unique_ptr<TextPacker> fieldPacker;
+    std::unique_ptr<TextPacker> filePacker;
+    std::unique_ptr<TextPacker> changeLogPacker;
+    std::unique_ptr<SearchedTexts> texts;
+
+private Q_SLOTS:
+    void init()
+    {
+        fieldPacker = std::make_unique<TextPacker>();
+        filePacker = std::make_unique<TextPacker>();
+        changeLogPacker = std::make_unique<TextPacker>();
+    }
+
+    void cleanup()
+    {
+        texts.reset();
+        records.clear();
+    }
+
+    void recordsAreFoundByAnyKindOfText()
+    {
+        add(QByteArray("anvil\0heavy\0", 12), "/usr/bin/anvil", "- first");
+        add(QByteArray("bellows\0", 8), "/usr/bin/heavy", "- second");
+        add(QByteArray("crane\0", 6), "/usr/bin/crane", "- less heavy");
+        add(QByteArray("drill\0", 6), "/usr/bin/drill", "- third");
+        make();
+        QCOMPARE(search("heavy"), (QVector<int>{0, 1, 2}));
+    }
+
+    void eachFieldIsComparedSeparately()
+    {
+        add(QByteArray("anvil\0heavy\0", 12), "", "");
+        make();
+        QCOMPARE(search("^heavy$"), (QVector<int>{0}));
+        texts.reset();
+        make();
+        QCOMPARE(search("anvil.*heavy"), QVector<int>());
+    }
+
+    void theFilesAndTheChangeLogOfAGroupAreNotCompared()
+    {
+        add(QByteArray("tools\0", 6), "/usr/bin/anvil", "- anvil", Package::Group);
+        make();
+        QCOMPARE(search("anvil"), QVector<int>());
+        QCOMPARE(search("tools"), (QVector<int>{0}));
+    }
+
+    void recordsWithoutTextsMatchAnEmptyText()
+    {
+        records.push_back(std::make_unique<Package::Entry>());
+        records.back()->kind = Package::Ordinary;
+        make();
+        QCOMPARE(search("anvil"), QVector<int>());
+        QCOMPARE(search("^$"), (QVector<int>{0}));
+    }
+
+    void withoutRecordsNoBlockIsCompared()
+    {
+        make();
+        QCOMPARE(texts->blockCount(), size_t(0));
+    }
+
+    void aBlockIsComparedOnce()
+    {
+        constexpr int count = 100;
+        for (int i = 0; i < count; ++i) {
+            add("name" + QByteArray::number(i) + '\0', "/file" + QByteArray::number(i),
+                "- change " + QByteArray::number(i));
+        }
+        make();
+        QCOMPARE(texts->blockCount(), size_t(SearchedTexts::KindCount));
+        QCOMPARE(search("e42$"), (QVector<int>{42}));
+    }
+
+    void matchReturnsWhetherTheBlockHasANewMatch()
+    {
+        add(QByteArray("anvil\0", 6), "/usr/bin/anvil", "");
+        make();
+        Expression pattern;
+        pattern.compile("anvil");
+        QVERIFY(texts->match(pattern, 0));
+        QVERIFY(!texts->match(pattern, 1)); // the field of the record has already matched
+    }
+
+    void aSearchWithoutRegardToTheLetterCaseFindsABlock()
+    {
+        add(QByteArray("Anvil\0", 6), "/usr/bin/x", "");
+        make();
+        const CaselessPattern pattern("aNVIL");
+        QVERIFY(texts->matchesIgnoringCase(pattern, 0));
+        QVERIFY(!texts->matchesIgnoringCase(pattern, 1));
+        QVERIFY(!texts->isFound(0));
+    }
+
+    void afterAStopNoTextIsCompared()
+    {
+        add(QByteArray("anvil\0", 6), "/usr/bin/anvil", "- anvil");
+        make();
+        texts->stop();
+        QCOMPARE(search("anvil"), QVector<int>());
+        QVERIFY(!texts->matchesIgnoringCase(CaselessPattern("anvil"), 0));
+    }
+
+    void theTextsRemainAfterTheDeletionOfTheRecords()
+    {
+        add(QByteArray("anvil\0", 6), "/usr/bin/anvil", "");
+        make();
+        records.clear();
+        Expression pattern;
+        pattern.compile("anvil");
+        QVERIFY(texts->match(pattern, 0));
+        QVERIFY(texts->isFound(0));
+    }
+};
+
+QTEST_GUILESS_MAIN(SearchedTextsTest)
+#include "SearchedTextsTest.moc"
