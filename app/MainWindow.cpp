@@ -5,13 +5,11 @@
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
-#include <QCloseEvent>
 #include <QComboBox>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QLabel>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QTimer>
 #include <QWindow>
@@ -25,7 +23,6 @@
 #include "app/ErrorWatch.h"
 #include "app/HistoryCommand.h"
 #include "app/KeptLayout.h"
-#include "app/Manuals.h"
 #include "app/Notice.h"
 #include "app/OutcomeLine.h"
 #include "app/StopButton.h"
@@ -40,7 +37,6 @@
 #include "repo/RepoEditorDialog.h"
 #include "repo/YumConfIO.h"
 #include "services/HProgressBar.h"
-#include "services/LogWindow.h"
 #include "widgets/ExpressionEdit.h"
 #include "widgets/HFrameLabel.h"
 #include "widgets/HMenu.h"
@@ -558,194 +554,6 @@ bool MainWindow::carryOut(const std::function<bool()>& operation, Kept kept)
     setReady(true);
     focusTable();
     return done;
-}
-
-void MainWindow::quit()
-{
-    if (quitting()) {
-        return;
-    }
-    // The running operation must end first: it may be a transaction, which must not be interrupted.
-    if (yumIO->isWorking()) {
-        closeLater();
-        return;
-    }
-    saveLayout();
-    // `yumIO` becomes null, because from now on, no other function may use the back end.
-    YumIO* const ending = yumIO;
-    yumIO = nullptr;
-    ending->clearEntriesBeforeQuit();
-    model->reset();
-    if (logWindow != nullptr && logWindow->isVisible()) {
-        logWindow->hide();
-    }
-    closing = ending;
-    close();
-    closing = nullptr;
-    delete ending;
-}
-
-void MainWindow::stop()
-{
-    if (!quitting()) {
-        yumIO->stop();
-    }
-}
-
-void MainWindow::showStopState()
-{
-    if (!quitting()) {
-        stopButton->showState(yumIO->stopState());
-    }
-}
-
-// Called while the back end works. If the work can be stopped, the window closes when the work has stopped.
-// Otherwise, the window stays open, and a notice gives the reason.
-void MainWindow::closeLater()
-{
-    if (yumIO->stop()) {
-        closeWanted = true;
-    } else {
-        QApplication::beep();
-        const QString refusal = yumIO->isChangingSystem()
-                                    ? tr("VYRE cannot close while it changes packages")
-                                    : tr("VYRE cannot close before the current work is complete");
-        if (refusal != loggedRefusal) {
-            notice->withdraw(loggedRefusal);
-            loggedRefusal = refusal;
-            yumIO->log(Log::Warning, 0, refusal);
-        }
-        showNotice(refusal);
-    }
-}
-
-// Removes the notice that explains why the window stays open. Called when an operation begins or ends.
-void MainWindow::endRefusal()
-{
-    notice->withdraw(loggedRefusal);
-    loggedRefusal.clear();
-}
-
-bool MainWindow::isChangingSystem() const
-{
-    return !quitting() && yumIO->isChangingSystem();
-}
-
-void MainWindow::finish(bool displayIsThere)
-{
-    if (quitting()) {
-        if (closing != nullptr) {
-            closing->finish(displayIsThere);
-        }
-        return;
-    }
-    if (displayIsThere) {
-        saveLayout();
-    }
-    yumIO->finish(displayIsThere);
-}
-
-void MainWindow::closeEvent(QCloseEvent* event)
-{
-    closeWanted = false;
-    if (!quitting() && yumIO->isWorking()) {
-        closeLater();
-        event->ignore();
-        return;
-    }
-    event->accept();
-    quit();
-}
-
-void MainWindow::displayLog()
-{
-    if (logWindow == nullptr) {
-        logWindow = new Log::Window(yumIO->logEntries(), this);
-        new WindowSizeKeeper(QStringLiteral("LogWindow"), logWindow);
-    }
-    notice->logOpened();
-    logWindow->show();
-    logWindow->raise();
-    logWindow->activateWindow();
-}
-
-void MainWindow::displayLogFrom(int entry)
-{
-    if (!quitting()) {
-        displayLog();
-        logWindow->showFrom(entry);
-    }
-}
-
-void MainWindow::openPage(const QString& address)
-{
-    Manuals::openPage(this, address);
-}
-
-void MainWindow::manualHtml()
-{
-    showFault(Manuals::openHtml(this));
-}
-
-void MainWindow::manualPdf()
-{
-    showFault(Manuals::openPdf(this));
-}
-
-void MainWindow::showFault(const QString& text)
-{
-    if (!text.isEmpty()) {
-        warnAndNotice(text);
-    }
-}
-
-void MainWindow::warnAndNotice(const QString& text)
-{
-    if (!quitting()) {
-        yumIO->log(Log::Warning, 0, text);
-        showNotice(text);
-    }
-}
-
-void MainWindow::showNotice(const QString& text)
-{
-    notice->showText(text);
-}
-
-void MainWindow::about()
-{
-    if (aboutBox == nullptr) {
-        // QMessageBox::about() is unsuitable, because it runs an event loop. If an operation ended during
-        // this loop, the operation would have to wait for the end of the loop.
-        aboutBox = new QMessageBox(
-            QMessageBox::NoIcon, tr("About"),
-            tr("<h3>VYRE %1</h3><hr><p>VYRE, Vyrecraft, is a graphical user interface which allows a user to "
-               "make "
-               "modifications to the installed rpm packages on a "
-               "system.</p><p>Capabilities:<p><ul><li>Install "
-               "new "
-               "packages or update existing packages by downloading them from a yum package "
-               "repository</li><li>Remove "
-               "existing packages.</li><li>Configure sets of repositories from which to obtain new and "
-               "updated "
-               "packages.</li><li>Examine installed packages or packages available for installation or "
-               "update</li><li>Install, update, or remove groups of packages</li><li>Install or update "
-               "suites of "
-               "packages</li></ul><p>For more information, see <a "
-               "href=\"https://vyre.example/\">https://vyre.example/</a>.</p>")
-                .arg(QStringLiteral(VYRE_VERSION)),
-            QMessageBox::Ok, this);
-        aboutBox->setIconPixmap(windowIcon().pixmap(64));
-        aboutBox->setModal(false);
-        // Let openPage() open the web page: Qt itself would start the browser with the rights of root.
-        for (QLabel* label : aboutBox->findChildren<QLabel*>()) {
-            label->setOpenExternalLinks(false);
-            connect(label, SIGNAL(linkActivated(const QString&)), this, SLOT(openPage(const QString&)));
-        }
-    }
-    aboutBox->show();
-    aboutBox->raise();
-    aboutBox->activateWindow();
 }
 
 void MainWindow::warnUnlistedActions()
