@@ -3968,6 +3968,14 @@ Im Fenster „Verlauf“ (Strg+H) vollendet „Wiederholen“ sie.</translation>
         <source>(result not recorded)</source>
         <translation>(Ergebnis nicht aufgezeichnet)</translation>
     </message>
+    <message>
+        <source>Reading the recorded transactions</source>
+        <translation>Die aufgezeichneten Transaktionen werden gelesen</translation>
+    </message>
+    <message>
+        <source>Finding the packages of the recorded transactions</source>
+        <translation>Die Pakete der aufgezeichneten Transaktionen werden ermittelt</translation>
+    </message>
 </context>
 <context>
     <name>YumIOCapturers</name>

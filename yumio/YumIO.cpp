@@ -115,6 +115,8 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO",
                       "You can remove the downloaded packages with Clean Packages in the Cache menu."),
     QT_TRANSLATE_NOOP("YumIO", "Finding the marks that can be applied"),
+    QT_TRANSLATE_NOOP("YumIO", "Reading the recorded transactions"),
+    QT_TRANSLATE_NOOP("YumIO", "Finding the packages of the recorded transactions"),
     QT_TRANSLATE_NOOP("YumIO", "{} is not newer than the installed version."),
     QT_TRANSLATE_NOOP("YumIO", "The transaction failed for:"),
     QT_TRANSLATE_NOOP("YumIO", "The scriptlet of {} failed."),

@@ -91,7 +91,7 @@ with ownPackage():
     from vyre.program import tr
     from vyre.progress import RPMTransaction
     from vyre.replaying import resolveReplay
-    from vyre.resolving import resolveMarks
+    from vyre.resolving import resolveMarks, stepOfResolution
     from vyre.space import spaceHint
     from vyre.stopping import endIfStopped
     from vyre.transactions import describeTransaction, readTransactions
@@ -417,7 +417,7 @@ class YumIO:
             base.reset(goal=True)
             # runTransaction() repeats this check before rpm's work. This first check prevents a useless listing and
             # download.
-            with DatabaseLock(tr('Resolve Dependencies')):
+            with DatabaseLock(stepOfResolution()):
                 self._checkCurrent()
             resolved = resolve()
             endIfStopped()

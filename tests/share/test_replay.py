@@ -466,3 +466,98 @@ class UndoTest(ReplayTest):
         self.assertEqual(str(caught.exception), fault)
         sys.modules["dnf.cli.commands.history"] = None
         self.assertIn("It cannot undo transactions", self.yumio.lacksReplay())
+
+
+class ReplayStepsTest(ReplayTest):
+    """Tests of the steps before the listing, which take seconds if an operation undoes thousands of transactions."""
+
+    def two_transactions(self, **given):
+        """Carries out two transactions. Returns the number of the transaction before them."""
+        self.load(**given)
+        self.yumio.lock()
+        self.collect()
+        self.apply(installs=["astrolabe"])
+        before = self.newest()[0] - 1
+        self.again()
+        self.apply(installs=["loupe"], updates=["abacus-cli"])
+        self.again()
+        return before
+
+    def counted(self, place, name):
+        """Replaces a function of dnf. The result is a list that gets an item for each call."""
+        calls = []
+        function = getattr(place, name)
+
+        def count(*arguments):
+            calls.append(arguments)
+            return function(*arguments)
+
+        setattr(place, name, count)
+        return calls
+
+    @in_own_process
+    def test_the_progress_bar_shows_each_step_before_the_listing(self):
+        before = self.two_transactions()
+        shown = []
+        self.module("program").changeActivity = shown.append
+        self.replay("rollback", before, answers=[0])
+        self.assertEqual(shown, ["Reading the recorded transactions",
+                                 "Finding the packages of the recorded transactions", "Resolve Dependencies"])
+
+    @in_own_process
+    def test_a_stop_takes_effect_between_two_packages_of_the_recorded_transactions(self):
+        wanted = [False]
+        before = self.two_transactions(stopWanted=lambda last: wanted[0])
+        from dnf.cli.commands import history
+        find = history.TransactionReplay._replay_pkg_action
+        serialize = history.serialize_transaction
+        for last in (0, 1, 3):
+            found = []
+
+            def count(*arguments):
+                found.append(None)
+                wanted[0] = len(found) == last
+                return find(*arguments)
+
+            history.TransactionReplay._replay_pkg_action = count
+            wanted[0] = last == 0
+            reads = self.counted(history, "serialize_transaction")
+            installed = self.sandbox.installed()
+            with self.assertRaisesRegex(self.dnf.exceptions.Error, "^Stopped[.]$"):
+                self.replay("rollback", before, answers=())
+            # If the stop is requested before the first package, the script does not read the transactions either.
+            self.assertEqual((len(found), len(reads)), (last, int(last > 0)))
+            self.assertEqual(self.recording.of("listTransaction"), [])
+            self.assertEqual(self.sandbox.installed(), installed)
+            history.serialize_transaction = serialize
+        # After a stop, the same transactions can be undone.
+        wanted[0] = False
+        history.TransactionReplay._replay_pkg_action = find
+        self.assertEqual(self.changes(self.replay, "rollback", before),
+                         ({"abacus-cli-3.2.1-1.x86_64"},
+                          {"abacus-cli-3.3.0-2.x86_64", "astrolabe-5.6-1.x86_64", "loupe-45.0-1.x86_64"}))
+
+    @in_own_process
+    def test_the_recorded_transactions_are_read_once_even_if_some_changes_are_impossible(self):
+        self.started()
+        self.apply(installs=["astrolabe"])
+        self.again()
+        before = self.newest()[0]
+        self.apply(removes=["lexicon-en"])
+        self.again()
+        self.apply(removes=["almanac"])
+        os.unlink(self.repository_file("sandbox-file"))
+        self.again()
+        from dnf.cli.commands import history
+        reads = self.counted(history, "serialize_transaction")
+        function = history.serialize_transaction
+        introduced = []
+        self.module("program").addBeforeListing = introduced.append
+        self.assertEqual(self.changes(self.replay, "rollback", before, answers=[1, 1]),
+                         ({"almanac-1.9-1.noarch"}, set()))
+        self.assertIn("Cannot find rpm nevra \"lexicon-en-2023.1-1.noarch\".", self.recording.printed())
+        self.assertEqual(len(reads), 1)
+        # The question has named the impossible change, so the listing does not repeat it.
+        self.assertEqual(introduced, ["This undoes all transactions after transaction %d.\n\n" % before])
+        # The script has restored dnf's function.
+        self.assertIs(history.serialize_transaction, function)

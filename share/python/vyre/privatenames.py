@@ -74,16 +74,17 @@ RPMKEYS_NAMES = ('_find_rpmkeys_binary', '_process_rpm_output', '_verifyPackageU
 # no version locks.
 VERSIONLOCK_NAMES = ('VersionLockCommand', '_match', '_read_locklist', 'locklist_fn')
 
-# The private names that the script needs to undo or repeat a recorded transaction. dnf before version 4.4 lacks them.
-REPLAY_NAMES = ('_hcmd_redo', '_hcmd_rollback', '_hcmd_undo')
+# The names in dnf's history command, and in its module, that the script needs to undo or repeat a recorded transaction.
+# dnf before version 4.4 lacks them.
+REPLAY_NAMES = ('_hcmd_redo', '_hcmd_rollback', '_hcmd_undo', 'serialize_transaction')
 
 
 def lacksReplay():
     """The reason why the script cannot undo or repeat recorded transactions; empty if the script can do both."""
     try:
         importlib.import_module('dnf.transaction_sr')
-        command = importlib.import_module('dnf.cli.commands.history').HistoryCommand
-        missing = [name for name in REPLAY_NAMES if not hasattr(command, name)]
+        module = importlib.import_module('dnf.cli.commands.history')
+        missing = [name for name in REPLAY_NAMES if not (hasattr(module, name) or hasattr(module.HistoryCommand, name))]
     except ImportError as e:
         missing = [str(e)]
     if not missing:

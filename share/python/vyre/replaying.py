@@ -9,14 +9,16 @@ import types
 
 import dnf.exceptions
 import dnf.i18n
-import dnf.subject
 import hawkey
 
 from . import versionlock
 from .listing import otherSections
+from .output import showActivity
 from .privatenames import lacksReplay
 from .program import tr, yumIOC
 from .reasons import nothingToDo
+from .resolving import stepOfResolution
+from .stopping import endIfStopped
 
 # The kinds of operations. The values are the names of the commands of "dnf history".
 UNDO, ROLLBACK, REDO = 'undo', 'rollback', 'redo'
@@ -40,22 +42,67 @@ class Notes(logging.Handler):
         logging.getLogger('dnf').removeHandler(self)
 
 
-def replayed(base, kind, number, skip):
-    """Add to dnf's goal the changes that undo or repeat a recorded transaction. Return dnf's replay object. skip:
-    whether to leave out impossible changes; if false, an impossible change causes an exception.
+class Interruptible(list):
+    """A list whose iteration raises an exception when the user stops the operation."""
+
+    def __iter__(self):
+        for item in super(Interruptible, self).__iter__():
+            endIfStopped()
+            yield item
+
+
+def interruptible(serialize):
+    """Returns a function that reads a transaction as `serialize` does, which is a function of dnf. The lists in the
+    result are interruptible, because dnf needs seconds to find the packages of thousands of recorded transactions.
     """
-    from dnf.cli.commands.history import HistoryCommand  # import here: this import loads the whole dnf command
+    def read(transaction):
+        endIfStopped()
+        data = serialize(transaction)
+        for key, value in data.items():
+            if isinstance(value, list):
+                data[key] = Interruptible(value)
+        showActivity(tr('Finding the packages of the recorded transactions'))
+        return data
+    return read
+
+
+def replayed(base, kind, number):
+    """Add to dnf's goal the changes that undo or repeat a recorded transaction. Return dnf's replay object, and dnf's
+    errors about impossible changes.
+    """
+    from dnf.cli.commands import history  # import here: this import loads the whole dnf command
+    from dnf.transaction_sr import TransactionReplayError
+    showActivity(tr('Reading the recorded transactions'))
     # HistoryCommand uses only the attributes that this function sets.
     line = types.SimpleNamespace(base=base)
     base.output = types.SimpleNamespace(history=base.history)
+    serialize = history.serialize_transaction
+    history.serialize_transaction = interruptible(serialize)
+    errors = []
     try:
-        command = HistoryCommand(line)
-        command.opts = types.SimpleNamespace(skip_unavailable=skip)
+        command = history.HistoryCommand(line)
+        command.opts = types.SimpleNamespace(skip_unavailable=False)
         prepare = {UNDO: command._hcmd_undo, ROLLBACK: command._hcmd_rollback, REDO: command._hcmd_redo}[kind]
         prepare([number])
+    except TransactionReplayError as e:
+        errors = e.errors
     finally:
+        history.serialize_transaction = serialize
         del base.output
-    return command.replay
+    return command.replay, errors
+
+
+def withoutImpossible(base, replay):
+    """Add to dnf's goal the possible changes of this replay object. Return the replay object that adds these changes.
+    """
+    from dnf.transaction_sr import TransactionReplay
+    base.reset(goal=True)
+    # Use the data of the first object, because dnf needs long to read thousands of recorded transactions.
+    # HistoryCommand sets the same options.
+    possible = TransactionReplay(base, data=replay.get_data(), ignore_installed=True, ignore_extras=True,
+                                 skip_unavailable=True)
+    possible.run()
+    return possible
 
 
 def explained(base, errors):
@@ -63,29 +110,21 @@ def explained(base, errors):
     excludes this package, a sentence with this reason replaces dnf's text.
     """
     _, locks = versionlock.versionLocks(base) or ('', {})
-    return [reasonOfExclusion(base, str(error), locks) or str(error) for error in errors]
-
-
-def reasonOfExclusion(base, text, locks):
-    """The reason why dnf does not find a package, although a repository has this package; otherwise empty. text: dnf's
-    error message, which names the package.
-
-    locks: a dictionary from names to the lines that lock their versions.
-    """
+    everything = base.sack.query(flags=hawkey.IGNORE_REGULAR_EXCLUDES)
+    excluded = {str(package): package.name for package in everything.difference(base.sack.query())}
     # This is dnf's text about a package that it cannot find.
     start, _, end = dnf.i18n._('Cannot find rpm nevra "{nevra}".').partition('{nevra}')
-    if not text.startswith(start) or not text.endswith(end):
-        return ''
-    nevra = text[len(start):len(text) - len(end)]
-    everything = base.sack.query(flags=hawkey.IGNORE_REGULAR_EXCLUDES)
-    found = dnf.subject.Subject(nevra).get_best_query(base.sack, with_nevra=True, with_provides=False,
-                                                      with_filenames=False, query=everything).run()
-    if not found:
-        return ''
-    name = found[0].name
-    if name in locks:
-        return tr('{}: the version of {} is locked by {}').format(nevra, name, locks[name])
-    return tr('{}: the configuration or a plug-in excludes this version').format(nevra)
+
+    def explain(text):
+        nevra = text[len(start):len(text) - len(end)] if text.startswith(start) and text.endswith(end) else ''
+        if nevra not in excluded:
+            return text
+        name = excluded[nevra]
+        if name in locks:
+            return tr('{}: the version of {} is locked by {}').format(nevra, name, locks[name])
+        return tr('{}: the configuration or a plug-in excludes this version').format(nevra)
+
+    return [explain(str(error)) for error in errors]
 
 
 def introduction(base, kind, number):
@@ -113,19 +152,16 @@ def resolveReplay(base, kind, number):
     if missing:
         raise dnf.exceptions.Error(missing)
     from dnf.transaction_sr import TransactionReplayError
-    errors, impossible = [], []
+    impossible = []
     with Notes() as notes:
+        replay, errors = replayed(base, kind, number)
+    if errors:
+        impossible = explained(base, errors)
         try:
-            replay = replayed(base, kind, number, False)
-        except TransactionReplayError as e:
-            errors = [str(each) for each in e.errors]
-            impossible = explained(base, errors)
-            del notes.lines[:]
-            base.reset(goal=True)
-            try:
-                replay = replayed(base, kind, number, True)
-            except TransactionReplayError as again:
-                raise impossibility(explained(base, again.errors))
+            replay = withoutImpossible(base, replay)
+        except TransactionReplayError as again:
+            raise impossibility(explained(base, again.errors))
+    showActivity(stepOfResolution())
     try:
         base.resolve()
     except dnf.exceptions.DepsolveError as e:
@@ -142,5 +178,6 @@ def resolveReplay(base, kind, number):
         if yumIOC.userconfirm() != 1:
             return False
     base.introduction.append(introduction(base, kind, number))
-    base.introduction += notes.lines + [line for line in replay.get_warnings() if line not in errors]
+    reported = set(str(error) for error in errors)
+    base.introduction += notes.lines + [line for line in replay.get_warnings() if line not in reported]
     return True

@@ -22,6 +22,11 @@ from .stopping import endIfStopped
 from .updates import findUpdates
 
 
+def stepOfResolution():
+    """The progress bar's text about the resolution of a transaction."""
+    return tr('Resolve Dependencies')
+
+
 def resolveMarks(base, marks):
     """Find the transaction for the marks. If some marks cannot be carried out, ask the user whether to leave them out.
 
