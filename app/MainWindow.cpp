@@ -543,7 +543,7 @@ bool MainWindow::carryOut(const std::function<bool()>& operation, Kept kept)
     if (hasErrors && !outcome.hasFailures()) {
         // recollect() may have shown a notice about an unreachable repository. The notice about the
         // transaction replaces this notice, because a failed package script is more important.
-        notice->showTextAboutLog(tr("The transaction has reported errors: see the log (Ctrl+L)"));
+        showTransactionErrors(done);
     }
     marksChanged();
     if (stopped) {
@@ -554,6 +554,22 @@ bool MainWindow::carryOut(const std::function<bool()>& operation, Kept kept)
     setReady(true);
     focusTable();
     return done;
+}
+
+// done: whether the transaction has changed the system.
+void MainWindow::showTransactionErrors(bool done)
+{
+    // If nothing was carried out, a missing right may be the reason. beginOperation() has removed the notice
+    // about this right, so show it again.
+    const QString refusal = done || quitting() ? QString() : restriction();
+    if (!refusal.isEmpty()) {
+        showNotice(refusal);
+    }
+    // A user without root's rights cannot begin a transaction. In this case, the log contains only the error
+    // that a dialog has already shown.
+    if (geteuid() == 0) {
+        notice->showTextAboutLog(tr("The transaction has reported errors: see the log (Ctrl+L)"));
+    }
 }
 
 void MainWindow::warnUnlistedActions()

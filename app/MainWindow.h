@@ -141,6 +141,7 @@ private:
     bool carryOut(const std::function<bool()>& operation, Kept kept) override;
     void marksChanged() override;
     void showErrors(const ErrorWatch& errors) override;
+    void showTransactionErrors(bool done);
     // Shows a notice about the repositories that the last collection left out. The package manager skipped
     // these repositories, or the user switched them off. Shows nothing if the user switched off no repository
     // and the package manager skipped the same repositories as at the previous notice.

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
+#include <unistd.h>
+
 #include <QtTest>
 #include <QtWidgets>
 
@@ -38,6 +40,8 @@ private Q_SLOTS:
     void openingTheLogRemovesTheNoticeAboutErrors();
     void aNoticeIsShownIfRepositoriesAreLeftOut();
     void aNoticeSaysWhetherErrorsOccurredDuringATransaction();
+    void theNoticeAboutMissingRightsComesBackAfterARefusedTransaction();
+    void theNoticeAboutARestrictionOfRootComesBackAfterAFailedTransaction();
     void theOutcomeOfATransactionIsShownUntilTheNextOperation();
     void theButtonOfTheOutcomeLineOpensTheLogAtTheTransaction();
     void aClickShowsTheReasonWhyARowCannotBeMarked();
@@ -228,6 +232,53 @@ void MainWindowOtherWindowsTest::aNoticeSaysWhetherErrorsOccurredDuringATransact
     standIn->setBreaking(false);
     applyAndRead();
     QCOMPARE(noticeText(), QString("There are errors in the log (Ctrl+L)"));
+}
+
+void MainWindowOtherWindowsTest::theNoticeAboutMissingRightsComesBackAfterARefusedTransaction()
+{
+    const QString missingRights("VYRE cannot change packages, because it does not run as root");
+    constexpr char nobody[] = "65534";
+    shown->start();
+    shown->click("tool", ActionColumn);
+    QCOMPARE(QProcess::execute("chown", {"--recursive", nobody, QFile::decodeName(qgetenv("VYRESHARE"))}), 0);
+    for (int i = 0; i < 2; ++i) {
+        QCOMPARE(seteuid(QByteArray(nobody).toUInt()), 0);
+        const Answers answers("OK");
+        shown->press("&Apply Actions");
+        const bool ready = QTest::qWaitFor([this] { return shown->isReady(); }, 20000);
+        QCOMPARE(seteuid(0), 0);
+        QVERIFY(ready);
+        QCOMPARE(noticeText(), missingRights);
+    }
+    // A dialog has shown the only error of the transaction, so no other notice waits for this notice.
+    QVERIFY(QMetaObject::invokeMethod(shown->window->findChild<Notice*>(), "showNext"));
+    QCOMPARE(noticeText(), QString());
+}
+
+void MainWindowOtherWindowsTest::theNoticeAboutARestrictionOfRootComesBackAfterAFailedTransaction()
+{
+    const QString restriction("VYRE cannot change packages while the file system of /db is read-only");
+    const QString logged("The transaction has reported errors: see the log (Ctrl+L)");
+    standIn->setRestricted(true);
+    shown->start();
+    shown->click("tool", ActionColumn); // the failed transaction keeps this mark
+    const auto apply = [this] {
+        const Answers answers("OK");
+        shown->press("&Apply Actions");
+        QTRY_VERIFY(shown->isReady());
+    };
+    standIn->setFailing(true);
+    apply();
+    QCOMPARE(noticeText(), logged);
+    shown->window->findChild<Notice*>()->logOpened();
+    QCOMPARE(noticeText(), restriction);
+    // If the transaction has changed the system, the restriction is not the reason for the errors.
+    standIn->setFailing(false);
+    standIn->setBreaking(true);
+    apply();
+    QCOMPARE(noticeText(), logged);
+    shown->window->findChild<Notice*>()->logOpened();
+    QCOMPARE(noticeText(), QString());
 }
 
 void MainWindowOtherWindowsTest::applyWithOutcome(const QJsonObject& outcome)

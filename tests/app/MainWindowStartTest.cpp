@@ -302,7 +302,7 @@ void MainWindowStartTest::theNoticeAboutMissingRightsIsShownAfterTheRepositoryEd
     auto* notice = shown->window->findChild<Notice*>();
     QVERIFY(notice->isVisible());
     QCOMPARE(notice->wholeText(), QString("VYRE cannot change packages, because it does not run as root"));
-    // The window shows this notice only when the program starts, not after later operations.
+    // After later changes to the repositories, the window does not show this notice again.
     QVERIFY(QMetaObject::invokeMethod(notice, "showNext"));
     QVERIFY(QMetaObject::invokeMethod(shown->window, "reposChanged"));
     QVERIFY(!notice->isVisible());

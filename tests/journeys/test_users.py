@@ -87,6 +87,9 @@ class UserTest(JourneyTest):
             self.close_dialog(program, dialog)
             window.wait_ready()
             self.assertEqual(program.titles(), [driver.main_title()])
+            # The notice about the rights is visible again, and no notice about other errors.
+            wait_for(lambda: text in window.labels(), 'the notice after the refusal')
+            self.assertFalse([label for label in window.labels() if 'reported errors' in label])
             # The program has kept the mark.
             window.wait_action('remove', 'birch-log')
             self.check_usable(window)
