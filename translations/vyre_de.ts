@@ -3976,6 +3976,50 @@ Im Fenster „Verlauf“ (Strg+H) vollendet „Wiederholen“ sie.</translation>
         <source>Finding the packages of the recorded transactions</source>
         <translation>Die Pakete der aufgezeichneten Transaktionen werden ermittelt</translation>
     </message>
+    <message>
+        <source>Install</source>
+        <translation>Installieren</translation>
+    </message>
+    <message>
+        <source>Upgrade</source>
+        <translation>Aktualisieren</translation>
+    </message>
+    <message>
+        <source>Downgrade</source>
+        <translation>Herabstufen</translation>
+    </message>
+    <message>
+        <source>Reinstall</source>
+        <translation>Erneut installieren</translation>
+    </message>
+    <message>
+        <source>Removed</source>
+        <translation>Entfernen</translation>
+    </message>
+    <message>
+        <source>Obsoleted</source>
+        <translation>Ersetzen</translation>
+    </message>
+    <message>
+        <source>Reason Change</source>
+        <translation>Grund ändern</translation>
+    </message>
+    <message>
+        <source>Upgraded</source>
+        <translation>Aktualisiert</translation>
+    </message>
+    <message>
+        <source>Downgraded</source>
+        <translation>Herabgestuft</translation>
+    </message>
+    <message>
+        <source>Reinstalled</source>
+        <translation>Erneut installiert</translation>
+    </message>
+    <message>
+        <source>Obsoleting</source>
+        <translation>Ersatz</translation>
+    </message>
 </context>
 <context>
     <name>YumIOCapturers</name>

@@ -470,9 +470,11 @@ void YumIO::listItem(PyObject* item, Listing& listing)
     case Transaction::Reinstalled:
         break; // the new version already has a line in the listing
     default: {
-        // Use the package manager's own word for the action.
+        // Use the package manager's own word for the action. The package manager does not translate the word;
+        // the texts of the script contain it.
         const PyRef word(attribute(item, "action_name"));
-        const QString prefix = word ? pyString(word.get()) + QLatin1String(": ") : QString();
+        const QString prefix =
+            word ? tr(pyString(word.get()).toUtf8().constData()) + QLatin1String(": ") : QString();
         listing.dependencies += QLatin1Char('\t') + prefix + txitemFormat(item) + QLatin1Char('\n');
         break;
     }

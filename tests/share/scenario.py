@@ -15,6 +15,7 @@ import sys
 import tempfile
 import traceback
 import unittest
+import xml.etree.ElementTree as ElementTree
 
 SOURCES = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 SCRIPT = os.path.join(SOURCES, "share", "python", "YumIO.py")
@@ -43,6 +44,13 @@ def repositories(yumio):
     The running system's local plug-in can add this repository, unless the main configuration file disables plug-ins.
     """
     return sorted(id for id in yumio.base.repos if id != "_dnf_local")
+
+
+def german():
+    """The German translations of the script's texts. The keys are the English texts."""
+    context, = [each for each in ElementTree.parse(os.path.join(SOURCES, "translations", "vyre_de.ts")).iter("context")
+                if each.findtext("name") == "YumIO"]
+    return {each.findtext("source"): each.findtext("translation") for each in context.iter("message")}
 
 
 def setUpWorkspace():

@@ -6,10 +6,9 @@ import os
 import re
 import subprocess
 import tempfile
-import xml.etree.ElementTree as ElementTree
 
 from recordingmodule import CLEAN, DEPENDENCY, INSTALL, REMOVE, USER
-from scenario import SOURCES, ScenarioTest, in_own_process
+from scenario import ScenarioTest, german, in_own_process
 from vyresandbox import needs_groups
 
 NOTHING = (set(), set())
@@ -21,13 +20,6 @@ def question(rest):
     return ('Go on without these packages?\n\n"Yes" goes on with the remaining marks: %s.\n'
             'VYRE keeps the marks that cannot be applied.\n'
             '"No" changes nothing. VYRE keeps all marks.' % rest)
-
-
-def german():
-    """The German translations of the script's texts. The keys are the English texts."""
-    context, = [each for each in ElementTree.parse(os.path.join(SOURCES, "translations", "vyre_de.ts")).iter("context")
-                if each.findtext("name") == "YumIO"]
-    return {each.findtext("source"): each.findtext("translation") for each in context.iter("message")}
 
 
 class QuestionTest(ScenarioTest):

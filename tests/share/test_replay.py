@@ -8,7 +8,7 @@ import os
 import sqlite3
 import sys
 
-from scenario import ScenarioTest, in_own_process
+from scenario import ScenarioTest, german, in_own_process
 from vyresandbox import needs_groups
 
 SUCCEEDED, FAILED, INTERRUPTED = range(3)
@@ -323,6 +323,31 @@ class TransactionDetailsTest(ReplayTest):
         self.assertIn("All its packages are in the intended state.", self.yumio.describeTransaction(number))
         self.apply(removes=["loupe"])
         self.assertIn("All its packages are in the intended state.", self.yumio.describeTransaction(number))
+
+
+class WordsTest(ReplayTest):
+    @in_own_process
+    def test_all_actions_have_the_words_of_the_german_program_and_not_the_words_of_dnf(self):
+        os.environ["LANGUAGE"] = "de"
+        os.environ["LC_ALL"] = "C.UTF-8"
+        self.load(translations=german())
+        self.yumio.lock()
+        self.collect()
+        self.apply(installs=["astrolabe", "libbough"], updates=["abacus-cli"], removes=["almanac"])
+        self.again()
+        self.assertEqual(self.newest()[4], "Installieren: astrolabe, libbough, libtwig; Aktualisieren: abacus-cli; "
+                                           "Entfernen: almanac")
+        self.replay("undo", self.newest()[0])
+        number, *_, changes, names, result, lines = self.newest()
+        self.assertEqual(changes, "Installieren: almanac; Herabstufen: abacus-cli; Entfernen: astrolabe, libbough, "
+                                  "libtwig")
+        details = self.yumio.describeTransaction(number).split("\n")
+        self.assertIn("    Herabstufen\tabacus-cli-3.2.1-1.x86_64 @sandbox-http", details)
+        self.assertIn("    Herabgestuft\tabacus-cli-3.3.0-2.x86_64 @System", details)
+        words = list(self.module("transactions").ACTIONS.values())
+        self.assertEqual(words, ["Installieren", "Aktualisieren", "Herabstufen", "Erneut installieren", "Entfernen",
+                                 "Ersetzen", "Grund ändern", "Aktualisiert", "Herabgestuft", "Erneut installiert",
+                                 "Ersatz"])
 
 
 class UndoTest(ReplayTest):

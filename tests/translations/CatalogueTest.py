@@ -184,6 +184,17 @@ class CatalogueTest(unittest.TestCase):
         said = {text.value for parts in sources.script_files() for text in sources.python_messages(*parts)}
         self.assertEqual(said - set(listed), set())
 
+    def test_the_history_has_the_same_words_for_actions_as_the_listing_of_a_transaction(self):
+        for path in CATALOGUES:
+            translated = messages(path)
+            for recorded, listed in (('Install', 'Install'), ('Upgrade', 'Upgrade'), ('Downgrade', 'Downgrade'),
+                                     ('Reinstall', 'Reinstall'), ('Removed', 'Remove'), ('Obsoleted', 'Obsoleting')):
+                word = translated['YumIO', recorded]
+                self.assertEqual(translated['YumIO', '\t{}: %1\n'.format(listed)], '\t{}: %1\n'.format(word))
+                self.assertEqual(translated['YumIO', listed + ': %1'], word + ': %1')
+            for recorded, marked in (('Install', 'Install'), ('Upgrade', 'Update'), ('Removed', 'Remove')):
+                self.assertEqual(translated['Words', marked], translated['YumIO', recorded])
+
     def test_the_contexts_of_the_catalogues_are_full_class_names(self):
         """When the program runs, it looks for a text under the full name of its class."""
         declared = set()

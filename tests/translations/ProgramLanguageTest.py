@@ -92,6 +92,12 @@ class ProgramLanguageTest(HistoryJourneyTest):
         wait_for(lambda: driver.enabled(window.button('Neu laden')), 'the packages')
         self.check_unchanged()
         self.check_outcome(window, texts, ('%1 downgraded', 1), ('%1 removed', 1))
+        # The history has the same words as the listing.
+        window.press('ctrl+h')
+        history = HistoryWindow(window.program.window(dialog_text('VYRE History')).accessible, window.program)
+        history.wait_details('Herabstufen\tanvil-make-4.1-1.x86_64', 'Entfernen\tpergola-6.1-1.x86_64')
+        history.click_button(dialog_text('Close'))
+        window.program.no_window(history.title)
 
     def check_outcome(self, window, texts, *counts):
         line = ', '.join(texts['TransactionOutcome', english].replace('%1', str(count)) for english, count in counts)

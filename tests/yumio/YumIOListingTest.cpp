@@ -95,6 +95,15 @@ private Q_SLOTS:
                                                "\tRemove (unused): b 1.0-1 (x86_64)\n"));
     }
 
+    void theWordOfThePackageManagerForAnActionIsTranslated()
+    {
+        collect("it.installed = [Package('b')]");
+        const Brackets brackets;
+        backEnd->run("yumIOC.listTransaction(None, [item(11, 'b', 1, action_name='Reason Change')])");
+        QVERIFY2(transaction().txText.contains("\t[Reason Change]: [b 1.0-1 (x86_64)]\n"),
+                 qPrintable(transaction().txText));
+    }
+
     void packagesThatDnfLeavesOutKeepTheirMarks()
     {
         collect("it.updates = [Package('new', '2.0')]\n"

@@ -23,19 +23,20 @@ from .stopping import endIfStopped
 # The possible outcomes of a transaction.
 SUCCEEDED, FAILED, INTERRUPTED = range(3)
 
-# dnf's actions on packages and groups, with dnf's words for them. A summary lists the actions in this order.
+# dnf's actions on packages and groups, with the words for them. A summary lists the actions in this order. VYRE itself
+# translates the words, because the listing of a transaction uses the same words.
 ACTIONS = collections.OrderedDict((
-    (libdnf.transaction.TransactionItemAction_INSTALL, 'Install'),
-    (libdnf.transaction.TransactionItemAction_UPGRADE, 'Upgrade'),
-    (libdnf.transaction.TransactionItemAction_DOWNGRADE, 'Downgrade'),
-    (libdnf.transaction.TransactionItemAction_REINSTALL, 'Reinstall'),
-    (libdnf.transaction.TransactionItemAction_REMOVE, 'Removed'),
-    (libdnf.transaction.TransactionItemAction_OBSOLETED, 'Obsoleted'),
-    (libdnf.transaction.TransactionItemAction_REASON_CHANGE, 'Reason Change'),
-    (libdnf.transaction.TransactionItemAction_UPGRADED, 'Upgraded'),
-    (libdnf.transaction.TransactionItemAction_DOWNGRADED, 'Downgraded'),
-    (libdnf.transaction.TransactionItemAction_REINSTALLED, 'Reinstalled'),
-    (libdnf.transaction.TransactionItemAction_OBSOLETE, 'Obsoleting'),
+    (libdnf.transaction.TransactionItemAction_INSTALL, tr('Install')),
+    (libdnf.transaction.TransactionItemAction_UPGRADE, tr('Upgrade')),
+    (libdnf.transaction.TransactionItemAction_DOWNGRADE, tr('Downgrade')),
+    (libdnf.transaction.TransactionItemAction_REINSTALL, tr('Reinstall')),
+    (libdnf.transaction.TransactionItemAction_REMOVE, tr('Removed')),
+    (libdnf.transaction.TransactionItemAction_OBSOLETED, tr('Obsoleted')),
+    (libdnf.transaction.TransactionItemAction_REASON_CHANGE, tr('Reason Change')),
+    (libdnf.transaction.TransactionItemAction_UPGRADED, tr('Upgraded')),
+    (libdnf.transaction.TransactionItemAction_DOWNGRADED, tr('Downgraded')),
+    (libdnf.transaction.TransactionItemAction_REINSTALLED, tr('Reinstalled')),
+    (libdnf.transaction.TransactionItemAction_OBSOLETE, tr('Obsoleting')),
 ))
 
 # The actions on replaced packages. A summary has only the actions on the packages that replace them.
@@ -198,8 +199,7 @@ def printable(text):
 
 
 def word(action):
-    name = ACTIONS.get(action)
-    return dnf.i18n._(name) if name is not None else str(action)
+    return ACTIONS.get(action, str(action))
 
 
 def addRemark(parts, fate):
