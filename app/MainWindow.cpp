@@ -519,9 +519,9 @@ bool MainWindow::carryOut(const std::function<bool()>& operation, Kept kept)
     endRefusal();
     const bool done = applied || yumIO->systemChanged();
     const bool hasErrors = errors.hasErrors();
-    const bool stopped = yumIO->wasStopped();
-    const TransactionOutcome outcome = yumIO->transactionOutcome();
-    if (outcome.known && !stopped) {
+    TransactionOutcome outcome = yumIO->transactionOutcome();
+    outcome.stopped = yumIO->wasStopped();
+    if (outcome.known) {
         outcomeLine->showOutcome(outcome, errors.firstEntry());
     }
     bool changed = false;
@@ -546,10 +546,9 @@ bool MainWindow::carryOut(const std::function<bool()>& operation, Kept kept)
         showTransactionErrors(done);
     }
     marksChanged();
-    if (stopped) {
-        showNotice(outcome.keysImported
-                       ? tr("Stopped. No packages were changed, but signing keys were imported.")
-                       : tr("Stopped. Nothing was changed."));
+    if (outcome.stopped && !outcome.known) {
+        // The user has not confirmed a transaction, so the outcome line shows nothing.
+        showNotice(tr("Stopped. Nothing was changed."));
     }
     setReady(true);
     focusTable();

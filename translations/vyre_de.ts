@@ -1091,10 +1091,6 @@ Duplikate und Gruppen gerade nicht angezeigt.
         <translation>Mit anderer Groß- und Kleinschreibung passen Pakete. Für beide Formen eines Buchstabens steht „[Aa]“.</translation>
     </message>
     <message>
-        <source>Stopped. No packages were changed, but signing keys were imported.</source>
-        <translation>Angehalten. Es wurden keine Pakete geändert, aber Signaturschlüssel importiert.</translation>
-    </message>
-    <message>
         <source>&quot;%1&quot; lists only packages that have an update.</source>
         <translation>„%1“ listet nur Pakete auf, für die es eine Aktualisierung gibt.</translation>
     </message>
@@ -2439,6 +2435,14 @@ Die Vormerkungen aller anderen Pakete gehen verloren.</translation>
     <message>
         <source>No packages were changed, but signing keys were imported</source>
         <translation>Es wurden keine Pakete geändert, aber Signaturschlüssel importiert</translation>
+    </message>
+    <message>
+        <source>Stopped: no packages were changed, but signing keys were imported</source>
+        <translation>Angehalten: Es wurden keine Pakete geändert, aber Signaturschlüssel importiert</translation>
+    </message>
+    <message>
+        <source>Stopped: nothing was changed</source>
+        <translation>Angehalten: Nichts wurde geändert</translation>
     </message>
 </context>
 <context>

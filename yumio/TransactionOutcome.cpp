@@ -56,8 +56,7 @@ QString TransactionOutcome::text() const
         numbers.append(tr("%1 failed").arg(counts[Failed]));
     }
     if (numbers.isEmpty()) {
-        numbers.append(keysImported ? tr("No packages were changed, but signing keys were imported")
-                                    : tr("Nothing was changed"));
+        numbers.append(unchanged());
     }
     if (leftOut != 0) {
         numbers.append(tr("%1 left out").arg(leftOut));
@@ -74,6 +73,16 @@ QString TransactionOutcome::text() const
                          .arg(failedScriptlets.first(), QString::number(failedScriptlets.count() - 1)));
     }
     return parts.join(QLatin1String("; "));
+}
+
+QString TransactionOutcome::unchanged() const
+{
+    if (stopped) {
+        return keysImported ? tr("Stopped: no packages were changed, but signing keys were imported")
+                            : tr("Stopped: nothing was changed");
+    }
+    return keysImported ? tr("No packages were changed, but signing keys were imported")
+                        : tr("Nothing was changed");
 }
 
 QString TransactionOutcome::details() const

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // The outcome of a confirmed transaction: the numbers of changes, the failures, the number of marks that are
-// left out, and whether a restart is needed. The script reports these values; this class makes the texts for
-// the user.
+// left out, whether a restart is needed, and whether the user stopped the transaction. The script reports
+// these values, except for the stop; this class makes the texts for the user.
 //
 // A TransactionOutcome is a part of a TransactionState. The worker writes it while the worker holds the
 // interpreter lock, and the graphical thread reads it afterwards.
@@ -48,12 +48,17 @@ public:
     // Otherwise, details() returns an empty string.
     QString details() const;
 
-    bool known = false; // the user has confirmed a transaction
+    bool known = false;   // the user has confirmed a transaction
+    bool stopped = false; // the user has stopped the transaction before its first change to a package
     std::array<int, CountCount> counts{};
     QStringList failedScriptlets; // the names of the packages whose scriptlets failed
     int leftOut = 0;              // the number of marks that the package manager could not apply
     bool restartNeeded = false;
     bool keysImported = false; // the user has accepted keys that sign packages
+
+private:
+    // Returns the text about a transaction without changes and failures.
+    QString unchanged() const;
 };
 
 #endif

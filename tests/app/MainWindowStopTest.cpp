@@ -4,6 +4,7 @@
 #include <QtWidgets>
 
 #include "app/Notice.h"
+#include "app/OutcomeLine.h"
 #include "app/StopButton.h"
 #include "repo/RepoEditorDialog.h"
 #include "repo/RepoEditorModel.h"
@@ -11,6 +12,7 @@
 #include "tests/app/EachAlone.h"
 #include "tests/app/StandInWindow.h"
 #include "tests/history/ShownHistory.h"
+#include "widgets/ElidedLabel.h"
 
 using namespace PackageTable;
 
@@ -46,7 +48,8 @@ private Q_SLOTS:
     void closingTheWindowStopsTheRunningOperation();
     void theQuitCommandStopsTheRunningOperation();
     void closingTheWindowDuringAnUndoDoesNotOpenTheHistoryAgain();
-    void theNoticeAfterAStoppedTransactionSaysWhetherKeysWereImported();
+    void theOutcomeOfAStoppedTransactionSaysWhetherKeysWereImported();
+    void aNoticeSaysThatAnUndoWasStoppedBeforeItsListing();
     void aStoppedSearchDoesNotChangeTheListedRows();
     void aStoppedFilterDoesNotChangeTheListedRows();
     void stoppingTheSearchAfterAChangeOfTheStateBoxRestoresTheBox();
@@ -234,7 +237,7 @@ void MainWindowStopTest::closingTheWindowDuringAnUndoDoesNotOpenTheHistoryAgain(
     QCOMPARE(user.titles(), QStringList{"VYRE History"});
 }
 
-void MainWindowStopTest::theNoticeAfterAStoppedTransactionSaysWhetherKeysWereImported()
+void MainWindowStopTest::theOutcomeOfAStoppedTransactionSaysWhetherKeysWereImported()
 {
     shown->start();
     shown->click("tool", ActionColumn);
@@ -248,12 +251,43 @@ void MainWindowStopTest::theNoticeAfterAStoppedTransactionSaysWhetherKeysWereImp
         shown->press("&Apply Actions");
         QTRY_VERIFY(once.isDone());
         QTRY_VERIFY(shown->isReady());
-        QCOMPARE(notice(), imported
-                               ? QString("Stopped. No packages were changed, but signing keys were imported.")
-                               : QString("Stopped. Nothing was changed."));
+        const auto* line = shown->window->findChild<OutcomeLine*>();
+        QVERIFY(line->isVisible());
+        QCOMPARE(line->findChild<ElidedLabel*>()->wholeText(),
+                 imported ? QString("Stopped: no packages were changed, but signing keys were imported")
+                          : QString("Stopped: nothing was changed"));
+        QCOMPARE(notice(), QString());
         QCOMPARE(shown->marks(), QStringList{"tool update"});
     }
     standIn->setDownloading(false);
+    shown->press("Re&fresh");
+    QTRY_VERIFY(shown->isReady());
+    QVERIFY(!shown->window->findChild<OutcomeLine*>()->isVisible());
+}
+
+void MainWindowStopTest::aNoticeSaysThatAnUndoWasStoppedBeforeItsListing()
+{
+    shown->start();
+    const AnsweringUser user(
+        [this](QDialog* dialog) {
+            auto* history = qobject_cast<HistoryDialog*>(dialog);
+            const bool again = standIn->calls("replay undo 3") > 0;
+            if (again) {
+                standIn->setHeld(false); // the script reads the history again
+            }
+            if (history != nullptr && hasRead(*history)) {
+                standIn->setHeld(!again);
+                buttonOf(history, again ? "&Close" : "&Undo This")->click();
+            }
+        },
+        AnsweringUser::EveryDialog);
+    const Once once([this] { return button()->isEnabled() && standIn->calls("replay undo 3") > 0; },
+                    [this] { shown->click(button()); });
+    shown->key(Qt::Key_H, Qt::ControlModifier);
+    QVERIFY(once.isDone());
+    QCOMPARE(user.titles(), (QStringList{"VYRE History", "VYRE History"}));
+    QCOMPARE(notice(), QString("Stopped. Nothing was changed."));
+    QVERIFY(!shown->window->findChild<OutcomeLine*>()->isVisible());
 }
 
 void MainWindowStopTest::startWithHardPackage(PackageTable::StateFilter state)

@@ -124,6 +124,7 @@ class StoppingTest(StartTest):
                 self.wait_slow(window, GARGANTUA)
                 self.picture('stoppable-download')
                 self.stop(window, act)
+                wait_for(lambda: 'Stopped: nothing was changed' in window.labels(), 'the outcome')
                 self.check_unchanged()
                 window.wait_action('install', 'gargantua')
                 log = self.read_log(window)

@@ -49,6 +49,17 @@ private Q_SLOTS:
         QCOMPARE(outcome.text(), QString("3 installed"));
     }
 
+    void theDescriptionSaysThatTheUserHasStoppedTheTransaction()
+    {
+        TransactionOutcome outcome;
+        outcome.stopped = true;
+        QCOMPARE(outcome.text(), QString("Stopped: nothing was changed"));
+        QVERIFY(!outcome.hasFailures());
+        outcome.keysImported = true;
+        QCOMPARE(outcome.text(),
+                 QString("Stopped: no packages were changed, but signing keys were imported"));
+    }
+
     void theDescriptionOfAnOutcomeIsOneLine_data()
     {
         using O = TransactionOutcome;
