@@ -7,7 +7,15 @@
 void Records::reserve(int further)
 {
     entryIndex.reserve(entryIndex.count() + further);
-    bestByName.reserve(bestByName.count() + further);
+    ranking().bestByName.reserve(ranking().bestByName.size() + static_cast<size_t>(further));
+}
+
+Records::Ranking& Records::ranking()
+{
+    if (!currentRanking) {
+        currentRanking = std::make_unique<Ranking>();
+    }
+    return *currentRanking;
 }
 
 void Records::added(Package::Entry* entry)
@@ -52,7 +60,7 @@ void Records::publish()
         entries.append(entry);
     }
     // Only the collection ranks records. Release the memory before the table needs memory for its rows.
-    bestByName = {};
+    currentRanking.reset();
 }
 
 Package::Entry* Records::findPackage(const QString& name, const QString& preferredBiArch) const
@@ -123,7 +131,7 @@ void Records::clear(const std::function<void(PyObject*)>& drop)
     entries.clear();
     entryIndex.clear();
     collectedEntries.clear();
-    bestByName.clear();
+    currentRanking.reset();
     biArchs.clear();
     sharedTexts.clear();
     replacements.clear();

@@ -12,6 +12,9 @@
 #define YUMIO_RECORDS_H
 
 #include <functional>
+#include <memory>
+#include <memory_resource>
+#include <unordered_map>
 
 #include <QHash>
 #include <QSet>
@@ -48,7 +51,7 @@ public:
     // except the best record of each name. isBetter(a, b) returns whether a is preferred to b.
     template <typename IsBetter> void rank(Package::Entry* entry, IsBetter isBetter)
     {
-        Package::Entry*& best = bestByName[entry->name];
+        Package::Entry*& best = ranking().bestByName[entry->name];
         if (best == nullptr) {
             best = entry;
         } else if (isBetter(*best, *entry)) {
@@ -94,14 +97,31 @@ public:
     void clear(const std::function<void(PyObject*)>& drop = {});
 
 private:
+    // The best record of each name, during a collection. All nodes of this table are in a few large blocks of
+    // memory, because separate nodes would leave tens of thousands of small gaps between the records. An
+    // allocation that fits no gap exactly takes much longer then. While dnf resolves a large transaction, it
+    // makes millions of small allocations.
+    struct Ranking
+    {
+        struct Hash
+        {
+            size_t operator()(const QString& text) const { return qHash(text); }
+        };
+
+        std::pmr::monotonic_buffer_resource memory;
+        std::pmr::unordered_map<QString, Package::Entry*, Hash> bestByName{&memory};
+    };
+
+    Ranking& ranking();
+
     Package::EntryList entries;
     QHash<Package::EntryKey, Package::Entry*> entryIndex;
     // All records, in the order of their collection. Their order in memory is the same, so a loop over them
     // is fast.
     QVector<Package::Entry*> collectedEntries;
-    QHash<QString, Package::Entry*> bestByName; // empty after publish()
     QSet<QString> biArchs;
     QSet<QString> sharedTexts;
+    std::unique_ptr<Ranking> currentRanking; // null before the first rank() and after publish()
     QHash<const Package::Entry*, Package::Replacement> replacements; // only a few records have a replacement
 };
 
