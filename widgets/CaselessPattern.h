@@ -40,8 +40,10 @@ public:
     bool matchesAny(const QByteArray& texts) const;
 
 private:
+    bool containRequired(const char* texts, size_t size) const;
+
     bool fixed = false;   // the expression is only a fixed text
-    QByteArray required;  // each match contains this text, in any letter case
+    QByteArray required;  // in small letters; each match contains this text, in any letter case
     bool repeats = false; // the expression may have repetitions
     bool compiled = false;
     regex_t regex = {};

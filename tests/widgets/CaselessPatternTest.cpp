@@ -28,6 +28,14 @@ private Q_SLOTS:
                                   << "bXXy" << true;
         QTest::newRow("alternatives") << "One|TWO"
                                       << "two" << true;
+        QTest::newRow("a text between long texts")
+            << "Needle" << QString(100, 'X') + "nEEDLE" + QString(33, 'Y') << true;
+        QTest::newRow("characters beside the letters") << "@\\[`\\{"
+                                                       << "@[`{" << true;
+        QTest::newRow("a character beside the small letters is no capital letter") << "`"
+                                                                                   << "@" << false;
+        QTest::newRow("a character beside the capital letters is no small letter") << "\\["
+                                                                                   << "{" << false;
         QTest::newRow("text with letters beyond ASCII")
             << QString::fromUtf8("pr\u00fcF") << QString::fromUtf8("Pr\u00fcf") << true;
         QTest::newRow("expression with letters beyond ASCII")
@@ -42,6 +50,15 @@ private Q_SLOTS:
         QVERIFY(pattern.isUsable());
         QTEST(pattern.matches(text.toUtf8().constData()), "matches");
         QTEST(pattern.matchesAny(QByteArray("one\0", 4) + text.toUtf8() + '\0'), "matches");
+    }
+
+    void aMatchDoesNotCrossTheEndOfAText()
+    {
+        const CaselessPattern pattern("One.Two");
+        QVERIFY(pattern.matchesAny(QByteArray("one two\0", 8)));
+        QVERIFY(!pattern.matchesAny(QByteArray("one\0two\0", 8)));
+        QVERIFY(!CaselessPattern("OneTwo").matchesAny(QByteArray("one\0two\0", 8)));
+        QVERIFY(!CaselessPattern("one").matchesAny(QByteArray()));
     }
 
     void anInvalidExpressionOrABackReferenceCannotBeUsed()
