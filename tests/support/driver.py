@@ -545,12 +545,21 @@ class MainWindow(Window):
         """Wait until the program has handled all earlier input. The expression edit must have the focus."""
         edit = self.edit()
 
-        def caret_at(position):
-            return lambda: edit.queryText().caretOffset == position
-        key('Home')
-        wait_for(caret_at(0), 'the caret at the beginning')
-        key('End')
-        wait_for(caret_at(len(text_of(edit))), 'the caret at the end')
+        def move_caret(pressed, position):
+            # While a search compares the packages, the edit is disabled and ignores keys.
+            for last in (False, False, True):
+                key(pressed)
+                try:
+                    wait_for(lambda: edit.queryText().caretOffset == position, 'the caret after the key ' + pressed,
+                             seconds=60 if last else 5)
+                    break
+                except Ended:
+                    raise
+                except NotThere:
+                    if last:
+                        raise
+        move_caret('Home', 0)
+        move_caret('End', len(text_of(edit)))
 
     def type_expression(self, expression):
         edit = self.edit()
