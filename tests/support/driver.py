@@ -56,6 +56,21 @@ def wait_for(condition, what, seconds=60):
         time.sleep(0.03)
 
 
+def repeat_input(send, condition, what, seconds):
+    """Send input, and wait until the condition has a true value. The program may ignore input while it is busy. So if
+    the condition has no true value after some seconds, send the input again, at most twice.
+    """
+    for last in (False, False, True):
+        send()
+        try:
+            return wait_for(condition, what, seconds=60 if last else seconds)
+        except Ended:
+            raise
+        except NotThere:
+            if last:
+                raise
+
+
 # Reading ---------------------------------------------------------------------------------------------------
 
 def walk(accessible):
@@ -547,17 +562,8 @@ class MainWindow(Window):
 
         def move_caret(pressed, position):
             # While a search compares the packages, the edit is disabled and ignores keys.
-            for last in (False, False, True):
-                key(pressed)
-                try:
-                    wait_for(lambda: edit.queryText().caretOffset == position, 'the caret after the key ' + pressed,
-                             seconds=60 if last else 5)
-                    break
-                except Ended:
-                    raise
-                except NotThere:
-                    if last:
-                        raise
+            repeat_input(lambda: key(pressed), lambda: edit.queryText().caretOffset == position,
+                         'the caret after the key ' + pressed, 5)
         move_caret('Home', 0)
         move_caret('End', len(text_of(edit)))
 
@@ -583,7 +589,8 @@ class MainWindow(Window):
         combo = self.combo(box)
         if combo.name == item:
             return
-        for last in (False, False, True):
+
+        def choose_with_keys():
             # While an operation begins, the program ignores a click.
             self.wait_ready()
             click(combo)
@@ -594,14 +601,7 @@ class MainWindow(Window):
                     break
                 key('Down')
             key('Return')
-            try:
-                wait_for(lambda: combo.name == item, 'the choice of ' + item, seconds=60 if last else 10)
-                break
-            except Ended:
-                raise
-            except NotThere:
-                if last:
-                    raise
+        repeat_input(choose_with_keys, lambda: combo.name == item, 'the choice of ' + item, 10)
         self.wait_ready()
 
     def set_checked(self, name, wanted):
