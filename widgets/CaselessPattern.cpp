@@ -57,8 +57,8 @@ CaselessPattern::~CaselessPattern()
     }
 }
 
-// Returns whether the texts contain the required text. They may contain zero bytes. strcasestr() would give
-// the same answer, but needs several times as long.
+// Returns whether the texts contain the required text. They may contain zero bytes. strcasestr() could do the
+// same for each single text, but is slower.
 bool CaselessPattern::containRequired(const char* texts, size_t size) const
 {
     if (required.isEmpty()) {
