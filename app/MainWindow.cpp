@@ -157,13 +157,13 @@ void MainWindow::initialize()
     if (quitting()) {
         return;
     }
-    const auto preparation = prepareTable();
+    const auto prepared = prepareTable();
     if (quitting()) {
         return;
     }
     model->reset();
     collectedExtraData(); // the collection may have loaded file lists and change logs
-    showTable(preparation->widest);
+    showTable(prepared->widest);
     if (search || regexpEdit->text() != expression) {
         // showTable() has fitted the columns to all rows. Hide the rows until the program has compared them
         // with the expression, because some rows do not match.
@@ -194,16 +194,22 @@ QString MainWindow::restriction() const
     return yumIO->restriction();
 }
 
-std::unique_ptr<PackageTable::Preparation> MainWindow::prepareTable()
+std::shared_ptr<PackageTable::Preparation> MainWindow::newPreparation() const
 {
-    auto preparation = std::make_unique<PackageTable::Preparation>(*yumIO, proxy->sortColumn(),
-                                                                   proxy->sortOrder(), view->font());
     const bool fitting = tableArea->isHidden(); // showTable() fits the columns of a hidden table
-    yumIO->compute([&preparation, fitting] { preparation->run(fitting); });
+    return std::make_shared<PackageTable::Preparation>(*yumIO, view->font(), fitting);
+}
+
+std::shared_ptr<PackageTable::Preparation> MainWindow::prepareTable()
+{
+    const auto prepared = preparation ? std::move(preparation) : newPreparation();
+    const int column = proxy->sortColumn();
+    const Qt::SortOrder order = proxy->sortOrder();
+    yumIO->compute([&prepared, column, order] { prepared->run(column, order); });
     if (!quitting()) {
-        proxy->setPrepared(std::move(preparation->rows));
+        proxy->setPrepared(std::move(prepared->rows));
     }
-    return preparation;
+    return prepared;
 }
 
 void MainWindow::showTable(const std::vector<int>* widest)
@@ -361,8 +367,15 @@ bool MainWindow::collect()
         collectFailed = true;
         return false;
     }
+    const auto collectFrom = [this](YumIO::Source source) {
+        preparation = newPreparation();
+        collectFailed = !yumIO->collect(sessionEnabled, source, preparation.get());
+        if (collectFailed) {
+            preparation.reset();
+        }
+    };
     const ErrorWatch errors(yumIO->logEntries());
-    collectFailed = !yumIO->collect(sessionEnabled);
+    collectFrom(YumIO::Source::Repositories);
     stopButton->setResult(StopButton::Result::SameTable);
     showSkippedRepos();
     if (collectFailed || yumIO->unwantedRepos().isEmpty()) {
@@ -374,7 +387,7 @@ bool MainWindow::collect()
     const bool stopped = collectFailed && yumIO->wasStopped();
     if (stopped && !closeWanted) {
         yumIO->clearEntries();
-        collectFailed = !yumIO->collect(sessionEnabled, YumIO::Source::Cache);
+        collectFrom(YumIO::Source::Cache);
         showNotice(tr("Stopped. \"Refresh\" reads the repositories again."));
     }
     return stopped;

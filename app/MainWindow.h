@@ -169,9 +169,10 @@ private:
     bool collect();
     // Filters the table by the expression in the expression field.
     void applyExpression();
-    // A worker computes the values that the table needs before it can show the records. The caller must reset
-    // the model afterwards.
-    std::unique_ptr<PackageTable::Preparation> prepareTable();
+    std::shared_ptr<PackageTable::Preparation> newPreparation() const;
+    // A worker completes the Preparation of the last collection: the values that the table needs before it
+    // can show the records. The caller must reset the model afterwards.
+    std::shared_ptr<PackageTable::Preparation> prepareTable();
     // Shows the table, and fits its columns. `widest` is the argument for View::fitColumns().
     void showTable(const std::vector<int>* widest = nullptr);
     // Moves the focus to the table after an operation, unless the expression field has the focus.
@@ -202,9 +203,10 @@ private:
     bool initialized;
     bool scheduled;
     bool busy;
-    bool closeWanted;              // the window closes at the end of the current operation
-    bool collectFailed;            // the last collection of packages failed
-    Package::Marks marksOfFailed;  // the next collection restores these marks if the last collection failed
+    bool closeWanted;             // the window closes at the end of the current operation
+    bool collectFailed;           // the last collection of packages failed
+    Package::Marks marksOfFailed; // the next collection restores these marks if the last collection failed
+    std::shared_ptr<PackageTable::Preparation> preparation; // from a successful collection to prepareTable()
     QPointer<QWidget> focusBefore; // the widget that had the focus when the controls were disabled
 
     HistoryCommand* historyCommand;

@@ -16,22 +16,27 @@ using Package::Entry;
 
 // --- Texts
 
-template <QString Entry::*member> QString textOf(const Entry& record)
+template <QString Entry::*member> const QString& textOf(const Entry& record, QString&)
 {
     return record.*member;
 }
 
-template <auto member> QString wordFor(const Entry& record)
+template <auto member> const QString& wordFor(const Entry& record, QString& made)
 {
-    return Words::of(record.*member);
+    made = Words::of(record.*member);
+    return made;
 }
 
-QString version(const Entry& record)
+const QString& version(const Entry& record, QString& made)
 {
     // " *" shows that more than one version is installed. `next` links the versions. If an update is
     // available, the first record is the update, so the installed versions begin at the second record.
     const Entry* last = record.state == Package::Updatable ? record.next : &record;
-    return last != nullptr && last->next != nullptr ? record.verRel + QLatin1String(" *") : record.verRel;
+    if (last == nullptr || last->next == nullptr) {
+        return record.verRel;
+    }
+    made = record.verRel + QLatin1String(" *");
+    return made;
 }
 
 // --- Pictures, by Package::Action, Package::State and Package::Kind

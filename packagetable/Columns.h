@@ -5,7 +5,8 @@
 // columns by name: Action, Kind, Name and Repository. Only these columns do more than show a value.
 //
 // Columns contains only constants, so any thread may use it. The table may have 60,000 rows. Therefore no
-// function creates a string that the record already contains.
+// function creates a string that the record already contains. A loop over all rows should use textIn(): if
+// two threads copy the same strings, they disturb each other, because each copy changes the string's counter.
 
 #ifndef PACKAGETABLE_COLUMNS_H
 #define PACKAGETABLE_COLUMNS_H
@@ -35,8 +36,9 @@ public:
         Column column;
         const char* title;   // the text of the heading, not translated
         const char* toolTip; // the tool tip of the heading, not translated
-        // Returns the text for a record. For a column of pictures, only screen readers use this text.
-        QString (*text)(const Package::Entry& record);
+        // Returns the text for a record. For a column of pictures, only screen readers use this text. The
+        // result is a string of the record, or `made`, which then contains the text.
+        const QString& (*textIn)(const Package::Entry& record, QString& made);
         // For a column of pictures, an array of `mostPictures` icon names, indexed by the sort key. A null
         // name means no icon. For a column of texts, the pointer is null.
         const char* const* pictures;
@@ -51,6 +53,12 @@ public:
         QString (*cellToolTip)(const Package::Entry& record, const YumIO& backEnd);
 
         bool showsPictures() const { return pictures != nullptr; }
+        // Returns a copy of the text.
+        QString text(const Package::Entry& record) const
+        {
+            QString made;
+            return textIn(record, made);
+        }
     };
 
     // Returns the Row of a column, which must exist.

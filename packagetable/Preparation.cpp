@@ -2,9 +2,8 @@
 
 #include "packagetable/Preparation.h"
 
-#include <QSet>
-
 #include <algorithm>
+#include <deque>
 #include <numeric>
 #include <thread>
 
@@ -16,31 +15,209 @@ namespace PackageTable {
 
 namespace {
 
-// Converts the first four characters of a string to a number. If the numbers of two strings differ, they have
-// the same order as the strings.
-quint64 beginning(const QString& text)
+// In a number of eightCharacters(), stands for this character and for all greater characters.
+constexpr quint64 lastCharacter = 0xff;
+
+// Converts at most eight characters of a text to a number. If two texts have the same characters before
+// `from`, but different numbers, the numbers have the same order as the texts. The characters after a
+// `lastCharacter` do not count.
+quint64 eightCharacters(const QString& text, int from)
 {
+    constexpr int most = 8;
+    const int length = qMin(text.length() - from, most);
     quint64 number = 0;
-    const int length = text.length();
-    for (int i = 0; i < 4; ++i) {
-        number = number << 16 | (i < length ? text.at(i).unicode() : 0);
+    int count = 0;
+    while (count < length && (number & 0xff) != lastCharacter) {
+        number = number << 8 | qMin<quint64>(text.at(from + count).unicode(), lastCharacter);
+        ++count;
     }
-    return number;
+    return count > 0 ? number << (8 * (most - count)) : 0;
+}
+
+// Returns whether the number contains eight characters, so that the next characters count, too.
+bool isComplete(quint64 number)
+{
+    return (number & 0xff) != 0 && (number & 0xff) != lastCharacter;
+}
+
+// Appends a text in UTF-8.
+void append(QByteArray& utf8, const QString& text)
+{
+    const int length = text.length();
+    const int before = utf8.size();
+    utf8.resize(before + length);
+    const ushort* const from = text.utf16();
+    char* const to = utf8.data() + before;
+    unsigned all = 0;
+    for (int i = 0; i < length; ++i) {
+        all |= from[i];
+        to[i] = static_cast<char>(from[i]);
+    }
+    if (all >= 0x80) { // the text is not ASCII
+        utf8.resize(before);
+        utf8 += text.toUtf8();
+    }
+}
+
+// Appends the visible texts of a record, and a zero byte.
+void appendTexts(QByteArray& utf8, const Package::Entry& entry)
+{
+    const int before = utf8.size();
+    QString made;
+    for (int column = 0; column < ColumnCount; ++column) {
+        const Columns::Row& described = Columns::row(column);
+        if (described.showsPictures()) {
+            continue;
+        }
+        const QString& text = described.textIn(entry, made);
+        if (!text.isEmpty()) {
+            if (utf8.size() != before) {
+                utf8 += ' ';
+            }
+            append(utf8, text);
+        }
+    }
+    utf8 += '\0';
+}
+
+// Returns the rank of each text, by row. Sorts the texts.
+std::vector<int> ranksOfTexts(std::vector<TextOfRow>& texts)
+{
+    // Thousands of records may share the memory of one text. So compare the addresses before the characters.
+    const auto isSame = [](const TextOfRow& l, const TextOfRow& r) {
+        return l.begin == r.begin && l.next == r.next &&
+               (l.text->constData() == r.text->constData() || *l.text == *r.text);
+    };
+    std::sort(texts.begin(), texts.end(), [](const TextOfRow& l, const TextOfRow& r) {
+        return l.begin != r.begin ? l.begin < r.begin
+               : l.next != r.next ? l.next < r.next
+                                  : l.text->constData() != r.text->constData() && *l.text < *r.text;
+    });
+    std::vector<int> ranks(texts.size());
+    int rank = 0;
+    for (size_t i = 0; i < texts.size(); ++i) {
+        if (i > 0 && !isSame(texts[i - 1], texts[i])) {
+            ++rank;
+        }
+        ranks[static_cast<size_t>(texts[i].row)] = rank;
+    }
+    return ranks;
 }
 
 } // namespace
 
-Preparation::Preparation(const YumIO& backEnd, int sortedBy, Qt::SortOrder sortedIn, const QFont& font)
-    : yumIO(backEnd), fontName(font.toString())
+TextOfRow::TextOfRow(const QString& itsText, int itsRow)
+    : begin(eightCharacters(itsText, 0)), next(isComplete(begin) ? eightCharacters(itsText, 8) : 0),
+      text(&itsText), row(itsRow)
+{
+}
+
+// Finds rows with the widest cells of each column. Qt keeps data of a font for each thread, so only one
+// thread may create, use and delete the object.
+class WidestCells
+{
+public:
+    explicit WidestCells(const QString& fontName) : estimate(fontOf(fontName))
+    {
+        for (int column = 0; column < ColumnCount; ++column) {
+            texts.emplace_back(estimate);
+        }
+    }
+
+    void add(int row, const Package::Entry& entry)
+    {
+        for (int column = 0; column < ColumnCount; ++column) {
+            const Columns::Row& described = Columns::row(column);
+            if (!described.showsPictures()) {
+                texts[static_cast<size_t>(column)].add(row, described.textIn(entry, made));
+                continue;
+            }
+            std::vector<int>& keys = pictures[column].keys;
+            const int key = described.sortKey(entry);
+            if (std::find(keys.begin(), keys.end(), key) == keys.end()) {
+                keys.push_back(key);
+                pictures[column].rows.push_back(row);
+            }
+        }
+    }
+    // Appends the rows to the list of each column.
+    void appendTo(std::vector<int>* widest) const
+    {
+        for (int column = 0; column < ColumnCount; ++column) {
+            const std::vector<int> found = Columns::row(column).showsPictures()
+                                               ? pictures[column].rows
+                                               : texts[static_cast<size_t>(column)].rows();
+            widest[column].insert(widest[column].end(), found.begin(), found.end());
+        }
+    }
+
+private:
+    struct Pictures
+    {
+        std::vector<int> keys; // a column has only a few pictures
+        std::vector<int> rows; // for each key, one row
+    };
+
+    static QFont fontOf(const QString& name)
+    {
+        QFont font;
+        font.fromString(name);
+        return font;
+    }
+
+    WidthEstimate estimate;
+    std::vector<WidestRows> texts; // by column
+    Pictures pictures[ColumnCount];
+    QString made;
+};
+
+Preparation::Preparation(const YumIO& backEnd, const QFont& font, bool withWidths)
+    : yumIO(backEnd), fontName(font.toString()), fitting(withWidths)
+{
+}
+
+Preparation::~Preparation() = default;
+
+void Preparation::rowsAdded(int first, const std::vector<Package::Entry*>& added)
+{
+    if (names.empty()) {
+        readFrom = readTo = first;
+        if (fitting) {
+            widestOfRead = std::make_unique<WidestCells>(fontName);
+        }
+    }
+    for (const Package::Entry* entry : added) {
+        names.emplace_back(entry->name, readTo);
+        rows.textFrom.push_back(rows.texts.size());
+        appendTexts(rows.texts, *entry);
+        if (widestOfRead) {
+            widestOfRead->add(readTo, *entry);
+        }
+        ++readTo;
+    }
+}
+
+void Preparation::ended()
+{
+    if (widestOfRead) {
+        widestOfRead->appendTo(widest);
+        widestOfRead.reset();
+    }
+}
+
+template <typename Function> void Preparation::forOtherRows(Function function) const
+{
+    for (int row = 0; row < rows.count; row = row + 1 == readFrom ? readTo : row + 1) {
+        function(row, *yumIO[row]);
+    }
+}
+
+void Preparation::run(int sortedBy, Qt::SortOrder sortedIn)
 {
     rows.count = yumIO.count();
     rows.sortedBy = sortedBy;
     rows.sortedIn = sortedIn;
-}
-
-void Preparation::run(bool withWidths)
-{
-    if (!withWidths) {
+    if (!fitting) {
         prepareRows();
         return;
     }
@@ -51,75 +228,45 @@ void Preparation::run(bool withWidths)
 
 void Preparation::prepareRows()
 {
-    rows.nameRanks = ranksOf(yumIO, NameColumn);
+    // The texts of the read rows stay at the beginning.
+    std::vector<int> from(static_cast<size_t>(rows.count));
+    std::copy(rows.textFrom.begin(), rows.textFrom.end(), from.begin() + readFrom);
+    forOtherRows([this, &from](int row, const Package::Entry& entry) {
+        names.emplace_back(entry.name, row);
+        from[static_cast<size_t>(row)] = rows.texts.size();
+        appendTexts(rows.texts, entry);
+    });
+    rows.textFrom = std::move(from);
+    rows.nameRanks = ranksOfTexts(names);
+    names = std::vector<TextOfRow>();
     if (rows.sortedBy >= 0 && rows.sortedBy < ColumnCount) {
         rows.keys = keysOf(yumIO, rows.sortedBy, rows.nameRanks);
     }
     rows.order = orderOf(rows.keys, static_cast<size_t>(rows.count), rows.sortedIn);
-    joinTexts(yumIO, rows.texts, rows.textFrom);
 }
 
 void Preparation::findWidest()
 {
-    QFont font;
-    font.fromString(fontName);
-    WidthEstimate estimate(font);
-    for (int column = 0; column < ColumnCount; ++column) {
-        if (Columns::row(column).showsPictures()) {
-            widest[column] = rowsWithEachPicture(column);
-        } else {
-            widest[column] = estimate.widestRows(
-                rows.count, [this, column](int row) { return Columns::text(*yumIO[row], column); });
-        }
-    }
-}
-
-std::vector<int> Preparation::rowsWithEachPicture(int column) const
-{
-    std::vector<int> found;
-    QSet<int> pictures;
-    for (int row = 0; row < rows.count; ++row) {
-        const int picture = Columns::row(column).sortKey(*yumIO[row]);
-        if (!pictures.contains(picture)) {
-            pictures.insert(picture);
-            found.push_back(row);
-        }
-    }
-    return found;
+    WidestCells cells(fontName);
+    forOtherRows([&cells](int row, const Package::Entry& entry) { cells.add(row, entry); });
+    cells.appendTo(widest);
 }
 
 std::vector<int> Preparation::ranksOf(const YumIO& backEnd, int column)
 {
-    struct Text
-    {
-        quint64 beginning;
-        QString text;
-        int row;
-    };
     const int rows = backEnd.count();
-    std::vector<Text> texts;
+    std::vector<TextOfRow> texts;
     texts.reserve(static_cast<size_t>(rows));
+    std::deque<QString> kept; // the texts that are not in a record
+    QString made;
     for (int row = 0; row < rows; ++row) {
-        const QString text = Columns::text(*backEnd[row], column);
-        texts.push_back({beginning(text), text, row});
-    }
-    // Thousands of records may share the memory of one text. So compare the addresses before the characters.
-    const auto isSame = [](const Text& l, const Text& r) {
-        return l.beginning == r.beginning && (l.text.constData() == r.text.constData() || l.text == r.text);
-    };
-    std::sort(texts.begin(), texts.end(), [](const Text& l, const Text& r) {
-        return l.beginning != r.beginning ? l.beginning < r.beginning
-                                          : l.text.constData() != r.text.constData() && l.text < r.text;
-    });
-    std::vector<int> ranks(static_cast<size_t>(rows));
-    int rank = 0;
-    for (size_t i = 0; i < texts.size(); ++i) {
-        if (i > 0 && !isSame(texts[i - 1], texts[i])) {
-            ++rank;
+        const QString& text = Columns::row(column).textIn(*backEnd[row], made);
+        if (&text == &made) {
+            kept.push_back(made);
         }
-        ranks[static_cast<size_t>(texts[i].row)] = rank;
+        texts.emplace_back(&text == &made ? kept.back() : text, row);
     }
-    return ranks;
+    return ranksOfTexts(texts);
 }
 
 std::vector<qint64> Preparation::keysOf(const YumIO& backEnd, int column, const std::vector<int>& nameRanks)
@@ -162,20 +309,7 @@ void Preparation::joinTexts(const YumIO& backEnd, QByteArray& texts, std::vector
     texts.reserve(100 * rows);
     for (int row = 0; row < rows; ++row) {
         from.push_back(texts.size());
-        const Package::Entry& entry = *backEnd[row];
-        for (int column = 0; column < ColumnCount; ++column) {
-            if (Columns::row(column).showsPictures()) {
-                continue;
-            }
-            const QString text = Columns::text(entry, column);
-            if (!text.isEmpty()) {
-                if (texts.size() != from.back()) {
-                    texts += ' ';
-                }
-                texts += text.toUtf8();
-            }
-        }
-        texts += '\0';
+        appendTexts(texts, *backEnd[row]);
     }
 }
 

@@ -2,20 +2,25 @@
 
 // Computes the values that the table needs before it can show the records: the order of the rows, the joined
 // texts for the filter, and the rows with the widest cells. For 60,000 records, this takes a tenth of a
-// second, so a worker does this work while the window serves events.
+// second, so other threads do this work while the window serves events.
 //
-// The graphical thread creates and deletes a Preparation. A worker calls run(). The static functions may run
-// on any thread. No code may change the records during these calls.
+// The graphical thread creates and deletes a Preparation. If it is the reader of a collection, it does most
+// of the work during the collection, when the records are still in the processor's cache. If the collection
+// fails, the Preparation must be deleted without run(). After the collection, a worker calls run(), which
+// does the rest. The static functions may run on any thread. No code may change the records during these
+// calls.
 
 #ifndef PACKAGETABLE_PREPARATION_H
 #define PACKAGETABLE_PREPARATION_H
 
+#include <memory>
 #include <vector>
 
 #include <QByteArray>
 #include <QFont>
 
 #include "packagetable/PackageTable.h"
+#include "yumio/RecordTexts.h"
 
 class YumIO;
 
@@ -34,14 +39,33 @@ struct PreparedRows
     std::vector<int> textFrom;
 };
 
-class Preparation
+class WidestCells;
+
+// The text of a row, and the first characters of this text in a form that is quick to compare. The text must
+// exist as long as this object.
+struct TextOfRow
+{
+    TextOfRow(const QString& itsText, int itsRow);
+
+    quint64 begin; // the first eight characters
+    quint64 next;  // the next eight characters
+    const QString* text;
+    int row;
+};
+
+class Preparation : public RecordTexts::Reader
 {
 public:
-    // A `sortedBy` of -1 means that the rows keep the back end's order. The cells of the table use `font`.
-    Preparation(const YumIO& backEnd, int sortedBy, Qt::SortOrder sortedIn, const QFont& font);
+    // The cells of the table use `font`. withWidths: whether to fill `widest`. Only the fitting of the
+    // columns needs `widest`.
+    Preparation(const YumIO& backEnd, const QFont& font, bool withWidths = true);
+    ~Preparation() override;
 
-    // withWidths: whether to fill `widest`. Only the fitting of the columns needs `widest`.
-    void run(bool withWidths = true);
+    void rowsAdded(int first, const std::vector<Package::Entry*>& added) override;
+    void ended() override;
+
+    // A `sortedBy` of -1 means that the rows keep the back end's order.
+    void run(int sortedBy, Qt::SortOrder sortedIn);
 
     PreparedRows rows;
     // For each column: some source rows, one of which has the widest text or picture.
@@ -60,13 +84,19 @@ public:
     static void joinTexts(const YumIO& backEnd, QByteArray& texts, std::vector<int>& from);
 
 private:
+    // Calls `function` with the number and the record of each row that rowsAdded() has not read.
+    template <typename Function> void forOtherRows(Function function) const;
     void prepareRows();
     void findWidest();
-    // Returns one source row for each picture that the column shows.
-    std::vector<int> rowsWithEachPicture(int column) const;
 
     const YumIO& yumIO;
     QString fontName; // a description of the font: a QFont must not be shared by two threads
+    bool fitting;
+    // rowsAdded() has read the rows from `readFrom` on, but not the row `readTo`.
+    int readFrom = 0;
+    int readTo = 0;
+    std::vector<TextOfRow> names;              // of the read rows; prepareRows() adds the other rows
+    std::unique_ptr<WidestCells> widestOfRead; // exists from the first call of rowsAdded() until ended()
 };
 
 } // namespace PackageTable

@@ -151,8 +151,12 @@ int View::contentsWidthForColumn(int column) const
     if (widthEstimate == nullptr || widthEstimate->usedFont() != option.font) {
         widthEstimate = std::make_unique<WidthEstimate>(option.font);
     }
-    for (const int row : widthEstimate->widestRows(
-             count, [&entryAt, column](int each) { return Columns::text(entryAt(each), column); })) {
+    WidestRows widest(*widthEstimate);
+    QString made;
+    for (int row = 0; row < count; ++row) {
+        widest.add(row, Columns::row(column).textIn(entryAt(row), made));
+    }
+    for (const int row : widest.rows()) {
         width = qMax(width, measured(row));
     }
     return width;

@@ -2,7 +2,7 @@
 
 #include "packagetable/WidthEstimate.h"
 
-#include <QSet>
+#include <algorithm>
 
 namespace PackageTable {
 
@@ -24,45 +24,6 @@ qreal WidthEstimate::operator()(const QString& text)
         previous = code;
     }
     return sum;
-}
-
-std::vector<int> WidthEstimate::widestRows(int count, const std::function<QString(int row)>& textAt)
-{
-    std::vector<qreal> estimates(static_cast<size_t>(count));
-    qreal widest = 0;
-    for (int row = 0; row < count; ++row) {
-        const qreal estimated = (*this)(textAt(row));
-        estimates[static_cast<size_t>(row)] = estimated;
-        if (estimated < unknown) {
-            widest = qMax(widest, estimated);
-        }
-    }
-    // The real width of a text differs from its estimate by at most this margin.
-    const qreal margin = metrics.averageCharWidth();
-    // Texts with equal estimates look equally wide only if they also end with the same letter: the right edge
-    // of a letter may extend beyond its width.
-    QSet<qint64> looks;
-    QSet<QString> texts;
-    std::vector<int> found;
-    for (int row = 0; row < count; ++row) {
-        const qreal estimated = estimates[static_cast<size_t>(row)];
-        if (estimated == unknown) {
-            const QString text = textAt(row);
-            if (!texts.contains(text)) {
-                texts.insert(text);
-                found.push_back(row);
-            }
-        } else if (estimated + margin >= widest) {
-            const QString text = textAt(row);
-            const qint64 last = text.isEmpty() ? 0 : text.at(text.length() - 1).unicode();
-            const qint64 look = qRound64(estimated * 64) * 128 + last;
-            if (!looks.contains(look)) {
-                looks.insert(look);
-                found.push_back(row);
-            }
-        }
-    }
-    return found;
 }
 
 qreal WidthEstimate::width(int code)
@@ -91,6 +52,76 @@ qreal WidthEstimate::measure(const QString& text) const
 #else
     return metrics.width(text);
 #endif
+}
+
+// Returns whether add() has already had a text with the same memory. If the text is new, remembers it.
+bool WidestRows::isKnown(const QString& text)
+{
+    const auto address = reinterpret_cast<quintptr>(text.constData());
+    QString& place = known[address / 32 % known.size()]; // strings have a distance of at least 32 bytes
+    if (place.constData() == text.constData()) {
+        return true;
+    }
+    place = text;
+    return false;
+}
+
+void WidestRows::add(int row, const QString& text)
+{
+    if (isKnown(text)) {
+        return;
+    }
+    const qreal estimated = estimate(text);
+    if (estimated == WidthEstimate::unknown) {
+        if (unmeasured.contains(text)) {
+            return;
+        }
+        unmeasured.insert(text);
+    }
+    const Candidate candidate{row, estimated, text.isEmpty() ? QChar() : text.at(text.length() - 1)};
+    if (!mayBeWidest(candidate)) {
+        return;
+    }
+    if (estimated != WidthEstimate::unknown) {
+        widest = qMax(widest, estimated);
+    }
+    candidates.push_back(candidate);
+    if (candidates.size() >= most) {
+        removeNarrow();
+        most = 2 * candidates.size() + 64;
+    }
+}
+
+bool WidestRows::mayBeWidest(const Candidate& candidate) const
+{
+    return candidate.estimated + estimate.margin() >= widest;
+}
+
+void WidestRows::removeNarrow()
+{
+    candidates.erase(std::remove_if(candidates.begin(), candidates.end(),
+                                    [this](const Candidate& each) { return !mayBeWidest(each); }),
+                     candidates.end());
+}
+
+std::vector<int> WidestRows::rows() const
+{
+    // Texts with equal estimates look equally wide only if they also end with the same letter: the right edge
+    // of a letter may extend beyond its width.
+    QSet<qint64> looks;
+    std::vector<int> found;
+    for (const Candidate& each : candidates) {
+        if (each.estimated == WidthEstimate::unknown) {
+            found.push_back(each.row);
+        } else if (mayBeWidest(each)) {
+            const qint64 look = qRound64(each.estimated * 64) * 128 + each.last.unicode();
+            if (!looks.contains(look)) {
+                looks.insert(look);
+                found.push_back(each.row);
+            }
+        }
+    }
+    return found;
 }
 
 } // namespace PackageTable

@@ -3,16 +3,18 @@
 // Estimates the width of a text from the widths of pairs of characters. An estimate is much faster than
 // measuring the text. The estimate may be slightly wrong if a font combines three or more characters.
 //
-// Any thread may create a WidthEstimate, but then only this thread may use it.
+// Any thread may create a WidthEstimate, but then only this thread may use it. The same is true for
+// WidestRows, which finds the rows with the widest texts.
 
 #ifndef PACKAGETABLE_WIDTHESTIMATE_H
 #define PACKAGETABLE_WIDTHESTIMATE_H
 
-#include <functional>
+#include <array>
 #include <vector>
 
 #include <QFont>
 #include <QFontMetricsF>
+#include <QSet>
 #include <QString>
 
 namespace PackageTable {
@@ -30,10 +32,8 @@ public:
 
     // Returns the width in pixels, or `unknown`.
     qreal operator()(const QString& text);
-    // Returns some rows, one of which has the widest text. `textAt` returns the text of each of the `count`
-    // rows. If several texts have the same estimate and the same last letter, the result contains one of
-    // them.
-    std::vector<int> widestRows(int count, const std::function<QString(int row)>& textAt);
+    // The real width of a text differs from its estimate by at most this number of pixels.
+    qreal margin() const { return metrics.averageCharWidth(); }
 
 private:
     static constexpr int first = ' ';
@@ -48,6 +48,40 @@ private:
     QFontMetricsF metrics;
     std::vector<qreal> widths;   // by character; measured at its first use
     std::vector<qreal> advances; // by pair of characters; measured at its first use
+};
+
+class WidestRows
+{
+public:
+    // The WidthEstimate must exist as long as this object.
+    explicit WidestRows(WidthEstimate& itsEstimate) : estimate(itsEstimate) {}
+
+    void add(int row, const QString& text);
+    // Returns some of the added rows, in the order of the calls. One of these rows has the widest text. If
+    // several texts have the same estimate and the same last letter, the result contains only one of their
+    // rows.
+    std::vector<int> rows() const;
+
+private:
+    struct Candidate
+    {
+        int row;
+        qreal estimated;
+        QChar last; // the last letter
+    };
+
+    bool isKnown(const QString& text);
+    bool mayBeWidest(const Candidate& candidate) const;
+    void removeNarrow();
+
+    WidthEstimate& estimate;
+    qreal widest = 0; // the greatest estimate
+    std::vector<Candidate> candidates;
+    size_t most = 64;         // the number of candidates that calls removeNarrow()
+    QSet<QString> unmeasured; // the texts without an estimate
+    // Thousands of rows may share the memory of one text. These are some of the last texts, by their
+    // addresses. A QString in this array keeps its memory, so no other text can get the same address.
+    std::array<QString, 64> known;
 };
 
 } // namespace PackageTable

@@ -23,10 +23,19 @@ RecordTexts::~RecordTexts()
 
 void RecordTexts::add(Package::Entry* entry)
 {
-    added.push_back(entry);
-    if (added.size() >= recordsAtOnce) {
+    added.entries.push_back(entry);
+    if (added.entries.size() >= recordsAtOnce) {
         pass();
     }
+}
+
+void RecordTexts::beginRows(Reader* reader, int first)
+{
+    if (!added.entries.empty()) {
+        pass();
+    }
+    added.reader = reader;
+    added.first = first;
 }
 
 void RecordTexts::pass()
@@ -38,22 +47,23 @@ void RecordTexts::pass()
             thread = std::thread(&RecordTexts::run, this);
         } catch (const std::system_error&) {
             // The system cannot start another thread, so this thread does the work.
-            format(added);
-            added.clear();
+            format(added.entries);
+            added = Batch();
             return;
         }
     }
     {
         const std::lock_guard<std::mutex> lock(mutex);
-        passed.insert(passed.end(), added.begin(), added.end());
+        passed.push_back(added);
     }
-    added.clear();
+    added.first += static_cast<int>(added.entries.size());
+    added.entries.clear();
     changed.notify_one();
 }
 
 void RecordTexts::finish()
 {
-    if (!added.empty()) {
+    if (!added.entries.empty()) {
         pass();
     }
     if (thread.joinable()) {
@@ -65,22 +75,33 @@ void RecordTexts::finish()
         thread.join();
         ending = false;
     }
+    added = Batch();
     sizes.clear();
 }
 
 void RecordTexts::run()
 {
+    Reader* reader = nullptr;
     for (;;) {
-        Entries entries;
+        std::vector<Batch> batches;
         {
             std::unique_lock<std::mutex> lock(mutex);
             changed.wait(lock, [this] { return ending || !passed.empty(); });
             if (passed.empty()) {
-                return;
+                break;
             }
-            entries.swap(passed);
+            batches.swap(passed);
         }
-        format(entries);
+        for (const Batch& batch : batches) {
+            format(batch.entries);
+            if (batch.reader != nullptr) {
+                reader = batch.reader;
+                reader->rowsAdded(batch.first, batch.entries);
+            }
+        }
+    }
+    if (reader != nullptr) {
+        reader->ended();
     }
 }
 

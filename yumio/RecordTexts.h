@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // Formats the sizes and the build times of new records on its own thread. Meanwhile, a worker reads further
-// packages from the script.
+// packages from the script. The table can read complete records on the same thread; see Reader.
 //
 // The back end owns the only object. A worker adds records, and calls finish() before the end of the
 // collection. Until then, no other code may read or write the two texts, or delete an added record.
@@ -29,9 +29,25 @@ public:
     RecordTexts(const RecordTexts&) = delete;
     RecordTexts& operator=(const RecordTexts&) = delete;
 
+    // Reads records of the table when their texts are complete, before the end of the collection.
+    class Reader
+    {
+    public:
+        virtual ~Reader() = default;
+        // The thread of RecordTexts calls this function with some rows of the table. `first` is the number of
+        // the first row. The texts of these records do not change until the end of the collection.
+        virtual void rowsAdded(int first, const std::vector<Package::Entry*>& rows) = 0;
+        // The same thread calls this function once, after the last call of rowsAdded().
+        virtual void ended() = 0;
+    };
+
     // Sets sizeText and buildTimeText of this record, at the latest when finish() returns. The record's size
     // and buildTime must already be set.
     void add(Package::Entry* entry);
+    // From now on until finish(), each added record is a row of the table, and its texts do not change. The
+    // next record is the row `first`. The reader, which may be null, must exist until finish() has returned.
+    // If the system cannot start a thread, the reader gets no rows.
+    void beginRows(Reader* reader, int first);
     // Waits until all added records have their texts.
     void finish();
 
@@ -50,14 +66,20 @@ public:
 
 private:
     using Entries = std::vector<Package::Entry*>;
+    struct Batch
+    {
+        Entries entries;
+        Reader* reader = nullptr;
+        int first = 0; // the number of the first row, if `reader` is set
+    };
 
     void pass();
     void run();
     void format(const Entries& entries);
 
-    Entries added;       // for the worker only
-    QSet<QString> sizes; // for the thread only; equal texts of many records share their memory
-    Entries passed;      // the thread takes records from here
+    Batch added;               // for the worker only
+    QSet<QString> sizes;       // for the thread only; equal texts of many records share their memory
+    std::vector<Batch> passed; // the thread takes records from here
     bool ending = false;
     std::mutex mutex; // protects `passed` and `ending`
     std::condition_variable changed;

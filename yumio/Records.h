@@ -41,6 +41,8 @@ public:
     // added().
     Package::Entry*& place(const Package::EntryKey& key) { return entryIndex[key]; }
     void added(Package::Entry* entry);
+    // Returns the number of calls of added().
+    int collected() const { return collectedEntries.count(); }
     // Adds `key` as another key for the existing record `entry`. If `key` already has a record, nothing
     // changes.
     void addKey(const Package::EntryKey& key, Package::Entry* entry);

@@ -87,8 +87,10 @@ public:
     // repositories without metadata in the cache.
     enum class Source { Repositories, Cache };
     // The keys of repoEnable are repository identifiers. A value is true if the session uses the repository.
-    // Unknown identifiers are ignored.
-    bool collect(const QHash<QString, bool>& repoEnable, Source source = Source::Repositories);
+    // Unknown identifiers are ignored. `reader` can read rows before the end of the collection. If collect()
+    // returns false, the records of these rows may be invalid.
+    bool collect(const QHash<QString, bool>& repoEnable, Source source = Source::Repositories,
+                 RecordTexts::Reader* reader = nullptr);
     // Returns the identifiers of the failing repositories that the user switched off for this session during
     // the last collection.
     const QStringList& unwantedRepos() const { return unwanted; }
@@ -632,6 +634,7 @@ private:
 
     Records records;
     RecordTexts recordTexts;
+    RecordTexts::Reader* rowReader = nullptr; // the reader of the running collection
     VersionLocks versionLockState;
     QHash<QString, bool> localRepos; // whether each collected repository is local, by its identifier
     QVector<Advisory> advisoryList;

@@ -33,14 +33,16 @@ QString firstLines(const QString& text)
 
 } // namespace
 
-bool YumIO::collect(const QHash<QString, bool>& repoEnable, Source source)
+bool YumIO::collect(const QHash<QString, bool>& repoEnable, Source source, RecordTexts::Reader* reader)
 {
     FlagScope flag(rebuilding);
+    rowReader = reader;
     unwanted.clear();
     skipped.clear();
     QEventLoop loop;
     CollectThread thread(this, loop, repoEnable, source);
     execWorkThread(loop, thread, source == Source::Repositories);
+    rowReader = nullptr;
     return outcome(thread.result);
 }
 
@@ -268,6 +270,9 @@ bool YumIO::collectInstalledAndAvailable()
         return false;
     }
     progress->startItem(collecting, 800, 0);
+    // From now on, the collection does not change the rows that it adds. An earlier row can still get further
+    // installed versions.
+    recordTexts.beginRows(rowReader, records.collected());
     return collectField(all.get(), "available", Package::Available);
 }
 

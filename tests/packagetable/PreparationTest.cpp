@@ -6,6 +6,7 @@
 #include <QThread>
 #include <QtTest>
 
+#include <algorithm>
 #include <memory>
 
 #include "packagetable/SortFilterProxyModel.h"
@@ -39,15 +40,28 @@ private Q_SLOTS:
     void thePreparedTextOfARowContainsTheVisibleTextsOfItsCells();
     void thePreparationFindsTheWidestTextOfATextColumnAndEachPictureOfAPictureColumn();
     void theWidestTextsAreFoundOnlyIfTheCallerRequestsThem();
+    void aPreparationThatReadsRowsDuringTheCollectionHasTheSameResults_data();
+    void aPreparationThatReadsRowsDuringTheCollectionHasTheSameResults();
+    void namesAreSortedByTheirCharactersWhateverTheirLengthAndLetters();
     void nothingIsPreparedIfTheTableHasNoRecords();
 
 private:
     std::unique_ptr<Preparation> prepared(int column, Qt::SortOrder order)
     {
-        auto result = std::make_unique<Preparation>(table->yumIO, column, order, QApplication::font());
-        table->yumIO.compute([&result] { result->run(); });
+        auto result = std::make_unique<Preparation>(table->yumIO, QApplication::font());
+        complete(*result, column, order);
         return result;
     }
+    void complete(Preparation& preparation, int column, Qt::SortOrder order)
+    {
+        table->yumIO.compute([&preparation, column, order] { preparation.run(column, order); });
+    }
+    // The visible texts of a row, separated by blanks.
+    static QString textOf(const PreparedRows& rows, int row)
+    {
+        return QString(rows.texts.constData() + rows.textFrom[static_cast<size_t>(row)]);
+    }
+    void checkWidest(const Preparation& preparation);
 
     std::unique_ptr<Table> table;
     std::unique_ptr<Model> model;
@@ -97,14 +111,19 @@ void PreparationTest::thePreparedTextOfARowContainsTheVisibleTextsOfItsCells()
     const auto preparation = prepared(NameColumn, Qt::AscendingOrder);
     const int row = table->row("editor");
     QCOMPARE(static_cast<int>(preparation->rows.textFrom.size()), table->yumIO.count());
-    QCOMPARE(
-        QString(preparation->rows.texts.constData() + preparation->rows.textFrom[static_cast<size_t>(row)]),
-        QString("editor 3:9-4 base noarch 4.9Kb Fri Jan  2 00:00:00 1970"));
+    QCOMPARE(textOf(preparation->rows, row),
+             QString("editor 3:9-4 base noarch 4.9Kb Fri Jan  2 00:00:00 1970"));
 }
 
 void PreparationTest::thePreparationFindsTheWidestTextOfATextColumnAndEachPictureOfAPictureColumn()
 {
-    const auto preparation = prepared(NameColumn, Qt::AscendingOrder);
+    checkWidest(*prepared(NameColumn, Qt::AscendingOrder));
+}
+
+// Checks that `widest` contains a row with the widest text of each column of texts, and a row for each
+// picture.
+void PreparationTest::checkWidest(const Preparation& preparation)
+{
     const QFontMetrics metrics(QApplication::font());
     const auto width = [this, &metrics](int row, int column) {
         return metrics.size(0, Columns::text(*table->yumIO[row], column)).width();
@@ -116,12 +135,13 @@ void PreparationTest::thePreparationFindsTheWidestTextOfATextColumnAndEachPictur
                 all << static_cast<int>(Columns::row(column).sortKey(*table->yumIO[row]));
             }
             QSet<int> pictures;
-            for (const int row : preparation->widest[column]) {
+            for (const int row : preparation.widest[column]) {
                 pictures << static_cast<int>(Columns::row(column).sortKey(*table->yumIO[row]));
             }
             QVERIFY(column != StateColumn || all.size() > 1);
             QCOMPARE(pictures, all);
-            QCOMPARE(static_cast<int>(preparation->widest[column].size()), all.size());
+            // A picture may occur both in the rows of the collection and in the other rows.
+            QVERIFY(static_cast<int>(preparation.widest[column].size()) <= 2 * all.size());
             continue;
         }
         int widest = 0;
@@ -129,7 +149,7 @@ void PreparationTest::thePreparationFindsTheWidestTextOfATextColumnAndEachPictur
             widest = qMax(widest, width(row, column));
         }
         int found = 0;
-        for (const int row : preparation->widest[column]) {
+        for (const int row : preparation.widest[column]) {
             found = qMax(found, width(row, column));
         }
         QCOMPARE(found, widest);
@@ -138,12 +158,73 @@ void PreparationTest::thePreparationFindsTheWidestTextOfATextColumnAndEachPictur
 
 void PreparationTest::theWidestTextsAreFoundOnlyIfTheCallerRequestsThem()
 {
-    Preparation preparation(table->yumIO, NameColumn, Qt::AscendingOrder, QApplication::font());
-    preparation.run(false);
-    QVERIFY(preparation.widest[NameColumn].empty());
-    QCOMPARE(static_cast<int>(preparation.rows.order.size()), table->yumIO.count());
-    preparation.run(true);
-    QVERIFY(!preparation.widest[NameColumn].empty());
+    Preparation without(table->yumIO, QApplication::font(), false);
+    complete(without, NameColumn, Qt::AscendingOrder);
+    QVERIFY(without.widest[NameColumn].empty());
+    QCOMPARE(static_cast<int>(without.rows.order.size()), table->yumIO.count());
+    QVERIFY(!prepared(NameColumn, Qt::AscendingOrder)->widest[NameColumn].empty());
+}
+
+void PreparationTest::aPreparationThatReadsRowsDuringTheCollectionHasTheSameResults_data()
+{
+    QTest::addColumn<bool>("fitting");
+    QTest::newRow("with the widest cells") << true;
+    QTest::newRow("without the widest cells") << false;
+}
+
+void PreparationTest::aPreparationThatReadsRowsDuringTheCollectionHasTheSameResults()
+{
+    QFETCH(bool, fitting);
+    Preparation early(table->yumIO, QApplication::font(), fitting);
+    model.reset(); // the records are replaced
+    table->collectUsual(&early);
+    const size_t read = early.rows.textFrom.size();
+    QVERIFY(read >= 4); // "editor", twice "lib", and "office"
+    QVERIFY(read < static_cast<size_t>(table->yumIO.count()));
+    QCOMPARE(early.widest[NameColumn].empty(), !fitting);
+    complete(early, SizeColumn, Qt::DescendingOrder);
+    const auto late = prepared(SizeColumn, Qt::DescendingOrder);
+    QCOMPARE(early.rows.count, table->yumIO.count());
+    QCOMPARE(early.rows.nameRanks, late->rows.nameRanks);
+    QCOMPARE(early.rows.keys, late->rows.keys);
+    QCOMPARE(early.rows.order, late->rows.order);
+    for (int row = 0; row < table->yumIO.count(); ++row) {
+        QCOMPARE(textOf(early.rows, row), textOf(late->rows, row));
+    }
+    if (fitting) {
+        checkWidest(early);
+    }
+}
+
+void PreparationTest::namesAreSortedByTheirCharactersWhateverTheirLengthAndLetters()
+{
+    using S = StandIn;
+    const QString umlaut(0xfc);
+    const QString last(0xff);
+    const QString beyond(0x100);
+    QStringList expected;
+    // Eight and sixteen characters are the lengths of the parts that are compared at once.
+    for (const QString& prefix : {QString(), QString(7, 'a'), QString(8, 'a'), QString(15, 'a'),
+                                  QString(16, 'a'), QString(17, 'a'), last, beyond, last + QString(8, 'a')}) {
+        for (const QString& end : {QString("a"), QString("b"), QString("az"), umlaut, last, beyond,
+                                   last + "b", beyond + "a", QString(0x2603)}) {
+            expected << prefix + end;
+        }
+    }
+    expected.removeDuplicates();
+    std::sort(expected.begin(), expected.end());
+    QJsonArray packages;
+    for (int i = 0; i < expected.count(); ++i) {
+        packages << S::package(expected.at(i * 37 % expected.count()));
+    }
+    model.reset();
+    table->collect({}, {}, packages);
+    QStringList found;
+    const auto preparation = prepared(NameColumn, Qt::AscendingOrder);
+    for (const int row : preparation->rows.order) {
+        found << table->yumIO[row]->name;
+    }
+    QCOMPARE(found, expected);
 }
 
 void PreparationTest::nothingIsPreparedIfTheTableHasNoRecords()

@@ -201,8 +201,8 @@ void SortFilterProxyModelSortTest::aPreparedOrderIsIgnoredIfTheRecordsOrTheSortO
     QFETCH(Qt::SortOrder, order);
     proxy->sort(NameColumn);
     const QStringList before = names(*proxy);
-    Preparation other(table->yumIO, column, order, QFont());
-    other.run();
+    Preparation other(table->yumIO, QFont());
+    other.run(column, order);
     other.rows.count += more;
     proxy->setPrepared(other.rows);
     model->reset();

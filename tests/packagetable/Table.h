@@ -32,11 +32,11 @@ public:
 
     // Replaces all records by records of these packages and groups.
     void collect(const QJsonArray& updates, const QJsonArray& installed, const QJsonArray& available,
-                 const QJsonArray& groups = QJsonArray())
+                 const QJsonArray& groups = QJsonArray(), RecordTexts::Reader* reader = nullptr)
     {
         standIn.setPackages(updates, installed, available, groups);
         yumIO.clearEntries();
-        if (!yumIO.collect({})) {
+        if (!yumIO.collect({}, YumIO::Source::Repositories, reader)) {
             qFatal("the stand-in does not collect");
         }
     }
@@ -45,7 +45,7 @@ public:
     // "many" has two. "shell" and "kernel" are up to date; "shell" has one installed version, and "kernel"
     // has two. "editor", "lib" and the suite "office" are not installed; "lib" is available for two
     // architectures. The group "Editors" is installed, "Tools" is out of date, and "Games" is not installed.
-    void collectUsual()
+    void collectUsual(RecordTexts::Reader* reader = nullptr)
     {
         using S = StandIn;
         const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
@@ -63,7 +63,8 @@ public:
                  S::package("lib"), S::package("lib", {{"arch", "i686"}}),
                  S::package("office", {{"group", "Suite"}})},
                 {S::group("Games"), S::group("Editors", {{"installed", true}}),
-                 S::group("Tools", {{"mandatory_packages", QJsonArray{"tool"}}})});
+                 S::group("Tools", {{"mandatory_packages", QJsonArray{"tool"}}})},
+                reader);
     }
 
     // The row number of a package, or -1 if the package is missing.

@@ -27,7 +27,11 @@ int widthOf(const QString& text)
 std::vector<int> widestOf(const QStringList& texts)
 {
     WidthEstimate estimate(QApplication::font());
-    return estimate.widestRows(texts.count(), [&texts](int row) { return texts.at(row); });
+    WidestRows widest(estimate);
+    for (int row = 0; row < texts.count(); ++row) {
+        widest.add(row, texts.at(row));
+    }
+    return widest.rows();
 }
 
 } // namespace

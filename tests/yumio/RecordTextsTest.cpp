@@ -3,6 +3,8 @@
 #include <deque>
 #include <vector>
 
+#include <QSet>
+#include <QThread>
 #include <QtTest>
 
 #include "tests/support/TimeZone.h"
@@ -21,6 +23,36 @@ private:
         records.back().buildTime = buildTime;
         return &records.back();
     }
+
+    // Notes the calls of its functions.
+    class Reader : public RecordTexts::Reader
+    {
+    public:
+        void rowsAdded(int first, const std::vector<Package::Entry*>& rows) override
+        {
+            contiguous = contiguous && (read.empty() || first == firstRow + static_cast<int>(read.size()));
+            firstRow = read.empty() ? first : firstRow;
+            for (const Package::Entry* row : rows) {
+                complete = complete && !row->sizeText.isEmpty() && !row->buildTimeText.isEmpty();
+                read.push_back(row);
+            }
+            threads.insert(QThread::currentThreadId());
+            readAfterEnd = readAfterEnd || ends > 0;
+        }
+        void ended() override
+        {
+            threads.insert(QThread::currentThreadId());
+            ++ends;
+        }
+
+        std::vector<const Package::Entry*> read;
+        int firstRow = -1;
+        bool contiguous = true;
+        bool complete = true;
+        bool readAfterEnd = false;
+        int ends = 0;
+        QSet<Qt::HANDLE> threads;
+    };
 
     std::deque<Package::Entry> records; // a deque does not move its elements
 
@@ -82,6 +114,52 @@ private Q_SLOTS:
         texts.finish();
         QCOMPARE(records.front().sizeText, QString("11b"));
         QCOMPARE(further->sizeText, QString("12b"));
+    }
+
+    void theReaderGetsEachRowWithItsTextsOnOneOtherThread()
+    {
+        RecordTexts texts;
+        Reader reader;
+        texts.add(make(1, 1)); // not a row
+        texts.beginRows(&reader, 7);
+        constexpr int rows = 5000;
+        for (int i = 0; i < rows; ++i) {
+            texts.add(make(static_cast<quint64>(i), 1));
+        }
+        texts.finish();
+        QCOMPARE(reader.firstRow, 7);
+        QCOMPARE(static_cast<int>(reader.read.size()), rows);
+        for (size_t i = 0; i < reader.read.size(); ++i) {
+            QVERIFY(reader.read[i] == &records[i + 1]);
+        }
+        QVERIFY(reader.contiguous);
+        QVERIFY(reader.complete);
+        QCOMPARE(reader.threads.size(), 1);
+        QVERIFY(!reader.threads.contains(QThread::currentThreadId()));
+        QCOMPARE(reader.ends, 1);
+        QVERIFY(!reader.readAfterEnd);
+    }
+
+    void theReaderGetsNoRowsAfterFinish()
+    {
+        RecordTexts texts;
+        Reader reader;
+        texts.beginRows(&reader, 0);
+        texts.add(make(1, 1));
+        texts.finish();
+        texts.add(make(2, 2));
+        texts.finish();
+        QCOMPARE(static_cast<int>(reader.read.size()), 1);
+        QCOMPARE(reader.ends, 1);
+    }
+
+    void rowsNeedNoReader()
+    {
+        RecordTexts texts;
+        texts.beginRows(nullptr, 0);
+        texts.add(make(1536, 1));
+        texts.finish();
+        QCOMPARE(records.front().sizeText, QString("1.5Kb"));
     }
 
     void theEndOfAScopeFinishesTheTexts()
