@@ -8,34 +8,26 @@
 #include <QStyle>
 #include <QVBoxLayout>
 
-#include <algorithm>
-
 #include "widgets/Colors.h"
 #include "widgets/FindBar.h"
 #include "widgets/HScrollArea.h"
 #include "widgets/HSeparator.h"
+#include "widgets/LongLabel.h"
 #include "widgets/Metrics.h"
 #include "widgets/PlainLabel.h"
 
 namespace {
 
-// Shaping chooses the forms of joined letters, and takes a tenth of a second for 2,000 lines. ASCII has no
-// joined letters. So the dialogs show an ASCII text with more than this number of lines without shaping.
+// Shaping chooses the forms of joined letters, and takes a tenth of a second for 2,000 lines. Therefore the
+// dialogs show a text with more than this number of lines in a LongLabel, which does no shaping.
 const int shapedLines = 200;
-
-bool isAscii(const QString& text)
-{
-    return std::all_of(text.cbegin(), text.cend(), [](QChar each) { return each.unicode() < 0x80; });
-}
 
 QLabel* textLabel(const QString& text)
 {
-    auto* label = new PlainLabel(text);
-    if (text.count(QLatin1Char('\n')) > shapedLines && isAscii(text)) {
-        QFont unshaped;
-        unshaped.setStyleStrategy(QFont::PreferNoShaping);
-        label->setFont(unshaped);
+    if (text.count(QLatin1Char('\n')) > shapedLines && LongLabel::isSuitable(text, QFont())) {
+        return new LongLabel(text);
     }
+    auto* label = new PlainLabel(text);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     return label;
 }

@@ -19,6 +19,7 @@
 
 #include "widgets/FindBar.h"
 #include "widgets/HScrollArea.h"
+#include "widgets/LongLabel.h"
 #include "widgets/Metrics.h"
 
 namespace {
@@ -70,8 +71,8 @@ private Q_SLOTS:
     void enterRejectsTheQuestionIfRejectionIsTheDefault();
     void closingTheConfirmDialogRejectsTheQuestion();
     void theDialogsShowTheirTextsAsPlainText();
-    void onlyALongAsciiTextIsShownWithoutShaping_data();
-    void onlyALongAsciiTextIsShownWithoutShaping();
+    void onlyALongWesternTextIsShownWithoutShaping_data();
+    void onlyALongWesternTextIsShownWithoutShaping();
     void aShortTextIsShownWithoutScrollBars();
     void aTextThatFitsOnTheScreenIsShownWithoutScrollBars_data();
     void aTextThatFitsOnTheScreenIsShownWithoutScrollBars();
@@ -216,18 +217,20 @@ void ScrollableDialogsTest::theDialogsShowTheirTextsAsPlainText()
     QCOMPARE(textLabel(error)->text(), text);
 }
 
-void ScrollableDialogsTest::onlyALongAsciiTextIsShownWithoutShaping_data()
+void ScrollableDialogsTest::onlyALongWesternTextIsShownWithoutShaping_data()
 {
     QTest::addColumn<QString>("line");
     QTest::addColumn<int>("lines");
     QTest::addColumn<bool>("isShaped");
     QTest::newRow("short text") << QString("Upgrade: tool") << 100 << true;
-    QTest::newRow("long ASCII text") << QString("Upgrade: tool") << 2000 << false;
+    QTest::newRow("long ASCII text") << QString("\tUpgrade: tool") << 2000 << false;
+    QTest::newRow("long German text") << QString::fromUtf8("f\u00fcr: tool") << 2000 << false;
+    QTest::newRow("long text with tabs") << QString("Upgrade:\ttool") << 2000 << true;
     QTest::newRow("long text in a script with joined letters")
         << QString::fromUtf8("\u062a\u062d") << 2000 << true;
 }
 
-void ScrollableDialogsTest::onlyALongAsciiTextIsShownWithoutShaping()
+void ScrollableDialogsTest::onlyALongWesternTextIsShownWithoutShaping()
 {
     QFETCH(QString, line);
     QFETCH(int, lines);
@@ -239,6 +242,7 @@ void ScrollableDialogsTest::onlyALongAsciiTextIsShownWithoutShaping()
     ScrollableConfirmDialog dialog(text, "Yes", "No", nullptr);
     dialog.show();
     QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
+    QCOMPARE(qobject_cast<LongLabel*>(textLabel(dialog)) == nullptr, isShaped);
     const QFont font = textLabel(dialog)->font();
     QCOMPARE((font.styleStrategy() & QFont::PreferNoShaping) == 0, isShaped);
     QCOMPARE(font.family(), dialog.font().family());
