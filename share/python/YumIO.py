@@ -39,7 +39,8 @@ def ownPackage():
 
     Because the program runs as root, Python must never import a vyre package from another directory. So this function
     loads the package by its path. The share directory must keep its installed contents, so Python writes no compiled
-    files there. Python compiles the modules each time VYRE starts, in less than a tenth of a second.
+    files there. The installation compiles the modules. Without compiled modules, for example in the source tree,
+    Python compiles the modules each time VYRE starts, in less than a tenth of a second.
     """
     forgetOwnPackage()
     directory = os.path.join(os.path.dirname(os.path.abspath(__file__)), 'vyre')

@@ -83,11 +83,40 @@ class InstallTest(unittest.TestCase):
         # The build turns each .ts file into a .qm file.
         expected |= {'translations/' + re.sub(r'ts$', 'qm', name)
                      for name in os.listdir(os.path.join(SOURCE, 'translations')) if name.endswith('.ts')}
-        installed = self.files(SHARE)
+        installed = {path for path in self.files(SHARE) if '/__pycache__/' not in path}
         self.assertEqual(installed, expected)
         self.assertLessEqual({'python/YumIO.py', 'python/vyre/__init__.py', 'python/vyre/program.py'}, installed)
         self.assertIn('icons/package.png', installed)
         self.assertIn('translations/vyre_de.qm', installed)
+
+    def test_each_module_is_installed_in_compiled_form_too(self):
+        modules = self.files(SHARE + '/python/vyre')
+        sources = {path for path in modules if path.endswith('.py')}
+        compiled = modules - sources
+        tags = {path.rsplit('.', 2)[1] for path in compiled}
+        self.assertEqual(len(tags), 1, tags)
+        self.assertEqual(compiled, {'__pycache__/{}.{}.pyc'.format(path[:-len('.py')], *tags) for path in sources})
+
+    def test_compiled_modules_do_not_contain_the_temporary_path_of_the_installation(self):
+        compiled = self.place(SHARE, 'python/vyre/__pycache__')
+        for name in os.listdir(compiled):
+            with open(os.path.join(compiled, name), 'rb') as stream:
+                content = stream.read()
+            self.assertNotIn(self.top.encode(), content)
+            self.assertIn('/{}/python/vyre/{}.py'.format(SHARE, name.split('.')[0]).encode(), content)
+
+    def test_the_interpreter_uses_compiled_modules_even_if_the_time_of_the_source_differs(self):
+        directory = self.place(SHARE, 'python')
+        source = os.path.join(directory, 'vyre', '__init__.py')
+        before = os.stat(source)
+        os.utime(source, (1, 1))
+        try:
+            found = subprocess.run(
+                ['/usr/bin/python3', '-B', '-v', '-c', 'import sys; sys.path.insert(0, sys.argv[1]); import vyre',
+                 directory], check=True, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, universal_newlines=True)
+        finally:
+            os.utime(source, ns=(before.st_atime_ns, before.st_mtime_ns))
+        self.assertRegex(found.stderr, r'code object from .*vyre/__pycache__/__init__\.')
 
     def test_programs_of_the_share_directory_are_executable(self):
         for name in os.listdir(self.place(SHARE)):
