@@ -166,12 +166,19 @@ class PackageIndexTest(unittest.TestCase):
             self.assertEqual(installed[name]['evr'],
                              available[name]['evr'] + ('~1' if name in old else ''))
 
-    def test_a_missing_index_leaves_no_distribution_behind(self):
-        done = subprocess.run([os.path.join(SOURCES, 'benchmarks', 'make-distribution'), '--index',
-                               self.path('missing'), self.path('made')], stderr=subprocess.PIPE)
+    def refused(self, index):
+        """Returns the message of the command, which makes nothing."""
+        done = subprocess.run([os.path.join(SOURCES, 'benchmarks', 'make-distribution'), '--index', self.path(index),
+                               self.path('made')], stderr=subprocess.PIPE)
         self.assertNotEqual(done.returncode, 0)
-        self.assertIn('missing', done.stderr.decode('utf-8', 'replace'))
         self.assertFalse(os.path.exists(self.path('made')))
+        return done.stderr.decode('utf-8', 'replace')
+
+    def test_a_missing_or_empty_index_leaves_no_distribution_behind(self):
+        self.assertIn('missing', self.refused('missing'))
+        with open(self.path('empty'), 'w'):
+            pass
+        self.assertEqual(self.refused('empty'), 'The indexes have no packages\n')
 
 
 if __name__ == '__main__':
