@@ -9,6 +9,8 @@ target_compile_definitions(vyre_flags INTERFACE QT_NO_KEYWORDS QT_NO_FOREACH _FI
 target_compile_options(vyre_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
     -Woverloaded-virtual)
 target_include_directories(vyre_flags INTERFACE ${CMAKE_SOURCE_DIR})
+# New versions of RE2 name fifty other libraries, but our code uses none of them itself.
+target_link_options(vyre_flags INTERFACE -Wl,--as-needed)
 if(VYRE_WERROR)
     target_compile_options(vyre_flags INTERFACE -Werror)
 endif()

@@ -5,37 +5,13 @@
 #include <QRegularExpression>
 #include <QVector>
 
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 
 #include <langinfo.h>
 
 namespace {
-
-// Returns the position after the bracket expression that begins at `begin`, or -1 if the closing bracket is
-// missing.
-int afterBrackets(const QByteArray& text, int begin)
-{
-    int at = begin + 1;
-    if (at < text.size() && text.at(at) == '^') {
-        ++at;
-    }
-    if (at < text.size() && text.at(at) == ']') {
-        ++at;
-    }
-    while (at < text.size() && text.at(at) != ']') {
-        if (text.at(at) == '[' && at + 1 < text.size() && std::strchr(":=.", text.at(at + 1)) != nullptr) {
-            const int end = text.indexOf(QByteArray(1, text.at(at + 1)) + ']', at + 2);
-            if (end < 0) {
-                return -1;
-            }
-            at = end + 2;
-        } else {
-            ++at;
-        }
-    }
-    return at < text.size() ? at + 1 : -1;
-}
 
 // The C library copies the repeated part of an expression for each repetition, and crashes if an expression
 // has too many of these copies. Each character, escape sequence and bracket expression is one part. If an
@@ -72,7 +48,7 @@ int afterGroup(const QByteArray& text, int begin)
             at += 2;
             break;
         case '[':
-            at = afterBrackets(text, at);
+            at = Automaton::afterBrackets(text, at);
             break;
         case '(':
             ++depth;
@@ -89,29 +65,6 @@ int afterGroup(const QByteArray& text, int begin)
         }
     }
     return -1;
-}
-
-// Returns whether a text is valid UTF-8.
-bool isUtf8(const char* text)
-{
-    const auto* at = reinterpret_cast<const unsigned char*>(text);
-    const auto continues = [](unsigned char byte) { return (byte & 0xc0) == 0x80; };
-    while (*at != 0) {
-        if (*at < 0x80) {
-            ++at;
-        } else if (*at >= 0xc2 && *at < 0xe0 && continues(at[1])) {
-            at += 2;
-        } else if ((*at & 0xf0) == 0xe0 && continues(at[1]) && continues(at[2]) &&
-                   (*at != 0xe0 || at[1] >= 0xa0) && (*at != 0xed || at[1] < 0xa0)) {
-            at += 3;
-        } else if (*at >= 0xf0 && *at < 0xf5 && continues(at[1]) && continues(at[2]) && continues(at[3]) &&
-                   (*at != 0xf0 || at[1] >= 0x90) && (*at != 0xf4 || at[1] < 0x90)) {
-            at += 4;
-        } else {
-            return false;
-        }
-    }
-    return true;
 }
 
 // Removes the last UTF-8 character, which may have several bytes.
@@ -172,7 +125,7 @@ QByteArray Expression::requiredText(const QByteArray& expression, bool& whole)
             break;
         case '[':
             endRun();
-            at = afterBrackets(expression, at);
+            at = Automaton::afterBrackets(expression, at);
             if (at < 0) {
                 return QByteArray();
             }
@@ -232,7 +185,7 @@ QByteArray Expression::inOnePass(const QByteArray& expression)
             at += 2;
             break;
         case '[':
-            at = afterBrackets(expression, at);
+            at = Automaton::afterBrackets(expression, at);
             if (at < 0) {
                 return QByteArray();
             }
@@ -272,6 +225,7 @@ void Expression::clear()
     }
     regStatus = -1;
     hasOnePass = false;
+    automaton = Automaton();
 }
 
 QString Expression::withoutOuterAny(QString text)
@@ -310,7 +264,7 @@ bool Expression::isTooLarge(const QByteArray& text)
             ++sum;
             break;
         case '[':
-            at = afterBrackets(text, at);
+            at = Automaton::afterBrackets(text, at);
             last = 1;
             ++sum;
             break;
@@ -362,6 +316,7 @@ void Expression::compile(const QString& text)
     if (regStatus != 0 || literal) {
         return;
     }
+    automaton = Automaton(expression);
     // If the C library uses a multi-byte encoding other than UTF-8, "." does not match every part of a UTF-8
     // text.
     const bool everyByteMatches = MB_CUR_MAX == 1 || std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0;
@@ -369,13 +324,21 @@ void Expression::compile(const QString& text)
     hasOnePass = !faster.isEmpty() && regcomp(&onePass, faster.constData(), REG_EXTENDED | REG_NOSUB) == 0;
 }
 
-bool Expression::execute(const char* text) const
+bool Expression::execute(const char* text, size_t size) const
 {
+    switch (automaton.compare(text, size)) {
+    case Automaton::No:
+        return false;
+    case Automaton::Yes:
+        return true;
+    case Automaton::Unknown:
+        break;
+    }
     if (hasOnePass) {
         if (regexec(&onePass, text, 0, nullptr, 0) == 0) {
             return true;
         }
-        if (isUtf8(text)) {
+        if (Automaton::isUtf8(text, size)) {
             return false;
         }
     }
@@ -400,7 +363,7 @@ bool Expression::matches(const char* text) const
     if (!required.isEmpty() && std::strstr(text, required.constData()) == nullptr) {
         return false;
     }
-    return literal || execute(text);
+    return literal || execute(text, std::strlen(text));
 }
 
 bool Expression::matchesAny(const QByteArray& texts) const
@@ -410,6 +373,7 @@ bool Expression::matchesAny(const QByteArray& texts) const
     }
     const char* const end = texts.constData() + texts.size();
     const char* text = texts.constData();
+    bool asked = false; // the automaton has compared the texts
     while (text < end) {
         if (!required.isEmpty()) {
             const void* found = memmem(text, static_cast<size_t>(end - text), required.constData(),
@@ -427,10 +391,20 @@ bool Expression::matchesAny(const QByteArray& texts) const
                 text = static_cast<const char*>(before) + 1;
             }
         }
-        if (execute(text)) {
+        if (!asked) {
+            // Compare all remaining texts at once, because they are short.
+            asked = true;
+            const auto size = static_cast<size_t>(end - text) - (end[-1] == '\0' ? 1 : 0);
+            const Automaton::Answer answer = automaton.compareAny(text, size);
+            if (answer != Automaton::Unknown) {
+                return answer == Automaton::Yes;
+            }
+        }
+        const size_t length = std::strlen(text);
+        if (execute(text, length)) {
             return true;
         }
-        text += std::strlen(text) + 1;
+        text += length + 1;
     }
     return false;
 }

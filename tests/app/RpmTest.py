@@ -81,6 +81,7 @@ class RpmTest(unittest.TestCase):
     def test_the_package_requires_the_libraries_that_the_program_links(self):
         linked = set(re.findall(r'NEEDED +(\S+)', run('objdump', '-p', os.path.join(self.stage, 'usr/bin/vyre'))))
         self.assertLessEqual({'libQt5Widgets.so.5', 'libarchive.so.13', 'libexpat.so.1', 'liblz4.so.1'}, linked)
+        self.assertTrue(any(name.startswith('libre2.so.') for name in linked), linked)
         needed = {line.split('(')[0] for line in self.requirements() if '.so' in line}
         self.assertEqual(needed, linked)
 

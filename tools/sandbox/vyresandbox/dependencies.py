@@ -24,6 +24,7 @@ _LIBRARIES = {
     "libarchive": ("libarchive.so.13",),
     "expat": ("libexpat.so.1",),
     "lz4-libs": ("liblz4.so.1",),
+    "re2": ("libre2.so.*",),
     "isa-l": ("libisal.so.2",),
     "qt5-qtbase": ("libQt5Core.so.5",),
     "qt5-qtbase-gui": ("libQt5Gui.so.5", "libQt5Widgets.so.5"),
