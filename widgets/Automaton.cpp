@@ -239,7 +239,7 @@ bool Translator::atom(int depth)
         return true;
     case '\\':
         return escapeSequence();
-    case '*':
+    case '*': // a repetition of nothing, or of a repetition
     case '+':
     case '?':
     case '{':
@@ -360,7 +360,7 @@ bool Translator::repetition()
         translation += '}';
         ++at;
     }
-    return isAtEnd() || std::strchr("*+?{", current()) == nullptr;
+    return true;
 }
 
 bool Translator::number(int& value)

@@ -471,6 +471,10 @@ private Q_SLOTS:
         row("C.UTF-8", "a.$", "xa\xff", Automaton::Unknown);
         row("C.UTF-8", "a.$", "xa\xc3", Automaton::Unknown);
         row("C.UTF-8", "a.$", "xa\xed\xa0\x80", Automaton::Unknown);
+        row("C.UTF-8", "a.$", "xa\xe0\x80\x80", Automaton::Unknown);
+        row("C.UTF-8", "a.$", "xa\xf0\x80\x80\x80", Automaton::Unknown);
+        row("C.UTF-8", "a.$", "xa\xf4\x90\x80\x80", Automaton::Unknown);
+        row("C.UTF-8", "a.$", "xa\xf5\x80\x80\x80", Automaton::Unknown);
         // RE2 does not know whether the locale's letters include these characters.
         row("C.UTF-8", "a[bc]", "xac\u00e9", Automaton::Unknown);
         row("C.UTF-8", "a[bc]", "a\u00e9", Automaton::Unknown);
