@@ -30,9 +30,9 @@ constexpr int64_t mostMemory = 32 << 20;
 
 // With enough states, an automaton needs 2 ns for each byte, and the C library 6 to 50 ns. Without states,
 // both need 50 to 10,000 ns. If an automaton needs more than this time for each byte, it gives up. It may
-// need some milliseconds more for its first states.
+// need 50 ms more for its first states.
 constexpr double mostTime = 100; // in nanoseconds
-constexpr double firstTime = 5e6;
+constexpr double firstTime = 5e7;
 
 double threadTime()
 {
