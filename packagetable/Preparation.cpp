@@ -15,6 +15,12 @@ namespace PackageTable {
 
 namespace {
 
+// The texts of a row usually have at most this number of bytes.
+constexpr int bytesOfRow = 100;
+
+// Systems usually have at most this number of groups.
+constexpr int mostGroups = 1000;
+
 // In a number of eightCharacters(), stands for this character and for all greater characters.
 constexpr quint64 lastCharacter = 0xff;
 
@@ -178,14 +184,23 @@ Preparation::Preparation(const YumIO& backEnd, const QFont& font, bool withWidth
 
 Preparation::~Preparation() = default;
 
+void Preparation::begun(int first, int expected)
+{
+    readFrom = readTo = first;
+    // prepareRows() adds the rows before `first` and the groups. Without this reservation, the memory would
+    // grow step by step, and its peak would be several megabytes higher.
+    const int most = first + expected + mostGroups;
+    names.reserve(static_cast<size_t>(most));
+    rows.textFrom.reserve(static_cast<size_t>(most));
+    rows.texts.reserve(bytesOfRow * most);
+    if (fitting) {
+        widestOfRead = std::make_unique<WidestCells>(fontName);
+    }
+}
+
 void Preparation::rowsAdded(int first, const std::vector<Package::Entry*>& added)
 {
-    if (names.empty()) {
-        readFrom = readTo = first;
-        if (fitting) {
-            widestOfRead = std::make_unique<WidestCells>(fontName);
-        }
-    }
+    readTo = first;
     for (const Package::Entry* entry : added) {
         names.emplace_back(entry->name, readTo);
         rows.textFrom.push_back(rows.texts.size());
@@ -306,7 +321,7 @@ void Preparation::joinTexts(const YumIO& backEnd, QByteArray& texts, std::vector
 {
     const int rows = backEnd.count();
     from.reserve(static_cast<size_t>(rows));
-    texts.reserve(100 * rows);
+    texts.reserve(bytesOfRow * rows);
     for (int row = 0; row < rows; ++row) {
         from.push_back(texts.size());
         appendTexts(texts, *backEnd[row]);

@@ -61,6 +61,7 @@ public:
     Preparation(const YumIO& backEnd, const QFont& font, bool withWidths = true);
     ~Preparation() override;
 
+    void begun(int first, int expected) override;
     void rowsAdded(int first, const std::vector<Package::Entry*>& added) override;
     void ended() override;
 

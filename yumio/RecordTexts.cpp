@@ -29,13 +29,14 @@ void RecordTexts::add(Package::Entry* entry)
     }
 }
 
-void RecordTexts::beginRows(Reader* reader, int first)
+void RecordTexts::beginRows(Reader* reader, int first, int expected)
 {
     if (!added.entries.empty()) {
         pass();
     }
     added.reader = reader;
     added.first = first;
+    added.expected = expected;
 }
 
 void RecordTexts::pass()
@@ -95,7 +96,10 @@ void RecordTexts::run()
         for (const Batch& batch : batches) {
             format(batch.entries);
             if (batch.reader != nullptr) {
-                reader = batch.reader;
+                if (reader == nullptr) {
+                    reader = batch.reader;
+                    reader->begun(batch.first, batch.expected);
+                }
                 reader->rowsAdded(batch.first, batch.entries);
             }
         }

@@ -34,8 +34,12 @@ public:
     {
     public:
         virtual ~Reader() = default;
-        // The thread of RecordTexts calls this function with some rows of the table. `first` is the number of
-        // the first row. The texts of these records do not change until the end of the collection.
+        // The thread of RecordTexts calls this function before the first call of rowsAdded(), for example for
+        // the reservation of memory. `first` is the number of the first row, and `expected` is the probable
+        // number of rows from this row on.
+        virtual void begun(int first, int expected) = 0;
+        // The same thread calls this function with some rows of the table. `first` is the number of the first
+        // row. The texts of these records do not change until the end of the collection.
         virtual void rowsAdded(int first, const std::vector<Package::Entry*>& rows) = 0;
         // The same thread calls this function once, after the last call of rowsAdded().
         virtual void ended() = 0;
@@ -45,9 +49,9 @@ public:
     // and buildTime must already be set.
     void add(Package::Entry* entry);
     // From now on until finish(), each added record is a row of the table, and its texts do not change. The
-    // next record is the row `first`. The reader, which may be null, must exist until finish() has returned.
-    // If the system cannot start a thread, the reader gets no rows.
-    void beginRows(Reader* reader, int first);
+    // next record is the row `first`; about `expected` rows will follow. The reader, which may be null, must
+    // exist until finish() has returned. If the system cannot start a thread, the reader gets no rows.
+    void beginRows(Reader* reader, int first, int expected);
     // Waits until all added records have their texts.
     void finish();
 
@@ -71,6 +75,7 @@ private:
         Entries entries;
         Reader* reader = nullptr;
         int first = 0; // the number of the first row, if `reader` is set
+        int expected = 0;
     };
 
     void pass();

@@ -270,9 +270,6 @@ bool YumIO::collectInstalledAndAvailable()
         return false;
     }
     progress->startItem(collecting, 800, 0);
-    // From now on, the collection does not change the rows that it adds. An earlier row can still get further
-    // installed versions.
-    recordTexts.beginRows(rowReader, records.collected());
     return collectField(all.get(), "available", Package::Available);
 }
 
@@ -430,6 +427,11 @@ bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
         }
     }
     PyErr_Clear();
+    if (state == Package::Available) {
+        // From now on, the collection does not change the rows that it adds. An earlier row can still get
+        // further installed versions.
+        recordTexts.beginRows(rowReader, records.collected(), static_cast<int>(hint));
+    }
     bool comparisonFailed = false;
     const auto isBetter = [this, &comparisonFailed](const Package::Entry& best, const Package::Entry& other) {
         // If isBetterThan() fails for one pair of packages, it fails for thousands of pairs. So report only

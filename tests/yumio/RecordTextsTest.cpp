@@ -28,10 +28,16 @@ private:
     class Reader : public RecordTexts::Reader
     {
     public:
+        void begun(int first, int count) override
+        {
+            firstRow = first;
+            expected += count;
+            threads.insert(QThread::currentThreadId());
+            begunLate = begunLate || !read.empty();
+        }
         void rowsAdded(int first, const std::vector<Package::Entry*>& rows) override
         {
-            contiguous = contiguous && (read.empty() || first == firstRow + static_cast<int>(read.size()));
-            firstRow = read.empty() ? first : firstRow;
+            contiguous = contiguous && first == firstRow + static_cast<int>(read.size());
             for (const Package::Entry* row : rows) {
                 complete = complete && !row->sizeText.isEmpty() && !row->buildTimeText.isEmpty();
                 read.push_back(row);
@@ -46,6 +52,8 @@ private:
         }
 
         std::vector<const Package::Entry*> read;
+        int expected = 0;
+        bool begunLate = false;
         int firstRow = -1;
         bool contiguous = true;
         bool complete = true;
@@ -121,12 +129,14 @@ private Q_SLOTS:
         RecordTexts texts;
         Reader reader;
         texts.add(make(1, 1)); // not a row
-        texts.beginRows(&reader, 7);
+        texts.beginRows(&reader, 7, 4900);
         constexpr int rows = 5000;
         for (int i = 0; i < rows; ++i) {
             texts.add(make(static_cast<quint64>(i), 1));
         }
         texts.finish();
+        QCOMPARE(reader.expected, 4900); // the sum, if begun() was called several times
+        QVERIFY(!reader.begunLate);
         QCOMPARE(reader.firstRow, 7);
         QCOMPARE(static_cast<int>(reader.read.size()), rows);
         for (size_t i = 0; i < reader.read.size(); ++i) {
@@ -144,7 +154,7 @@ private Q_SLOTS:
     {
         RecordTexts texts;
         Reader reader;
-        texts.beginRows(&reader, 0);
+        texts.beginRows(&reader, 0, 1);
         texts.add(make(1, 1));
         texts.finish();
         texts.add(make(2, 2));
@@ -156,7 +166,7 @@ private Q_SLOTS:
     void rowsNeedNoReader()
     {
         RecordTexts texts;
-        texts.beginRows(nullptr, 0);
+        texts.beginRows(nullptr, 0, 1);
         texts.add(make(1536, 1));
         texts.finish();
         QCOMPARE(records.front().sizeText, QString("1.5Kb"));
