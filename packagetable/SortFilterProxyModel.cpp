@@ -4,6 +4,7 @@
 
 #include <QElapsedTimer>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <memory>
@@ -17,14 +18,26 @@
 
 namespace PackageTable {
 
+int SortFilterProxyModel::fewRows = 10000;
+
 namespace {
 
 // prepareQuickly() gives up after this number of milliseconds.
 constexpr int quickTime = 30;
 
+// The same for a table with more than `fewRows` rows. In such a table, the other steps of a filter also take
+// some milliseconds, and the graphical thread must serve events after 16 milliseconds.
+constexpr int quickTimeOfLongTable = 8;
+
+// After this number of milliseconds, prepareQuickly() estimates whether it will have to give up later.
+constexpr int estimateTime = 4;
+
 // If a search has found nothing, it looks for matches with a different letter case. It stops after this
 // number of milliseconds. The result is only a hint.
 constexpr int longestHintTime = 1000;
+
+// The same for a filter, which is usually much quicker than a search.
+constexpr int longestFilterHintTime = 200;
 
 // Returns the texts that a search compares, for the records of these rows.
 std::shared_ptr<SearchedTexts> textsOf(YumIO& yumIO, const QVector<int>& rows)
@@ -42,9 +55,9 @@ std::shared_ptr<SearchedTexts> textsOf(YumIO& yumIO, const QVector<int>& rows)
 SortFilterProxyModel::SortFilterProxyModel(StateFilter state, bool withDups, bool withGroups, YumIO* backEnd,
                                            QObject* parent)
     : HSortFilterProxyModel(NameColumn, parent), mode(Filter), filtering(true), stateFilter(state),
-      dups(withDups), groups(withGroups), yumIO(backEnd), source(nullptr), comparedMode(Filter),
-      comparison(0), foundIgnoringCase(false), sortedBy(-1), sortedIn(Qt::AscendingOrder), sortPauses(0),
-      sortWanted(false), mapped(false), mapping(false)
+      dups(withDups), groups(withGroups), yumIO(backEnd), source(nullptr), comingSettings(),
+      comparedMode(Filter), comparison(0), foundIgnoringCase(false), hintIsKnown(false), sortedBy(-1),
+      sortedIn(Qt::AscendingOrder), sortPauses(0), sortWanted(false), mapped(false), mapping(false)
 {
     idle.setSingleShot(true);
     idle.setInterval(100); // the table is painted before this timer fires
@@ -147,6 +160,7 @@ void SortFilterProxyModel::setUpdateListed()
 void SortFilterProxyModel::clear()
 {
     comparison = 0;
+    discardPrepared();
     filterAgain();
 }
 
@@ -159,6 +173,12 @@ void SortFilterProxyModel::filterAgain()
 void SortFilterProxyModel::clearCache()
 {
     verdicts.clear();
+}
+
+void SortFilterProxyModel::discardPrepared()
+{
+    comingVerdicts.clear();
+    hintIsKnown = false;
 }
 
 void SortFilterProxyModel::sourceAboutToBeReset()
@@ -208,6 +228,7 @@ void SortFilterProxyModel::sourceDestroyed()
 void SortFilterProxyModel::dropMap()
 {
     clearCache();
+    discardPrepared();
     mapped = false;
     order.clear();
     listedRows.clear();
@@ -284,6 +305,19 @@ void SortFilterProxyModel::map() const
         const bool sorted = sortedBy >= 0 && sortedBy < ColumnCount;
         static const std::vector<qint64> none;
         order = Preparation::orderOf(sorted ? sortKeys(sortedBy) : none, rows, sortedIn);
+    }
+    if (filtering && comingVerdicts.size() == rows && comingSettings == settings()) {
+        verdicts.swap(comingVerdicts);
+        comingVerdicts.clear();
+    }
+    if (filtering && expression.isEmpty() && !yumIO.isNull() && verdicts.empty()) {
+        // Go through the records in their own order, because the processor reads consecutive memory faster
+        // than memory in the sorted order.
+        const int records = yumIO->count();
+        verdicts.reserve(static_cast<size_t>(records));
+        for (int row = 0; row < records; ++row) {
+            verdicts.push_back(passes(*(*yumIO)[row], stateFilter, dups, groups) ? Accepted : Rejected);
+        }
     }
     std::vector<int> listed;
     std::vector<int> listedAt(rows, -1);
@@ -485,17 +519,31 @@ bool SortFilterProxyModel::passes(const Package::Entry& entry, StateFilter state
     return (withDups || !entry.duplicate) && (withGroups || entry.kind != Package::Group);
 }
 
+void SortFilterProxyModel::computeForAllRows(const std::function<void()>& computation) const
+{
+    if (yumIO->count() > fewRows) {
+        yumIO->compute(computation);
+    } else {
+        computation();
+    }
+}
+
 QVector<Package::Entry*> SortFilterProxyModel::searched(StateFilter state, bool withDups,
                                                         bool withGroups) const
 {
     QVector<Package::Entry*> found;
-    const int rows = yumIO.isNull() ? 0 : yumIO->count();
-    for (int row = 0; row < rows; ++row) {
-        Package::Entry* entry = (*yumIO)[row];
-        if (passes(*entry, state, withDups, withGroups)) {
-            found.append(entry);
-        }
+    if (yumIO.isNull()) {
+        return found;
     }
+    computeForAllRows([&found, &backEnd = *yumIO, state, withDups, withGroups] {
+        const int rows = backEnd.count();
+        for (int row = 0; row < rows; ++row) {
+            Package::Entry* entry = backEnd[row];
+            if (passes(*entry, state, withDups, withGroups)) {
+                found.append(entry);
+            }
+        }
+    });
     return found;
 }
 
@@ -517,8 +565,8 @@ QVector<int> SortFilterProxyModel::unknownRows(const Settings& wanted, bool& aga
     return found;
 }
 
-void SortFilterProxyModel::keep(const Settings& wanted, bool again, const QVector<int>& rows,
-                                const std::vector<char>& found)
+// Notes that the last comparison was for these settings.
+void SortFilterProxyModel::noteComparison(const Settings& wanted, bool again)
 {
     if (!again) {
         static qint32 last = 0; // all proxies share `last`, because a record stores only one number
@@ -526,8 +574,14 @@ void SortFilterProxyModel::keep(const Settings& wanted, bool again, const QVecto
         comparedMode = wanted.mode;
         comparedExpression = wanted.expression;
     }
+}
+
+// Stores the results of the last comparison in the records of these rows. `isFound` returns the result for an
+// index in `rows`.
+void SortFilterProxyModel::keep(const QVector<int>& rows, const std::function<bool(int)>& isFound) const
+{
     for (int i = 0; i < rows.count(); ++i) {
-        (*yumIO)[rows.at(i)]->match = found[static_cast<size_t>(i)] != 0 ? comparison : -comparison;
+        (*yumIO)[rows.at(i)]->match = isFound(i) ? comparison : -comparison;
     }
 }
 
@@ -535,6 +589,7 @@ bool SortFilterProxyModel::prepareQuickly(const Settings& given)
 {
     Settings wanted = given;
     wanted.expression = Expression::withoutOuterAny(given.expression);
+    discardPrepared();
     // If the expression refers to its groups, comparing it with a single row may already take hours.
     if (wanted.mode != Filter || yumIO.isNull() || Expression::refersToGroups(wanted.expression)) {
         return false;
@@ -544,23 +599,37 @@ bool SortFilterProxyModel::prepareQuickly(const Settings& given)
     if (wanted.expression.isEmpty() || !compiled.isValid()) {
         return true;
     }
+    QElapsedTimer running;
+    running.start();
+    const bool isLong = yumIO->count() > fewRows;
+    const int limit = isLong ? quickTimeOfLongTable : quickTime;
     bool again = false;
     const QVector<int> rows = unknownRows(wanted, again);
     if (visibleFrom.empty()) {
         makeTexts();
     }
-    QElapsedTimer running;
-    running.start();
+    const auto count = static_cast<qint64>(rows.count());
     std::vector<char> found;
-    found.reserve(static_cast<size_t>(rows.count()));
+    found.reserve(static_cast<size_t>(count));
     for (const int row : rows) {
-        if (found.size() % 64 == 0 && running.elapsed() >= quickTime) {
-            return false;
+        const auto done = static_cast<qint64>(found.size());
+        if (done % 64 == 0) {
+            const qint64 elapsed = running.elapsed();
+            if (elapsed >= limit || (elapsed >= estimateTime && elapsed * count > 2 * limit * done)) {
+                return false;
+            }
         }
         const char* text = visible.constData() + visibleFrom[static_cast<size_t>(row)];
         found.push_back(compiled.matches(text) ? 1 : 0);
     }
-    keep(wanted, again, rows, found);
+    if (isLong && !again && std::find(found.cbegin(), found.cend(), 1) == found.cend()) {
+        return false; // prepare() also compares without regard to the letter case
+    }
+    noteComparison(wanted, again);
+    keep(rows, [&found](int index) { return found[static_cast<size_t>(index)] != 0; });
+    bool isComplete = true;
+    comingVerdicts = verdictsFor(wanted, isComplete);
+    comingSettings = wanted;
     return true;
 }
 
@@ -573,81 +642,119 @@ bool SortFilterProxyModel::prepare(const Settings& given)
     if (yumIO.isNull() || wanted.expression.isEmpty() || !compiled.isValid()) {
         return true;
     }
-    if (!compare(wanted)) {
-        return false;
-    }
-    if (wanted.mode == Search) {
-        searchIgnoringCase(wanted);
-    }
-    return true;
+    return compare(wanted);
 }
 
 bool SortFilterProxyModel::compare(const Settings& wanted)
 {
+    const bool isSearch = wanted.mode == Search;
+    if (!isSearch && visibleFrom.empty()) {
+        makeTexts();
+    }
+    const int count = yumIO->count();
     bool again = false;
-    const QVector<int> rows = unknownRows(wanted, again);
-    if (rows.isEmpty()) {
+    QVector<int> rows;
+    std::shared_ptr<SearchedTexts> texts;
+    const auto from = std::make_shared<std::vector<int>>();
+    computeForAllRows([&, this] {
+        rows = unknownRows(wanted, again);
+        if (isSearch) {
+            texts = textsOf(*yumIO, rows);
+        } else {
+            from->reserve(static_cast<size_t>(rows.count()));
+            for (const int row : qAsConst(rows)) {
+                from->push_back(visibleFrom[static_cast<size_t>(row)]);
+            }
+        }
+    });
+    std::vector<char> found;
+    if (!rows.isEmpty()) {
+        std::function<bool(const Expression&, size_t)> matches;
+        if (isSearch) {
+            matches = [texts](const Expression& each, size_t index) { return texts->match(each, index); };
+        } else {
+            matches = [from, texts = visible](const Expression& each, size_t index) {
+                return each.matches(texts.constData() + (*from)[index]);
+            };
+        }
+        if (!yumIO->findMatches(wanted.expression, isSearch ? texts->blockCount() : from->size(), matches,
+                                found)) {
+            if (texts) {
+                texts->stop();
+            }
+            return false;
+        }
+    }
+    if (yumIO.isNull() || yumIO->count() != count) {
         return true;
     }
-    std::function<bool(const Expression&, size_t)> matches;
-    auto count = static_cast<size_t>(rows.count());
-    std::shared_ptr<SearchedTexts> texts;
-    if (wanted.mode == Search) {
-        texts = textsOf(*yumIO, rows);
-        count = texts->blockCount();
-        matches = [texts](const Expression& each, size_t index) { return texts->match(each, index); };
-    } else {
-        if (visibleFrom.empty()) {
-            makeTexts();
-        }
-        const auto from = std::make_shared<std::vector<int>>();
-        from->reserve(static_cast<size_t>(rows.count()));
-        for (const int row : rows) {
-            from->push_back(visibleFrom[static_cast<size_t>(row)]);
-        }
-        matches = [from, texts = visible](const Expression& each, size_t index) {
-            return each.matches(texts.constData() + (*from)[index]);
-        };
+    if (!rows.isEmpty()) {
+        noteComparison(wanted, again);
     }
-    std::vector<char> found;
-    if (!yumIO->findMatches(wanted.expression, count, matches, found)) {
-        if (texts) {
-            texts->stop();
+    const auto caseless = std::make_shared<CaselessPattern>(wanted.expression);
+    std::shared_ptr<SearchedTexts> caselessTexts;
+    std::vector<Verdict> judged;
+    bool hint = false;
+    computeForAllRows([&, this] {
+        keep(rows, [&](int index) {
+            return isSearch ? texts->isFound(index) : found[static_cast<size_t>(index)] != 0;
+        });
+        bool isComplete = true;
+        judged = verdictsFor(wanted, isComplete);
+        const auto accepted = std::find(judged.cbegin(), judged.cend(), Accepted);
+        if (!isComplete || accepted != judged.cend()) {
+            return;
         }
-        return false;
-    }
-    if (texts) {
-        found.clear();
-        for (int i = 0; i < rows.count(); ++i) {
-            found.push_back(texts->isFound(i) ? 1 : 0);
+        if (!isSearch) {
+            hint = isVisibleIgnoringCase(wanted, *caseless, longestFilterHintTime);
+        } else if (caseless->isQuick()) {
+            caselessTexts = textsOf(*yumIO, passingRows(wanted));
         }
-    }
-    if (!yumIO.isNull() && yumIO->count() > rows.last()) {
-        keep(wanted, again, rows, found);
+    });
+    comingVerdicts.swap(judged);
+    comingSettings = wanted;
+    foundIgnoringCase = hint;
+    hintIsKnown = !isSearch;
+    if (caselessTexts) {
+        searchIgnoringCase(wanted, caseless, caselessTexts);
     }
     return true;
 }
 
-// If a search has no match, searches a second time without regard to the letter case, and stores whether the
-// second search has a match.
-void SortFilterProxyModel::searchIgnoringCase(const Settings& wanted)
+QVector<int> SortFilterProxyModel::passingRows(const Settings& wanted) const
 {
-    foundIgnoringCase = false;
     QVector<int> rows;
-    for (int row = 0; !yumIO.isNull() && row < yumIO->count(); ++row) {
-        const Package::Entry& entry = *(*yumIO)[row];
-        if (passes(entry, wanted.state, wanted.dups, wanted.groups)) {
-            if (entry.match == comparison || entry.searchTexts.isNull()) {
-                return;
-            }
+    for (int row = 0; row < yumIO->count(); ++row) {
+        if (passes(*(*yumIO)[row], wanted.state, wanted.dups, wanted.groups)) {
             rows.append(row);
         }
     }
-    const auto caseless = std::make_shared<CaselessPattern>(wanted.expression);
-    if (rows.isEmpty() || !caseless->isQuick()) {
-        return;
+    return rows;
+}
+
+// Returns the verdict for each row. Sets `isComplete` to false if a verdict is unknown.
+std::vector<SortFilterProxyModel::Verdict> SortFilterProxyModel::verdictsFor(const Settings& wanted,
+                                                                             bool& isComplete) const
+{
+    std::vector<Verdict> found;
+    const int rows = yumIO->count();
+    found.reserve(static_cast<size_t>(rows));
+    for (int row = 0; row < rows; ++row) {
+        const Package::Entry& entry = *(*yumIO)[row];
+        const bool passed = passes(entry, wanted.state, wanted.dups, wanted.groups);
+        const bool isKnown = !passed || (comparison != 0 && std::abs(entry.match) == comparison);
+        isComplete = isComplete && isKnown;
+        found.push_back(!isKnown ? Unknown : passed && entry.match == comparison ? Accepted : Rejected);
     }
-    const std::shared_ptr<SearchedTexts> texts = textsOf(*yumIO, rows);
+    return found;
+}
+
+// If a search has no match, searches a second time without regard to the letter case, and stores whether the
+// second search has a match.
+void SortFilterProxyModel::searchIgnoringCase(const Settings& wanted,
+                                              const std::shared_ptr<CaselessPattern>& caseless,
+                                              const std::shared_ptr<SearchedTexts>& texts)
+{
     const auto any = std::make_shared<std::atomic<bool>>(false);
     std::vector<char> found;
     QElapsedTimer running;
@@ -677,22 +784,36 @@ bool SortFilterProxyModel::matchesIgnoringCase() const
     if (mode == Search && foundIgnoringCase) {
         return true;
     }
+    if (mode == Filter && hintIsKnown && comingSettings == settings()) {
+        return foundIgnoringCase;
+    }
     const CaselessPattern caseless(expression.pattern());
     // This function compares the joined visible texts, but a search compares each field separately. If the
     // joined texts contain a word without blanks, one of the texts contains this word too. Therefore, in
     // Search mode, this function compares only words.
-    if (!caseless.isUsable() || (mode == Search && !caseless.isWord())) {
+    if (mode == Search && !caseless.isWord()) {
         return false;
     }
     if (visibleFrom.empty()) {
         makeTexts();
     }
+    return isVisibleIgnoringCase(settings(), caseless, quickTime);
+}
+
+// Returns whether the visible text of a record that passes the other settings matches the expression without
+// regard to the letter case. Gives up after `longest` milliseconds.
+bool SortFilterProxyModel::isVisibleIgnoringCase(const Settings& wanted, const CaselessPattern& caseless,
+                                                 int longest) const
+{
+    if (!caseless.isUsable()) {
+        return false;
+    }
     QElapsedTimer running;
     running.start();
     const int rows = yumIO->count();
-    for (int row = 0; row < rows && (row % 64 != 0 || running.elapsed() < quickTime); ++row) {
+    for (int row = 0; row < rows && (row % 64 != 0 || running.elapsed() < longest); ++row) {
         const Package::Entry& entry = *(*yumIO)[row];
-        if (passes(entry, stateFilter, dups, groups) &&
+        if (passes(entry, wanted.state, wanted.dups, wanted.groups) &&
             caseless.matches(visible.constData() + visibleFrom[static_cast<size_t>(row)])) {
             return true;
         }

@@ -17,6 +17,8 @@
 #include <QString>
 #include <QTimer>
 
+#include <functional>
+#include <memory>
 #include <vector>
 
 #include "packagetable/PackageTable.h"
@@ -26,6 +28,7 @@
 #include "widgets/HSortFilterProxyModel.h"
 #include "yumio/Package.h"
 
+class CaselessPattern;
 class HAbstractTableModel;
 class YumIO;
 
@@ -39,6 +42,10 @@ public:
     // The main window owns the back end. The rows of the source model must be the back end's records.
     SortFilterProxyModel(StateFilter state, bool withDups, bool withGroups, YumIO* backEnd,
                          QObject* parent = nullptr);
+
+    // If the table has at most this number of rows, the graphical thread itself goes through all records.
+    // Tests change this number.
+    static int fewRows;
 
     using HSortFilterProxyModel::setSourceModel;
     void setSourceModel(HAbstractTableModel* model);
@@ -68,22 +75,30 @@ public:
         bool dups;
         bool groups;
         QString expression;
+
+        bool operator==(const Settings& other) const
+        {
+            return mode == other.mode && state == other.state && dups == other.dups &&
+                   groups == other.groups && expression == other.expression;
+        }
     };
     Settings settings() const { return {mode, stateFilter, dups, groups, expression.pattern()}; }
-    // Returns the records that a search with these filters examines.
+    // Returns the records that a search with these filters examines. If the table has many rows, a worker
+    // finds these records, and this function serves events.
     QVector<Package::Entry*> searched(StateFilter state, bool withDups, bool withGroups) const;
     // Compares the expression of these settings with all records that the other settings permit, and stores
-    // the results. This function may start a worker and serve events. When the settings are applied later,
+    // the results. This function may start workers and serve events. When the settings are applied later,
     // the proxy lists the records immediately. Without an earlier prepare(), the proxy lists the same
     // records, but compares them on the graphical thread and serves no events. Returns false if the user has
     // stopped the worker. In this case, the results for the current settings remain.
     bool prepare(const Settings& wanted);
     // Does the same as prepare() in Filter mode, but on the graphical thread. If the comparison takes more
-    // than some milliseconds, gives up and returns false.
+    // than some milliseconds, gives up and returns false. In a long table, also returns false if no record
+    // matches.
     bool prepareQuickly(const Settings& wanted);
-    // Returns whether the expression would list at least one record if it were not case-sensitive. In Search
-    // mode, the result may be known already: if the search has found nothing, prepare() has also searched
-    // without regard to the letter case. Otherwise, this function compares the visible texts. After some
+    // Returns whether the expression would list at least one record if it were not case-sensitive. The result
+    // may be known already: if no record matches, prepare() has also compared without regard to the letter
+    // case. Otherwise, this function compares the visible texts. After some
     // milliseconds, it gives up and returns false.
     bool matchesIgnoringCase() const;
     // Gives the proxy the result of a Preparation for the present records. The proxy uses this result at the
@@ -147,10 +162,20 @@ private:
 
     bool acceptRow(Package::Entry* entry, int row, const QModelIndex& parent) const;
     static bool passes(const Package::Entry& entry, StateFilter state, bool withDups, bool withGroups);
+    // Runs a computation that goes through all records. If the table has many rows, a worker runs it, and the
+    // graphical thread serves events. Meanwhile, the worker may use this proxy, because the graphical thread
+    // only paints the listed rows.
+    void computeForAllRows(const std::function<void()>& computation) const;
     bool compare(const Settings& wanted);
-    void searchIgnoringCase(const Settings& wanted);
+    void searchIgnoringCase(const Settings& wanted, const std::shared_ptr<CaselessPattern>& caseless,
+                            const std::shared_ptr<SearchedTexts>& texts);
     QVector<int> unknownRows(const Settings& wanted, bool& again) const;
-    void keep(const Settings& wanted, bool again, const QVector<int>& rows, const std::vector<char>& found);
+    QVector<int> passingRows(const Settings& wanted) const;
+    std::vector<Verdict> verdictsFor(const Settings& wanted, bool& isComplete) const;
+    bool isVisibleIgnoringCase(const Settings& wanted, const CaselessPattern& caseless, int longest) const;
+    void discardPrepared();
+    void noteComparison(const Settings& wanted, bool again);
+    void keep(const QVector<int>& rows, const std::function<bool(int)>& isFound) const;
     bool matchesAnyText(const Package::Entry& entry) const;
     bool matchesAnyField(const Package::Entry& entry) const;
     bool matches(const QString& text) const;
@@ -171,6 +196,10 @@ private:
     QPointer<YumIO> yumIO;
     HAbstractTableModel* source;
     mutable std::vector<Verdict> verdicts; // the result of the filter, by source row
+    // The verdicts for settings that the proxy does not have yet. If it gets these settings, map() uses the
+    // verdicts.
+    mutable std::vector<Verdict> comingVerdicts;
+    Settings comingSettings;
     QRegExp expression;
     Expression pattern;
     // These three members describe the last comparison of all records. Package::Entry::match has its results.
@@ -179,6 +208,8 @@ private:
     qint32 comparison; // the number of the comparison; 0 before the first comparison
     // Whether the last search has found no record, but would have found one if it were not case-sensitive.
     bool foundIgnoringCase;
+    // Whether `foundIgnoringCase` is the result of a prepared filter for `comingSettings`.
+    bool hintIsKnown;
 
     int sortedBy;
     Qt::SortOrder sortedIn;

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
+#include <QScopedValueRollback>
+
 #include <functional>
 
 #include "tests/packagetable/FilteredTable.h"
@@ -14,6 +16,13 @@ class SortFilterProxyModelResultsTest : public FilteredTable
 private Q_SLOTS:
     void preparedAndUnpreparedComparisonsListTheSameRecords_data();
     void preparedAndUnpreparedComparisonsListTheSameRecords();
+    void aWorkerGoesThroughTheRecordsOfALongTable_data();
+    void aWorkerGoesThroughTheRecordsOfALongTable();
+    void theQuickPreparationOfALongTableLeavesItToTheWorkerToFindNothing();
+    void theWorkerOfALongTableListsTheSameRecords_data();
+    void theWorkerOfALongTableListsTheSameRecords();
+    void theProxyUsesThePreparedVerdictsOnlyForTheirSettings();
+    void aPreparedFilterKnowsWhetherRecordsMatchInAnotherLetterCase();
     void aPreparedSearchRespectsTheStateFilter();
     void theProxyUsesPreparedResultsInsteadOfComparingAgain();
     void aResetOfTheModelDiscardsPreparedResults();
@@ -64,10 +73,114 @@ void SortFilterProxyModelResultsTest::preparedAndUnpreparedComparisonsListTheSam
         QVERIFY(proxy->prepare({mode, ViewAll, true, true, expression}));
         QCOMPARE(listed(expression), expected);
         proxy->clear();
-        QVERIFY(proxy->prepareQuickly({mode, ViewAll, true, true, expression}) ==
-                (mode == Filter && !expression.contains("\\1")));
+        const bool isQuick = proxy->prepareQuickly({mode, ViewAll, true, true, expression});
+        if (mode == Search || expression.contains("\\1")) {
+            QVERIFY(!isQuick);
+        } else if (table->yumIO.count() <= SortFilterProxyModel::fewRows) {
+            QVERIFY(isQuick);
+        }
         QCOMPARE(listed(expression), expected);
     }
+}
+
+void SortFilterProxyModelResultsTest::aWorkerGoesThroughTheRecordsOfALongTable_data()
+{
+    QTest::addColumn<int>("mode");
+    QTest::newRow("filter") << static_cast<int>(Filter);
+    QTest::newRow("search") << static_cast<int>(Search);
+}
+
+void SortFilterProxyModelResultsTest::aWorkerGoesThroughTheRecordsOfALongTable()
+{
+    QFETCH(int, mode);
+    const SortFilterProxyModel::Settings wanted{static_cast<Mode>(mode), ViewAll, true, true, "tool"};
+    readTexts();
+    QVERIFY(proxy->prepare(wanted));
+    // All results are known now. So without a worker, these functions serve no events.
+    const auto servesEvents = [](const std::function<void()>& call) {
+        bool served = false;
+        QTimer::singleShot(0, [&served] { served = true; });
+        call();
+        const bool result = served;
+        QCoreApplication::processEvents(); // the timer must fire before the end of this function
+        return result;
+    };
+    for (const bool isLong : {false, true}) {
+        const QScopedValueRollback<int> limit(SortFilterProxyModel::fewRows, isLong ? 1 : 1000);
+        QCOMPARE(servesEvents([this, &wanted] { proxy->prepare(wanted); }), isLong);
+        QCOMPARE(servesEvents([this] { proxy->searched(ViewAll, true, true); }), isLong);
+    }
+}
+
+void SortFilterProxyModelResultsTest::theQuickPreparationOfALongTableLeavesItToTheWorkerToFindNothing()
+{
+    for (const bool isLong : {false, true}) {
+        const QScopedValueRollback<int> limit(SortFilterProxyModel::fewRows, isLong ? 1 : 1000);
+        QVERIFY(proxy->prepareQuickly({Filter, ViewAll, true, true, "tool"}));
+        QCOMPARE(proxy->prepareQuickly({Filter, ViewAll, true, true, "no tool"}), !isLong);
+    }
+}
+
+void SortFilterProxyModelResultsTest::theWorkerOfALongTableListsTheSameRecords_data()
+{
+    preparedAndUnpreparedComparisonsListTheSameRecords_data();
+}
+
+void SortFilterProxyModelResultsTest::theWorkerOfALongTableListsTheSameRecords()
+{
+    const QScopedValueRollback<int> limit(SortFilterProxyModel::fewRows, 1);
+    preparedAndUnpreparedComparisonsListTheSameRecords();
+}
+
+void SortFilterProxyModelResultsTest::theProxyUsesThePreparedVerdictsOnlyForTheirSettings()
+{
+    readTexts();
+    for (const Mode mode : {Filter, Search}) {
+        proxy->setMode(mode);
+        proxy->setStateFilter(ViewAll);
+        QVERIFY(listed("").contains("tool"));
+        const Package::State before = table->entry("tool").state;
+        QVERIFY(proxy->prepare({mode, ViewUpdatable, true, true, "tool"}));
+        // The proxy does not look at the records again: the worker has already judged the former state.
+        table->entry("tool").state = Package::Installed;
+        proxy->setStateFilter(ViewUpdatable);
+        QVERIFY(listed("tool").contains("tool"));
+        // The verdicts are used only once, and only for the same settings.
+        proxy->setStateFilter(ViewAll);
+        proxy->setStateFilter(ViewUpdatable);
+        QVERIFY(!sortedNames(*proxy).contains("tool"));
+        table->entry("tool").state = before;
+        QVERIFY(proxy->prepare({mode, ViewUpdatable, true, true, "tool"}));
+        table->entry("tool").state = Package::Installed;
+        QVERIFY(!listed("too").contains("tool"));
+        proxy->clear(); // clear() and a reset discard the verdicts
+        QVERIFY(!listed("tool").contains("tool"));
+        QVERIFY(proxy->prepare({mode, ViewUpdatable, true, true, "too"}));
+        table->entry("tool").state = before;
+        model->reset();
+        QVERIFY(listed("too").contains("tool"));
+    }
+}
+
+void SortFilterProxyModelResultsTest::aPreparedFilterKnowsWhetherRecordsMatchInAnotherLetterCase()
+{
+    for (const char* expression : {"TOOL", "^TOOL", "NOTHING"}) {
+        proxy->clear();
+        QCOMPARE(listed(expression), QStringList());
+        const bool expected = proxy->matchesIgnoringCase();
+        QCOMPARE(expected, QString(expression) != "NOTHING");
+        QVERIFY(proxy->prepare({Filter, ViewAll, true, true, expression}));
+        // The hint is known for this expression only.
+        QVERIFY(!listed("tool").isEmpty());
+        QCOMPARE(listed(expression), QStringList());
+        QCOMPARE(proxy->matchesIgnoringCase(), expected);
+    }
+    // The prepared hint is for the same state filter only.
+    QVERIFY(proxy->prepare({Filter, ViewAll, true, true, "EDITOR"}));
+    QCOMPARE(listed("EDITOR"), QStringList());
+    QVERIFY(proxy->matchesIgnoringCase());
+    proxy->setStateFilter(ViewUpdatable);
+    QVERIFY(!proxy->matchesIgnoringCase());
 }
 
 void SortFilterProxyModelResultsTest::aPreparedSearchRespectsTheStateFilter()

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
+#include <QScopedValueRollback>
+
 #include "tests/packagetable/FilteredTable.h"
 #include "yumio/Fields.h"
 
@@ -18,6 +20,7 @@ private Q_SLOTS:
     void theSearchFindsTextsInEachListOfAGroup();
     void theSearchDoesNotMatchAcrossFields();
     void aSearchWithoutMatchesReportsMatchesInAnotherLetterCase();
+    void aPreparedSearchWithoutMatchesReportsMatchesInAnotherLetterCase_data();
     void aPreparedSearchWithoutMatchesReportsMatchesInAnotherLetterCase();
     void theSearchReadsNoFieldsOfARecordAfterTheFirstMatch();
 };
@@ -121,8 +124,17 @@ void SortFilterProxyModelSearchTest::theSearchDoesNotMatchAcrossFields()
     QCOMPARE(listed("^noarch$"), QStringList{"editor"});
 }
 
+void SortFilterProxyModelSearchTest::aPreparedSearchWithoutMatchesReportsMatchesInAnotherLetterCase_data()
+{
+    QTest::addColumn<int>("fewRows");
+    QTest::newRow("short table") << SortFilterProxyModel::fewRows;
+    QTest::newRow("long table") << 1;
+}
+
 void SortFilterProxyModelSearchTest::aPreparedSearchWithoutMatchesReportsMatchesInAnotherLetterCase()
 {
+    QFETCH(int, fewRows);
+    const QScopedValueRollback<int> limit(SortFilterProxyModel::fewRows, fewRows);
     table->collect(
         {},
         {StandIn::package("tool", {{"repoid", "@System"}}),
