@@ -222,7 +222,10 @@ void Preparation::ended()
 
 template <typename Function> void Preparation::forOtherRows(Function function) const
 {
-    for (int row = 0; row < rows.count; row = row + 1 == readFrom ? readTo : row + 1) {
+    for (int row = 0; row < readFrom; ++row) {
+        function(row, *yumIO[row]);
+    }
+    for (int row = readTo; row < rows.count; ++row) {
         function(row, *yumIO[row]);
     }
 }

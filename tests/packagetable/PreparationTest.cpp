@@ -42,6 +42,7 @@ private Q_SLOTS:
     void theWidestTextsAreFoundOnlyIfTheCallerRequestsThem();
     void aPreparationThatReadsRowsDuringTheCollectionHasTheSameResults_data();
     void aPreparationThatReadsRowsDuringTheCollectionHasTheSameResults();
+    void theFirstRowCanBeReadDuringTheCollection();
     void namesAreSortedByTheirCharactersWhateverTheirLengthAndLetters();
     void nothingIsPreparedIfTheTableHasNoRecords();
 
@@ -194,6 +195,19 @@ void PreparationTest::aPreparationThatReadsRowsDuringTheCollectionHasTheSameResu
     if (fitting) {
         checkWidest(early);
     }
+}
+
+void PreparationTest::theFirstRowCanBeReadDuringTheCollection()
+{
+    Preparation early(table->yumIO, QApplication::font());
+    model.reset(); // the records are replaced
+    table->collect({}, {}, {StandIn::package("tool"), StandIn::package("editor")}, {}, &early);
+    complete(early, NameColumn, Qt::AscendingOrder);
+    QCOMPARE(early.rows.nameRanks, (std::vector<int>{1, 0}));
+    QCOMPARE(early.rows.order, (std::vector<int>{1, 0}));
+    QCOMPARE(static_cast<int>(early.rows.textFrom.size()), 2);
+    QVERIFY(textOf(early.rows, 0).startsWith("tool "));
+    QVERIFY(textOf(early.rows, 1).startsWith("editor "));
 }
 
 void PreparationTest::namesAreSortedByTheirCharactersWhateverTheirLengthAndLetters()
