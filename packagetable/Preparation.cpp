@@ -146,15 +146,20 @@ public:
             }
         }
     }
-    // Appends the rows to the list of each column.
-    void appendTo(std::vector<int>* widest) const
+    // Returns the rows that may have the widest texts of a column.
+    const std::vector<WidestRows::Candidate>& textsOf(int column) const
     {
-        for (int column = 0; column < ColumnCount; ++column) {
-            const std::vector<int> found = Columns::row(column).showsPictures()
-                                               ? pictures[column].rows
-                                               : texts[static_cast<size_t>(column)].rows();
-            widest[column].insert(widest[column].end(), found.begin(), found.end());
-        }
+        return texts[static_cast<size_t>(column)].found();
+    }
+    void addTexts(int column, const std::vector<WidestRows::Candidate>& others)
+    {
+        texts[static_cast<size_t>(column)].add(others);
+    }
+    // Returns some rows for a column: a row for each picture, or rows with the widest texts.
+    std::vector<int> rows(int column) const
+    {
+        return Columns::row(column).showsPictures() ? pictures[column].rows
+                                                    : texts[static_cast<size_t>(column)].rows();
     }
 
 private:
@@ -214,10 +219,16 @@ void Preparation::rowsAdded(int first, const std::vector<Package::Entry*>& added
 
 void Preparation::ended()
 {
-    if (widestOfRead) {
-        widestOfRead->appendTo(widest);
-        widestOfRead.reset();
+    if (!widestOfRead) {
+        return;
     }
+    for (int column = 0; column < ColumnCount; ++column) {
+        readTexts[column] = widestOfRead->textsOf(column);
+        if (Columns::row(column).showsPictures()) {
+            widest[column] = widestOfRead->rows(column);
+        }
+    }
+    widestOfRead.reset();
 }
 
 template <typename Function> void Preparation::forOtherRows(Function function) const
@@ -267,7 +278,11 @@ void Preparation::findWidest()
 {
     WidestCells cells(fontName);
     forOtherRows([&cells](int row, const Package::Entry& entry) { cells.add(row, entry); });
-    cells.appendTo(widest);
+    for (int column = 0; column < ColumnCount; ++column) {
+        cells.addTexts(column, readTexts[column]);
+        const std::vector<int> found = cells.rows(column);
+        widest[column].insert(widest[column].end(), found.begin(), found.end());
+    }
 }
 
 std::vector<int> Preparation::ranksOf(const YumIO& backEnd, int column)

@@ -20,6 +20,7 @@
 #include <QFont>
 
 #include "packagetable/PackageTable.h"
+#include "packagetable/WidthEstimate.h"
 #include "yumio/RecordTexts.h"
 
 class YumIO;
@@ -97,7 +98,9 @@ private:
     int readFrom = 0;
     int readTo = 0;
     std::vector<TextOfRow> names;              // of the read rows; prepareRows() adds the other rows
-    std::unique_ptr<WidestCells> widestOfRead; // exists from the first call of rowsAdded() until ended()
+    std::unique_ptr<WidestCells> widestOfRead; // exists from begun() until ended()
+    // For each column: the read rows that may have the widest texts. ended() fills these lists.
+    std::vector<WidestRows::Candidate> readTexts[ColumnCount];
 };
 
 } // namespace PackageTable

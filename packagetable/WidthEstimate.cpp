@@ -78,12 +78,23 @@ void WidestRows::add(int row, const QString& text)
         }
         unmeasured.insert(text);
     }
-    const Candidate candidate{row, estimated, text.isEmpty() ? QChar() : text.at(text.length() - 1)};
+    add({row, estimated, text.isEmpty() ? QChar() : text.at(text.length() - 1)});
+}
+
+void WidestRows::add(const std::vector<Candidate>& others)
+{
+    for (const Candidate& each : others) {
+        add(each);
+    }
+}
+
+void WidestRows::add(const Candidate& candidate)
+{
     if (!mayBeWidest(candidate)) {
         return;
     }
-    if (estimated != WidthEstimate::unknown) {
-        widest = qMax(widest, estimated);
+    if (candidate.estimated != WidthEstimate::unknown) {
+        widest = qMax(widest, candidate.estimated);
     }
     candidates.push_back(candidate);
     if (candidates.size() >= most) {

@@ -56,13 +56,7 @@ public:
     // The WidthEstimate must exist as long as this object.
     explicit WidestRows(WidthEstimate& itsEstimate) : estimate(itsEstimate) {}
 
-    void add(int row, const QString& text);
-    // Returns some of the added rows, in the order of the calls. One of these rows has the widest text. If
-    // several texts have the same estimate and the same last letter, the result contains only one of their
-    // rows.
-    std::vector<int> rows() const;
-
-private:
+    // A row that may have the widest text.
     struct Candidate
     {
         int row;
@@ -70,7 +64,19 @@ private:
         QChar last; // the last letter
     };
 
+    void add(int row, const QString& text);
+    // Returns the rows that may have the widest of all added texts.
+    const std::vector<Candidate>& found() const { return candidates; }
+    // Adds the rows that another WidestRows for the same font has found.
+    void add(const std::vector<Candidate>& others);
+    // Returns some of the added rows, in the order of the calls. One of these rows has the widest text. If
+    // several texts have the same estimate and the same last letter, the result contains only one of their
+    // rows.
+    std::vector<int> rows() const;
+
+private:
     bool isKnown(const QString& text);
+    void add(const Candidate& candidate);
     bool mayBeWidest(const Candidate& candidate) const;
     void removeNarrow();
 

@@ -182,8 +182,8 @@ void PreparationTest::aPreparationThatReadsRowsDuringTheCollectionHasTheSameResu
     const size_t read = early.rows.textFrom.size();
     QVERIFY(read >= 4); // "editor", twice "lib", and "office"
     QVERIFY(read < static_cast<size_t>(table->yumIO.count()));
-    QCOMPARE(early.widest[NameColumn].empty(), !fitting);
     complete(early, SizeColumn, Qt::DescendingOrder);
+    QCOMPARE(early.widest[NameColumn].empty(), !fitting);
     const auto late = prepared(SizeColumn, Qt::DescendingOrder);
     QCOMPARE(early.rows.count, table->yumIO.count());
     QCOMPARE(early.rows.nameRanks, late->rows.nameRanks);

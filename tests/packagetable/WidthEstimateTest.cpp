@@ -44,6 +44,7 @@ private Q_SLOTS:
     void theEstimateFindsTheRowWithTheWidestText();
     void theEstimateFindsOnlyOneOfSeveralEqualTexts();
     void theEstimateFindsAllTextsWithLettersBeyondAscii();
+    void theWidestRowsOfTwoObjectsAreCombined();
     void anEmptyTextHasNoWidth();
 };
 
@@ -81,6 +82,25 @@ void WidthEstimateTest::theEstimateFindsAllTextsWithLettersBeyondAscii()
     const QString arabic = QString::fromUtf8("\u0643\u062a");
     const QString umlaut = QString::fromUtf8("\u00fc");
     QCOMPARE(widestOf({"kernel", arabic, "i", umlaut}), (std::vector<int>{0, 1, 3}));
+}
+
+void WidthEstimateTest::theWidestRowsOfTwoObjectsAreCombined()
+{
+    const QString arabic = QString::fromUtf8("\u0643\u062a");
+    WidthEstimate estimate(QApplication::font());
+    WidestRows first(estimate);
+    first.add(0, "narrow");
+    first.add(1, arabic);
+    WidestRows second(estimate);
+    second.add(2, "the widest of all texts");
+    second.add(3, "i");
+    second.add(first.found());
+    QCOMPARE(second.rows(), (std::vector<int>{2, 1}));
+    first.add(second.found());
+    std::vector<int> rows = first.rows();
+    std::sort(rows.begin(), rows.end());
+    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+    QCOMPARE(rows, (std::vector<int>{1, 2}));
 }
 
 void WidthEstimateTest::anEmptyTextHasNoWidth()
