@@ -433,12 +433,20 @@ class InstallationTest(unittest.TestCase):
             subprocess.run(['cmake', '--install', os.environ['VYRE_BUILD'], '--prefix', prefix], check=True,
                            stdout=subprocess.DEVNULL)
             share = os.path.join(prefix, 'share', 'vyre')
+            installed = self.files(prefix)
             for program in ('webbrowser', 'mimeviewer'):
                 self.assertEqual(stat.S_IMODE(os.stat(os.path.join(share, program)).st_mode), 0o755)
                 # Without its installed Python module, the program could not print its usage.
                 done = subprocess.run([os.path.join(share, program)], stderr=subprocess.PIPE, universal_newlines=True)
                 self.assertTrue(done.stderr.startswith(program + ': usage: '), done.stderr)
-            self.assertFalse(any('__pycache__' in directories for _, directories, _ in os.walk(prefix)))
+            # Python must not write compiled modules into the installation.
+            self.assertEqual(self.files(prefix), installed)
+
+    @staticmethod
+    def files(top):
+        """The paths and the change times of all files and directories below this directory."""
+        return {path: os.stat(path).st_ctime_ns for directory, directories, files in os.walk(top)
+                for path in [os.path.join(directory, name) for name in directories + files]}
 
 
 if __name__ == '__main__':
