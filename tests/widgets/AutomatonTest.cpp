@@ -5,40 +5,12 @@
 #include <clocale>
 #include <random>
 
-#include <regex.h>
-
 #include <QProcess>
 #include <QtTest>
 
+#include "tests/widgets/PlainExpression.h"
+
 namespace {
-
-// Matches an expression with regcomp() and regexec() alone.
-class Plain
-{
-public:
-    explicit Plain(const QByteArray& text)
-        : status(regcomp(&pattern, text.constData(), REG_EXTENDED | REG_NOSUB))
-    {
-    }
-    ~Plain()
-    {
-        if (status == 0) {
-            regfree(&pattern);
-        }
-    }
-    Plain(const Plain&) = delete;
-    Plain& operator=(const Plain&) = delete;
-
-    bool compiled() const { return status == 0; }
-    bool matches(const QByteArray& text) const
-    {
-        return regexec(&pattern, text.constData(), 0, nullptr, 0) == 0;
-    }
-
-private:
-    regex_t pattern = {};
-    int status;
-};
 
 class Generator
 {
@@ -221,7 +193,7 @@ private Q_SLOTS:
         int no = 0;
         for (int i = 0; i < 1000; ++i) {
             const QByteArray expression = generator.expression();
-            const Plain plain(expression);
+            const PlainExpression plain(expression);
             if (!plain.compiled()) {
                 continue;
             }
@@ -522,7 +494,7 @@ private Q_SLOTS:
     {
         const QByteArray expression("[a-z].{400}[0-9].{400}q");
         const Automaton automaton(expression);
-        const Plain plain(expression);
+        const PlainExpression plain(expression);
         std::mt19937 random(1);
         Automaton::Answer answer = Automaton::No;
         for (int i = 0; i < 1000 && answer != Automaton::Unknown; ++i) {
