@@ -12,8 +12,9 @@
 
 namespace PackageTable {
 
-SearchedTexts::SearchedTexts(const QVector<const Package::Entry*>& records)
-    : found(new std::atomic<bool>[static_cast<size_t>(records.count())]())
+SearchedTexts::SearchedTexts(const QVector<const Package::Entry*>& records,
+                             std::shared_ptr<const CaselessPattern> caseless)
+    : ignoringCase(std::move(caseless)), found(new std::atomic<bool>[static_cast<size_t>(records.count())]())
 {
     // The fields are the first kind, because a match in a field saves the comparison of the file list and the
     // change log.
@@ -59,7 +60,7 @@ void SearchedTexts::add(Kind kind, const QVector<const Package::Entry*>& records
             if (known == numbers.constEnd()) {
                 numbers.insert(address, number);
                 places.push_back(0);
-                blocks.push_back({kind, text, 0, 0});
+                blocks.push_back({kind, text, 0, 0, false});
             }
         }
         ++places[number];
@@ -81,24 +82,34 @@ void SearchedTexts::add(Kind kind, const QVector<const Package::Entry*>& records
 bool SearchedTexts::match(const Expression& pattern, size_t index)
 {
     thread_local TextUnpacker unpacker; // keeps its memory for the next block
-    const Block& block = blocks[index];
+    Block& block = blocks[index];
+    // If the whole search finds nothing, a second search ignores the letter case. Most blocks lack a text
+    // that each match contains. This check while the block is unpacked saves both comparisons of the block.
+    if (ignoringCase && !isAnyFound && !block.packed.isNull()) {
+        const QByteArray all = unpacker.texts(block.packed);
+        if (!ignoringCase->mayMatch(all.constData(), static_cast<size_t>(all.size()))) {
+            block.isExcluded = true;
+            return false;
+        }
+    }
     bool any = false;
     for (size_t i = block.first; i < block.end && !stopped; ++i) {
         std::atomic<bool>& matching = found[static_cast<size_t>(texts[i].record)];
         if (!matching && matchesText(pattern, block.kind, unpacker.text(block.packed, texts[i].position))) {
             matching = true;
+            isAnyFound = true;
             any = true;
         }
     }
     return any;
 }
 
-bool SearchedTexts::matchesIgnoringCase(const CaselessPattern& pattern, size_t index) const
+bool SearchedTexts::matchesIgnoringCase(size_t index) const
 {
     thread_local TextUnpacker unpacker;
     const Block& block = blocks[index];
-    for (size_t i = block.first; i < block.end && !stopped; ++i) {
-        if (matchesText(pattern, block.kind, unpacker.text(block.packed, texts[i].position))) {
+    for (size_t i = block.first; i < block.end && !stopped && !block.isExcluded; ++i) {
+        if (matchesText(*ignoringCase, block.kind, unpacker.text(block.packed, texts[i].position))) {
             return true;
         }
     }

@@ -35,15 +35,18 @@ public:
     enum Kind { Fields, Files, ChangeLog, KindCount };
 
     // The records must have their texts. The constructor copies references to the texts, so the records need
-    // not exist afterwards.
-    explicit SearchedTexts(const QVector<const Package::Entry*>& records);
+    // not exist afterwards. `caseless` has the expression of the search. If it is null, the caller must not
+    // call matchesIgnoringCase().
+    explicit SearchedTexts(const QVector<const Package::Entry*>& records,
+                           std::shared_ptr<const CaselessPattern> caseless = nullptr);
 
     size_t blockCount() const { return blocks.size(); }
     // Compares the texts of a block, except the texts of records that are known to match. Returns whether a
-    // text of the block matches.
+    // text of the block matches. Until a text matches, also finds blocks that cannot match `caseless`.
     bool match(const Expression& pattern, size_t index);
-    // Returns whether a text of the block matches.
-    bool matchesIgnoringCase(const CaselessPattern& pattern, size_t index) const;
+    // Returns whether a text of the block matches `caseless`. If match() has found that this is impossible,
+    // does not unpack the block again.
+    bool matchesIgnoringCase(size_t index) const;
     // After this call, each running comparison ends after its current text, and later calls of match() and
     // matchesIgnoringCase() compare no text.
     void stop() { stopped = true; }
@@ -70,13 +73,16 @@ private:
         PackedText packed; // one of the block's texts, for access to the block
         size_t first;      // the index of the block's first text in `texts`
         size_t end;
+        bool isExcluded; // no text of the block matches, with or without regard to the letter case
     };
 
     void add(Kind kind, const QVector<const Package::Entry*>& records);
 
-    std::vector<Block> blocks;
+    std::shared_ptr<const CaselessPattern> ignoringCase;
+    std::vector<Block> blocks; // a thread writes only the block that it compares
     std::vector<Text> texts;
     std::unique_ptr<std::atomic<bool>[]> found; // for each record, whether one of its texts matches
+    std::atomic<bool> isAnyFound{false};
     std::atomic<bool> stopped{false};
 };
 

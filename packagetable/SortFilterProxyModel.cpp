@@ -40,14 +40,15 @@ constexpr int longestHintTime = 1000;
 constexpr int longestFilterHintTime = 200;
 
 // Returns the texts that a search compares, for the records of these rows.
-std::shared_ptr<SearchedTexts> textsOf(YumIO& yumIO, const QVector<int>& rows)
+std::shared_ptr<SearchedTexts> textsOf(YumIO& yumIO, const QVector<int>& rows,
+                                       const std::shared_ptr<CaselessPattern>& caseless)
 {
     QVector<const Package::Entry*> records;
     records.reserve(rows.count());
     for (const int row : rows) {
         records.append(yumIO[row]);
     }
-    return std::make_shared<SearchedTexts>(records);
+    return std::make_shared<SearchedTexts>(records, caseless);
 }
 
 } // namespace
@@ -656,10 +657,13 @@ bool SortFilterProxyModel::compare(const Settings& wanted)
     QVector<int> rows;
     std::shared_ptr<SearchedTexts> texts;
     const auto from = std::make_shared<std::vector<int>>();
+    const auto caseless = std::make_shared<CaselessPattern>(wanted.expression);
+    // If the search finds nothing, it searches a second time without regard to the letter case.
+    const bool searchesTwice = isSearch && caseless->isQuick();
     computeForAllRows([&, this] {
         rows = unknownRows(wanted, again);
         if (isSearch) {
-            texts = textsOf(*yumIO, rows);
+            texts = textsOf(*yumIO, rows, searchesTwice ? caseless : nullptr);
         } else {
             from->reserve(static_cast<size_t>(rows.count()));
             for (const int row : qAsConst(rows)) {
@@ -691,7 +695,6 @@ bool SortFilterProxyModel::compare(const Settings& wanted)
     if (!rows.isEmpty()) {
         noteComparison(wanted, again);
     }
-    const auto caseless = std::make_shared<CaselessPattern>(wanted.expression);
     std::shared_ptr<SearchedTexts> caselessTexts;
     std::vector<Verdict> judged;
     bool hint = false;
@@ -707,8 +710,9 @@ bool SortFilterProxyModel::compare(const Settings& wanted)
         }
         if (!isSearch) {
             hint = isVisibleIgnoringCase(wanted, *caseless, longestFilterHintTime);
-        } else if (caseless->isQuick()) {
-            caselessTexts = textsOf(*yumIO, passingRows(wanted));
+        } else if (searchesTwice) {
+            // If an earlier search has compared some of the records, `texts` lacks them.
+            caselessTexts = again ? textsOf(*yumIO, passingRows(wanted), caseless) : texts;
         }
     });
     comingVerdicts.swap(judged);
@@ -716,7 +720,7 @@ bool SortFilterProxyModel::compare(const Settings& wanted)
     foundIgnoringCase = hint;
     hintIsKnown = !isSearch;
     if (caselessTexts) {
-        searchIgnoringCase(wanted, caseless, caselessTexts);
+        searchIgnoringCase(wanted, caselessTexts);
     }
     return true;
 }
@@ -752,7 +756,6 @@ std::vector<SortFilterProxyModel::Verdict> SortFilterProxyModel::verdictsFor(con
 // If a search has no match, searches a second time without regard to the letter case, and stores whether the
 // second search has a match.
 void SortFilterProxyModel::searchIgnoringCase(const Settings& wanted,
-                                              const std::shared_ptr<CaselessPattern>& caseless,
                                               const std::shared_ptr<SearchedTexts>& texts)
 {
     const auto any = std::make_shared<std::atomic<bool>>(false);
@@ -761,10 +764,10 @@ void SortFilterProxyModel::searchIgnoringCase(const Settings& wanted,
     running.start();
     const bool complete = yumIO->findMatches(
         wanted.expression, texts->blockCount(),
-        [texts, caseless, any, running](const Expression&, size_t index) {
+        [texts, any, running](const Expression&, size_t index) {
             if (*any || running.elapsed() > longestHintTime) {
                 texts->stop();
-            } else if (texts->matchesIgnoringCase(*caseless, index)) {
+            } else if (texts->matchesIgnoringCase(index)) {
                 *any = true;
             }
             return false;

@@ -167,8 +167,7 @@ private:
     // only paints the listed rows.
     void computeForAllRows(const std::function<void()>& computation) const;
     bool compare(const Settings& wanted);
-    void searchIgnoringCase(const Settings& wanted, const std::shared_ptr<CaselessPattern>& caseless,
-                            const std::shared_ptr<SearchedTexts>& texts);
+    void searchIgnoringCase(const Settings& wanted, const std::shared_ptr<SearchedTexts>& texts);
     QVector<int> unknownRows(const Settings& wanted, bool& again) const;
     QVector<int> passingRows(const Settings& wanted) const;
     std::vector<Verdict> verdictsFor(const Settings& wanted, bool& isComplete) const;

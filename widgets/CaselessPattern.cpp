@@ -34,7 +34,7 @@ void fold(const char* __restrict text, size_t size, char* __restrict folded)
 
 CaselessPattern::CaselessPattern(const QString& expression)
 {
-    const QByteArray encoded = expression.toUtf8();
+    const QByteArray encoded(expression.toUtf8().constData()); // only up to a null byte, like Expression
     required = Expression::requiredText(encoded, fixed);
     repeats = !fixed && std::any_of(encoded.cbegin(), encoded.cend(),
                                     [](char c) { return c == '*' || c == '+' || c == '{'; });
@@ -57,9 +57,9 @@ CaselessPattern::~CaselessPattern()
     }
 }
 
-// Returns whether the texts contain the required text. They may contain zero bytes. strcasestr() could do the
-// same for each single text, but is slower.
-bool CaselessPattern::containRequired(const char* texts, size_t size) const
+// Returns whether the texts contain the required text. strcasestr() could do the same for each single text,
+// but is slower.
+bool CaselessPattern::mayMatch(const char* texts, size_t size) const
 {
     if (required.isEmpty()) {
         return true;
@@ -75,12 +75,12 @@ bool CaselessPattern::containRequired(const char* texts, size_t size) const
 
 bool CaselessPattern::matches(const char* text) const
 {
-    return containRequired(text, std::strlen(text)) && (fixed || regexec(&regex, text, 0, nullptr, 0) == 0);
+    return mayMatch(text, std::strlen(text)) && (fixed || regexec(&regex, text, 0, nullptr, 0) == 0);
 }
 
 bool CaselessPattern::matchesAny(const QByteArray& texts) const
 {
-    if (!containRequired(texts.constData(), static_cast<size_t>(texts.size()))) {
+    if (!mayMatch(texts.constData(), static_cast<size_t>(texts.size()))) {
         return false;
     }
     for (int from = 0; from < texts.size();

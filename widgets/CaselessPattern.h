@@ -14,6 +14,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <cstddef>
+
 #include <regex.h>
 
 class CaselessPattern
@@ -34,14 +36,15 @@ public:
     // square of the text's length.
     bool isQuick() const { return isUsable() && !required.isEmpty() && !repeats; }
 
+    // If this function returns false, the expression matches none of these texts, with or without regard to
+    // the letter case. The texts may contain zero bytes and bytes that are not UTF-8. Takes little time.
+    bool mayMatch(const char* texts, size_t size) const;
     // The text is UTF-8.
     bool matches(const char* text) const;
     // Returns whether the expression matches at least one of several texts. A zero byte ends each text.
     bool matchesAny(const QByteArray& texts) const;
 
 private:
-    bool containRequired(const char* texts, size_t size) const;
-
     bool fixed = false;   // the expression is only a fixed text
     QByteArray required;  // in small letters; each match contains this text, in any letter case
     bool repeats = false; // the expression may have repetitions

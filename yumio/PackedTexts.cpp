@@ -83,15 +83,20 @@ QByteArray TextUnpacker::text(const PackedText& sameBlock, qint32 position)
     if (sameBlock.isNull()) {
         return QByteArray("");
     }
-    if (sameBlock.block.constData() != block.constData()) {
-        const qint32 size = numberAt(sameBlock.block.constData());
+    const char* const found = texts(sameBlock).constData() + position;
+    return QByteArray::fromRawData(found + lengthSize, numberAt(found));
+}
+
+QByteArray TextUnpacker::texts(const PackedText& packed)
+{
+    if (packed.block.constData() != block.constData()) {
+        const qint32 size = numberAt(packed.block.constData());
         unpacked.resize(static_cast<size_t>(size));
-        if (LZ4_decompress_safe(sameBlock.block.constData() + lengthSize, unpacked.data(),
-                                sameBlock.block.size() - static_cast<int>(lengthSize), size) != size) {
+        if (LZ4_decompress_safe(packed.block.constData() + lengthSize, unpacked.data(),
+                                packed.block.size() - static_cast<int>(lengthSize), size) != size) {
             qFatal("A block of texts is damaged."); // only an error in this program can damage a block
         }
-        block = sameBlock.block; // while this object holds the block, no other block gets its address
+        block = packed.block; // while this object holds the block, no other block gets its address
     }
-    const char* const found = unpacked.data() + position;
-    return QByteArray::fromRawData(found + lengthSize, numberAt(found));
+    return QByteArray::fromRawData(unpacked.data(), static_cast<int>(unpacked.size()));
 }

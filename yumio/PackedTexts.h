@@ -77,6 +77,9 @@ public:
     QByteArray text(const PackedText& packed) { return text(packed, packed.position()); }
     // Returns the text at `position` in the block of `sameBlock`.
     QByteArray text(const PackedText& sameBlock, qint32 position);
+    // Returns all texts of the block of `packed`, which must have a text. A length precedes each text, and a
+    // zero byte follows it. The result is valid until the next call.
+    QByteArray texts(const PackedText& packed);
 
 private:
     QByteArray block;

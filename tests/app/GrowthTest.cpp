@@ -142,6 +142,7 @@ QJsonObject GrowthTest::measure(int packages)
     count("begin to search", [&shown] { shown.choose(shown.modeBox, PackageTable::Search); });
     count("search", [&shown] { shown.filter("/usr/share/package-7"); });
     count("search again", [&shown] { shown.filter("library-1"); });
+    count("search for nothing", [&shown] { shown.filter("no such text"); });
     return counts;
 }
 

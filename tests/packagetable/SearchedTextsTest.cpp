@@ -29,7 +29,8 @@ private:
         changeLogPacker->add(record.searchChangeLog, changeLog.constData(),
                              static_cast<size_t>(changeLog.size()));
     }
-    void make()
+    // `caseless` is the expression for matchesIgnoringCase(). Without it, the function must not be called.
+    void make(const QString& caseless = QString())
     {
         fieldPacker->finish();
         filePacker->finish();
@@ -38,7 +39,8 @@ private:
         for (const auto& record : records) {
             all.append(record.get());
         }
-        texts = std::make_unique<SearchedTexts>(all);
+        texts = std::make_unique<SearchedTexts>(
+            all, caseless.isNull() ? nullptr : std::make_shared<CaselessPattern>(caseless));
     }
     // Compares all blocks with the expression. Returns the indexes of the records that match.
     QVector<int> search(const QString& expression)
@@ -145,20 +147,61 @@ private Q_SLOTS:
     void aSearchWithoutRegardToTheLetterCaseFindsABlock()
     {
         add(QByteArray("Anvil\0", 6), "/usr/bin/x", "");
-        make();
-        const CaselessPattern pattern("aNVIL");
-        QVERIFY(texts->matchesIgnoringCase(pattern, 0));
-        QVERIFY(!texts->matchesIgnoringCase(pattern, 1));
-        QVERIFY(!texts->isFound(0));
+        make("aNVIL");
+        for (int round = 0; round < 2; ++round) {
+            QVERIFY(texts->matchesIgnoringCase(0));
+            QVERIFY(!texts->matchesIgnoringCase(1));
+            QVERIFY(!texts->isFound(0));
+            QCOMPARE(search("aNVIL"), QVector<int>()); // the first search precedes the second round
+        }
+    }
+
+    void aMatchMustNotContainTheLengthOfAText()
+    {
+        // The block contains these lengths before the texts.
+        add(QByteArray(0x7a7a, 'a'), "", "");
+        make("ZZ");
+        QCOMPARE(search("ZZ"), QVector<int>());
+        QVERIFY(!texts->matchesIgnoringCase(0));
+        QCOMPARE(search("aa"), (QVector<int>{0}));
+    }
+
+    // In these two tests, the two expressions are different, so that the result shows which blocks were
+    // compared with the case-sensitive expression.
+
+    void beforeTheFirstMatchABlockIsComparedOnlyIfItMayMatchWithoutRegardToTheLetterCase()
+    {
+        add(QByteArray("anvil\0", 6), "/usr/bin/crane", "- Heavy");
+        make("hEAVY");
+        QCOMPARE(search("anvil|crane"), QVector<int>());
+        QCOMPARE(search("- "), (QVector<int>{0}));
+        QVERIFY(texts->matchesIgnoringCase(2));
+    }
+
+    void afterTheFirstMatchEachBlockIsCompared()
+    {
+        add(QByteArray("heavy\0", 6), "/usr/bin/x", "");
+        add(QByteArray("anvil\0", 6), "/usr/bin/crane", "");
+        make("HEAVY");
+        QCOMPARE(search("heavy|crane"), (QVector<int>{0, 1}));
+    }
+
+    void recordsWithoutTextsNeverMatchAFixedText()
+    {
+        records.push_back(std::make_unique<Package::Entry>());
+        records.back()->kind = Package::Ordinary;
+        make("anvil");
+        QCOMPARE(search("anvil"), QVector<int>());
+        QVERIFY(!texts->matchesIgnoringCase(0));
     }
 
     void afterAStopNoTextIsCompared()
     {
         add(QByteArray("anvil\0", 6), "/usr/bin/anvil", "- anvil");
-        make();
+        make("anvil");
         texts->stop();
         QCOMPARE(search("anvil"), QVector<int>());
-        QVERIFY(!texts->matchesIgnoringCase(CaselessPattern("anvil"), 0));
+        QVERIFY(!texts->matchesIgnoringCase(0));
     }
 
     void theTextsRemainAfterTheDeletionOfTheRecords()

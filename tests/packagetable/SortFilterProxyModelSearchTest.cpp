@@ -22,6 +22,9 @@ private Q_SLOTS:
     void aSearchWithoutMatchesReportsMatchesInAnotherLetterCase();
     void aPreparedSearchWithoutMatchesReportsMatchesInAnotherLetterCase_data();
     void aPreparedSearchWithoutMatchesReportsMatchesInAnotherLetterCase();
+    void aPreparedSearchOfManyBlocksFindsEachMatch_data();
+    void aPreparedSearchOfManyBlocksFindsEachMatch();
+    void aRepeatedSearchWithoutMatchesReportsMatchesInAnotherLetterCase();
     void theSearchReadsNoFieldsOfARecordAfterTheFirstMatch();
 };
 
@@ -161,6 +164,85 @@ void SortFilterProxyModelSearchTest::aPreparedSearchWithoutMatchesReportsMatches
     // A record must also pass the state filter.
     QVERIFY(isHinted("/USR/BIN/SHELL", ViewRemovable));
     QVERIFY(!isHinted("/USR/BIN/SHELL", ViewUpdatable));
+}
+
+void SortFilterProxyModelSearchTest::aPreparedSearchOfManyBlocksFindsEachMatch_data()
+{
+    QTest::addColumn<int>("fewRows");
+    QTest::addColumn<QStringList>("urls"); // of the first package, a middle package and the last package
+    for (const int fewRows : {SortFilterProxyModel::fewRows, 1}) {
+        const auto row = [fewRows](const char* name, const QStringList& urls) {
+            QTest::addRow("%s, %s table", name, fewRows == 1 ? "long" : "short") << fewRows << urls;
+        };
+        row("none", {"", "", ""});
+        row("first", {"needle", "", ""});
+        row("last", {"", "", "needle"});
+        row("all", {"needle", "needle", "needle"});
+        row("first in another letter case", {"NEEDLE", "", ""});
+        row("last in another letter case", {"", "", "NEEDLE"});
+        row("first in another letter case, then a match", {"NEEDLE", "", "needle"});
+        row("a match, then last in another letter case", {"needle", "", "NEEDLE"});
+    }
+}
+
+void SortFilterProxyModelSearchTest::aPreparedSearchOfManyBlocksFindsEachMatch()
+{
+    QFETCH(int, fewRows);
+    QFETCH(QStringList, urls);
+    const QScopedValueRollback<int> limit(SortFilterProxyModel::fewRows, fewRows);
+    const QStringList names = {"first", "middle", "tool"};
+    QJsonArray packages;
+    QStringList exact;
+    for (int i = 0; i < names.count(); ++i) {
+        packages.append(StandIn::package(names.at(i), {{"repoid", "@System"}, {"url", urls.at(i)}}));
+        if (urls.at(i) == "needle") {
+            exact.append(names.at(i));
+        }
+        // A block has the texts of six packages.
+        for (int j = 0; j < 20; ++j) {
+            packages.append(StandIn::package(names.at(i) + QString::number(j),
+                                             {{"repoid", "@System"}, {"description", QString(10000, 'h')}}));
+        }
+    }
+    table->collect({}, packages, {});
+    model->reset();
+    proxy->setMode(Search);
+    readTexts();
+    for (const char* expression : {"needle", "nee.le", "[n]eedle", "needl[^a]", "^needle$", "needle|straw"}) {
+        QVERIFY2(proxy->prepare({Search, ViewAll, true, true, expression}), expression);
+        QVERIFY2(listed(expression) == exact, expression);
+        // An expression with alternatives has no required text, so it is not searched a second time.
+        const bool isHinted =
+            exact.isEmpty() && urls.contains("NEEDLE") && QString(expression) != "needle|straw";
+        QVERIFY2(proxy->matchesIgnoringCase() == isHinted, expression);
+        // The filter finds none of these texts.
+        QVERIFY2(proxy->prepare({Filter, ViewAll, true, true, expression}), expression);
+        proxy->setMode(Filter);
+        QVERIFY2(sortedNames(*proxy).isEmpty() && !proxy->matchesIgnoringCase(), expression);
+        proxy->setMode(Search);
+    }
+}
+
+void SortFilterProxyModelSearchTest::aRepeatedSearchWithoutMatchesReportsMatchesInAnotherLetterCase()
+{
+    table->collect({},
+                   {StandIn::package("tool", {{"repoid", "@System"}}),
+                    StandIn::package("shell", {{"repoid", "@System"}, {"url", "the end of a shell"}})},
+                   {StandIn::package("editor")}, {StandIn::group("Games")});
+    model->reset();
+    proxy->setMode(Search);
+    readTexts();
+    // An earlier search knows the results of some records, so only the other records are compared.
+    const auto isHinted = [this](StateFilter state) {
+        proxy->setStateFilter(state);
+        return proxy->prepare({Search, state, true, true, "A SHELL"}) && listed("A SHELL").isEmpty() &&
+               proxy->matchesIgnoringCase();
+    };
+    QVERIFY(isHinted(ViewRemovable));
+    QVERIFY(isHinted(ViewRemovable));
+    QVERIFY(isHinted(ViewAll));
+    QVERIFY(!isHinted(ViewInstallable));
+    QVERIFY(isHinted(ViewAll));
 }
 
 void SortFilterProxyModelSearchTest::aSearchWithoutMatchesReportsMatchesInAnotherLetterCase()

@@ -61,6 +61,28 @@ private Q_SLOTS:
         QVERIFY(!CaselessPattern("one").matchesAny(QByteArray()));
     }
 
+    void textsWithoutTheRequiredTextInAnyLetterCaseCannotMatch_data()
+    {
+        QTest::addColumn<QString>("expression");
+        QTest::addColumn<bool>("mayMatch");
+        QTest::newRow("text") << "nEEDLE" << true;
+        QTest::newRow("text after zero bytes and bytes beyond ASCII") << "HAY" << true;
+        QTest::newRow("other text") << "straw" << false;
+        QTest::newRow("the required text, but no match") << "^needle.x" << true;
+        QTest::newRow("without the required text") << "^straw." << false;
+        QTest::newRow("no required text") << "[x]" << true;
+        // The case-sensitive expression also ends before the zero byte.
+        QTest::newRow("expression with a zero byte") << QString::fromLatin1("needle\0straw", 12) << true;
+    }
+
+    void textsWithoutTheRequiredTextInAnyLetterCaseCannotMatch()
+    {
+        QFETCH(QString, expression);
+        const QByteArray texts("one Needle\0\x07\0\xff\0\xc3Hay\0", 20);
+        QTEST(CaselessPattern(expression).mayMatch(texts.constData(), static_cast<size_t>(texts.size())),
+              "mayMatch");
+    }
+
     void anInvalidExpressionOrABackReferenceCannotBeUsed()
     {
         QVERIFY(!CaselessPattern("(a").isUsable());

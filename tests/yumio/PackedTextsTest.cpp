@@ -105,6 +105,23 @@ private Q_SLOTS:
         }
     }
 
+    void theUnpackerReturnsAllTextsOfABlock()
+    {
+        PackedText first;
+        PackedText second;
+        PackedText other(QByteArray("other"));
+        TextPacker packer;
+        add(packer, first, "first");
+        add(packer, second, "second");
+        packer.finish();
+        TextUnpacker unpacker;
+        for (int round = 0; round < 2; ++round) {
+            QCOMPARE(unpacker.texts(second), QByteArray("\5\0\0\0first\0\6\0\0\0second\0", 21));
+            QCOMPARE(unpacker.text(first), QByteArray("first"));
+            QCOMPARE(unpacker.texts(other), QByteArray("\5\0\0\0other\0", 10));
+        }
+    }
+
     void aPackedTextExistsAsLongAsOneOfItsCopiesExists()
     {
         PackedText copy;
