@@ -9,7 +9,8 @@ namespace Package {
 
 Entry::Entry()
     : action(None), state(Available), kind(Ordinary), size(0), buildTime(0), pyObject(nullptr),
-      duplicate(false), excluded(false), match(0), next(nullptr), txAction(None), local(false)
+      duplicate(false), excluded(false), match(0), next(nullptr), sameName(nullptr), txAction(None),
+      local(false)
 {
 }
 

@@ -69,6 +69,7 @@ public:
     // this is the same number with a minus sign. If no search has compared the record, this is 0.
     qint32 match;
     Entry* next;     // owned; the next installed version with the same name and bi-arch class
+    Entry* sameName; // the next record with this name; only the index of the records uses this list
     Action txAction; // the effect of the current transaction on this record
     bool local;      // during a transaction: the cache already has a valid package file
     // The texts that a search reads, in UTF-8. searchTexts contains all these texts except the file list and

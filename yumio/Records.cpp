@@ -4,18 +4,55 @@
 
 #include <utility>
 
+namespace {
+
+// The greatest length of a list of records with the same name. A system has only a few bi-arch classes, so
+// usual lists are short. But a repository may invent any number of architectures.
+constexpr int mostInList = 16;
+
+} // namespace
+
 void Records::reserve(int further)
 {
-    entryIndex.reserve(entryIndex.count() + further);
-    ranking().bestByName.reserve(ranking().bestByName.size() + static_cast<size_t>(further));
+    byName.reserve(byName.count() + further);
 }
 
-Records::Ranking& Records::ranking()
+Package::Entry** Records::placeIn(Package::Entry** first, const Package::EntryKey& key)
 {
-    if (!currentRanking) {
-        currentRanking = std::make_unique<Ranking>();
+    Package::Entry** place = first;
+    for (int passed = 0; *place != nullptr; place = &(*place)->sameName) {
+        const bool group = (*place)->kind == Package::Group;
+        if (group == key.group && key.arch == (group ? QString() : (*place)->biArch)) {
+            return place;
+        }
+        if (++passed == mostInList) {
+            return nullptr;
+        }
     }
-    return *currentRanking;
+    return place;
+}
+
+Package::Entry*& Records::place(const Package::EntryKey& key)
+{
+    placed = &byName[key.name];
+    Package::Entry** const found = placeIn(&placed->first, key);
+    if (found == nullptr) {
+        return otherKeys[key];
+    }
+    if (*found == nullptr && !otherKeys.isEmpty()) {
+        const auto other = otherKeys.find(key);
+        if (other != otherKeys.end()) {
+            return other.value();
+        }
+    }
+    return *found;
+}
+
+Package::Entry* Records::find(const Package::EntryKey& key) const
+{
+    Package::Entry* first = byName.value(key.name).first;
+    Package::Entry** const found = placeIn(&first, key);
+    return found != nullptr && *found != nullptr ? *found : otherKeys.value(key);
 }
 
 void Records::added(Package::Entry* entry)
@@ -28,8 +65,8 @@ void Records::added(Package::Entry* entry)
 
 void Records::addKey(const Package::EntryKey& key, Package::Entry* entry)
 {
-    if (!entryIndex.contains(key)) {
-        entryIndex.insert(key, entry);
+    if (find(key) == nullptr) {
+        otherKeys.insert(key, entry);
     }
 }
 
@@ -59,8 +96,6 @@ void Records::publish()
     for (Package::Entry* entry : qAsConst(collectedEntries)) {
         entries.append(entry);
     }
-    // Only the collection ranks records. Release the memory before the table needs memory for its rows.
-    currentRanking.reset();
 }
 
 Package::Entry* Records::findPackage(const QString& name, const QString& preferredBiArch) const
@@ -129,9 +164,10 @@ void Records::clear(const std::function<void(PyObject*)>& drop)
     // The records are deleted through this list, because the index may contain a record under two keys.
     qDeleteAll(collectedEntries);
     entries.clear();
-    entryIndex.clear();
+    byName.clear();
+    placed = nullptr;
+    otherKeys.clear();
     collectedEntries.clear();
-    currentRanking.reset();
     biArchs.clear();
     sharedTexts.clear();
     replacements.clear();

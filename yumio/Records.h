@@ -12,9 +12,6 @@
 #define YUMIO_RECORDS_H
 
 #include <functional>
-#include <memory>
-#include <memory_resource>
-#include <unordered_map>
 
 #include <QHash>
 #include <QSet>
@@ -34,12 +31,12 @@ public:
 
     // --- Collection
 
-    // Reserves memory for `further` additional records, so that the indexes do not grow step by step.
+    // Reserves memory for `further` additional records, so that the index does not grow step by step.
     void reserve(int further);
     // The index stores a pointer to a record for each key. Returns a reference to the pointer for `key`. If
-    // the key is new, this pointer is null. In this case, store a new record in the pointer, and then call
-    // added().
-    Package::Entry*& place(const Package::EntryKey& key) { return entryIndex[key]; }
+    // the key is new, this pointer is null. In this case, store a new record with this key in the pointer,
+    // and then call added().
+    Package::Entry*& place(const Package::EntryKey& key);
     void added(Package::Entry* entry);
     // Returns the number of calls of added().
     int collected() const { return collectedEntries.count(); }
@@ -49,11 +46,12 @@ public:
     // Returns a reference to the null pointer that ends the record's chain. The caller can store another
     // installed version there.
     static Package::Entry*& endOfChain(Package::Entry* first);
-    // Call this function once for every record. After the last call, each record is flagged as a duplicate,
-    // except the best record of each name. isBetter(a, b) returns whether a is preferred to b.
+    // Call this function once for every record, after place() and before the next place(). After the last
+    // call, each record is flagged as a duplicate, except the best record of each name. isBetter(a, b)
+    // returns whether a is preferred to b.
     template <typename IsBetter> void rank(Package::Entry* entry, IsBetter isBetter)
     {
-        Package::Entry*& best = ranking().bestByName[entry->name];
+        Package::Entry*& best = placed->best;
         if (best == nullptr) {
             best = entry;
         } else if (isBetter(*best, *entry)) {
@@ -70,12 +68,12 @@ public:
     // packages. Each of the two records may be null.
     void addReplacement(const Package::Entry* replaced, const QString& before, const Package::Entry* other,
                         const QString& after);
-    // Makes the records visible to the table. This call ends the collection: do not call rank() afterwards.
+    // Makes the records visible to the table. This call ends the collection.
     void publish();
 
     // --- Finding. The result is null if no record fits.
 
-    Package::Entry* find(const Package::EntryKey& key) const { return entryIndex.value(key); }
+    Package::Entry* find(const Package::EntryKey& key) const;
     // Finds a package by name. Prefers a package of the class `preferredBiArch`. If this class has no package
     // with this name, returns a package of any class.
     Package::Entry* findPackage(const QString& name, const QString& preferredBiArch) const;
@@ -99,31 +97,26 @@ public:
     void clear(const std::function<void(PyObject*)>& drop = {});
 
 private:
-    // The best record of each name, during a collection. All nodes of this table are in a few large blocks of
-    // memory, because separate nodes would leave tens of thousands of small gaps between the records. An
-    // allocation that fits no gap exactly takes much longer then. While dnf resolves a large transaction, it
-    // makes millions of small allocations.
-    struct Ranking
+    // The records with the same name: packages of different bi-arch classes, or a package and a group.
+    struct Named
     {
-        struct Hash
-        {
-            size_t operator()(const QString& text) const { return qHash(text); }
-        };
-
-        std::pmr::monotonic_buffer_resource memory;
-        std::pmr::unordered_map<QString, Package::Entry*, Hash> bestByName{&memory};
+        Package::Entry* first = nullptr; // begins the list of these records; see Package::Entry::sameName
+        Package::Entry* best = nullptr;  // the best record so far; see rank()
     };
 
-    Ranking& ranking();
+    // The place of a key in the list of the records with this name.
+    static Package::Entry** placeIn(Package::Entry** first, const Package::EntryKey& key);
 
     Package::EntryList entries;
-    QHash<Package::EntryKey, Package::Entry*> entryIndex;
+    QHash<QString, Named> byName;
+    Named* placed = nullptr; // the item for the last call of place()
+    // The second keys of records, and the keys of the records for which the list of a name has no place.
+    QHash<Package::EntryKey, Package::Entry*> otherKeys;
     // All records, in the order of their collection. Their order in memory is the same, so a loop over them
     // is fast.
     QVector<Package::Entry*> collectedEntries;
     QSet<QString> biArchs;
     QSet<QString> sharedTexts;
-    std::unique_ptr<Ranking> currentRanking; // null before the first rank() and after publish()
     QHash<const Package::Entry*, Package::Replacement> replacements; // only a few records have a replacement
 };
 

@@ -463,9 +463,8 @@ private:
     bool collectExcluded(PyObject* all);
     bool collectSet(PyObject* set, Package::State state, bool excluded = false);
     void noteRepository(const Package::Entry& entry);
-    // The package's name and architecture are arguments, because the caller has already read both for the
-    // key.
-    void collectPkg(Package::Entry*& slot, Package::State state, PyObject* pkg, const QString& name,
+    // The key and the architecture are arguments, because the caller has already read both.
+    void collectPkg(Package::Entry*& slot, Package::State state, PyObject* pkg, const EntryKey& key,
                     const QString& arch);
     bool collectGroups(PyObject* groups);
     // If the history cannot be read, sets historyFault to the reason. Later calls then do not read the

@@ -461,16 +461,17 @@ bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
         }
         const QString name = pyStringDec(attribute(pkg.get(), NameAttribute));
         const QString arch = records.shared(pyStringDec(attribute(pkg.get(), ArchAttribute)));
-        Package::Entry*& entry = records.place(EntryKey(false, name, getBiArch(arch)));
+        const EntryKey key(false, name, getBiArch(arch));
+        Package::Entry*& entry = records.place(key);
         if (entry != nullptr) {
             if (state == Package::Installed) {
                 Package::Entry*& further = Records::endOfChain(entry);
-                collectPkg(further, state, pkg.get(), name, arch);
+                collectPkg(further, state, pkg.get(), key, arch);
                 further->excluded = excluded;
             }
             continue;
         }
-        collectPkg(entry, state, pkg.get(), name, arch);
+        collectPkg(entry, state, pkg.get(), key, arch);
         entry->excluded = excluded;
         // Most packages belong to the same repository as the previous package. The records of both packages
         // then share the text of the repository's identifier.
@@ -503,7 +504,7 @@ void YumIO::noteRepository(const Package::Entry& entry)
     localRepos.insert(entry.repo, local);
 }
 
-void YumIO::collectPkg(Package::Entry*& slot, Package::State state, PyObject* pkg, const QString& name,
+void YumIO::collectPkg(Package::Entry*& slot, Package::State state, PyObject* pkg, const EntryKey& key,
                        const QString& arch)
 {
     auto* entry = new Package::Entry;
@@ -513,11 +514,11 @@ void YumIO::collectPkg(Package::Entry*& slot, Package::State state, PyObject* pk
     entry->action = Package::None;
     entry->state = state;
     entry->kind = getPkgKind(pkg);
-    entry->name = name;
+    entry->name = key.name;
     entry->verRel = getVerRel(pkg);
     entry->repo = records.shared(pyStringDec(attribute(pkg, RepoIdAttribute)));
     entry->arch = arch;
-    entry->biArch = getBiArch(arch);
+    entry->biArch = key.arch;
     entry->size = sizeOf(pkg);
     entry->summary = pyStringDec(attribute(pkg, SummaryAttribute));
     entry->buildTime = buildTimeOf(pkg);

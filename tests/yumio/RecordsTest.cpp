@@ -96,6 +96,38 @@ private Q_SLOTS:
         QCOMPARE(records->count(), 2);
     }
 
+    void recordsWithTheSameNameAreFoundAlsoIfThereAreMany()
+    {
+        const auto key = [](int number) {
+            return Package::EntryKey(false, "lib", "arch" + QString::number(number));
+        };
+        const auto isBetter = [](const Package::Entry& best, const Package::Entry&) {
+            return best.biArch == "arch70";
+        };
+        const int count = 100;
+        QList<Package::Entry*> all;
+        for (int i = 0; i < count; ++i) {
+            all.append(add("lib", "arch" + QString::number(i)));
+            records->rank(all.last(), isBetter);
+            QVERIFY(records->find(key(i + 1)) == nullptr);
+        }
+        Package::Entry* other = add("other", "arch1");
+        records->rank(other, isBetter);
+        records->addKey(key(count), other);
+        records->addKey(key(70), other); // this key has a record
+        for (int i = 0; i < count; ++i) {
+            QVERIFY(records->find(key(i)) == all.at(i));
+            QVERIFY(records->place(key(i)) == all.at(i));
+            QCOMPARE(all.at(i)->duplicate, i != 70);
+        }
+        QVERIFY(records->find(key(count)) == other);
+        QVERIFY(records->place(key(count)) == other);
+        QVERIFY(records->findPackage("lib", "arch99") == all.at(99));
+        QVERIFY(!other->duplicate);
+        records->publish();
+        QCOMPARE(records->count(), count + 1);
+    }
+
     void aLookUpByNamePrefersTheGivenBiArchClass()
     {
         Package::Entry* narrow = add("lib", "i386");
