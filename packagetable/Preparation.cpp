@@ -21,31 +21,6 @@ constexpr int bytesOfRow = 100;
 // Systems usually have at most this number of groups.
 constexpr int mostGroups = 1000;
 
-// In a number of eightCharacters(), stands for this character and for all greater characters.
-constexpr quint64 lastCharacter = 0xff;
-
-// Converts at most eight characters of a text to a number. If two texts have the same characters before
-// `from`, but different numbers, the numbers have the same order as the texts. The characters after a
-// `lastCharacter` do not count.
-quint64 eightCharacters(const QString& text, int from)
-{
-    constexpr int most = 8;
-    const int length = qMin(text.length() - from, most);
-    quint64 number = 0;
-    int count = 0;
-    while (count < length && (number & 0xff) != lastCharacter) {
-        number = number << 8 | qMin<quint64>(text.at(from + count).unicode(), lastCharacter);
-        ++count;
-    }
-    return count > 0 ? number << (8 * (most - count)) : 0;
-}
-
-// Returns whether the number contains eight characters, so that the next characters count, too.
-bool isComplete(quint64 number)
-{
-    return (number & 0xff) != 0 && (number & 0xff) != lastCharacter;
-}
-
 // Appends a text in UTF-8.
 void append(QByteArray& utf8, const QString& text)
 {
@@ -86,37 +61,27 @@ void appendTexts(QByteArray& utf8, const Package::Entry& entry)
     utf8 += '\0';
 }
 
-// Returns the rank of each text, by row. Sorts the texts.
-std::vector<int> ranksOfTexts(std::vector<TextOfRow>& texts)
+// Sorts rows by keys from `least` to `greatest` without comparisons. This is fast if there are not many more
+// possible keys than rows.
+std::vector<int> orderOfNearKeys(const std::vector<qint64>& keys, qint64 least, qint64 greatest,
+                                 Qt::SortOrder sortOrder)
 {
-    // Thousands of records may share the memory of one text. So compare the addresses before the characters.
-    const auto isSame = [](const TextOfRow& l, const TextOfRow& r) {
-        return l.begin == r.begin && l.next == r.next &&
-               (l.text->constData() == r.text->constData() || *l.text == *r.text);
+    const auto place = [least, greatest, sortOrder](qint64 key) {
+        return static_cast<size_t>(sortOrder == Qt::AscendingOrder ? key - least : greatest - key);
     };
-    std::sort(texts.begin(), texts.end(), [](const TextOfRow& l, const TextOfRow& r) {
-        return l.begin != r.begin ? l.begin < r.begin
-               : l.next != r.next ? l.next < r.next
-                                  : l.text->constData() != r.text->constData() && *l.text < *r.text;
-    });
-    std::vector<int> ranks(texts.size());
-    int rank = 0;
-    for (size_t i = 0; i < texts.size(); ++i) {
-        if (i > 0 && !isSame(texts[i - 1], texts[i])) {
-            ++rank;
-        }
-        ranks[static_cast<size_t>(texts[i].row)] = rank;
+    std::vector<int> begins(static_cast<size_t>(greatest - least) + 2);
+    for (const qint64 key : keys) {
+        ++begins[place(key) + 1];
     }
-    return ranks;
+    std::partial_sum(begins.begin(), begins.end(), begins.begin());
+    std::vector<int> order(keys.size());
+    for (size_t row = 0; row < keys.size(); ++row) {
+        order[static_cast<size_t>(begins[place(keys[row])]++)] = static_cast<int>(row);
+    }
+    return order;
 }
 
 } // namespace
-
-TextOfRow::TextOfRow(const QString& itsText, int itsRow)
-    : begin(eightCharacters(itsText, 0)), next(isComplete(begin) ? eightCharacters(itsText, 8) : 0),
-      text(&itsText), row(itsRow)
-{
-}
 
 // Finds rows with the widest cells of each column. Qt keeps data of a font for each thread, so only one
 // thread may create, use and delete the object.
@@ -195,7 +160,7 @@ void Preparation::begun(int first, int expected)
     // prepareRows() adds the rows before `first` and the groups. Without this reservation, the memory would
     // grow step by step, and its peak would be several megabytes higher.
     const int most = first + expected + mostGroups;
-    names.reserve(static_cast<size_t>(most));
+    names.reserve(most);
     rows.textFrom.reserve(static_cast<size_t>(most));
     rows.texts.reserve(bytesOfRow * most);
     if (fitting) {
@@ -207,7 +172,7 @@ void Preparation::rowsAdded(int first, const std::vector<Package::Entry*>& added
 {
     readTo = first;
     for (const Package::Entry* entry : added) {
-        names.emplace_back(entry->name, readTo);
+        names.add(entry->name, readTo);
         rows.textFrom.push_back(rows.texts.size());
         appendTexts(rows.texts, *entry);
         if (widestOfRead) {
@@ -215,6 +180,7 @@ void Preparation::rowsAdded(int first, const std::vector<Package::Entry*>& added
         }
         ++readTo;
     }
+    names.sortAdded();
 }
 
 void Preparation::ended()
@@ -261,13 +227,13 @@ void Preparation::prepareRows()
     std::vector<int> from(static_cast<size_t>(rows.count));
     std::copy(rows.textFrom.begin(), rows.textFrom.end(), from.begin() + readFrom);
     forOtherRows([this, &from](int row, const Package::Entry& entry) {
-        names.emplace_back(entry.name, row);
+        names.add(entry.name, row);
         from[static_cast<size_t>(row)] = rows.texts.size();
         appendTexts(rows.texts, entry);
     });
     rows.textFrom = std::move(from);
-    rows.nameRanks = ranksOfTexts(names);
-    names = std::vector<TextOfRow>();
+    rows.nameRanks = names.ranks();
+    names = SortedTexts();
     if (rows.sortedBy >= 0 && rows.sortedBy < ColumnCount) {
         rows.keys = keysOf(yumIO, rows.sortedBy, rows.nameRanks);
     }
@@ -288,8 +254,8 @@ void Preparation::findWidest()
 std::vector<int> Preparation::ranksOf(const YumIO& backEnd, int column)
 {
     const int rows = backEnd.count();
-    std::vector<TextOfRow> texts;
-    texts.reserve(static_cast<size_t>(rows));
+    SortedTexts texts;
+    texts.reserve(rows);
     std::deque<QString> kept; // the texts that are not in a record
     QString made;
     for (int row = 0; row < rows; ++row) {
@@ -297,9 +263,9 @@ std::vector<int> Preparation::ranksOf(const YumIO& backEnd, int column)
         if (&text == &made) {
             kept.push_back(made);
         }
-        texts.emplace_back(&text == &made ? kept.back() : text, row);
+        texts.add(&text == &made ? kept.back() : text, row);
     }
-    return ranksOfTexts(texts);
+    return texts.ranks();
 }
 
 std::vector<qint64> Preparation::keysOf(const YumIO& backEnd, int column, const std::vector<int>& nameRanks)
@@ -321,6 +287,12 @@ std::vector<qint64> Preparation::keysOf(const YumIO& backEnd, int column, const 
 
 std::vector<int> Preparation::orderOf(const std::vector<qint64>& keys, size_t count, Qt::SortOrder sortOrder)
 {
+    if (keys.size() == count && count > 0) {
+        const auto ends = std::minmax_element(keys.begin(), keys.end());
+        if (static_cast<quint64>(*ends.second) - static_cast<quint64>(*ends.first) < 2 * count) {
+            return orderOfNearKeys(keys, *ends.first, *ends.second, sortOrder);
+        }
+    }
     std::vector<int> order(count);
     std::iota(order.begin(), order.end(), 0);
     const auto at = [&keys](int row) { return keys[static_cast<size_t>(row)]; };

@@ -20,6 +20,7 @@
 #include <QFont>
 
 #include "packagetable/PackageTable.h"
+#include "packagetable/SortedTexts.h"
 #include "packagetable/WidthEstimate.h"
 #include "yumio/RecordTexts.h"
 
@@ -41,18 +42,6 @@ struct PreparedRows
 };
 
 class WidestCells;
-
-// The text of a row, and the first characters of this text in a form that is quick to compare. The text must
-// exist as long as this object.
-struct TextOfRow
-{
-    TextOfRow(const QString& itsText, int itsRow);
-
-    quint64 begin; // the first eight characters
-    quint64 next;  // the next eight characters
-    const QString* text;
-    int row;
-};
 
 class Preparation : public RecordTexts::Reader
 {
@@ -97,7 +86,7 @@ private:
     // rowsAdded() has read the rows from `readFrom` on, but not the row `readTo`.
     int readFrom = 0;
     int readTo = 0;
-    std::vector<TextOfRow> names;              // of the read rows; prepareRows() adds the other rows
+    SortedTexts names;                         // of the read rows; prepareRows() adds the other rows
     std::unique_ptr<WidestCells> widestOfRead; // exists from begun() until ended()
     // For each column: the read rows that may have the widest texts. ended() fills these lists.
     std::vector<WidestRows::Candidate> readTexts[ColumnCount];

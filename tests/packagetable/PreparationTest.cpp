@@ -7,7 +7,9 @@
 #include <QtTest>
 
 #include <algorithm>
+#include <limits>
 #include <memory>
+#include <numeric>
 
 #include "packagetable/SortFilterProxyModel.h"
 #include "tests/packagetable/Table.h"
@@ -44,6 +46,8 @@ private Q_SLOTS:
     void aPreparationThatReadsRowsDuringTheCollectionHasTheSameResults();
     void theFirstRowCanBeReadDuringTheCollection();
     void namesAreSortedByTheirCharactersWhateverTheirLengthAndLetters();
+    void keysAreSortedInTheSameWayWhateverTheirDistance_data();
+    void keysAreSortedInTheSameWayWhateverTheirDistance();
     void nothingIsPreparedIfTheTableHasNoRecords();
 
 private:
@@ -239,6 +243,37 @@ void PreparationTest::namesAreSortedByTheirCharactersWhateverTheirLengthAndLette
         found << table->yumIO[row]->name;
     }
     QCOMPARE(found, expected);
+}
+
+void PreparationTest::keysAreSortedInTheSameWayWhateverTheirDistance_data()
+{
+    QTest::addColumn<QVector<qint64>>("keys");
+    constexpr qint64 least = std::numeric_limits<qint64>::min();
+    constexpr qint64 greatest = std::numeric_limits<qint64>::max();
+    QTest::newRow("one key") << QVector<qint64>{5};
+    QTest::newRow("equal keys") << QVector<qint64>{5, 5, 5};
+    QTest::newRow("near keys") << QVector<qint64>{2, 0, 3, 2, 1, 0, 2};
+    QTest::newRow("near keys with gaps") << QVector<qint64>{9, 0, 4, 4, 9};
+    QTest::newRow("negative near keys") << QVector<qint64>{-2, 1, -1, -2, 0};
+    QTest::newRow("near keys at the least key") << QVector<qint64>{least + 1, least, least + 1};
+    QTest::newRow("near keys at the greatest key") << QVector<qint64>{greatest - 1, greatest, greatest - 1};
+    QTest::newRow("distant keys") << QVector<qint64>{1000, 0, 1000, 7};
+    QTest::newRow("the most distant keys") << QVector<qint64>{greatest, least, 0, greatest};
+}
+
+void PreparationTest::keysAreSortedInTheSameWayWhateverTheirDistance()
+{
+    QFETCH(QVector<qint64>, keys);
+    std::vector<int> ascending(static_cast<size_t>(keys.count()));
+    std::iota(ascending.begin(), ascending.end(), 0);
+    std::vector<int> descending = ascending;
+    std::stable_sort(ascending.begin(), ascending.end(),
+                     [&keys](int l, int r) { return keys.at(l) < keys.at(r); });
+    std::stable_sort(descending.begin(), descending.end(),
+                     [&keys](int l, int r) { return keys.at(l) > keys.at(r); });
+    const std::vector<qint64> given(keys.cbegin(), keys.cend());
+    QCOMPARE(Preparation::orderOf(given, given.size(), Qt::AscendingOrder), ascending);
+    QCOMPARE(Preparation::orderOf(given, given.size(), Qt::DescendingOrder), descending);
 }
 
 void PreparationTest::nothingIsPreparedIfTheTableHasNoRecords()
