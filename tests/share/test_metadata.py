@@ -200,6 +200,24 @@ class MetadataTest(ScenarioTest):
         self.assertIn("corkboard", self.names("sandbox-file"))
 
     @in_own_process
+    def test_several_repositories_with_damaged_metadata_are_left_out(self):
+        for name in ("sandbox-file", "sandbox-http"):
+            with open(self.repository_file(name), "a") as stream:
+                stream.write("skip_if_unavailable=1\n")
+        self.begin()
+        self.module("program").faultOfMetadata = lambda path, element: (
+            "too few" if element == "metadata" and ("/sandbox-file-" in path or "/sandbox-http-" in path) else "")
+        filled = []
+        original = self.dnf.Base.fill_sack
+        self.dnf.Base.fill_sack = lambda *arguments: filled.append(1) or original(*arguments)
+        self.collect()
+        found = {package.reponame for package in self.available}
+        self.assertIn("sandbox-signed", found)
+        self.assertFalse(found & {"sandbox-file", "sandbox-http"})
+        # Only one further sack is necessary.
+        self.assertEqual(len(filled), 2)
+
+    @in_own_process
     def test_metadata_with_an_unknown_compression_are_not_checked(self):
         self.load()
         asked = []

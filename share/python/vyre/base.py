@@ -23,7 +23,7 @@ from . import groups, program
 from .advisories import AdvisoryIndex
 from .configfiles import RepositoryReader
 from .locks import withoutWaitForMetadata
-from .metadata import DocumentChecks, documentPath, metadataFault, modulesFault
+from .metadata import DocumentChecks, documentPath, modulesFault
 from .output import LogHandler, Overheard, passable, showActivity, showReading
 from .packages import HeaderMemo, OtherData
 from .paths import namedDirectory
@@ -77,6 +77,8 @@ class Base(dnf.Base):
         # The repositories that fill_sack() has disabled. When the user agrees to go on without a repository in this
         # session, fill_sack() removes this repository from the list.
         self.disabled = []
+        # Whether the sack contains packages of a repository whose package list is damaged.
+        self._hasRefusedPackages = False
         self.plugInFault = ''  # why dnf cannot use the plug-ins; if not empty, every operation fails
         self._plugInStamp = None  # the result of stampOfPlugIns() when the plug-ins were loaded
 
@@ -230,8 +232,15 @@ class Base(dnf.Base):
         failure ends the operation, as in dnf.
         """
         del self.leftOut[:], self.failed[:], self.skipped[:], self.disabled[:]
+        self._hasRefusedPackages = False
         showActivity(tr('Reading the installed packages'))
         sack = super(Base, self).fill_sack(*args, **kwargs)
+        while self._hasRefusedPackages:
+            # Disabled repositories keep their packages in the sack. So fill another sack, without the repositories
+            # that are disabled now.
+            endIfStopped()
+            self._hasRefusedPackages = False
+            sack = super(Base, self).fill_sack(*args, **kwargs)
         endIfStopped()
         hint = spaceHint(self.conf.cachedir) if self.failed else ''
         for number, (repo, reason) in enumerate(self.failed):
@@ -307,26 +316,25 @@ class Base(dnf.Base):
         if fault:
             refuseDamaged(repo, 'modules', fault)
         before = self._cacheStamp(repo)
-        # dnf reads all documents of new metadata. Check these documents while dnf reads them.
-        checks = DocumentChecks(repo) if isNew or before is None else None
+        isNewer = self._isNewerThanCache(repo)
+        # dnf reads these documents if the metadata are new. Check them while dnf reads them.
+        documents = ['filelists', 'other']
+        kinds = (['primary'] if isNewer else []) + (documents if isNew or before is None else [])
+        checks = DocumentChecks(repo, kinds)
         try:
-            # Check the metadata before the sack gets the packages, because a repository that is disabled later keeps
-            # its packages in the sack.
-            isNewer = self._isNewerThanCache(repo)
-            if isNewer:
-                self._checkPackages(repo)
             super(Base, self)._add_repo_to_sack(repo)
         except dnf.exceptions.RepoError as e:
+            self._refusePackages(repo, checks)
             # The text of this RepoError lacks the reason of the failure, which dnf logs only as a detail.
             if isinstance(e.__context__, hawkey.Exception):
                 raise dnf.exceptions.RepoError('{}: {}'.format(e, e.__context__))
             raise
         finally:
-            if checks is not None:
-                checks.wait()
+            checks.wait()
+        self._refusePackages(repo, checks)
         if before is None or self._cacheStamp(repo) != before:
             showReading(repo, tr('Checking the metadata of {}'))
-            self._checkDocuments(repo, checks or DocumentChecks(repo))
+            self._checkDocuments(repo, checks if documents[0] in kinds else DocumentChecks(repo, documents))
         elif isNewer:
             self._renewTime(self._caches(repo)[-1])
 
@@ -365,12 +373,12 @@ class Base(dnf.Base):
             return None
         return found.st_ino, found.st_mtime_ns, found.st_size
 
-    def _checkPackages(self, repo):
-        """Refuse a damaged package list. dnf would read no packages or only some of them, and report no error."""
-        path = documentPath(repo, 'primary')
-        fault = metadataFault(path, 'metadata') if path is not None else ''
+    def _refusePackages(self, repo, checks):
+        """Refuse a damaged package list. dnf has read no packages or only some of them, and has reported no error."""
+        fault = checks.wait().get('primary')
         if fault:
             self._removeCaches(repo)
+            self._hasRefusedPackages = True
             refuseDamaged(repo, 'primary', fault)
 
     def _checkDocuments(self, repo, checks):

@@ -54,28 +54,34 @@ def metadataFault(path, element):
     return find(path, element) if find is not None and canUnpack(path) else ''
 
 
+# For each kind of document that DocumentChecks checks: the name of the outermost XML element.
+ELEMENTS = {'primary': 'metadata', 'filelists': 'filelists', 'other': 'otherdata'}
+
+
 class DocumentChecks:
-    """Checks the file lists and the change logs of a repository on a thread of its own. Most of the check does not need
-    the interpreter's lock, so dnf can read the same documents during the check.
+    """Checks documents of a repository on a thread of its own. Most of the check does not need the interpreter's lock,
+    so dnf can read the same documents during the check. kinds: some keys of ELEMENTS, in the order of the checks.
     """
 
-    def __init__(self, repo):
+    def __init__(self, repo, kinds):
         self._faults = {}
+        self._thread = None
         # The thread must not use the repository, which dnf is reading.
-        paths = [(kind, element, documentPath(repo, kind))
-                 for kind, element in (('filelists', 'filelists'), ('other', 'otherdata'))]
-        self._thread = threading.Thread(target=self._run, args=(paths,))
-        self._thread.start()
+        paths = [(kind, documentPath(repo, kind)) for kind in kinds]
+        if paths:
+            self._thread = threading.Thread(target=self._run, args=(paths,))
+            self._thread.start()
 
     def _run(self, paths):
-        for kind, element, path in paths:
-            self._faults[kind] = metadataFault(path, element) if path is not None else ''
+        for kind, path in paths:
+            self._faults[kind] = metadataFault(path, ELEMENTS[kind]) if path is not None else ''
 
     def wait(self):
         """Wait for the checks; return a dictionary from the kind of each document to its error. If a document has no
         error, the text is empty.
         """
-        self._thread.join()
+        if self._thread is not None:
+            self._thread.join()
         return self._faults
 
 
