@@ -109,8 +109,10 @@ bool MainWindow::prepareFilterSearch(const QString& expression)
             return false;
         }
     }
-    return yumIO->collectSearchTexts(proxy->searched(settings.state, settings.dups, settings.groups)) &&
-           proxy->prepare(settings);
+    if (!yumIO->collectSearchTexts(proxy->searched(settings.state, settings.dups, settings.groups))) {
+        return false;
+    }
+    return proxy->prepare(settings);
 }
 
 void MainWindow::filtersearch()

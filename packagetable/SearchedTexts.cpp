@@ -4,8 +4,6 @@
 
 #include <utility>
 
-#include <QHash>
-
 #include "widgets/CaselessPattern.h"
 #include "widgets/Expression.h"
 #include "yumio/Package.h"
@@ -14,12 +12,23 @@ namespace PackageTable {
 
 SearchedTexts::SearchedTexts(const QVector<const Package::Entry*>& records,
                              std::shared_ptr<const CaselessPattern> caseless)
-    : ignoringCase(std::move(caseless)), found(new std::atomic<bool>[static_cast<size_t>(records.count())]())
+    : ignoringCase(std::move(caseless)), texts(static_cast<size_t>(KindCount * records.count())),
+      found(new std::atomic<bool>[static_cast<size_t>(records.count())]())
 {
+    KindOfBlocks kinds[KindCount];
+    // Go through the records only once, because they are not in the processor's cache.
+    for (int i = 0; i < records.count(); ++i) {
+        const Package::Entry& record = *records.at(i);
+        for (const Kind kind : {Fields, Files, ChangeLog}) {
+            if (kind == Fields || record.kind != Package::Group) {
+                add(kinds[kind], kind, textOf(record, kind), KindCount * i + kind);
+            }
+        }
+    }
     // The fields are the first kind, because a match in a field saves the comparison of the file list and the
     // change log.
-    for (const Kind kind : {Fields, Files, ChangeLog}) {
-        add(kind, records);
+    for (const KindOfBlocks& kind : kinds) {
+        blocks.insert(blocks.end(), kind.blocks.cbegin(), kind.blocks.cend());
     }
 }
 
@@ -35,48 +44,25 @@ const PackedText& SearchedTexts::textOf(const Package::Entry& record, Kind kind)
     }
 }
 
-void SearchedTexts::add(Kind kind, const QVector<const Package::Entry*>& records)
+// Adds a text to its block. `place` is the index in `texts`.
+void SearchedTexts::add(KindOfBlocks& blocksOfKind, Kind kind, const PackedText& text, int place)
 {
-    QHash<const char*, size_t> numbers;
-    const char* address = nullptr; // the address of the last block
-    size_t number = 0;
-    std::vector<size_t> blockOf; // the number of the block of each text
-    std::vector<Text> added;
-    blockOf.reserve(static_cast<size_t>(records.count()));
-    added.reserve(static_cast<size_t>(records.count()));
-    // For each block: first the number of its texts, later the index in `texts` for its next text.
-    std::vector<size_t> places;
-    const size_t firstBlock = blocks.size();
-    for (int i = 0; i < records.count(); ++i) {
-        const Package::Entry& record = *records.at(i);
-        if (kind != Fields && record.kind == Package::Group) {
-            continue;
+    const char* const address = text.blockAddress();
+    std::vector<Block>& all = blocksOfKind.blocks;
+    if (all.empty() || address != blocksOfKind.lastAddress) {
+        const auto known = blocksOfKind.numbers.constFind(address);
+        blocksOfKind.lastAddress = address;
+        blocksOfKind.last = known != blocksOfKind.numbers.constEnd() ? *known : all.size();
+        if (blocksOfKind.last == all.size()) {
+            blocksOfKind.numbers.insert(address, all.size());
+            all.push_back({kind, text, place, place, false});
         }
-        const PackedText& text = textOf(record, kind);
-        if (text.blockAddress() != address || blockOf.empty()) {
-            address = text.blockAddress();
-            const auto known = numbers.constFind(address);
-            number = known != numbers.constEnd() ? *known : places.size();
-            if (known == numbers.constEnd()) {
-                numbers.insert(address, number);
-                places.push_back(0);
-                blocks.push_back({kind, text, 0, 0, false});
-            }
-        }
-        ++places[number];
-        blockOf.push_back(number);
-        added.push_back({i, text.position()});
     }
-    size_t place = texts.size();
-    for (size_t i = 0; i < places.size(); ++i) {
-        blocks[firstBlock + i].first = place;
-        place = std::exchange(places[i], place) + place;
-        blocks[firstBlock + i].end = place;
-    }
-    texts.resize(place);
-    for (size_t i = 0; i < added.size(); ++i) {
-        texts[places[blockOf[i]]++] = added[i];
-    }
+    // Append the text to the list of its block. If the block is new, the text is already its only text.
+    Block& block = all[blocksOfKind.last];
+    texts[static_cast<size_t>(block.last)].next = place;
+    block.last = place;
+    texts[static_cast<size_t>(place)] = {text.position(), noText};
 }
 
 bool SearchedTexts::match(const Expression& pattern, size_t index)
@@ -93,9 +79,10 @@ bool SearchedTexts::match(const Expression& pattern, size_t index)
         }
     }
     bool any = false;
-    for (size_t i = block.first; i < block.end && !stopped; ++i) {
-        std::atomic<bool>& matching = found[static_cast<size_t>(texts[i].record)];
-        if (!matching && matchesText(pattern, block.kind, unpacker.text(block.packed, texts[i].position))) {
+    for (int place = block.first; place != noText && !stopped; place = textAt(place).next) {
+        std::atomic<bool>& matching = found[static_cast<size_t>(place / KindCount)];
+        if (!matching &&
+            matchesText(pattern, block.kind, unpacker.text(block.packed, textAt(place).position))) {
             matching = true;
             isAnyFound = true;
             any = true;
@@ -108,8 +95,11 @@ bool SearchedTexts::matchesIgnoringCase(size_t index) const
 {
     thread_local TextUnpacker unpacker;
     const Block& block = blocks[index];
-    for (size_t i = block.first; i < block.end && !stopped && !block.isExcluded; ++i) {
-        if (matchesText(*ignoringCase, block.kind, unpacker.text(block.packed, texts[i].position))) {
+    if (block.isExcluded) {
+        return false;
+    }
+    for (int place = block.first; place != noText && !stopped; place = textAt(place).next) {
+        if (matchesText(*ignoringCase, block.kind, unpacker.text(block.packed, textAt(place).position))) {
             return true;
         }
     }

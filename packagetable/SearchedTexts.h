@@ -16,6 +16,7 @@
 #include <vector>
 
 #include <QByteArray>
+#include <QHash>
 #include <QVector>
 
 #include "yumio/PackedTexts.h"
@@ -62,25 +63,36 @@ public:
     }
 
 private:
+    // A place is the index of a text in `texts`.
+    static constexpr int noText = -1;
     struct Text
     {
-        int record = 0;
         qint32 position = 0; // the position of the text in its block
+        int next = noText;   // the place of the next text of the same block
     };
     struct Block
     {
         Kind kind;
         PackedText packed; // one of the block's texts, for access to the block
-        size_t first;      // the index of the block's first text in `texts`
-        size_t end;
+        int first;         // the places of the block's first and last text
+        int last;
         bool isExcluded; // no text of the block matches, with or without regard to the letter case
     };
+    // The blocks of one kind of texts, while the constructor finds them.
+    struct KindOfBlocks
+    {
+        std::vector<Block> blocks;
+        QHash<const char*, size_t> numbers; // the address of a block -> its index in `blocks`
+        const char* lastAddress = nullptr;  // of the block of the text that was added last
+        size_t last = 0;                    // the index of this block
+    };
 
-    void add(Kind kind, const QVector<const Package::Entry*>& records);
+    void add(KindOfBlocks& blocksOfKind, Kind kind, const PackedText& text, int place);
+    const Text& textAt(int place) const { return texts[static_cast<size_t>(place)]; }
 
     std::shared_ptr<const CaselessPattern> ignoringCase;
     std::vector<Block> blocks; // a thread writes only the block that it compares
-    std::vector<Text> texts;
+    std::vector<Text> texts;   // for each record, its texts of all kinds; a group has only the first kind
     std::unique_ptr<std::atomic<bool>[]> found; // for each record, whether one of its texts matches
     std::atomic<bool> isAnyFound{false};
     std::atomic<bool> stopped{false};

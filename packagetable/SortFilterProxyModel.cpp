@@ -643,7 +643,11 @@ bool SortFilterProxyModel::prepare(const Settings& given)
     if (yumIO.isNull() || wanted.expression.isEmpty() || !compiled.isValid()) {
         return true;
     }
-    return compare(wanted);
+    const bool complete = compare(wanted);
+    if (wanted.mode == Search) {
+        YumIO::returnFreeMemory(); // a search needs some megabytes, which are free now
+    }
+    return complete;
 }
 
 bool SortFilterProxyModel::compare(const Settings& wanted)

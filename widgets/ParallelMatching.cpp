@@ -84,6 +84,9 @@ ParallelMatching::ParallelMatching(const QString& expression, size_t count, Matc
             const std::lock_guard<std::mutex> lock(own->mutex);
             own->numbers.erase(std::find(own->numbers.begin(), own->numbers.end(), number));
             --own->running;
+            if (own->running == 0) {
+                own->matches = nullptr;
+            }
             own->ended.notify_all();
         };
         try {

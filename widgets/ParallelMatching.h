@@ -36,7 +36,7 @@ public:
     ParallelMatching& operator=(const ParallelMatching&) = delete;
 
     // Waits until all items have been compared, but at most `milliseconds`. Returns whether all items have
-    // been compared.
+    // been compared. In this case, the function `matches` is already deleted.
     bool wait(int milliseconds) const;
     // Returns the number of items that have been compared.
     size_t done() const;

@@ -157,6 +157,9 @@ public:
     using Matches = std::function<bool(const Expression& expression, size_t index)>;
     bool findMatches(const QString& expression, size_t count, const Matches& matches,
                      std::vector<char>& found);
+    // Returns the free memory of all threads to the system. Otherwise, the C library would keep the memory of
+    // a search for the next allocations.
+    static void returnFreeMemory();
     // Runs a computation on a worker. The computation must need neither the interpreter nor graphical
     // objects. In the meantime, the window serves events, but keys and clicks wait.
     void compute(const std::function<void()>& computation);

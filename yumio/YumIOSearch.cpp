@@ -295,18 +295,16 @@ QVector<Package::Entry*> inStoredOrder(const QVector<Package::Entry*>& wanted)
     return sorted;
 }
 
-// Returns free memory to the system. Each thread has freed memory between the texts that it has packed, and
-// the C library would keep this memory for the next allocation.
-void returnFreeMemory()
+} // namespace
+
+int YumIO::fewPackages = 300;
+
+void YumIO::returnFreeMemory()
 {
 #ifdef __GLIBC__
     malloc_trim(0);
 #endif
 }
-
-} // namespace
-
-int YumIO::fewPackages = 300;
 
 bool YumIO::collectSearchTexts(const QVector<Package::Entry*>& wanted)
 {
@@ -466,7 +464,7 @@ bool YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
     repositories.clear();
     std::vector<PackedText>().swap(files);
     std::vector<PackedText>().swap(changeLogs);
-    returnFreeMemory();
+    returnFreeMemory(); // each thread has freed memory between the texts that it has packed
     const bool complete = !stopWanted();
     if (!complete) {
         for (Package::Entry* entry : wanted) {

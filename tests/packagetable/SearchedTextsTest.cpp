@@ -134,6 +134,34 @@ private Q_SLOTS:
         QCOMPARE(search("e42$"), (QVector<int>{42}));
     }
 
+    void theRecordsMayHaveAnotherOrderThanTheirBlocks()
+    {
+        constexpr int count = 9;
+        TextPacker otherPacker;
+        for (int i = 0; i < count; ++i) {
+            // Two blocks have the fields by turns. The file lists are in the first of these blocks.
+            const QByteArray fields = "name" + QByteArray::number(i) + '\0';
+            const QByteArray files = "/file" + QByteArray::number(i);
+            records.push_back(std::make_unique<Package::Entry>());
+            Package::Entry& record = *records.back();
+            record.kind = i == 4 ? Package::Group : Package::Ordinary;
+            (i % 2 == 0 ? *fieldPacker : otherPacker)
+                .add(record.searchTexts, fields.constData(), static_cast<size_t>(fields.size()));
+            fieldPacker->add(record.searchFiles, files.constData(), static_cast<size_t>(files.size()));
+        }
+        otherPacker.finish();
+        fieldPacker->finish();
+        for (int i = 0; i < count; ++i) {
+            make();
+            QCOMPARE(texts->blockCount(), size_t(4)); // the records without a change log have an empty block
+            QCOMPARE(search(QString("name%1").arg(i)), (QVector<int>{i}));
+            make();
+            QCOMPARE(search(QString("/file%1").arg(i)), i == 4 ? QVector<int>() : QVector<int>{i});
+        }
+        make();
+        QCOMPARE(search("[02468]"), (QVector<int>{0, 2, 4, 6, 8}));
+    }
+
     void matchReturnsWhetherTheBlockHasANewMatch()
     {
         add(QByteArray("anvil\0", 6), "/usr/bin/anvil", "");

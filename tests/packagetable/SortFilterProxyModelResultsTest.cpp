@@ -3,8 +3,10 @@
 #include <QScopedValueRollback>
 
 #include <functional>
+#include <vector>
 
 #include "tests/packagetable/FilteredTable.h"
+#include "tests/support/ResidentMemory.h"
 
 using namespace PackageTable;
 
@@ -27,6 +29,7 @@ private Q_SLOTS:
     void theProxyUsesPreparedResultsInsteadOfComparingAgain();
     void aResetOfTheModelDiscardsPreparedResults();
     void theQuickPreparationRefusesAnExpressionWithABackReference();
+    void aPreparedSearchReturnsFreeMemoryToTheSystem();
     void eachRecordIsSearchedOnlyOnceForTheSameSettings();
     void aResetOfTheModelClearsTheStoredResults();
     void aResetOfTheFormerSourceModelKeepsTheStoredResults();
@@ -242,6 +245,25 @@ void SortFilterProxyModelResultsTest::theQuickPreparationRefusesAnExpressionWith
     QVERIFY(!proxy->prepareQuickly({Search, ViewAll, true, true, "tool"}));
     QVERIFY(proxy->prepare({Filter, ViewAll, true, true, "t(o)\\1"}));
     QCOMPARE(listed("^t(o)\\1"), QStringList{"tool"});
+}
+
+void SortFilterProxyModelResultsTest::aPreparedSearchReturnsFreeMemoryToTheSystem()
+{
+#if defined(__SANITIZE_ADDRESS__) || !defined(__GLIBC__)
+    QSKIP("only the C library of GNU can return all free memory, and the sanitizer replaces it");
+#endif
+    proxy->setMode(Search);
+    readTexts();
+    std::vector<QByteArray> pieces(50000, QByteArray(1000, 'x'));
+    for (QByteArray& piece : pieces) {
+        piece.detach();
+    }
+    const QByteArray last(1000, 'x'); // keeps the C library from returning the memory of the pieces at once
+    std::vector<QByteArray>().swap(pieces);
+    const qint64 before = residentMemory();
+    QVERIFY(proxy->prepare({Search, ViewAll, true, true, "tool"}));
+    const qint64 returned = before - residentMemory();
+    QVERIFY2(returned > 25000, qPrintable(QString::number(returned)));
 }
 
 void SortFilterProxyModelResultsTest::eachRecordIsSearchedOnlyOnceForTheSameSettings()

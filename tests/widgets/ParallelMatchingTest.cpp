@@ -80,6 +80,17 @@ private Q_SLOTS:
         QCOMPARE(threads.count(std::this_thread::get_id()), size_t(0));
     }
 
+    void whenAllItemsHaveBeenComparedTheFunctionIsDeleted()
+    {
+        const auto data = std::make_shared<int>(0);
+        for (const size_t count : {size_t(1), size_t(1000)}) {
+            const ParallelMatching matching("a", count,
+                                            [data](const Expression&, size_t) { return *data == 0; });
+            QVERIFY(matching.wait(longTime));
+            QCOMPARE(data.use_count(), 1L);
+        }
+    }
+
     void theMatchingCanBeDeletedDuringAComparison()
     {
         struct State

@@ -3,11 +3,10 @@
 #include <QtTest>
 
 #include <QDir>
-#include <QFile>
 
 #include <algorithm>
-#include <unistd.h>
 
+#include "tests/support/ResidentMemory.h"
 #include "tests/yumio/BackEnd.h"
 #include "tests/yumio/SandboxCopy.h"
 
@@ -19,16 +18,6 @@ int numberOfRounds()
     bool given = false;
     const int factor = qEnvironmentVariable("VYRE_TEST_FACTOR").toInt(&given);
     return given ? 100 * factor : 100;
-}
-
-// The resident memory of this process in KiB.
-qint64 residentMemory()
-{
-    QFile file(QStringLiteral("/proc/self/statm"));
-    if (!file.open(QIODevice::ReadOnly)) {
-        qFatal("cannot read %s", qPrintable(file.fileName()));
-    }
-    return file.readAll().split(' ').value(1).toLongLong() * (sysconf(_SC_PAGESIZE) / 1024);
 }
 
 // The growth of the memory in KiB: the median of the second half of the rounds, minus the median of the first
