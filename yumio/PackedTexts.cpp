@@ -8,9 +8,10 @@
 
 namespace {
 
-// If a text would make its block longer than this number of bytes, the text begins a new block. Blocks larger
-// than this would hardly improve the compression, and would not fit into the cache of a processor.
-constexpr size_t blockSize = 1 << 16;
+// If a text would make its block longer than this number of bytes, the text begins a new block. lz4 finds
+// repetitions only within 64 KiB, so larger blocks would hardly improve the compression. They would also need
+// more of the processor's cache.
+constexpr size_t blockSize = 1 << 17;
 
 constexpr size_t lengthSize = sizeof(qint32);
 
