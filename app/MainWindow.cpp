@@ -52,6 +52,11 @@ QString nodeName()
     return uname(&names) == 0 ? QString::fromLocal8Bit(names.nodename) : QString();
 }
 
+void serveEvents()
+{
+    QEventLoop().processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
 } // namespace
 
 MainWindow::MainWindow()
@@ -161,17 +166,25 @@ void MainWindow::initialize()
     if (quitting()) {
         return;
     }
+    // In a long table, each of the following steps takes some milliseconds, so serve events between them. The
+    // first round paints other parts of the window. Meanwhile, further events can arrive.
     model->reset();
+    serveEvents();
+    serveEvents();
+    if (quitting()) {
+        return;
+    }
     collectedExtraData(); // the collection may have loaded file lists and change logs
     showTable(prepared->widest);
+    if (quitting()) {
+        return;
+    }
     if (search || regexpEdit->text() != expression) {
         // showTable() has fitted the columns to all rows. Hide the rows until the program has compared them
         // with the expression, because some rows do not match.
         const PackageTable::Model::Hiding hiding(*model);
         view->setEmptyText(tr("Reading the packages..."));
         filtersearch();
-    } else {
-        anyFilterChanged();
     }
     updateEmptyText();
     setReady(true);
@@ -215,9 +228,16 @@ std::shared_ptr<PackageTable::Preparation> MainWindow::prepareTable()
 void MainWindow::showTable(const std::vector<int>* widest)
 {
     if (tableArea->isHidden()) {
+        // Prevent a paint event before the caller enables the table: the table would be painted twice.
+        tableArea->setUpdatesEnabled(false);
         tableArea->show();
         view->fitColumns(widest);
         KeptLayout::restore(*this, *view);
+        serveEvents();
+        tableArea->setUpdatesEnabled(true);
+        if (quitting()) {
+            return;
+        }
     }
     updateEmptyText();
 }
@@ -270,13 +290,12 @@ void MainWindow::reposChanged()
     if (!checkCredentials(changed)) {
         return;
     }
-    yumIO->reset();
     const bool first = tableArea->isHidden();
     if (first) {
         applyExpression(); // the expression from the command line
     }
     reportedSkipped.clear();
-    recollect(NoMarks);
+    readPackages(NoMarks, Configuration::ReadAgain);
     showTable();
     setReady(true);
     focusTable();
@@ -346,7 +365,7 @@ void MainWindow::setReady(bool ready)
             QApplication::restoreOverrideCursor();
         }
     }
-    QEventLoop().processEvents(QEventLoop::ExcludeUserInputEvents);
+    serveEvents();
     if (ready && closeWanted && !quitting()) {
         // The functions of the operation must return before the window closes.
         QTimer::singleShot(0, this, SLOT(close()));
@@ -424,7 +443,7 @@ void MainWindow::showErrors(const ErrorWatch& errors)
     }
 }
 
-void MainWindow::recollect(Kept kept)
+void MainWindow::readPackages(Kept kept, Configuration configuration)
 {
     view->setEmptyText(tr("Reading the packages..."));
     // If the last collection failed, its records are incomplete and have no marks.
@@ -433,13 +452,20 @@ void MainWindow::recollect(Kept kept)
     const YumIO::Marks marks = kept == AllMarks || failedBefore ? all
                                : kept == LeftOutMarks           ? yumIO->leftOutMarks()
                                                                 : YumIO::Marks();
+    int marked = 0;
     {
         const PackageTable::Model::Hiding hiding(*model);
+        // Delete the records before the reset. When the script closes the package manager, it makes Python
+        // look for cycles of objects. This takes longer while the packages of the records exist.
         yumIO->clearEntries();
+        if (configuration == Configuration::ReadAgain) {
+            yumIO->reset();
+        }
         const bool stopped = collect();
         const YumIO::Marks wanted = (stopped || collectFailed) && kept == NoMarks ? all : marks;
         yumIO->restoreMarks(wanted);
-        const int lost = wanted.count() - yumIO->marks().count();
+        marked = wanted.isEmpty() ? 0 : yumIO->marks().count(); // marks() reads all records
+        const int lost = wanted.count() - marked;
         if (stopped && !collectFailed && lost > 0) {
             // Before the stop, some repositories may have been read again, and have other packages now.
             warnAndNotice(tr("Stopped. Removed marks that are no longer possible: %1").arg(lost));
@@ -456,7 +482,12 @@ void MainWindow::recollect(Kept kept)
         }
     }
     updateEmptyText();
-    marksChanged(); // the table now has new records
+    if (marked > 0) {
+        marksChanged();
+    } else {
+        showUnlistedActions(false);
+        applyButton->setEnabled(false);
+    }
     collectedExtraData();
 }
 
@@ -469,8 +500,7 @@ void MainWindow::refresh()
 {
     beginOperation();
     reportedSkipped.clear();
-    yumIO->reset();
-    recollect(NoMarks);
+    readPackages(NoMarks, Configuration::ReadAgain);
     setReady(true);
     focusTable();
 }
@@ -482,12 +512,11 @@ void MainWindow::clean(bool (YumIO::*operation)(), bool deletesMetadata)
     if (yumIO->wasStopped()) {
         showNotice(tr("Stopped."));
     } else if (!closeWanted) {
-        yumIO->reset();
         if (deletesMetadata) {
             stopButton->setResult(StopButton::Result::Remains);
         }
         reportedSkipped.clear();
-        recollect(NoMarks);
+        readPackages(NoMarks, Configuration::ReadAgain);
     }
     setReady(true);
     focusTable();
@@ -541,15 +570,13 @@ bool MainWindow::carryOut(const std::function<bool()>& operation, Kept kept)
     if (applied && !checkCredentials(changed)) {
         return done;
     }
-    if (changed) {
-        // Without this call, the back end would continue to use the old URLs.
-        yumIO->reset();
-    }
     // Even a failed transaction may have changed the system.
     if (done) {
         // After a failure, recollect() drops the marks of the changes that were carried out, because these
         // changes are no longer possible. The user can apply the remaining marks again.
-        recollect(applied ? kept : AllMarks);
+        // If the user has entered credentials, the back end must read the configuration again. Otherwise it
+        // would continue to use the old URLs.
+        readPackages(applied ? kept : AllMarks, changed ? Configuration::ReadAgain : Configuration::Kept);
     } else if (yumIO->isOutdated()) {
         recollect(AllMarks);
     }
@@ -589,17 +616,26 @@ void MainWindow::warnUnlistedActions()
     const int count = quitting() ? 0 : yumIO->count();
     for (int row = 0; row < count; ++row) {
         if ((*yumIO)[row]->action != Package::None && !proxy->mapFromSource(model->index(row, 0)).isValid()) {
-            unlistedLabel->setText(tr("Unlisted Actions"));
-            unlistedLabel->setToolTip(tr("Some packages have actions specified, but because of the "
-                                         "current\nMode, Filter, Search, State, "
-                                         "Duplicates, and Groups settings,\nthese packages are not listed "
-                                         "currently.\nPressing Apply will "
-                                         "cause these actions to occur nonetheless."));
+            showUnlistedActions(true);
             return;
         }
     }
-    unlistedLabel->setText(QString());
-    unlistedLabel->setToolTip(QString());
+    showUnlistedActions(false);
+}
+
+void MainWindow::showUnlistedActions(bool any)
+{
+    if (!any) {
+        unlistedLabel->setText(QString());
+        unlistedLabel->setToolTip(QString());
+        return;
+    }
+    unlistedLabel->setText(tr("Unlisted Actions"));
+    unlistedLabel->setToolTip(tr("Some packages have actions specified, but because of the "
+                                 "current\nMode, Filter, Search, State, "
+                                 "Duplicates, and Groups settings,\nthese packages are not listed "
+                                 "currently.\nPressing Apply will "
+                                 "cause these actions to occur nonetheless."));
 }
 
 void MainWindow::currentChanged(int row, int)

@@ -137,7 +137,7 @@ private:
     bool hasPackages() const override { return !collectFailed; }
     void setReady(bool ready) override;
     void beginOperation() override;
-    void recollect(Kept kept) override;
+    void recollect(Kept kept) override { readPackages(kept, Configuration::Kept); }
     bool carryOut(const std::function<bool()>& operation, Kept kept) override;
     void marksChanged() override;
     void showErrors(const ErrorWatch& errors) override;
@@ -164,6 +164,10 @@ private:
     void anyFilterChanged();
     void warnConfigure();
     void warnUnlistedActions();
+    void showUnlistedActions(bool any);
+    enum class Configuration { Kept, ReadAgain };
+    // Deletes all records and reads the packages again. If wanted, the script reads its configuration first.
+    void readPackages(Kept kept, Configuration configuration);
     // Reads the packages. If the user stops the collection, reads the packages from the cache and returns
     // true.
     bool collect();
@@ -173,7 +177,8 @@ private:
     // A worker completes the Preparation of the last collection: the values that the table needs before it
     // can show the records. The caller must reset the model afterwards.
     std::shared_ptr<PackageTable::Preparation> prepareTable();
-    // Shows the table, and fits its columns. `widest` is the argument for View::fitColumns().
+    // Shows the table, and fits its columns. `widest` is the argument for View::fitColumns(). Serves events
+    // without user input, but the table is not painted meanwhile.
     void showTable(const std::vector<int>* widest = nullptr);
     // Moves the focus to the table after an operation, unless the expression field has the focus.
     void focusTable();

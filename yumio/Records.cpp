@@ -2,13 +2,21 @@
 
 #include "yumio/Records.h"
 
+#include <system_error>
+#include <thread>
 #include <utility>
+#include <vector>
+
+#include "app/base/SignalsBlocked.h"
 
 namespace {
 
 // The greatest length of a list of records with the same name. A system has only a few bi-arch classes, so
 // usual lists are short. But a repository may invent any number of architectures.
 constexpr int mostInList = 16;
+
+// For fewer records, the start of a thread takes longer than their deletion.
+constexpr int manyRecords = 4096;
 
 } // namespace
 
@@ -153,14 +161,38 @@ void Records::restoreMarks(const Package::Marks& marks) const
 
 void Records::clear(const std::function<void(PyObject*)>& drop)
 {
+    std::vector<PyObject*> objects;
+    objects.reserve(drop ? static_cast<size_t>(collectedEntries.count()) : 0);
     for (Package::Entry* first : qAsConst(collectedEntries)) {
         for (Package::Entry* entry = first; entry != nullptr; entry = entry->next) {
-            PyObject* object = std::exchange(entry->pyObject, nullptr);
+            PyObject* const object = std::exchange(entry->pyObject, nullptr);
             if (object != nullptr && drop) {
-                drop(object);
+                objects.push_back(object);
             }
         }
     }
+    std::thread thread;
+    if (drop && collectedEntries.count() >= manyRecords) {
+        // Signals are for the worker, which knows when it must not be interrupted.
+        const SignalsBlocked signalsBlocked;
+        try {
+            thread = std::thread(&Records::deleteAll, this);
+        } catch (const std::system_error&) {
+            // The system cannot start another thread, so this thread does the work.
+        }
+    }
+    for (PyObject* object : objects) {
+        drop(object);
+    }
+    if (thread.joinable()) {
+        thread.join();
+    } else {
+        deleteAll();
+    }
+}
+
+void Records::deleteAll()
+{
     // The records are deleted through this list, because the index may contain a record under two keys.
     qDeleteAll(collectedEntries);
     entries.clear();

@@ -93,10 +93,13 @@ public:
     // --- Deletion
 
     // Deletes all records. If `drop` is set, clear() passes each reference to an object of the script to
-    // `drop`, which must release the reference. Without `drop`, the references are never released.
+    // `drop`, which must release the reference. Without `drop`, the references are never released. If there
+    // are many records, another thread deletes them meanwhile. When clear() returns, this thread has ended.
     void clear(const std::function<void(PyObject*)>& drop = {});
 
 private:
+    void deleteAll();
+
     // The records with the same name: packages of different bi-arch classes, or a package and a group.
     struct Named
     {

@@ -58,6 +58,11 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable, Source source)
     log(Log::Action, 0, tr("Initialization"));
     PyGILStateWrapper lock(true);
     PhaseScope phaseScope(phase);
+    if (repos) {
+        // An earlier collection has used much memory. Return this memory, because the thread of this
+        // collection may use another area of memory.
+        returnFreeMemory();
+    }
 
     // After this collection, package objects can read the file lists and the change logs, so later operations
     // need not load them.

@@ -26,6 +26,8 @@ private Q_SLOTS:
     void theWindowCallsNoScriptMethodBeforeItIsShown();
     void theWindowIsPaintedBeforeThePackagesAreCollected();
     void theTableListsTheOutdatedPackagesAfterTheStart();
+    void eventsAreServedBetweenTheStepsThatShowTheTable();
+    void theTableIsNotPaintedBeforeItCanBeUsed();
     void showingTheWindowForTheSecondTimeCollectsNothing();
     void theColumnsFitTheirContentsAfterTheStart();
     void theFirstCollectionUsesTheFilterThatWasSetBeforehand();
@@ -104,6 +106,62 @@ void MainWindowStartTest::theTableListsTheOutdatedPackagesAfterTheStart()
     QCOMPARE(standIn->calls("setupRepos"), 1);
     QCOMPARE(standIn->calls("collectFileLists") + standIn->calls("collectOtherData"), 0);
     QVERIFY(shown->view->horizontalHeader()->isSortIndicatorShown());
+}
+
+namespace {
+
+// Calls a function for each event of a widget.
+class Watch : public QObject
+{
+public:
+    Watch(QObject* watched, std::function<void(QEvent::Type)> function) : call(std::move(function))
+    {
+        watched->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        call(event->type());
+        return false;
+    }
+
+private:
+    std::function<void(QEvent::Type)> call;
+};
+
+} // namespace
+
+void MainWindowStartTest::eventsAreServedBetweenTheStepsThatShowTheTable()
+{
+    QStringList seen;
+    const auto note = [this, &seen] {
+        seen << (shown->area->isHidden() ? "hidden" : shown->area->isEnabled() ? "usable" : "disabled");
+    };
+    connect(shown->model, &QAbstractItemModel::modelReset, this, [this, &note] {
+        if (shown->model->rowCount() > 0) {
+            QTimer::singleShot(0, this, note);
+        }
+    });
+    const Watch watch(shown->area, [this, &note](QEvent::Type type) {
+        if (type == QEvent::Show) {
+            QTimer::singleShot(0, this, note);
+        }
+    });
+    shown->start();
+    QTRY_COMPARE(seen, QStringList({"hidden", "disabled"}));
+}
+
+void MainWindowStartTest::theTableIsNotPaintedBeforeItCanBeUsed()
+{
+    QList<bool> usableAtPaint;
+    const Watch watch(shown->view->viewport(), [this, &usableAtPaint](QEvent::Type type) {
+        if (type == QEvent::Paint) {
+            usableAtPaint << shown->isReady();
+        }
+    });
+    shown->start();
+    QTRY_VERIFY(!usableAtPaint.isEmpty());
+    QVERIFY(!usableAtPaint.contains(false));
 }
 
 void MainWindowStartTest::showingTheWindowForTheSecondTimeCollectsNothing()

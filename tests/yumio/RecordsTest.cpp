@@ -269,6 +269,38 @@ private Q_SLOTS:
         });
     }
 
+    void clearingManyRecordsReleasesEveryReferenceOnceInTheCallingThread()
+    {
+        constexpr int many = 10000;
+        for (int number = 0; number < many; ++number) {
+            Package::Entry* entry = add(QString("name-%1").arg(number), "x86_64");
+            if (number % 2 == 0) {
+                Records::endOfChain(entry) = make(entry->name, "x86_64", Package::Installed);
+            }
+        }
+        records->publish();
+        QSet<PyObject*> dropped;
+        int calls = 0;
+        const Qt::HANDLE thread = QThread::currentThreadId();
+        bool elsewhere = false;
+        records->clear([&](PyObject* object) {
+            dropped.insert(object);
+            ++calls;
+            elsewhere = elsewhere || QThread::currentThreadId() != thread;
+        });
+        QCOMPARE(calls, many + many / 2);
+        QCOMPARE(dropped.count(), calls);
+        QVERIFY(!elsewhere);
+        QCOMPARE(records->count(), 0);
+        QVERIFY(records->find(Package::EntryKey(false, "name-7", "x86_64")) == nullptr);
+        // At the end of the program, the references are not released.
+        add("again", "x86_64");
+        records->publish();
+        QCOMPARE(records->count(), 1);
+        records->clear();
+        QCOMPARE(records->count(), 0);
+    }
+
     void recordsCanBeAddedAfterAllRecordsWereCleared()
     {
         add("a", "x86_64");

@@ -22,6 +22,7 @@ import rpm
 from . import groups, program
 from .advisories import AdvisoryIndex
 from .configfiles import RepositoryReader
+from .garbage import collectObjects, exemptObjects
 from .locks import withoutWaitForMetadata
 from .metadata import DocumentChecks, documentPath, modulesFault
 from .output import LogHandler, Overheard, passable, showActivity, showReading
@@ -87,8 +88,10 @@ class Base(dnf.Base):
         program keeps a reference to this one.
         """
         kept = self.remarks, self._remarked
+        exemptObjects()  # end() runs a collection, but collectObjects() finds more unreachable objects below
         self.end()
         forgetPlugIns()
+        collectObjects()
         self.__init__(conf)
         self.remarks, self._remarked = kept
 
