@@ -455,12 +455,10 @@ void MainWindow::readPackages(Kept kept, Configuration configuration)
     int marked = 0;
     {
         const PackageTable::Model::Hiding hiding(*model);
-        // Delete the records before the reset. When the script closes the package manager, it makes Python
-        // look for cycles of objects. This takes longer while the packages of the records exist.
-        yumIO->clearEntries();
         if (configuration == Configuration::ReadAgain) {
             yumIO->reset();
         }
+        yumIO->clearEntries();
         const bool stopped = collect();
         const YumIO::Marks wanted = (stopped || collectFailed) && kept == NoMarks ? all : marks;
         yumIO->restoreMarks(wanted);
@@ -572,7 +570,7 @@ bool MainWindow::carryOut(const std::function<bool()>& operation, Kept kept)
     }
     // Even a failed transaction may have changed the system.
     if (done) {
-        // After a failure, recollect() drops the marks of the changes that were carried out, because these
+        // After a failure, readPackages() drops the marks of the changes that were carried out, because these
         // changes are no longer possible. The user can apply the remaining marks again.
         // If the user has entered credentials, the back end must read the configuration again. Otherwise it
         // would continue to use the old URLs.

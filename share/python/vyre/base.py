@@ -78,6 +78,7 @@ class Base(dnf.Base):
         # The repositories that fill_sack() has disabled. When the user agrees to go on without a repository in this
         # session, fill_sack() removes this repository from the list.
         self.disabled = []
+        self._isRenewed = False  # whether objects from before the last call of renew() may still exist
         # Whether the sack contains packages of a repository whose package list is damaged.
         self._hasRefusedPackages = False
         self.plugInFault = ''  # why dnf cannot use the plug-ins; if not empty, every operation fails
@@ -88,12 +89,14 @@ class Base(dnf.Base):
         program keeps a reference to this one.
         """
         kept = self.remarks, self._remarked
-        exemptObjects()  # end() runs a collection, but collectObjects() finds more unreachable objects below
+        # end() runs a collection of garbage, while the program still has all packages. fill_sack() runs it later, when
+        # the program has released them.
+        exemptObjects()
         self.end()
         forgetPlugIns()
-        collectObjects()
         self.__init__(conf)
         self.remarks, self._remarked = kept
+        self._isRenewed = True
 
     def end(self):
         """Close dnf's files, and save dnf's state for the next run. The dnf command does the same when it ends."""
@@ -236,6 +239,10 @@ class Base(dnf.Base):
         """
         del self.leftOut[:], self.failed[:], self.skipped[:], self.disabled[:]
         self._hasRefusedPackages = False
+        if self._isRenewed:
+            self._isRenewed = False
+            collectObjects()
+            exemptObjects()
         showActivity(tr('Reading the installed packages'))
         sack = super(Base, self).fill_sack(*args, **kwargs)
         while self._hasRefusedPackages:
