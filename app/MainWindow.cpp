@@ -297,7 +297,13 @@ void MainWindow::reposChanged()
     reportedSkipped.clear();
     readPackages(NoMarks, Configuration::ReadAgain);
     showTable();
+    if (quitting()) {
+        return;
+    }
     setReady(true);
+    if (quitting()) {
+        return;
+    }
     focusTable();
     const QString warning = first ? restriction() : QString();
     if (!warning.isEmpty()) {

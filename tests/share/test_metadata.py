@@ -199,6 +199,87 @@ class MetadataTest(ScenarioTest):
         self.collect()
         self.assertIn("corkboard", self.names("sandbox-file"))
 
+    def lists_too_few(self, path, element):
+        return "too few" if element == "metadata" and "/sandbox-file-" in path else ""
+
+    @in_own_process
+    def test_the_user_can_go_on_without_a_repository_whose_package_list_is_damaged(self):
+        self.begin()
+        self.module("program").faultOfMetadata = self.lists_too_few
+        asked = []
+        self.module("program").goOnWithout = lambda *arguments: asked.append(arguments) or True
+        used = []
+        plugins = self.module("plugins").PlugIns
+        original = plugins._caller
+        plugins._caller = lambda of, method: used.append(method) or original(of, method)
+        self.collect()
+        self.assertEqual(asked, [("sandbox-file", "The primary metadata of the repository sandbox-file are damaged: "
+                                  "too few", 0)])
+        self.assertEqual(self.names("sandbox-file"), [])
+        self.assertIn("astrolabe", self.names("sandbox-http"))
+        self.assertEqual(used.count("sack"), 1)  # plug-ins use only the sack without the damaged packages
+
+    @in_own_process
+    def test_a_repository_with_a_damaged_package_list_in_the_cache_is_left_out_after_a_stop(self):
+        self.begin()
+        self.module("program").faultOfMetadata = self.lists_too_few
+        self.module("program").goOnWithout = lambda *arguments: True
+        self.yumio.setupRepos()
+        self.yumio.setupCachedRepos()
+        found = self.yumio.collectAll()
+        self.assertEqual([each.name for each in found.available if each.reponame == "sandbox-file"], [])
+        self.assertIn("astrolabe", [each.name for each in found.available if each.reponame == "sandbox-http"])
+
+    @in_own_process
+    def test_a_package_list_is_checked_again_if_the_first_check_had_no_effect(self):
+        self.configure("metadata_expire=never")  # on a busy machine, the sandbox's limit of one second is too short
+        self.begin()
+        self.module("program").faultOfMetadata = self.lists_too_few
+        for failure in (OSError, SystemError):
+            original = self.dnf.Base._add_repo_to_sack
+
+            def fail(base, repo):
+                original(base, repo)
+                if repo.id == "sandbox-file":
+                    raise failure("interrupted")
+
+            # dnf has written its cache of the damaged list, but the operation ends before the list is refused.
+            self.dnf.Base._add_repo_to_sack = fail
+            try:
+                with self.assertRaises((failure, self.dnf.exceptions.RepoError)):
+                    self.yumio.setupRepos()
+            finally:
+                self.dnf.Base._add_repo_to_sack = original
+            self.assertTrue(os.path.exists(self.yumio.base._caches(self.yumio.base.repos["sandbox-file"])[-1]))
+            with self.assertRaises(self.dnf.exceptions.RepoError) as caught:
+                self.yumio.setupRepos()
+            self.assertIn("sandbox-file are damaged: too few", str(caught.exception))
+        self.module("program").faultOfMetadata = lambda path, element: ""
+        self.collect()
+        self.assertIn("corkboard", self.names("sandbox-file"))
+        self.assertEqual([name for name in os.listdir(self.yumio.base.conf.cachedir) if "unchecked" in name], [])
+
+    @in_own_process
+    def test_a_failing_check_of_a_package_list_ends_the_operation(self):
+        self.begin()
+
+        def fail(path, element):
+            raise OSError("no memory for the check")
+
+        self.module("program").faultOfMetadata = fail
+        with self.assertRaises(self.dnf.exceptions.RepoError) as caught:
+            self.yumio.setupRepos()
+        self.assertIn("no memory for the check", str(caught.exception))
+
+    @in_own_process
+    def test_a_package_list_is_checked_before_dnf_reads_it_if_the_check_cannot_be_noted(self):
+        self.begin()
+        self.module("program").faultOfMetadata = self.lists_too_few
+        self.yumio.base._noteUnchecked = lambda repo: False
+        with self.assertRaises(self.dnf.exceptions.RepoError):
+            self.yumio.setupRepos()
+        self.assertFalse(os.path.exists(self.yumio.base._caches(self.yumio.base.repos["sandbox-file"])[-1]))
+
     @in_own_process
     def test_several_repositories_with_damaged_metadata_are_left_out(self):
         for name in ("sandbox-file", "sandbox-http"):

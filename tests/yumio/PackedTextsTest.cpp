@@ -24,6 +24,13 @@ QByteArray noise(int size)
     return text;
 }
 
+// Returns a text as a block contains it.
+QByteArray inBlock(const char* text)
+{
+    const auto length = static_cast<qint32>(qstrlen(text));
+    return QByteArray(reinterpret_cast<const char*>(&length), sizeof length) + text + '\0';
+}
+
 } // namespace
 
 class PackedTextsTest : public QObject
@@ -116,9 +123,9 @@ private Q_SLOTS:
         packer.finish();
         TextUnpacker unpacker;
         for (int round = 0; round < 2; ++round) {
-            QCOMPARE(unpacker.texts(second), QByteArray("\5\0\0\0first\0\6\0\0\0second\0", 21));
+            QCOMPARE(unpacker.texts(second), inBlock("first") + inBlock("second"));
             QCOMPARE(unpacker.text(first), QByteArray("first"));
-            QCOMPARE(unpacker.texts(other), QByteArray("\5\0\0\0other\0", 10));
+            QCOMPARE(unpacker.texts(other), inBlock("other"));
         }
     }
 

@@ -238,19 +238,20 @@ class Base(dnf.Base):
         failure ends the operation, as in dnf.
         """
         del self.leftOut[:], self.failed[:], self.skipped[:], self.disabled[:]
-        self._hasRefusedPackages = False
         if self._isRenewed:
             self._isRenewed = False
             collectObjects()
             exemptObjects()
         showActivity(tr('Reading the installed packages'))
-        sack = super(Base, self).fill_sack(*args, **kwargs)
+        self._plugins.skipsSack = self._hasRefusedPackages = False
+        super(Base, self).fill_sack(*args, **kwargs)
         while self._hasRefusedPackages:
             # Disabled repositories keep their packages in the sack. So fill another sack, without the repositories
             # that are disabled now.
             endIfStopped()
-            self._hasRefusedPackages = False
-            sack = super(Base, self).fill_sack(*args, **kwargs)
+            showActivity(tr('Reading the installed packages'))
+            self._plugins.skipsSack = self._hasRefusedPackages = False
+            super(Base, self).fill_sack(*args, **kwargs)
         endIfStopped()
         hint = spaceHint(self.conf.cachedir) if self.failed else ''
         for number, (repo, reason) in enumerate(self.failed):
@@ -258,7 +259,7 @@ class Base(dnf.Base):
                 endIfStopped()
                 raise dnf.exceptions.RepoError(reason)
             self.disabled.remove(repo)
-        return sack
+        return self.sack
 
     def fillSackFromCache(self):
         """Read the installed packages and the metadata in the cache, without the network and without questions. Leave
@@ -331,6 +332,8 @@ class Base(dnf.Base):
         documents = ['filelists', 'other']
         kinds = (['primary'] if isNewer else []) + (documents if isNew or before is None else [])
         checks = DocumentChecks(repo, kinds)
+        if isNewer and not self._noteUnchecked(repo):
+            self._refusePackages(repo, checks)  # without this note, do not let dnf write a cache of an unchecked list
         try:
             super(Base, self)._add_repo_to_sack(repo)
         except dnf.exceptions.RepoError as e:
@@ -342,6 +345,7 @@ class Base(dnf.Base):
         finally:
             checks.wait()
         self._refusePackages(repo, checks)
+        self._removeFile(self._uncheckedNote(repo))
         if before is None or self._cacheStamp(repo) != before:
             showReading(repo, tr('Checking the metadata of {}'))
             self._checkDocuments(repo, checks if documents[0] in kinds else DocumentChecks(repo, documents))
@@ -355,13 +359,27 @@ class Base(dnf.Base):
 
     def _isNewerThanCache(self, repo):
         """Whether dnf will read the original package list, because this list is newer than dnf's cache of this list.
-        True if the times are unknown.
+        True if the times are unknown, or if the process has ended before it has checked the list.
         """
+        if os.path.exists(self._uncheckedNote(repo)):
+            return True
         path = documentPath(repo, 'primary')
         try:
             return path is None or os.stat(path).st_ctime_ns >= os.stat(self._caches(repo)[-1]).st_ctime_ns
         except OSError:
             return True
+
+    def _uncheckedNote(self, repo):
+        """A file that exists as long as dnf's cache may contain a package list that the script has not yet checked."""
+        return os.path.join(self.conf.cachedir, repo.id + '.unchecked')
+
+    def _noteUnchecked(self, repo):
+        """Create this file. If this is impossible, return False."""
+        try:
+            with open(self._uncheckedNote(repo), 'w'):
+                return True
+        except OSError:
+            return False
 
     @staticmethod
     def _renewTime(cache):
@@ -388,7 +406,8 @@ class Base(dnf.Base):
         fault = checks.wait().get('primary')
         if fault:
             self._removeCaches(repo)
-            self._hasRefusedPackages = True
+            self._removeFile(self._uncheckedNote(repo))
+            self._plugins.skipsSack = self._hasRefusedPackages = True
             refuseDamaged(repo, 'primary', fault)
 
     def _checkDocuments(self, repo, checks):
@@ -403,8 +422,12 @@ class Base(dnf.Base):
     def _removeCaches(self, repo):
         """Remove dnf's cache of damaged metadata, so that the next run checks the documents again."""
         for cache in self._caches(repo):
-            if os.path.exists(cache):
-                os.unlink(cache)
+            self._removeFile(cache)
+
+    @staticmethod
+    def _removeFile(path):
+        if os.path.exists(path):
+            os.unlink(path)
 
     def _run_transaction(self, cb):
         """Run the transaction. If a scriptlet has failed, but rpm has still changed the package of this scriptlet,

@@ -2,8 +2,9 @@
 """Python's collector of unreachable cycles of objects.
 
 dnf runs a full collection whenever it closes or fills the sack. A full collection examines all objects, and takes
-0.01 s for the objects of dnf's modules alone. So the script exempts existing objects while it reads the packages. The
-program ends the exemption with the collection of the packages, see GarbageCollectorPause. A worker runs this module.
+0.01 s for the objects of dnf's modules alone. So the script exempts existing objects while it reads the packages. When
+the program has collected the packages, it ends the exemption; see GarbageCollectorPause. If it cannot collect them, the
+exemption lasts until the next collection of packages. A worker runs this module.
 """
 
 import gc

@@ -65,6 +65,7 @@ class DocumentChecks:
 
     def __init__(self, repo, kinds):
         self._faults = {}
+        self._failure = None
         self._thread = None
         # The thread must not use the repository, which dnf is reading.
         paths = [(kind, documentPath(repo, kind)) for kind in kinds]
@@ -73,15 +74,20 @@ class DocumentChecks:
             self._thread.start()
 
     def _run(self, paths):
-        for kind, path in paths:
-            self._faults[kind] = metadataFault(path, ELEMENTS[kind]) if path is not None else ''
+        try:
+            for kind, path in paths:
+                self._faults[kind] = metadataFault(path, ELEMENTS[kind]) if path is not None else ''
+        except Exception as e:
+            self._failure = e
 
     def wait(self):
         """Wait for the checks; return a dictionary from the kind of each document to its error. If a document has no
-        error, the text is empty.
+        error, the text is empty. If a check was impossible, raise its exception.
         """
         if self._thread is not None:
             self._thread.join()
+        if self._failure is not None:
+            raise self._failure
         return self._faults
 
 

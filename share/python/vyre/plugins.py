@@ -159,6 +159,12 @@ class PlugIns(dnf.plugin.Plugins):
                 tr('The plug-in %s needs the dnf command and does not work in VYRE (%s).'), name, method,
                 extra={HARMLESS: True})
 
+    skipsSack = False  # whether the sack will be filled again, so that it is too early for the hook "sack"
+
+    def run_sack(self):
+        if not self.skipsSack:
+            super(PlugIns, self).run_sack()
+
     # Whether a plug-in has ended the operation in run_pre_transaction(). dnf calls this hook just before rpm's work; if
     # the transaction changes no packages, dnf calls it after changing groups and module streams.
     ended = False
