@@ -80,7 +80,6 @@ with ownPackage():
     from vyre.cache import cleanCache
     from vyre.configuration import readConfiguration
     from vyre.database import databaseCookie, installedNumbers, useDatabaseOfRoot
-    from vyre.garbage import exemptObjects
     from vyre.groups import Group
     from vyre.history import commandLine, refuseHistory, reportLeftovers
     from vyre.image import checkPersistence, restriction
@@ -165,7 +164,6 @@ class YumIO:
         self.remarks = self.base.remarks
         setUpLogFiles(self.base)
         self.base.readReposLater()
-        exemptObjects()
 
     @property
     def skippedRepos(self):
@@ -184,7 +182,6 @@ class YumIO:
         conf, self.knownDirectories = readConfiguration()
         self.base.renew(conf)
         self.base.readReposLater()
-        exemptObjects()
 
     # Locking
 

@@ -22,7 +22,6 @@ import rpm
 from . import groups, program
 from .advisories import AdvisoryIndex
 from .configfiles import RepositoryReader
-from .garbage import collectObjects, exemptObjects
 from .locks import withoutWaitForMetadata
 from .metadata import DocumentChecks, documentPath, modulesFault
 from .output import LogHandler, Overheard, passable, showActivity, showReading
@@ -78,7 +77,6 @@ class Base(dnf.Base):
         # The repositories that fill_sack() has disabled. When the user agrees to go on without a repository in this
         # session, fill_sack() removes this repository from the list.
         self.disabled = []
-        self._isRenewed = False  # whether objects from before the last call of renew() may still exist
         # Whether the sack contains packages of a repository whose package list is damaged.
         self._hasRefusedPackages = False
         self.plugInFault = ''  # why dnf cannot use the plug-ins; if not empty, every operation fails
@@ -89,14 +87,10 @@ class Base(dnf.Base):
         program keeps a reference to this one.
         """
         kept = self.remarks, self._remarked
-        # end() runs a collection of garbage, while the program still has all packages. fill_sack() runs it later, when
-        # the program has released them.
-        exemptObjects()
         self.end()
         forgetPlugIns()
         self.__init__(conf)
         self.remarks, self._remarked = kept
-        self._isRenewed = True
 
     def end(self):
         """Close dnf's files, and save dnf's state for the next run. The dnf command does the same when it ends."""
@@ -238,10 +232,6 @@ class Base(dnf.Base):
         failure ends the operation, as in dnf.
         """
         del self.leftOut[:], self.failed[:], self.skipped[:], self.disabled[:]
-        if self._isRenewed:
-            self._isRenewed = False
-            collectObjects()
-            exemptObjects()
         showActivity(tr('Reading the installed packages'))
         self._plugins.skipsSack = self._hasRefusedPackages = False
         super(Base, self).fill_sack(*args, **kwargs)
