@@ -232,17 +232,14 @@ class Base(dnf.Base):
         failure ends the operation, as in dnf.
         """
         del self.leftOut[:], self.failed[:], self.skipped[:], self.disabled[:]
-        showActivity(tr('Reading the installed packages'))
-        self._plugins.skipsSack = self._hasRefusedPackages = False
-        super(Base, self).fill_sack(*args, **kwargs)
+        self._hasRefusedPackages = True
+        # Disabled repositories keep their packages in the sack. So if it contains refused packages, fill another sack,
+        # without the repositories that are disabled then.
         while self._hasRefusedPackages:
-            # Disabled repositories keep their packages in the sack. So fill another sack, without the repositories
-            # that are disabled now.
-            endIfStopped()
-            showActivity(tr('Reading the installed packages'))
             self._plugins.skipsSack = self._hasRefusedPackages = False
+            showActivity(tr('Reading the installed packages'))
             super(Base, self).fill_sack(*args, **kwargs)
-        endIfStopped()
+            endIfStopped()
         hint = spaceHint(self.conf.cachedir) if self.failed else ''
         for number, (repo, reason) in enumerate(self.failed):
             if not program.goOnWithout(repo.id, passable(reason + hint), len(self.failed) - number - 1):
