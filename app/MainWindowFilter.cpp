@@ -109,10 +109,8 @@ bool MainWindow::prepareFilterSearch(const QString& expression)
             return false;
         }
     }
-    if (!yumIO->collectSearchTexts(proxy->searched(settings.state, settings.dups, settings.groups))) {
-        return false;
-    }
-    return proxy->prepare(settings);
+    return yumIO->collectSearchTexts(proxy->searched(settings.state, settings.dups, settings.groups)) &&
+           proxy->prepare(settings);
 }
 
 void MainWindow::filtersearch()

@@ -44,8 +44,7 @@ private:
     void mergeLast();
 
     std::vector<Text> texts;
-    std::vector<size_t>
-        ends; // the texts before the first position are sorted, also those up to the next, ...
+    std::vector<size_t> ends; // the ends of the sorted parts of `texts`
 };
 
 } // namespace PackageTable
