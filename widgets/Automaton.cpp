@@ -7,10 +7,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <string_view>
 
 #include <langinfo.h>
 #include <re2/re2.h>
+#include <re2/stringpiece.h>
 #include <regex.h>
 
 #include <QHash>
@@ -470,7 +470,7 @@ Automaton::Answer Automaton::compare(const re2::RE2* with, const char* text, siz
 bool Automaton::find(const re2::RE2* with, const char* text, size_t size) const
 {
     const auto match = [with, text, size] {
-        return with->Match(std::string_view(text, size), 0, size, re2::RE2::UNANCHORED, nullptr, 0);
+        return with->Match(re2::StringPiece(text, size), 0, size, re2::RE2::UNANCHORED, nullptr, 0);
     };
     // The system needs a fraction of a microsecond to return the time, as long as the comparison of a short
     // text.
