@@ -61,30 +61,52 @@ void appendTexts(QByteArray& utf8, const Package::Entry& entry)
     utf8 += '\0';
 }
 
-// Sorts rows by keys from `least` to `greatest` without comparisons. This is fast if there are not many more
-// possible keys than rows.
-std::vector<int> orderOfNearKeys(const std::vector<qint64>& keys, qint64 least, qint64 greatest,
-                                 Qt::SortOrder sortOrder)
+// A part of a sort key: its upper or its lower half, and the least and the greatest value of this half.
+struct KeyPart
 {
-    const auto place = [least, greatest, sortOrder](qint64 key) {
-        return static_cast<size_t>(sortOrder == Qt::AscendingOrder ? key - least : greatest - key);
-    };
-    std::vector<int> begins(static_cast<size_t>(greatest - least) + 2);
+    int bits; // the lowest bit of the half
+    qint64 least;
+    qint64 greatest;
+
+    qint64 of(qint64 key) const { return bits > 0 ? key >> bits : key & 0xffffffff; }
+};
+
+KeyPart partOf(const std::vector<qint64>& keys, int bits)
+{
+    KeyPart part{bits, 0, 0};
+    part.least = part.greatest = part.of(keys.front());
     for (const qint64 key : keys) {
-        ++begins[place(key) + 1];
+        part.least = qMin(part.least, part.of(key));
+        part.greatest = qMax(part.greatest, part.of(key));
+    }
+    return part;
+}
+
+// Sorts the rows in `order` by a part of their keys, without comparisons. Rows with equal parts keep their
+// order. This is fast if there are not many more possible values than rows.
+std::vector<int> sortedByPart(const std::vector<int>& order, const std::vector<qint64>& keys,
+                              const KeyPart& part, Qt::SortOrder sortOrder)
+{
+    const auto place = [&keys, &part, sortOrder](int row) {
+        const qint64 value = part.of(keys[static_cast<size_t>(row)]);
+        return static_cast<size_t>(sortOrder == Qt::AscendingOrder ? value - part.least
+                                                                   : part.greatest - value);
+    };
+    std::vector<int> begins(static_cast<size_t>(part.greatest - part.least) + 2);
+    for (const int row : order) {
+        ++begins[place(row) + 1];
     }
     std::partial_sum(begins.begin(), begins.end(), begins.begin());
-    std::vector<int> order(keys.size());
-    for (size_t row = 0; row < keys.size(); ++row) {
-        order[static_cast<size_t>(begins[place(keys[row])]++)] = static_cast<int>(row);
+    std::vector<int> sorted(order.size());
+    for (const int row : order) {
+        sorted[static_cast<size_t>(begins[place(row)]++)] = row;
     }
-    return order;
+    return sorted;
 }
 
 } // namespace
 
-// Finds rows with the widest cells of each column. Qt keeps data of a font for each thread, so only one
-// thread may create, use and delete the object.
+// Finds rows with the widest cells of each column. The rules of WidthEstimate for threads apply.
 class WidestCells
 {
 public:
@@ -111,15 +133,7 @@ public:
             }
         }
     }
-    // Returns the rows that may have the widest texts of a column.
-    const std::vector<WidestRows::Candidate>& textsOf(int column) const
-    {
-        return texts[static_cast<size_t>(column)].found();
-    }
-    void addTexts(int column, const std::vector<WidestRows::Candidate>& others)
-    {
-        texts[static_cast<size_t>(column)].add(others);
-    }
+    void endMeasuring() { estimate.endMeasuring(); }
     // Returns some rows for a column: a row for each picture, or rows with the widest texts.
     std::vector<int> rows(int column) const
     {
@@ -154,12 +168,11 @@ Preparation::Preparation(const YumIO& backEnd, const QFont& font, bool withWidth
 
 Preparation::~Preparation() = default;
 
-void Preparation::begun(int first, int expected)
+void Preparation::begun(int expected)
 {
-    readFrom = readTo = first;
-    // prepareRows() adds the rows before `first` and the groups. Without this reservation, the memory would
-    // grow step by step, and its peak would be several megabytes higher.
-    const int most = first + expected + mostGroups;
+    // prepareRows() adds the groups. Without this reservation, the memory would grow step by step, and its
+    // peak would be several megabytes higher.
+    const int most = expected + mostGroups;
     names.reserve(most);
     rows.textFrom.reserve(static_cast<size_t>(most));
     rows.texts.reserve(bytesOfRow * most);
@@ -168,42 +181,30 @@ void Preparation::begun(int first, int expected)
     }
 }
 
-void Preparation::rowsAdded(int first, const std::vector<Package::Entry*>& added)
+void Preparation::rowsAdded(const std::vector<Package::Entry*>& added)
 {
-    readTo = first;
     for (const Package::Entry* entry : added) {
-        names.add(entry->name, readTo);
-        rows.textFrom.push_back(rows.texts.size());
-        appendTexts(rows.texts, *entry);
+        addRow(read, *entry);
         if (widestOfRead) {
-            widestOfRead->add(readTo, *entry);
+            widestOfRead->add(read, *entry);
         }
-        ++readTo;
+        ++read;
     }
     names.sortAdded();
 }
 
-void Preparation::ended()
+void Preparation::addRow(int row, const Package::Entry& entry)
 {
-    if (!widestOfRead) {
-        return;
-    }
-    for (int column = 0; column < ColumnCount; ++column) {
-        readTexts[column] = widestOfRead->textsOf(column);
-        if (Columns::row(column).showsPictures()) {
-            widest[column] = widestOfRead->rows(column);
-        }
-    }
-    widestOfRead.reset();
+    names.add(entry.name, row);
+    rows.textFrom.push_back(rows.texts.size());
+    appendTexts(rows.texts, entry);
 }
 
-template <typename Function> void Preparation::forOtherRows(Function function) const
+void Preparation::ended()
 {
-    for (int row = 0; row < readFrom; ++row) {
-        function(row, *yumIO[row]);
-    }
-    for (int row = readTo; row < rows.count; ++row) {
-        function(row, *yumIO[row]);
+    names.sortAll();
+    if (widestOfRead) {
+        widestOfRead->endMeasuring();
     }
 }
 
@@ -212,26 +213,23 @@ void Preparation::run(int sortedBy, Qt::SortOrder sortedIn)
     rows.count = yumIO.count();
     rows.sortedBy = sortedBy;
     rows.sortedIn = sortedIn;
-    if (!fitting) {
+    if (fitting && !widestOfRead) {
+        std::thread other([this] { findWidest(); });
         prepareRows();
+        other.join();
         return;
     }
-    std::thread other([this] { findWidest(); });
     prepareRows();
-    other.join();
+    if (fitting) {
+        findWidest();
+    }
 }
 
 void Preparation::prepareRows()
 {
-    // The texts of the read rows stay at the beginning.
-    std::vector<int> from(static_cast<size_t>(rows.count));
-    std::copy(rows.textFrom.begin(), rows.textFrom.end(), from.begin() + readFrom);
-    forOtherRows([this, &from](int row, const Package::Entry& entry) {
-        names.add(entry.name, row);
-        from[static_cast<size_t>(row)] = rows.texts.size();
-        appendTexts(rows.texts, entry);
-    });
-    rows.textFrom = std::move(from);
+    for (int row = read; row < rows.count; ++row) {
+        addRow(row, *yumIO[row]);
+    }
     rows.nameRanks = names.ranks();
     names = SortedTexts();
     if (rows.sortedBy >= 0 && rows.sortedBy < ColumnCount) {
@@ -242,12 +240,12 @@ void Preparation::prepareRows()
 
 void Preparation::findWidest()
 {
-    WidestCells cells(fontName);
-    forOtherRows([&cells](int row, const Package::Entry& entry) { cells.add(row, entry); });
+    const auto cells = widestOfRead ? std::move(widestOfRead) : std::make_unique<WidestCells>(fontName);
+    for (int row = read; row < rows.count; ++row) {
+        cells->add(row, *yumIO[row]);
+    }
     for (int column = 0; column < ColumnCount; ++column) {
-        cells.addTexts(column, readTexts[column]);
-        const std::vector<int> found = cells.rows(column);
-        widest[column].insert(widest[column].end(), found.begin(), found.end());
+        widest[column] = cells->rows(column);
     }
 }
 
@@ -287,18 +285,21 @@ std::vector<qint64> Preparation::keysOf(const YumIO& backEnd, int column, const 
 
 std::vector<int> Preparation::orderOf(const std::vector<qint64>& keys, size_t count, Qt::SortOrder sortOrder)
 {
-    if (keys.size() == count && count > 0) {
-        const auto ends = std::minmax_element(keys.begin(), keys.end());
-        if (static_cast<quint64>(*ends.second) - static_cast<quint64>(*ends.first) < 2 * count) {
-            return orderOfNearKeys(keys, *ends.first, *ends.second, sortOrder);
-        }
-    }
     std::vector<int> order(count);
     std::iota(order.begin(), order.end(), 0);
-    const auto at = [&keys](int row) { return keys[static_cast<size_t>(row)]; };
-    if (keys.size() != count) {
+    if (keys.size() != count || count == 0) {
         return order;
     }
+    const KeyPart lower = partOf(keys, 0);
+    const KeyPart upper = partOf(keys, 32);
+    const auto isNear = [count](const KeyPart& part) {
+        return static_cast<quint64>(part.greatest - part.least) < 2 * count;
+    };
+    if (isNear(lower) && isNear(upper)) {
+        order = sortedByPart(order, keys, lower, sortOrder);
+        return upper.least == upper.greatest ? order : sortedByPart(order, keys, upper, sortOrder);
+    }
+    const auto at = [&keys](int row) { return keys[static_cast<size_t>(row)]; };
     if (sortOrder == Qt::AscendingOrder) {
         std::stable_sort(order.begin(), order.end(), [&at](int l, int r) { return at(l) < at(r); });
     } else {

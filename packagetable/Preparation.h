@@ -21,7 +21,6 @@
 
 #include "packagetable/PackageTable.h"
 #include "packagetable/SortedTexts.h"
-#include "packagetable/WidthEstimate.h"
 #include "yumio/RecordTexts.h"
 
 class YumIO;
@@ -51,8 +50,8 @@ public:
     Preparation(const YumIO& backEnd, const QFont& font, bool withWidths = true);
     ~Preparation() override;
 
-    void begun(int first, int expected) override;
-    void rowsAdded(int first, const std::vector<Package::Entry*>& added) override;
+    void begun(int expected) override;
+    void rowsAdded(const std::vector<Package::Entry*>& added) override;
     void ended() override;
 
     // A `sortedBy` of -1 means that the rows keep the back end's order.
@@ -75,21 +74,16 @@ public:
     static void joinTexts(const YumIO& backEnd, QByteArray& texts, std::vector<int>& from);
 
 private:
-    // Calls `function` with the number and the record of each row that rowsAdded() has not read.
-    template <typename Function> void forOtherRows(Function function) const;
+    void addRow(int row, const Package::Entry& entry);
     void prepareRows();
     void findWidest();
 
     const YumIO& yumIO;
     QString fontName; // a description of the font: a QFont must not be shared by two threads
     bool fitting;
-    // rowsAdded() has read the rows from `readFrom` on, but not the row `readTo`.
-    int readFrom = 0;
-    int readTo = 0;
-    SortedTexts names;                         // of the read rows; prepareRows() adds the other rows
-    std::unique_ptr<WidestCells> widestOfRead; // exists from begun() until ended()
-    // For each column: the read rows that may have the widest texts. ended() fills these lists.
-    std::vector<WidestRows::Candidate> readTexts[ColumnCount];
+    int read = 0;      // rowsAdded() has read the rows before this row
+    SortedTexts names; // of the read rows; prepareRows() adds the other rows
+    std::unique_ptr<WidestCells> widestOfRead;
 };
 
 } // namespace PackageTable

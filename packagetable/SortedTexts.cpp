@@ -85,12 +85,17 @@ void SortedTexts::mergeLast()
     ends.erase(ends.end() - 2);
 }
 
-std::vector<int> SortedTexts::ranks()
+void SortedTexts::sortAll()
 {
     sortAdded();
     while (ends.size() > 1) {
         mergeLast();
     }
+}
+
+std::vector<int> SortedTexts::ranks()
+{
+    sortAll();
     std::vector<int> ranks(texts.size());
     int rank = 0;
     for (size_t i = 0; i < texts.size(); ++i) {

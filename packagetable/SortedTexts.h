@@ -23,6 +23,8 @@ public:
     // Sorts the texts that were added after the last call, and merges them with sorted texts of a similar
     // number. So each text is moved only a few times.
     void sortAdded();
+    // Sorts all texts, so that ranks() only has to sort the texts that are added later.
+    void sortAll();
     // Sorts all texts, and returns the rank of each row: equal texts have the same rank, and a greater text
     // has a greater rank. Each row from 0 on must have exactly one text.
     std::vector<int> ranks();

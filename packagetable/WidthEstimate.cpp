@@ -7,8 +7,15 @@
 namespace PackageTable {
 
 WidthEstimate::WidthEstimate(const QFont& itsFont)
-    : font(itsFont), metrics(itsFont), widths(letters, unknown), advances(letters * letters, unknown)
+    : font(itsFont), metrics(itsFont), averageWidth(metrics->averageCharWidth()), widths(letters, unknown),
+      advances(letters * letters, unknown)
 {
+}
+
+void WidthEstimate::endMeasuring()
+{
+    metrics.reset();
+    font.reset();
 }
 
 qreal WidthEstimate::operator()(const QString& text)
@@ -20,7 +27,11 @@ qreal WidthEstimate::operator()(const QString& text)
         if (code < 0 || code >= letters) {
             return unknown;
         }
-        sum += previous < 0 ? width(code) : advance(previous, code);
+        const qreal added = previous < 0 ? width(code) : advance(previous, code);
+        if (added == unknown) {
+            return unknown;
+        }
+        sum += added;
         previous = code;
     }
     return sum;
@@ -29,7 +40,7 @@ qreal WidthEstimate::operator()(const QString& text)
 qreal WidthEstimate::width(int code)
 {
     qreal& known = widths[static_cast<size_t>(code)];
-    if (known == unknown) {
+    if (known == unknown && metrics) {
         known = measure(letter(code));
     }
     return known;
@@ -39,7 +50,7 @@ qreal WidthEstimate::width(int code)
 qreal WidthEstimate::advance(int before, int code)
 {
     qreal& known = advances[static_cast<size_t>(before) * letters + static_cast<size_t>(code)];
-    if (known == unknown) {
+    if (known == unknown && metrics) {
         known = measure(QString(letter(before)) + letter(code)) - width(before);
     }
     return known;
@@ -48,9 +59,9 @@ qreal WidthEstimate::advance(int before, int code)
 qreal WidthEstimate::measure(const QString& text) const
 {
 #if QT_VERSION >= QT_VERSION_CHECK(5, 11, 0)
-    return metrics.horizontalAdvance(text);
+    return metrics->horizontalAdvance(text);
 #else
-    return metrics.width(text);
+    return metrics->width(text);
 #endif
 }
 
@@ -79,13 +90,6 @@ void WidestRows::add(int row, const QString& text)
         unmeasured.insert(text);
     }
     add({row, estimated, text.isEmpty() ? QChar() : text.at(text.length() - 1)});
-}
-
-void WidestRows::add(const std::vector<Candidate>& others)
-{
-    for (const Candidate& each : others) {
-        add(each);
-    }
 }
 
 void WidestRows::add(const Candidate& candidate)

@@ -3,13 +3,14 @@
 // Estimates the width of a text from the widths of pairs of characters. An estimate is much faster than
 // measuring the text. The estimate may be slightly wrong if a font combines three or more characters.
 //
-// Any thread may create a WidthEstimate, but then only this thread may use it. The same is true for
-// WidestRows, which finds the rows with the widest texts.
+// Any thread may create a WidthEstimate, but until endMeasuring(), only this thread may use it: Qt keeps data
+// of a font for each thread. The same is true for WidestRows, which finds the rows with the widest texts.
 
 #ifndef PACKAGETABLE_WIDTHESTIMATE_H
 #define PACKAGETABLE_WIDTHESTIMATE_H
 
 #include <array>
+#include <optional>
 #include <vector>
 
 #include <QFont>
@@ -28,12 +29,17 @@ public:
 
     explicit WidthEstimate(const QFont& itsFont);
 
-    const QFont& usedFont() const { return font; }
+    // Must not be called after endMeasuring().
+    const QFont& usedFont() const { return *font; }
+
+    // From now on, the object measures no further characters, so any other thread may use it. The estimate of
+    // a text with another pair of characters is `unknown`.
+    void endMeasuring();
 
     // Returns the width in pixels, or `unknown`.
     qreal operator()(const QString& text);
     // The real width of a text differs from its estimate by at most this number of pixels.
-    qreal margin() const { return metrics.averageCharWidth(); }
+    qreal margin() const { return averageWidth; }
 
 private:
     static constexpr int first = ' ';
@@ -44,8 +50,10 @@ private:
     qreal advance(int before, int code);
     qreal measure(const QString& text) const;
 
-    QFont font;
-    QFontMetricsF metrics;
+    // Both are empty after endMeasuring().
+    std::optional<QFont> font;
+    std::optional<QFontMetricsF> metrics;
+    qreal averageWidth;
     std::vector<qreal> widths;   // by character; measured at its first use
     std::vector<qreal> advances; // by pair of characters; measured at its first use
 };
@@ -56,6 +64,13 @@ public:
     // The WidthEstimate must exist as long as this object.
     explicit WidestRows(WidthEstimate& itsEstimate) : estimate(itsEstimate) {}
 
+    void add(int row, const QString& text);
+    // Returns some of the added rows, in the order of the calls. One of these rows has the widest text. If
+    // several texts have the same estimate and the same last letter, the result contains only one of their
+    // rows.
+    std::vector<int> rows() const;
+
+private:
     // A row that may have the widest text.
     struct Candidate
     {
@@ -64,17 +79,6 @@ public:
         QChar last; // the last letter
     };
 
-    void add(int row, const QString& text);
-    // Returns the rows that may have the widest of all added texts.
-    const std::vector<Candidate>& found() const { return candidates; }
-    // Adds the rows that another WidestRows for the same font has found.
-    void add(const std::vector<Candidate>& others);
-    // Returns some of the added rows, in the order of the calls. One of these rows has the widest text. If
-    // several texts have the same estimate and the same last letter, the result contains only one of their
-    // rows.
-    std::vector<int> rows() const;
-
-private:
     bool isKnown(const QString& text);
     void add(const Candidate& candidate);
     bool mayBeWidest(const Candidate& candidate) const;

@@ -3,6 +3,7 @@
 #include "yumio/RecordTexts.h"
 
 #include <system_error>
+#include <utility>
 
 #include "app/base/SignalsBlocked.h"
 #include "yumio/Package.h"
@@ -29,14 +30,31 @@ void RecordTexts::add(Package::Entry* entry)
     }
 }
 
-void RecordTexts::beginRows(Reader* reader, int first, int expected)
+void RecordTexts::beginRows(Reader* reader, std::vector<Package::Entry*> earlier, int expected)
 {
     if (!added.entries.empty()) {
         pass();
     }
+    if (reader == nullptr) {
+        return;
+    }
     added.reader = reader;
-    added.first = first;
-    added.expected = expected;
+    added.expected = static_cast<int>(earlier.size()) + expected;
+    if (!earlier.empty()) {
+        added.entries = std::move(earlier);
+        added.formatted = true;
+        pass();
+        added.formatted = false;
+    }
+}
+
+void RecordTexts::endRows()
+{
+    if (added.reader != nullptr) {
+        added.last = true;
+        pass();
+        added = Batch();
+    }
 }
 
 void RecordTexts::pass()
@@ -48,7 +66,9 @@ void RecordTexts::pass()
             thread = std::thread(&RecordTexts::run, this);
         } catch (const std::system_error&) {
             // The system cannot start another thread, so this thread does the work.
-            format(added.entries);
+            if (!added.formatted) {
+                format(added.entries);
+            }
             added = Batch();
             return;
         }
@@ -57,7 +77,6 @@ void RecordTexts::pass()
         const std::lock_guard<std::mutex> lock(mutex);
         passed.push_back(added);
     }
-    added.first += static_cast<int>(added.entries.size());
     added.entries.clear();
     changed.notify_one();
 }
@@ -94,13 +113,19 @@ void RecordTexts::run()
             batches.swap(passed);
         }
         for (const Batch& batch : batches) {
-            format(batch.entries);
+            if (!batch.formatted) {
+                format(batch.entries);
+            }
             if (batch.reader != nullptr) {
                 if (reader == nullptr) {
                     reader = batch.reader;
-                    reader->begun(batch.first, batch.expected);
+                    reader->begun(batch.expected);
                 }
-                reader->rowsAdded(batch.first, batch.entries);
+                reader->rowsAdded(batch.entries);
+                if (batch.last) {
+                    reader->ended();
+                    reader = nullptr;
+                }
             }
         }
     }

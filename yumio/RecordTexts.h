@@ -35,12 +35,11 @@ public:
     public:
         virtual ~Reader() = default;
         // The thread of RecordTexts calls this function before the first call of rowsAdded(), for example for
-        // the reservation of memory. `first` is the number of the first row, and `expected` is the probable
-        // number of rows from this row on.
-        virtual void begun(int first, int expected) = 0;
-        // The same thread calls this function with some rows of the table. `first` is the number of the first
-        // row. The texts of these records do not change until the end of the collection.
-        virtual void rowsAdded(int first, const std::vector<Package::Entry*>& rows) = 0;
+        // the reservation of memory. `expected` is the probable number of rows.
+        virtual void begun(int expected) = 0;
+        // The same thread calls this function with the next rows of the table. The first call begins with the
+        // first row. The texts of these records do not change until the end of the collection.
+        virtual void rowsAdded(const std::vector<Package::Entry*>& rows) = 0;
         // The same thread calls this function once, after the last call of rowsAdded().
         virtual void ended() = 0;
     };
@@ -48,10 +47,13 @@ public:
     // Sets sizeText and buildTimeText of this record, at the latest when finish() returns. The record's size
     // and buildTime must already be set.
     void add(Package::Entry* entry);
-    // From now on until finish(), each added record is a row of the table, and its texts do not change. The
-    // next record is the row `first`; about `expected` rows will follow. The reader, which may be null, must
-    // exist until finish() has returned. If the system cannot start a thread, the reader gets no rows.
-    void beginRows(Reader* reader, int first, int expected);
+    // From now on until endRows() or finish(), each added record is a row of the table. `earlier` are the
+    // rows before these rows, and all of them have been added. About `expected` rows will follow. From now on
+    // until finish(), no text of a row changes. The reader, which may be null, must exist until finish() has
+    // returned. If the system cannot start a thread, the reader gets no rows.
+    void beginRows(Reader* reader, std::vector<Package::Entry*> earlier, int expected);
+    // The reader gets the last rows, and its ended() is called as soon as possible.
+    void endRows();
     // Waits until all added records have their texts.
     void finish();
 
@@ -74,8 +76,9 @@ private:
     {
         Entries entries;
         Reader* reader = nullptr;
-        int first = 0; // the number of the first row, if `reader` is set
-        int expected = 0;
+        int expected = 0;       // the probable number of rows, if `reader` is set
+        bool formatted = false; // whether an earlier batch contained these records
+        bool last = false;      // whether the reader gets no further rows
     };
 
     void pass();

@@ -38,8 +38,8 @@ public:
     // and then call added().
     Package::Entry*& place(const Package::EntryKey& key);
     void added(Package::Entry* entry);
-    // Returns the number of calls of added().
-    int collected() const { return collectedEntries.count(); }
+    // Returns the records that were passed to added(), in the order of these calls.
+    const QVector<Package::Entry*>& collected() const { return collectedEntries; }
     // Adds `key` as another key for the existing record `entry`. If `key` already has a record, nothing
     // changes.
     void addKey(const Package::EntryKey& key, Package::Entry* entry);

@@ -466,9 +466,11 @@ private:
     bool collectExcluded(PyObject* all);
     bool collectSet(PyObject* set, Package::State state, bool excluded = false);
     void noteRepository(const Package::Entry& entry);
-    // The key and the architecture are arguments, because the caller has already read both.
+    class RepeatedText;
+    // The key and the architecture are arguments, because the caller has already read both. `repoOf` converts
+    // the identifier of the repository.
     void collectPkg(Package::Entry*& slot, Package::State state, PyObject* pkg, const EntryKey& key,
-                    const QString& arch);
+                    const QString& arch, RepeatedText& repoOf);
     bool collectGroups(PyObject* groups);
     // If the history cannot be read, sets historyFault to the reason. Later calls then do not read the
     // history.

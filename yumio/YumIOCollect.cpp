@@ -33,6 +33,31 @@ QString firstLines(const QString& text)
 
 } // namespace
 
+// Converts texts that many consecutive packages have in common, and skips the conversion of a text that
+// equals the previous text. Only a thread with the interpreter lock may use and delete the object.
+class YumIO::RepeatedText
+{
+public:
+    explicit RepeatedText(YumIO& itsBackEnd) : backEnd(itsBackEnd) {}
+
+    // Takes over a new reference, or NULL. All records share the memory of equal results.
+    const QString& operator()(PyObject* object)
+    {
+        PyRef text(object);
+        if (!text || !previous || !PyUnicode_Check(object) || !PyUnicode_Check(previous.get()) ||
+            PyUnicode_Compare(object, previous.get()) != 0) {
+            converted = backEnd.records.shared(backEnd.pyString(object));
+            previous = std::move(text);
+        }
+        return converted;
+    }
+
+private:
+    YumIO& backEnd;
+    PyRef previous;
+    QString converted;
+};
+
 bool YumIO::collect(const QHash<QString, bool>& repoEnable, Source source, RecordTexts::Reader* reader)
 {
     FlagScope flag(rebuilding);
@@ -57,6 +82,8 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable, Source source)
     OperationScope operationScope(*this);
     log(Log::Action, 0, tr("Initialization"));
     PyGILStateWrapper lock(true);
+    // Nearly all new objects stay: the modules of plug-ins, and the packages, which the records keep.
+    const GarbageCollectorPause pause;
     PhaseScope phaseScope(phase);
     if (repos) {
         // An earlier collection has used much memory. Return this memory, because the thread of this
@@ -88,7 +115,6 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable, Source source)
     localRepos.clear();
     // After a failure too, no thread may use the records when this function returns.
     const RecordTexts::Scope textsScope(recordTexts);
-    const GarbageCollectorPause pause; // the records keep all package objects that the following steps make
     if (!collectUpdates() || !collectInstalledAndAvailable()) {
         return false;
     }
@@ -275,7 +301,11 @@ bool YumIO::collectInstalledAndAvailable()
         return false;
     }
     progress->startItem(collecting, 800, 0);
-    return collectField(all.get(), "available", Package::Available);
+    if (!collectField(all.get(), "available", Package::Available)) {
+        return false;
+    }
+    recordTexts.endRows();
+    return true;
 }
 
 bool YumIO::collectAllGroups()
@@ -433,9 +463,9 @@ bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
     }
     PyErr_Clear();
     if (state == Package::Available) {
-        // From now on, the collection does not change the rows that it adds. An earlier row can still get
-        // further installed versions.
-        recordTexts.beginRows(rowReader, records.collected(), static_cast<int>(hint));
+        // From now on, the texts of rows do not change: all installed versions are in their chains.
+        const QVector<Package::Entry*>& earlier = records.collected();
+        recordTexts.beginRows(rowReader, {earlier.cbegin(), earlier.cend()}, static_cast<int>(hint));
     }
     bool comparisonFailed = false;
     const auto isBetter = [this, &comparisonFailed](const Package::Entry& best, const Package::Entry& other) {
@@ -450,6 +480,8 @@ bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
         PyErr_Clear();
         return better.get() == Py_True;
     };
+    RepeatedText archOf(*this);
+    RepeatedText repoOf(*this);
     const QChar* repo = nullptr; // the characters of the previous package's repository identifier
     for (Steps done = 0;; ++done) {
         if (done % packagesAtOnce == 0) {
@@ -465,18 +497,18 @@ bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
             break;
         }
         const QString name = pyStringDec(attribute(pkg.get(), NameAttribute));
-        const QString arch = records.shared(pyStringDec(attribute(pkg.get(), ArchAttribute)));
+        const QString arch = archOf(attribute(pkg.get(), ArchAttribute));
         const EntryKey key(false, name, getBiArch(arch));
         Package::Entry*& entry = records.place(key);
         if (entry != nullptr) {
             if (state == Package::Installed) {
                 Package::Entry*& further = Records::endOfChain(entry);
-                collectPkg(further, state, pkg.get(), key, arch);
+                collectPkg(further, state, pkg.get(), key, arch, repoOf);
                 further->excluded = excluded;
             }
             continue;
         }
-        collectPkg(entry, state, pkg.get(), key, arch);
+        collectPkg(entry, state, pkg.get(), key, arch, repoOf);
         entry->excluded = excluded;
         // Most packages belong to the same repository as the previous package. The records of both packages
         // then share the text of the repository's identifier.
@@ -510,7 +542,7 @@ void YumIO::noteRepository(const Package::Entry& entry)
 }
 
 void YumIO::collectPkg(Package::Entry*& slot, Package::State state, PyObject* pkg, const EntryKey& key,
-                       const QString& arch)
+                       const QString& arch, RepeatedText& repoOf)
 {
     auto* entry = new Package::Entry;
     slot = entry;
@@ -521,7 +553,7 @@ void YumIO::collectPkg(Package::Entry*& slot, Package::State state, PyObject* pk
     entry->kind = getPkgKind(pkg);
     entry->name = key.name;
     entry->verRel = getVerRel(pkg);
-    entry->repo = records.shared(pyStringDec(attribute(pkg, RepoIdAttribute)));
+    entry->repo = repoOf(attribute(pkg, RepoIdAttribute));
     entry->arch = arch;
     entry->biArch = key.arch;
     entry->size = sizeOf(pkg);

@@ -16,6 +16,7 @@
 #include "app/base/Program.h"
 #include "app/base/Share.h"
 #include "python/CPython.h"
+#include "python/GarbageCollectorPause.h"
 #include "python/YumIOC.h"
 #include "yumio/DateTime.h"
 #include "yumio/OperationScope.h"
@@ -79,6 +80,7 @@ bool YumIO::initializeReal()
 {
     OperationScope operationScope(*this);
     PyGILStateWrapper lock(true);
+    const GarbageCollectorPause pause; // the interpreter keeps nearly all objects that an import makes
     if (!DateTime::import()) {
         return internalError(tr("Internal error: cannot import python datetime"));
     }

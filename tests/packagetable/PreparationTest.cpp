@@ -257,6 +257,13 @@ void PreparationTest::keysAreSortedInTheSameWayWhateverTheirDistance_data()
     QTest::newRow("negative near keys") << QVector<qint64>{-2, 1, -1, -2, 0};
     QTest::newRow("near keys at the least key") << QVector<qint64>{least + 1, least, least + 1};
     QTest::newRow("near keys at the greatest key") << QVector<qint64>{greatest - 1, greatest, greatest - 1};
+    const auto halves = [](qint64 upper, qint64 lower) { return upper * (Q_INT64_C(1) << 32) + lower; };
+    QTest::newRow("near halves of keys")
+        << QVector<qint64>{halves(3, 1), halves(1, 2), halves(3, 0), halves(1, 2), halves(2, 2)};
+    QTest::newRow("near halves of keys, of which one is negative")
+        << QVector<qint64>{halves(0, 2), halves(-1, 1), halves(-1, 0), halves(0, 0), halves(-1, 1)};
+    QTest::newRow("near upper halves of keys")
+        << QVector<qint64>{halves(1, 5000), halves(0, 7), halves(1, 0)};
     QTest::newRow("distant keys") << QVector<qint64>{1000, 0, 1000, 7};
     QTest::newRow("the most distant keys") << QVector<qint64>{greatest, least, 0, greatest};
 }

@@ -44,7 +44,7 @@ private Q_SLOTS:
     void theEstimateFindsTheRowWithTheWidestText();
     void theEstimateFindsOnlyOneOfSeveralEqualTexts();
     void theEstimateFindsAllTextsWithLettersBeyondAscii();
-    void theWidestRowsOfTwoObjectsAreCombined();
+    void afterTheEndOfMeasuringATextWithOtherPairsOfCharactersHasNoEstimate();
     void anEmptyTextHasNoWidth();
 };
 
@@ -84,23 +84,22 @@ void WidthEstimateTest::theEstimateFindsAllTextsWithLettersBeyondAscii()
     QCOMPARE(widestOf({"kernel", arabic, "i", umlaut}), (std::vector<int>{0, 1, 3}));
 }
 
-void WidthEstimateTest::theWidestRowsOfTwoObjectsAreCombined()
+void WidthEstimateTest::afterTheEndOfMeasuringATextWithOtherPairsOfCharactersHasNoEstimate()
 {
-    const QString arabic = QString::fromUtf8("\u0643\u062a");
     WidthEstimate estimate(QApplication::font());
-    WidestRows first(estimate);
-    first.add(0, "narrow");
-    first.add(1, arabic);
-    WidestRows second(estimate);
-    second.add(2, "the widest of all texts");
-    second.add(3, "i");
-    second.add(first.found());
-    QCOMPARE(second.rows(), (std::vector<int>{2, 1}));
-    first.add(second.found());
-    std::vector<int> rows = first.rows();
-    std::sort(rows.begin(), rows.end());
-    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
-    QCOMPARE(rows, (std::vector<int>{1, 2}));
+    WidestRows widest(estimate);
+    widest.add(0, "kernel");
+    const qreal kernel = estimate("kernel");
+    const qreal margin = estimate.margin();
+    estimate.endMeasuring();
+    QCOMPARE(estimate("kernel"), kernel);
+    QCOMPARE(estimate.margin(), margin);
+    QVERIFY(estimate("kern") < kernel);
+    QCOMPARE(estimate("lenrek"), WidthEstimate::unknown);
+    QCOMPARE(estimate("i"), WidthEstimate::unknown);
+    widest.add(1, "kern");
+    widest.add(2, "lenrek");
+    QCOMPARE(widest.rows(), (std::vector<int>{0, 2}));
 }
 
 void WidthEstimateTest::anEmptyTextHasNoWidth()

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
+#include <atomic>
 #include <deque>
 #include <vector>
 
@@ -28,16 +29,14 @@ private:
     class Reader : public RecordTexts::Reader
     {
     public:
-        void begun(int first, int count) override
+        void begun(int count) override
         {
-            firstRow = first;
             expected += count;
             threads.insert(QThread::currentThreadId());
             begunLate = begunLate || !read.empty();
         }
-        void rowsAdded(int first, const std::vector<Package::Entry*>& rows) override
+        void rowsAdded(const std::vector<Package::Entry*>& rows) override
         {
-            contiguous = contiguous && first == firstRow + static_cast<int>(read.size());
             for (const Package::Entry* row : rows) {
                 complete = complete && !row->sizeText.isEmpty() && !row->buildTimeText.isEmpty();
                 read.push_back(row);
@@ -54,11 +53,9 @@ private:
         std::vector<const Package::Entry*> read;
         int expected = 0;
         bool begunLate = false;
-        int firstRow = -1;
-        bool contiguous = true;
         bool complete = true;
         bool readAfterEnd = false;
-        int ends = 0;
+        std::atomic<int> ends{0};
         QSet<Qt::HANDLE> threads;
     };
 
@@ -129,44 +126,74 @@ private Q_SLOTS:
         RecordTexts texts;
         Reader reader;
         texts.add(make(1, 1)); // not a row
-        texts.beginRows(&reader, 7, 4900);
+        Package::Entry* const first = make(2, 1);
+        Package::Entry* const second = make(3, 1);
+        texts.add(first);
+        texts.add(second);
+        texts.beginRows(&reader, {first, second}, 4900);
         constexpr int rows = 5000;
-        for (int i = 0; i < rows; ++i) {
+        for (int i = 2; i < rows; ++i) {
             texts.add(make(static_cast<quint64>(i), 1));
         }
         texts.finish();
-        QCOMPARE(reader.expected, 4900); // the sum, if begun() was called several times
+        QCOMPARE(reader.expected, 4902); // the sum, if begun() was called several times
         QVERIFY(!reader.begunLate);
-        QCOMPARE(reader.firstRow, 7);
         QCOMPARE(static_cast<int>(reader.read.size()), rows);
         for (size_t i = 0; i < reader.read.size(); ++i) {
             QVERIFY(reader.read[i] == &records[i + 1]);
         }
-        QVERIFY(reader.contiguous);
         QVERIFY(reader.complete);
         QCOMPARE(reader.threads.size(), 1);
         QVERIFY(!reader.threads.contains(QThread::currentThreadId()));
-        QCOMPARE(reader.ends, 1);
+        QCOMPARE(reader.ends.load(), 1);
         QVERIFY(!reader.readAfterEnd);
+    }
+
+    void theReaderGetsTheLastRowsBeforeFinish()
+    {
+        RecordTexts texts;
+        Reader reader;
+        texts.add(make(1, 1));
+        texts.beginRows(&reader, {&records.front()}, 1);
+        texts.add(make(2, 2));
+        texts.endRows();
+        QTRY_COMPARE(reader.ends.load(), 1);
+        texts.add(make(3, 3)); // not a row
+        texts.finish();
+        QCOMPARE(static_cast<int>(reader.read.size()), 2);
+        QCOMPARE(reader.ends.load(), 1);
+        QVERIFY(!records.back().sizeText.isEmpty());
+    }
+
+    void theReaderCanGetEarlierRowsOnly()
+    {
+        RecordTexts texts;
+        Reader reader;
+        texts.add(make(1, 1));
+        texts.beginRows(&reader, {&records.front()}, 0);
+        texts.endRows();
+        texts.finish();
+        QCOMPARE(static_cast<int>(reader.read.size()), 1);
+        QCOMPARE(reader.ends.load(), 1);
     }
 
     void theReaderGetsNoRowsAfterFinish()
     {
         RecordTexts texts;
         Reader reader;
-        texts.beginRows(&reader, 0, 1);
+        texts.beginRows(&reader, {}, 1);
         texts.add(make(1, 1));
         texts.finish();
         texts.add(make(2, 2));
         texts.finish();
         QCOMPARE(static_cast<int>(reader.read.size()), 1);
-        QCOMPARE(reader.ends, 1);
+        QCOMPARE(reader.ends.load(), 1);
     }
 
     void rowsNeedNoReader()
     {
         RecordTexts texts;
-        texts.beginRows(nullptr, 0, 1);
+        texts.beginRows(nullptr, {}, 1);
         texts.add(make(1536, 1));
         texts.finish();
         QCOMPARE(records.front().sizeText, QString("1.5Kb"));
