@@ -81,8 +81,8 @@ class VirtualDisplay:
 
     def _start(self, command, **arguments):
         arguments.setdefault('stdout', self.log)
-        process = subprocess.Popen(command, env=self.environment, stdin=subprocess.DEVNULL, stderr=self.log,
-                                   **arguments)
+        arguments.setdefault('env', self.environment)
+        process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stderr=self.log, **arguments)
         self.started.append(process)
         return process
 
@@ -135,15 +135,17 @@ class VirtualDisplay:
             self._set_bus_property(address)
             return
         self._start_bus('--session')
+        # When a launcher with a display ends, it deletes the AT_SPI_BUS property of the root window. A test may have
+        # killed the server, and by then another server may already use the same display number.
+        environment = {name: value for name, value in self.environment.items() if name != 'DISPLAY'}
         for launcher in ('/usr/libexec/at-spi-bus-launcher', '/usr/lib/at-spi2-core/at-spi-bus-launcher'):
             if os.path.exists(launcher):
-                self._start([launcher, '--launch-immediately'])
+                self._start([launcher, '--launch-immediately'], env=environment)
                 break
         else:
             raise StartError('at-spi-bus-launcher is missing')
-        # A call to this name before its owner exists would make the message bus start a second launcher. The display
-        # cannot wait for the end of that one. When it ends, it deletes the AT_SPI_BUS property of the root window, and
-        # by then another server may already use the same display number.
+        # A call to this name before its owner exists would make the message bus start a second launcher, which has a
+        # display. The end of that one cannot be waited for.
         self._wait(['dbus-send', '--session', '--print-reply', '--dest=org.freedesktop.DBus', '/org/freedesktop/DBus',
                     'org.freedesktop.DBus.NameHasOwner', 'string:org.a11y.Bus'], b'boolean true',
                    'the launcher of the accessibility bus')
@@ -151,8 +153,8 @@ class VirtualDisplay:
         self._wait(['dbus-send', '--session', '--print-reply', '--dest=org.a11y.Bus', '/org/a11y/bus',
                     'org.freedesktop.DBus.Properties.Set', 'string:org.a11y.Status', 'string:IsEnabled',
                     'variant:boolean:true'], b'method return', 'the accessibility bus')
-        # Qt uses the bus only if the root window has the AT_SPI_BUS property. Sometimes the launcher does not set this
-        # property.
+        # Qt uses the bus only if the root window has the AT_SPI_BUS property. The launcher has no display, so it cannot
+        # set this property.
         answer = self._wait(['dbus-send', '--session', '--print-reply=literal', '--dest=org.a11y.Bus', '/org/a11y/bus',
                              'org.a11y.Bus.GetAddress'], b'unix:', 'the address of the accessibility bus')
         self._set_bus_property(answer.decode().strip())
